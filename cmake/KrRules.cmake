@@ -1,0 +1,44 @@
+# Build rules shared by all rooms.
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+endif()
+if(WIN32)
+  # Byte strings hold the system's code page, so the A functions are the ones that are meant.
+  add_compile_definitions(WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+else()
+  add_compile_definitions(_FILE_OFFSET_BITS=64)
+endif()
+if(KR_SANITIZE)
+  add_compile_options(-fsanitize=${KR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KR_SANITIZE})
+endif()
+
+# kr_sources(<out> <folder>): the .cpp files of a folder that belong to the system built for.
+# Pairs end in _posix.cpp and _win32.cpp.
+function(kr_sources out folder)
+  file(GLOB found CONFIGURE_DEPENDS "${folder}/*.cpp")
+  if(WIN32)
+    list(FILTER found EXCLUDE REGEX "_posix\\.cpp$")
+  else()
+    list(FILTER found EXCLUDE REGEX "_win32\\.cpp$")
+  endif()
+  set(${out} ${found} PARENT_SCOPE)
+endfunction()
+
+# kr_room(<room> [rooms it may include...]): the static library kr_<room> of src/<room>.
+function(kr_room room)
+  kr_sources(sources "${CMAKE_SOURCE_DIR}/src/${room}")
+  if(NOT sources)
+    add_library(kr_${room} INTERFACE)
+    set(scope INTERFACE)
+  else()
+    add_library(kr_${room} STATIC ${sources})
+    set(scope PUBLIC)
+  endif()
+  target_include_directories(kr_${room} ${scope} "${CMAKE_SOURCE_DIR}/src")
+  target_link_libraries(kr_${room} ${scope} Threads::Threads)
+  foreach(below IN LISTS ARGN)
+    target_link_libraries(kr_${room} ${scope} kr_${below})
+  endforeach()
+endfunction()

@@ -1,0 +1,76 @@
+// The application object: what the program owns and the order in which it comes and goes.
+#ifndef KR_CORE_APPLICATION_H
+#define KR_CORE_APPLICATION_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/HandOver.h"
+#include "core/JobGroupManager.h"
+#include "core/JobIntake.h"
+#include "core/SettingsAndPaths.h"
+#include "solvers/JobSolver.h"
+
+// One a process. Interface thread.
+class Application {
+ public:
+  static constexpr double kPollSeconds = 3.0;
+
+  Application();  // sets the pointer that Get returns
+  ~Application();
+  static Application* Get();
+
+  // Makes the work folder, looks for another copy of this user, hands it the jobs of the command
+  // line, or reads all files and makes the groups. False: another copy runs; end without a window.
+  bool Initialise(int argc, const char* const* argv);
+
+  // Writes the group, host and settings files, in that order. Returns the exit code.
+  int Shutdown();
+
+  // One tick of the poll timer: looks at the hand-over file. False when ticking is to end.
+  bool Tick();
+
+  // Opens a text file in the viewer. "File [%s] does not exist"; "View text file [%s] failed".
+  // Where the viewer of the settings does not exist, `TextFallback` shows it.
+  bool ViewTextFile(const std::string& path);
+  std::function<bool(const std::string& path)> TextFallback;
+
+  // 0 all drivers, 1 all but INC, 2 INC only.
+  void SetSolverMode(int mode);
+  int SolverMode() const { return solverMode_; }
+
+  const std::string& Title() const { return title_; }
+  const std::string& Version() const { return version_; }
+  const std::string& ProgramFolder() const { return programFolder_; }
+
+  // Valid after Initialise. Manager and Intake only when it returned true.
+  SettingsAndPaths& SettingsAndFiles() { return *settings_; }
+  JobGroupManager& Manager() { return *manager_; }
+  JobIntake& Intake() { return *intake_; }
+  const std::vector<std::unique_ptr<JobSolver>>& Solvers() const { return solvers_; }
+
+  int exitCode = 0;
+  bool running = true;  // the poll timer is to go on
+  int language = 0;     // fixed for the process
+
+ private:
+  bool AnotherCopyRuns() const;
+  void HandOverAndRaise(int argc, const char* const* argv);
+
+  const std::string version_ = "2016 R1";
+  const std::string title_;
+  std::string programFolder_;
+  int solverMode_ = 0;
+  std::unique_ptr<SettingsAndPaths> settings_;
+  std::vector<std::unique_ptr<JobSolver>> solvers_;
+  std::unique_ptr<JobGroupManager> manager_;
+  std::unique_ptr<JobIntake> intake_;
+  std::unique_ptr<HandOverReader> reader_;
+};
+
+// Shows the top-level window with this title and brings it to the front. False when there is none.
+bool RaiseWindow(const std::string& title);
+
+#endif

@@ -1,0 +1,93 @@
+// A named list of jobs with the thread that runs them.
+#ifndef KR_CORE_JOBGROUP_H
+#define KR_CORE_JOBGROUP_H
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "jobs/JobFile.h"
+#include "util/PTWrapper.h"
+
+class JobGroupManager;
+
+// Owned by the manager; its thread keeps it alive until it ends. Operations may be called on any
+// thread; each list operation takes the mutex that all groups share, waits for it without limit and
+// lets go before it returns. They return false, with nothing changed, for an index out of range.
+// Operations that change a field of a job refuse a job with status Running.
+class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup> {
+ public:
+  explicit JobGroup(JobGroupManager& manager);
+  ~JobGroup() override;
+
+  int Id() const { return id_; }
+  std::string Name() const;
+  void SetName(const std::string& name);
+  // The host assignment (a hand-over file's "#group" line).
+  std::string Text() const;
+  void SetText(const std::string& text);
+
+  // Starts the thread. "Running work thread is found, submit job failed" when one runs.
+  bool Submit();
+
+  // RequestStop, then waits up to 30 seconds for the thread to end; true when it has. Not for the
+  // interface thread, which must stay alive: it calls RequestStop and looks at Running().
+  bool Stop();
+  // Sets the stop flag and the abort flag of the first active job and its stages.
+  void RequestStop();
+  bool Running() const { return running_; }
+
+  int AddJob(std::shared_ptr<JobFile> job);  // the new index, -1 on failure
+  // A job that runs is told to abort; its thread ends the solver and goes on with the next job.
+  bool RemoveJob(int index);
+  // A queued job moves down past any job, and up past a queued one only.
+  bool MoveJob(int index, bool up);
+  bool SetJobStatus(int index, int status);
+  bool SetStageStatus(int index, int stage, int status);
+  bool SetFirstStage(int index, int stage);
+  // Finished and Aborted jobs only: back to Queued.
+  bool Resubmit(int index);
+
+  bool SetMemory(int index, std::uint64_t megabytes);
+  bool SetCpuCount(int index, int count);
+  bool SetPause(int index, int seconds);
+  bool SetPrecision(int index, int solverType);  // LS-DYNA jobs: 0, 1 or 2
+  bool SetUseSFile(int index, bool on);          // LS-DYNA jobs
+  bool SetDump(int index, bool on);              // LS-DYNA jobs
+  bool SetRestartFile(int index, const std::string& path);
+  bool SetExtraOptions(int index, const std::string& options);
+
+  int JobCount() const;
+  std::shared_ptr<JobFile> GetJob(int index) const;  // null out of range
+  std::shared_ptr<JobFile> GetStage(int index, int stage) const;
+  // The first job with status Waiting or Running, -1 when there is none.
+  int ActiveJob() const;
+
+  // Calls `read` with the job while the mutex is held: no waiting, no calls back into the group.
+  bool ReadJob(int index, const std::function<void(const JobFile&)>& read) const;
+  // The same for all jobs in order.
+  void ReadJobs(const std::function<void(int index, const JobFile&)>& read) const;
+
+ private:
+  class ListLock;
+  static std::uint32_t ThreadMain(void* self);
+  void RunLoop();
+  int RunJob(JobFile& job);
+  bool ChangeJob(int index, const std::function<bool(JobFile&)>& change);
+  int IndexOf(const JobFile* job) const;
+  void TellStatus(int index, int status);
+
+  const int id_;
+  JobGroupManager& manager_;
+  PTWrapperThread thread_;
+  mutable PTWrapperSignal mutex_;
+  std::atomic<bool> running_{false};
+  std::atomic<bool> stop_{false};
+  std::vector<std::shared_ptr<JobFile>> jobs_;
+  std::string name_ = "NewGroup";
+  std::string text_;
+};
+
+#endif

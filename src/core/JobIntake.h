@@ -1,0 +1,63 @@
+// Makes jobs of requests on a thread of its own, so that big decks do not stop the window.
+#ifndef KR_CORE_JOBINTAKE_H
+#define KR_CORE_JOBINTAKE_H
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "core/JobGroupManager.h"
+
+// A job that is to be made: a record of the hand-over file, or a file chosen in the window.
+struct JobRequest {
+  // -1 and 0: by the file's ending; 1, 2: LS-DYNA single, double; 3: Vorel; 4: INC.
+  int kind = -1;
+  int pause = 0;             // seconds
+  std::uint64_t memory = 0;  // megabytes; 0: the deck's or the settings' value
+  bool sGiven = false;
+  bool dump = true;
+  int ncpu = 0;
+  std::string inputFile;    // the "i" value
+  std::string restartFile;  // the "r" value
+  std::string jobFile;      // a line without a known key
+  int groupId = 0;          // 0: the group that is current when the request is added
+};
+
+// A request with the settings' pause and CPU count.
+JobRequest MakeJobRequest(const Settings& settings);
+
+// Owned by the application. Interface thread unless said otherwise. Jobs appear at the end of their
+// group in the order of the requests; the observer hears of the progress and of each new job. A
+// deck that cannot be read is reported in the log and queued all the same, so that nothing is lost:
+// its run says what is wrong.
+class JobIntake {
+ public:
+  explicit JobIntake(JobGroupManager& manager);
+  ~JobIntake();  // gives up what is not read yet
+
+  void Add(JobRequest request);
+  // Gives up the requests that have not become jobs yet.
+  void Cancel();
+  bool Busy() const;
+  // Waits until nothing is left to read. For tests and programs without a window.
+  void Drain();
+
+ private:
+  void Work();
+  std::shared_ptr<JobFile> MakeJob(const JobRequest& request);
+
+  JobGroupManager& manager_;
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<JobRequest> waiting_;
+  int done_ = 0;   // of the present burst
+  int total_ = 0;  // of the present burst
+  bool cancel_ = false;
+  bool end_ = false;
+  std::thread worker_;
+};
+
+#endif

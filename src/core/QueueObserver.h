@@ -1,0 +1,27 @@
+// What the core tells the interface.
+#ifndef KR_CORE_QUEUEOBSERVER_H
+#define KR_CORE_QUEUEOBSERVER_H
+
+#include <string>
+
+// Calls come from any thread, some while the job mutex is held: note what changed and return.
+// Groups are named by JobGroup::Id(), which no other group of this process ever had.
+class QueueObserver {
+ public:
+  virtual ~QueueObserver() = default;
+
+  virtual void JobStatusChanged(int groupId, int jobIndex, int status) = 0;
+  // Jobs were added to, removed from or moved in the group, or fields of them changed.
+  virtual void JobsChanged(int groupId) = 0;
+  // A group's thread has begun or ended.
+  virtual void GroupRunChanged(int groupId) = 0;
+  // The hand-over file changed settings or a group's text.
+  virtual void SettingsChanged() = 0;
+  // Decks are being read: how many are done of how many, the one being read and its percentage.
+  // done == total: nothing is being read any more.
+  virtual void IntakeProgress(int done, int total, const std::string& file, int percent) = 0;
+  // A line of the application log.
+  virtual void Logged(const std::string& message) = 0;
+};
+
+#endif

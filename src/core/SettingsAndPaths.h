@@ -1,0 +1,72 @@
+// The settings with the files that keep them, and the paths of the work folder.
+#ifndef KR_CORE_SETTINGSANDPATHS_H
+#define KR_CORE_SETTINGSANDPATHS_H
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/AppLog.h"
+#include "core/settings.h"
+#include "util/PTWrapper.h"
+
+// One object, owned by the application; the interface thread's, except Snapshot() and Log().
+class SettingsAndPaths {
+ public:
+  using GroupEntry = std::pair<std::string, std::string>;  // name, group text
+
+  // Makes the work folder of a program with this title, sets paths and defaults and opens the
+  // hand-over event. An unwritable folder is reported; work goes on.
+  explicit SettingsAndPaths(const std::string& title);
+
+  const Settings& Get() const { return settings_; }
+
+  // A copy for another thread. Any thread.
+  Settings Snapshot() const;
+
+  // Changes settings and marks them changed (dirty).
+  template <typename Change>
+  void Edit(Change change) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    change(settings_);
+    dirty_ = true;
+  }
+  // Stores a value when it differs; only then the settings become dirty. True when it differed.
+  template <typename T>
+  bool Set(T Settings::*field, const T& value) {
+    if (settings_.*field == value) return false;
+    Edit([&](Settings& s) { s.*field = value; });
+    return true;
+  }
+  void SetSolverPath(int index, const std::string& path);
+  bool Dirty() const { return dirty_; }
+
+  void ReadSettings();
+  // True when written or when nothing had to be. Keys and lines that the program does not know
+  // stay. An unwritable folder: "Directory [%s] is not writable", false, the file as it was.
+  bool WriteSettings();
+
+  void ReadHostFile();   // "Read host file [%s] failed" keeps the lines
+  void WriteHostFile();  // only when the file is missing
+  void ReadGroupFile();  // into groupEntries
+  void WriteGroupFile(const std::vector<GroupEntry>& groups);
+
+  AppLog& Log() { return log_; }
+
+  const std::string workFolder;
+  const std::string settingsFile;
+  const std::string handOverFile;
+  const std::string hostFile;
+  const std::string groupFile;
+  std::vector<GroupEntry> groupEntries;
+  PTWrapperSignal handOverEvent;
+
+ private:
+  mutable std::mutex mutex_;
+  Settings settings_;
+  bool dirty_ = false;
+  AppLog log_;
+};
+
+#endif

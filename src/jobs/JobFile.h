@@ -1,0 +1,133 @@
+// The jobs of the queue.
+#ifndef KR_JOBS_JOBFILE_H
+#define KR_JOBS_JOBFILE_H
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "core/settings.h"
+#include "util/PTWrapper.h"
+
+namespace JobStatus {
+enum : int { kQueued = 0, kWaiting = 1, kRunning = 2, kFinished = 3, kAborted = 4 };
+}
+
+// The English word of a status in `word`. False for a value that has none.
+bool JobStatusWord(int status, std::string& word);
+
+// What a driver needs to know beyond the job, made by the group's thread for one run.
+struct JobRunContext {
+  Settings settings;      // a copy made when the run began
+  std::string groupText;  // the group's host assignment
+  // Takes one line for the application log; any thread.
+  std::function<void(const std::string& line)> report;
+  // The manager's code of the last run that did not end normally; may be null.
+  std::atomic<int>* runErrorCode = nullptr;
+};
+
+// One job. Its group owns it; a running group thread shares it, so that a job that is removed while
+// it runs stays alive until its run has returned.
+//
+// Plain fields are read and written while the group's mutex is held. A driver reads them without
+// it while the status is Running: the group refuses to change the fields of such a job.
+class JobFile {
+ public:
+  explicit JobFile(const Settings& settings);
+  virtual ~JobFile();
+  JobFile(const JobFile&) = delete;
+  JobFile& operator=(const JobFile&) = delete;
+
+  // An index of Settings::solver_path.
+  virtual int GetSolverType() const = 0;
+
+  // The arguments behind the solver's name. Needs `run`. False when there is no such command line.
+  virtual bool BuildArguments(std::string& arguments) const = 0;
+
+  std::atomic<bool> abort{false};  // set by Stop, polled by the driver once a second
+  std::string identifier;          // host address and time of creation; digits and "_" for IPv4
+  std::string jobFile;             // the input file; may be empty for a restart job
+  std::string restartFile;         // empty: no restart
+  std::string extraOptions;
+  std::uint64_t memory = 0;  // megabytes; 0: not given
+  int ncpu = 0;              // below 1: the settings' cpu_count
+  int pause = 0;             // seconds before the run
+  int status = JobStatus::kQueued;
+  int firstStage = 0;  // index into `stages`
+  std::vector<std::shared_ptr<JobFile>> stages;
+
+  PTWrapperProcess process;
+
+  // Set by JobSolver::Run for the length of the run, on the group's thread.
+  const JobRunContext* run = nullptr;
+
+  // The folder that the job runs in: the job file's, or the restart file's when there is no job
+  // file. A root keeps its separator.
+  std::string Folder() const;
+
+  // Written by the driver while the job runs, read by the interface: any thread.
+  std::string MessageFile() const;
+  void SetMessageFile(const std::string& path);
+
+  // How the last run ended: 0 or the driver's code (2 not normally terminated, 3 no message file,
+  // 4 job or restart file missing, 5 solver missing, 6 process not created), and the reason in
+  // words. Any thread.
+  int RunErrorCode() const;
+  std::string RunMessage() const;
+  void SetRunError(int code, const std::string& message);
+
+  // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
+  void ResetForRun();
+
+ private:
+  mutable std::mutex mutex_;
+  std::string messageFile_;
+  int runErrorCode_ = 0;
+  std::string runMessage_;
+};
+
+// An LS-DYNA keyword deck, for LS-DYNA (types 0 and 1) or the utility batch program (2).
+class JobFileDyna : public JobFile {
+ public:
+  explicit JobFileDyna(const Settings& settings);
+
+  int GetSolverType() const override { return solverType; }
+  bool BuildArguments(std::string& arguments) const override;
+
+  int solverType = Settings::kLsDynaSingle;
+  bool useSFile = false;  // " s=" with the settings' force
+  bool caseRun = false;   // the deck has cases
+  bool dump = true;       // false: run with d=nodump whatever the settings say
+  bool keepDeck = false;  // constraints act in all stages: the deck is not rewritten
+
+  // From the deck.
+  std::uint64_t deckMemory = 0;  // megabytes on the KEYWORD card; 0: none
+  bool hasRecommendedSolver = false;
+  std::string simulationType;
+  std::string calculationMethod;
+  std::string deckIdentifier;
+  int deckIdentifierFlag = 0;  // 1: deckIdentifier was given
+  std::vector<std::string> includes;
+};
+
+// A Vorel one-step job (".dat").
+class JobFileVorel : public JobFile {
+ public:
+  using JobFile::JobFile;
+  int GetSolverType() const override { return Settings::kVorel; }
+  bool BuildArguments(std::string& arguments) const override;
+};
+
+// An INC job (".fin").
+class JobFileInc : public JobFile {
+ public:
+  using JobFile::JobFile;
+  int GetSolverType() const override { return Settings::kInc; }
+  bool BuildArguments(std::string& arguments) const override;
+};
+
+#endif

@@ -1,0 +1,49 @@
+// Solver drivers: one class a solver kind, one object a solver type.
+#ifndef KR_SOLVERS_JOBSOLVER_H
+#define KR_SOLVERS_JOBSOLVER_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "jobs/JobFile.h"
+
+// Turns a job into one solver process and judges how it ended. The application owns the drivers;
+// they keep no state between jobs, so several groups may run through one at the same time.
+class JobSolver {
+ public:
+  virtual ~JobSolver() = default;
+
+  // Prepares the job's folder and starts the solver. True when the process was created.
+  virtual bool Start(JobFile& job) = 0;
+
+  // Called after the process has ended: examines its output, tidies files; Finished or Aborted.
+  virtual int Finish(JobFile& job) = 0;
+
+  // Called once a second while the process runs.
+  virtual void Poll(JobFile& job);
+
+  // The whole run of one job, on the calling thread: Finished or Aborted. Returns Aborted within
+  // about a second after job.abort was set, with the solver still running: the caller ends it.
+  // Leaves the code and the reason in the job and the context.
+  int Run(JobFile& job, const JobRunContext& context);
+
+  int solverType = 0;
+  std::string displayName;
+  std::string selectSolverTitle;
+  std::string selectSolverTitle2;
+  std::string selectJobFileTitle;
+  std::string solverFilter;
+  std::string defaultExecutable;
+  std::string jobFileFilter;
+  int enabled = 1;
+};
+
+// Held by every driver from before it sets the environment and the current folder until its
+// process is created and the folder is restored: both belong to the whole process.
+std::mutex& SolverStartMutex();
+
+// One driver for each of the types 0 to 4, in this order.
+std::vector<std::unique_ptr<JobSolver>> MakeSolvers();
+
+#endif

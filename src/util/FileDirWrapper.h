@@ -1,0 +1,76 @@
+// Paths, folders and files. Stateless; any thread.
+//
+// Paths are byte strings in the system's code page. Both "\" and "/" separate on input; output
+// uses the system's own separator. Folder results never end in a separator. Results are true on
+// success; no operation leaves a message.
+#ifndef KR_UTIL_FILEDIRWRAPPER_H
+#define KR_UTIL_FILEDIRWRAPPER_H
+
+#include <string>
+#include <vector>
+
+class FileDirWrapper {
+ public:
+  static constexpr char kSeparator =
+#ifdef _WIN32
+      '\\';
+#else
+      '/';
+#endif
+
+  // Appends full paths of the entries to `files` and `dirs` in the system's order; "." and ".." are
+  // left out. With `recursive` a folder's contents follow its own line.
+  static void ListDir(const std::string& folder, std::vector<std::string>& files,
+                      std::vector<std::string>& dirs, bool recursive);
+
+  // Creates the folder with all missing parents; stops at the first that cannot be created.
+  static bool CreateDirTree(const std::string& path);
+
+  static bool CurrentDir(std::string& dir);
+  static bool SetCurrentDir(const std::string& dir);
+  static bool DocumentsDir(std::string& dir);
+  static bool AppDataDir(std::string& dir);
+  static bool TempDir(std::string& dir);
+
+  // Removes one trailing separator, not more.
+  static bool TrimTrailingSeparator(const std::string& path, std::string& out);
+
+  // Wraps a path that holds a blank or a tab in double quotes.
+  static bool QuotePath(const std::string& path, std::string& out);
+
+  // Creates a file in the folder and removes it again.
+  static bool IsDirWritable(const std::string& folder);
+
+  // Any kind of entry.
+  static bool FileExists(const std::string& path);
+  static bool RemoveFile(const std::string& path);
+
+  static bool FileNameOf(const std::string& path, std::string& name, bool withExtension);
+  static bool DirOf(const std::string& path, std::string& dir);
+  // Without the dot; of the file name only.
+  static bool ExtensionOf(const std::string& path, std::string& ext);
+
+  // folder + separator + name; the name alone when the folder is empty.
+  static std::string Join(const std::string& folder, const std::string& name);
+
+  // The system's short (8.3) form of an existing path, at most 1,023 bytes; the path itself where
+  // there is none.
+  static std::string ShortPath(const std::string& path);
+
+  // The path seen from the current folder, made absolute; an absolute path unchanged.
+  static std::string AbsolutePath(const std::string& path);
+
+  // Puts `from` in the place of `to` in one step, so that a reader sees the old file or the new
+  // one; `from`'s contents are on the disk before. Both must lie in one folder. On failure both
+  // stay as they were.
+  static bool ReplaceFileWith(const std::string& from, const std::string& to);
+
+  // Writes the text to a temporary file beside `path` and puts it in place (ReplaceFileWith).
+  // The old file stays when anything fails.
+  static bool WriteFileWhole(const std::string& path, const std::string& contents);
+
+  // The path of the running program's executable file.
+  static std::string ProgramPath();
+};
+
+#endif
