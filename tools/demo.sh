@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# Runs three demo jobs in the real window: tools/demo.sh FOLDER_OF_THE_PROGRAMS
+# With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
+# saves a screenshot; exit code 0 only when all jobs are Finished.
+set -euo pipefail
+bin=${1:?the folder of the built programs}
+root=$(cd "$(dirname "$0")/.." && pwd)
+title="Kestrun 2016 R1"
+time_limit=180  # seconds for all jobs
+
+scratch=$(mktemp -d "${TMPDIR:-/tmp}/kr-demo.XXXXXX")
+jobs=$scratch/jobs
+work="$scratch/config/orla/$title"
+mkdir -p "$jobs" "$work" "$scratch/tmp"
+cp "$root"/demo/decks/*.k "$jobs"/
+# The stand-in tells its precision by its name.
+cp "$bin/standin_solver" "$scratch/standin_solver_d"
+cat >"$work/kr_init.config" <<CONFIG
+[GENERAL]
+memory_size=500
+memory_auto=1
+pause_time=1
+cpu_count=1
+last_path=$jobs
+[SOLVER]
+ls_dyna_s=$bin/standin_solver
+ls_dyna_d=$scratch/standin_solver_d
+[MPP]
+memory2=200
+CONFIG
+export XDG_CONFIG_HOME=$scratch/config TMPDIR=$scratch/tmp
+echo "Work folder: $scratch"
+
+if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
+  exec "$bin/kestrun" --submit "$jobs"/*.k
+fi
+
+# A display of our own, on the first free number; Xvfb writes the number when it is ready.
+exec 3>"$scratch/display"
+Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+server=$!
+cleanup() {
+  kill "${window:-}" 2>/dev/null || true
+  kill "${manager:-}" "$server" 2>/dev/null || true
+  wait 2>/dev/null || true
+}
+trap cleanup EXIT
+exec 3>&-
+for _ in $(seq 100); do
+  [ -s "$scratch/display" ] && break
+  sleep 0.1
+done
+[ -s "$scratch/display" ] || { echo "No display could be started; see $scratch/xvfb.log" >&2; exit 1; }
+DISPLAY=:$(head -n 1 "$scratch/display")
+export DISPLAY
+openbox >"$scratch/openbox.log" 2>&1 &
+manager=$!
+
+report=$scratch/report.txt
+"$bin/kestrun" --submit "--report=$report" "$jobs"/*.k &
+window=$!
+for _ in $(seq $((time_limit * 5))); do
+  [ -s "$report" ] && break
+  kill -0 "$window" 2>/dev/null || { echo "Kestrun ended early; its log: $work/kr.log" >&2; exit 1; }
+  sleep 0.2
+done
+if [ ! -s "$report" ]; then
+  echo "The jobs did not end within $time_limit seconds; the log: $work/kr.log" >&2
+  exit 1
+fi
+sleep 1
+screenshot=${KR_SCREENSHOT:-$scratch/kestrun.png}
+import -window root "$scratch/root.png"
+id=$(xdotool search --name "^$title\$" | head -n 1)
+eval "$(xdotool getwindowgeometry --shell "$id")"
+frame=24  # the window manager's title bar
+top=$((Y > frame ? Y - frame : 0))
+convert "$scratch/root.png" -crop "$((WIDTH + 2))x$((HEIGHT + frame + 2))+$((X > 0 ? X - 1 : 0))+$top" +repage "$screenshot"
+rm -f "$scratch/root.png"
+cat "$report"
+echo "Screenshot: $screenshot"
+total=$(wc -l <"$report")
+finished=$(awk -F '\t' '$2 == "Finished"' "$report" | wc -l)
+[ "$total" -gt 0 ] && [ "$total" = "$finished" ]
