@@ -21,11 +21,12 @@ class StrWrapperTxt : public StrWrapper {
 
   // Splits a command line into arguments by the Windows quoting rules, on both systems: blanks and
   // tabs separate, double quotes group, 2n backslashes before a quote give n, 2n+1 give n and a
-  // literal quote. The first word follows the simpler rule for program names: no escapes.
+  // literal quote; two quotes inside a quoted part give a literal quote and end that part. The
+  // first word follows the simpler rule for program names: no escapes. An empty line has none.
   static void SplitCommandLine(const std::string& commandLine, std::vector<std::string>& args);
 
   // Plain decimal conversion of the leading digits after blanks and an optional sign; no digits
-  // give 0; values outside 32 bits are clamped.
+  // give 0. Values outside 32 bits are clamped; unsigned ones to 64 bits, and below zero to 0.
   static int LeadingInt(const std::string& text);
   static unsigned long long LeadingUnsigned(const std::string& text);
 };
