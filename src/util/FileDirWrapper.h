@@ -1,8 +1,10 @@
 // Paths, folders and files. Stateless; any thread.
 //
 // Paths are byte strings in the system's code page. Both "\" and "/" separate on input; output
-// uses the system's own separator. Folder results never end in a separator. Results are true on
-// success; no operation leaves a message.
+// uses the system's own separator. Folder results never end in a separator, save a lone root ("/",
+// "C:\"). Results are true on success; no operation leaves a message.
+//
+// On Windows paths are limited to 259 bytes; Linux has no such buffers and no such limit.
 #ifndef KR_UTIL_FILEDIRWRAPPER_H
 #define KR_UTIL_FILEDIRWRAPPER_H
 
@@ -19,7 +21,8 @@ class FileDirWrapper {
 #endif
 
   // Appends full paths of the entries to `files` and `dirs` in the system's order; "." and ".." are
-  // left out. With `recursive` a folder's contents follow its own line.
+  // left out. With `recursive` a folder's contents follow its own line. Links to folders are
+  // folders; a folder that is reached again through a link is not listed again.
   static void ListDir(const std::string& folder, std::vector<std::string>& files,
                       std::vector<std::string>& dirs, bool recursive);
 
@@ -28,11 +31,17 @@ class FileDirWrapper {
 
   static bool CurrentDir(std::string& dir);
   static bool SetCurrentDir(const std::string& dir);
+
+  // The shell's folders, which need not exist; empty and true when the system gives none. On Linux
+  // the documents folder of the user's folder list, else "Documents" in the home folder where that
+  // exists, else the home folder; and the configuration folder.
   static bool DocumentsDir(std::string& dir);
   static bool AppDataDir(std::string& dir);
+
+  // On Linux TMPDIR, else the user's private runtime folder, else "/tmp".
   static bool TempDir(std::string& dir);
 
-  // Removes one trailing separator, not more.
+  // Removes one trailing separator, not more; a lone root stays.
   static bool TrimTrailingSeparator(const std::string& path, std::string& out);
 
   // Wraps a path that holds a blank or a tab in double quotes.
@@ -46,18 +55,21 @@ class FileDirWrapper {
   static bool RemoveFile(const std::string& path);
 
   static bool FileNameOf(const std::string& path, std::string& name, bool withExtension);
+  // Empty for a name alone. What lies directly below a root gives the root, separator included.
   static bool DirOf(const std::string& path, std::string& dir);
   // Without the dot; of the file name only.
   static bool ExtensionOf(const std::string& path, std::string& ext);
 
-  // folder + separator + name; the name alone when the folder is empty.
+  // folder + separator + name; the name alone when the folder is empty. No second separator after
+  // one that is there.
   static std::string Join(const std::string& folder, const std::string& name);
 
   // The system's short (8.3) form of an existing path, at most 1,023 bytes; the path itself where
   // there is none.
   static std::string ShortPath(const std::string& path);
 
-  // The path seen from the current folder, made absolute; an absolute path unchanged.
+  // The path seen from the current folder, made absolute; an absolute path unchanged. Links are not
+  // resolved, and on Linux ".." stays where what it means depends on them.
   static std::string AbsolutePath(const std::string& path);
 
   // Puts `from` in the place of `to` in one step, so that a reader sees the old file or the new
@@ -66,7 +78,8 @@ class FileDirWrapper {
   static bool ReplaceFileWith(const std::string& from, const std::string& to);
 
   // Writes the text to a temporary file beside `path` and puts it in place (ReplaceFileWith).
-  // The old file stays when anything fails.
+  // The old file stays when anything fails or when it is read-only, and keeps its rights. Through a
+  // link the file that it leads to is written.
   static bool WriteFileWhole(const std::string& path, const std::string& contents);
 
   // The path of the running program's executable file.

@@ -20,7 +20,12 @@ class IOWrapper : public ErrorReporting {};
 
 // Named values in sections of a text file, through the system's private-profile service or its
 // equivalent: sections and keys are matched without regard to case, blanks around keys and values
-// are dropped, other lines stay where they are.
+// are dropped, a value between two single or double quotes loses them when it is read, lines that
+// begin with ';' are comments, and other lines stay where they are. Texts end at their first line
+// end. A relative file name is seen from the current folder.
+//
+// On Linux the file is replaced whole, keeps its rights, and is left alone when it is read-only or
+// holds wide characters; several threads may write one file.
 class IOWrapperIni : public IOWrapper {
  public:
   IOWrapperIni();
@@ -40,11 +45,13 @@ class IOWrapperIni : public IOWrapper {
   bool RemoveKeyInFile(const std::string& section, const std::string& key,
                        const std::string& fileName);
 
-  // Appends the section names, as far as they fit into 2,048 bytes with their ends.
+  // Appends the section names, as far as they fit into 2,048 bytes with their ends; the last one
+  // may be cut.
   bool GetAllSections(const std::string& fileName, std::vector<std::string>& names);
 
  protected:
-  // The in-memory image: sections in file order, keys in byte order. It knows no comments.
+  // The in-memory image: sections in file order, keys in byte order. It knows no comments. ReadIni
+  // gives false and an empty image, that may be written, when the file is missing.
   bool ReadIni(const std::string& fileName);
   bool WriteIni(const std::string& fileName);
   void ClearTmpData();
@@ -57,7 +64,7 @@ class IOWrapperIni : public IOWrapper {
 class IOWrapperTxt : public IOWrapper {
  public:
   // Reads up to a line feed, a byte 0xFF or the end of file; none of them is stored, a carriage
-  // return is. Always true; at the end of file the line is empty.
+  // return is. Always true; at the end of file the line is empty. Loops end on feof or ferror.
   static bool ReadLine(std::FILE* file, std::string& line);
 
   // The pieces between line feeds, empty ones too. False when the text is empty.
@@ -77,7 +84,8 @@ class IOWrapperBinary : public IOWrapper {
 };
 
 // Holds files open so that others may read but neither write nor delete them (where the system
-// enforces that). Files are told apart by their spelling.
+// enforces that: on Linux the file is open with a shared lock that only programs that ask for locks
+// respect). Files are told apart by their spelling. Folders cannot be locked.
 class IOWrapperLocker : public IOWrapper {
  public:
   IOWrapperLocker();
@@ -88,6 +96,8 @@ class IOWrapperLocker : public IOWrapper {
   void UnLockAllFiles();
 
  private:
+  bool IsLockable(const std::string& path);
+
   struct Entries;
   std::unique_ptr<Entries> entries_;
 };
