@@ -1,0 +1,101 @@
+#include "Behaviour.h"
+
+#include <fstream>
+
+#include "System.h"
+#include "Text.h"
+
+namespace {
+
+constexpr int kLinesLookedAt = 1000;
+constexpr double kLongestRun = 86400;  // seconds
+constexpr int kMostNotices = 100000;
+constexpr int kMostDumps = 99;
+
+// The text behind "$ standin:"; nothing when the line is none of ours.
+std::optional<std::string_view> CommandText(std::string_view line) {
+  if (line.empty() || line[0] != '$') return std::nullopt;
+  line = Trim(line.substr(1));
+  constexpr std::string_view kMark = "STANDIN:";
+  if (Upper(line.substr(0, kMark.size())) != kMark) return std::nullopt;
+  return Trim(line.substr(kMark.size()));
+}
+
+bool ReadNumber(const std::vector<std::string>& words, std::size_t index, int low, int high,
+                int& out) {
+  const auto number = index < words.size() ? ToInteger(words[index]) : std::nullopt;
+  if (!number || *number < low || *number > high) return false;
+  out = static_cast<int>(*number);
+  return true;
+}
+
+bool ReadNotices(const std::vector<std::string>& words, std::vector<Notices>& list) {
+  Notices notices;
+  if (!ReadNumber(words, 1, 0, kMostNotices, notices.count) ||
+      !ReadNumber(words, 2, 0, 999999, notices.number)) {
+    return false;
+  }
+  list.push_back(notices);
+  return true;
+}
+
+bool* Flag(Behaviour& behaviour, const std::string& name) {
+  if (name == "FAIL") return &behaviour.fail;
+  if (name == "CRASH") return &behaviour.crash;
+  if (name == "HANG") return &behaviour.hang;
+  if (name == "NO-MESSAGE") return &behaviour.noMessage;
+  if (name == "IGNORE-TERM") return &behaviour.ignoreTerm;
+  if (name == "CHILD") return &behaviour.child;
+  if (name == "ECHO") return &behaviour.echo;
+  if (name == "CRLF") return &behaviour.crlf;
+  if (name == "WARN-BLOCK-WITHOUT-BLANK-LINE") return &behaviour.warningsWithoutBlank;
+  return nullptr;
+}
+
+bool ReadValue(Behaviour& behaviour, const std::string& name,
+               const std::vector<std::string>& words) {
+  if (name == "RUN") {
+    const auto seconds = words.size() > 1 ? ToReal(words[1]) : std::nullopt;
+    if (!seconds || *seconds < 0 || *seconds > kLongestRun) return false;
+    behaviour.runSeconds = *seconds;
+    return true;
+  }
+  if (name == "WARNINGS") return ReadNotices(words, behaviour.warnings);
+  if (name == "ERRORS") return ReadNotices(words, behaviour.errors);
+  if (name == "ADAPTDUMP") return ReadNumber(words, 1, 0, kMostDumps, behaviour.adaptDumps);
+  if (name == "EXIT") {
+    int code = 0;
+    if (!ReadNumber(words, 1, 0, 255, code)) return false;
+    behaviour.exitCode = code;
+    return true;
+  }
+  if (name == "VERSION" && words.size() > 1) {
+    behaviour.version = ParseVersion({words.begin() + 1, words.end()});
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void Behaviour::Read(std::string_view line) {
+  const auto text = CommandText(line);
+  if (!text) return;
+  const std::vector<std::string> words = Words(*text);
+  if (words.empty()) return;
+  const std::string name = Upper(words[0]);
+  if (bool* flag = Flag(*this, name)) {
+    *flag = true;
+  } else if (!ReadValue(*this, name, words)) {
+    refused.emplace_back(*text);
+  }
+}
+
+Behaviour ReadBehaviour(const std::string& path) {
+  Behaviour behaviour;
+  if (IsFolder(path)) return behaviour;
+  std::ifstream file(path, std::ios::binary);
+  std::string line;
+  for (int i = 0; i < kLinesLookedAt && std::getline(file, line); ++i) behaviour.Read(line);
+  return behaviour;
+}

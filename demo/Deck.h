@@ -1,0 +1,52 @@
+// The part of a keyword deck that the stand-in reads: title, end time, nodes and elements, with all
+// decks that it includes.
+#ifndef STANDIN_DECK_H
+#define STANDIN_DECK_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+struct Node {
+  std::int64_t id = 0;
+  std::array<double, 3> x{};
+};
+
+enum class ElementKind { kSolid, kThickShell, kBeam, kShell };
+constexpr std::size_t kElementKinds = 4;
+
+// Corner nodes only; a beam has two nodes and the one that orients it. Missing ones are 0.
+struct Element {
+  std::int64_t id = 0;
+  std::int64_t part = 0;
+  std::array<std::int64_t, 8> nodes{};
+};
+
+struct Deck {
+  std::string title;
+  std::optional<double> endTime;
+  std::vector<Node> nodes;                                   // by id, each id once
+  std::array<std::vector<Element>, kElementKinds> elements;  // by id
+  std::vector<std::int64_t> parts;                           // of the elements, by id
+  std::size_t duplicateNodes = 0;                            // left out of `nodes`
+  std::set<std::string> skipped;  // element keywords that the stand-in does not read
+
+  const std::vector<Element>& Of(ElementKind kind) const {
+    return elements[static_cast<std::size_t>(kind)];
+  }
+  std::size_t ElementCount() const;
+};
+
+// Why a deck cannot be run.
+struct DeckError {
+  int number = 0;
+  std::string text;
+};
+
+// Reads the deck and what it includes. Stops after twenty errors.
+Deck ReadDeck(const std::string& path, std::vector<DeckError>& errors);
+
+#endif

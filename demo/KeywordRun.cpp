@@ -1,0 +1,324 @@
+#include "KeywordRun.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <thread>
+
+#include "Behaviour.h"
+#include "D3plotWriter.h"
+#include "Deck.h"
+#include "Launcher.h"
+#include "MessageFile.h"
+#include "SideFiles.h"
+#include "System.h"
+#include "Text.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kPollInterval = std::chrono::milliseconds(20);
+// The other ranks look for the sense switch themselves; the first one leaves it for them so long.
+constexpr auto kSwitchGrace = std::chrono::milliseconds(500);
+constexpr auto kLongestHang = std::chrono::hours(1);
+
+constexpr int kFewestCycles = 10;
+constexpr int kMostCycles = 2000;
+constexpr double kCyclesASecond = 5;
+constexpr int kPlotStates = 5;
+constexpr long long kDefaultWords = 127121;
+
+constexpr int kErrorCommandLine = 10001;
+constexpr int kErrorFile = 10101;
+constexpr int kErrorSolution = 40509;
+constexpr int kWarningDuplicateNode = 10170;
+
+enum class Ending { kNone, kTime, kSwitch, kError };
+
+class KeywordRun {
+ public:
+  KeywordRun(const Options& options, const std::string& programName)
+      : options_(options), programName_(programName) {}
+
+  int Run();
+
+ private:
+  bool OpenMessageFile();
+  void StartBehaviour();
+  void WriteHead();
+  bool ReadInput();
+  bool ReadModel();
+  bool ReadRestart();
+  void WriteWarnings();
+  bool WriteAskedErrors();
+  bool StartOutput();
+  Ending Step();
+  void March();
+  void Wait(Clock::time_point until);
+  void WaitForSwitch(Clock::time_point until);
+  void ObeySwitch(int number);
+  void MidRun();
+  void Plot(const char* what);
+  void Dump();
+  int End();
+  void Error(int number, const std::string& text);
+  bool WritesResults() const { return rank_.First(); }
+
+  const Options& options_;
+  const std::string programName_;
+  const Clock::time_point start_ = Clock::now();
+  const Rank rank_ = FindRank();
+  Behaviour behaviour_;
+  MessageFile message_;
+  Deck deck_;
+  D3plotWriter plot_;
+  double startTime_ = 0;
+  double endTime_ = 0;
+  double time_ = 0;
+  double timeStep_ = 0;
+  int cycle_ = 0;
+  int cycles_ = kFewestCycles;
+  int dumps_ = 0;
+  Ending ending_ = Ending::kNone;
+};
+
+int KeywordRun::Run() {
+  const bool restart = options_.deck.empty() && !options_.restart.empty();
+  behaviour_ = ReadBehaviour(restart ? options_.restart + ".standin" : options_.deck);
+  StartBehaviour();
+  if (!OpenMessageFile()) return 1;
+  WriteHead();
+  if (ReadInput() && WriteAskedErrors() && StartOutput()) March();
+  return End();
+}
+
+void KeywordRun::StartBehaviour() {
+  if (behaviour_.ignoreTerm) IgnorePoliteTermination();
+  if (!rank_.First()) return;
+  if (behaviour_.echo) WriteEcho(options_);
+  if (behaviour_.child) {
+    WriteTextFile("standin_child.pid", std::to_string(StartSleepingChild()) + "\n");
+  }
+}
+
+bool KeywordRun::OpenMessageFile() {
+  std::string path = rank_.parallel ? Format("mes%04d", rank_.number) : "messag";
+  if (behaviour_.noMessage) path.clear();
+  if (message_.Open(path, behaviour_.crlf, rank_.First())) return true;
+  std::fprintf(stderr, "%s: the message file %s cannot be written\n", programName_.c_str(),
+               path.c_str());
+  return false;
+}
+
+void KeywordRun::WriteHead() {
+  const Version version = behaviour_.version ? *behaviour_.version : ConfiguredVersion();
+  message_.Banner(version, options_.doublePrecision, rank_);
+  message_.OptionsEcho(options_.words);
+  message_.MemoryLines(options_.memoryWords > 0 ? options_.memoryWords : kDefaultWords,
+                       options_.doublePrecision);
+  for (const std::string& command : behaviour_.refused) {
+    message_.Line(" stand-in: not understood: " + command);
+  }
+}
+
+void KeywordRun::Error(int number, const std::string& text) {
+  message_.Error(number, text);
+  ending_ = Ending::kError;
+}
+
+bool KeywordRun::ReadInput() {
+  if (!options_.error.empty()) {
+    Error(kErrorCommandLine, options_.error);
+  } else if (options_.deck.empty() && options_.restart.empty()) {
+    Error(kErrorCommandLine, "there is no input file: give i=DECK or r=DUMP");
+  } else if (options_.restart.empty() || ReadRestart()) {
+    return options_.deck.empty() || ReadModel();
+  }
+  return false;
+}
+
+bool KeywordRun::ReadModel() {
+  std::vector<DeckError> errors;
+  deck_ = ReadDeck(options_.deck, errors);
+  for (const DeckError& error : errors) Error(error.number, error.text);
+  if (!errors.empty()) return false;
+  if (deck_.endTime || options_.restart.empty()) endTime_ = deck_.endTime.value_or(0);
+  message_.Line(" title: " + deck_.title);
+  message_.Line(Format(" nodes    %12zu", deck_.nodes.size()));
+  message_.Line(Format(" elements %12zu", deck_.ElementCount()));
+  for (const std::string& keyword : deck_.skipped) message_.Line(" not read: *" + keyword);
+  message_.Line();
+  WriteWarnings();
+  return true;
+}
+
+bool KeywordRun::ReadRestart() {
+  if (IsFolder(options_.restart)) {
+    Error(kErrorFile, "the restart file is a folder: " + options_.restart);
+    return false;
+  }
+  std::FILE* file = std::fopen(options_.restart.c_str(), "rb");
+  if (file == nullptr) {
+    Error(kErrorFile, "the restart file cannot be read: " + options_.restart);
+    return false;
+  }
+  std::fclose(file);
+  RestartState state{0, 1};
+  if (const auto dump = ReadDump(options_.restart)) {
+    state = *dump;
+  } else {
+    message_.Line(" stand-in: the restart file is none of ours; the run begins at time 0");
+  }
+  startTime_ = state.time;
+  endTime_ = state.endTime;
+  if (options_.deck.empty()) WriteWarnings();
+  return true;
+}
+
+void KeywordRun::WriteWarnings() {
+  if (deck_.duplicateNodes > 0) {
+    message_.Warning(kWarningDuplicateNode,
+                     Format("%zu nodes are defined more than once", deck_.duplicateNodes), true);
+  }
+  for (const Notices& notices : behaviour_.warnings) {
+    for (int i = 1; i <= notices.count; ++i) {
+      message_.Warning(
+          notices.number,
+          Format("warning %d of %d, which the deck asked the stand-in for", i, notices.count),
+          !behaviour_.warningsWithoutBlank);
+      if (behaviour_.warningsWithoutBlank) {
+        message_.MemoryLines(kDefaultWords, options_.doublePrecision);
+      }
+    }
+  }
+}
+
+bool KeywordRun::WriteAskedErrors() {
+  for (const Notices& notices : behaviour_.errors) {
+    for (int i = 1; i <= notices.count; ++i) {
+      Error(notices.number,
+            Format("error %d of %d, which the deck asked the stand-in for", i, notices.count));
+    }
+  }
+  return ending_ != Ending::kError;
+}
+
+bool KeywordRun::StartOutput() {
+  if (!WritesResults()) return true;
+  if (!WriteListing(options_, deck_)) {
+    Error(kErrorFile, "the file d3hsp cannot be written");
+    return false;
+  }
+  if (!options_.restart.empty()) return true;
+  if (!plot_.Begin("d3plot", deck_, options_.doublePrecision)) {
+    Error(kErrorFile, "the file d3plot cannot be written");
+    return false;
+  }
+  return true;
+}
+
+void KeywordRun::March() {
+  cycles_ = std::clamp(static_cast<int>(behaviour_.runSeconds * kCyclesASecond), kFewestCycles,
+                       kMostCycles);
+  timeStep_ = std::max(endTime_ - startTime_, 0.0) / cycles_;
+  time_ = startTime_;
+  Plot("write d3plot file");
+  while (ending_ == Ending::kNone) {
+    ++cycle_;
+    const double share = static_cast<double>(cycle_) / cycles_;
+    Wait(start_ + std::chrono::duration_cast<Clock::duration>(
+                      std::chrono::duration<double>(behaviour_.runSeconds * share)));
+    if (ending_ != Ending::kNone) break;
+    ending_ = Step();
+  }
+}
+
+Ending KeywordRun::Step() {
+  time_ = startTime_ + timeStep_ * cycle_;
+  if (cycle_ == cycles_ / 2) MidRun();
+  if (ending_ != Ending::kNone) return ending_;
+  const bool last = cycle_ == cycles_;
+  if (last || cycle_ % std::max(cycles_ / (kPlotStates - 1), 1) == 0) {
+    Plot("write d3plot file");
+  } else {
+    message_.Progress(cycle_, time_, timeStep_, "flush i/o buffers");
+  }
+  if (ending_ != Ending::kNone) return ending_;
+  return last ? Ending::kTime : Ending::kNone;
+}
+
+// Looks for the sense switch at least once, then until the time has come.
+void KeywordRun::Wait(Clock::time_point until) {
+  while (true) {
+    if (const int number = ReadSenseSwitch()) ObeySwitch(number);
+    const auto now = Clock::now();
+    if (ending_ != Ending::kNone || now >= until) return;
+    std::this_thread::sleep_for(std::min<Clock::duration>(kPollInterval, until - now));
+  }
+}
+
+void KeywordRun::ObeySwitch(int number) {
+  message_.Line(Format(" *** sense switch %d", number));
+  if (number == 1 || number == 3) Dump();
+  if (number == 2) message_.Progress(cycle_, time_, timeStep_, "time step information");
+  if (number == 4) Plot("write d3plot file");
+  if (rank_.First()) {
+    if (rank_.size > 1) std::this_thread::sleep_for(kSwitchGrace);
+    RemoveSenseSwitch();
+  }
+  if (number == 1) ending_ = Ending::kSwitch;
+}
+
+void KeywordRun::MidRun() {
+  if (rank_.First()) {
+    for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(i);
+  }
+  if (behaviour_.crash) Crash();
+  if (behaviour_.hang) std::this_thread::sleep_for(kLongestHang);
+  if (behaviour_.fail) Error(kErrorSolution, "the deck asked the stand-in to fail");
+}
+
+void KeywordRun::Plot(const char* what) {
+  message_.Progress(cycle_, time_, timeStep_, what);
+  if (!WritesResults() || !plot_.Begun()) return;
+  if (!plot_.WriteState(time_)) Error(kErrorFile, "the d3plot files cannot be written");
+}
+
+void KeywordRun::Dump() {
+  if (!WritesResults() || options_.noDump) return;
+  message_.Progress(cycle_, time_, timeStep_, "write d3dump file");
+  if (!WriteDump(++dumps_, {time_, endTime_})) {
+    Error(kErrorFile, "the restart dump cannot be written");
+  }
+}
+
+int KeywordRun::End() {
+  if (ending_ == Ending::kTime) Dump();
+  if (ending_ == Ending::kTime) {
+    message_.Line();
+    message_.Line(" *** termination time reached ***");
+  } else if (ending_ == Ending::kSwitch) {
+    message_.Line();
+    message_.Line(" *** termination by sense switch ***");
+  }
+  const bool normal = ending_ != Ending::kError;
+  const auto writeTermination = [&] {
+    normal ? message_.NormalTermination() : message_.ErrorTermination();
+  };
+  writeTermination();
+  message_.Timing(time_, cycle_, static_cast<double>(std::clock()) / CLOCKS_PER_SEC,
+                  std::chrono::duration<double>(Clock::now() - start_).count());
+  writeTermination();
+  if (!message_.Good()) {
+    std::fprintf(stderr, "%s: the message file could not be written whole\n", programName_.c_str());
+  }
+  return behaviour_.exitCode.value_or(normal && message_.Good() ? 0 : 1);
+}
+
+}  // namespace
+
+int RunKeywordSolver(const Options& options, const std::string& programName) {
+  return KeywordRun(options, programName).Run();
+}

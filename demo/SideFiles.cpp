@@ -1,0 +1,96 @@
+#include "SideFiles.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "System.h"
+#include "Text.h"
+
+namespace {
+
+constexpr char kDumpHead[] = "stand-in restart dump";
+constexpr char kSenseSwitchFile[] = "d3kil";
+
+std::string Arguments(const Options& options) {
+  std::string text;
+  for (const std::string& word : options.words) text += word + "\n";
+  return text;
+}
+
+}  // namespace
+
+std::string EnvironmentText(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "(not set)";
+}
+
+bool WriteTextFile(const std::string& path, const std::string& text) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return false;
+  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  return std::fclose(file) == 0 && written;
+}
+
+bool WriteListing(const Options& options, const Deck& deck) {
+  std::string text = " Stand-in solver: this listing holds no results\n\n";
+  text += " " + deck.title + "\n\n arguments\n";
+  for (const std::string& word : options.words) text += "   " + word + "\n";
+  text += " LSTC_MEMORY=" + EnvironmentText("LSTC_MEMORY") + "\n\n";
+  text += Format(" memory (words) ............. %lld\n", options.memoryWords);
+  text += Format(" memory2 (words) ............ %lld\n", options.memory2Words);
+  text += Format(" processors ................. %d\n", options.cpus);
+  text += Format(" cases ...................... %s\n", options.cases ? "yes" : "no");
+  text += Format(" end time ................... %.6E\n", deck.endTime.value_or(0));
+  text += Format(" nodes ...................... %zu\n", deck.nodes.size());
+  text += Format(" solid elements ............. %zu\n", deck.Of(ElementKind::kSolid).size());
+  text += Format(" thick shell elements ....... %zu\n", deck.Of(ElementKind::kThickShell).size());
+  text += Format(" beam elements .............. %zu\n", deck.Of(ElementKind::kBeam).size());
+  text += Format(" shell elements ............. %zu\n", deck.Of(ElementKind::kShell).size());
+  text += Format(" parts with elements ........ %zu\n", deck.parts.size());
+  for (const std::string& keyword : deck.skipped) text += " not read: *" + keyword + "\n";
+  return WriteTextFile("d3hsp", text);
+}
+
+bool WriteEcho(const Options& options) {
+  return WriteTextFile("standin_echo.txt", Arguments(options) + "cwd=" + CurrentFolder() +
+                                               "\nLSTC_MEMORY=" + EnvironmentText("LSTC_MEMORY") +
+                                               "\n");
+}
+
+bool WriteDump(int number, const RestartState& state) {
+  return WriteTextFile(Format("d3dump%02d", number),
+                       Format("%s\n%.17g %.17g\n", kDumpHead, state.time, state.endTime));
+}
+
+std::optional<RestartState> ReadDump(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string head;
+  std::string numbers;
+  if (IsFolder(path) || !std::getline(file, head) || head != kDumpHead) return std::nullopt;
+  std::getline(file, numbers);
+  const std::vector<std::string> words = Words(numbers);
+  if (words.size() != 2) return std::nullopt;
+  const auto time = ToReal(words[0]);
+  const auto endTime = ToReal(words[1]);
+  if (!time || !endTime) return std::nullopt;
+  return RestartState{*time, *endTime};
+}
+
+bool WriteAdaptDump(int number) {
+  return WriteTextFile(Format("adapt%02d.adaptdmp", number), "stand-in adaptive dump\n");
+}
+
+int ReadSenseSwitch() {
+  if (IsFolder(kSenseSwitchFile)) return 0;
+  std::ifstream file(kSenseSwitchFile);
+  char text[8] = "";
+  file.read(text, sizeof text - 1);
+  const std::string word = Upper(Trim(text));
+  if (word.size() < 3 || word.substr(0, 2) != "SW" || word[2] < '1' || word[2] > '4') return 0;
+  return word[2] - '0';
+}
+
+void RemoveSenseSwitch() {
+  std::remove(kSenseSwitchFile);
+}
