@@ -7,6 +7,7 @@
 #include <vector>
 
 struct ErrorReporting::Record {
+  std::mutex mutex;  // waits of one object may fail in several threads at once
   ErrorPrinter printer = nullptr;
   void* userData = nullptr;
   std::string lastError;
@@ -51,10 +52,12 @@ ErrorReporting::ErrorReporting() : record_(std::make_unique<Record>()) {}
 ErrorReporting::~ErrorReporting() = default;
 
 std::string ErrorReporting::LastError() const {
+  const std::lock_guard<std::mutex> lock(record_->mutex);
   return record_->lastError;
 }
 
 void ErrorReporting::SetErrorPrinterHandle(ErrorPrinter printer, void* userData) {
+  const std::lock_guard<std::mutex> lock(record_->mutex);
   record_->printer = printer;
   record_->userData = userData;
 }
@@ -64,9 +67,15 @@ void ErrorReporting::SetLastError(const char* format, ...) {
   UseCLocale();
   std::va_list args;
   va_start(args, format);
-  record_->lastError = Format(format, args);
+  const std::string text = Format(format, args);
   va_end(args);
-  if (record_->printer != nullptr && !record_->lastError.empty()) {
-    record_->printer(record_->lastError.c_str(), record_->userData);
+  ErrorPrinter printer = nullptr;
+  void* userData = nullptr;
+  {
+    const std::lock_guard<std::mutex> lock(record_->mutex);
+    record_->lastError = text;
+    printer = record_->printer;
+    userData = record_->userData;
   }
+  if (printer != nullptr && !text.empty()) printer(text.c_str(), userData);
 }
