@@ -28,8 +28,11 @@ class ErrorReporting {
   // Formats and keeps the message, whatever its length, and hands it to the printer when it is not
   // empty. Leaves the process in the "C" locale: messages always use a decimal point.
   // A null format does nothing.
-#if defined(__GNUC__)
+#if defined(__clang__)
   __attribute__((format(printf, 2, 3)))
+#elif defined(__GNUC__)
+  // "printf" would mean the old Windows runtime's formats there, which are not used.
+  __attribute__((format(gnu_printf, 2, 3)))
 #endif
   void SetLastError(const char* format, ...);
 

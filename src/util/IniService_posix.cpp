@@ -90,7 +90,8 @@ std::string ini_service::SectionNames(const std::string& fileName) {
   std::string bytes;
   std::string names;
   Load(fileName, bytes);
-  for (const std::string_view name : IniText(bytes).Sections()) {
+  const IniText text(bytes);
+  for (const std::string_view name : text.Sections()) {
     names.append(name) += '\0';
     if (names.size() >= kMost) break;
   }

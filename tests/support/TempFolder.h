@@ -1,0 +1,65 @@
+// A new empty folder for one test, removed with its contents.
+#ifndef KR_TESTS_TEMPFOLDER_H
+#define KR_TESTS_TEMPFOLDER_H
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "util/FileDirWrapper.h"
+
+class TempFolder {
+ public:
+  TempFolder() {
+    static std::atomic<int> counter{0};
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    std::string temp;
+    FileDirWrapper::TempDir(temp);
+    path_ = FileDirWrapper::Join(temp,
+                                 "krtest_" + std::to_string(now) + "_" + std::to_string(counter++));
+    FileDirWrapper::CreateDirTree(path_);
+  }
+  ~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  const std::string& Path() const { return path_; }
+  std::string operator/(const std::string& name) const { return FileDirWrapper::Join(path_, name); }
+
+  // Returns the file's path.
+  std::string Write(const std::string& name, const std::string& bytes) const {
+    std::ofstream(*this / name, std::ios::binary) << bytes;
+    return *this / name;
+  }
+
+  static std::string Read(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+
+ private:
+  std::string path_;
+};
+
+// Changes the current folder until the end of the test.
+class InFolder {
+ public:
+  explicit InFolder(const std::string& folder) {
+    FileDirWrapper::CurrentDir(before_);
+    FileDirWrapper::SetCurrentDir(folder);
+  }
+  ~InFolder() { FileDirWrapper::SetCurrentDir(before_); }
+  InFolder(const InFolder&) = delete;
+  InFolder& operator=(const InFolder&) = delete;
+
+ private:
+  std::string before_;
+};
+
+#endif

@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/TempFolder.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string Sep(std::string path) {
+  std::replace(path.begin(), path.end(), '/', FileDirWrapper::kSeparator);
+  return path;
+}
+
+std::string Name(const std::string& path, bool withExtension = true) {
+  std::string name = path;
+  FileDirWrapper::FileNameOf(name, name, withExtension);
+  return name;
+}
+
+std::string Dir(const std::string& path) {
+  std::string dir = path;
+  FileDirWrapper::DirOf(dir, dir);
+  return dir;
+}
+
+std::string Ext(const std::string& path) {
+  std::string ext = path;
+  FileDirWrapper::ExtensionOf(ext, ext);
+  return ext;
+}
+
+std::string Trimmed(const std::string& path) {
+  std::string out;
+  FileDirWrapper::TrimTrailingSeparator(path, out);
+  return out;
+}
+
+TEST(Paths, PartsOfAPath) {
+  EXPECT_EQ(Name(R"(a/b\deck.one.k)"), "deck.one.k");
+  EXPECT_EQ(Name(R"(a\b/deck.one.k)", false), "deck.one");
+  EXPECT_EQ(Name("plain", false), "plain");
+  EXPECT_EQ(Name("folder/"), "");
+  EXPECT_EQ(Ext("a.dir/deck.one.k"), "k");
+  EXPECT_EQ(Ext("a.dir/deck"), "");
+  EXPECT_EQ(Dir(R"(a/b\c.k)"), Sep("a/b"));
+  EXPECT_EQ(Dir("c.k"), "");
+  EXPECT_EQ(Dir("/c.k"), Sep("/"));
+#ifdef _WIN32
+  EXPECT_EQ(Dir("C:/c.k"), "C:\\");
+  EXPECT_EQ(Trimmed("C:\\"), "C:\\");
+  EXPECT_EQ(Dir("//server/share/c.k"), R"(\\server\share)");
+#endif
+  std::string out = "old";
+  EXPECT_FALSE(FileDirWrapper::FileNameOf("", out, true));
+  EXPECT_FALSE(FileDirWrapper::DirOf("", out));
+  EXPECT_FALSE(FileDirWrapper::ExtensionOf("", out));
+  EXPECT_FALSE(FileDirWrapper::TrimTrailingSeparator("", out));
+  EXPECT_EQ(out, "");
+}
+
+TEST(Paths, TrimQuoteAndJoin) {
+  EXPECT_EQ(Trimmed("a//"), "a/");
+  EXPECT_EQ(Trimmed(R"(a\)"), "a");
+  EXPECT_EQ(Trimmed("/"), "/");
+  std::string out;
+  EXPECT_TRUE(FileDirWrapper::QuotePath("a b", out));
+  EXPECT_EQ(out, "\"a b\"");
+  EXPECT_TRUE(FileDirWrapper::QuotePath("a\tb", out));
+  EXPECT_EQ(out, "\"a\tb\"");
+  EXPECT_TRUE(FileDirWrapper::QuotePath("ab", out));
+  EXPECT_EQ(out, "ab");
+  EXPECT_EQ(FileDirWrapper::Join("a", "b"), Sep("a/b"));
+  EXPECT_EQ(FileDirWrapper::Join("", "b"), "b");
+  EXPECT_EQ(FileDirWrapper::Join("/", "b"), "/b");
+}
+
+TEST(Folders, TreesAreCreatedAndListed) {
+  const TempFolder temp;
+  {
+    const InFolder in(temp.Path());
+    EXPECT_TRUE(FileDirWrapper::CreateDirTree(R"(one/two\three/)"));
+    EXPECT_TRUE(FileDirWrapper::CreateDirTree("one/two/three"));
+    EXPECT_FALSE(FileDirWrapper::CreateDirTree(""));
+    EXPECT_TRUE(FileDirWrapper::FileExists("one/two/three"));
+  }
+  temp.Write("one/a.k", "x");
+  temp.Write("one/two/b.k", "x");
+  EXPECT_FALSE(FileDirWrapper::CreateDirTree(temp / "one/a.k/below"));
+
+  Texts files{"kept"};
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path() + "/", files, dirs, true);
+  std::sort(files.begin() + 1, files.end());
+  EXPECT_EQ(files, (Texts{"kept", temp / Sep("one/a.k"), temp / Sep("one/two/b.k")}));
+  EXPECT_EQ(dirs, (Texts{temp / "one", temp / Sep("one/two"), temp / Sep("one/two/three")}));
+
+  files.clear();
+  dirs.clear();
+  FileDirWrapper::ListDir(temp / "one", files, dirs, false);
+  EXPECT_EQ(files, Texts{temp / Sep("one/a.k")});
+  EXPECT_EQ(dirs, Texts{temp / Sep("one/two")});
+  FileDirWrapper::ListDir(temp / "missing", files, dirs, true);
+  FileDirWrapper::ListDir("", files, dirs, true);
+  EXPECT_EQ(files.size() + dirs.size(), 2u);
+}
+
+TEST(Folders, WritableTestLeavesNothing) {
+  const TempFolder temp;
+  temp.Write("filedirwrapper_tmpfile", "left over by a crash");
+  EXPECT_TRUE(FileDirWrapper::IsDirWritable(temp.Path()));
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path(), files, dirs, false);
+  EXPECT_EQ(files, Texts{});
+  EXPECT_FALSE(FileDirWrapper::IsDirWritable(temp / "missing"));
+  EXPECT_FALSE(FileDirWrapper::IsDirWritable(""));
+}
+
+TEST(Folders, CurrentAndAbsolute) {
+  const TempFolder temp;
+  EXPECT_FALSE(FileDirWrapper::SetCurrentDir(""));
+  EXPECT_FALSE(FileDirWrapper::SetCurrentDir(temp / "missing"));
+  FileDirWrapper::CreateDirTree(temp / "in");
+  const InFolder in(temp / "in");
+  std::string current;
+  ASSERT_TRUE(FileDirWrapper::CurrentDir(current));
+  EXPECT_EQ(Name(current), "in");
+  EXPECT_EQ(FileDirWrapper::AbsolutePath("./a.k"), FileDirWrapper::Join(current, "a.k"));
+  EXPECT_EQ(FileDirWrapper::AbsolutePath("../a.k"), FileDirWrapper::Join(Dir(current), "a.k"));
+  EXPECT_EQ(FileDirWrapper::AbsolutePath(temp / "x.k"), temp / "x.k");
+  EXPECT_EQ(FileDirWrapper::AbsolutePath(""), "");
+  EXPECT_TRUE(FileDirWrapper::FileExists(FileDirWrapper::ProgramPath()));
+}
+
+TEST(Files, ExistenceAndRemoval) {
+  const TempFolder temp;
+  const std::string path = temp.Write("a.k", "x");
+  EXPECT_TRUE(FileDirWrapper::FileExists(path));
+  EXPECT_TRUE(FileDirWrapper::FileExists(temp.Path()));
+  EXPECT_FALSE(FileDirWrapper::FileExists(""));
+  EXPECT_TRUE(FileDirWrapper::RemoveFile(path));
+  EXPECT_FALSE(FileDirWrapper::RemoveFile(path));
+  EXPECT_FALSE(FileDirWrapper::RemoveFile(temp.Path()));
+  EXPECT_FALSE(FileDirWrapper::RemoveFile(""));
+}
+
+TEST(Files, AreReplacedWhole) {
+  const TempFolder temp;
+  const std::string path = temp / "settings";
+  EXPECT_TRUE(FileDirWrapper::WriteFileWhole(path, "first"));
+  const std::string second(3000000, 'x');
+  EXPECT_TRUE(FileDirWrapper::WriteFileWhole(path, second));
+  EXPECT_EQ(TempFolder::Read(path), second);
+  EXPECT_FALSE(FileDirWrapper::WriteFileWhole(temp.Path(), "a folder"));
+  EXPECT_FALSE(FileDirWrapper::WriteFileWhole(temp / "missing/file", "x"));
+
+  const std::string from = temp.Write("from", "new");
+  EXPECT_TRUE(FileDirWrapper::ReplaceFileWith(from, path));
+  EXPECT_EQ(TempFolder::Read(path), "new");
+  EXPECT_FALSE(FileDirWrapper::ReplaceFileWith(from, path));
+  EXPECT_EQ(TempFolder::Read(path), "new");
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path(), files, dirs, true);
+  EXPECT_EQ(files, Texts{path});
+}
+
+}  // namespace

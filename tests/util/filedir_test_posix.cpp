@@ -1,0 +1,161 @@
+// Links, rights, full disks and the user's folders.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <optional>
+
+#include "support/TempFolder.h"
+#include "util/FileDirWrapper.h"
+#include "util/IOWrapper.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class WithVariable {
+ public:
+  WithVariable(const char* name, const std::string& value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    if (value.empty()) {
+      unsetenv(name);
+    } else {
+      setenv(name, value.c_str(), 1);
+    }
+  }
+  ~WithVariable() {
+    if (before_) {
+      setenv(name_, before_->c_str(), 1);
+    } else {
+      unsetenv(name_);
+    }
+  }
+
+ private:
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
+mode_t ModeOf(const std::string& path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+}
+
+TEST(FoldersOnLinux, ListingEndsInALoopOfLinks) {
+  const TempFolder temp;
+  FileDirWrapper::CreateDirTree(temp / "a/b");
+  temp.Write("a/b/file", "x");
+  ASSERT_EQ(symlink("..", (temp / "a/up").c_str()), 0);
+  ASSERT_EQ(symlink("missing", (temp / "a/dangling").c_str()), 0);
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path(), files, dirs, true);
+  EXPECT_EQ(files.size(), 2u);
+  EXPECT_EQ(dirs.size(), 3u);
+}
+
+TEST(FoldersOnLinux, BackslashesInRealNamesStay) {
+  const TempFolder temp;
+  const std::string odd = temp.Write("a\\b", "odd");
+  FileDirWrapper::CreateDirTree(temp / "a");
+  temp.Write("a/b", "other");
+  EXPECT_TRUE(FileDirWrapper::RemoveFile(odd));
+  EXPECT_TRUE(FileDirWrapper::FileExists(temp / "a/b"));
+}
+
+TEST(FoldersOnLinux, UserFolders) {
+  const TempFolder temp;
+  const WithVariable home("HOME", temp.Path());
+  std::string dir;
+  {
+    const WithVariable config("XDG_CONFIG_HOME", "");
+    FileDirWrapper::AppDataDir(dir);
+    EXPECT_EQ(dir, temp / ".config");
+    FileDirWrapper::DocumentsDir(dir);
+    EXPECT_EQ(dir, temp.Path());
+    FileDirWrapper::CreateDirTree(temp / "Documents");
+    FileDirWrapper::DocumentsDir(dir);
+    EXPECT_EQ(dir, temp / "Documents");
+  }
+  const WithVariable config("XDG_CONFIG_HOME", temp / "conf/");
+  FileDirWrapper::CreateDirTree(temp / "conf");
+  FileDirWrapper::AppDataDir(dir);
+  EXPECT_EQ(dir, temp / "conf");
+  temp.Write("conf/user-dirs.dirs",
+             "# XDG_DOCUMENTS_DIR=\"/no\"\nXDG_DOCUMENTS_DIR=\"$HOME/My \\\"Papers\\\"/\"\n"
+             "XDG_DOCUMENTS_DIR=\"relative\"\n");
+  FileDirWrapper::DocumentsDir(dir);
+  EXPECT_EQ(dir, temp / "My \"Papers\"");
+}
+
+TEST(FoldersOnLinux, TemporaryFolder) {
+  const TempFolder temp;
+  std::string dir;
+  const WithVariable runtime("XDG_RUNTIME_DIR", temp / "missing");
+  {
+    const WithVariable tmp("TMPDIR", temp.Path() + "/");
+    FileDirWrapper::TempDir(dir);
+    EXPECT_EQ(dir, temp.Path());
+  }
+  const WithVariable tmp("TMPDIR", "");
+  FileDirWrapper::TempDir(dir);
+  EXPECT_EQ(dir, "/tmp");
+  FileDirWrapper::CreateDirTree(temp / "missing");
+  FileDirWrapper::TempDir(dir);
+  EXPECT_EQ(dir, temp / "missing");
+}
+
+TEST(FoldersOnLinux, WritableTestFollowsNoLink) {
+  const TempFolder temp;
+  const std::string victim = temp.Write("victim", "precious");
+  FileDirWrapper::CreateDirTree(temp / "shared");
+  ASSERT_EQ(symlink(victim.c_str(), (temp / "shared/filedirwrapper_tmpfile").c_str()), 0);
+  EXPECT_FALSE(FileDirWrapper::IsDirWritable(temp / "shared"));
+  EXPECT_EQ(TempFolder::Read(victim), "precious");
+}
+
+TEST(FilesOnLinux, ReplacingKeepsRightsAndLinks) {
+  const TempFolder temp;
+  const std::string path = temp.Write("real", "old");
+  chmod(path.c_str(), 0640);
+  FileDirWrapper::CreateDirTree(temp / "links");
+  const std::string link = temp / "links/link";
+  ASSERT_EQ(symlink("../real", link.c_str()), 0);
+  EXPECT_TRUE(FileDirWrapper::WriteFileWhole(link, "new"));
+  EXPECT_EQ(TempFolder::Read(path), "new");
+  EXPECT_EQ(ModeOf(path), 0640u);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+
+  // A link to a file that is still missing, and one to itself.
+  FileDirWrapper::RemoveFile(path);
+  EXPECT_TRUE(FileDirWrapper::WriteFileWhole(link, "made"));
+  EXPECT_EQ(TempFolder::Read(path), "made");
+  ASSERT_EQ(symlink("self", (temp / "self").c_str()), 0);
+  EXPECT_FALSE(FileDirWrapper::WriteFileWhole(temp / "self", "x"));
+}
+
+TEST(FilesOnLinux, AFullDiskLeavesTheOldFileAlone) {
+  const TempFolder temp;
+  const std::string path = temp.Write("settings", "[A]\nk=old\n");
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit small{4096, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const bool written = FileDirWrapper::WriteFileWhole(path, std::string(100000, 'x'));
+  IOWrapperIni().WriteValToIni("A", "k", std::string(100000, 'x'), path);
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+
+  EXPECT_FALSE(written);
+  EXPECT_EQ(TempFolder::Read(path), "[A]\nk=old\n");
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path(), files, dirs, false);
+  EXPECT_EQ(files, Texts{path});
+}
+
+}  // namespace
