@@ -21,6 +21,13 @@ struct DeckScanHooks {
 // False, with the job unchanged, when the deck cannot be read ("File [%s] does not exist", "Read
 // file [%s] failed") or the scan was ended. Reads in small pieces: a deck of any size needs little
 // memory. Any thread that owns the job.
+//
+// The deck's memory goes to deckMemory only: see ApplyDeckMemory. A stage whose deck cannot be read
+// is reported and keeps its fields; that does not fail the scan.
 bool ScanDeck(JobFileDyna& job, const DeckScanHooks& hooks);
+
+// Sets the memory of a scanned job and of its stages: the deck's own value when the settings ask
+// for it (memory_auto) and the deck has one, else memory_size.
+void ApplyDeckMemory(JobFileDyna& job, const Settings& settings);
 
 #endif

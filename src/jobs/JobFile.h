@@ -107,6 +107,7 @@ class JobFileDyna : public JobFile {
   // From the deck.
   std::uint64_t deckMemory = 0;  // megabytes on the KEYWORD card; 0: none
   bool hasRecommendedSolver = false;
+  bool hasFirstStage = false;  // the deck says at which stage to begin
   std::string simulationType;
   std::string calculationMethod;
   std::string deckIdentifier;

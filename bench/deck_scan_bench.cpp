@@ -1,0 +1,92 @@
+// How long the scan of a big deck takes, compared with counting its lines with wc. Both read the
+// file from the system's cache. Arguments: the deck's size in megabytes (1000).
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "jobs/DeckScan.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kRounds = 5;
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
+    path_ = fs::temp_directory_path() / ("deck-scan-" + std::to_string(stamp));
+    fs::create_directory(path_);
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  std::string File(const char* name) const { return (path_ / name).string(); }
+
+ private:
+  fs::path path_;
+};
+
+// Nodes and shell elements as a pre-processor writes them, a head of columns every 100 lines.
+bool WriteDeck(const std::string& path, std::uint64_t bytes) {
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return false;
+  std::uint64_t written = 0;
+  auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
+  add(std::fprintf(file, "*KEYWORD 200M\n*TITLE\nbenchmark\n$ CALC-METHOD: EXPLICIT\n"));
+  for (int id = 1; written < bytes; ++id) {
+    const bool node = id % 200000 < 100000;
+    if (id % 100000 == 1) add(std::fprintf(file, node ? "*NODE\n" : "*ELEMENT_SHELL\n"));
+    if (id % 100 == 1) {
+      add(std::fprintf(file, "$#   nid               x               y               z\n"));
+    }
+    if (node) {
+      add(std::fprintf(file, "%8d%16.7f%16.7f%16.7f\n", id, id * 0.001, -id * 0.002, 3.5));
+    } else {
+      add(std::fprintf(file, "%8d%8d%8d%8d%8d%8d\n", id, 1, id, id + 1, id + 2, id + 3));
+    }
+  }
+  add(std::fprintf(file, "*INCLUDE\nparts.k\n*END\n"));
+  return std::fclose(file) == 0;
+}
+
+template <typename Work>
+double BestSeconds(const Work& work) {
+  double best = 1e9;
+  for (int i = 0; i < kRounds; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    best = std::min(best, time.count());
+  }
+  return best;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
+  const TemporaryFolder folder;
+  const std::string deck = folder.File("big.k");
+  if (!WriteDeck(deck, megabytes * 1000000)) {
+    std::fprintf(stderr, "cannot write %s\n", deck.c_str());
+    return 1;
+  }
+
+  bool good = true;
+  const std::string count = "wc -l " + deck + " > " + folder.File("lines.txt");
+  const double lines = BestSeconds([&] { good = std::system(count.c_str()) == 0 && good; });
+  const Settings settings;
+  const double scan = BestSeconds([&] {
+    JobFileDyna job(settings);
+    job.jobFile = deck;
+    good = ScanDeck(job, {}) && job.deckMemory == 200 && job.includes.size() == 1 && good;
+  });
+  std::printf("deck scan %.3f s, wc -l %.3f s, ratio %.2f\n", scan, lines, scan / lines);
+  return good ? 0 : 1;
+}

@@ -1,0 +1,120 @@
+#include "jobs/DeckReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+// Big enough that system calls do not count, small enough to stay in the processor's cache.
+constexpr std::size_t kBlock = 256 * 1024;
+constexpr std::uint64_t kProgressStep = std::uint64_t{8} << 20;
+
+bool BeginsCard(char c) {
+  return c == '*' || c == '$';
+}
+
+const char* LineEnd(const char* from, const char* end) {
+  return static_cast<const char*>(std::memchr(from, '\n', static_cast<std::size_t>(end - from)));
+}
+
+#if defined(__SSE2__)
+// A bit for each of the 16 bytes at `at` that begins a card.
+unsigned CardBits(const char* at) {
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  const __m128i stars = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('*'));
+  const __m128i dollars = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('$'));
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(stars, dollars)));
+}
+#endif
+
+// The first '*' or '$' in (from, end) that stands behind a line feed, `end` when there is none.
+// The byte at `from` itself is only looked at as the one before.
+const char* FindCard(const char* from, const char* end) {
+  const char* at = from + 1;
+#if defined(__SSE2__)
+  for (; end - at >= 64; at += 64) {
+    const unsigned low = CardBits(at) | CardBits(at + 16) << 16;
+    const unsigned high = CardBits(at + 32) | CardBits(at + 48) << 16;
+    std::uint64_t bits = low | std::uint64_t{high} << 32;
+    for (; bits != 0; bits &= bits - 1) {
+      const char* const found = at + __builtin_ctzll(bits);
+      if (found[-1] == '\n') return found;
+    }
+  }
+#endif
+  for (; at < end; ++at) {
+    if (BeginsCard(*at) && at[-1] == '\n') return at;
+  }
+  return end;
+}
+
+}  // namespace
+
+bool DeckReader::Open(const std::string& path) {
+  if (!file_.Open(path)) return false;
+  buffer_.resize(kBlock);
+  return true;
+}
+
+bool DeckReader::Fill() {
+  if (progress_ && done_ >= nextProgress_ && !stopped_) {
+    stopped_ = !progress_(done_, file_.Size());
+    nextProgress_ = done_ + kProgressStep;
+  }
+  next_ = end_ = buffer_.data();
+  if (stopped_) return false;
+  const std::ptrdiff_t count = file_.Read(buffer_.data(), buffer_.size());
+  if (count < 0) failed_ = true;
+  const std::size_t size = count > 0 ? static_cast<std::size_t>(count) : 0;
+  end_ = next_ + size;
+  done_ += size;
+  return size > 0;
+}
+
+bool DeckReader::NextCard(std::string_view& line) {
+  while (next_ != end_ || Fill()) {
+    const bool here = atLineStart_ && BeginsCard(*next_);
+    const char* const found = here ? next_ : FindCard(next_, end_);
+    if (found != end_) {
+      next_ = found;
+      line = TakeLine();
+      return true;
+    }
+    atLineStart_ = end_[-1] == '\n';
+    next_ = end_;
+  }
+  return false;
+}
+
+bool DeckReader::NextLine(std::string_view& line) {
+  if (next_ == end_ && !Fill()) return false;
+  line = TakeLine();
+  return true;
+}
+
+std::string_view DeckReader::TakeLine() {
+  const char* lineEnd = LineEnd(next_, end_);
+  std::string_view line;
+  if (lineEnd != nullptr) {
+    line = {next_, static_cast<std::size_t>(lineEnd - next_)};
+  } else {
+    joined_.clear();
+    do {
+      lineEnd = LineEnd(next_, end_);
+      const char* const pieceEnd = lineEnd != nullptr ? lineEnd : end_;
+      const std::size_t room = kLongestLine - joined_.size();
+      joined_.append(next_, std::min(room, static_cast<std::size_t>(pieceEnd - next_)));
+      if (lineEnd == nullptr) next_ = end_;
+    } while (lineEnd == nullptr && Fill());
+    line = joined_;
+  }
+  if (lineEnd != nullptr) next_ = lineEnd + 1;
+  atLineStart_ = true;
+  line = line.substr(0, kLongestLine);
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  return line;
+}

@@ -1,0 +1,321 @@
+#include "jobs/DeckScan.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "jobs/DeckReader.h"
+#include "util/FileDirWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::size_t kMostIncludes = 10000;
+
+// What one deck says.
+struct DeckFacts {
+  std::uint64_t memory = 0;
+  std::optional<int> solverType;
+  std::optional<int> firstStage;
+  bool keepDeck = false;
+  bool cases = false;
+  std::string simulationType;
+  std::string calculationMethod;
+  std::optional<std::string> identifier;
+  std::vector<std::string> includes;
+};
+
+std::string Trimmed(std::string_view text) {
+  std::string trimmed;
+  StrWrapperTxt::Trim(std::string(text), trimmed);
+  return trimmed;
+}
+
+char Upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// `prefix` in upper case.
+bool HasPrefix(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() &&
+         std::equal(prefix.begin(), prefix.end(), text.begin(),
+                    [](char wanted, char c) { return Upper(c) == wanted; });
+}
+
+// Takes a keyword, or a word of one, off the front of the text.
+bool TakePrefix(std::string_view& text, std::string_view prefix) {
+  if (!HasPrefix(text, prefix)) return false;
+  text.remove_prefix(prefix.size());
+  return true;
+}
+
+bool EndsWord(std::string_view rest) {
+  return rest.empty() || rest[0] == ' ' || rest[0] == '\t' || rest[0] == ',';
+}
+
+bool Holds(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+// Megabytes of a number that is given in megabytes, or in words of four bytes.
+std::uint64_t ToMegabytes(std::string_view number, bool inMegabytes) {
+  const std::uint64_t value = StrWrapperTxt::LeadingUnsigned(std::string(number));
+  return inMegabytes ? value : value >> 18;
+}
+
+// The memory on a KEYWORD card: a number right behind the keyword, or "MEMORY=" and a number
+// anywhere. A card may name other things too.
+std::uint64_t CardMemory(std::string_view rest) {
+  const std::string text = Trimmed(rest);
+  if (text.empty()) return 0;
+  if (IsDigit(text[0]) || text[0] == '+') {
+    return ToMegabytes(text, text.find_first_of("Mm") != std::string::npos);
+  }
+  std::string upper = text;
+  std::transform(upper.begin(), upper.end(), upper.begin(), Upper);
+  const std::size_t key = upper.find("MEMORY");
+  if (key == std::string::npos) return 0;
+  const std::size_t number = upper.find_first_not_of(" \t=", key + 6);
+  if (number == std::string::npos || !IsDigit(upper[number])) return 0;
+  const std::size_t unit = upper.find_first_not_of("0123456789", number);
+  return ToMegabytes(std::string_view(upper).substr(number),
+                     unit != std::string::npos && upper[unit] == 'M');
+}
+
+class DeckScanner {
+ public:
+  DeckScanner(DeckReader& reader, DeckFacts& facts) : reader_(reader), facts_(facts) {}
+
+  void ScanAll() {
+    std::string_view line;
+    while (reader_.NextCard(line)) {
+      while (ReadCard(line)) {
+      }
+    }
+  }
+
+ private:
+  // True when `line` was replaced by a further card, which the reader has passed already.
+  bool ReadCard(std::string_view& line) {
+    if (line[0] == '$') {
+      ReadComment(line);
+      return false;
+    }
+    return ReadKeyword(line);
+  }
+
+  void ReadComment(std::string_view line) {
+    if (Holds(line, "SIMULATION")) {
+      facts_.simulationType = SimulationType(line);
+      return;
+    }
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) return;
+    if (Holds(line, "CALC-METHOD")) {
+      facts_.calculationMethod = Trimmed(line.substr(colon + 1));
+    } else if (Holds(line, "RCMD-SOLVER")) {
+      ReadRecommendedSolver(Trimmed(line.substr(colon + 1)));
+    } else if (Holds(line, "RUNFIRST")) {
+      const int stage = StrWrapperTxt::LeadingInt(Trimmed(line.substr(colon + 1)));
+      facts_.firstStage = std::max(stage, 1) - 1;
+    } else if (Holds(line, "SPC WORKS IN ALL STAGES")) {
+      ReadKeepDeck(line.substr(colon + 1));
+    }
+  }
+
+  // Without a colon the value begins in column 10, or behind the key where that reaches further.
+  static std::string SimulationType(std::string_view line) {
+    constexpr std::string_view kKey = "SIMULATION";
+    std::size_t start = line.find(':') + 1;
+    if (start == 0) {
+      const std::size_t key = line.find(kKey);
+      start = key < 10 ? key + kKey.size() : 9;
+    }
+    return Trimmed(line.substr(start));
+  }
+
+  void ReadRecommendedSolver(const std::string& value) {
+    if (value == "SINGLE") facts_.solverType = Settings::kLsDynaSingle;
+    if (value == "DOUBLE") facts_.solverType = Settings::kLsDynaDouble;
+    if (value == "ORLASOLVER") facts_.solverType = Settings::kUtilityBatch;
+  }
+
+  void ReadKeepDeck(std::string_view value) {
+    if (Holds(value, "YES") || Holds(value, "yes")) {
+      facts_.keepDeck = true;
+    } else if (Holds(value, "NO") || Holds(value, "no")) {
+      facts_.keepDeck = false;
+    }
+  }
+
+  bool ReadKeyword(std::string_view& line) {
+    std::string_view rest = line.substr(1);
+    if (TakePrefix(rest, "KEYWORD_JOBID") || TakePrefix(rest, "KEYWORD_ID")) {
+      ReadMemory(rest);
+      return ReadIdentifier(line);
+    }
+    if (TakePrefix(rest, "KEYWORD")) {
+      ReadMemory(rest);
+    } else if (TakePrefix(rest, "INCLUDE")) {
+      return NamesFile(rest) && ReadInclude(line);
+    } else if (TakePrefix(rest, "CASE")) {
+      ReadCase(rest);
+    }
+    return false;
+  }
+
+  void ReadMemory(std::string_view rest) {
+    if (const std::uint64_t memory = CardMemory(rest)) facts_.memory = memory;
+  }
+
+  void ReadCase(std::string_view rest) {
+    if (HasPrefix(rest, "_BEGIN_")) {
+      insideCase_ = facts_.cases = true;
+    } else if (HasPrefix(rest, "_END_")) {
+      insideCase_ = false;
+    } else if (EndsWord(rest) || HasPrefix(rest, "_TITLE")) {
+      facts_.cases = true;
+    }
+  }
+
+  // "*INCLUDE" with any option but those whose next line is a folder or a number.
+  static bool NamesFile(std::string_view rest) {
+    if (EndsWord(rest)) return true;
+    return rest[0] == '_' && !HasPrefix(rest, "_PATH") && !HasPrefix(rest, "_MULTISCALE");
+  }
+
+  // The line that belongs to a card: the next one that is not a comment. False at a further
+  // keyword, which is then in `line` and `atKeyword`, and at the end of the deck.
+  bool NextData(std::string_view& line, bool& atKeyword) {
+    atKeyword = false;
+    while (reader_.NextLine(line)) {
+      if (line.empty()) return true;
+      if (line[0] == '*') {
+        atKeyword = true;
+        return false;
+      }
+      if (line[0] != '$') return true;
+      ReadComment(line);
+    }
+    return false;
+  }
+
+  bool ReadIdentifier(std::string_view& line) {
+    bool atKeyword = false;
+    if (!NextData(line, atKeyword)) return atKeyword;
+    facts_.identifier = Trimmed(line);
+    return false;
+  }
+
+  // A name that ends in " +" goes on on the next line.
+  bool ReadInclude(std::string_view& line) {
+    constexpr int kMostLines = 10;
+    bool atKeyword = false;
+    std::string name;
+    for (int i = 0; i < kMostLines && NextData(line, atKeyword); ++i) {
+      name += Trimmed(line);
+      const bool goesOn = name.size() >= 2 && name.compare(name.size() - 2, 2, " +") == 0;
+      if (!goesOn) break;
+      name = Trimmed(std::string_view(name).substr(0, name.size() - 2));
+    }
+    if (!name.empty() && !insideCase_ && facts_.includes.size() < kMostIncludes) {
+      facts_.includes.push_back(name);
+    }
+    return atKeyword;
+  }
+
+  DeckReader& reader_;
+  DeckFacts& facts_;
+  bool insideCase_ = false;
+};
+
+enum class Outcome { kRead, kFailed, kEnded };
+
+Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts& facts) {
+  const std::string shown = path.empty() ? "Null" : path;
+  if (!FileDirWrapper::FileExists(path)) {
+    if (hooks.report) hooks.report("File [" + shown + "] does not exist");
+    return Outcome::kFailed;
+  }
+  DeckReader reader;
+  reader.SetProgress(hooks.progress);
+  bool readable = reader.Open(path);
+  if (readable) {
+    DeckScanner(reader, facts).ScanAll();
+    if (reader.Stopped()) return Outcome::kEnded;
+    readable = !reader.Failed();
+  }
+  if (!readable && hooks.report) hooks.report("Read file [" + shown + "] failed");
+  return readable ? Outcome::kRead : Outcome::kFailed;
+}
+
+// A deck's facts, empty for a deck that could not be read, and those of the stages.
+struct JobFacts {
+  JobFileDyna* job = nullptr;
+  std::optional<DeckFacts> deck;
+  std::vector<JobFacts> stages;
+};
+
+Outcome ReadJob(JobFileDyna& job, const DeckScanHooks& hooks, JobFacts& facts) {
+  facts.job = &job;
+  const Outcome outcome = ReadDeck(job.jobFile, hooks, facts.deck.emplace());
+  if (outcome == Outcome::kFailed) facts.deck.reset();
+  if (outcome == Outcome::kEnded) return outcome;
+  for (const std::shared_ptr<JobFile>& stage : job.stages) {
+    auto* const dyna = dynamic_cast<JobFileDyna*>(stage.get());
+    if (dyna == nullptr) continue;
+    if (ReadJob(*dyna, hooks, facts.stages.emplace_back()) == Outcome::kEnded) {
+      return Outcome::kEnded;
+    }
+  }
+  return outcome;
+}
+
+void ApplyDeck(JobFileDyna& job, const DeckFacts& deck) {
+  job.deckMemory = deck.memory;
+  job.hasRecommendedSolver = deck.solverType.has_value();
+  job.solverType = deck.solverType.value_or(job.solverType);
+  job.hasFirstStage = deck.firstStage.has_value();
+  job.firstStage = deck.firstStage.value_or(job.firstStage);
+  job.keepDeck = deck.keepDeck;
+  job.caseRun = job.caseRun || deck.cases;
+  job.simulationType = deck.simulationType;
+  job.calculationMethod = deck.calculationMethod;
+  job.deckIdentifier = deck.identifier.value_or(std::string());
+  job.deckIdentifierFlag = deck.identifier.has_value() ? 1 : 0;
+  job.includes = deck.includes;
+}
+
+void Apply(const JobFacts& facts) {
+  JobFileDyna& job = *facts.job;
+  if (facts.deck) ApplyDeck(job, *facts.deck);
+  for (const JobFacts& stage : facts.stages) {
+    stage.job->useSFile = job.useSFile;
+    stage.job->caseRun = job.caseRun;
+    Apply(stage);
+  }
+}
+
+}  // namespace
+
+bool ScanDeck(JobFileDyna& job, const DeckScanHooks& hooks) {
+  JobFacts facts;
+  if (ReadJob(job, hooks, facts) != Outcome::kRead) return false;
+  Apply(facts);
+  return true;
+}
+
+void ApplyDeckMemory(JobFileDyna& job, const Settings& settings) {
+  const bool deckHasSay = settings.memory_auto && job.deckMemory != 0;
+  job.memory = deckHasSay ? job.deckMemory : settings.memory_size;
+  for (const std::shared_ptr<JobFile>& stage : job.stages) {
+    if (auto* const dyna = dynamic_cast<JobFileDyna*>(stage.get())) {
+      ApplyDeckMemory(*dyna, settings);
+    }
+  }
+}

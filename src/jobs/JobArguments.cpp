@@ -1,0 +1,187 @@
+#include "jobs/JobArguments.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "jobs/JobFile.h"
+#include "util/FileDirWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr int kMpich2 = 0;
+constexpr int kPlatformMpi = 3;
+
+struct Host {
+  std::string name;
+  int cpus = 0;
+};
+
+std::vector<std::string> Separate(const std::string& line, char separator) {
+  std::vector<std::string> pieces;
+  StrWrapperTxt::SeparateString(line, pieces, separator);
+  return pieces;
+}
+
+std::vector<Host> ReadHostTable(const std::vector<std::string>& lines) {
+  std::vector<Host> hosts;
+  for (std::string line : lines) {
+    std::replace(line.begin(), line.end(), '\t', ' ');
+    const std::vector<std::string> fields = Separate(line, ' ');
+    if (fields.empty()) continue;
+    hosts.push_back({fields[0], fields.size() > 1 ? StrWrapperTxt::LeadingInt(fields[1]) : 0});
+  }
+  return hosts;
+}
+
+bool TakesHostList(int mpi) {
+  return mpi >= kMpich2 && mpi <= kPlatformMpi;
+}
+
+std::string HostListOption(int mpi, int hosts) {
+  return mpi == kPlatformMpi ? " -hostlist " : " -hosts " + std::to_string(hosts) + ' ';
+}
+
+std::string ShortQuotedPath(const std::string& path) {
+  return QuotedPath(FileDirWrapper::ShortPath(path));
+}
+
+// Solvers count memory in million words of four bytes.
+std::string MegaWords(std::uint64_t megabytes) {
+  return std::to_string(megabytes >> 2) + 'm';
+}
+
+void DropFirst(std::string& text) {
+  if (!text.empty()) text.erase(0, 1);
+}
+
+std::string SharedMemoryArguments(const JobFileDyna& job, const Settings& settings) {
+  const bool utilityBatch = job.solverType == Settings::kUtilityBatch;
+  std::string text;
+  if (!job.restartFile.empty()) text += " r=" + ShortQuotedPath(job.restartFile);
+  if (!job.jobFile.empty()) text += " i=" + ShortQuotedPath(job.jobFile);
+  if (job.memory != 0 && !utilityBatch) text += " memory=" + MegaWords(job.memory);
+  if (settings.use_mpp && settings.memory2 > 0 && !utilityBatch) {
+    text += " memory2=" + MegaWords(settings.memory2);
+  }
+  const int cpus = job.ncpu < 1 ? settings.cpu_count : job.ncpu;
+  if (!settings.use_mpp && cpus >= 2 && !utilityBatch) text += " ncpu=" + std::to_string(cpus);
+  if (job.useSFile) text += " s=" + ShortQuotedPath(settings.force);
+  if (!settings.output_dump || !job.dump) text += " d=nodump";
+  if (job.caseRun) text += " CASE";
+  if (!job.extraOptions.empty()) text += ' ' + job.extraOptions;
+  DropFirst(text);
+  return text;
+}
+
+std::string MppArguments(const JobFileDyna& job, const Settings& settings, const HostList& hosts,
+                         const std::string& solverArguments) {
+  std::string text;
+  if (!settings.mpi_param.empty()) text += ' ' + settings.mpi_param;
+  if (!hosts.text.empty() && hosts.hosts > 0) {
+    text += HostListOption(settings.mpi, hosts.hosts) + hosts.text;
+  }
+  text += ' ' + ShortQuotedPath(MppSolverPath(settings, job.solverType));
+  if (!solverArguments.empty()) text += ' ' + solverArguments;
+  if (!settings.mpp_param.empty()) text += ' ' + settings.mpp_param;
+  DropFirst(text);
+  return text;
+}
+
+}  // namespace
+
+HostList BuildHostList(const Settings& settings, const std::string& groupText) {
+  std::vector<Host> table = ReadHostTable(settings.host_lines);
+  const std::vector<std::string> assignment = Separate(groupText, ',');
+  if (assignment.size() == table.size() + 1) {
+    for (std::size_t i = 0; i < table.size(); ++i) {
+      table[i].cpus = StrWrapperTxt::LeadingInt(assignment[i + 1]);
+    }
+  }
+
+  HostList list;
+  const bool platformMpi = settings.mpi == kPlatformMpi;
+  for (const Host& host : table) {
+    list.cpus += host.cpus;
+    if (host.cpus < 1) continue;
+    ++list.hosts;
+    if (!TakesHostList(settings.mpi)) continue;
+    if (!list.text.empty()) list.text += platformMpi ? ',' : ' ';
+    list.text += host.name + (platformMpi ? ':' : ' ') + std::to_string(host.cpus);
+  }
+  return list;
+}
+
+std::string MpiLauncher(const Settings& settings) {
+  return settings.mpi == kPlatformMpi ? "mpirun" : "mpiexec";
+}
+
+std::string MppSolverPath(const Settings& settings, int solverType) {
+  if (solverType == Settings::kLsDynaSingle) return settings.mpp_solver_s;
+  if (solverType == Settings::kLsDynaDouble) return settings.mpp_solver_d;
+  return {};
+}
+
+std::string QuotedPath(const std::string& path) {
+  std::string quoted;
+  FileDirWrapper::QuotePath(path, quoted);
+  return quoted;
+}
+
+bool FitsCommandLine(const std::string& path) {
+  if (path.find('"') != std::string::npos) return false;
+  return path.empty() || path.back() != '\\' || QuotedPath(path) == path;
+}
+
+std::string FolderOf(const std::string& path) {
+  std::string folder;
+  if (!FileDirWrapper::DirOf(FileDirWrapper::AbsolutePath(path), folder)) return {};
+  const bool root = folder.empty() || (FileDirWrapper::kSeparator == '\\' && folder.back() == ':');
+  if (root) folder += FileDirWrapper::kSeparator;
+  return folder;
+}
+
+std::string PathWithoutExtension(const std::string& path) {
+  const std::size_t name = path.find_last_of(FileDirWrapper::kSeparator == '\\' ? "\\/" : "/");
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos || (name != std::string::npos && dot < name)) return path;
+  return path.substr(0, dot);
+}
+
+bool JobFileDyna::BuildArguments(std::string& arguments) const {
+  arguments.clear();
+  if (run == nullptr) return false;
+  const Settings& settings = run->settings;
+  arguments = SharedMemoryArguments(*this, settings);
+  if (!settings.use_mpp || solverType == Settings::kUtilityBatch) return true;
+  const HostList hosts = BuildHostList(settings, run->groupText);
+  if (hosts.cpus < 1) return true;
+  if (solverType != Settings::kLsDynaSingle && solverType != Settings::kLsDynaDouble) {
+    arguments.clear();
+    return false;
+  }
+  arguments = MppArguments(*this, settings, hosts, arguments);
+  return true;
+}
+
+bool JobFileVorel::BuildArguments(std::string& arguments) const {
+  arguments = QuotedPath(PathWithoutExtension(jobFile));
+  if (memory != 0) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 1000;
+    arguments += ' ' + std::to_string(std::min(memory, kMost) * 1000);
+  }
+  if (!extraOptions.empty()) arguments += ' ' + extraOptions;
+  return true;
+}
+
+bool JobFileInc::BuildArguments(std::string& arguments) const {
+  arguments.clear();
+  if (run == nullptr) return false;
+  const Settings& settings = run->settings;
+  if (settings.inc_token.empty()) return false;
+  const std::string folder = FolderOf(settings.solver_path[Settings::kInc]);
+  const std::string job = PathWithoutExtension(jobFile);
+  arguments = ' ' + settings.inc_token + ' ' + QuotedPath(folder) + ' ' + QuotedPath(job);
+  return true;
+}

@@ -1,0 +1,39 @@
+// Pieces of solver command lines.
+#ifndef KR_JOBS_JOBARGUMENTS_H
+#define KR_JOBS_JOBARGUMENTS_H
+
+#include <string>
+
+#include "core/settings.h"
+
+// The hosts of a distributed run, from the host table and the group's assignment.
+struct HostList {
+  long long cpus = 0;  // of all hosts
+  int hosts = 0;       // with at least one CPU
+  std::string text;    // in the form of the MPI kind; empty for kinds that take none
+};
+
+// `groupText` is the group's assignment: comma-separated numbers, the first unused, then one CPU
+// count a host. It is followed when it has one for each host; else the table's own counts are.
+HostList BuildHostList(const Settings& settings, const std::string& groupText);
+
+// "mpirun" for Platform MPI, else "mpiexec".
+std::string MpiLauncher(const Settings& settings);
+
+// The executable of a distributed run; empty for solver types other than 0 and 1.
+std::string MppSolverPath(const Settings& settings, int solverType);
+
+// The path for a command line: between double quotes when it holds a blank or a tab.
+std::string QuotedPath(const std::string& path);
+
+// False for a path that cannot be written on a command line so that the child reads it back: one
+// that holds a double quote, or that would end in a backslash before its closing quote.
+bool FitsCommandLine(const std::string& path);
+
+// The folder of a file, absolute; only a root ends in a separator. Empty for an empty path.
+std::string FolderOf(const std::string& path);
+
+// The path without the last "." of its file name and what follows.
+std::string PathWithoutExtension(const std::string& path);
+
+#endif

@@ -1,0 +1,76 @@
+#include "jobs/JobFile.h"
+
+#include "jobs/HostAddress.h"
+#include "jobs/JobArguments.h"
+#include "util/DateTimeWrapper.h"
+
+namespace {
+
+std::string MakeIdentifier() {
+  std::tm now{};
+  std::string time;
+  if (DateTimeWrapper::CurrentLocalTime(&now)) DateTimeWrapperStr::DateTimeString(&now, time);
+  std::string identifier = HostAddress() + ' ' + time;
+  const std::string replaced = " .:-";
+  for (char& c : identifier) {
+    if (replaced.find(c) != std::string::npos) c = '_';
+  }
+  return identifier;
+}
+
+}  // namespace
+
+bool JobStatusWord(int status, std::string& word) {
+  static const char* const kWords[] = {"Queued", "Waiting", "Running", "Finished", "Aborted"};
+  word.clear();
+  if (status < JobStatus::kQueued || status > JobStatus::kAborted) return false;
+  word = kWords[status];
+  return true;
+}
+
+JobFile::JobFile(const Settings& settings)
+    : identifier(MakeIdentifier()), pause(settings.pause_time) {}
+
+JobFile::~JobFile() = default;
+
+std::string JobFile::Folder() const {
+  return FolderOf(jobFile.empty() ? restartFile : jobFile);
+}
+
+std::string JobFile::MessageFile() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return messageFile_;
+}
+
+void JobFile::SetMessageFile(const std::string& path) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  messageFile_ = path;
+}
+
+int JobFile::RunErrorCode() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return runErrorCode_;
+}
+
+std::string JobFile::RunMessage() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return runMessage_;
+}
+
+void JobFile::SetRunError(int code, const std::string& message) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  runErrorCode_ = code;
+  runMessage_ = message;
+}
+
+void JobFile::ResetForRun() {
+  status = JobStatus::kQueued;
+  abort = false;
+  SetMessageFile({});
+  SetRunError(0, {});
+  for (const std::shared_ptr<JobFile>& stage : stages) {
+    if (stage) stage->ResetForRun();
+  }
+}
+
+JobFileDyna::JobFileDyna(const Settings& settings) : JobFile(settings) {}
