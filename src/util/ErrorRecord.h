@@ -34,7 +34,8 @@ class ErrorReporting {
   // "printf" would mean the old Windows runtime's formats there, which are not used.
   __attribute__((format(gnu_printf, 2, 3)))
 #endif
-  void SetLastError(const char* format, ...);
+  void
+  SetLastError(const char* format, ...);
 
  private:
   struct Record;
