@@ -200,9 +200,11 @@ void D3plotWriter::Geometry() {
                                {ElementKind::kThickShell, 8, 0, true},
                                {ElementKind::kBeam, 3, 2, false},
                                {ElementKind::kShell, 4, 0, true}};
+  const std::size_t begin = buffer_.size();
   for (const Node& node : deck_->nodes) {
     for (const double x : node.x) Real(x);
   }
+  coordinates_.assign(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end());
   for (const Layout& layout : kOrder) {
     for (const Element& element : deck_->Of(layout.kind)) {
       std::int64_t last = 0;
@@ -268,9 +270,7 @@ bool D3plotWriter::WriteState(double time) {
   }
   Real(time);
   Zeros(6 + 7 * deck_->parts.size());
-  for (const Node& node : deck_->nodes) {
-    for (const double x : node.x) Real(x);
-  }
+  buffer_.insert(buffer_.end(), coordinates_.begin(), coordinates_.end());
   Zeros(ElementValues());
   for (std::size_t i = 0; i < deck_->ElementCount(); ++i) Real(1.0);
   const std::size_t offset = memberBytes_;

@@ -42,6 +42,7 @@ class D3plotWriter {
   const Deck* deck_ = nullptr;
   std::size_t wordBytes_ = 4;
   std::vector<char> buffer_;
+  std::vector<char> coordinates_;  // of all nodes, as every state repeats them
   int member_ = 1;
   std::size_t memberBytes_ = 0;  // written to the current numbered file, without its end mark
 };

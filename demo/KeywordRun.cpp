@@ -27,7 +27,7 @@ constexpr auto kLongestHang = std::chrono::hours(1);
 constexpr int kFewestCycles = 10;
 constexpr int kMostCycles = 2000;
 constexpr double kCyclesASecond = 5;
-constexpr int kPlotStates = 5;
+constexpr int kPlotIntervals = 5;
 constexpr long long kDefaultWords = 127121;
 
 constexpr int kErrorCommandLine = 10001;
@@ -57,10 +57,9 @@ class KeywordRun {
   Ending Step();
   void March();
   void Wait(Clock::time_point until);
-  void WaitForSwitch(Clock::time_point until);
   void ObeySwitch(int number);
   void MidRun();
-  void Plot(const char* what);
+  void Plot();
   void Dump();
   int End();
   void Error(int number, const std::string& text);
@@ -224,7 +223,7 @@ void KeywordRun::March() {
                        kMostCycles);
   timeStep_ = std::max(endTime_ - startTime_, 0.0) / cycles_;
   time_ = startTime_;
-  Plot("write d3plot file");
+  Plot();
   while (ending_ == Ending::kNone) {
     ++cycle_;
     const double share = static_cast<double>(cycle_) / cycles_;
@@ -240,8 +239,8 @@ Ending KeywordRun::Step() {
   if (cycle_ == cycles_ / 2) MidRun();
   if (ending_ != Ending::kNone) return ending_;
   const bool last = cycle_ == cycles_;
-  if (last || cycle_ % std::max(cycles_ / (kPlotStates - 1), 1) == 0) {
-    Plot("write d3plot file");
+  if (last || cycle_ % std::max(cycles_ / kPlotIntervals, 1) == 0) {
+    Plot();
   } else {
     message_.Progress(cycle_, time_, timeStep_, "flush i/o buffers");
   }
@@ -260,12 +259,14 @@ void KeywordRun::Wait(Clock::time_point until) {
 }
 
 void KeywordRun::ObeySwitch(int number) {
+  // It lies there until the first rank takes it away, so the others obey what ends the run only.
+  if (!rank_.First() && number != 1) return;
   message_.Line(Format(" *** sense switch %d", number));
   if (number == 1 || number == 3) Dump();
   if (number == 2) message_.Progress(cycle_, time_, timeStep_, "time step information");
-  if (number == 4) Plot("write d3plot file");
+  if (number == 4) Plot();
   if (rank_.First()) {
-    if (rank_.size > 1) std::this_thread::sleep_for(kSwitchGrace);
+    if (rank_.parallel) std::this_thread::sleep_for(kSwitchGrace);
     RemoveSenseSwitch();
   }
   if (number == 1) ending_ = Ending::kSwitch;
@@ -280,8 +281,8 @@ void KeywordRun::MidRun() {
   if (behaviour_.fail) Error(kErrorSolution, "the deck asked the stand-in to fail");
 }
 
-void KeywordRun::Plot(const char* what) {
-  message_.Progress(cycle_, time_, timeStep_, what);
+void KeywordRun::Plot() {
+  message_.Progress(cycle_, time_, timeStep_, "write d3plot file");
   if (!WritesResults() || !plot_.Begun()) return;
   if (!plot_.WriteState(time_)) Error(kErrorFile, "the d3plot files cannot be written");
 }

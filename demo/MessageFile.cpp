@@ -74,7 +74,7 @@ void MessageFile::Banner(const Version& version, bool doublePrecision, const Ran
   Line(Format("     |  Precision  : %-36s|",
               doublePrecision ? "Double precision (I8R8)" : "Single precision (I4R4)"));
   if (rank.parallel) {
-    Line(Format("     |  Rank %6d of %-33d|", rank.number, rank.size));
+    Line(Format("     |  Rank %6d of %-34d|", rank.number, rank.size));
   }
   Line("     |___________________________________________________|");
   Line();

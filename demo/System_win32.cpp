@@ -3,7 +3,9 @@
 #include "System.h"
 
 // The arguments stay as they came: no file names in the place of "*" and "?".
-extern "C" int _dowildcard = 0;
+extern "C" {
+int _dowildcard = 0;
+}
 
 namespace {
 
