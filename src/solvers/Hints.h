@@ -1,0 +1,11 @@
+// Advice for known message numbers of LS-DYNA.
+#ifndef KR_SOLVERS_HINTS_H
+#define KR_SOLVERS_HINTS_H
+
+#include <string>
+
+// The English advice for a warning or an error. False, with `hint` untouched, for a number that has
+// none.
+bool LookUpHint(int number, std::string& hint);
+
+#endif

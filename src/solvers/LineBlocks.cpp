@@ -1,0 +1,87 @@
+#include "solvers/LineBlocks.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// Stays in the processor's cache while it is searched.
+constexpr std::size_t kBlock = 128 * 1024;
+static_assert(kBlock > LineBlocks::kLongestLine);
+
+constexpr std::uint64_t kProgressStep = std::uint64_t{8} << 20;
+
+}  // namespace
+
+bool LineBlocks::Open(const std::string& path) {
+  if (!file_.Open(path)) return false;
+  buffer_.resize(kBlock);
+  return true;
+}
+
+void LineBlocks::SetProgress(
+    const std::function<bool(std::uint64_t done, std::uint64_t size)>& progress) {
+  progress_ = progress;
+}
+
+bool LineBlocks::Next(std::string_view& block) {
+  while (Fill()) {
+    if (insideLongLine_) DropRestOfLongLine();
+    const std::string_view text(buffer_.data() + begin_, end_ - begin_);
+    std::size_t length = text.rfind('\n') + 1;  // 0 without a line end
+    if (length == 0) {
+      if (atEnd_) {
+        length = text.size();
+      } else if (text.size() >= kLongestLine) {
+        length = kLongestLine;
+        insideLongLine_ = true;
+      }
+    }
+    if (length == 0) continue;
+    block = text.substr(0, length);
+    begin_ += length;
+    return true;
+  }
+  return false;
+}
+
+// Moves the rest to the front and reads behind it. False when there is nothing left.
+bool LineBlocks::Fill() {
+  if (stopped_ || !GoOn()) return false;
+  std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+  end_ -= begin_;
+  begin_ = 0;
+  if (!atEnd_) {
+    const std::ptrdiff_t count = file_.Read(buffer_.data() + end_, buffer_.size() - end_);
+    failed_ = count < 0;
+    atEnd_ = count <= 0;
+    if (count > 0) {
+      end_ += static_cast<std::size_t>(count);
+      done_ += static_cast<std::uint64_t>(count);
+    }
+  }
+  return end_ > 0;
+}
+
+void LineBlocks::DropRestOfLongLine() {
+  const void* lineEnd = std::memchr(buffer_.data() + begin_, '\n', end_ - begin_);
+  insideLongLine_ = lineEnd == nullptr;
+  begin_ = insideLongLine_
+               ? end_
+               : static_cast<std::size_t>(static_cast<const char*>(lineEnd) - buffer_.data()) + 1;
+}
+
+bool LineBlocks::GoOn() {
+  if (!progress_ || done_ - reported_ < kProgressStep) return true;
+  reported_ = done_;
+  stopped_ = !progress_(done_, file_.Size());
+  return !stopped_;
+}
+
+std::string_view TakeLine(std::string_view block, std::size_t& position) {
+  const std::size_t end = std::min(block.find('\n', position), block.size());
+  std::string_view line = block.substr(position, end - position);
+  position = std::min(end + 1, block.size());
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  return line;
+}

@@ -1,0 +1,51 @@
+// Reads a text file of any size in blocks of whole lines.
+#ifndef KR_SOLVERS_LINEBLOCKS_H
+#define KR_SOLVERS_LINEBLOCKS_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "util/InputFile.h"
+
+class LineBlocks {
+ public:
+  // Of a longer line only so much is handed out.
+  static constexpr std::size_t kLongestLine = 64 * 1024;
+
+  bool Open(const std::string& path);
+
+  // Bytes read and the file's size, now and then. Returning false ends the reading.
+  void SetProgress(const std::function<bool(std::uint64_t done, std::uint64_t size)>& progress);
+
+  // The next lines with their ends; the file's last line may have none. Valid until the next call.
+  // False at the end of the file, when it cannot be read further and when the reading was ended.
+  bool Next(std::string_view& block);
+
+  bool Failed() const { return failed_; }
+  bool Stopped() const { return stopped_; }
+
+ private:
+  bool Fill();
+  void DropRestOfLongLine();
+  bool GoOn();
+
+  InputFile file_;
+  std::function<bool(std::uint64_t, std::uint64_t)> progress_;
+  std::vector<char> buffer_;
+  std::size_t begin_ = 0;  // of what has not been handed out
+  std::size_t end_ = 0;
+  std::uint64_t done_ = 0;
+  std::uint64_t reported_ = 0;
+  bool insideLongLine_ = false;
+  bool atEnd_ = false;
+  bool failed_ = false;
+  bool stopped_ = false;
+};
+
+// Takes the line at `position` of a block, without its end (LF or CRLF), and moves behind it.
+std::string_view TakeLine(std::string_view block, std::size_t& position);
+
+#endif
