@@ -27,10 +27,17 @@ UniqueFd Connect(const char* address) {
   return link;
 }
 
+// A closing window tells only the first program of its terminal, which is this one.
+void PassOnHangUp(int) {
+  signal(SIGHUP, SIG_IGN);
+  kill(0, SIGHUP);
+}
+
 // The keys that stop a program, and the closing of the window, are for the program that runs here.
 // Its end is then still ours to report.
 void OutliveTheProgram() {
-  for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTSTP, SIGPIPE}) signal(number, SIG_IGN);
+  for (const int number : {SIGINT, SIGQUIT, SIGTSTP, SIGPIPE}) signal(number, SIG_IGN);
+  signal(SIGHUP, PassOnHangUp);
 }
 
 int Run(const ConsoleRequest& request, pid_t& pid) {

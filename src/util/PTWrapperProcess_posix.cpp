@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -177,7 +176,7 @@ bool PTWrapperProcess::Private::StartAlone(ChildStart start, Child& started) con
   if (StartChild(start, pid) != 0) return false;
   // Not collected yet, so the id is its own even if it has ended.
   started.key = KeyOf(pid);
-  started.pinned = UniqueFd(pidfd_open(pid, 0));
+  started.pinned = PinProcess(pid);
   return true;
 }
 

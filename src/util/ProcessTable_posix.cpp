@@ -3,15 +3,13 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <memory>
 #include <sstream>
-
-#include "util/UniqueFd_posix.h"
 
 namespace {
 
@@ -121,12 +119,16 @@ std::optional<uid_t> ProcessUserId(pid_t pid) {
   return effective;
 }
 
+UniqueFd PinProcess(pid_t pid) {
+  return UniqueFd(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+}
+
 bool SignalProcess(const ProcessKey& key, int signal) {
   if (key.pid <= 0) return false;
   // The descriptor pins the process, so that the comparison below stays true until the signal.
-  const UniqueFd pinned(pidfd_open(key.pid, 0));
+  const UniqueFd pinned = PinProcess(key.pid);
   const std::optional<ProcessEntry> now = ReadProcess(key.pid);
   if (!now || now->key != key) return false;
-  if (pinned) return pidfd_send_signal(pinned.get(), signal, nullptr, 0) == 0;
+  if (pinned) return syscall(SYS_pidfd_send_signal, pinned.get(), signal, nullptr, 0) == 0;
   return kill(key.pid, signal) == 0;
 }

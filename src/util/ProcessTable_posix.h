@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "util/UniqueFd_posix.h"
+
 // Names one process for ever: a later process with the same id has another start time.
 struct ProcessKey {
   pid_t pid = 0;
@@ -48,6 +50,9 @@ bool StartEnvironmentHolds(pid_t pid, const std::string& text);
 
 // Effective user of the process.
 std::optional<uid_t> ProcessUserId(pid_t pid);
+
+// A descriptor that stands for the process with this id and becomes readable at its end.
+UniqueFd PinProcess(pid_t pid);
 
 // Sends to exactly this process, never to one that took over its id. True when it was delivered.
 bool SignalProcess(const ProcessKey& key, int signal);

@@ -1,0 +1,80 @@
+#include "TestChild.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <thread>
+
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+constexpr char kSwitch[] = "KR_TEST_CHILD";
+
+void SetSwitch(const std::string& behaviour) {
+#ifdef _WIN32
+  _putenv_s(kSwitch, behaviour.c_str());
+#else
+  setenv(kSwitch, behaviour.c_str(), 1);
+#endif
+}
+
+void SleepLong() {
+  std::this_thread::sleep_for(std::chrono::minutes(1));
+}
+
+void MakeFile(const std::string& path) {
+  if (std::FILE* file = std::fopen(path.c_str(), "wb")) std::fclose(file);
+}
+
+int Behave(const std::string& behaviour) {
+  std::istringstream words(behaviour);
+  std::string what, name, file;
+  words >> what >> name >> file;
+  PTWrapperSignal signal;
+  if (what == "exit") return std::atoi(name.c_str());
+  if (what == "sleep") SleepLong();
+  if (what == "own") {
+    signal.CreateMutexSignal(name, false);
+    signal.WaitForMutexSignal(-1);
+    MakeFile(file);
+    SleepLong();
+  }
+  if (what == "take" || what == "hold") {
+    if (!signal.OpenEventSignal(name)) signal.CreateEventSignal(name);
+    MakeFile(file);
+    if (what == "take") return signal.WaitForEventSignal(-1);
+    SleepLong();
+  }
+  if (what == "set") return signal.OpenEventSignal(name) && signal.SetEventSignal() ? 0 : 1;
+  return 99;
+}
+
+// Before the tests' own main.
+const struct Child {
+  Child() {
+    const char* behaviour = std::getenv(kSwitch);
+    if (behaviour && *behaviour) std::_Exit(Behave(behaviour));
+  }
+} child;
+
+}  // namespace
+
+bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour) {
+  SetSwitch(behaviour);
+  const std::string program = FileDirWrapper::ProgramPath();
+  std::string quoted;
+  FileDirWrapper::QuotePath(program, quoted);
+  const bool started = process.Create(program, quoted, "", false, 0, "", false);
+  SetSwitch("");
+  return started;
+}
+
+bool Becomes(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}

@@ -1,0 +1,23 @@
+// Runs this test program once more as a child that shows one behaviour instead of the tests:
+//   exit CODE                 ends with the code
+//   sleep                     does nothing for a minute
+//   own NAME FILE             owns the mutex, makes the file, and sleeps
+//   take NAME FILE            makes the file, waits for the event, and ends with the wait's result
+//   hold NAME FILE            holds the event open, makes the file, and sleeps
+//   set NAME                  opens the event and sets it
+#ifndef KR_TESTS_TESTCHILD_H
+#define KR_TESTS_TESTCHILD_H
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "util/PTWrapper.h"
+
+bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour);
+
+// Looks every few milliseconds; false when it has not come true in time.
+bool Becomes(const std::function<bool()>& condition,
+             std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+#endif

@@ -1,0 +1,374 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+#include "support/TempFolder.h"
+#include "TestChild.h"
+#include "util/ChildStart_posix.h"
+#include "util/FileDirWrapper.h"
+#include "util/ProcessTable_posix.h"
+#include "util/PTWrapper.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Clock = std::chrono::steady_clock;
+
+std::vector<int> NumbersIn(const std::string& file) {
+  std::istringstream text(TempFolder::Read(file));
+  std::vector<int> numbers;
+  for (int number = 0; text >> number;) numbers.push_back(number);
+  return numbers;
+}
+
+bool IsAlive(pid_t pid) {
+  const std::optional<ProcessEntry> entry = ReadProcess(pid);
+  return entry && entry->IsAlive();
+}
+
+class Variable {
+ public:
+  Variable(const char* name, const std::string& value) : name_(name) {
+    const char* before = getenv(name);
+    had_ = before != nullptr;
+    if (before) before_ = before;
+    setenv(name, value.c_str(), 1);
+  }
+  ~Variable() {
+    if (had_)
+      setenv(name_, before_.c_str(), 1);
+    else
+      unsetenv(name_);
+  }
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+
+ private:
+  const char* name_;
+  bool had_ = false;
+  std::string before_;
+};
+
+bool StartScript(PTWrapperProcess& process, const std::string& script, unsigned flags = 0,
+                 const std::string& folder = {}) {
+  return process.Create("", "/bin/sh \"" + script + "\"", "A title; 'of' $HOME", false, flags,
+                        folder, flags != 0);
+}
+
+TEST(ProcessPosix, ChildIsCutOffFromUs) {
+  const TempFolder folder;
+  const InFolder back(folder.Path());
+  const std::string script = folder.Write(
+      "look.sh",
+      "ls /proc/self/fd | tr '\\n' ' '; readlink /proc/$$/fd/0; grep SigBlk /proc/$$/status;"
+      "grep SigIgn /proc/$$/status; cut -d' ' -f6 /proc/$$/stat; echo $$; pwd; echo \"$KR_WORD\"");
+  const Variable word("KR_WORD", "a b");
+  const int stray = open("/dev/null", O_RDONLY);  // inheritable on purpose
+  signal(SIGUSR1, SIG_IGN);
+  PTWrapperProcess process;
+  process.SetOutputFile(folder / "out");
+  folder.Write("out", "of the run before");
+  std::filesystem::create_directory(folder / "job");
+  ASSERT_TRUE(StartScript(process, script, 0, folder / "job"));
+  ASSERT_TRUE(process.WaitProc());
+  signal(SIGUSR1, SIG_DFL);
+  close(stray);
+  std::istringstream lines(TempFolder::Read(folder / "out"));
+  std::string line, session, pid;
+  std::getline(lines, line);
+  EXPECT_EQ(line, "0 1 2 3 /dev/null");  // 3 is the listing itself
+  std::getline(lines, line);
+  EXPECT_EQ(line, "SigBlk:\t0000000000000000");
+  std::getline(lines, line);
+  // But for the two that the C library keeps for itself.
+  EXPECT_EQ(std::stoull(line.substr(8), nullptr, 16) & ~0x180000000ull, 0u);
+  std::getline(lines, session);
+  std::getline(lines, pid);
+  EXPECT_EQ(session, pid);
+  std::getline(lines, line);
+  EXPECT_TRUE(std::filesystem::equivalent(line, folder / "job"));
+  std::getline(lines, line);
+  EXPECT_EQ(line, "a b");
+  EXPECT_TRUE(std::filesystem::equivalent(".", folder / "job")) << "the folder stays";
+}
+
+TEST(ProcessPosix, ExitStateOfASignalAndNoZombies) {
+  const TempFolder folder;
+  PTWrapperProcess process;
+  ASSERT_TRUE(StartScript(process, folder.Write("die.sh", "kill -9 $$")));
+  ASSERT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  EXPECT_EQ(process.ExitCode(), 128 + SIGKILL);
+
+  pid_t left = 0;
+  {
+    PTWrapperProcess forgotten;
+    ASSERT_TRUE(StartScript(forgotten, folder.Write("short.sh", "sleep 0.2")));
+    left = forgotten.ChildId();
+  }
+  EXPECT_TRUE(IsAlive(left)) << "the destructor leaves it alone";
+  EXPECT_TRUE(Becomes([&] {
+    process.IsActive();  // any use collects those that were let go
+    return !ReadProcess(left);
+  }));
+}
+
+// Each of them ignores the polite signal. One has left the session and lost its parent, one has no
+// environment, one is stopped.
+TEST(ProcessPosix, TerminateEndsEverythingThatItStarted) {
+  const TempFolder folder;
+  const std::string pids = folder / "pids";
+  const std::string stubborn = folder.Write(
+      "stubborn.sh", "trap '' TERM HUP INT; echo $$ >> " + pids + "; while :; do sleep 0.1; done");
+  const std::string script =
+      folder.Write("tree.sh", "trap '' TERM\n(setsid /bin/sh " + stubborn +
+                                  " &)\nenv -i setsid /bin/sh " + stubborn + " &\n/bin/sh " +
+                                  stubborn + " & kill -STOP $!\nexec /bin/sh " + stubborn);
+  PTWrapperProcess process;
+  ASSERT_TRUE(StartScript(process, script));
+  ASSERT_TRUE(Becomes([&] { return NumbersIn(pids).size() >= 3; }));
+  const Clock::time_point begin = Clock::now();
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_LT(Clock::now() - begin, seconds(2));
+  for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
+  EXPECT_FALSE(ReadProcess(NumbersIn(pids).front()) && process.IsActive());
+}
+
+TEST(ProcessPosix, TerminateAsksFirst) {
+  const TempFolder folder;
+  const std::string script =
+      folder.Write("polite.sh",
+                   "trap 'sleep 0.2; echo saved > saved; exit 0' TERM\necho > up\n"
+                   "while :; do sleep 0.05; done");
+  PTWrapperProcess process;
+  const InFolder back(folder.Path());
+  ASSERT_TRUE(StartScript(process, script));
+  ASSERT_TRUE(Becomes([] { return FileDirWrapper::FileExists("up"); }));
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_TRUE(FileDirWrapper::FileExists("saved"));
+}
+
+TEST(ProcessPosix, TerminateOutrunsProgramsThatKeepStartingOthers) {
+  const TempFolder folder;
+  const std::string pids = folder / "pids";
+  const std::string script = folder / "again.sh";
+  folder.Write("again.sh", "trap '' TERM\necho $$ >> " + pids + "\nsleep 0.05\n(setsid /bin/sh " +
+                               script + " &)\nsleep 0.3");
+  PTWrapperProcess process;
+  ASSERT_TRUE(StartScript(process, folder.Write("first.sh", "/bin/sh " + script + "; sleep 30")));
+  ASSERT_TRUE(Becomes([&] { return NumbersIn(pids).size() >= 5; }));
+  EXPECT_TRUE(process.Terminate());
+  const std::size_t count = NumbersIn(pids).size();
+  std::this_thread::sleep_for(milliseconds(300));
+  EXPECT_EQ(NumbersIn(pids).size(), count);
+}
+
+TEST(ProcessPosix, NamesAreThoseOfTheExecutableFile) {
+  const TempFolder folder;
+  std::string shell = folder / "kr-odd (name) 1";
+  std::filesystem::copy_file("/bin/sh", shell);
+  PTWrapperProcess process;
+  const std::string script =
+      folder.Write("kestrun.sh", "echo > up; while :; do read x < fifo; done");
+  const InFolder back(folder.Path());
+  ASSERT_EQ(mkfifo("fifo", 0600), 0);
+  ASSERT_TRUE(process.Create(shell, "some_other_name kestrun.sh", "", false, 0, "", false));
+  ASSERT_TRUE(Becomes([] { return FileDirWrapper::FileExists("up"); }));
+  std::filesystem::remove(shell);  // the running program keeps its name
+  prctl(PR_SET_NAME, "kestrun-thread");
+
+  pid_t zombie = 0;
+  ChildStart start;
+  start.program = "/bin/true";
+  start.args = {"true"};
+  ASSERT_EQ(StartChild(start, zombie), 0);
+  ASSERT_TRUE(Becomes([&] { return !IsAlive(zombie); }));
+
+  std::vector<PTWrapperProcessInfo> list;
+  PTWrapperProcess::FindRunningProcessName(list);
+  const auto nameOf = [&](pid_t pid) {
+    const auto found = std::find_if(list.begin(), list.end(),
+                                    [&](const auto& entry) { return entry.processId == pid; });
+    return found == list.end() ? std::string() : found->exeName;
+  };
+  EXPECT_EQ(nameOf(process.ChildId()), "kr-odd (name) 1");
+  EXPECT_EQ(nameOf(zombie), "");
+  EXPECT_EQ(nameOf(getpid()).find("kestrun"), std::string::npos);
+  waitpid(zombie, nullptr, 0);
+
+  EXPECT_TRUE(PTWrapperProcess::Terminate("(name)"));
+  EXPECT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  EXPECT_EQ(process.ExitCode(), 128 + SIGKILL);
+}
+
+TEST(ProcessPosix, HostileOutputFilesStopNothing) {
+  const TempFolder folder;
+  const std::string script = folder.Write("talk.sh", "echo hello");
+  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+  for (const std::string& target : {folder / "fifo", folder.Path(), folder / "no/such/folder"}) {
+    PTWrapperProcess process;
+    process.SetOutputFile(target);
+    ASSERT_TRUE(StartScript(process, script)) << target;
+    EXPECT_TRUE(process.WaitProc());
+    EXPECT_EQ(process.ExitCode(), 0);
+  }
+}
+
+// A display of our own, where there is none that we know to be a test's.
+class ConsolePosix : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (getenv("DISPLAY") || FindProgram("Xvfb").empty()) return;
+    server = new PTWrapperProcess;
+    const TempFolder folder;
+    const std::string chosen = folder / "display";
+    const std::string script = folder.Write(
+        "x.sh", "exec Xvfb -displayfd 7 -nolisten tcp -screen 0 800x600x24 7>" + chosen);
+    ASSERT_TRUE(StartScript(*server, script));
+    ASSERT_TRUE(Becomes([&] { return TempFolder::Read(chosen).ends_with("\n"); }));
+    setenv("DISPLAY", (":" + std::to_string(NumbersIn(chosen).front())).c_str(), 1);
+    displayIsOurs = true;
+  }
+  static void TearDownTestSuite() {
+    if (displayIsOurs) unsetenv("DISPLAY");
+    if (server) server->Terminate();
+    delete server;
+    server = nullptr;
+  }
+  void SetUp() override {
+    if (!getenv("DISPLAY") || FindProgram("xterm").empty()) GTEST_SKIP() << "no display or xterm";
+    PTWrapperProcess::SetConsoleHost(KR_TEST_BIN_DIR "/krconsole");
+    PTWrapperProcess::SetConsoleProgram("xterm");
+    process.SetOutputFile(folder / "out");
+  }
+  void TearDown() override { process.Terminate(); }
+
+  // Among what this test program started; others on this machine may have such programs too.
+  static pid_t Find(const std::string& name) {
+    for (const ProcessEntry& process : ListProcesses()) {
+      if (ExecutableName(process) == name && IsOurs(process)) return process.key.pid;
+    }
+    return 0;
+  }
+  static bool IsOurs(ProcessEntry process) {
+    while (process.parent > 1 && process.parent != getpid()) {
+      const std::optional<ProcessEntry> parent = ReadProcess(process.parent);
+      if (!parent) return false;
+      process = *parent;
+    }
+    return process.parent == getpid();
+  }
+
+  static PTWrapperProcess* server;
+  static bool displayIsOurs;
+  TempFolder folder;
+  PTWrapperProcess process;
+};
+PTWrapperProcess* ConsolePosix::server = nullptr;
+bool ConsolePosix::displayIsOurs = false;
+
+TEST_F(ConsolePosix, RunsInATerminalWithOurFolderAndEnvironment) {
+  const Variable word("KR_WORD", "a b");
+  const InFolder back(folder.Path());
+  const std::string script =
+      folder.Write("look.sh", "test -t 0 && test -t 1 && echo \"$KR_WORD $TERM\" > \"" +
+                                  (folder / "seen") + "\"; pwd > where; sleep 0.5; exit 42");
+  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole, folder.Path()));
+  EXPECT_TRUE(process.IsActive());
+  EXPECT_TRUE(ReadProcess(process.ChildId()));
+  if (!FindProgram("xwininfo").empty()) {
+    EXPECT_TRUE(Becomes(
+        [] { return std::system("xwininfo -name \"A title; 'of' \\$HOME\" >/dev/null 2>&1") == 0; },
+        milliseconds(400)));
+  }
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 42);
+  EXPECT_EQ(TempFolder::Read(folder / "seen"), "a b xterm\n");
+  EXPECT_EQ(TempFolder::Read(folder / "where"), folder.Path() + "\n");
+  EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out"));
+  EXPECT_TRUE(Becomes([&] {
+    process.IsActive();
+    return Find("xterm") == 0 && Find("krconsole") == 0;
+  }));
+}
+
+TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
+  const std::string script =
+      folder.Write("polite.sh", "trap 'sleep 0.2; echo > \"" + (folder / "saved") +
+                                    "\"; exit 0' TERM\necho > \"" + (folder / "up") +
+                                    "\"\nwhile :; do sleep 0.05; done");
+  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  const pid_t terminal = Find("xterm");
+  ASSERT_GT(terminal, 0);
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_TRUE(FileDirWrapper::FileExists(folder / "saved"));
+  EXPECT_FALSE(IsAlive(terminal));
+  EXPECT_EQ(Find("krconsole"), 0);
+}
+
+TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
+  const std::string script = folder.Write(
+      "go_on.sh", "trap '' HUP TERM\necho > \"" + (folder / "up") + "\"\nsleep 1\nexit 0");
+  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  const pid_t host = Find("krconsole");
+  ASSERT_GT(host, 0);
+  kill(host, SIGKILL);
+  ASSERT_TRUE(Becomes([&] { return !IsAlive(host); }));
+  EXPECT_TRUE(process.IsActive());
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 255);
+}
+
+TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {
+  const std::string script =
+      folder.Write("run.sh", "echo > \"" + (folder / "up") + "\"\nwhile :; do sleep 0.05; done");
+  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  const pid_t terminal = Find("xterm");
+  ASSERT_GT(terminal, 0);
+  kill(terminal, SIGKILL);
+  EXPECT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  EXPECT_EQ(process.ExitCode(), 128 + SIGHUP);
+}
+
+TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
+  const std::string script = folder.Write("talk.sh", "echo hello; exit 5");
+  const std::string broken = folder.Write("broken-terminal", "#!/bin/sh\nexit 3\n");
+  chmod(broken.c_str(), 0700);
+  const auto run = [&] {
+    std::filesystem::remove(folder / "out");
+    EXPECT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+    EXPECT_TRUE(process.WaitProc());
+    EXPECT_EQ(process.ExitCode(), 5);
+    EXPECT_TRUE(process.Terminate());
+    return TempFolder::Read(folder / "out");
+  };
+  for (const std::string& terminal : {std::string("kr-no-such-terminal"), broken}) {
+    PTWrapperProcess::SetConsoleProgram(terminal);
+    EXPECT_EQ(run(), "hello\n") << terminal;
+  }
+  PTWrapperProcess::SetConsoleProgram("xterm");
+  const Variable nowhere("DISPLAY", ":4711");
+  EXPECT_EQ(run(), "hello\n");
+}
+
+TEST_F(ConsolePosix, ProgramThatCannotRunIsReportedFromTheTerminal) {
+  const std::string text = folder.Write("text.bin", "not a program");
+  EXPECT_FALSE(process.Create(text, "x", "t", false, PTWrapperProcess::kNewConsole, "", true));
+  EXPECT_EQ(process.LastError(), "CreateProcess " + text + " x failed");
+  EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out"));
+}
+
+}  // namespace

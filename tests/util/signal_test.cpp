@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "support/TempFolder.h"
+#include "TestChild.h"
+#include "util/FileDirWrapper.h"
+#include "util/PTWrapper.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+// Unlike that of any other run of these tests, in this user's namespace or in everybody's.
+std::string NewName(const std::string& prefix = {}) {
+  static int counter = 0;
+  return prefix + "KR_TEST_" + std::to_string(Clock::now().time_since_epoch().count()) + "_" +
+         std::to_string(counter++);
+}
+
+class Signal : public testing::TestWithParam<const char*> {
+ protected:
+  const std::string name = NewName(GetParam());
+};
+INSTANTIATE_TEST_SUITE_P(Names, Signal, testing::Values("", "Global\\"),
+                         [](const auto& of) { return *of.param ? "Global" : "User"; });
+
+TEST_P(Signal, LivesAsLongAsSomebodyHoldsIt) {
+  for (int round = 0; round < 2; ++round) {
+    PTWrapperSignal first, second, third;
+    EXPECT_FALSE(second.OpenEventSignal(name));
+    EXPECT_EQ(second.LastError(), "open EVENT " + name + " failed");
+    EXPECT_EQ(first.CreateEventSignal(name), 1);
+    EXPECT_EQ(second.CreateEventSignal(name), 2);
+    EXPECT_EQ(second.LastError(), "EVENT " + name + " already exists");
+    EXPECT_TRUE(third.OpenEventSignal(name));
+    EXPECT_TRUE(first.CloseEventSignal());
+    EXPECT_TRUE(third.SetEventSignal());
+    EXPECT_EQ(second.WaitForEventSignal(1000), 0);
+    EXPECT_EQ(third.WaitForEventSignal(0), 1) << "one waiter takes it";
+    EXPECT_EQ(third.LastError(), "Time out return");
+    EXPECT_TRUE(third.SetEventSignal());
+    EXPECT_TRUE(second.ResetEventSignal());
+    EXPECT_EQ(third.WaitForEventSignal(20), 1);
+    EXPECT_TRUE(third.SetEventSignal());  // forgotten with the last holder
+  }
+}
+
+TEST_P(Signal, KindsShareTheirNames) {
+  PTWrapperSignal holder, other;
+  EXPECT_EQ(holder.CreateMutexSignal(name, false), 1);
+  EXPECT_EQ(other.CreateEventSignal(name), 0);
+  EXPECT_EQ(other.LastError(), "Create EVENT " + name + " failed");
+  EXPECT_EQ(other.CreateSemaphoreSignal(name, 1, 1), 0);
+  EXPECT_EQ(other.LastError(), "Create SEMAPHORE " + name + " failed");
+  EXPECT_FALSE(other.OpenSemaphoreSignal(name));
+  EXPECT_EQ(other.CreateMutexSignal(name, false), 2);
+}
+
+TEST_P(Signal, DeadOwnerLeavesAnAbandonedMutex) {
+  const TempFolder folder;
+  PTWrapperSignal mutex, other;
+  ASSERT_EQ(mutex.CreateMutexSignal(name, false), 1);
+  PTWrapperProcess owner;
+  ASSERT_TRUE(StartTestChild(owner, "own " + name + " " + (folder / "owned")));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "owned"); }));
+  EXPECT_EQ(mutex.WaitForMutexSignal(0), 1);
+  EXPECT_EQ(mutex.LastError(), "Time out return");
+  EXPECT_FALSE(mutex.ReleaseMutexSignal()) << "it is another's";
+  std::thread killer([&] {
+    std::this_thread::sleep_for(milliseconds(100));
+    owner.Terminate();
+  });
+  EXPECT_EQ(mutex.WaitForMutexSignal(5000), 2);
+  EXPECT_EQ(mutex.LastError(), "the owner thread does not release the mutex");
+  killer.join();
+  EXPECT_EQ(mutex.WaitForMutexSignal(0), 0) << "owned now, so taken again";
+  EXPECT_TRUE(mutex.ReleaseMutexSignal());
+  EXPECT_TRUE(mutex.ReleaseMutexSignal());
+  EXPECT_FALSE(mutex.ReleaseMutexSignal());
+
+  std::thread([&] { other.CreateMutexSignal(name, false), other.WaitForMutexSignal(-1); }).join();
+  EXPECT_EQ(mutex.WaitForMutexSignal(5000), 2) << "its owner thread has ended";
+  EXPECT_TRUE(mutex.ReleaseMutexSignal());
+  EXPECT_EQ(mutex.WaitForMutexSignal(0), 0);
+}
+
+TEST_P(Signal, KilledWaiterTakesNothingWithIt) {
+  const TempFolder folder;
+  PTWrapperSignal event;
+  ASSERT_EQ(event.CreateEventSignal(name), 1);
+  PTWrapperProcess killed, waiter, setter;
+  ASSERT_TRUE(StartTestChild(killed, "take " + name + " " + (folder / "killed")));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "killed"); }));
+  std::this_thread::sleep_for(milliseconds(100));
+  EXPECT_TRUE(killed.Terminate());
+  EXPECT_TRUE(event.SetEventSignal());
+  EXPECT_EQ(event.WaitForEventSignal(0), 0);
+
+  ASSERT_TRUE(StartTestChild(waiter, "take " + name + " " + (folder / "waiter")));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "waiter"); }));
+  ASSERT_TRUE(StartTestChild(setter, "set " + name));
+  EXPECT_TRUE(setter.WaitProc());
+  EXPECT_TRUE(waiter.WaitProc());
+  EXPECT_EQ(waiter.ExitCode(), 0);
+}
+
+TEST_P(Signal, KilledHolderDoesNotKeepTheObject) {
+  const TempFolder folder;
+  PTWrapperSignal event;
+  PTWrapperProcess holder;
+  ASSERT_TRUE(StartTestChild(holder, "hold " + name + " " + (folder / "held")));
+  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "held"); }));
+  EXPECT_TRUE(event.OpenEventSignal(name));
+  EXPECT_TRUE(event.CloseEventSignal());
+  EXPECT_TRUE(holder.Terminate());
+  EXPECT_FALSE(event.OpenEventSignal(name));
+  EXPECT_EQ(event.CreateEventSignal(name), 1);
+}
+
+// Each of four threads uses two of its own handles, as the groups of a queue do.
+TEST_P(Signal, MutexExcludesThreads) {
+  long counter = 0;  // guarded by the mutex alone
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      PTWrapperSignal outer, inner;
+      outer.CreateMutexSignal(name, false);
+      inner.CreateMutexSignal(name, false);
+      for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(outer.WaitForMutexSignal(-1), 0);
+        ASSERT_EQ(inner.WaitForMutexSignal(-1), 0);
+        ++counter;
+        inner.ReleaseMutexSignal();
+        outer.ReleaseMutexSignal();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(counter, 2000);
+}
+
+TEST(SignalWaits, SeveralThreadsOnOneObject) {
+  PTWrapperSignal event;
+  ASSERT_EQ(event.CreateEventSignal(NewName()), 1);
+  std::atomic<int> passed{0}, timedOut{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      const int result = event.WaitForEventSignal(1000);
+      if (result == 0) ++passed;
+      if (result == 1) ++timedOut;
+    });
+  }
+  for (int set = 1; set <= 2; ++set) {
+    EXPECT_TRUE(event.SetEventSignal());
+    EXPECT_TRUE(Becomes([&] { return passed == set; }));
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(passed, 2);
+  EXPECT_EQ(timedOut, 2);
+}
+
+TEST(SignalWaits, KeepTheirTime) {
+  PTWrapperSignal event, mutex;
+  event.CreateEventSignal(NewName());
+  mutex.CreateMutexSignal("", true);
+  Clock::time_point begin = Clock::now();
+  EXPECT_EQ(event.WaitForEventSignal(150), 1);
+  EXPECT_GE(Clock::now() - begin, milliseconds(140));
+  EXPECT_LT(Clock::now() - begin, milliseconds(1000));
+  begin = Clock::now();
+  std::thread([&] { EXPECT_EQ(mutex.WaitForMutexSignal(150), 1); }).join();
+  EXPECT_GE(Clock::now() - begin, milliseconds(140));
+  EXPECT_LT(Clock::now() - begin, milliseconds(1000));
+}
+
+TEST(SignalSemaphore, CountsAndForgetsItsHandle) {
+  const std::string name = NewName();
+  PTWrapperSignal maker, taker;
+  EXPECT_EQ(maker.CreateSemaphoreSignal(name, 3, 2), 0);
+  EXPECT_EQ(maker.LastError(), "Create SEMAPHORE " + name + " failed");
+  EXPECT_EQ(maker.CreateSemaphoreSignal(name, 1, 3), 1);
+  EXPECT_EQ(maker.CreateSemaphoreSignal(1, 1), 0);
+  EXPECT_EQ(maker.LastError(), "find an opened SEMAPHORE");
+  EXPECT_TRUE(taker.OpenSemaphoreSignal(name));
+  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 0);
+  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 1);
+  EXPECT_TRUE(maker.ReleaseSemaphoreSignal(2));
+  EXPECT_EQ(taker.WaitForSemaphoreSignal(-1), 0);
+  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 0);
+  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 1);
+
+  EXPECT_TRUE(maker.IsSemaphoreSignalCreated());
+  EXPECT_EQ(maker.WaitForSemaphoreSignal(0), 3);
+  EXPECT_EQ(maker.LastError(), "Unknown error");
+  EXPECT_FALSE(maker.ReleaseSemaphoreSignal(1));
+  EXPECT_TRUE(maker.CloseSemaphoreSignal());
+  EXPECT_FALSE(taker.ReleaseSemaphoreSignal(4)) << "more than the maximum";
+  PTWrapperSignal unnamed;
+  EXPECT_EQ(unnamed.CreateSemaphoreSignal(0, 1), 1);
+  EXPECT_EQ(unnamed.WaitForSemaphoreSignal(0), 1);
+}
+
+TEST(SignalMessages, EveryMisuseNamesItself) {
+  const std::string name = NewName();
+  std::vector<std::string> messages;
+  const auto note = [](const char* message, void* list) {
+    static_cast<std::vector<std::string>*>(list)->push_back(message);
+  };
+  {
+    PTWrapperSignal signal;
+    signal.SetErrorPrinterHandle(note, &messages);
+    EXPECT_EQ(signal.WaitForMutexSignal(0), 3);
+    EXPECT_EQ(signal.WaitForEventSignal(-1), 3);
+    EXPECT_EQ(signal.WaitForSemaphoreSignal(0), 3);
+    EXPECT_FALSE(signal.ReleaseMutexSignal());
+    EXPECT_FALSE(signal.OpenMutexSignal(""));
+    EXPECT_FALSE(signal.OpenMutexSignal(name));
+    EXPECT_EQ(signal.CreateEventSignal(""), 0);
+    EXPECT_EQ(signal.CreateSemaphoreSignal("", 1, 1), 0);
+    EXPECT_FALSE(signal.EnterCriticalSection());
+    EXPECT_TRUE(signal.InitializeCriticalSection());
+    EXPECT_FALSE(signal.InitializeCriticalSection());
+    EXPECT_TRUE(signal.EnterCriticalSection());
+    EXPECT_TRUE(signal.EnterCriticalSection());
+    EXPECT_TRUE(signal.LeaveCriticalSection());
+    EXPECT_TRUE(signal.LeaveCriticalSection());
+    EXPECT_TRUE(signal.DeleteCriticalSection());
+    EXPECT_EQ(signal.CreateMutexSignal(name, true), 1);
+    EXPECT_EQ(signal.CreateMutexSignal("other", true), 0);
+    EXPECT_FALSE(signal.OpenMutexSignal(name));
+    EXPECT_EQ(
+        messages,
+        (std::vector<std::string>{
+            "MUTEX handle is null", "EVENT handle is null", "SEMAPHORE handle is null",
+            "MUTEX not created yet", "MUTEX name is empty", "open MUTEX signal failed",
+            "EVENT name is empty", "SEMAPHORE name is empty",
+            "CRITICAL SECTION has not been initialized", "Find opened CRITICAL SECTION",
+            "MUTEX signal other has been created", "MUTEX signal " + name + " has been opened"}));
+    messages.clear();
+  }
+  EXPECT_EQ(messages, (std::vector<std::string>{"EVENT handle is null", "SEMAPHORE handle is null",
+                                                "CRITICAL SECTION has not been initialized"}));
+}
+
+}  // namespace

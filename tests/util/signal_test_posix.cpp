@@ -1,0 +1,115 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "support/TempFolder.h"
+#include "TestChild.h"
+#include "util/FileDirWrapper.h"
+#include "util/PTWrapper.h"
+#include "util/SharedFile_posix.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string NewName(const std::string& prefix) {
+  return prefix + "KR_TEST_P_" + std::to_string(Clock::now().time_since_epoch().count());
+}
+
+TEST(SignalPosix, OnlyGlobalNamesAreOpenToOthers) {
+  const mode_t before = umask(077);
+  const std::string global = NewName("Global\\"), own = NewName("");
+  PTWrapperSignal a, b;
+  EXPECT_EQ(a.CreateEventSignal(global), 1);
+  EXPECT_EQ(b.CreateEventSignal(own), 1);
+  umask(before);
+  struct stat info {};
+  ASSERT_EQ(stat(SharedFile::PathOf(global).c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0666u);
+  const std::filesystem::path folder = std::filesystem::path(SharedFile::PathOf(own)).parent_path();
+  ASSERT_EQ(stat(folder.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+  EXPECT_NE(SharedFile::PathOf("Global\\x"), SharedFile::PathOf("x"));
+  EXPECT_EQ(SharedFile::PathOf("Local\\x"), SharedFile::PathOf("x"));
+  EXPECT_EQ(SharedFile::PathOf("a\\b"), "");
+  EXPECT_EQ(SharedFile::PathOf("../x").find(".."), std::string::npos);
+  EXPECT_LT(
+      std::filesystem::path(SharedFile::PathOf(std::string(259, '.'))).filename().string().size(),
+      256u);
+  const std::string file = SharedFile::PathOf(global);
+  EXPECT_TRUE(a.CloseEventSignal());
+  EXPECT_FALSE(FileDirWrapper::FileExists(file)) << "the last holder removes it";
+}
+
+// What another user may put in the place of a global object, or do to its file.
+TEST(SignalPosix, HostileFilesAreRefusedWithoutDelay) {
+  const TempFolder folder;
+  const std::string target = folder.Write("target", "untouched");
+  const std::string name = NewName("Global\\"), path = SharedFile::PathOf(name);
+  PTWrapperSignal event, other;
+  const Clock::time_point begin = Clock::now();
+
+  ASSERT_EQ(symlink(target.c_str(), path.c_str()), 0);
+  EXPECT_EQ(event.CreateEventSignal(name), 0);
+  EXPECT_EQ(TempFolder::Read(target), "untouched");
+  unlink(path.c_str());
+  ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
+  EXPECT_EQ(event.CreateEventSignal(name), 0);
+  unlink(path.c_str());
+  ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
+  EXPECT_EQ(event.CreateEventSignal(name), 0);
+  rmdir(path.c_str());
+
+  folder.Write("junk", std::string(100000, 'x'));
+  std::filesystem::copy_file(folder / "junk", path);
+  EXPECT_EQ(event.CreateEventSignal(name), 1) << "nobody holds it: made anew";
+  ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  EXPECT_EQ(event.WaitForEventSignal(-1), 3);
+  EXPECT_EQ(event.LastError(), "Unknown error");
+  EXPECT_TRUE(event.CloseEventSignal());
+
+  EXPECT_EQ(event.CreateEventSignal(name), 1);
+  const UniqueFd hostile(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  struct flock all {};
+  all.l_type = F_WRLCK;
+  all.l_len = 1;  // nobody else may open it, nor its holder close it
+  ASSERT_EQ(fcntl(hostile.get(), F_OFD_SETLK, &all), 0);
+  all.l_start = 2;
+  ASSERT_EQ(fcntl(hostile.get(), F_OFD_SETLK, &all), 0);
+  EXPECT_EQ(event.WaitForEventSignal(-1), 3);
+  EXPECT_TRUE(event.CloseEventSignal());
+  EXPECT_EQ(other.CreateEventSignal(name), 0);
+  unlink(path.c_str());
+  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(5));
+}
+
+// Removing and making the same name over and over from both sides never gives two objects.
+TEST(SignalPosix, OneObjectWhileHoldersComeAndGo) {
+  const TempFolder folder;
+  const std::string name = NewName("");
+  PTWrapperSignal keeper;
+  PTWrapperProcess child;
+  for (int round = 0; round < 20; ++round) {
+    const std::string file = folder / std::to_string(round);
+    EXPECT_EQ(keeper.CreateEventSignal(name), 1);
+    ASSERT_TRUE(StartTestChild(child, "take " + name + " " + file));
+    ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(file); }));
+    if (round % 2) {
+      EXPECT_TRUE(keeper.CloseEventSignal());
+      EXPECT_EQ(keeper.CreateEventSignal(name), 2);
+    }
+    EXPECT_TRUE(keeper.SetEventSignal());
+    EXPECT_TRUE(child.WaitProc());
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_TRUE(child.Terminate());
+    EXPECT_TRUE(keeper.CloseEventSignal());
+  }
+  EXPECT_FALSE(FileDirWrapper::FileExists(SharedFile::PathOf(name)));
+}
+
+}  // namespace
