@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "core/ApplicationSystem.h"
 #include "core/HandOver.h"
 #include "core/JobGroupManager.h"
 #include "core/JobIntake.h"
@@ -26,7 +27,9 @@ class Application {
   // line, or reads all files and makes the groups. False: another copy runs; end without a window.
   bool Initialise(int argc, const char* const* argv);
 
-  // Writes the group, host and settings files, in that order. Returns the exit code.
+  // Writes the group, host and settings files, in that order, and stops what still runs, for which
+  // it waits up to 30 seconds. After the window is gone; for a second copy too. Returns the exit
+  // code. Should a thread not have ended even then, the destructor ends the process with that code.
   int Shutdown();
 
   // One tick of the poll timer: looks at the hand-over file. False when ticking is to end.
@@ -56,21 +59,22 @@ class Application {
   int language = 0;     // fixed for the process
 
  private:
-  bool AnotherCopyRuns() const;
-  void HandOverAndRaise(int argc, const char* const* argv);
+  static bool AnotherCopyRuns();
+  void HandOver(int argc, const char* const* argv, bool readerRuns);
+  void ReadFiles();
+  void MakeGroups();
+  std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
 
   const std::string version_ = "2016 R1";
   const std::string title_;
   std::string programFolder_;
   int solverMode_ = 0;
+  bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;
   std::unique_ptr<JobGroupManager> manager_;
   std::unique_ptr<JobIntake> intake_;
   std::unique_ptr<HandOverReader> reader_;
 };
-
-// Shows the top-level window with this title and brings it to the front. False when there is none.
-bool RaiseWindow(const std::string& title);
 
 #endif

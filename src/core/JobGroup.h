@@ -3,8 +3,10 @@
 #define KR_CORE_JOBGROUP_H
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -17,10 +19,16 @@ class JobGroupManager;
 // thread; each list operation takes the mutex that all groups share, waits for it without limit and
 // lets go before it returns. They return false, with nothing changed, for an index out of range.
 // Operations that change a field of a job refuse a job with status Running.
+//
+// A mutex that cannot be taken is recorded as the last error and reported in the log; the work goes
+// on, safe within this process.
 class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup> {
  public:
   explicit JobGroup(JobGroupManager& manager);
   ~JobGroup() override;
+
+  // The last error may be of any thread's operation.
+  std::string LastError() const;
 
   int Id() const { return id_; }
   std::string Name() const;
@@ -71,18 +79,54 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   void ReadJobs(const std::function<void(int index, const JobFile&)>& read) const;
 
  private:
-  class ListLock;
-  static std::uint32_t ThreadMain(void* self);
+  // Holds the job lists of all groups, within this process also where the mutex cannot be had.
+  class ListLock {
+   public:
+    explicit ListLock(const JobGroup& group);
+    ~ListLock();
+    ListLock(const ListLock&) = delete;
+    ListLock& operator=(const ListLock&) = delete;
+
+   private:
+    const std::lock_guard<std::recursive_mutex> process_;
+    const JobGroup& group_;
+    const bool taken_;
+  };
+
+  struct ThreadStart;
+  static std::uint32_t ThreadMain(void* start);
+  bool StartThread();
+  bool Refuse(const std::string& message);
+
+  // The steps of the group's thread.
   void RunLoop();
+  std::shared_ptr<JobFile> TakeNextJob(int& pause);
+  void WaitOutPause(const JobFile& job, int seconds) const;
+  bool BeginRun(const std::shared_ptr<JobFile>& job);
   int RunJob(JobFile& job);
-  bool ChangeJob(int index, const std::function<bool(JobFile&)>& change);
+  int RunThroughDriver(JobFile& job, const JobRunContext& context);
+  void EndRun(const std::shared_ptr<JobFile>& job, int status);
+
+  // With the list locked.
   int IndexOf(const JobFile* job) const;
-  void TellStatus(int index, int status);
+  int FirstActive() const;
+  bool InRange(int index) const;
+  JobFile& At(int index) const;
+  void SetStatus(int index, int status);
+
+  bool ChangeJob(int index, const std::function<bool(JobFile&)>& change);
+  bool TakeMutex() const;
+  void RecordMutexError(const std::string& message) const;
+  void RecordError(const std::string& message);
 
   const int id_;
   JobGroupManager& manager_;
+  mutable std::mutex errorMutex_;
+  mutable std::string reportedMutexError_;
+  std::mutex submitMutex_;
   PTWrapperThread thread_;
   mutable PTWrapperSignal mutex_;
+  const bool mutexCreated_;
   std::atomic<bool> running_{false};
   std::atomic<bool> stop_{false};
   std::vector<std::shared_ptr<JobFile>> jobs_;

@@ -10,6 +10,7 @@
 
 #include "core/JobGroup.h"
 #include "core/QueueObserver.h"
+#include "core/RunningThreads.h"
 #include "core/SettingsAndPaths.h"
 #include "solvers/JobSolver.h"
 
@@ -20,11 +21,16 @@ class JobGroupManager {
   // All three outlive the manager.
   JobGroupManager(SettingsAndPaths& settings,
                   const std::vector<std::unique_ptr<JobSolver>>& solvers);
+  // Stops all groups and waits up to 30 seconds for their threads.
   virtual ~JobGroupManager();
 
-  // Null: nobody is told. Interface thread, before groups run.
+  // Null: nobody is told. Once this returns, the former observer is not called any more. Not from
+  // within a call of the observer.
   void SetObserver(QueueObserver* observer);
-  QueueObserver& Observer();  // never null: an empty one stands in
+  QueueObserver& Observer();  // passes everything on; always there
+
+  // Whether the group file can hold the name: not empty, no "=", no "#" in front, one line.
+  static bool ValidGroupName(const std::string& name);
 
   int AddGroup(const std::string& name);
   // A group that runs is told to stop first; its thread may outlive this call.
@@ -41,7 +47,7 @@ class JobGroupManager {
 
   // True at the first job of any group that is Waiting or Running.
   bool IsAnyJobActive() const;
-  // A group's thread runs.
+  // A group's thread runs, of a removed group too.
   bool IsAnyGroupRunning() const;
 
   // Tells one group (or all, -1) to stop; does not wait.
@@ -51,17 +57,27 @@ class JobGroupManager {
   bool Stop(int index);
 
   SettingsAndPaths& Settings() { return settings_; }
+  // The first driver of that type; null when there is none.
   JobSolver* SolverFor(int type) const;
 
   // How the last run that failed ended (see JobFile::RunErrorCode).
   std::atomic<int> runErrorCode{0};
 
  private:
+  friend class JobGroup;
+  class ObserverRelay;
+  std::vector<std::shared_ptr<JobGroup>> Groups() const;
+  std::vector<std::shared_ptr<JobGroup>> GroupsToStop(int index) const;
+
   SettingsAndPaths& settings_;
   const std::vector<std::unique_ptr<JobSolver>>& solvers_;
-  std::atomic<QueueObserver*> observer_;
-  mutable std::mutex mutex_;  // the list and the current index; taken after a group's mutex
+  const std::unique_ptr<ObserverRelay> relay_;
+  const std::shared_ptr<RunningThreads> threads_;
+  // The members below. Never held while a group is asked for something: groups ask the manager
+  // while they hold the job mutex.
+  mutable std::mutex mutex_;
   std::vector<std::shared_ptr<JobGroup>> groups_;
+  std::vector<std::weak_ptr<JobGroup>> removed_;
   int current_ = -1;
 };
 

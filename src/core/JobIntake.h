@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -22,17 +23,17 @@ struct JobRequest {
   int ncpu = 0;
   std::string inputFile;    // the "i" value
   std::string restartFile;  // the "r" value
-  std::string jobFile;      // a line without a known key
+  std::string jobFile;      // the deck when there is no inputFile
   int groupId = 0;          // 0: the group that is current when the request is added
 };
 
 // A request with the settings' pause and CPU count.
 JobRequest MakeJobRequest(const Settings& settings);
 
-// Owned by the application. Interface thread unless said otherwise. Jobs appear at the end of their
-// group in the order of the requests; the observer hears of the progress and of each new job. A
-// deck that cannot be read is reported in the log and queued all the same, so that nothing is lost:
-// its run says what is wrong.
+// Owned by the application. Any thread. Jobs appear at the end of their group in the order of the
+// requests; the observer hears of the progress and of each new job. A job whose group is gone joins
+// the current group, else the first one. A deck that cannot be read is reported in the log and
+// queued all the same, so that nothing is lost: its run says what is wrong.
 class JobIntake {
  public:
   explicit JobIntake(JobGroupManager& manager);
@@ -47,15 +48,24 @@ class JobIntake {
 
  private:
   void Work();
-  std::shared_ptr<JobFile> MakeJob(const JobRequest& request);
+  bool TakeRequest(JobRequest& request, unsigned& burst);
+  void MakeAndAdd(const JobRequest& request, unsigned burst);
+  std::shared_ptr<JobFile> MakeJob(const JobRequest& request, unsigned burst);
+  std::shared_ptr<JobFile> MakeDynaJob(const JobRequest& request, const std::string& deck,
+                                       const Settings& settings, unsigned burst);
+  std::shared_ptr<JobGroup> GroupFor(const JobRequest& request) const;
+  bool GivenUp(unsigned burst) const;
+  void TellProgress(const std::string& file, int percent);
+  void EndRequest();
 
   JobGroupManager& manager_;
-  mutable std::mutex mutex_;
+  mutable std::mutex mutex_;  // all below but the thread
   std::condition_variable changed_;
   std::deque<JobRequest> waiting_;
-  int done_ = 0;   // of the present burst
-  int total_ = 0;  // of the present burst
-  bool cancel_ = false;
+  bool reading_ = false;
+  unsigned burst_ = 0;  // counts the calls of Cancel
+  int done_ = 0;        // of the requests since nothing was to do
+  int total_ = 0;
   bool end_ = false;
   std::thread worker_;
 };

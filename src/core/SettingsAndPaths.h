@@ -42,14 +42,21 @@ class SettingsAndPaths {
   void SetSolverPath(int index, const std::string& path);
   bool Dirty() const { return dirty_; }
 
+  // A missing file leaves the defaults; afterwards the settings are not dirty. A number or switch
+  // that is missing keeps its value, but for memory_size and memory2, which become 0.
   void ReadSettings();
-  // True when written or when nothing had to be. Keys and lines that the program does not know
-  // stay. An unwritable folder: "Directory [%s] is not writable", false, the file as it was.
+  // True when written or when nothing had to be: the settings are not dirty and the file is there.
+  // Keys and lines that the program does not know stay. False, with the file as it was and the
+  // settings still dirty: "Directory [%s] is not writable", "Write settings file [%s] failed".
+  // Values of more than 4,095 bytes are written whole, but only so much of them is ever read.
   bool WriteSettings();
 
   void ReadHostFile();   // "Read host file [%s] failed" keeps the lines
   void WriteHostFile();  // only when the file is missing
-  void ReadGroupFile();  // into groupEntries
+  void ReadGroupFile();  // into groupEntries; a missing file has none
+  // No groups: the file stays. A file that could not be read stays too. What the format cannot hold
+  // is replaced, see JobGroupManager::ValidGroupName. "Write group file [%s] failed" leaves the old
+  // file.
   void WriteGroupFile(const std::vector<GroupEntry>& groups);
 
   AppLog& Log() { return log_; }
@@ -66,6 +73,7 @@ class SettingsAndPaths {
   mutable std::mutex mutex_;
   Settings settings_;
   bool dirty_ = false;
+  bool groupFileKept_ = false;  // it is there but could not be read
   AppLog log_;
 };
 

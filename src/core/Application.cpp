@@ -1,0 +1,191 @@
+#include "core/Application.h"
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+Application* theApplication = nullptr;
+
+constexpr int kHandOverFailed = 9;
+constexpr char kProgramName[] = "kestrun";
+constexpr char kSolverOption[] = "#solver=";
+
+std::string LowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+// The first argument that names a mode decides, whatever it says.
+int SolverModeOf(int argc, const char* const* argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    const std::size_t option = argument.find(kSolverOption);
+    if (option == std::string::npos) continue;
+    const std::string mode = argument.substr(option + sizeof(kSolverOption) - 1);
+    if (mode == "dyna") return 1;
+    if (mode == "inc") return 2;
+    return 0;
+  }
+  return 0;
+}
+
+bool IsEnabledIn(int mode, int solverType) {
+  if (mode == 1) return solverType != Settings::kInc;
+  if (mode == 2) return solverType == Settings::kInc;
+  return true;
+}
+
+// The setting is a command; the path of a program that holds blanks is one too.
+std::string ViewerCommand(const std::string& viewer) {
+  if (!FileDirWrapper::FileExists(viewer)) return viewer;
+  std::string quoted;
+  FileDirWrapper::QuotePath(viewer, quoted);
+  return quoted;
+}
+
+// Some systems allow double quotes in file names.
+std::string InQuotes(const std::string& path) {
+  std::string quoted = "\"";
+  for (const char c : path) {
+    if (c == '"') quoted += '\\';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
+}  // namespace
+
+Application::Application() : title_("Kestrun " + version_) {
+  theApplication = this;
+}
+
+Application::~Application() {
+  if (manager_ && (stuck_ || !manager_->Stop(-1))) LeaveProcess(exitCode);
+  if (settings_) settings_->Log().SetListener(nullptr);
+  intake_.reset();
+  manager_.reset();
+  if (theApplication == this) theApplication = nullptr;
+}
+
+Application* Application::Get() {
+  return theApplication;
+}
+
+bool Application::Initialise(int argc, const char* const* argv) {
+  ReserveEnvironment();
+  FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), programFolder_);
+  settings_ = std::make_unique<SettingsAndPaths>(title_);
+  if (AnotherCopyRuns()) {
+    HandOver(argc, argv, true);
+    RaiseWindow(title_);
+    return false;
+  }
+  settings_->Log().StartNewWhenBig();
+  HandOver(argc, argv, false);
+  ReadFiles();
+  solvers_ = MakeSolvers();
+  manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
+  settings_->Log().SetListener(
+      [this](const std::string& message) { manager_->Observer().Logged(message); });
+  SetSolverMode(SolverModeOf(argc, argv));
+  MakeGroups();
+  intake_ = std::make_unique<JobIntake>(*manager_);
+  reader_ = std::make_unique<HandOverReader>(*this);
+  return true;
+}
+
+// Two processes of the program that belong to one user; this one is normally one of them.
+bool Application::AnotherCopyRuns() {
+  std::vector<PTWrapperProcessInfo> processes;
+  PTWrapperProcess::FindRunningProcessName(processes);
+  std::erase_if(processes, [](const PTWrapperProcessInfo& process) {
+    return LowerCase(process.exeName).find(kProgramName) == std::string::npos;
+  });
+  if (processes.size() < 2) return false;
+  std::set<std::string> users;
+  return std::any_of(processes.begin(), processes.end(), [&](const PTWrapperProcessInfo& process) {
+    std::string user;
+    return PTWrapperProcess::GetProcessUser(process.processId, user) && !users.insert(user).second;
+  });
+}
+
+void Application::HandOver(int argc, const char* const* argv, bool readerRuns) {
+  if (!WriteHandOver(*settings_, argc, argv, readerRuns)) exitCode = kHandOverFailed;
+}
+
+void Application::ReadFiles() {
+  settings_->ReadSettings();
+  settings_->ReadHostFile();
+  settings_->ReadGroupFile();
+  language = settings_->Get().language;
+  PTWrapperProcess::SetConsoleHost(FileDirWrapper::Join(programFolder_, "krconsole"));
+  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
+}
+
+void Application::MakeGroups() {
+  for (const auto& [name, text] : settings_->groupEntries) {
+    const int index = manager_->AddGroup(name);
+    manager_->GroupAt(index)->SetText(text);
+  }
+  if (manager_->GroupCount() == 0) manager_->AddGroup("Group1");
+  manager_->SetCurrentGroup(0);
+}
+
+void Application::SetSolverMode(int mode) {
+  solverMode_ = mode;
+  for (const std::unique_ptr<JobSolver>& solver : solvers_) {
+    solver->enabled = IsEnabledIn(mode, solver->solverType) ? 1 : 0;
+  }
+}
+
+bool Application::Tick() {
+  if (running && reader_) reader_->Poll();
+  return running;
+}
+
+std::vector<SettingsAndPaths::GroupEntry> Application::GroupEntries() const {
+  std::vector<SettingsAndPaths::GroupEntry> entries;
+  for (int i = 0; manager_ && i < manager_->GroupCount(); ++i) {
+    const std::shared_ptr<JobGroup> group = manager_->GroupAt(i);
+    entries.emplace_back(group->Name(), group->Text());
+  }
+  return entries;
+}
+
+int Application::Shutdown() {
+  running = false;
+  if (!settings_) return exitCode;
+  if (manager_) manager_->RequestStop(-1);
+  if (intake_) intake_->Cancel();
+  settings_->WriteGroupFile(GroupEntries());
+  settings_->WriteHostFile();
+  settings_->WriteSettings();
+  stuck_ = manager_ && !manager_->Stop(-1);
+  return exitCode;
+}
+
+bool Application::ViewTextFile(const std::string& path) {
+  if (!FileDirWrapper::FileExists(path)) {
+    settings_->Log().Report("File [%s] does not exist", OrNull(path));
+    return false;
+  }
+  const std::string viewer = ViewerCommand(settings_->Get().viewer);
+  if (TextFallback && !ProgramExists(viewer)) return TextFallback(path);
+
+  const std::string commandLine = viewer + ' ' + InQuotes(path);
+  PTWrapperProcess process;
+  // Drivers change the folder and the environment that the viewer would inherit.
+  const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
+  if (process.Create({}, commandLine, "ORLA/Kestrun Text", true, PTWrapperProcess::kNewConsole, {},
+                     true)) {
+    return true;
+  }
+  settings_->Log().Report("View text file [%s] failed", commandLine.c_str());
+  return false;
+}

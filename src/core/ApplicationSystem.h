@@ -1,0 +1,20 @@
+// What the application does in a different way on each system.
+#ifndef KR_CORE_APPLICATIONSYSTEM_H
+#define KR_CORE_APPLICATIONSYSTEM_H
+
+#include <string>
+
+// Gives the variables that drivers set for their solvers a place in the environment, so that later
+// changes do not move it under other threads. Before there are threads.
+void ReserveEnvironment();
+
+// Whether the program that a command line begins with can be found.
+bool ProgramExists(const std::string& commandLine);
+
+// Shows the top-level window with this title and brings it to the front. False when there is none.
+bool RaiseWindow(const std::string& title);
+
+// Ends the process at once, past destructors that running threads would collide with.
+[[noreturn]] void LeaveProcess(int exitCode);
+
+#endif

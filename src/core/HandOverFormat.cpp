@@ -1,0 +1,224 @@
+#include "core/HandOverFormat.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+#include "core/TextLines.h"
+#include "util/FileDirWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::size_t kLongestLine = 65536;
+constexpr char kRecord[] = "#krjob";
+
+struct Line {
+  std::string key;
+  std::string value;
+  bool hasEquals = false;
+};
+
+Line SplitLine(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) return {text, {}, false};
+  return {text.substr(0, equals), text.substr(equals + 1), true};
+}
+
+// A record while its lines are read.
+struct Record {
+  JobRequest job;
+  std::vector<std::string> paths;
+};
+
+class Reader {
+ public:
+  explicit Reader(HandOverOrder& order) : order_(order) {}
+
+  void Take(const std::string& text);
+  void EndRecord();
+
+ private:
+  using Effect = void (Reader::*)(const std::string& value);
+  static const std::map<std::string, Effect>& SettingsKeys();
+  static const std::map<std::string, Effect>& JobKeys();
+
+  void SetMpp(const std::string& value) { Set().use_mpp = value == "1"; }
+  void SetMpiParam(const std::string& value) { Set().mpi_param = value; }
+  void SetMppParam(const std::string& value) { Set().mpp_param = value; }
+  void SetGroup(const std::string& value);
+  void SetSolverMode(const std::string& value);
+  void SetSingleCpu(const std::string& value);
+
+  void SetPrecision(const std::string& value);
+  void SetVorel(const std::string&) { Job().kind = 3; }
+  void SetInc(const std::string&) { Job().kind = 4; }
+  void SetPause(const std::string& value) { Job().pause = StrWrapperTxt::LeadingInt(value); }
+  void SetMemory(const std::string& value) { Job().memory = StrWrapperTxt::LeadingUnsigned(value); }
+  void SetCpuCount(const std::string& value);
+  void SetInput(const std::string& value) { Job().inputFile = value; }
+  void SetRestart(const std::string& value) { Job().restartFile = value; }
+  void SetForce(const std::string& value);
+  void SetDump(const std::string& value);
+
+  Settings& Set() { return order_.settings; }
+  JobRequest& Job() { return record_->job; }
+  void BeginRecord();
+
+  HandOverOrder& order_;
+  std::optional<Record> record_;
+};
+
+const std::map<std::string, Reader::Effect>& Reader::SettingsKeys() {
+  static const std::map<std::string, Effect> keys = {
+      {"#mpp", &Reader::SetMpp},
+      {"#mpi_param", &Reader::SetMpiParam},
+      {"#mpp_param", &Reader::SetMppParam},
+      {"#group", &Reader::SetGroup},
+      {"#solver", &Reader::SetSolverMode},
+      {"#single_cpu", &Reader::SetSingleCpu},
+  };
+  return keys;
+}
+
+const std::map<std::string, Reader::Effect>& Reader::JobKeys() {
+  static const std::map<std::string, Effect> keys = {
+      {"#dyna_precision", &Reader::SetPrecision},
+      {"#vorel", &Reader::SetVorel},
+      {"#inc", &Reader::SetInc},
+      {"#pause_time", &Reader::SetPause},
+      {"memory", &Reader::SetMemory},
+      {"ncpu", &Reader::SetCpuCount},
+      {"i", &Reader::SetInput},
+      {"r", &Reader::SetRestart},
+      {"s", &Reader::SetForce},
+      {"d", &Reader::SetDump},
+  };
+  return keys;
+}
+
+void Reader::Take(const std::string& text) {
+  if (text.empty()) return;
+  const Line line = SplitLine(text);
+  if (line.key == kRecord) return BeginRecord();
+  const auto setting = SettingsKeys().find(line.key);
+  if (setting != SettingsKeys().end()) return (this->*setting->second)(line.value);
+  if (!record_) return;
+  const auto field = JobKeys().find(line.key);
+  if (field != JobKeys().end()) return (this->*field->second)(line.value);
+  record_->paths.push_back(text);
+}
+
+void Reader::BeginRecord() {
+  EndRecord();
+  record_.emplace();
+  record_->job = MakeJobRequest(order_.settings);
+}
+
+// The "i" value and each path line are a job of their own, with all values of the record.
+void Reader::EndRecord() {
+  if (!record_) return;
+  std::vector<std::string> paths = std::move(record_->paths);
+  const std::string input = std::exchange(record_->job.inputFile, {});
+  if (!input.empty() && std::find(paths.begin(), paths.end(), input) == paths.end()) {
+    paths.insert(paths.begin(), input);
+  }
+  if (paths.empty() && !record_->job.restartFile.empty()) paths.emplace_back();
+  for (const std::string& path : paths) {
+    order_.jobs.push_back(record_->job);
+    order_.jobs.back().jobFile = path;
+  }
+  record_.reset();
+}
+
+void Reader::SetGroup(const std::string& value) {
+  Set().group = value;
+  order_.groupText = value;
+  std::vector<std::string> pieces;
+  StrWrapperTxt::SeparateString(value, pieces, ',');
+  if (!pieces.empty()) Set().memory2 = StrWrapperTxt::LeadingUnsigned(pieces.front());
+}
+
+void Reader::SetSolverMode(const std::string& value) {
+  if (value == "dyna") order_.solverMode = 1;
+  if (value == "inc") order_.solverMode = 2;
+}
+
+void Reader::SetSingleCpu(const std::string& value) {
+  std::string& path = Set().solver_path[Settings::kInc];
+  std::string folder;
+  if (path.empty() || !FileDirWrapper::DirOf(path, folder)) return;
+  const bool single = StrWrapperTxt::LeadingInt(value) != 0;
+  path = FileDirWrapper::Join(folder, single ? "KVIN_SC.EXE" : "KVIN_MC.EXE");
+}
+
+void Reader::SetPrecision(const std::string& value) {
+  const int number = StrWrapperTxt::LeadingInt(value);
+  Job().kind = number >= 0 && number <= 2 ? number : -1;
+}
+
+// A count that no run can have stays with its job, which then takes the settings' count.
+void Reader::SetCpuCount(const std::string& value) {
+  Job().ncpu = StrWrapperTxt::LeadingInt(value);
+  if (Job().ncpu >= 1) Set().cpu_count = Job().ncpu;
+}
+
+void Reader::SetForce(const std::string& value) {
+  Job().sGiven = true;
+  Set().force = value.empty() ? Settings().force : value;
+}
+
+void Reader::SetDump(const std::string& value) {
+  if (value != "nodump") return;
+  Job().dump = false;
+  Set().output_dump = false;
+}
+
+bool IsKeyWithValue(const std::string& key) {
+  static const char* const kKeys[] = {"memory", "ncpu", "i", "r", "s", "d"};
+  return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
+}
+
+std::string MakeLine(const std::string& argument) {
+  const Line line = SplitLine(argument);
+  if (argument == kRecord) return argument;
+  const std::string path = FileDirWrapper::AbsolutePath(argument);
+  const bool isWord = argument.front() == '#' || (line.hasEquals && IsKeyWithValue(line.key));
+  if (!isWord || FileDirWrapper::FileExists(path)) return path;
+  const bool namesFile = line.key == "i" || line.key == "r";
+  if (!namesFile || line.value.empty()) return argument;
+  return line.key + '=' + FileDirWrapper::AbsolutePath(line.value);
+}
+
+}  // namespace
+
+HandOverOrder ReadHandOverText(const std::string& text, const Settings& settings) {
+  HandOverOrder order;
+  order.settings = settings;
+  Reader reader(order);
+  for (const std::string& line : LinesOf(text)) {
+    if (line.size() > kLongestLine || line.find('\0') != std::string::npos) {
+      order.remarks.push_back("Hand-over line [" + OneLine(line.substr(0, 200)) +
+                              "] is not text; left out");
+    } else {
+      reader.Take(line);
+    }
+  }
+  reader.EndRecord();
+  return order;
+}
+
+std::string MakeHandOverText(const std::vector<std::string>& arguments,
+                             std::vector<std::string>& remarks) {
+  std::string text;
+  if (arguments.empty() || arguments.front() != kRecord) text = std::string(kRecord) + '\n';
+  for (const std::string& argument : arguments) {
+    if (argument.empty()) continue;
+    if (argument.find_first_of("\r\n") != std::string::npos) {
+      remarks.push_back("Argument [" + OneLine(argument) + "] holds a line break; left out");
+    } else {
+      text += MakeLine(argument) + '\n';
+    }
+  }
+  return text;
+}

@@ -1,0 +1,31 @@
+// The text of the hand-over file: what its lines ask for, and how arguments become lines.
+#ifndef KR_CORE_HANDOVERFORMAT_H
+#define KR_CORE_HANDOVERFORMAT_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/JobIntake.h"
+#include "core/settings.h"
+
+struct HandOverOrder {
+  // One for each path: paths of one record share its values.
+  std::vector<JobRequest> jobs;
+  Settings settings;                     // as the lines leave them
+  std::optional<std::string> groupText;  // for the current group
+  std::optional<int> solverMode;
+  std::vector<std::string> remarks;  // for the log: what was left out, and why
+};
+
+// `settings` are those in force before the file. Paths stay as they are written.
+HandOverOrder ReadHandOverText(const std::string& text, const Settings& settings);
+
+// The lines for arguments of a command line, the program's name not among them. Paths, those behind
+// "i=" and "r=" too, are made absolute: the reader has another current folder. Words of the format
+// ("#vorel", "memory=200") stay, unless there is a file of that name. An argument that cannot be a
+// line is left out and named in `remarks`.
+std::string MakeHandOverText(const std::vector<std::string>& arguments,
+                             std::vector<std::string>& remarks);
+
+#endif

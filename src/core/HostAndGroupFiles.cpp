@@ -1,0 +1,75 @@
+// The host file and the group file.
+#include "core/SettingsAndPaths.h"
+#include "core/TextLines.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+constexpr char kHostHeader[] = "#Host Name          Cpu Count";
+
+bool IsComment(const std::string& line) {
+  return line.empty() || line.front() == '#';
+}
+
+// A name that would read back as another one, or as a comment, changes as little as it must.
+std::string StorableName(const std::string& name) {
+  std::string stored = OneLine(name);
+  for (char& c : stored) {
+    if (c == '=') c = '_';
+  }
+  if (stored.starts_with('#')) stored.front() = '_';
+  return stored;
+}
+
+}  // namespace
+
+void SettingsAndPaths::ReadHostFile() {
+  std::string text;
+  if (!ReadWholeText(hostFile, text)) {
+    log_.Report("Read host file [%s] failed", OrNull(hostFile));
+    return;
+  }
+  std::vector<std::string> hosts;
+  for (const std::string& line : LinesOf(text)) {
+    if (!IsComment(line)) hosts.push_back(line);
+  }
+  const std::lock_guard<std::mutex> lock(mutex_);
+  settings_.host_lines = std::move(hosts);
+}
+
+void SettingsAndPaths::WriteHostFile() {
+  if (FileDirWrapper::FileExists(hostFile)) return;
+  std::string text = std::string(kHostHeader) + kLineEnd;
+  for (const std::string& line : settings_.host_lines) text += OneLine(line) + kLineEnd;
+  if (!FileDirWrapper::WriteFileWhole(hostFile, text)) {
+    log_.Report("Write host file [%s] failed", OrNull(hostFile));
+  }
+}
+
+void SettingsAndPaths::ReadGroupFile() {
+  groupEntries.clear();
+  groupFileKept_ = false;
+  if (!FileDirWrapper::FileExists(groupFile)) return;
+  std::string text;
+  if (!ReadWholeText(groupFile, text)) {
+    log_.Report("Read group file [%s] failed", OrNull(groupFile));
+    groupFileKept_ = true;
+    return;
+  }
+  for (const std::string& line : LinesOf(text)) {
+    const std::size_t equals = line.find('=');
+    if (IsComment(line) || equals == std::string::npos) continue;
+    groupEntries.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+  }
+}
+
+void SettingsAndPaths::WriteGroupFile(const std::vector<GroupEntry>& groups) {
+  if (groups.empty()) return;
+  std::string text;
+  for (const auto& [name, groupText] : groups) {
+    text += StorableName(name) + '=' + OneLine(groupText) + kLineEnd;
+  }
+  if (groupFileKept_ || !FileDirWrapper::WriteFileWhole(groupFile, text)) {
+    log_.Report("Write group file [%s] failed", OrNull(groupFile));
+  }
+}

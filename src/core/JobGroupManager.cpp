@@ -1,0 +1,211 @@
+#include "core/JobGroupManager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <shared_mutex>
+
+#include "util/DateTimeWrapper.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr unsigned kLookAgainMs = 100;
+constexpr std::chrono::seconds kStopLimit{30};
+
+}  // namespace
+
+// Passes calls of any thread on to the observer of the moment. The lock keeps an observer from
+// being taken away while it is called.
+class JobGroupManager::ObserverRelay : public QueueObserver {
+ public:
+  void Set(QueueObserver* observer) {
+    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    observer_ = observer;
+  }
+
+  void JobStatusChanged(int groupId, int jobIndex, int status) override {
+    Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, jobIndex, status); });
+  }
+  void JobsChanged(int groupId) override {
+    Tell([&](QueueObserver& o) { o.JobsChanged(groupId); });
+  }
+  void GroupRunChanged(int groupId) override {
+    Tell([&](QueueObserver& o) { o.GroupRunChanged(groupId); });
+  }
+  void SettingsChanged() override {
+    Tell([](QueueObserver& o) { o.SettingsChanged(); });
+  }
+  void IntakeProgress(int done, int total, const std::string& file, int percent) override {
+    Tell([&](QueueObserver& o) { o.IntakeProgress(done, total, file, percent); });
+  }
+  void Logged(const std::string& message) override {
+    Tell([&](QueueObserver& o) { o.Logged(message); });
+  }
+
+ private:
+  template <typename Call>
+  void Tell(Call call) {
+    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    if (observer_ != nullptr) call(*observer_);
+  }
+
+  std::shared_mutex mutex_;
+  QueueObserver* observer_ = nullptr;
+};
+
+JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
+                                 const std::vector<std::unique_ptr<JobSolver>>& solvers)
+    : settings_(settings),
+      solvers_(solvers),
+      relay_(std::make_unique<ObserverRelay>()),
+      threads_(std::make_shared<RunningThreads>()) {}
+
+JobGroupManager::~JobGroupManager() {
+  RequestStop(-1);
+  threads_->WaitForNone(kStopLimit);
+}
+
+void JobGroupManager::SetObserver(QueueObserver* observer) {
+  relay_->Set(observer);
+}
+
+QueueObserver& JobGroupManager::Observer() {
+  return *relay_;
+}
+
+bool JobGroupManager::ValidGroupName(const std::string& name) {
+  if (name.empty() || name.front() == '#') return false;
+  return std::none_of(name.begin(), name.end(),
+                      [](char c) { return c == '=' || c == '\n' || c == '\r' || c == '\0'; });
+}
+
+int JobGroupManager::AddGroup(const std::string& name) {
+  auto group = std::make_shared<JobGroup>(*this);
+  group->SetName(name);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  groups_.push_back(std::move(group));
+  return static_cast<int>(groups_.size()) - 1;
+}
+
+bool JobGroupManager::RemoveGroup(int index) {
+  const std::shared_ptr<JobGroup> group = GroupAt(index);
+  if (!group) return false;
+  group->RequestStop();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto found = std::find(groups_.begin(), groups_.end(), group);
+  if (found == groups_.end()) return false;
+  groups_.erase(found);
+  std::erase_if(removed_, [](const auto& former) { return former.expired(); });
+  removed_.push_back(group);
+  if (index < current_ || current_ == static_cast<int>(groups_.size())) --current_;
+  return true;
+}
+
+std::shared_ptr<JobGroup> JobGroupManager::GroupAt(int index) const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return nullptr;
+  return groups_[static_cast<std::size_t>(index)];
+}
+
+std::shared_ptr<JobGroup> JobGroupManager::GroupById(int id) const {
+  for (const std::shared_ptr<JobGroup>& group : Groups()) {
+    if (group->Id() == id) return group;
+  }
+  return nullptr;
+}
+
+std::vector<std::shared_ptr<JobGroup>> JobGroupManager::Groups() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return groups_;
+}
+
+int JobGroupManager::GroupCount() const {
+  return static_cast<int>(Groups().size());
+}
+
+int JobGroupManager::IndexOf(const JobGroup* group) const {
+  int index = 0;
+  for (const std::shared_ptr<JobGroup>& entry : Groups()) {
+    if (entry.get() == group) return index;
+    ++index;
+  }
+  return -1;
+}
+
+int JobGroupManager::IndexOfName(const std::string& name) const {
+  int index = 0;
+  for (const std::shared_ptr<JobGroup>& group : Groups()) {
+    if (group->Name() == name) return index;
+    ++index;
+  }
+  return -1;
+}
+
+int JobGroupManager::CurrentGroupIndex() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return current_;
+}
+
+bool JobGroupManager::SetCurrentGroup(int index) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return false;
+  current_ = index;
+  return true;
+}
+
+std::shared_ptr<JobGroup> JobGroupManager::CurrentGroup() const {
+  return GroupAt(CurrentGroupIndex());
+}
+
+bool JobGroupManager::IsAnyJobActive() const {
+  const auto groups = Groups();
+  return std::any_of(groups.begin(), groups.end(),
+                     [](const auto& group) { return group->ActiveJob() >= 0; });
+}
+
+bool JobGroupManager::IsAnyGroupRunning() const {
+  const auto groups = GroupsToStop(-1);
+  return std::any_of(groups.begin(), groups.end(),
+                     [](const auto& group) { return group->Running(); });
+}
+
+// All of them includes the removed ones whose thread has not ended yet.
+std::vector<std::shared_ptr<JobGroup>> JobGroupManager::GroupsToStop(int index) const {
+  if (index >= 0) {
+    const std::shared_ptr<JobGroup> group = GroupAt(index);
+    return group ? std::vector{group} : std::vector<std::shared_ptr<JobGroup>>{};
+  }
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::vector<std::shared_ptr<JobGroup>> groups = groups_;
+  for (const std::weak_ptr<JobGroup>& former : removed_) {
+    if (std::shared_ptr<JobGroup> group = former.lock()) groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+void JobGroupManager::RequestStop(int index) {
+  for (const std::shared_ptr<JobGroup>& group : GroupsToStop(index)) group->RequestStop();
+}
+
+bool JobGroupManager::Stop(int index) {
+  const auto groups = GroupsToStop(index);
+  for (const std::shared_ptr<JobGroup>& group : groups) group->RequestStop();
+  const auto ended = [&groups] {
+    return std::none_of(groups.begin(), groups.end(),
+                        [](const auto& group) { return group->Running(); });
+  };
+  const Clock::time_point limit = Clock::now() + kStopLimit;
+  while (!ended()) {
+    if (Clock::now() >= limit) return false;
+    DateTimeWrapper::SleepMSec(kLookAgainMs);
+  }
+  return true;
+}
+
+JobSolver* JobGroupManager::SolverFor(int type) const {
+  for (const std::unique_ptr<JobSolver>& solver : solvers_) {
+    if (solver->solverType == type) return solver.get();
+  }
+  return nullptr;
+}

@@ -1,0 +1,203 @@
+#include "core/JobIntake.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "jobs/DeckScan.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+enum Kind : int { kDynaSingle = 1, kDynaDouble = 2, kVorel = 3, kInc = 4 };
+
+// By the file's ending when the request leaves it open.
+int KindOf(const JobRequest& request, const std::string& deck) {
+  if (request.kind > 0) return request.kind;
+  std::string ending;
+  FileDirWrapper::ExtensionOf(deck, ending);
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  if (ending == "dat") return kVorel;
+  if (ending == "fin") return kInc;
+  return request.kind;
+}
+
+int Percent(std::uint64_t done, std::uint64_t size) {
+  if (size == 0) return 0;
+  return static_cast<int>(100.0 * static_cast<double>(std::min(done, size)) /
+                          static_cast<double>(size));
+}
+
+}  // namespace
+
+JobRequest MakeJobRequest(const Settings& settings) {
+  JobRequest request;
+  request.pause = settings.pause_time;
+  request.ncpu = settings.cpu_count;
+  return request;
+}
+
+JobIntake::JobIntake(JobGroupManager& manager) : manager_(manager), worker_([this] { Work(); }) {}
+
+JobIntake::~JobIntake() {
+  Cancel();
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    end_ = true;
+  }
+  changed_.notify_all();
+  worker_.join();
+}
+
+void JobIntake::Add(JobRequest request) {
+  if (request.groupId == 0) {
+    if (const auto group = manager_.CurrentGroup()) request.groupId = group->Id();
+  }
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    waiting_.push_back(std::move(request));
+    ++total_;
+  }
+  changed_.notify_all();
+}
+
+void JobIntake::Cancel() {
+  int total = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ++burst_;
+    done_ += static_cast<int>(waiting_.size());
+    waiting_.clear();
+    changed_.notify_all();
+    if (reading_ || total_ == 0) return;  // the worker tells the end, or there is nothing to tell
+    total = total_;
+    done_ = total_ = 0;
+  }
+  manager_.Observer().IntakeProgress(total, total, {}, 100);
+}
+
+bool JobIntake::Busy() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return reading_ || !waiting_.empty();
+}
+
+void JobIntake::Drain() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  changed_.wait(lock, [this] { return !reading_ && waiting_.empty(); });
+}
+
+void JobIntake::Work() {
+  JobRequest request;
+  unsigned burst = 0;
+  while (TakeRequest(request, burst)) {
+    MakeAndAdd(request, burst);
+    EndRequest();
+  }
+}
+
+bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  changed_.wait(lock, [this] { return end_ || !waiting_.empty(); });
+  if (end_) return false;
+  request = std::move(waiting_.front());
+  waiting_.pop_front();
+  reading_ = true;
+  burst = burst_;
+  return true;
+}
+
+void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
+  const std::shared_ptr<JobFile> job = MakeJob(request, burst);
+  if (!job) return;
+  if (const auto group = GroupFor(request)) {
+    group->AddJob(job);
+  } else {
+    manager_.Settings().Log().Report("No group for job [%s]", OrNull(job->jobFile));
+  }
+}
+
+// Once nothing is to do, the next requests begin at none of so many.
+void JobIntake::EndRequest() {
+  int done = 0;
+  int total = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    done = ++done_;
+    total = total_;
+    if (waiting_.empty()) done_ = total_ = 0;
+  }
+  manager_.Observer().IntakeProgress(done, total, {}, 100);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  reading_ = false;
+  changed_.notify_all();
+}
+
+bool JobIntake::GivenUp(unsigned burst) const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return burst != burst_;
+}
+
+void JobIntake::TellProgress(const std::string& file, int percent) {
+  int done = 0;
+  int total = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    done = done_;
+    total = total_;
+  }
+  manager_.Observer().IntakeProgress(done, total, file, percent);
+}
+
+std::shared_ptr<JobGroup> JobIntake::GroupFor(const JobRequest& request) const {
+  if (auto group = manager_.GroupById(request.groupId)) return group;
+  if (auto group = manager_.CurrentGroup()) return group;
+  return manager_.GroupAt(0);
+}
+
+// Null when the request was given up.
+std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned burst) {
+  const Settings settings = manager_.Settings().Snapshot();
+  const std::string& deck = request.inputFile.empty() ? request.jobFile : request.inputFile;
+  std::shared_ptr<JobFile> job;
+  switch (KindOf(request, deck)) {
+    case kVorel:
+      job = std::make_shared<JobFileVorel>(settings);
+      break;
+    case kInc:
+      job = std::make_shared<JobFileInc>(settings);
+      break;
+    default:
+      job = MakeDynaJob(request, deck, settings, burst);
+  }
+  if (!job || GivenUp(burst)) return nullptr;
+  if (request.memory != 0) job->memory = request.memory;
+  job->jobFile = deck;
+  job->restartFile = request.restartFile;
+  job->pause = request.pause;
+  job->ncpu = request.ncpu;
+  return job;
+}
+
+std::shared_ptr<JobFile> JobIntake::MakeDynaJob(const JobRequest& request, const std::string& deck,
+                                                const Settings& settings, unsigned burst) {
+  auto job = std::make_shared<JobFileDyna>(settings);
+  job->jobFile = deck;
+  job->useSFile = request.sGiven;
+  job->dump = request.dump;
+  if (!deck.empty()) {
+    int told = -1;
+    DeckScanHooks hooks;
+    hooks.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
+    hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
+      const int percent = Percent(done, size);
+      if (percent != told) TellProgress(deck, told = percent);
+      return !GivenUp(burst);
+    };
+    TellProgress(deck, 0);
+    if (!ScanDeck(*job, hooks) && GivenUp(burst)) return nullptr;
+  }
+  if (request.kind == kDynaSingle) job->solverType = Settings::kLsDynaSingle;
+  if (request.kind == kDynaDouble) job->solverType = Settings::kLsDynaDouble;
+  ApplyDeckMemory(*job, settings);
+  return job;
+}

@@ -1,0 +1,57 @@
+#include "core/SettingsAndPaths.h"
+
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+std::string WorkFolder(const std::string& title) {
+  std::string folder;
+  FileDirWrapper::AppDataDir(folder);
+  folder = FileDirWrapper::Join(FileDirWrapper::Join(folder, "orla"), title);
+  return FileDirWrapper::AbsolutePath(folder);
+}
+
+std::string HandOverPath() {
+  std::string folder;
+  FileDirWrapper::TempDir(folder);
+  // The year in this name is older than the version and known to other programs.
+  return FileDirWrapper::Join(folder, "~kestrun_tmp_2014 R1.txt");
+}
+
+constexpr char kHandOverEvent[] = "Global\\KESTRUN_TEMP_FILE_READWRITE";
+constexpr int kCreatedNew = 1;
+
+// Signalled means that the file is free, so the process that makes the event sets it.
+void OpenOrMakeEvent(PTWrapperSignal& signal) {
+  if (signal.OpenEventSignal(kHandOverEvent)) return;
+  if (signal.CreateEventSignal(kHandOverEvent) == kCreatedNew) signal.SetEventSignal();
+}
+
+}  // namespace
+
+SettingsAndPaths::SettingsAndPaths(const std::string& title)
+    : workFolder(WorkFolder(title)),
+      settingsFile(FileDirWrapper::Join(workFolder, "kr_init.config")),
+      handOverFile(HandOverPath()),
+      hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
+      groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),
+      log_(FileDirWrapper::Join(workFolder, "kr.log")) {
+  FileDirWrapper::CreateDirTree(workFolder);
+  if (!FileDirWrapper::IsDirWritable(workFolder)) {
+    log_.Report("Directory [%s] is not writable", OrNull(workFolder));
+  }
+  FileDirWrapper::DocumentsDir(settings_.last_path);
+  OpenOrMakeEvent(handOverEvent);
+}
+
+Settings SettingsAndPaths::Snapshot() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return settings_;
+}
+
+void SettingsAndPaths::SetSolverPath(int index, const std::string& path) {
+  const auto slot = static_cast<std::size_t>(index);
+  if (index < 0 || slot >= settings_.solver_path.size()) return;
+  if (settings_.solver_path[slot] == path) return;
+  Edit([&](Settings& settings) { settings.solver_path[slot] = path; });
+}

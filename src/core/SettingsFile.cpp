@@ -1,0 +1,180 @@
+// The settings file: which keys there are, and how they are read and written.
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <variant>
+
+#include "core/SettingsAndPaths.h"
+#include "core/TextLines.h"
+#include "util/FileDirWrapper.h"
+#include "util/IOWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::size_t kReadableBytes = 4095;
+
+using Field = std::variant<std::uint64_t Settings::*, int Settings::*, bool Settings::*,
+                           std::string Settings::*, Settings::Solver>;
+
+struct Key {
+  const char* section;
+  const char* name;
+  Field field;
+  const char* whenEmpty = "";  // what a text becomes whose value is empty
+};
+
+// In the order in which a new file holds them.
+const Key kKeys[] = {
+    {"GENERAL", "memory_size", &Settings::memory_size},
+    {"GENERAL", "memory_auto", &Settings::memory_auto},
+    {"GENERAL", "pause_time", &Settings::pause_time},
+    {"GENERAL", "cpu_count", &Settings::cpu_count},
+    {"GENERAL", "force", &Settings::force, "d3plotint"},
+    {"GENERAL", "output_dump", &Settings::output_dump},
+    {"GENERAL", "no_adapdump", &Settings::no_adapdump},
+    {"GENERAL", "last_path", &Settings::last_path},
+    {"GENERAL", "last_solver_path", &Settings::last_solver_path},
+    {"GENERAL", "xterm_path", &Settings::xterm_path, "xterm"},
+    {"GENERAL", "language", &Settings::language},
+    {"GENERAL", "group", &Settings::group},
+    {"SOLVER", "ls_dyna_s", Settings::kLsDynaSingle},
+    {"SOLVER", "ls_dyna_d", Settings::kLsDynaDouble},
+    {"SOLVER", "v_orel", Settings::kVorel},
+    {"SOLVER", "u_batch", Settings::kUtilityBatch},
+    {"SOLVER", "inc", Settings::kInc},
+    {"SOLVER", "mpp_solver_s", &Settings::mpp_solver_s},
+    {"SOLVER", "mpp_solver_d", &Settings::mpp_solver_d},
+    {"MPP", "use_mpp", &Settings::use_mpp},
+    {"MPP", "use_lamboot", &Settings::use_lamboot},
+    {"MPP", "mpi", &Settings::mpi},
+    {"MPP", "lamboot", &Settings::lamboot, "lamboot"},
+    {"MPP", "memory2", &Settings::memory2},
+    {"MPP", "mpi_param", &Settings::mpi_param},
+    {"MPP", "mpp_param", &Settings::mpp_param},
+    {"MPP", "protocol", &Settings::protocol},
+    {"EXTERNAL_APP", "viewer", &Settings::viewer},
+};
+
+// The key of the INC solver's access is the user's to write; it is never shown nor stored.
+const Key kIncToken = {"SOLVER", "inc_token", &Settings::inc_token};
+
+void TakeText(std::string& text, const std::string& value, const char* whenEmpty) {
+  if (!value.empty()) {
+    text = value;
+  } else if (*whenEmpty != '\0') {
+    text = whenEmpty;
+  }
+}
+
+// The overloads take a value as it was read; an empty one may stand for a missing key.
+struct Taker {
+  Settings& settings;
+  const std::string& value;
+  const char* whenEmpty;
+
+  // Read as 32 bits and widened with the sign, also when there is no value.
+  void operator()(std::uint64_t Settings::*field) const {
+    settings.*field = static_cast<std::uint64_t>(std::int64_t{StrWrapperTxt::LeadingInt(value)});
+  }
+  void operator()(int Settings::*field) const {
+    if (!value.empty()) settings.*field = StrWrapperTxt::LeadingInt(value);
+  }
+  void operator()(bool Settings::*field) const {
+    if (!value.empty()) settings.*field = StrWrapperTxt::LeadingInt(value) == 1;
+  }
+  void operator()(std::string Settings::*field) const {
+    TakeText(settings.*field, value, whenEmpty);
+  }
+  void operator()(Settings::Solver solver) const {
+    TakeText(settings.solver_path[solver], value, whenEmpty);
+  }
+};
+
+struct Formatter {
+  const Settings& settings;
+
+  std::string operator()(std::uint64_t Settings::*field) const {
+    return std::to_string(settings.*field);
+  }
+  std::string operator()(int Settings::*field) const { return std::to_string(settings.*field); }
+  std::string operator()(bool Settings::*field) const { return settings.*field ? "1" : "0"; }
+  std::string operator()(std::string Settings::*field) const { return OneLine(settings.*field); }
+  std::string operator()(Settings::Solver solver) const {
+    return OneLine(settings.solver_path[solver]);
+  }
+};
+
+void ReadKey(const Key& key, const std::string& file, Settings& settings) {
+  std::string value;
+  IOWrapperIni().ReadValFromIni(key.section, key.name, value, file);
+  std::visit(Taker{settings, value, key.whenEmpty}, key.field);
+}
+
+bool WriteAndCompare(const Key& key, const std::string& written, const std::string& value,
+                     const std::string& file) {
+  IOWrapperIni ini;
+  ini.WriteValToIni(key.section, key.name, written, file);
+  std::string readBack;
+  return ini.ReadValFromIni(key.section, key.name, readBack, file) &&
+         readBack == value.substr(0, kReadableBytes);
+}
+
+// Reading drops blanks at the ends and one pair of quotes around a value. Where a value would come
+// back changed, an outer pair protects it.
+bool WriteKey(const Key& key, const std::string& value, const std::string& file) {
+  if (WriteAndCompare(key, value, value, file)) return true;
+  if (WriteAndCompare(key, '"' + value + '"', value, file)) return true;
+  std::string trimmed;
+  StrWrapperTxt::Trim(value, trimmed);
+  return WriteAndCompare(key, trimmed, trimmed, file);
+}
+
+bool WriteKeys(const Settings& settings, const std::string& file) {
+  return std::all_of(std::begin(kKeys), std::end(kKeys), [&](const Key& key) {
+    return WriteKey(key, std::visit(Formatter{settings}, key.field), file);
+  });
+}
+
+// The keys are changed in a copy that then takes the file's place: a full disk or a crash between
+// two keys leaves the old file.
+bool ReplaceKeys(const Settings& settings, const std::string& file) {
+  std::string contents;
+  if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
+  const std::string copy = file + ".new";
+  const bool done = FileDirWrapper::WriteFileWhole(copy, contents) && WriteKeys(settings, copy) &&
+                    FileDirWrapper::ReplaceFileWith(copy, file);
+  if (!done) FileDirWrapper::RemoveFile(copy);
+  return done;
+}
+
+}  // namespace
+
+void SettingsAndPaths::ReadSettings() {
+  dirty_ = false;
+  if (!FileDirWrapper::FileExists(settingsFile)) return;
+  std::string contents;
+  if (!ReadWholeText(settingsFile, contents)) {
+    log_.Report("Read settings file [%s] failed", OrNull(settingsFile));
+    return;
+  }
+  Settings read = settings_;
+  for (const Key& key : kKeys) ReadKey(key, settingsFile, read);
+  ReadKey(kIncToken, settingsFile, read);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  settings_ = std::move(read);
+}
+
+bool SettingsAndPaths::WriteSettings() {
+  if (!FileDirWrapper::IsDirWritable(workFolder)) {
+    log_.Report("Directory [%s] is not writable", OrNull(workFolder));
+    return false;
+  }
+  if (!dirty_ && FileDirWrapper::FileExists(settingsFile)) return true;
+  if (!ReplaceKeys(settings_, settingsFile)) {
+    log_.Report("Write settings file [%s] failed", OrNull(settingsFile));
+    return false;
+  }
+  dirty_ = false;
+  return true;
+}
