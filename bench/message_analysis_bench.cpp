@@ -1,0 +1,58 @@
+// How long the analysis of a big message file takes, compared with counting its lines with wc. Both
+// read the file from the system's cache. Arguments: the file's size in megabytes (1000).
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "Measure.h"
+#include "solvers/OutputAnalysis.h"
+
+namespace {
+
+// A long run: progress lines, now and then a warning, memory lines, a few errors at the end.
+bool WriteMessageFile(const std::string& path, std::uint64_t bytes) {
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return false;
+  std::uint64_t written = 0;
+  auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
+  for (int cycle = 1; written < bytes; ++cycle) {
+    add(std::fprintf(file,
+                     "%8d t %.4E dt 1.38E-07 flush i/o buffers            12/21/25 20:15:16\n",
+                     cycle, cycle * 1.38e-7));
+    if (cycle % 1000 == 0) {
+      add(std::fprintf(file,
+                       " *** Warning 40540 (SOL+540)\n     contact interface %d is soft\n"
+                       " expanding   memory to      127121 d     4181400\n\n",
+                       cycle));
+    }
+  }
+  std::fprintf(file, "\n *** Error 40509 (SOL+509)\n     negative volume\n\n");
+  std::fprintf(file,
+               " Total CPU time     =      7200 seconds (   2 hours  0 minutes  0 seconds)\n");
+  return std::fclose(file) == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  constexpr int kRounds = 5;
+  const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
+  const TemporaryFolder folder;
+  const std::string path = folder.File("messag");
+  if (!WriteMessageFile(path, megabytes * 1000000)) {
+    std::fprintf(stderr, "cannot write %s\n", path.c_str());
+    return 1;
+  }
+
+  bool good = true;
+  const std::string count = "wc -l " + path + " > " + folder.File("lines.txt");
+  const double lines =
+      BestSeconds(kRounds, [&] { good = std::system(count.c_str()) == 0 && good; });
+  const double analysis = BestSeconds(kRounds, [&] {
+    const AnalysisReport report = AnalyseMessageFile(path);
+    good = report.errors == 1 && report.warnings > 20 && !report.cpuTime.empty() && good;
+  });
+  std::printf("message analysis %.3f s, wc -l %.3f s, ratio %.2f\n", analysis, lines,
+              analysis / lines);
+  return good ? 0 : 1;
+}
