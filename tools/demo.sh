@@ -12,9 +12,12 @@ scratch=$(mktemp -d "${TMPDIR:-/tmp}/kr-demo.XXXXXX")
 jobs=$scratch/jobs
 work="$scratch/config/orla/$title"
 mkdir -p "$jobs" "$work" "$scratch/tmp"
-cp "$root"/demo/decks/*.k "$jobs"/
-# The stand-in tells its precision by its name.
-cp "$bin/standin_solver" "$scratch/standin_solver_d"
+# A folder a deck, so that no run overwrites another's results.
+for deck in "$root"/demo/decks/*.k; do
+  name=$(basename "$deck" .k)
+  mkdir "$jobs/$name"
+  cp "$deck" "$jobs/$name/"
+done
 cat >"$work/kr_init.config" <<CONFIG
 [GENERAL]
 memory_size=500
@@ -24,7 +27,7 @@ cpu_count=1
 last_path=$jobs
 [SOLVER]
 ls_dyna_s=$bin/standin_solver
-ls_dyna_d=$scratch/standin_solver_d
+ls_dyna_d=$bin/standin_solver_d
 [MPP]
 memory2=200
 CONFIG
@@ -32,7 +35,7 @@ export XDG_CONFIG_HOME=$scratch/config TMPDIR=$scratch/tmp
 echo "Work folder: $scratch"
 
 if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
-  exec "$bin/kestrun" --submit "$jobs"/*.k
+  exec "$bin/kestrun" --submit "$jobs"/*/*.k
 fi
 
 # A display of our own, on the first free number; Xvfb writes the number when it is ready.
@@ -57,7 +60,7 @@ openbox >"$scratch/openbox.log" 2>&1 &
 manager=$!
 
 report=$scratch/report.txt
-"$bin/kestrun" --submit "--report=$report" "$jobs"/*.k &
+"$bin/kestrun" --submit "--report=$report" "$jobs"/*/*.k &
 window=$!
 for _ in $(seq $((time_limit * 5))); do
   [ -s "$report" ] && break
