@@ -71,7 +71,7 @@ struct LetGo {
 };
 
 LetGo& LetGoChildren() {
-  static LetGo children;
+  static LetGo& children = *new LetGo;  // threads may still use it while the process ends
   return children;
 }
 

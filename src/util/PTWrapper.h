@@ -45,12 +45,13 @@ class PTWrapperProcess : public PTWrapper {
   bool IsActive() const;
 
   // Ends the child and every process that it started, in any session or group, within two seconds
-  // (politely first where the system can, then by force), and forgets it. True when no child is
-  // held.
+  // (politely first where the system can, then by force), and forgets it in any case. A child that
+  // has ended by itself is only forgotten. True when nothing is left of it, or no child was held.
   bool Terminate();
 
-  // The child's exit state: its exit code, 128 + the signal's number when a signal ended it (Linux),
-  // 259 while it runs, -1 when there is no child.
+  // The child's exit state: its exit code, 128 + the signal's number when a signal ended it
+  // (Linux), 255 when its console was killed and took the answer along (Linux), 259 while it runs,
+  // -1 when there is no child.
   int ExitCode() const;
 
   // The calling process's own id.
@@ -69,7 +70,8 @@ class PTWrapperProcess : public PTWrapper {
   static void SetConsoleHost(const std::string& path);
 
   static bool FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list);
-  // Kills the first process whose executable name contains the text, with regard to case.
+  // Kills the first process, our own left out, whose executable name contains the text, with regard
+  // to case.
   static bool Terminate(const std::string& exeName);
   static bool GetCurrProcessUser(std::string& user);
   static bool GetProcessUser(int pid, std::string& user);
@@ -140,8 +142,13 @@ class PTWrapperThread : public PTWrapper {
   ~PTWrapperThread() override;
 
   bool CreateThread(Routine routine, void* argument, int creationFlags);
+  // -2 to 2, -15 for idle and 15 for time-critical, relative to other threads (Linux: nice levels,
+  // where raising takes a privilege).
   bool SetThreadPriority(int priority);
+  // A last resort: what the thread holds stays as it is, but for named mutexes, which it abandons.
+  // On Linux it ends when it next sleeps, waits, reads or writes; a suspended one stays as it is.
   bool TerminateThread();
+  // Nothing resumes a thread.
   bool SuspenThread();
   [[noreturn]] void ExitThread();
   // True from CreateThread until TerminateThread, also after the routine has returned.

@@ -36,7 +36,7 @@ struct ConsolePrograms {
 };
 
 ConsolePrograms& Programs() {
-  static ConsolePrograms programs;
+  static ConsolePrograms& programs = *new ConsolePrograms;  // used until the process ends
   return programs;
 }
 

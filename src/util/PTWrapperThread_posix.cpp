@@ -28,10 +28,6 @@ struct Control {
 
 using ControlPtr = std::shared_ptr<Control>;
 
-[[noreturn]] void SleepForEver() {
-  for (;;) pause();
-}
-
 // Marks the end, whether the routine returns or the thread is ended from outside.
 class Running {
  public:
@@ -51,10 +47,16 @@ class Running {
   ControlPtr control_;
 };
 
+// Until the thread is ended from outside: nothing resumes a thread.
+[[noreturn]] void StayStopped(Control& control) {
+  std::unique_lock<std::mutex> lock(control.mutex);
+  for (;;) control.begun.wait(lock);
+}
+
 void* ThreadMain(void* start) {
   const std::unique_ptr<ControlPtr> control(static_cast<ControlPtr*>(start));
   const Running running(*control);
-  if ((*control)->startSuspended) SleepForEver();
+  if ((*control)->startSuspended) StayStopped(**control);
   (*control)->routine((*control)->argument);
   return nullptr;
 }
@@ -62,7 +64,7 @@ void* ThreadMain(void* start) {
 void SuspendHandler(int) {
   // Unwinding from the middle of anything would be worse than staying.
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-  SleepForEver();
+  for (;;) pause();
 }
 
 int SuspendSignal() {

@@ -65,10 +65,13 @@ bool ProcessTree::IsConsole(const ProcessEntry& process) const {
   return Holds(consoles_, process.key);
 }
 
-bool ProcessTree::Belongs(const ProcessEntry& process) const {
-  if (process.key.pid == getpid() || process.key.start < earliest_) return false;
+bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
+  return process.key.pid != getpid() && process.key.start >= earliest_;
+}
+
+bool ProcessTree::IsRelated(const ProcessEntry& process) const {
   return Holds(members_, process.key) || members_.contains(process.parent) ||
-         sessions_.contains(process.session) || StartEnvironmentHolds(process.key.pid, token_);
+         sessions_.contains(process.session);
 }
 
 void ProcessTree::Remember(const ProcessEntry& process) {
@@ -84,11 +87,14 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
     const auto known = members_.find(process.key.pid);
     if (known != members_.end() && known->second != process.key.start) members_.erase(known);
   }
+  std::erase_if(others, [this](const ProcessEntry& process) { return !IsCandidate(process); });
   std::vector<ProcessEntry> found;
-  for (bool grew = true; grew;) {
+  bool first = true;  // reading an environment costs the most and tells the same every time
+  for (bool grew = true; grew; first = false) {
     const auto firstMember =
-        std::stable_partition(others.begin(), others.end(),
-                              [this](const ProcessEntry& process) { return !Belongs(process); });
+        std::stable_partition(others.begin(), others.end(), [&](const ProcessEntry& process) {
+          return !IsRelated(process) && !(first && StartEnvironmentHolds(process.key.pid, token_));
+        });
     grew = firstMember != others.end();
     std::for_each(firstMember, others.end(), [&](ProcessEntry& process) {
       Remember(process);

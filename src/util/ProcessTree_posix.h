@@ -31,7 +31,8 @@ class ProcessTree {
   using Clock = std::chrono::steady_clock;
 
   std::vector<ProcessEntry> Scan();
-  bool Belongs(const ProcessEntry& process) const;
+  bool IsCandidate(const ProcessEntry& process) const;
+  bool IsRelated(const ProcessEntry& process) const;
   void Remember(const ProcessEntry& process);
   void MarkConsoleParents();
   bool IsConsole(const ProcessEntry& process) const;

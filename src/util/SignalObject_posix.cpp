@@ -204,7 +204,7 @@ class Registry {
 };
 
 Registry& Objects() {
-  static Registry registry;
+  static Registry& registry = *new Registry;  // threads may still use it while the process ends
   return registry;
 }
 

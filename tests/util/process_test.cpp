@@ -42,6 +42,11 @@ TEST(Process, RefusesWhatCannotBeStarted) {
   EXPECT_FALSE(process.Create("", "kr-no-such-program-anywhere 1", "", false, 0, "", true));
   EXPECT_EQ(process.LastError(), "CreateProcess  kr-no-such-program-anywhere 1 failed");
   EXPECT_FALSE(process.Create("", "", "", false, 0, "", true));
+  const std::string endless(200000, 'x');
+  EXPECT_FALSE(process.Create(FileDirWrapper::ProgramPath(), endless, "", false, 0, "", true));
+  EXPECT_NE(process.LastError().find(endless + " failed"), std::string::npos);
+  const std::string nowhere = folder / "no such folder";
+  EXPECT_FALSE(process.Create(FileDirWrapper::ProgramPath(), "x", "", false, 0, nowhere, true));
   EXPECT_FALSE(process.IsActive());
 }
 

@@ -282,14 +282,14 @@ TEST_F(ConsolePosix, RunsInATerminalWithOurFolderAndEnvironment) {
   const InFolder back(folder.Path());
   const std::string script =
       folder.Write("look.sh", "test -t 0 && test -t 1 && echo \"$KR_WORD $TERM\" > \"" +
-                                  (folder / "seen") + "\"; pwd > where; sleep 0.5; exit 42");
+                                  (folder / "seen") + "\"; pwd > where; sleep 1; exit 42");
   ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole, folder.Path()));
   EXPECT_TRUE(process.IsActive());
   EXPECT_TRUE(ReadProcess(process.ChildId()));
   if (!FindProgram("xwininfo").empty()) {
     EXPECT_TRUE(Becomes(
         [] { return std::system("xwininfo -name \"A title; 'of' \\$HOME\" >/dev/null 2>&1") == 0; },
-        milliseconds(400)));
+        milliseconds(900)));
   }
   EXPECT_TRUE(process.WaitProc());
   EXPECT_EQ(process.ExitCode(), 42);
