@@ -127,7 +127,6 @@ int JobGroup::RunJob(JobFile& job) {
   try {
     status = RunThroughDriver(job, context);
   } catch (const std::exception& error) {
-    job.run = nullptr;
     manager_.Settings().Log().Report("Run job [%s] failed: %s", OrNull(job.jobFile), error.what());
   }
   // The driver leaves an aborted solver running; it must not outlive its job.

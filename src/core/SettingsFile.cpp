@@ -111,18 +111,23 @@ void ReadKey(const Key& key, const std::string& file, Settings& settings) {
   std::visit(Taker{settings, value, key.whenEmpty}, key.field);
 }
 
-bool WriteAndCompare(const Key& key, const std::string& written, const std::string& value,
-                     const std::string& file) {
-  IOWrapperIni ini;
-  ini.WriteValToIni(key.section, key.name, written, file);
+bool ReadsAs(const Key& key, const std::string& value, const std::string& file) {
   std::string readBack;
-  return ini.ReadValFromIni(key.section, key.name, readBack, file) &&
+  return IOWrapperIni().ReadValFromIni(key.section, key.name, readBack, file) &&
          readBack == value.substr(0, kReadableBytes);
 }
 
+bool WriteAndCompare(const Key& key, const std::string& written, const std::string& value,
+                     const std::string& file) {
+  IOWrapperIni().WriteValToIni(key.section, key.name, written, file);
+  return ReadsAs(key, value, file);
+}
+
 // Reading drops blanks at the ends and one pair of quotes around a value. Where a value would come
-// back changed, an outer pair protects it.
+// back changed, an outer pair protects it. What is there already costs no writing; an empty value
+// looks like a missing key and is written.
 bool WriteKey(const Key& key, const std::string& value, const std::string& file) {
+  if (!value.empty() && ReadsAs(key, value, file)) return true;
   if (WriteAndCompare(key, value, value, file)) return true;
   if (WriteAndCompare(key, '"' + value + '"', value, file)) return true;
   std::string trimmed;

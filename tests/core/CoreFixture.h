@@ -1,0 +1,119 @@
+// A home of its own for each test: configuration, documents and temporary files lie in a scratch
+// folder, no display is known, and what the core tells is written down.
+#ifndef KR_TESTS_CORE_COREFIXTURE_H
+#define KR_TESTS_CORE_COREFIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/QueueObserver.h"
+#include "core/SettingsAndPaths.h"
+#include "support/TempFolder.h"
+
+// Sets or removes a variable of the environment until the end of the scope.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    Set(value);
+  }
+  ~ScopedVariable() { Set(before_); }
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+ private:
+  void Set(const std::optional<std::string>& value) const {
+#ifdef _WIN32
+    _putenv_s(name_, value ? value->c_str() : "");
+#else
+    if (value) {
+      setenv(name_, value->c_str(), 1);
+    } else {
+      unsetenv(name_);
+    }
+#endif
+  }
+
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
+inline bool WaitUntil(const std::function<bool()>& condition,
+                      std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return true;
+}
+
+// Writes down what the core tells. Any thread.
+class RecordingObserver : public QueueObserver {
+ public:
+  void JobStatusChanged(int groupId, int jobIndex, int status) override {
+    Note("status " + std::to_string(groupId) + " " + std::to_string(jobIndex) + " " +
+         std::to_string(status));
+  }
+  void JobsChanged(int groupId) override { Note("jobs " + std::to_string(groupId)); }
+  void GroupRunChanged(int groupId) override { Note("run " + std::to_string(groupId)); }
+  void SettingsChanged() override { Note("settings"); }
+  void IntakeProgress(int done, int total, const std::string&, int) override {
+    Note("intake " + std::to_string(done) + "/" + std::to_string(total));
+  }
+  void Logged(const std::string& message) override { Note("log " + message); }
+
+  std::vector<std::string> Notes() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return notes_;
+  }
+  int Count(const std::string& note) const {
+    const std::vector<std::string> notes = Notes();
+    return static_cast<int>(std::count(notes.begin(), notes.end(), note));
+  }
+
+ private:
+  void Note(std::string note) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    notes_.push_back(std::move(note));
+  }
+
+  mutable std::mutex mutex_;
+  std::vector<std::string> notes_;
+};
+
+class CoreTest : public testing::Test {
+ protected:
+  static constexpr char kTitle[] = "Kestrun 2016 R1";
+
+  std::string Deck(const std::string& name, const std::string& commands = {}) const {
+    return home_.Write(name, "*KEYWORD\n" + commands + "*CONTROL_TERMINATION\n       1.0\n*END\n");
+  }
+
+  static bool LogHolds(SettingsAndPaths& settings, const std::string& text) {
+    return TempFolder::Read(settings.Log().Path()).find(text) != std::string::npos;
+  }
+
+  TempFolder home_;
+
+ private:
+  ScopedVariable homeVariable_{"HOME", home_.Path()};
+  ScopedVariable config_{"XDG_CONFIG_HOME", home_ / "config"};
+  ScopedVariable runtime_{"XDG_RUNTIME_DIR", std::nullopt};
+  ScopedVariable temp_{"TMPDIR", home_.Path()};
+  ScopedVariable windowsTemp_{"TMP", home_.Path()};
+  ScopedVariable appData_{"APPDATA", home_ / "config"};
+  ScopedVariable display_{"DISPLAY", std::nullopt};
+};
+
+#endif

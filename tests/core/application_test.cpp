@@ -1,0 +1,189 @@
+// The application without a window: start, hand-over to itself, end.
+#include <filesystem>
+
+#include "core/Application.h"
+#include "CoreFixture.h"
+
+namespace {
+
+class ApplicationTest : public CoreTest {
+ protected:
+  bool Start(std::vector<const char*> arguments = {}) {
+    arguments.insert(arguments.begin(), "kestrun");
+    application_ = std::make_unique<Application>();
+    return application_->Initialise(static_cast<int>(arguments.size()), arguments.data());
+  }
+
+  std::string HandOverFile() { return application_->SettingsAndFiles().handOverFile; }
+
+  // What another program does.
+  void WriteHandOverFile(const std::string& text) {
+    std::ofstream(HandOverFile(), std::ios::binary) << text;
+  }
+
+  // The files of the jobs in the current group after one look at the hand-over file.
+  std::vector<std::string> JobsAfterTick() {
+    EXPECT_TRUE(application_->Tick());
+    application_->Intake().Drain();
+    std::vector<std::string> files;
+    application_->Manager().CurrentGroup()->ReadJobs([&](int, const JobFile& job) {
+      files.push_back(FileDirWrapper::AbsolutePath(job.jobFile));
+    });
+    return files;
+  }
+
+  std::unique_ptr<Application> application_;
+};
+
+TEST_F(ApplicationTest, AFirstStartHasOneGroupAndLeavesItsFiles) {
+  ASSERT_TRUE(Start());
+  EXPECT_EQ(Application::Get(), application_.get());
+  EXPECT_EQ(application_->Title(), "Kestrun 2016 R1");
+  EXPECT_EQ(application_->Manager().GroupCount(), 1);
+  EXPECT_EQ(application_->Manager().CurrentGroup()->Name(), "Group1");
+  EXPECT_EQ(application_->Solvers().size(), 5u);
+  const std::string work = application_->SettingsAndFiles().workFolder;
+  EXPECT_EQ(application_->Shutdown(), 0);
+  EXPECT_FALSE(application_->Tick());
+  application_.reset();
+  EXPECT_FALSE(Application::Get());
+  EXPECT_EQ(TempFolder::Read(work + "/kr_groups.txt").substr(0, 7), "Group1=");
+  EXPECT_TRUE(std::filesystem::exists(work + "/kr_host.txt"));
+  EXPECT_TRUE(std::filesystem::exists(work + "/kr_init.config"));
+}
+
+TEST_F(ApplicationTest, GroupsAndTheirTextsOutliveTheProgram) {
+  ASSERT_TRUE(Start());
+  application_->Manager().AddGroup("Night");
+  application_->Manager().GroupAt(1)->SetText("100,n1,4");
+  application_->Shutdown();
+  ASSERT_TRUE(Start());
+  ASSERT_EQ(application_->Manager().GroupCount(), 2);
+  EXPECT_EQ(application_->Manager().CurrentGroupIndex(), 0);
+  EXPECT_EQ(application_->Manager().GroupAt(1)->Name(), "Night");
+  EXPECT_EQ(application_->Manager().GroupAt(1)->Text(), "100,n1,4");
+}
+
+TEST_F(ApplicationTest, TheFirstSolverArgumentChoosesTheMode) {
+  const std::pair<std::vector<const char*>, int> cases[] = {
+      {{"#solver=dyna"}, 1}, {{"a.k", "x#solver=inc"}, 2},      {{"#solver=dynamic"}, 0},
+      {{"#solver=INC"}, 0},  {{"#solver=", "#solver=dyna"}, 0}, {{}, 0},
+  };
+  for (const auto& [arguments, mode] : cases) {
+    ASSERT_TRUE(Start(arguments));
+    EXPECT_EQ(application_->SolverMode(), mode);
+    for (const auto& solver : application_->Solvers()) {
+      const bool isInc = solver->solverType == Settings::kInc;
+      const bool enabled = mode == 0 || (mode == 2) == isInc;
+      EXPECT_EQ(solver->enabled, enabled ? 1 : 0) << mode << " " << solver->solverType;
+    }
+  }
+}
+
+TEST_F(ApplicationTest, ItsOwnArgumentsArriveAsJobs) {
+  const std::string a = Deck("a.k");
+  const std::string b = Deck("b.k");
+  {
+    const InFolder in(home_.Path());
+    ASSERT_TRUE(Start({a.c_str(), "b.k"}));
+  }
+  EXPECT_EQ(JobsAfterTick(), (std::vector<std::string>{a, b}));
+  EXPECT_FALSE(std::filesystem::exists(HandOverFile()));
+  EXPECT_EQ(JobsAfterTick().size(), 2u);
+}
+
+TEST_F(ApplicationTest, AFileThatWaitsAtTheStartIsNotLost) {
+  ASSERT_TRUE(Start());
+  WriteHandOverFile("#krjob\n/early.k");
+  const auto begin = std::chrono::steady_clock::now();
+  ASSERT_TRUE(Start({"/own.k"}));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+  EXPECT_EQ(JobsAfterTick().size(), 2u);
+}
+
+TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
+  ASSERT_TRUE(Start());
+  RecordingObserver seen;
+  application_->Manager().SetObserver(&seen);
+  SettingsAndPaths& settings = application_->SettingsAndFiles();
+  settings.SetSolverPath(Settings::kInc, "/inc/x.exe");
+  WriteHandOverFile(
+      "#mpp=1\n#mpi_param=-a\n#mpp_param=-b\n#group=300,n1,2\n#solver=inc\n#single_cpu=0\n#krjob\n"
+      "ncpu=7\ns=iface\nd=nodump\n/a.k\n");
+  EXPECT_EQ(JobsAfterTick().size(), 1u);
+  EXPECT_EQ(application_->SolverMode(), 2);
+  EXPECT_EQ(application_->Manager().CurrentGroup()->Text(), "300,n1,2");
+  EXPECT_EQ(seen.Count("settings"), 1);
+  EXPECT_FALSE(settings.Dirty());
+  SettingsAndPaths stored(kTitle);
+  stored.ReadSettings();
+  const Settings& now = stored.Get();
+  EXPECT_TRUE(now.use_mpp);
+  EXPECT_EQ(now.mpi_param, "-a");
+  EXPECT_EQ(now.mpp_param, "-b");
+  EXPECT_EQ(now.group, "300,n1,2");
+  EXPECT_EQ(now.memory2, 300u);
+  EXPECT_EQ(now.cpu_count, 7);
+  EXPECT_EQ(now.force, "iface");
+  EXPECT_FALSE(now.output_dump);
+  EXPECT_NE(now.solver_path[Settings::kInc].find("KVIN_MC.EXE"), std::string::npos);
+  application_->Manager().SetObserver(nullptr);
+}
+
+TEST_F(ApplicationTest, ASecondWriterWaitsUntilTheFirstFileWasRead) {
+  ASSERT_TRUE(Start());
+  WriteHandOverFile("#krjob\n/first.k\n");
+  SettingsAndPaths second(kTitle);
+  std::atomic<bool> written{false};
+  std::thread writer([&] {
+    const char* arguments[] = {"kestrun", "/second.k"};
+    written = WriteHandOver(second, 2, arguments);
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_FALSE(written);
+  EXPECT_EQ(JobsAfterTick().size(), 1u);
+  writer.join();
+  EXPECT_TRUE(written);
+  EXPECT_EQ(JobsAfterTick().size(), 2u);
+}
+
+TEST_F(ApplicationTest, AnEventThatIsNeverGivenBackIsTakenOver) {
+  ASSERT_TRUE(Start());
+  PTWrapperSignal holder;
+  ASSERT_TRUE(holder.OpenEventSignal("Global\\KESTRUN_TEMP_FILE_READWRITE"));
+  ASSERT_EQ(holder.WaitForEventSignal(1000), 0);  // and then dies
+  WriteHandOverFile("#krjob\n/a.k\n");
+  for (int poll = 1; poll <= 3; ++poll) EXPECT_TRUE(JobsAfterTick().empty()) << poll;
+  EXPECT_EQ(JobsAfterTick().size(), 1u);
+  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "taken over"));
+  EXPECT_EQ(holder.WaitForEventSignal(1000), 0);
+  holder.SetEventSignal();
+}
+
+TEST_F(ApplicationTest, AMissingEventIsReportedOnce) {
+  ASSERT_TRUE(Start());
+  SettingsAndPaths& settings = application_->SettingsAndFiles();
+  settings.handOverEvent.CloseEventSignal();
+  WriteHandOverFile("#krjob\n/a.k\n");
+  HandOverReader reader(*application_);
+  EXPECT_FALSE(reader.Poll());
+  EXPECT_FALSE(reader.Poll());
+  EXPECT_EQ(settings.handOverEvent.LastError(), "EVENT handle is null");
+  EXPECT_TRUE(std::filesystem::exists(HandOverFile()));
+}
+
+TEST_F(ApplicationTest, AMissingTextFileIsNotShown) {
+  ASSERT_TRUE(Start());
+  std::string shown;
+  application_->TextFallback = [&](const std::string& path) {
+    shown = path;
+    return true;
+  };
+  EXPECT_FALSE(application_->ViewTextFile(""));
+  EXPECT_FALSE(application_->ViewTextFile(home_ / "none"));
+  EXPECT_EQ(shown, "");
+  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "File [Null] does not exist"));
+  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "File [" + home_ / "none" + "] does"));
+}
+
+}  // namespace

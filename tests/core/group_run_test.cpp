@@ -1,0 +1,230 @@
+// Groups that run jobs: real solver processes.
+#include "GroupFixture.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Clock = std::chrono::steady_clock;
+
+class GroupRun : public GroupTest {
+ protected:
+  std::string StatusNote(int index, int status, int group = 0) const {
+    return "status " + std::to_string(Group(group)->Id()) + " " + std::to_string(index) + " " +
+           std::to_string(status);
+  }
+
+  std::vector<std::string> StatusNotes() const {
+    std::vector<std::string> notes = seen_.Notes();
+    std::erase_if(notes, [](const std::string& note) { return !note.starts_with("status"); });
+    return notes;
+  }
+
+  static bool IsProcess(int id) {
+    std::vector<PTWrapperProcessInfo> processes;
+    PTWrapperProcess::FindRunningProcessName(processes);
+    return std::any_of(
+        processes.begin(), processes.end(),
+        [id](const PTWrapperProcessInfo& process) { return process.processId == id; });
+  }
+
+  bool WaitForSolver(const JobFile& job) const {
+    return WaitUntil([&] { return std::filesystem::exists(job.Folder() + "/messag"); });
+  }
+};
+
+TEST_F(GroupRun, TakesTheJobsInOrderAndJudgesEach) {
+  Group()->AddJob(Job("good"));
+  Group()->AddJob(Job("bad", "fail"));
+  auto missing = Job("missing");
+  missing->jobFile += ".gone";
+  Group()->AddJob(missing);
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(StatusNotes(),
+            (std::vector<std::string>{StatusNote(0, 1), StatusNote(0, 2), StatusNote(0, 3),
+                                      StatusNote(1, 1), StatusNote(1, 2), StatusNote(1, 4),
+                                      StatusNote(2, 1), StatusNote(2, 2), StatusNote(2, 4)}));
+  EXPECT_NE(manager_->runErrorCode, 0);
+  EXPECT_TRUE(WaitUntil([&] { return seen_.Count("run " + std::to_string(Group()->Id())) == 2; }));
+
+  ASSERT_TRUE(Group()->Resubmit(0));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
+  EXPECT_EQ(Status(*Group(), 1), JobStatus::kAborted);
+}
+
+TEST_F(GroupRun, ASecondSubmitStartsNothing) {
+  Group()->AddJob(Job("a", "run 1"));
+  ASSERT_TRUE(Group()->Submit());
+  EXPECT_FALSE(Group()->Submit());
+  EXPECT_EQ(Group()->LastError(), "Running work thread is found, submit job failed");
+  EXPECT_TRUE(LogHolds(files_, "Running work thread is found, submit job failed"));
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(seen_.Count(StatusNote(0, 2)), 1);
+}
+
+TEST_F(GroupRun, AnEmptyGroupEndsAtOnceAndCanBeSubmittedAgain) {
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_TRUE(Group()->Submit());
+    ASSERT_TRUE(WaitForEnd(*Group()));
+  }
+  EXPECT_TRUE(StatusNotes().empty());
+}
+
+TEST_F(GroupRun, StopInThePauseAbortsWithoutASolver) {
+  auto job = Job("paused");
+  job->pause = 1000;
+  Group()->AddJob(job);
+  Group()->AddJob(Job("next"));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
+  EXPECT_TRUE(manager_->IsAnyJobActive());
+  const auto begin = Clock::now();
+  EXPECT_TRUE(Group()->Stop());
+  EXPECT_LT(Clock::now() - begin, seconds(3));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
+  EXPECT_EQ(Status(*Group(), 1), JobStatus::kQueued);
+  EXPECT_FALSE(std::filesystem::exists(job->Folder() + "/messag"));
+  EXPECT_FALSE(manager_->IsAnyJobActive());
+
+  job->pause = 0;
+  ASSERT_TRUE(Group()->Resubmit(0));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
+  EXPECT_EQ(Status(*Group(), 1), JobStatus::kFinished);
+}
+
+TEST_F(GroupRun, StopWhileRunningEndsTheSolverThatWillNotGoAndItsChild) {
+  auto job = Job("stubborn", "ignore-term\n$ standin: child\n$ standin: hang");
+  Group()->AddJob(job);
+  ASSERT_TRUE(Group()->Submit());
+  const std::string childFile = home_ / "stubborn/standin_child.pid";
+  ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(childFile).ends_with('\n'); }));
+  const int child = std::stoi(TempFolder::Read(childFile));
+  EXPECT_TRUE(IsProcess(child));
+  EXPECT_TRUE(job->process.IsActive());
+  const auto begin = Clock::now();
+  EXPECT_TRUE(Group()->Stop());
+  EXPECT_LT(Clock::now() - begin, milliseconds(4500));  // the poll's second, two to end it
+  EXPECT_FALSE(job->process.IsActive());
+  EXPECT_FALSE(IsProcess(child));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
+}
+
+TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {
+  auto removed = Job("removed");
+  removed->pause = 1000;
+  Group()->AddJob(removed);
+  Group()->AddJob(Job("next"));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
+  ASSERT_TRUE(Group()->RemoveJob(0));
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
+  EXPECT_FALSE(std::filesystem::exists(removed->Folder() + "/messag"));
+}
+
+TEST_F(GroupRun, ARemovedRunningJobLosesItsSolverAndTheNextGoesOn) {
+  auto removed = Job("removed", "hang");
+  Group()->AddJob(removed);
+  Group()->AddJob(Job("next"));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForSolver(*removed));
+  ASSERT_TRUE(Group()->RemoveJob(0));
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
+  EXPECT_FALSE(removed->process.IsActive());
+  EXPECT_EQ(removed->status, JobStatus::kRunning);  // nothing was written into it
+}
+
+TEST_F(GroupRun, FollowsItsJobThroughReordering) {
+  auto first = Job("first", "run 2");
+  Group()->AddJob(first);
+  Group()->AddJob(Job("second"));
+  Group()->AddJob(Job("third"));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kRunning));
+  EXPECT_TRUE(Group()->MoveJob(2, true));
+  EXPECT_FALSE(Group()->MoveJob(1, true));
+  ASSERT_TRUE(Group()->RemoveJob(2));
+  Group()->AddJob(Job("late"));
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  ASSERT_EQ(Group()->JobCount(), 3);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Status(*Group(), i), JobStatus::kFinished) << i;
+  EXPECT_FALSE(std::filesystem::exists(home_ / "second/messag.krb"));
+}
+
+TEST_F(GroupRun, GroupsRunAtTheSameTimeEachInItsOwnFolder) {
+  manager_->AddGroup("Group2");
+  std::vector<std::shared_ptr<JobFileDyna>> jobs;
+  for (int i = 0; i < 6; ++i) {
+    jobs.push_back(Job("job" + std::to_string(i), "run 0.5\n$ standin: echo"));
+    Group(i % 2)->AddJob(jobs.back());
+  }
+  ASSERT_TRUE(Group(0)->Submit());
+  ASSERT_TRUE(Group(1)->Submit());
+  EXPECT_TRUE(WaitUntil([&] { return Group(0)->ActiveJob() >= 0 && Group(1)->ActiveJob() >= 0; }));
+  ASSERT_TRUE(WaitUntil([&] { return !manager_->IsAnyGroupRunning(); }));
+  for (const auto& job : jobs) {
+    EXPECT_EQ(job->status, JobStatus::kFinished);
+    EXPECT_NE(TempFolder::Read(job->Folder() + "/standin_echo.txt").find(job->jobFile),
+              std::string::npos);
+  }
+}
+
+TEST_F(GroupRun, AGroupThatIsRemovedEndsItsSolver) {
+  auto job = Job("a", "hang");
+  Group()->AddJob(job);
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForSolver(*job));
+  ASSERT_TRUE(manager_->RemoveGroup(0));
+  EXPECT_TRUE(manager_->IsAnyGroupRunning());
+  EXPECT_TRUE(manager_->Stop(-1));
+  EXPECT_FALSE(manager_->IsAnyGroupRunning());
+  EXPECT_FALSE(job->process.IsActive());
+}
+
+TEST_F(GroupRun, TheManagerCanGoWhileAGroupRuns) {
+  auto job = Job("a", "hang");
+  Group()->AddJob(job);
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForSolver(*job));
+  manager_.reset();
+  EXPECT_FALSE(job->process.IsActive());
+}
+
+TEST_F(GroupRun, ThreadsThatAllChangeOneGroupDoNotCollide) {
+  std::atomic<bool> end{false};
+  std::thread adder([&] {
+    for (int i = 0; i < 40; ++i) {
+      auto job = std::make_shared<JobFileDyna>(files_.Get());
+      job->jobFile = home_ / "missing.k";
+      Group()->AddJob(job);
+      Group()->Submit();
+    }
+    end = true;
+  });
+  std::thread mover([&] {
+    for (int i = 0; !end; i = (i + 1) % 8) {
+      Group()->MoveJob(i, i % 2 == 0);
+      Group()->SetMemory(i, 100);
+      if (i == 7) Group()->RemoveJob(3);
+    }
+  });
+  while (!end) {
+    Group()->ReadJobs([](int, const JobFile& job) { EXPECT_LE(job.status, 4); });
+    manager_->IsAnyJobActive();
+    manager_->SetObserver(nullptr);
+    manager_->SetObserver(&seen_);
+  }
+  adder.join();
+  mover.join();
+  Group()->Submit();
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  Group()->ReadJobs([](int, const JobFile& job) { EXPECT_EQ(job.status, JobStatus::kAborted); });
+}
+
+}  // namespace

@@ -1,0 +1,220 @@
+// The settings file, the host file and the group file.
+#include <filesystem>
+
+#include "core/JobGroupManager.h"
+#include "CoreFixture.h"
+
+namespace {
+
+class SettingsFile : public CoreTest {
+ protected:
+  // The settings as a program started now would have them.
+  Settings ReadAgain() {
+    SettingsAndPaths again(kTitle);
+    again.ReadSettings();
+    EXPECT_FALSE(again.Dirty());
+    return again.Get();
+  }
+
+  // Puts a file in the place of the work folder: nothing can be written there, not even by root.
+  void BlockWorkFolder() {
+    std::filesystem::remove_all(files_.workFolder);
+    std::ofstream(files_.workFolder) << "not a folder";
+  }
+
+  void Write(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+  }
+
+  SettingsAndPaths files_{kTitle};
+};
+
+TEST_F(SettingsFile, AMissingFileLeavesTheDefaults) {
+  const Settings settings = ReadAgain();
+  EXPECT_EQ(settings.memory_size, 500u);
+  EXPECT_EQ(settings.memory2, 200u);
+  EXPECT_TRUE(settings.memory_auto);
+  EXPECT_EQ(settings.force, "d3plotint");
+  EXPECT_EQ(settings.viewer, "notepad.exe");
+  EXPECT_FALSE(settings.last_path.empty());
+}
+
+TEST_F(SettingsFile, ReadsEachKindOfValueByItsRule) {
+  Write(files_.settingsFile,
+        "[general]\r\nMEMORY_SIZE = 3000000000\r\nmemory_auto=2\r\npause_time= -4x\r\n"
+        "cpu_count=\r\noutput_dump=0\r\nxterm_path=\r\nforce=\r\nlast_path=\r\n"
+        "[SOLVER]\r\nu_batch=/b\r\nv_orel=/v\r\ninc_token=abc.def\r\n"
+        "[MPP]\r\nuse_mpp=1\r\nmemory2=-1\r\nmpi=junk\r\n");
+  const Settings settings = ReadAgain();
+  EXPECT_EQ(settings.memory_size, 2147483647u);
+  EXPECT_FALSE(settings.memory_auto);
+  EXPECT_EQ(settings.pause_time, -4);
+  EXPECT_EQ(settings.cpu_count, 1);
+  EXPECT_FALSE(settings.output_dump);
+  EXPECT_EQ(settings.xterm_path, "xterm");
+  EXPECT_EQ(settings.force, "d3plotint");
+  EXPECT_FALSE(settings.last_path.empty());
+  EXPECT_EQ(settings.solver_path[Settings::kUtilityBatch], "/b");
+  EXPECT_EQ(settings.solver_path[Settings::kVorel], "/v");
+  EXPECT_EQ(settings.inc_token, "abc.def");
+  EXPECT_TRUE(settings.use_mpp);
+  EXPECT_EQ(settings.memory2, UINT64_MAX);
+  EXPECT_EQ(settings.mpi, 0);
+}
+
+TEST_F(SettingsFile, OnlyTheMemoryValuesVanishWithTheirLines) {
+  Write(files_.settingsFile, "[GENERAL]\nlanguage=1\n");
+  const Settings settings = ReadAgain();
+  EXPECT_EQ(settings.memory_size, 0u);
+  EXPECT_EQ(settings.memory2, 0u);
+  EXPECT_TRUE(settings.memory_auto);
+  EXPECT_EQ(settings.pause_time, 2);
+  EXPECT_EQ(settings.language, 1);
+}
+
+TEST_F(SettingsFile, ComesBackAsItWasWritten) {
+  const std::string longPath = "/" + std::string(600, 'p') + "/solver";
+  files_.Edit([&](Settings& s) {
+    s.memory_size = 1234;
+    s.memory_auto = false;
+    s.cpu_count = 8;
+    s.no_adapdump = true;
+    s.last_path = "/with blanks/and=equals;semicolon";
+    s.last_solver_path = " blanks around ";
+    s.group = "100,node 1,4";
+    s.solver_path[Settings::kInc] = longPath;
+    s.use_mpp = true;
+    s.mpi = 3;
+    s.mpi_param = "\"-env X\" \"two words\"";
+    s.mpp_param = "'single'";
+    s.viewer = "\"/opt/my editor/ed\"";
+  });
+  ASSERT_TRUE(files_.WriteSettings());
+  EXPECT_FALSE(files_.Dirty());
+  const Settings read = ReadAgain();
+  EXPECT_EQ(read.memory_size, 1234u);
+  EXPECT_FALSE(read.memory_auto);
+  EXPECT_EQ(read.cpu_count, 8);
+  EXPECT_TRUE(read.no_adapdump);
+  EXPECT_EQ(read.last_path, files_.Get().last_path);
+  EXPECT_EQ(read.last_solver_path, files_.Get().last_solver_path);
+  EXPECT_EQ(read.group, files_.Get().group);
+  EXPECT_EQ(read.solver_path, files_.Get().solver_path);
+  EXPECT_EQ(read.mpi, 3);
+  EXPECT_EQ(read.mpi_param, files_.Get().mpi_param);
+  EXPECT_EQ(read.mpp_param, files_.Get().mpp_param);
+  EXPECT_EQ(read.viewer, files_.Get().viewer);
+}
+
+TEST_F(SettingsFile, KeepsWhatItDoesNotKnowWhereItIs) {
+  Write(files_.settingsFile,
+        "; mine\n[GENERAL]\nfuture=7\nmemory_size=1\n\n[SOLVER]\ninc_token=secret.token\n"
+        "[OTHER]\nx=y\n");
+  files_.ReadSettings();
+  files_.Set(&Settings::memory_size, std::uint64_t{77});
+  ASSERT_TRUE(files_.WriteSettings());
+  const std::string text = TempFolder::Read(files_.settingsFile);
+  const auto at = [&](const std::string& part) { return text.find(part); };
+  EXPECT_EQ(at("; mine"), 0u);
+  EXPECT_LT(at("future=7"), at("memory_size=77"));
+  EXPECT_LT(at("inc_token=secret.token"), at("[OTHER]"));
+  EXPECT_NE(at("x=y"), std::string::npos);
+  EXPECT_FALSE(LogHolds(files_, "secret.token"));
+}
+
+TEST_F(SettingsFile, ANewFileHoldsTheKeysInTheirOrder) {
+  ASSERT_TRUE(files_.WriteSettings());  // not changed, but missing
+  const std::string text = TempFolder::Read(files_.settingsFile);
+  std::size_t last = 0;
+  for (const char* key :
+       {"[GENERAL]", "memory_size=500", "memory_auto=1", "group=", "[SOLVER]", "ls_dyna_s=",
+        "ls_dyna_d=", "v_orel=", "u_batch=", "inc=", "mpp_solver_s=", "[MPP]", "use_mpp=0",
+        "lamboot=lamboot", "memory2=200", "protocol=0", "[EXTERNAL_APP]", "viewer=notepad.exe"}) {
+    const std::size_t found = text.find(key, last);
+    ASSERT_NE(found, std::string::npos) << key << " in\n" << text;
+    last = found;
+  }
+}
+
+TEST_F(SettingsFile, AnUnchangedFileKeepsItsBytes) {
+  const std::string odd = "[GENERAL]\n\n  memory_size =  9 \n";
+  Write(files_.settingsFile, odd);
+  files_.ReadSettings();
+  files_.Set(&Settings::memory_size, std::uint64_t{9});
+  ASSERT_FALSE(files_.Dirty());
+  EXPECT_TRUE(files_.WriteSettings());
+  EXPECT_EQ(TempFolder::Read(files_.settingsFile), odd);
+}
+
+TEST_F(SettingsFile, AnUnwritableFolderIsReportedAndNothingIsForgotten) {
+  BlockWorkFolder();
+  RecordingObserver seen;
+  files_.Log().SetListener([&](const std::string& message) { seen.Logged(message); });
+  files_.Set(&Settings::cpu_count, 4);
+  EXPECT_FALSE(files_.WriteSettings());
+  EXPECT_TRUE(files_.Dirty());
+  files_.WriteHostFile();
+  files_.WriteGroupFile({{"G", ""}});
+  EXPECT_EQ(seen.Count("log Directory [" + files_.workFolder + "] is not writable"), 1);
+  EXPECT_EQ(seen.Count("log Write host file [" + files_.hostFile + "] failed"), 1);
+  EXPECT_EQ(seen.Count("log Write group file [" + files_.groupFile + "] failed"), 1);
+}
+
+TEST_F(SettingsFile, HostLinesAreTheUsersOwn) {
+  files_.ReadHostFile();
+  EXPECT_TRUE(LogHolds(files_, "Read host file [" + files_.hostFile + "] failed"));
+  ASSERT_EQ(files_.Get().host_lines.size(), 2u);
+  files_.WriteHostFile();
+  const std::string first = TempFolder::Read(files_.hostFile);
+  EXPECT_EQ(first.find("#Host Name          Cpu Count"), 0u);
+  EXPECT_NE(first.find("node2               4"), std::string::npos);
+
+  const std::string edited = "#Host Name          Cpu Count\r\n\r\n#off  2\r\nbig  64\r\nlast 1";
+  Write(files_.hostFile, edited);
+  files_.ReadHostFile();
+  EXPECT_EQ(files_.Get().host_lines, (std::vector<std::string>{"big  64", "last 1"}));
+  files_.WriteHostFile();
+  EXPECT_EQ(TempFolder::Read(files_.hostFile), edited);
+
+  Write(files_.hostFile, "#Host Name          Cpu Count\n");
+  files_.ReadHostFile();
+  EXPECT_TRUE(files_.Get().host_lines.empty());
+}
+
+TEST_F(SettingsFile, GroupsComeBackInTheirOrder) {
+  const std::vector<SettingsAndPaths::GroupEntry> groups = {
+      {"Nacht \xC3\xA4", "100,a,2"}, {"A", ""}, {"B", "x=y=z"}};
+  files_.WriteGroupFile(groups);
+  files_.ReadGroupFile();
+  EXPECT_EQ(files_.groupEntries, groups);
+
+  Write(files_.groupFile, "#comment=1\r\n\r\nno group\r\nempty=\r\nlast=1,2");
+  files_.ReadGroupFile();
+  EXPECT_EQ(files_.groupEntries,
+            (std::vector<SettingsAndPaths::GroupEntry>{{"empty", ""}, {"last", "1,2"}}));
+
+  files_.WriteGroupFile({});
+  files_.ReadGroupFile();
+  EXPECT_EQ(files_.groupEntries.size(), 2u);
+}
+
+TEST_F(SettingsFile, NoGroupNameCanBreakTheGroupFile) {
+  for (const char* bad : {"", "#x", "a=b", "a\nb", "a\r"}) {
+    EXPECT_FALSE(JobGroupManager::ValidGroupName(bad)) << bad;
+  }
+  EXPECT_TRUE(JobGroupManager::ValidGroupName("a #1; [x]"));
+  files_.WriteGroupFile({{"#x", "t"}, {"a=b\nc=d", "e\nf=g"}});
+  files_.ReadGroupFile();
+  EXPECT_EQ(files_.groupEntries,
+            (std::vector<SettingsAndPaths::GroupEntry>{{"_x", "t"}, {"a_b c_d", "e f=g"}}));
+}
+
+TEST_F(SettingsFile, TheLogTakesWhateverItIsGiven) {
+  files_.Log().Report("%s", std::string(10000, 'a').c_str());
+  files_.Log().ReportLine("two\nlines %s %n");
+  const std::string text = TempFolder::Read(files_.Log().Path());
+  EXPECT_NE(text.find(">> " + std::string(4095, 'a') + "\n"), std::string::npos);
+  EXPECT_NE(text.find(">> two lines %s %n\n"), std::string::npos);
+}
+
+}  // namespace
