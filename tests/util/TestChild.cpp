@@ -60,12 +60,15 @@ const struct Child {
 
 }  // namespace
 
-bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour) {
+bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
+                    const std::string& launcher) {
   SetSwitch(behaviour);
   const std::string program = FileDirWrapper::ProgramPath();
   std::string quoted;
   FileDirWrapper::QuotePath(program, quoted);
-  const bool started = process.Create(program, quoted, "", false, 0, "", false);
+  const bool started = launcher.empty()
+                           ? process.Create(program, quoted, "", false, 0, "", false)
+                           : process.Create("", launcher + " " + quoted, "", false, 0, "", false);
   SetSwitch("");
   return started;
 }

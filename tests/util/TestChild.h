@@ -14,7 +14,9 @@
 
 #include "util/PTWrapper.h"
 
-bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour);
+// `launcher` is a command line that runs the one that follows it.
+bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
+                    const std::string& launcher = {});
 
 // Looks every few milliseconds; false when it has not come true in time.
 bool Becomes(const std::function<bool()>& condition,

@@ -46,6 +46,27 @@ TEST(SignalPosix, OnlyGlobalNamesAreOpenToOthers) {
   EXPECT_FALSE(FileDirWrapper::FileExists(file)) << "the last holder removes it";
 }
 
+TEST(SignalPosix, AnotherUserSharesGlobalNamesOnly) {
+  constexpr char kNobody[] = "setpriv --reuid=65534 --regid=65534 --clear-groups";
+  PTWrapperProcess other;
+  if (geteuid() != 0 || !StartTestChild(other, "exit 0", kNobody) || !other.WaitProc() ||
+      other.ExitCode() != 0)
+    GTEST_SKIP() << "cannot act for another user";
+  const auto setByOther = [&](const std::string& name) {
+    other.Terminate();
+    return StartTestChild(other, "set " + name, kNobody) && other.WaitProc() &&
+           other.ExitCode() == 0;
+  };
+  PTWrapperSignal global, own;
+  const std::string globalName = NewName("Global\\"), ownName = NewName("");
+  EXPECT_EQ(global.CreateEventSignal(globalName), 1);
+  EXPECT_EQ(own.CreateEventSignal(ownName), 1);
+  EXPECT_TRUE(setByOther(globalName));
+  EXPECT_EQ(global.WaitForEventSignal(0), 0);
+  EXPECT_FALSE(setByOther(ownName));
+  EXPECT_EQ(own.WaitForEventSignal(0), 1);
+}
+
 // What another user may put in the place of a global object, or do to its file.
 TEST(SignalPosix, HostileFilesAreRefusedWithoutDelay) {
   const TempFolder folder;
