@@ -1,0 +1,277 @@
+// Prints what the program reads out of the files of a run: decks, solver outputs, result databases.
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "d3plot/ptkPostD3plotManager.h"
+#include "jobs/DeckEndTime.h"
+#include "jobs/DeckScan.h"
+#include "jobs/StageDecks.h"
+#include "solvers/OutputAnalysis.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+constexpr char kUsage[] =
+    "Usage: krinspect deck|message|inc|vorel|d3plot FILE [--json]\n"
+    "\n"
+    "  deck     what the queue reads from an LS-DYNA deck\n"
+    "  message  the report of a message file\n"
+    "  inc      the report of an INC job or its _INFO.OUT file\n"
+    "  vorel    the report of a Vorel job or its .OUT file\n"
+    "  d3plot   nodes, elements and files of a result database\n"
+    "\n"
+    "The exit code is 0 only when the file was read.\n";
+
+// What there is to say about a file: keys with one value, or with a list of texts.
+struct Entry {
+  using Value = std::variant<std::string, std::int64_t, double, bool, std::vector<std::string>>;
+  const char* key;
+  Value value;
+};
+
+struct Findings {
+  std::vector<Entry> entries;
+  std::vector<std::string> lines;  // of a report
+  bool isReport = false;
+};
+
+// The length of the UTF-8 character at the front, 0 when it is none.
+std::size_t CharacterLength(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  if (byte(0) < 0x80) return 1;
+  const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
+  if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return 0;
+  }
+  const bool overlong = (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xF0 && byte(1) < 0x90);
+  const bool surrogate = byte(0) == 0xED && byte(1) >= 0xA0;
+  const bool beyond = byte(0) == 0xF4 && byte(1) >= 0x90;
+  return overlong || surrogate || beyond ? 0 : length;
+}
+
+// Bytes that are no UTF-8 are taken for single characters of Latin-1.
+std::string JsonText(std::string_view text) {
+  std::string json = "\"";
+  while (!text.empty()) {
+    const std::size_t length = CharacterLength(text);
+    const auto byte = static_cast<unsigned char>(text[0]);
+    if (length == 0 || byte < 0x20 || byte == 0x7F) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(byte));
+      json += escaped;
+    } else {
+      if (byte == '"' || byte == '\\') json += '\\';
+      json += text.substr(0, length);
+    }
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return json + '"';
+}
+
+std::string NumberText(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.10g", value);
+  return text;
+}
+
+std::string JsonList(const std::vector<std::string>& texts) {
+  std::string json = "[";
+  for (const std::string& text : texts) json += (json.size() > 1 ? ", " : "") + JsonText(text);
+  return json + "]";
+}
+
+struct ToJson {
+  std::string operator()(const std::string& text) const { return JsonText(text); }
+  std::string operator()(std::int64_t value) const { return std::to_string(value); }
+  std::string operator()(double value) const { return NumberText(value); }
+  std::string operator()(bool value) const { return value ? "true" : "false"; }
+  std::string operator()(const std::vector<std::string>& texts) const { return JsonList(texts); }
+};
+
+void PrintJson(const Findings& findings) {
+  std::string json;
+  const auto add = [&](const char* key, const std::string& value) {
+    json += (json.empty() ? "{\n  " : ",\n  ") + JsonText(key) + ": " + value;
+  };
+  for (const Entry& entry : findings.entries) add(entry.key, std::visit(ToJson(), entry.value));
+  if (findings.isReport) add("lines", JsonList(findings.lines));
+  json += "\n}\n";
+  std::fwrite(json.data(), 1, json.size(), stdout);
+}
+
+// What a file says must not steer the terminal.
+void PrintLine(std::string line) {
+  std::replace_if(
+      line.begin(), line.end(),
+      [](char c) { return (c >= 0 && c < ' ' && c != '\t') || c == 0x7F; }, '?');
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+}
+
+void PrintText(const Findings& findings) {
+  if (findings.isReport) {
+    for (std::string line : findings.lines) {
+      if (!line.empty() && line.back() == '\n') line.pop_back();
+      PrintLine(line);
+    }
+    return;
+  }
+  for (const Entry& entry : findings.entries) {
+    const std::string head = std::string(entry.key) + ": ";
+    if (const auto* texts = std::get_if<std::vector<std::string>>(&entry.value)) {
+      for (const std::string& text : *texts) PrintLine(head + text);
+    } else if (const auto* text = std::get_if<std::string>(&entry.value)) {
+      PrintLine(head + *text);
+    } else {
+      PrintLine(head + std::visit(ToJson(), entry.value));
+    }
+  }
+}
+
+void PrintError(const std::string& message) {
+  std::fprintf(stderr, "krinspect: %s\n", message.c_str());
+}
+
+bool InspectDeck(const std::string& path, Findings& findings) {
+  JobFileDyna job{Settings()};
+  job.jobFile = path;
+  DeckScanHooks hooks;
+  hooks.report = PrintError;
+  if (!ScanDeck(job, hooks)) return false;
+  const DeckEndTime endTime = FindEndTime(job);
+  findings.entries = {
+      {"memory_mb", static_cast<std::int64_t>(job.deckMemory)},
+      {"job_id", job.deckIdentifier},
+      {"simulation_type", job.simulationType},
+      {"calculation_method", job.calculationMethod},
+      {"solver_type", std::int64_t{job.solverType}},
+      {"first_stage", std::int64_t{job.firstStage}},
+      {"keep_deck", job.keepDeck},
+      {"case_run", job.caseRun},
+      {"end_time", endTime.value ? Entry::Value(*endTime.value) : Entry::Value(endTime.text)},
+      {"include", job.includes},
+      {"stage", StageDecks(job, hooks.report)},
+  };
+  return true;
+}
+
+bool TakeReport(const std::string& path, const AnalysisReport& report, Findings& findings) {
+  findings.isReport = true;
+  findings.lines = report.lines;
+  if (report.outcome == AnalysisReport::Outcome::kRead) return true;
+  PrintError("cannot read " + path);
+  return false;
+}
+
+bool InspectMessage(const std::string& path, Findings& findings) {
+  const AnalysisReport report = AnalyseMessageFile(path);
+  findings.entries = {
+      {"errors", report.errors}, {"warnings", report.warnings}, {"cpu_time", report.cpuTime}};
+  return TakeReport(path, report, findings);
+}
+
+bool HasEnding(const std::string& path, std::string_view ending) {
+  if (path.size() < ending.size()) return false;
+  return std::equal(
+      ending.begin(), ending.end(), path.end() - std::ssize(ending), [](char wanted, char c) {
+        return wanted == (c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c);
+      });
+}
+
+// The output of a job; a file that is no job is taken for an output itself.
+std::string OutputOf(const std::string& path, std::string_view jobEnding,
+                     std::string_view outputEnding, const std::string& jobsOutput) {
+  if (HasEnding(path, jobEnding)) return jobsOutput;
+  if (HasEnding(path, outputEnding)) return path;
+  return FileDirWrapper::FileExists(jobsOutput) ? jobsOutput : path;
+}
+
+bool InspectInc(const std::string& path, Findings& findings) {
+  const std::string file = OutputOf(path, ".FIN", "_INFO.OUT", IncInfoFile(path));
+  return TakeReport(file, AnalyseIncInfoFile(file), findings);
+}
+
+bool InspectVorel(const std::string& path, Findings& findings) {
+  const std::string file = OutputOf(path, ".DAT", ".OUT", VorelOutFile(path));
+  return TakeReport(file, AnalyseVorelOutFile(file), findings);
+}
+
+bool InspectD3plot(const std::string& path, Findings& findings) {
+  ptkPostD3plotManager manager;
+  ptkUnstructuredGridManager grids;
+  if (!manager.Open(path, grids)) {
+    PrintError(path + ": " + manager.Reader().Error());
+    return false;
+  }
+  const ptkUnstructuredGrid& grid = grids.Grid();
+  const std::vector<FileFamily>& families = manager.Reader().Families();
+  std::size_t files = 0;
+  for (const FileFamily& family : families) files += family.members.size();
+  findings.entries = {
+      {"nodes", std::int64_t{grid.NumberOfPoints()}},
+      {"elements", std::int64_t{grid.NumberOfCells()}},
+      {"solids", std::int64_t{grid.CellsByKind().solids}},
+      {"thick_shells", std::int64_t{grid.CellsByKind().thickShells}},
+      {"beams", std::int64_t{grid.CellsByKind().beams}},
+      {"shells", std::int64_t{grid.CellsByKind().shells}},
+      {"families", static_cast<std::int64_t>(families.size())},
+      {"files", static_cast<std::int64_t>(files)},
+      {"word_size", static_cast<std::int64_t>(manager.Reader().Format().wordSize)},
+      {"byte_order", std::string(manager.Reader().Format().ByteOrder())},
+  };
+  return true;
+}
+
+struct Command {
+  const char* name;
+  bool (*inspect)(const std::string& path, Findings& findings);
+};
+
+constexpr Command kCommands[] = {{"deck", InspectDeck},
+                                 {"message", InspectMessage},
+                                 {"inc", InspectInc},
+                                 {"vorel", InspectVorel},
+                                 {"d3plot", InspectD3plot}};
+
+int RefuseUsage() {
+  std::fputs(kUsage, stderr);
+  return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  bool json = false;
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word == "--json") {
+      json = true;
+    } else if (word == "--help" || word == "-h") {
+      std::fputs(kUsage, stdout);
+      return 0;
+    } else {
+      words.push_back(word);
+    }
+  }
+  if (words.size() != 2) return RefuseUsage();
+  for (const Command& command : kCommands) {
+    if (words[0] != command.name) continue;
+    Findings findings;
+    if (!command.inspect(words[1], findings)) return 1;
+    if (json) {
+      PrintJson(findings);
+    } else {
+      PrintText(findings);
+    }
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
+  }
+  return RefuseUsage();
+}

@@ -1,0 +1,155 @@
+#include "jobs/DeckEndTime.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "jobs/DeckReader.h"
+#include "jobs/DeckScan.h"
+#include "jobs/StageDecks.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::size_t kMostDecks = 100;
+constexpr std::size_t kMostParameters = 10000;
+constexpr std::size_t kFieldWidth = 10;
+constexpr std::size_t kLongFieldWidth = 20;
+
+std::string Upper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
+// The index-th field of a card: between commas where the card has any, else by columns.
+std::string Field(std::string_view card, std::size_t index, std::size_t width) {
+  std::string_view field;
+  if (card.find(',') == std::string_view::npos) {
+    if (index * width < card.size()) field = card.substr(index * width, width);
+  } else {
+    for (; index > 0 && !card.empty(); --index) {
+      card.remove_prefix(std::min(card.find(','), card.size() - 1) + 1);
+    }
+    field = card.substr(0, card.find(','));
+  }
+  std::string trimmed;
+  StrWrapperTxt::Trim(std::string(field), trimmed);
+  return trimmed;
+}
+
+// Also numbers as old programs write them: 1.0D-3, 1.0-3.
+std::optional<double> Number(const std::string& field) {
+  if (field.empty() || field.find_first_not_of("0123456789+-.eEdD") != std::string::npos) {
+    return std::nullopt;
+  }
+  std::string text = field.substr(field[0] == '+' ? 1 : 0);
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
+  const std::size_t sign = text.find_last_of("+-");
+  if (sign != std::string::npos && sign > 0 && text[sign - 1] != 'e' && text[sign - 1] != 'E') {
+    text.insert(sign, "e");
+  }
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+class EndTimeSearch {
+ public:
+  void Read(const std::string& deck) {
+    DeckReader reader;
+    if (!reader.Open(deck)) return;
+    std::string_view line;
+    bool more = reader.NextCard(line);
+    while (more) {
+      const std::string keyword = Upper(line);
+      if (keyword.starts_with("*CONTROL_TERMINATION") && !Found()) {
+        const bool isLong = longCards_ || keyword.back() == '+';
+        more = ReadCards(reader, line, [&](std::string_view card) {
+          if (!Found()) text_ = Field(card, 0, isLong ? kLongFieldWidth : kFieldWidth);
+        });
+      } else if (keyword.starts_with("*PARAMETER")) {
+        more = ReadCards(reader, line, [&](std::string_view card) { ReadParameters(card); });
+      } else {
+        if (keyword.starts_with("*KEYWORD")) {
+          longCards_ = keyword.find("LONG=Y") != std::string::npos;
+        }
+        more = reader.NextCard(line);
+      }
+    }
+  }
+
+  bool Found() const { return !text_.empty(); }
+
+  DeckEndTime Result() const {
+    DeckEndTime result;
+    result.text = text_;
+    result.value = Number(text_);
+    const std::size_t name = text_.find('&');
+    if (result.value || name == std::string::npos || name > 1) return result;
+    const auto parameter = parameters_.find(Upper(text_.substr(name + 1)));
+    if (parameter == parameters_.end()) return result;
+    result.value = text_[0] == '-' ? -parameter->second : parameter->second;
+    return result;
+  }
+
+ private:
+  // Hands out the lines below a keyword; the next keyword is then in `line`. False at the end.
+  template <typename Take>
+  static bool ReadCards(DeckReader& reader, std::string_view& line, const Take& take) {
+    while (reader.NextLine(line)) {
+      if (line.starts_with('*')) return true;
+      if (!line.starts_with('$')) take(line);
+    }
+    return false;
+  }
+
+  // Pairs of a name, behind a letter for its type, and a value.
+  void ReadParameters(std::string_view card) {
+    constexpr std::size_t kPairs = 4;
+    for (std::size_t pair = 0; pair < kPairs; ++pair) {
+      const std::string typed = Field(card, 2 * pair, kFieldWidth);
+      const std::optional<double> value = Number(Field(card, 2 * pair + 1, kFieldWidth));
+      if (typed.empty() || !value || parameters_.size() >= kMostParameters) continue;
+      std::string name;
+      StrWrapperTxt::Trim(typed.substr(1), name);
+      parameters_[Upper(name)] = *value;
+    }
+  }
+
+  std::map<std::string, double> parameters_;
+  std::string text_;
+  bool longCards_ = false;
+};
+
+}  // namespace
+
+DeckEndTime FindEndTime(const JobFileDyna& job) {
+  EndTimeSearch search;
+  search.Read(job.jobFile);
+  std::vector<std::string> decks;
+  const auto addIncludes = [&](const JobFileDyna& of) {
+    for (const std::string& name : of.includes) {
+      std::string deck = IncludedPath(job.jobFile, name);
+      const bool known = std::find(decks.begin(), decks.end(), deck) != decks.end();
+      if (!known && decks.size() < kMostDecks) decks.push_back(std::move(deck));
+    }
+  };
+  addIncludes(job);
+  JobFileDyna included{Settings()};
+  for (std::size_t i = 0; i < decks.size() && !search.Found(); ++i) {
+    included.jobFile = decks[i];
+    if (!ScanDeck(included, {})) continue;
+    search.Read(included.jobFile);
+    addIncludes(included);
+  }
+  return search.Result();
+}

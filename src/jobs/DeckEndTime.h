@@ -1,0 +1,20 @@
+// When a deck's run ends.
+#ifndef KR_JOBS_DECKENDTIME_H
+#define KR_JOBS_DECKENDTIME_H
+
+#include <optional>
+#include <string>
+
+#include "jobs/JobFile.h"
+
+struct DeckEndTime {
+  std::optional<double> value;  // in the deck's unit of time
+  std::string text;             // as written; a name when its value is not known
+};
+
+// The end time on the first CONTROL_TERMINATION card of a scanned job's deck or, when that has
+// none, of the decks that it includes; parameters with plain numbers are put in. Both empty when
+// there is no such card. Reads big decks whole, in small pieces.
+DeckEndTime FindEndTime(const JobFileDyna& job);
+
+#endif

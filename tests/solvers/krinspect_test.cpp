@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "support/TempFolder.h"
+
+namespace {
+
+class Inspect : public testing::Test {
+ protected:
+  // Runs the program on the file; its texts are then in `out` and `err`.
+  bool Read(const std::string& arguments, const std::string& file) {
+    std::string command = Quoted(KR_TEST_BIN_DIR "/krinspect") + " " + arguments + " " +
+                          Quoted(file) + " > " + Quoted(folder / "out") + " 2> " +
+                          Quoted(folder / "err");
+#ifdef _WIN32
+    command = Quoted(command);  // the shell drops the outer pair
+#endif
+    const bool good = std::system(command.c_str()) == 0;
+    out = WithoutReturns(TempFolder::Read(folder / "out"));
+    err = TempFolder::Read(folder / "err");
+    EXPECT_EQ(good, err.empty()) << err;
+    EXPECT_EQ(good, !out.empty()) << out;
+    return good;
+  }
+
+  static std::string Quoted(const std::string& text) {
+    return '"' + text + '"';
+  }
+  static std::string WithoutReturns(std::string text) {
+    std::erase(text, '\r');
+    return text;
+  }
+
+  TempFolder folder;
+  std::string out;
+  std::string err;
+};
+
+TEST_F(Inspect, Decks) {
+  const std::string one = folder.Write("one.k", "*KEYWORD\n*CONTROL_TERMINATION\n       2.5\n");
+  const std::string deck = folder.Write(
+      "main.k",
+      "*KEYWORD_JOBID 800M\nblank\x80\"7\n$ SIMULATION: HOT FORMING\n$ CALC-METHOD: IMPLICIT\n"
+      "$ RCMD-SOLVER: DOUBLE\n$ RUNFIRST: 1\n$ SPC WORKS IN ALL STAGES: YES\n*INCLUDE\none.k\n");
+  ASSERT_TRUE(Read("deck", deck));
+  EXPECT_EQ(out,
+            "memory_mb: 800\njob_id: blank\x80\"7\nsimulation_type: HOT FORMING\n"
+            "calculation_method: IMPLICIT\nsolver_type: 1\nfirst_stage: 0\nkeep_deck: true\n"
+            "case_run: false\nend_time: 2.5\ninclude: one.k\nstage: " +
+                one + "\n");
+  ASSERT_TRUE(Read("--json deck", deck));
+  EXPECT_NE(out.find("\"memory_mb\": 800,"), std::string::npos);
+  EXPECT_NE(out.find("\"job_id\": \"blank\\u0080\\\"7\","), std::string::npos);
+  EXPECT_NE(out.find("\"keep_deck\": true,"), std::string::npos);
+  EXPECT_NE(out.find("\"end_time\": 2.5,"), std::string::npos);
+  EXPECT_NE(out.find("\"include\": [\"one.k\"],"), std::string::npos);
+  EXPECT_FALSE(Read("deck", folder / "absent.k"));
+}
+
+TEST_F(Inspect, Reports) {
+  const std::string message = folder.Write("messag", " *** Error 1\n a \x1b[31m\tb\n");
+  ASSERT_TRUE(Read("message", message));
+  EXPECT_NE(out.find("Found 1 errors\nFound 0 warnings\n\n"), std::string::npos);
+  EXPECT_NE(out.find("\na ?[31m\tb\n"), std::string::npos);
+  ASSERT_TRUE(Read("message --json", message));
+  EXPECT_NE(out.find("\"errors\": 1,"), std::string::npos);
+  EXPECT_NE(out.find("\"Found 1 errors\\u000a\""), std::string::npos);
+  EXPECT_NE(out.find("\"a \\u001b[31m\\u0009b\""), std::string::npos);
+  EXPECT_FALSE(Read("message", folder / "absent"));
+
+  folder.Write("a_INFO.OUT", "THE TOTAL TIME FOR ALL IS ABOUT 3 S\n");
+  folder.Write("b.OUT", " ERROR 7\n");
+  for (const char* name : {"a.fin", "a_INFO.OUT", "a"}) {
+    ASSERT_TRUE(Read("inc", folder / name)) << name;
+    EXPECT_EQ(out, "File Name : " + folder / "a_INFO.OUT" + "\nTHE TOTAL TIME: \n 3 S\n\n");
+  }
+  for (const char* name : {"b.dat", "b.OUT"}) {
+    ASSERT_TRUE(Read("vorel", folder / name)) << name;
+    EXPECT_EQ(out, "File Name : " + folder / "b.OUT" + "\nERROR 7\n");
+  }
+  EXPECT_FALSE(Read("inc", folder / "c.fin"));
+  EXPECT_FALSE(Read("vorel", folder / "a.dat"));
+}
+
+TEST_F(Inspect, ResultDatabases) {
+  const char* data = std::getenv("KESTRUN_TEST_DATA");
+  if (data == nullptr) GTEST_SKIP() << "KESTRUN_TEST_DATA is not set";
+  ASSERT_TRUE(Read("d3plot", std::string(data) + "/d3plot/solid_family/d3plot"));
+  EXPECT_EQ(out,
+            "nodes: 106\nelements: 32\nsolids: 16\nthick_shells: 0\nbeams: 0\nshells: 16\n"
+            "families: 1\nfiles: 23\nword_size: 4\nbyte_order: little\n");
+  EXPECT_FALSE(Read("d3plot", std::string(data) + "/decks/i.k"));
+  EXPECT_FALSE(Read("d3plot2", std::string(data) + "/d3plot/solid_family/d3plot"));
+}
+
+}  // namespace
