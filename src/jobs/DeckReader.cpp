@@ -76,12 +76,15 @@ bool DeckReader::Fill() {
 }
 
 bool DeckReader::NextCard(std::string_view& line) {
+  if (again_ && !last_.empty() && BeginsCard(last_[0])) return NextLine(line);
+  again_ = false;
   while (next_ != end_ || Fill()) {
     const bool here = atLineStart_ && BeginsCard(*next_);
     const char* const found = here ? next_ : FindCard(next_, end_);
     if (found != end_) {
       next_ = found;
-      line = TakeLine();
+      TakeLine();
+      line = last_;
       return true;
     }
     atLineStart_ = end_[-1] == '\n';
@@ -91,16 +94,19 @@ bool DeckReader::NextCard(std::string_view& line) {
 }
 
 bool DeckReader::NextLine(std::string_view& line) {
-  if (next_ == end_ && !Fill()) return false;
-  line = TakeLine();
+  if (!again_) {
+    if (next_ == end_ && !Fill()) return false;
+    TakeLine();
+  }
+  again_ = false;
+  line = last_;
   return true;
 }
 
-std::string_view DeckReader::TakeLine() {
+void DeckReader::TakeLine() {
   const char* lineEnd = LineEnd(next_, end_);
-  std::string_view line;
   if (lineEnd != nullptr) {
-    line = {next_, static_cast<std::size_t>(lineEnd - next_)};
+    last_ = {next_, static_cast<std::size_t>(lineEnd - next_)};
   } else {
     joined_.clear();
     do {
@@ -110,11 +116,10 @@ std::string_view DeckReader::TakeLine() {
       joined_.append(next_, std::min(room, static_cast<std::size_t>(pieceEnd - next_)));
       if (lineEnd == nullptr) next_ = end_;
     } while (lineEnd == nullptr && Fill());
-    line = joined_;
+    last_ = joined_;
   }
   if (lineEnd != nullptr) next_ = lineEnd + 1;
   atLineStart_ = true;
-  line = line.substr(0, kLongestLine);
-  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-  return line;
+  last_ = last_.substr(0, kLongestLine);
+  if (!last_.empty() && last_.back() == '\r') last_.remove_suffix(1);
 }

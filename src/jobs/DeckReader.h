@@ -29,12 +29,15 @@ class DeckReader {
   // The next line, whatever it is.
   bool NextLine(std::string_view& line);
 
+  // The next call gives the last line again.
+  void Unread() { again_ = true; }
+
   bool Failed() const { return failed_; }    // the file could not be read to its end
   bool Stopped() const { return stopped_; }  // by the progress function
 
  private:
   bool Fill();
-  std::string_view TakeLine();
+  void TakeLine();
 
   InputFile file_;
   std::vector<char> buffer_;
@@ -46,7 +49,9 @@ class DeckReader {
   Progress progress_;
   std::uint64_t done_ = 0;          // bytes read
   std::uint64_t nextProgress_ = 0;  // the value of done_ at which to tell
-  std::string joined_;              // a line that lies in two buffers
+  std::string_view last_;
+  bool again_ = false;
+  std::string joined_;  // a line that lies in two buffers
 };
 
 #endif

@@ -92,23 +92,16 @@ class DeckScanner {
   DeckScanner(DeckReader& reader, DeckFacts& facts) : reader_(reader), facts_(facts) {}
 
   void ScanAll() {
-    std::string_view line;
-    while (reader_.NextCard(line)) {
-      while (ReadCard(line)) {
+    for (std::string_view line; reader_.NextCard(line);) {
+      if (line[0] == '$') {
+        ReadComment(line);
+      } else {
+        ReadKeyword(line.substr(1));
       }
     }
   }
 
  private:
-  // True when `line` was replaced by a further card, which the reader has passed already.
-  bool ReadCard(std::string_view& line) {
-    if (line[0] == '$') {
-      ReadComment(line);
-      return false;
-    }
-    return ReadKeyword(line);
-  }
-
   void ReadComment(std::string_view line) {
     if (Holds(line, "SIMULATION")) {
       facts_.simulationType = SimulationType(line);
@@ -153,20 +146,17 @@ class DeckScanner {
     }
   }
 
-  bool ReadKeyword(std::string_view& line) {
-    std::string_view rest = line.substr(1);
+  void ReadKeyword(std::string_view rest) {
     if (TakePrefix(rest, "KEYWORD_JOBID") || TakePrefix(rest, "KEYWORD_ID")) {
       ReadMemory(rest);
-      return ReadIdentifier(line);
-    }
-    if (TakePrefix(rest, "KEYWORD")) {
+      ReadIdentifier();
+    } else if (TakePrefix(rest, "KEYWORD")) {
       ReadMemory(rest);
     } else if (TakePrefix(rest, "INCLUDE")) {
-      return NamesFile(rest) && ReadInclude(line);
+      if (NamesFile(rest)) ReadInclude();
     } else if (TakePrefix(rest, "CASE")) {
       ReadCase(rest);
     }
-    return false;
   }
 
   void ReadMemory(std::string_view rest) {
@@ -190,43 +180,37 @@ class DeckScanner {
   }
 
   // The line that belongs to a card: the next one that is not a comment. False at a further
-  // keyword, which is then in `line` and `atKeyword`, and at the end of the deck.
-  bool NextData(std::string_view& line, bool& atKeyword) {
-    atKeyword = false;
+  // keyword, which stays to be read, and at the end of the deck.
+  bool NextData(std::string_view& line) {
     while (reader_.NextLine(line)) {
-      if (line.empty()) return true;
+      if (line.empty() || (line[0] != '*' && line[0] != '$')) return true;
       if (line[0] == '*') {
-        atKeyword = true;
+        reader_.Unread();
         return false;
       }
-      if (line[0] != '$') return true;
       ReadComment(line);
     }
     return false;
   }
 
-  bool ReadIdentifier(std::string_view& line) {
-    bool atKeyword = false;
-    if (!NextData(line, atKeyword)) return atKeyword;
-    facts_.identifier = Trimmed(line);
-    return false;
+  void ReadIdentifier() {
+    std::string_view line;
+    if (NextData(line)) facts_.identifier = Trimmed(line);
   }
 
   // A name that ends in " +" goes on on the next line.
-  bool ReadInclude(std::string_view& line) {
+  void ReadInclude() {
     constexpr int kMostLines = 10;
-    bool atKeyword = false;
     std::string name;
-    for (int i = 0; i < kMostLines && NextData(line, atKeyword); ++i) {
+    std::string_view line;
+    for (int i = 0; i < kMostLines && NextData(line); ++i) {
       name += Trimmed(line);
-      const bool goesOn = name.size() >= 2 && name.compare(name.size() - 2, 2, " +") == 0;
-      if (!goesOn) break;
+      if (!name.ends_with(" +")) break;
       name = Trimmed(std::string_view(name).substr(0, name.size() - 2));
     }
     if (!name.empty() && !insideCase_ && facts_.includes.size() < kMostIncludes) {
       facts_.includes.push_back(name);
     }
-    return atKeyword;
   }
 
   DeckReader& reader_;

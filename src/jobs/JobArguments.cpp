@@ -129,9 +129,9 @@ std::string QuotedPath(const std::string& path) {
   return quoted;
 }
 
-bool FitsCommandLine(const std::string& path) {
+bool FitsCommandLine(const std::string& path, bool quoted) {
   if (path.find('"') != std::string::npos) return false;
-  return path.empty() || path.back() != '\\' || QuotedPath(path) == path;
+  return !path.ends_with('\\') || (!quoted && QuotedPath(path) == path);
 }
 
 std::string FolderOf(const std::string& path) {
@@ -143,7 +143,7 @@ std::string FolderOf(const std::string& path) {
 }
 
 std::string PathWithoutExtension(const std::string& path) {
-  const std::size_t name = path.find_last_of(FileDirWrapper::kSeparator == '\\' ? "\\/" : "/");
+  const std::size_t name = path.find_last_of("\\/");
   const std::size_t dot = path.rfind('.');
   if (dot == std::string::npos || (name != std::string::npos && dot < name)) return path;
   return path.substr(0, dot);

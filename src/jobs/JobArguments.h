@@ -27,8 +27,9 @@ std::string MppSolverPath(const Settings& settings, int solverType);
 std::string QuotedPath(const std::string& path);
 
 // False for a path that cannot be written on a command line so that the child reads it back: one
-// that holds a double quote, or that would end in a backslash before its closing quote.
-bool FitsCommandLine(const std::string& path);
+// that holds a double quote, or that would end in a backslash before its closing quote. `quoted`:
+// the path is put between quotes in any case.
+bool FitsCommandLine(const std::string& path, bool quoted = false);
 
 // The folder of a file, absolute; only a root ends in a separator. Empty for an empty path.
 std::string FolderOf(const std::string& path);

@@ -1,0 +1,27 @@
+// Makes a deck fit for the result of the forming stage before it.
+#ifndef KR_SOLVERS_DECKPREPARATION_H
+#define KR_SOLVERS_DECKPREPARATION_H
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+// A deck includes such a result where a comment that begins with "result from previous case" stands
+// between the INCLUDE card and the file's name. The result defines its nodes again, with the formed
+// coordinates, and brings the constraints of its own stage. So up to the deck's END card
+// - a NODE line whose number the result defines too becomes a comment, since the solver refuses a
+//   node that is defined twice;
+// - any other NODE line ends behind its coordinates (column 56 in the standard format);
+// - a BOUNDARY_SPC_NODE line for a node of the result becomes a comment;
+// - all other lines stay as they are, byte for byte.
+//
+// The old deck is kept as "DECK.bak". A deck that includes no result, or that needs no change, is
+// not touched, nor is one whose result cannot be read. Fixed, ten-digit, long and comma-separated
+// cards are understood. Decks and results of any size are read in small pieces.
+//
+// False when something failed (reported) or `stop` was set: the deck is as it was.
+bool PrepareDeck(const std::string& deck,
+                 const std::function<void(const std::string& line)>& report,
+                 const std::atomic<bool>& stop);
+
+#endif

@@ -1,0 +1,55 @@
+#include "solvers/JobSolver.h"
+
+#include "solvers/JobSolverInc.h"
+#include "solvers/JobSolverLsDyna.h"
+#include "solvers/JobSolverUBatch.h"
+#include "solvers/JobSolverVorel.h"
+#include "util/DateTimeWrapper.h"
+
+namespace {
+
+constexpr unsigned kPollMilliseconds = 1000;
+
+// Lets a job see its run's context for the length of the run.
+class RunScope {
+ public:
+  RunScope(JobFile& job, const JobRunContext& context) : job_(job) { job_.run = &context; }
+  ~RunScope() { job_.run = nullptr; }
+  RunScope(const RunScope&) = delete;
+  RunScope& operator=(const RunScope&) = delete;
+
+ private:
+  JobFile& job_;
+};
+
+}  // namespace
+
+void JobSolver::Poll(JobFile&) {}
+
+int JobSolver::Run(JobFile& job, const JobRunContext& context) {
+  const RunScope scope(job, context);
+  job.SetRunError(0, {});
+  job.SetMessageFile({});
+  if (job.abort || !Start(job)) return JobStatus::kAborted;
+  while (job.process.IsActive()) {
+    DateTimeWrapper::SleepMSec(kPollMilliseconds);
+    Poll(job);
+    if (job.abort) return JobStatus::kAborted;
+  }
+  return Finish(job);
+}
+
+std::mutex& SolverStartMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+std::vector<std::unique_ptr<JobSolver>> MakeSolvers() {
+  std::vector<std::unique_ptr<JobSolver>> solvers;
+  solvers.push_back(std::make_unique<JobSolverLsDyna>(false));
+  solvers.push_back(std::make_unique<JobSolverLsDyna>(true));
+  solvers.push_back(std::make_unique<JobSolverUBatch>());
+  solvers.push_back(std::make_unique<JobSolverVorel>());
+  solvers.push_back(std::make_unique<JobSolverInc>());
+  return solvers;
+}

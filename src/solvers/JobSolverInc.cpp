@@ -1,0 +1,51 @@
+#include "solvers/JobSolverInc.h"
+
+#include <string_view>
+
+#include "jobs/JobArguments.h"
+#include "solvers/LineBlocks.h"
+#include "solvers/OutputAnalysis.h"
+#include "solvers/RunSteps.h"
+
+JobSolverInc::JobSolverInc() {
+  solverType = Settings::kInc;
+  displayName = "INCSolver";
+  selectSolverTitle = selectSolverTitle2 = "Select INCSolver";
+  selectJobFileTitle = "Select FIN File (INC)";
+  solverFilter = "INCSolver (*.exe)|*.exe|";
+  defaultExecutable = "KVIN_SC.EXE";
+  jobFileFilter = "Fin File (*.fin)|*.fin|All Files (*.*)|*|";
+}
+
+bool JobSolverInc::Start(JobFile& job) {
+  if (dynamic_cast<JobFileInc*>(&job) == nullptr) return false;
+  const std::string& solver = job.run->settings.solver_path[Settings::kInc];
+  if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
+  if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile)) ||
+      !CheckCommandLinePath(job, FolderOf(solver))) {
+    return false;
+  }
+  if (job.run->settings.inc_token.empty()) {
+    return Fail(job, RunError::kNotStarted,
+                "No access token for the INC solver: set inc_token in the section SOLVER of the "
+                "settings file");
+  }
+  job.SetMessageFile(IncInfoFile(job.jobFile));
+  RemoveOldFile(job, job.MessageFile(), "message");
+
+  std::string arguments;
+  if (!job.BuildArguments(arguments)) return false;
+  return StartProcess(
+      job, {solver, QuotedPath(solver) + ' ' + arguments, "ORLA-KR/INCSolver", std::nullopt});
+}
+
+int JobSolverInc::Finish(JobFile& job) {
+  LineBlocks blocks;
+  if (!blocks.Open(job.MessageFile())) {
+    return NotNormal(job, "its output [" + job.MessageFile() + "] cannot be read");
+  }
+  for (std::string_view block; blocks.Next(block);) {
+    if (block.find("THE TOTAL TIME FOR") != std::string_view::npos) return JobStatus::kFinished;
+  }
+  return NotNormal(job, "its output has no total time");
+}

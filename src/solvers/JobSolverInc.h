@@ -1,0 +1,16 @@
+// The INC solver.
+#ifndef KR_SOLVERS_JOBSOLVERINC_H
+#define KR_SOLVERS_JOBSOLVERINC_H
+
+#include "solvers/JobSolver.h"
+
+// Runs JobFileInc jobs. The solver wants the access token of the settings.
+class JobSolverInc : public JobSolver {
+ public:
+  JobSolverInc();
+
+  bool Start(JobFile& job) override;
+  int Finish(JobFile& job) override;
+};
+
+#endif

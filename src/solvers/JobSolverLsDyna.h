@@ -1,0 +1,18 @@
+// LS-DYNA in one precision, on this computer or through an MPI launcher.
+#ifndef KR_SOLVERS_JOBSOLVERLSDYNA_H
+#define KR_SOLVERS_JOBSOLVERLSDYNA_H
+
+#include "solvers/JobSolver.h"
+
+// Runs JobFileDyna jobs of types 0 and 1.
+class JobSolverLsDyna : public JobSolver {
+ public:
+  explicit JobSolverLsDyna(bool doublePrecision);
+
+  bool Start(JobFile& job) override;
+  int Finish(JobFile& job) override;
+  // Looks for the message file.
+  void Poll(JobFile& job) override;
+};
+
+#endif

@@ -1,0 +1,18 @@
+// The utility batch program on an LS-DYNA deck.
+#ifndef KR_SOLVERS_JOBSOLVERUBATCH_H
+#define KR_SOLVERS_JOBSOLVERUBATCH_H
+
+#include "solvers/JobSolver.h"
+
+// Runs JobFileDyna jobs of type 2.
+class JobSolverUBatch : public JobSolver {
+ public:
+  JobSolverUBatch();
+
+  bool Start(JobFile& job) override;
+  int Finish(JobFile& job) override;
+  // Looks for the message file.
+  void Poll(JobFile& job) override;
+};
+
+#endif

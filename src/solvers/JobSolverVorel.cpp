@@ -1,0 +1,46 @@
+#include "solvers/JobSolverVorel.h"
+
+#include "jobs/JobArguments.h"
+#include "solvers/OutputAnalysis.h"
+#include "solvers/RunSteps.h"
+#include "util/FileDirWrapper.h"
+#include "util/InputFile.h"
+
+namespace {
+
+std::string ResultFile(const JobFile& job) {
+  return PathWithoutExtension(job.jobFile) + ".lin";
+}
+
+}  // namespace
+
+JobSolverVorel::JobSolverVorel() {
+  solverType = Settings::kVorel;
+  displayName = "VOREL";
+  selectSolverTitle = selectSolverTitle2 = "Select VOREL";
+  selectJobFileTitle = "Select DAT File (VOREL)";
+  solverFilter = "VOREL (*.exe)|*.exe|";
+  defaultExecutable = "Vorel.exe";
+  jobFileFilter = "Dat File (*.dat)|*.dat|All Files (*.*)|*|";
+}
+
+bool JobSolverVorel::Start(JobFile& job) {
+  if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return false;
+  const std::string& solver = job.run->settings.solver_path[Settings::kVorel];
+  if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
+  if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
+  job.SetMessageFile(VorelOutFile(job.jobFile));
+  RemoveOldFile(job, job.MessageFile(), "OUT");
+  RemoveOldFile(job, ResultFile(job), "LIN");
+
+  std::string arguments;
+  if (!job.BuildArguments(arguments)) return false;
+  return StartProcess(
+      job, {solver, QuotedPath(solver) + ' ' + arguments, "ORLA-KR/VOREL", std::nullopt});
+}
+
+int JobSolverVorel::Finish(JobFile& job) {
+  InputFile result;
+  if (result.Open(ResultFile(job)) && result.Size() > 0) return JobStatus::kFinished;
+  return NotNormal(job, "there is no result in [" + ResultFile(job) + "]");
+}

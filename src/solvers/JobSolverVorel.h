@@ -1,0 +1,16 @@
+// The Vorel one-step solver.
+#ifndef KR_SOLVERS_JOBSOLVERVOREL_H
+#define KR_SOLVERS_JOBSOLVERVOREL_H
+
+#include "solvers/JobSolver.h"
+
+// Runs JobFileVorel jobs.
+class JobSolverVorel : public JobSolver {
+ public:
+  JobSolverVorel();
+
+  bool Start(JobFile& job) override;
+  int Finish(JobFile& job) override;
+};
+
+#endif

@@ -1,0 +1,184 @@
+#include "solvers/MessageFiles.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "solvers/LineBlocks.h"
+#include "solvers/RunSteps.h"
+#include "util/FileDirWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::string_view kKept = ".krb";
+constexpr std::size_t kLongestReason = 200;
+
+bool Holds(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+std::string Lower(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+std::string NameOf(const std::string& path) {
+  std::string name;
+  FileDirWrapper::FileNameOf(path, name, true);
+  return name;
+}
+
+bool EndsWith(const std::string& text, std::string_view end) {
+  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// A file's name without what this program puts behind the name of a deck.
+std::string WithoutOurEnding(const std::string& name) {
+  for (const std::string_view ending : {".console.txt", ".bak", "~~"}) {
+    if (EndsWith(name, ending)) return name.substr(0, name.size() - ending.size());
+  }
+  return name;
+}
+
+bool IsInput(const JobFile& job, const std::string& file) {
+  const std::string name = WithoutOurEnding(NameOf(file));
+  const std::string lower = Lower(name);
+  for (const std::string_view ending : {".k", ".dyn", ".key"}) {
+    if (EndsWith(lower, ending)) return true;
+  }
+  if (name == NameOf(job.jobFile) || name == NameOf(job.restartFile)) return true;
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  return dyna != nullptr &&
+         std::any_of(dyna->includes.begin(), dyna->includes.end(),
+                     [&](const std::string& path) { return name == NameOf(path); });
+}
+
+// Files whose name holds `part`, by name.
+std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part) {
+  std::vector<std::string> files;
+  std::vector<std::string> folders;
+  FileDirWrapper::ListDir(job.Folder(), files, folders, false);
+  std::erase_if(files, [&](const std::string& file) {
+    return !Holds(NameOf(file), part) || IsInput(job, file);
+  });
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::vector<std::string> MessageFiles(const JobFile& job) {
+  std::vector<std::string> files = FilesInFolder(job, "mes");
+  std::erase_if(files, [](const std::string& file) {
+    const std::string name = NameOf(file);
+    return (!Holds(name, "mes0") && !Holds(name, "messag")) || EndsWith(Lower(name), kKept);
+  });
+  return files;
+}
+
+// One line of a message file as words for people: no bytes that are not text, not too long.
+std::string Words(std::string_view line) {
+  std::string text(line.substr(0, kLongestReason));
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  }
+  std::string words;
+  StrWrapperTxt::Trim(text, words);
+  return words;
+}
+
+bool SaysNormal(std::string_view line) {
+  constexpr std::size_t kWithBothWords = 21;
+  return Holds(line, "N o r m a l") &&
+         (line.size() < kWithBothWords || Holds(line, "t e r m i n a t i o n"));
+}
+
+std::size_t LineStart(std::string_view block, std::size_t at) {
+  return block.substr(0, at).rfind('\n') + 1;
+}
+
+bool HoldsNormalLine(std::string_view block) {
+  for (std::size_t at = 0; (at = block.find("N o r m a l", at)) != std::string_view::npos;) {
+    at = LineStart(block, at);
+    if (SaysNormal(TakeLine(block, at))) return true;
+  }
+  return false;
+}
+
+// The first error's line and the one below it.
+std::string FirstError(std::string_view block) {
+  std::size_t at = block.find("*** Error");
+  if (at == std::string_view::npos) return {};
+  at = LineStart(block, at);
+  std::string words = Words(TakeLine(block, at));
+  const std::string more = Words(TakeLine(block, at));
+  if (!more.empty()) words += ": " + more;
+  return words;
+}
+
+bool Rename(const std::string& from, const std::string& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+void KeepMessageFile(JobFile& job, const std::string& messageFile) {
+  const std::string kept = messageFile + std::string(kKept);
+  RemoveOldFile(job, kept, "message");
+  if (!Rename(messageFile, kept)) {
+    Report(job, "Rename message file [" + messageFile + "] failed");
+    return;
+  }
+  job.SetMessageFile(kept);
+}
+
+}  // namespace
+
+std::string FindMessageFile(const JobFile& job) {
+  const std::vector<std::string> files = MessageFiles(job);
+  return files.empty() ? std::string() : files.front();
+}
+
+void RemoveMessageFiles(const JobFile& job) {
+  for (const std::string& file : MessageFiles(job)) RemoveOldFile(job, file, "message");
+}
+
+void RemoveAdaptDumps(const JobFile& job) {
+  for (const std::string& file : FilesInFolder(job, ".adaptdmp")) {
+    if (!FileDirWrapper::RemoveFile(file)) {
+      Report(job, "Remove adapt dump file [" + file + "] failed");
+    }
+  }
+}
+
+MessageVerdict ReadVerdict(const std::string& messageFile) {
+  MessageVerdict verdict;
+  LineBlocks blocks;
+  if (!blocks.Open(messageFile)) {
+    verdict.reason = "its message file cannot be read";
+    return verdict;
+  }
+  bool errorEnd = false;
+  for (std::string_view block; blocks.Next(block);) {
+    if (HoldsNormalLine(block)) return {true, {}};
+    if (verdict.reason.empty()) verdict.reason = FirstError(block);
+    errorEnd = errorEnd || Holds(block, "E r r o r");
+  }
+  if (verdict.reason.empty()) {
+    verdict.reason = errorEnd ? "the solver reports an error termination"
+                              : "its message file has no line of normal termination";
+  }
+  return verdict;
+}
+
+int JudgeRun(JobFile& job, const std::string& messageFile) {
+  job.SetMessageFile(messageFile);
+  if (messageFile.empty()) {
+    Fail(job, RunError::kNoMessageFile,
+         "No message file been generated when run job [" + ShownPath(job.jobFile) + "]");
+    return JobStatus::kAborted;
+  }
+  const MessageVerdict verdict = ReadVerdict(messageFile);
+  KeepMessageFile(job, messageFile);
+  return verdict.normal ? JobStatus::kFinished : NotNormal(job, verdict.reason);
+}

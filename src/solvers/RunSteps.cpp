@@ -1,0 +1,117 @@
+#include "solvers/RunSteps.h"
+
+#include "jobs/JobArguments.h"
+#include "solvers/JobSolver.h"
+#include "solvers/SolverEnvironment.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+// Makes a folder current and goes back at the end of its life.
+class FolderVisit {
+ public:
+  explicit FolderVisit(const std::string& folder) {
+    FileDirWrapper::CurrentDir(before_);
+    entered_ = FileDirWrapper::SetCurrentDir(folder);
+  }
+  ~FolderVisit() {
+    if (!before_.empty()) FileDirWrapper::SetCurrentDir(before_);
+  }
+  FolderVisit(const FolderVisit&) = delete;
+  FolderVisit& operator=(const FolderVisit&) = delete;
+
+  bool Entered() const { return entered_; }
+
+ private:
+  std::string before_;
+  bool entered_ = false;
+};
+
+// The access token of a solver's command line is nobody's business.
+std::string WithoutToken(std::string text, const std::string& token) {
+  const std::string shown = "***";
+  if (token.empty()) return text;
+  for (std::size_t at = 0; (at = text.find(token, at)) != std::string::npos; at += shown.size()) {
+    text.replace(at, token.size(), shown);
+  }
+  return text;
+}
+
+}  // namespace
+
+void Report(const JobFile& job, const std::string& line) {
+  if (job.run == nullptr || !job.run->report) return;
+  job.run->report(WithoutToken(line, job.run->settings.inc_token));
+}
+
+bool Fail(JobFile& job, int code, const std::string& line) {
+  Report(job, line);
+  const std::string token = job.run != nullptr ? job.run->settings.inc_token : std::string();
+  job.SetRunError(code, WithoutToken(line, token));
+  if (job.run != nullptr && job.run->runErrorCode != nullptr) *job.run->runErrorCode = code;
+  return false;
+}
+
+std::string ShownPath(const std::string& path) {
+  return path.empty() ? "Null" : path;
+}
+
+bool CheckSolver(JobFile& job, const std::string& path) {
+  if (FileDirWrapper::FileExists(path)) return CheckCommandLinePath(job, path);
+  return Fail(job, RunError::kSolverMissing, "Solver [" + ShownPath(path) + "] does not exist");
+}
+
+bool CheckJobFile(JobFile& job) {
+  if (FileDirWrapper::FileExists(job.jobFile)) return CheckCommandLinePath(job, job.jobFile);
+  return Fail(job, RunError::kJobFileMissing,
+              "Job file [" + ShownPath(job.jobFile) + "] does not exist");
+}
+
+bool CheckRestartAndJobFile(JobFile& job) {
+  if (job.restartFile.empty()) return CheckJobFile(job);
+  if (!FileDirWrapper::FileExists(job.restartFile)) {
+    return Fail(job, RunError::kJobFileMissing,
+                "Job restart file [" + job.restartFile + "] does not exist");
+  }
+  return CheckCommandLinePath(job, job.restartFile) && (job.jobFile.empty() || CheckJobFile(job));
+}
+
+bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted) {
+  if (FitsCommandLine(path, quoted)) return true;
+  return Fail(job, RunError::kNotStarted,
+              "File name [" + path + "] cannot be written on a command line");
+}
+
+void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind) {
+  if (!FileDirWrapper::FileExists(path) || FileDirWrapper::RemoveFile(path)) return;
+  Report(job, std::string("Remove old ") + kind + " file [" + path + "] failed");
+}
+
+bool StartProcess(JobFile& job, const ProcessStart& start) {
+  const std::string folder = job.Folder();
+  const std::string& mainFile = job.jobFile.empty() ? job.restartFile : job.jobFile;
+  if (!job.process.Terminate()) Report(job, job.process.LastError());
+
+  const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  if (start.memoryMode && !SetSolverVariable("LSTC_MEMORY", *start.memoryMode)) {
+    Report(job, "Set LSTC_MEMORY=" + *start.memoryMode + " failed");
+  }
+  const FolderVisit visit(folder);
+  if (!visit.Entered()) {
+    return Fail(job, RunError::kNotStarted, "Folder [" + ShownPath(folder) + "] cannot be entered");
+  }
+  PTWrapperProcess::SetConsoleProgram(job.run->settings.xterm_path);
+  job.process.SetOutputFile(mainFile + ".console.txt");
+  if (job.process.Create(start.program, start.commandLine, start.title, false,
+                         PTWrapperProcess::kNewConsole, folder, true)) {
+    return true;
+  }
+  return Fail(job, RunError::kNotStarted, job.process.LastError());
+}
+
+int NotNormal(JobFile& job, const std::string& words) {
+  Fail(job, RunError::kNotNormal,
+       "Job [" + ShownPath(job.jobFile.empty() ? job.restartFile : job.jobFile) +
+           "] did not end normally: " + words);
+  return JobStatus::kAborted;
+}

@@ -1,0 +1,54 @@
+// The steps that the drivers share. All run on the thread of the job's group, during a run.
+#ifndef KR_SOLVERS_RUNSTEPS_H
+#define KR_SOLVERS_RUNSTEPS_H
+
+#include <optional>
+#include <string>
+
+#include "jobs/JobFile.h"
+
+namespace RunError {
+enum : int {
+  kNotNormal = 2,       // the solver did not end normally, or its output cannot be read
+  kNoMessageFile = 3,   // there is no message file
+  kJobFileMissing = 4,  // there is no job file or restart file
+  kSolverMissing = 5,   // there is no solver
+  kNotStarted = 6       // no process could be created
+};
+}
+
+// One line for the application log.
+void Report(const JobFile& job, const std::string& line);
+
+// Reports the line and leaves it with its code in the job and the run's context. Always false.
+bool Fail(JobFile& job, int code, const std::string& line);
+
+// "Null" for an empty path.
+std::string ShownPath(const std::string& path);
+
+bool CheckSolver(JobFile& job, const std::string& path);
+
+// With a restart file, where the solver takes one, the job file may be left out, not missing.
+bool CheckJobFile(JobFile& job);
+bool CheckRestartAndJobFile(JobFile& job);
+
+// Whether the path can be written on a command line; see FitsCommandLine.
+bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted = false);
+
+// Removes a file when it is there. `kind` is the word of the message: "message", "OUT", "LIN".
+void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind);
+
+struct ProcessStart {
+  std::string program;      // empty: the first word of the command line, looked up in PATH
+  std::string commandLine;  // the whole
+  std::string title;        // of the console
+  std::optional<std::string> memoryMode;  // what LSTC_MEMORY is set to, when it is
+};
+
+// Ends what the job's process object still holds and starts the process in the job's folder.
+bool StartProcess(JobFile& job, const ProcessStart& start);
+
+// "Job [..] did not end normally: " with the words; leaves kNotNormal. The status to return.
+int NotNormal(JobFile& job, const std::string& words);
+
+#endif
