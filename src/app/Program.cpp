@@ -1,0 +1,65 @@
+#include "app/Program.h"
+
+#include <FL/Fl.H>
+
+#include <cstdio>
+
+#include "core/Application.h"
+#include "ui/AutoRun.h"
+#include "ui/Flx_AppWnd.h"
+#include "ui/Icons.h"
+#include "ui/Language.h"
+#include "ui/ProgramOptions.h"
+#include "ui/QueueNotes.h"
+#include "ui/Termination.h"
+#include "ui/Theme.h"
+
+namespace {
+
+struct PollData {
+  Application& application;
+  AutoRun& autoRun;
+};
+
+void Poll(void* data) {
+  auto* poll = static_cast<PollData*>(data);
+  if (!poll->application.Tick()) return;
+  poll->autoRun.AfterTick();
+  Fl::repeat_timeout(Application::kPollSeconds, Poll, data);
+}
+
+void ShowWindow(Application& application, QueueNotes& notes, const ProgramOptions& options) {
+  Fl::lock();  // other threads wake the event loop
+  Theme::Apply();
+  SetProgramIcon();
+  TextTable texts;
+  FillTexts(application.language, application.Title(), texts);
+  Flx_AppWnd window(application, notes, texts);
+  AutoRun autoRun(application, window, options);
+  OnTermination([&window] { window.Leave(); });
+  PollData poll{application, autoRun};
+  Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
+  window.show();
+  Fl::run();
+  Fl::remove_timeout(Poll, &poll);
+  OnTermination(nullptr);
+}
+
+}  // namespace
+
+int RunProgram(std::vector<std::string> arguments) {
+  const ProgramOptions options = TakeOptions(arguments);
+  QueueNotes notes;  // outlives the groups that tell it things
+  Application application;
+  if (options.help || options.version) {
+    const std::string text =
+        options.help ? UsageText(application.Title()) : application.Title() + "\n";
+    std::fputs(text.c_str(), stdout);
+    return 0;
+  }
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  if (application.Initialise(static_cast<int>(argv.size()), argv.data()))
+    ShowWindow(application, notes, options);
+  return application.Shutdown();
+}

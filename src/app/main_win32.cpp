@@ -1,0 +1,10 @@
+#include <windows.h>
+
+#include "app/Program.h"
+#include "util/StrWrapper.h"
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
+  std::vector<std::string> arguments;
+  StrWrapperTxt::SplitCommandLine(GetCommandLineA(), arguments);
+  return RunProgram(std::move(arguments));
+}

@@ -1,0 +1,216 @@
+#include "ui/Flx_Table.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+#include <numeric>
+
+#include "ui/Flx_HeaderButton.h"
+#include "ui/Flx_TableRows.h"
+#include "ui/Layout.h"
+#include "ui/Theme.h"
+
+namespace {
+
+constexpr int kFrame = 1;
+constexpr int kNarrowest = 28;  // pixels that a dragged column keeps
+
+// Hands `missing` pixels (negative: to give up) to the columns by their shares. Columns that would
+// become narrower than they may be stay at that width and the others give more.
+void Distribute(int missing, const std::vector<TableColumn>& columns, std::vector<int>& widths) {
+  std::vector<bool> open(columns.size());
+  for (std::size_t i = 0; i < columns.size(); ++i) open[i] = columns[i].stretch > 0;
+  for (bool again = true; again && missing != 0;) {
+    again = false;
+    int shares = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) shares += open[i] ? columns[i].stretch : 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (!open[i]) continue;
+      const int part = missing * columns[i].stretch / shares;  // the last one takes the rest
+      shares -= columns[i].stretch;
+      const int least = std::min(columns[i].minWidth, widths[i]);
+      const int width = std::max(widths[i] + part, least);
+      if (width != widths[i] + part) {
+        open[i] = false;
+        again = true;
+      }
+      missing -= width - widths[i];
+      widths[i] = width;
+    }
+  }
+}
+
+}  // namespace
+
+Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
+  box(FL_DOWN_FRAME);
+  heads_ = new Fl_Group(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
+  heads_->box(FL_FLAT_BOX);
+  heads_->color(Theme::kHeader);
+  heads_->clip_children(1);
+  heads_->resizable(nullptr);
+  heads_->end();
+  const int top = kFrame + Layout::kHeaderHeight;
+  scroll_ = new Fl_Scroll(x + kFrame, y + top, w - 2 * kFrame, h - top - kFrame);
+  scroll_->box(FL_DOWN_FRAME);
+  scroll_->type(Fl_Scroll::BOTH);
+  scroll_->scrollbar.linesize(Layout::kRowHeight);
+  scroll_->hscrollbar.linesize(Layout::kRowHeight);
+  // The table's own frame is the only one to be seen.
+  scroll_->box(FL_FLAT_BOX);
+  scroll_->color(Theme::kSurface);
+  rows_ = new Rows(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
+  scroll_->end();
+  end();
+  resizable(scroll_);
+}
+
+void Flx_Table::AddColumn(const TableColumn& column) {
+  heads_->begin();
+  auto* button = new Flx_HeaderButton(*this, ColumnCount(), column.title);
+  heads_->end();
+  buttons_.push_back(button);
+  columns_.push_back(column);
+  widths_.push_back(column.width);
+  wantedFor_ += column.width;
+}
+
+int Flx_Table::ViewHeight() const {
+  return scroll_->h();
+}
+
+int Flx_Table::ViewWidth() const {
+  const bool scrolls = RowCount() * Layout::kRowHeight > ViewHeight();
+  return scroll_->w() - (scrolls ? Layout::kScrollbarSize : 0);
+}
+
+int Flx_Table::ColumnX(int column) const {
+  return rows_->x() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
+}
+
+int Flx_Table::ColumnAt(int x) const {
+  int right = rows_->x();
+  for (int column = 0; column < ColumnCount(); ++column) {
+    right += widths_[static_cast<std::size_t>(column)];
+    if (x < right) return x < rows_->x() ? -1 : column;
+  }
+  return -1;
+}
+
+void Flx_Table::LayOut() {
+  if (columns_.empty()) return;
+  for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
+  if (resized_ < 0) Distribute(ViewWidth() - wantedFor_, columns_, widths_);
+  const int before = std::accumulate(widths_.begin(), widths_.end(), 0);
+  widths_.back() += std::max(0, ViewWidth() - before);
+  const int total = std::max(before, ViewWidth());
+
+  const int height = std::max(RowCount() * Layout::kRowHeight,
+                              ViewHeight() - (total > ViewWidth() ? Layout::kScrollbarSize : 0));
+  rows_->size(total, height);
+  const int maxX = std::max(0, total - ViewWidth());
+  const int maxY = std::max(0, height - ViewHeight() + (maxX > 0 ? Layout::kScrollbarSize : 0));
+  ScrollTo(std::min(scroll_->xposition(), maxX), std::min(scroll_->yposition(), maxY));
+  PlaceHeads();
+  scroll_->redraw();
+}
+
+void Flx_Table::PlaceHeads() {
+  int x = rows_->x();
+  for (std::size_t i = 0; i < buttons_.size(); ++i) {
+    buttons_[i]->resize(x, heads_->y(), widths_[i], heads_->h());
+    x += widths_[i];
+  }
+  heads_->redraw();
+}
+
+void Flx_Table::ScrollTo(int x, int y) {
+  if (x != scroll_->xposition() || y != scroll_->yposition()) scroll_->scroll_to(x, y);
+}
+
+void Flx_Table::resize(int x, int y, int w, int h) {
+  Fl_Widget::resize(x, y, w, h);
+  const int top = kFrame + Layout::kHeaderHeight;
+  heads_->resize(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
+  scroll_->resize(x + kFrame, y + top, w - 2 * kFrame, std::max(0, h - top - kFrame));
+  LayOut();
+}
+
+int Flx_Table::FirstVisibleRow() const {
+  return scroll_->yposition() / Layout::kRowHeight;
+}
+
+int Flx_Table::LastVisibleRow() const {
+  const int end =
+      (scroll_->yposition() + ViewHeight() + Layout::kRowHeight - 1) / Layout::kRowHeight;
+  return std::min(end, RowCount());
+}
+
+void Flx_Table::SelectRow(int row) {
+  row = std::clamp(row, -1, RowCount() - 1);
+  const int old = current_;
+  current_ = row;
+  if (row >= 0) {
+    const int top = row * Layout::kRowHeight;
+    const int hidden = rows_->w() > ViewWidth() ? Layout::kScrollbarSize : 0;
+    const int bottom = top + Layout::kRowHeight - (ViewHeight() - hidden);
+    const int y = std::min(std::max(scroll_->yposition(), bottom), top);
+    ScrollTo(scroll_->xposition(), y);
+  }
+  if (row == old) return;
+  RowChanged(old);
+  RowChanged(row);
+  if (OnSelect) OnSelect();
+}
+
+void Flx_Table::RowsChanged() {
+  LayOut();
+  if (current_ >= RowCount()) SelectRow(RowCount() - 1);
+}
+
+void Flx_Table::RowChanged(int row) {
+  rows_->RedrawRow(row);
+}
+
+void Flx_Table::CopyColumns(const Flx_Table& other) {
+  columns_ = other.columns_;
+  wantedFor_ = other.wantedFor_;
+  LayOut();
+}
+
+void Flx_Table::BeginColumnResize(int column) {
+  // What is on the screen becomes what is wanted, so that only this column changes.
+  for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].width = widths_[i];
+  wantedFor_ = std::accumulate(widths_.begin(), widths_.end(), 0);
+  resized_ = column;
+  widthAtPush_ = widths_[static_cast<std::size_t>(column)];
+}
+
+void Flx_Table::ResizeColumn(int byPixels) {
+  if (resized_ < 0) return;
+  columns_[static_cast<std::size_t>(resized_)].width =
+      std::max(kNarrowest, widthAtPush_ + byPixels);
+  LayOut();
+}
+
+void Flx_Table::EndColumnResize() {
+  if (resized_ < 0) return;
+  // A width that the user chose stays; the others share what a new window width brings.
+  TableColumn& column = columns_[static_cast<std::size_t>(resized_)];
+  column.stretch = 0;
+  column.minWidth = std::min(column.minWidth, column.width);
+  wantedFor_ = ViewWidth();
+  resized_ = -1;
+  LayOut();
+}
+
+void Flx_Table::FitColumn(int column) {
+  BeginColumnResize(column);
+  ResizeColumn(NeededWidth(column) - widthAtPush_);
+  EndColumnResize();
+}
+
+void Flx_Table::TakeFocus() {
+  rows_->take_focus();
+}

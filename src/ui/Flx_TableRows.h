@@ -1,0 +1,40 @@
+// The part of a Flx_Table that is scrolled. Included by the table's own files only.
+#ifndef KR_UI_FLX_TABLEROWS_H
+#define KR_UI_FLX_TABLEROWS_H
+
+#include <FL/Fl_Widget.H>
+
+#include <string>
+
+#include "ui/Flx_Table.h"
+
+// As tall as all rows together; draws those that can be seen and turns the user's mouse and keys
+// into the table's events.
+class Flx_Table::Rows : public Fl_Widget {
+ public:
+  Rows(Flx_Table& table, int x, int y, int w, int h);
+
+  void draw() override;
+  int handle(int event) override;
+  void resize(int x, int y, int w, int h) override;
+  void RedrawRow(int row);
+
+ private:
+  int RowAtMouse() const;
+  void Hover(int row, int column);
+  void ShowTip();
+  int HandlePush();
+  int HandleKey();
+  int HandleWheel();
+  void OpenMenu(int x, int y);
+  void DrawRow(int row, int last);
+
+  Flx_Table& table_;
+  int hoverRow_ = -1;
+  int hoverColumn_ = -1;
+  int pushedRow_ = -1;  // a button cell that the mouse went down on
+  int pushedColumn_ = -1;
+  std::string tip_;
+};
+
+#endif

@@ -1,0 +1,251 @@
+#include "ui/JobTable.h"
+
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+#include <cmath>
+
+#include "ui/Icons.h"
+#include "ui/Layout.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+constexpr int kPadding = 8;
+constexpr int kStateIcon = 16;
+constexpr int kCheckSize = 13;
+const std::string kNothing = "\xE2\x80\x93";  // an en dash
+
+void UseCellFont() {
+  fl_font(FL_HELVETICA, Layout::kFontSize);
+}
+
+bool CanViewMessage(int status) {
+  return status == JobStatus::kRunning || status == JobStatus::kFinished ||
+         status == JobStatus::kAborted;
+}
+
+}  // namespace
+
+JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
+                   const TextTable& texts, std::function<std::string(int type)> solverName)
+    : Flx_Table(x, y, w, h),
+      group_(std::move(group)),
+      texts_(texts),
+      solverName_(std::move(solverName)) {
+  // Wanted and least width, share of what is left over.
+  AddColumn({texts.Get("lab_job_name"), 160, 90, 3});
+  AddColumn({texts.Get("lab_in_folder"), 214, 90, 5});
+  AddColumn({texts.Get("lab_solv"), 94, 94, 0});
+  AddColumn({texts.Get("lab_mstage"), 68, 68, 0});
+  AddColumn({texts.Get("lab_memory"), 70, 66, 0});
+  AddColumn({texts.Get("lab_status"), 92, 92, 0});
+  AddColumn({texts.Get("lab_messag"), 70, 70, 0});
+  AddColumn({texts.Get("lab_result"), 76, 76, 0});
+  AddColumn({texts.Get("lab_iforce"), 60, 60, 0});
+  AddColumn({texts.Get("lab_other_para"), 98, 92, 3});
+}
+
+std::shared_ptr<JobFile> JobTable::CurrentJob() const {
+  return group_->GetJob(CurrentRow());
+}
+
+int JobTable::RowCount() const {
+  return group_->JobCount();
+}
+
+JobTable::Row JobTable::ReadRow(int index) const {
+  Row row;
+  int solverType = 0;
+  group_->ReadJob(index, [&](const JobFile& job) {
+    row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
+    row.folder = job.Folder();
+    row.memory = job.memory ? std::to_string(job.memory) : kNothing;
+    row.statusValue = job.status;
+    JobStatusWord(job.status, row.status);
+    row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
+    row.multiStage = !job.stages.empty();
+    row.other = job.extraOptions;
+    solverType = job.GetSolverType();
+    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) {
+      row.dyna = true;
+      row.force = dyna->useSFile;
+    }
+  });
+  row.solver = ToUi(solverName_(solverType));
+  std::string name;
+  FileDirWrapper::FileNameOf(row.path, name, true);
+  row.name = ToUi(name);
+  row.path = ToUi(row.path);
+  row.folder = ToUi(row.folder);
+  row.other = ToUi(row.other);
+  row.reason = ToUi(row.reason);
+  return row;
+}
+
+void JobTable::PrepareRows(int first, int last) {
+  firstRow_ = first;
+  shown_.clear();
+  for (int index = first; index < last; ++index) shown_.push_back(ReadRow(index));
+}
+
+const std::string& JobTable::CellText(const Row& row, int column) const {
+  switch (column) {
+    case kName:
+      return row.name;
+    case kFolder:
+      return row.folder;
+    case kSolver:
+      return row.solver;
+    case kStages:
+      return texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
+    case kMemory:
+      return row.memory;
+    case kStatus:
+      return row.status;
+    case kMessage:
+    case kSummary:
+      return texts_.Get("lab_view");
+    case kForce:
+      return row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : kNothing;
+    default:
+      return row.other;
+  }
+}
+
+void JobTable::DrawCell(const Cell& cell) {
+  const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
+  const std::string& text = CellText(row, cell.column);
+  UseCellFont();
+  fl_color(Theme::kText);
+  switch (cell.column) {
+    case kFolder:
+      fl_color(Theme::kMuted);
+      DrawText(cell, text, true);
+      break;
+    case kStages:
+      // The dialog behind it is not there yet.
+      row.multiStage ? DrawLink(cell, text, false)
+                     : (fl_color(Theme::kMuted), DrawText(cell, text, false));
+      break;
+    case kStatus: {
+      if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(row.statusValue)))
+        icon->draw(cell.x + kPadding - 2, cell.y + (cell.h - kStateIcon) / 2);
+      fl_color(Theme::StatusColor(row.statusValue));
+      Cell word = cell;
+      word.x += kStateIcon;
+      word.w -= kStateIcon;
+      DrawText(word, text, false);
+      break;
+    }
+    case kMessage:
+      DrawLink(cell, text, !row.multiStage && CanViewMessage(row.statusValue));
+      break;
+    case kSummary:
+      DrawLink(cell, text, false);
+      break;
+    case kForce:
+      DrawCheck(cell, row);
+      break;
+    default:
+      DrawText(cell, text, false);
+  }
+}
+
+void JobTable::DrawText(const Cell& cell, const std::string& text, bool keepEnd) {
+  const int room = cell.w - 2 * kPadding + 4;
+  const std::string fitted = keepEnd ? FitTail(text, room) : FitHead(text, room);
+  const int baseline = cell.y + (cell.h + fl_height()) / 2 - fl_descent();
+  fl_draw(fitted.data(), static_cast<int>(fitted.size()), cell.x + kPadding, baseline);
+}
+
+void JobTable::DrawLink(const Cell& cell, const std::string& text, bool enabled) {
+  if (enabled && cell.hovered)
+    Theme::DrawRounded(cell.x + 2, cell.y + 2, cell.w - 5, cell.h - 4, Theme::kSurface,
+                       Theme::kAccent);
+  fl_color(enabled ? Theme::kAccent : Theme::kDisabledText);
+  DrawText(cell, text, false);
+}
+
+void JobTable::DrawCheck(const Cell& cell, const Row& row) {
+  if (!row.dyna) {
+    fl_color(Theme::kDisabledText);
+    DrawText(cell, CellText(row, kForce), false);
+    return;
+  }
+  const bool enabled = row.statusValue != JobStatus::kRunning;
+  const int x = cell.x + kPadding;
+  const int y = cell.y + (cell.h - kCheckSize) / 2;
+  const Fl_Color on = enabled ? Theme::kAccent : Theme::kDisabledText;
+  const Fl_Color line = enabled && cell.hovered ? Theme::kAccent : Theme::kLine;
+  Theme::DrawRounded(x, y, kCheckSize, kCheckSize, row.force ? on : Theme::kSurface,
+                     row.force ? on : line);
+  if (row.force) {
+    fl_color(Theme::kSurface);
+    fl_line_style(FL_SOLID, 2);
+    fl_line(x + 3, y + 6, x + 5, y + 9, x + 9, y + 3);
+    fl_line_style(0);
+  }
+  fl_color(enabled ? Theme::kText : Theme::kDisabledText);
+  Cell word = cell;
+  word.x += kCheckSize - 2;
+  word.w -= kCheckSize - 2;
+  DrawText(word, CellText(row, kForce), false);
+}
+
+void JobTable::DrawEmpty(int x, int y, int w, int h) {
+  const std::string& title = texts_.Get("ui_empty_title");
+  const std::string& hint = texts_.Get("ui_empty_hint");
+  fl_color(Theme::kText);
+  fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
+  fl_draw(title.c_str(), x, y + h / 2 - 22, w, 20, FL_ALIGN_CENTER, nullptr, 0);
+  fl_color(Theme::kMuted);
+  UseCellFont();
+  fl_draw(FitHead(hint, w - 2 * kPadding).c_str(), x, y + h / 2, w, 20, FL_ALIGN_CENTER, nullptr,
+          0);
+}
+
+bool JobTable::IsButton(int row, int column) {
+  switch (column) {
+    case kMessage:
+      return true;  // says why when there is nothing to view
+    case kForce:
+      return ReadRow(row).dyna;
+    default:
+      return false;
+  }
+}
+
+std::string JobTable::CellTip(int index, int column) {
+  const Row row = ReadRow(index);
+  switch (column) {
+    case kName:
+    case kFolder:
+      return row.path;
+    case kStatus:
+      return row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
+    case kForce:
+      return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
+    case kSummary:
+      return texts_.Format("ui_tip_later", texts_.Get("lab_result"));
+    case kOther:
+      return row.other;
+    default:
+      return {};
+  }
+}
+
+int JobTable::NeededWidth(int column) {
+  UseCellFont();
+  const auto width = [](const std::string& text) {
+    return static_cast<int>(std::ceil(fl_width(text.c_str())));
+  };
+  int needed = 0;
+  for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
+    needed = std::max(needed, width(CellText(ReadRow(index), column)));
+  if (column == kStatus) needed += kStateIcon;
+  if (column == kForce) needed += kCheckSize;
+  return std::max(needed + 2 * kPadding, 60);
+}

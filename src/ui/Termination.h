@@ -1,0 +1,11 @@
+// Requests of the system to end the program.
+#ifndef KR_UI_TERMINATION_H
+#define KR_UI_TERMINATION_H
+
+#include <functional>
+
+// Calls `leave` on the interface thread when the system asks the program to end (SIGTERM, SIGINT,
+// SIGHUP). On Windows that comes as a window message and nothing has to be done.
+void OnTermination(const std::function<void()>& leave);
+
+#endif

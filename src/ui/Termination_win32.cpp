@@ -1,0 +1,3 @@
+#include "ui/Termination.h"
+
+void OnTermination(const std::function<void()>&) {}

@@ -1,0 +1,115 @@
+#include "ui/Theme.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+#include <FL/fl_message.H>
+#include <FL/Fl_Tooltip.H>
+
+#include "jobs/JobFile.h"
+#include "ui/Layout.h"
+#include "ui/ThemeFonts.h"
+
+namespace {
+
+Fl_Color ToneDown(Fl_Color color) {
+  return Fl::draw_box_active() ? color : fl_inactive(color);
+}
+
+void Frame(int x, int y, int w, int h, Fl_Color line) {
+  fl_color(line);
+  fl_xyline(x + 1, y, x + w - 2);
+  fl_xyline(x + 1, y + h - 1, x + w - 2);
+  fl_yxline(x, y + 1, y + h - 2);
+  fl_yxline(x + w - 1, y + 1, y + h - 2);
+}
+
+void DrawUpBox(int x, int y, int w, int h, Fl_Color color) {
+  Theme::DrawRounded(x, y, w, h, color, Fl::draw_box_active() ? Theme::kLine : Theme::kFaintLine);
+}
+
+void DrawDownBox(int x, int y, int w, int h, Fl_Color color) {
+  const bool active = Fl::draw_box_active();
+  Theme::DrawRounded(x, y, w, h, active ? color : Theme::kWindow,
+                     active ? Theme::kLine : Theme::kFaintLine);
+}
+
+void DrawFrame(int x, int y, int w, int h, Fl_Color) {
+  Frame(x, y, w, h, Theme::kLine);
+}
+
+void DrawFlat(int x, int y, int w, int h, Fl_Color color) {
+  fl_color(ToneDown(color));
+  fl_rectf(x, y, w, h);
+}
+
+void SetPalette(Fl_Color index, Fl_Color color) {
+  Fl::set_color(index, static_cast<uchar>(color >> 24), static_cast<uchar>(color >> 16),
+                static_cast<uchar>(color >> 8));
+}
+
+}  // namespace
+
+void Theme::Apply() {
+  SetInterfaceFonts();
+  FL_NORMAL_SIZE = Layout::kFontSize;
+  const auto part = [](Fl_Color color, int shift) { return static_cast<uchar>(color >> shift); };
+  Fl::background(part(kWindow, 24), part(kWindow, 16), part(kWindow, 8));
+  Fl::background2(part(kSurface, 24), part(kSurface, 16), part(kSurface, 8));
+  Fl::foreground(part(kText, 24), part(kText, 16), part(kText, 8));
+  SetPalette(FL_SELECTION_COLOR, kAccent);
+  SetPalette(FL_INACTIVE_COLOR, kDisabledText);
+
+  Fl::scheme("gtk+");
+  for (const Fl_Boxtype box : {FL_UP_BOX, FL_THIN_UP_BOX, FL_ROUND_UP_BOX})
+    Fl::set_boxtype(box, DrawUpBox, 1, 1, 2, 2);
+  for (const Fl_Boxtype box : {FL_DOWN_BOX, FL_THIN_DOWN_BOX, FL_BORDER_BOX})
+    Fl::set_boxtype(box, DrawDownBox, 1, 1, 2, 2);
+  for (const Fl_Boxtype box : {FL_UP_FRAME, FL_DOWN_FRAME, FL_THIN_UP_FRAME, FL_THIN_DOWN_FRAME,
+                               FL_ENGRAVED_FRAME, FL_EMBOSSED_FRAME})
+    Fl::set_boxtype(box, DrawFrame, 1, 1, 2, 2);
+  Fl::set_boxtype(FL_FLAT_BOX, DrawFlat, 0, 0, 0, 0);
+
+  Fl::scrollbar_size(Layout::kScrollbarSize);
+  Fl::visible_focus(1);
+  Fl_Tooltip::size(Layout::kFontSize);
+  Fl_Tooltip::color(kText);
+  Fl_Tooltip::textcolor(kSurface);
+  Fl_Tooltip::delay(0.6F);
+  fl_message_hotspot(0);
+}
+
+void Theme::DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line) {
+  fl_color(fill);
+  fl_rectf(x + 1, y + 1, w - 2, h - 2);
+  Frame(x, y, w, h, line);
+}
+
+Fl_Color Theme::StatusColor(int status) {
+  switch (status) {
+    case JobStatus::kWaiting:
+      return kWaiting;
+    case JobStatus::kRunning:
+      return kRunning;
+    case JobStatus::kFinished:
+      return kFinished;
+    case JobStatus::kAborted:
+      return kAborted;
+    default:
+      return kQueued;
+  }
+}
+
+const char* Theme::StatusIcon(int status) {
+  switch (status) {
+    case JobStatus::kWaiting:
+      return "state_waiting";
+    case JobStatus::kRunning:
+      return "state_running";
+    case JobStatus::kFinished:
+      return "state_finished";
+    case JobStatus::kAborted:
+      return "state_aborted";
+    default:
+      return "state_queued";
+  }
+}
