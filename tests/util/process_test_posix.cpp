@@ -71,8 +71,9 @@ TEST(ProcessPosix, ChildIsCutOffFromUs) {
   const InFolder back(folder.Path());
   const std::string script = folder.Write(
       "look.sh",
-      "ls /proc/self/fd | tr '\\n' ' '; readlink /proc/$$/fd/0; grep SigBlk /proc/$$/status;"
-      "grep SigIgn /proc/$$/status; cut -d' ' -f6 /proc/$$/stat; echo $$; pwd; echo \"$KR_WORD\"");
+      "ls /proc/self/fd | tr '\\n' ' '; readlink /proc/$$/fd/0; grep SigBlk /proc/self/status;"
+      "grep SigIgn /proc/self/status; cut -d' ' -f6 /proc/$$/stat; echo $$; pwd; echo "
+      "\"$KR_WORD\"");
   const Variable word("KR_WORD", "a b");
   const int stray = open("/dev/null", O_RDONLY);  // inheritable on purpose
   signal(SIGUSR1, SIG_IGN);

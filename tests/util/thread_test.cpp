@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 
 #include "TestChild.h"
@@ -51,8 +52,10 @@ TEST(Thread, CountsAsRunningUntilTerminated) {
 }
 
 TEST(Thread, TerminatedWhileItWaits) {
-  // Not freed: on no system does it say when the thread is gone.
-  static Waiter waiter;
+  // Kept longer than the test: on no system does the thread say when it is gone.
+  static std::unique_ptr<Waiter> kept;
+  kept = std::make_unique<Waiter>();
+  Waiter& waiter = *kept;
   ASSERT_EQ(waiter.mutex.CreateMutexSignal("", true), 1);
   PTWrapperThread thread;
   ASSERT_TRUE(thread.CreateThread(WaitForMutex, &waiter, 0));
@@ -81,6 +84,7 @@ TEST(Thread, SuspendedOnesDoNotGoOn) {
   EXPECT_TRUE(suspended.TerminateThread());
 
   static std::atomic<long> steps{0};
+  steps = 0;
   PTWrapperThread stepper;
   const auto step = [](void*) -> std::uint32_t {
     for (;;) {
