@@ -4,31 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
-#include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "jobs/DeckScan.h"
+#include "support/TempFolder.h"
 
 class DeckTest : public testing::Test {
  protected:
-  DeckTest() {
-    const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
-    folder_ = std::filesystem::temp_directory_path() / ("kr-jobs-" + std::to_string(stamp));
-    std::filesystem::create_directories(folder_);
-  }
-  ~DeckTest() override {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
-
   std::string Write(const std::string& name, const std::string& text) const {
-    const std::string path = (folder_ / name).string();
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
+    return temporary_.Write(name, text);
   }
 
   std::unique_ptr<JobFileDyna> Job(const std::string& path) const {
@@ -49,7 +37,8 @@ class DeckTest : public testing::Test {
   }
 
   Settings settings_;
-  std::filesystem::path folder_;
+  TempFolder temporary_;
+  const std::filesystem::path folder_ = temporary_.Path();
   std::vector<std::string> log_;
   std::function<bool(std::uint64_t, std::uint64_t)> progress_;
 };

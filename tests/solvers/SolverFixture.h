@@ -1,0 +1,117 @@
+// Runs of real processes: the stand-in solver, driven as the groups do it.
+#ifndef KR_TESTS_SOLVERS_SOLVERFIXTURE_H
+#define KR_TESTS_SOLVERS_SOLVERFIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "solvers/JobSolver.h"
+#include "solvers/SolverEnvironment.h"
+#include "support/TempFolder.h"
+#include "util/DateTimeWrapper.h"
+#include "util/FileDirWrapper.h"
+
+using Lines = std::vector<std::string>;
+
+inline std::string StandinSolver() {
+#ifdef _WIN32
+  return std::string(KR_TEST_BIN_DIR) + "/standin_solver.exe";
+#else
+  return std::string(KR_TEST_BIN_DIR) + "/standin_solver";
+#endif
+}
+
+inline std::string Deck(const std::string& commands) {
+  return "*KEYWORD\n" + commands +
+         "*CONTROL_TERMINATION\n       1.0\n*NODE\n       1             0.0             0.0        "
+         "     0.0\n*END\n";
+}
+
+inline bool Exists(const std::string& path) {
+  return FileDirWrapper::FileExists(path);
+}
+
+inline Lines ReadLines(const std::string& path) {
+  std::istringstream text(TempFolder::Read(path));
+  Lines lines;
+  for (std::string line; std::getline(text, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+inline bool Has(const Lines& lines, const std::string& line) {
+  return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+class SolverTest : public testing::Test {
+ protected:
+  SolverTest() {
+    // Consoles are the process tests' business.
+    SetSolverVariable("DISPLAY", "");
+    context_.settings.solver_path.fill(StandinSolver());
+    context_.settings.mpp_solver_s = StandinSolver();
+    context_.runErrorCode = &runErrorCode_;
+    context_.report = [this](const std::string& line) {
+      const std::lock_guard<std::mutex> lock(logMutex_);
+      log_.push_back(line);
+    };
+  }
+
+  std::unique_ptr<JobFileDyna> DynaJob(const std::string& deckPath) const {
+    auto job = std::make_unique<JobFileDyna>(context_.settings);
+    job->jobFile = deckPath;
+    return job;
+  }
+
+  std::unique_ptr<JobFileDyna> DynaJobWith(const std::string& commands) const {
+    return DynaJob(folder_.Write("a.k", Deck(commands)));
+  }
+
+  int Run(JobFile& job) { return Solver(job.GetSolverType()).Run(job, context_); }
+
+  // Aborts the run once the job has a message file, or after ten seconds.
+  int RunUntilItWrites(JobFile& job) {
+    std::thread stopper([&job] {
+      for (int i = 0; i < 500 && job.MessageFile().empty(); ++i) DateTimeWrapper::SleepMSec(20);
+      EXPECT_FALSE(job.MessageFile().empty());
+      job.abort = true;
+    });
+    const int status = Run(job);
+    stopper.join();
+    return status;
+  }
+
+  JobSolver& Solver(int type) const {
+    for (const std::unique_ptr<JobSolver>& solver : solvers_) {
+      if (solver->solverType == type) return *solver;
+    }
+    throw std::out_of_range("solver type");
+  }
+
+  void ExpectFailure(JobFile& job, int code, const std::string& message) {
+    EXPECT_EQ(Run(job), JobStatus::kAborted);
+    EXPECT_EQ(runErrorCode_, code);
+    EXPECT_EQ(job.RunErrorCode(), code);
+    EXPECT_EQ(job.RunMessage(), message);
+    EXPECT_TRUE(Has(log_, message));
+  }
+
+  TempFolder folder_;
+  JobRunContext context_;
+  std::atomic<int> runErrorCode_{0};
+  std::mutex logMutex_;
+  Lines log_;
+  std::vector<std::unique_ptr<JobSolver>> solvers_ = MakeSolvers();
+};
+
+#endif

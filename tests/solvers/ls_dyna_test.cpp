@@ -1,0 +1,218 @@
+#include <filesystem>
+#include <thread>
+
+#include "SolverFixture.h"
+#include "solvers/MessageFiles.h"
+
+namespace {
+
+TEST(Solvers, OneForEachType) {
+  const auto solvers = MakeSolvers();
+  ASSERT_EQ(solvers.size(), 5u);
+  for (int type = 0; type < 5; ++type) {
+    EXPECT_EQ(solvers[static_cast<std::size_t>(type)]->solverType, type);
+    EXPECT_EQ(solvers[static_cast<std::size_t>(type)]->enabled, 1);
+  }
+}
+
+TEST_F(SolverTest, RunsADeckToItsEnd) {
+  folder_.Write("messag", "old");
+  folder_.Write("mes0003", "old");
+  folder_.Write("messag.krb", "old");
+  folder_.Write("mes0000.KRB", "kept");
+  folder_.Write("messages.k", "a deck");
+  folder_.Write("messag.dyn.bak", "a deck");
+  const auto job = DynaJobWith("$ standin: echo\n$ standin: adaptdump 1\n");
+  job->memory = 1000;
+  job->extraOptions = "x=\"a b\"";
+  EXPECT_EQ(Run(*job), JobStatus::kFinished);
+
+  EXPECT_EQ(job->MessageFile(), folder_ / "messag.krb");
+  EXPECT_NE(TempFolder::Read(job->MessageFile()).find("N o r m a l"), std::string::npos);
+  EXPECT_FALSE(Exists(folder_ / "messag"));
+  EXPECT_FALSE(Exists(folder_ / "mes0003"));
+  EXPECT_EQ(TempFolder::Read(folder_ / "mes0000.KRB"), "kept");
+  EXPECT_EQ(TempFolder::Read(folder_ / "messages.k"), "a deck");
+  EXPECT_EQ(TempFolder::Read(folder_ / "messag.dyn.bak"), "a deck");
+  EXPECT_TRUE(Exists(folder_ / "adapt01.adaptdmp"));
+  const Lines echo = ReadLines(folder_ / "standin_echo.txt");
+  EXPECT_TRUE(Has(echo, "i=" + job->jobFile));
+  EXPECT_TRUE(Has(echo, "memory=250m"));
+  EXPECT_TRUE(Has(echo, "x=a b"));
+  EXPECT_EQ(job->RunErrorCode(), 0);
+  EXPECT_EQ(runErrorCode_, 0);
+  EXPECT_TRUE(log_.empty()) << log_[0];
+  EXPECT_EQ(job->run, nullptr);
+
+  context_.settings.no_adapdump = true;
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << "the same job again";
+  EXPECT_FALSE(Exists(folder_ / "adapt01.adaptdmp"));
+}
+
+TEST_F(SolverTest, ARunThatFailsSaysWhy) {
+  const auto failing = DynaJobWith("$ standin: errors 1 10305\n");
+  EXPECT_EQ(Run(*failing), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 2);
+  EXPECT_NE(failing->RunMessage().find("*** Error 10305"), std::string::npos)
+      << failing->RunMessage();
+  EXPECT_EQ(failing->MessageFile(), folder_ / "messag.krb");
+
+  const auto crashing = DynaJobWith("$ standin: crash\n");
+  ExpectFailure(*crashing, 2,
+                "Job [" + crashing->jobFile +
+                    "] did not end normally: its message file has no line of normal termination");
+
+  const auto silent = DynaJobWith("$ standin: no-message\n");
+  ExpectFailure(*silent, 3,
+                "No message file been generated when run job [" + silent->jobFile + "]");
+}
+
+TEST_F(SolverTest, WhatIsMissingIsNamed) {
+  const std::string none = folder_ / "none";
+  auto job = DynaJob(none);
+  ExpectFailure(*job, 4, "Job file [" + none + "] does not exist");
+  job = DynaJob("");
+  ExpectFailure(*job, 4, "Job file [Null] does not exist");
+  job = DynaJobWith("");
+  job->restartFile = none;
+  ExpectFailure(*job, 4, "Job restart file [" + none + "] does not exist");
+
+  job = DynaJobWith("");
+  context_.settings.solver_path[0] = none;
+  ExpectFailure(*job, 5, "Solver [" + none + "] does not exist");
+  context_.settings.solver_path[0].clear();
+  ExpectFailure(*job, 5, "Solver [Null] does not exist");
+  context_.settings.solver_path[0] = folder_.Path();
+  ExpectFailure(
+      *job, 6,
+      "CreateProcess " + folder_.Path() + " " + folder_.Path() + " i=" + job->jobFile + " failed");
+  job->ResetForRun();
+  EXPECT_EQ(job->RunMessage(), "");
+
+  // Types without an executable for distributed runs end without a word.
+  log_.clear();
+  context_.settings.use_mpp = true;
+  JobFileDyna batch(context_.settings);
+  batch.solverType = Settings::kUtilityBatch;
+  EXPECT_EQ(Solver(0).Run(batch, context_), JobStatus::kAborted);
+  JobFileVorel vorel(context_.settings);
+  EXPECT_EQ(Solver(0).Run(vorel, context_), JobStatus::kAborted) << "not a deck";
+  EXPECT_TRUE(log_.empty());
+}
+
+TEST_F(SolverTest, PathsWithBlanksReachTheSolverWhole) {
+  const std::string deckFolder = folder_ / "my folder";
+  FileDirWrapper::CreateDirTree(deckFolder);
+  folder_.Write("my folder/a b.k", Deck("$ standin: echo\n"));
+  const auto job = DynaJob(FileDirWrapper::Join(deckFolder, "a b.k"));
+  EXPECT_EQ(Run(*job), JobStatus::kFinished);
+  EXPECT_TRUE(Exists(FileDirWrapper::Join(deckFolder, "messag.krb")));
+#ifndef _WIN32  // where paths have short names, the solver gets those
+  const Lines echo = ReadLines(FileDirWrapper::Join(deckFolder, "standin_echo.txt"));
+  EXPECT_TRUE(Has(echo, "i=" + job->jobFile));
+  EXPECT_TRUE(Has(echo, "cwd=" + deckFolder));
+#endif
+}
+
+TEST_F(SolverTest, ARestartNeedsNoDeck) {
+  const auto first = DynaJobWith("");
+  ASSERT_EQ(Run(*first), JobStatus::kFinished);
+  ASSERT_TRUE(Exists(folder_ / "d3dump01"));
+  const auto restart = DynaJob("");
+  restart->restartFile = folder_ / "d3dump01";
+  EXPECT_EQ(Run(*restart), JobStatus::kFinished) << restart->RunMessage();
+  EXPECT_EQ(restart->MessageFile(), folder_ / "messag.krb");
+}
+
+TEST_F(SolverTest, AbortLeavesTheSolverToTheCaller) {
+  const auto job = DynaJobWith("$ standin: run 60\n$ standin: ignore-term\n");
+  EXPECT_EQ(RunUntilItWrites(*job), JobStatus::kAborted);
+  EXPECT_EQ(job->MessageFile(), folder_ / "messag") << "not renamed while the solver writes";
+  EXPECT_TRUE(job->process.IsActive());
+  EXPECT_TRUE(job->process.Terminate());
+  EXPECT_FALSE(job->process.IsActive());
+  EXPECT_EQ(runErrorCode_, 0);
+
+  std::filesystem::remove(folder_ / "messag");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted) << "still told to abort";
+  EXPECT_FALSE(Exists(folder_ / "messag"));
+}
+
+TEST_F(SolverTest, RunsAtOnceKeepTheirFoldersAndVariables) {
+  std::string before;
+  FileDirWrapper::CurrentDir(before);
+  constexpr int kRuns = 6;
+  std::vector<std::thread> threads;
+  std::vector<std::unique_ptr<JobFileDyna>> jobs;
+  std::vector<int> results(kRuns, -1);
+  for (int i = 0; i < kRuns; ++i) {
+    const std::string name = "run" + std::to_string(i);
+    FileDirWrapper::CreateDirTree(folder_ / name);
+    jobs.push_back(DynaJob(folder_.Write(name + "/a.k", Deck("$ standin: echo\n"))));
+    if (i % 2 == 1) jobs.back()->calculationMethod = "IMPLICIT DYNAMIC";
+  }
+  for (std::size_t i = 0; i < kRuns; ++i) {
+    threads.emplace_back([this, i, &results, &jobs] { results[i] = Run(*jobs[i]); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (std::size_t i = 0; i < kRuns; ++i) {
+    const std::string runFolder = jobs[i]->Folder();
+    EXPECT_EQ(results[i], JobStatus::kFinished) << jobs[i]->RunMessage();
+    const Lines echo = ReadLines(FileDirWrapper::Join(runFolder, "standin_echo.txt"));
+    EXPECT_TRUE(Has(echo, "cwd=" + runFolder));
+    EXPECT_TRUE(Has(echo, i % 2 == 1 ? "LSTC_MEMORY=" : "LSTC_MEMORY=auto")) << i;
+  }
+  std::string after;
+  FileDirWrapper::CurrentDir(after);
+  EXPECT_EQ(after, before);
+}
+
+TEST_F(SolverTest, FindsTheMessageFile) {
+  const auto job = DynaJobWith("");
+  EXPECT_EQ(FindMessageFile(*job), "");
+  for (const char* name : {"messag.krb", "mes.txt", "a.k.console.txt", "mes0000.key", "mes01.K~~",
+                           "messag.inc", "xmessag"}) {
+    folder_.Write(name, "");
+  }
+  FileDirWrapper::CreateDirTree(folder_ / "mes0000");
+  job->includes = {"sub/messag.inc"};
+  job->restartFile = folder_ / "xmessag";
+  EXPECT_EQ(FindMessageFile(*job), "");
+  folder_.Write("messag", "");
+  EXPECT_EQ(FindMessageFile(*job), folder_ / "messag");
+  folder_.Write("mes0002", "");
+  folder_.Write("mes0001", "");
+  EXPECT_EQ(FindMessageFile(*job), folder_ / "mes0001");
+}
+
+TEST_F(SolverTest, ReadsHowARunEnded) {
+  const struct {
+    const char* text;
+    bool normal;
+  } cases[] = {
+      {" N o r m a l    t e r m i n a t i o n      12/21/25 20:15:16\n", true},
+      {" N o r m a l t e r m i n a t i o n", true},
+      {"t e r m i n a t i o n: N o r m a l, says the first word\r\n", true},
+      {"x\nN o r m a l\n", true},          // too short for the second word
+      {"N o r m a l 45678901\r\n", true},  // 20 characters
+      {"N o r m a l 456789012\n", false},
+      {"N o r m a l and more text\nt e r m i n a t i o n\n", false},
+      {" Normal termination of the whole run\n", false},
+      {" E r r o r   t e r m i n a t i o n\n", false},
+      {"", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(ReadVerdict(folder_.Write("messag", c.text)).normal, c.normal) << c.text;
+  }
+  const std::string far(300000, '\n');
+  EXPECT_TRUE(
+      ReadVerdict(folder_.Write("messag", far + " N o r m a l   t e r m i n a t i o n" + far))
+          .normal);
+  EXPECT_EQ(ReadVerdict(folder_.Write("messag", far + " *** Error 10305 (KEY+305)\n     bad card\n"
+                                                      " *** Error 10306 (KEY+306)\n"))
+                .reason,
+            "*** Error 10305 (KEY+305): bad card");
+  EXPECT_EQ(ReadVerdict(folder_.Path()).reason, "its message file cannot be read");
+}
+
+}  // namespace
