@@ -56,7 +56,7 @@ class Application {
 
   int exitCode = 0;
   bool running = true;  // the poll timer is to go on
-  int language = 0;     // fixed for the process
+  int language = 0;     // 0 English, 1 Chinese; fixed for the process
 
  private:
   static bool AnotherCopyRuns();

@@ -44,16 +44,20 @@ std::string Absolute(const std::string& path) {
   return FileDirWrapper::AbsolutePath(path);
 }
 
-void TakeSettings(SettingsAndPaths& settings, const Settings& wanted) {
-  settings.Set(&Settings::use_mpp, wanted.use_mpp);
-  settings.Set(&Settings::mpi_param, wanted.mpi_param);
-  settings.Set(&Settings::mpp_param, wanted.mpp_param);
-  settings.Set(&Settings::group, wanted.group);
-  settings.Set(&Settings::memory2, wanted.memory2);
-  settings.Set(&Settings::cpu_count, wanted.cpu_count);
-  settings.Set(&Settings::force, wanted.force);
-  settings.Set(&Settings::output_dump, wanted.output_dump);
-  settings.SetSolverPath(Settings::kInc, wanted.solver_path[Settings::kInc]);
+// True when something changed.
+bool TakeSettings(SettingsAndPaths& settings, const Settings& wanted) {
+  bool changed = settings.Set(&Settings::use_mpp, wanted.use_mpp);
+  changed |= settings.Set(&Settings::mpi_param, wanted.mpi_param);
+  changed |= settings.Set(&Settings::mpp_param, wanted.mpp_param);
+  changed |= settings.Set(&Settings::group, wanted.group);
+  changed |= settings.Set(&Settings::memory2, wanted.memory2);
+  changed |= settings.Set(&Settings::cpu_count, wanted.cpu_count);
+  changed |= settings.Set(&Settings::force, wanted.force);
+  changed |= settings.Set(&Settings::output_dump, wanted.output_dump);
+  const std::string& inc = wanted.solver_path[Settings::kInc];
+  changed |= settings.Get().solver_path[Settings::kInc] != inc;
+  settings.SetSolverPath(Settings::kInc, inc);
+  return changed;
 }
 
 }  // namespace
@@ -121,12 +125,14 @@ void HandOverReader::Apply(const hand_over_file::Contents& contents) {
   HandOverOrder order = ReadHandOverText(contents.text, settings.Get());
   for (const std::string& remark : order.remarks) settings.Log().ReportLine(remark);
 
-  TakeSettings(settings, order.settings);
+  const bool changed = TakeSettings(settings, order.settings);
   if (order.solverMode) application_.SetSolverMode(*order.solverMode);
   const std::shared_ptr<JobGroup> group = application_.Manager().CurrentGroup();
   if (order.groupText && group) group->SetText(*order.groupText);
   if (settings.Dirty()) settings.WriteSettings();
-  application_.Manager().Observer().SettingsChanged();
+  if (changed || order.groupText || order.solverMode) {
+    application_.Manager().Observer().SettingsChanged();
+  }
 
   for (JobRequest& job : order.jobs) {
     job.jobFile = Absolute(job.jobFile);

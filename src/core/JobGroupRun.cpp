@@ -129,8 +129,9 @@ int JobGroup::RunJob(JobFile& job) {
   } catch (const std::exception& error) {
     manager_.Settings().Log().Report("Run job [%s] failed: %s", OrNull(job.jobFile), error.what());
   }
-  // The driver leaves an aborted solver running; it must not outlive its job.
-  if (job.abort && !job.process.Terminate()) {
+  // The driver leaves an aborted solver running; it must not outlive its job. One that has ended is
+  // let go, since each one held costs a descriptor and a queue may be long.
+  if (!job.process.Terminate() && job.abort) {
     manager_.Settings().Log().ReportLine(job.process.LastError());
   }
   return status;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 
 #include "core/Application.h"
 #include "core/HandOverFile.h"
@@ -28,9 +29,9 @@ class HostileSystem : public CoreTest {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
-  static bool BecomeNobody() {
-    const passwd* nobody = getpwnam("nobody");
-    return nobody != nullptr && setgid(nobody->pw_gid) == 0 && setuid(nobody->pw_uid) == 0;
+  static bool Become(const char* user) {
+    const passwd* entry = getpwnam(user);
+    return entry != nullptr && setgid(entry->pw_gid) == 0 && setuid(entry->pw_uid) == 0;
   }
 
   Result Read(const std::string& path) {
@@ -38,17 +39,16 @@ class HostileSystem : public CoreTest {
     return hand_over_file::Read(path, 1000, contents);
   }
 
-  // A running process whose program has this name.
-  pid_t StartNamed(const std::string& name) {
+  // A running process whose program has this name; of this user when no other is named.
+  void StartNamed(const std::string& name, const char* user = nullptr) {
     const std::string program = home_ / name;
     std::filesystem::copy_file("/bin/sleep", program, std::filesystem::copy_options::skip_existing);
     const pid_t pid = fork();
     if (pid == 0) {
-      execl(program.c_str(), name.c_str(), "100", nullptr);
+      if (user == nullptr || Become(user)) execl(program.c_str(), name.c_str(), "100", nullptr);
       _exit(127);
     }
     started_.push_back(pid);
-    return pid;
   }
 
   ~HostileSystem() override {
@@ -167,14 +167,19 @@ TEST_F(HostileSystem, ASecondCopyHandsOverAndShowsNoWindow) {
 TEST_F(HostileSystem, CopiesOfTwoUsersDoNotCountAsTwo) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root";
   chmod(home_.Path().c_str(), 0755);
-  StartNamed("kestrun_a");
-  const pid_t other = fork();
-  if (other == 0) {
-    if (BecomeNobody()) execl((home_ / "kestrun_a").c_str(), "kestrun_a", "100", nullptr);
-    _exit(127);
-  }
-  started_.push_back(other);
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  StartNamed("kestrun_a", "nobody");
+  StartNamed("kestrun_b", "daemon");
+  ASSERT_TRUE(WaitUntil([&] {
+    std::vector<PTWrapperProcessInfo> processes;
+    PTWrapperProcess::FindRunningProcessName(processes);
+    std::set<std::string> users;
+    for (const PTWrapperProcessInfo& process : processes) {
+      std::string user;
+      PTWrapperProcess::GetProcessUser(process.processId, user);
+      if (process.exeName.starts_with("kestrun_")) users.insert(user);
+    }
+    return users == std::set<std::string>{"nobody", "daemon"};
+  }));
   Application application;
   const char* arguments[] = {"kestrun"};
   EXPECT_TRUE(application.Initialise(1, arguments));
@@ -189,7 +194,7 @@ TEST_F(HostileSystem, UsersOfOneTemporaryFolderWaitForEachOther) {
   const pid_t other = fork();
   if (other == 0) {
     setenv("XDG_CONFIG_HOME", (home_ / "other").c_str(), 1);
-    if (!BecomeNobody()) _exit(100);
+    if (!Become("nobody")) _exit(100);
     SettingsAndPaths theirs(kTitle);
     const char* arguments[] = {"kestrun", "/theirs.k"};
     _exit(WriteHandOver(theirs, 2, arguments) ? 0 : 1);
