@@ -3,7 +3,7 @@
 # With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
 # saves a screenshot; exit code 0 only when all jobs are Finished.
 set -euo pipefail
-bin=${1:?the folder of the built programs}
+bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
 title="Kestrun 2016 R1"
 time_limit=180  # seconds for all jobs
@@ -43,7 +43,7 @@ exec 3>"$scratch/display"
 Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
 server=$!
 cleanup() {
-  kill "${window:-}" 2>/dev/null || true
+  [ -z "${window:-}" ] || { kill "$window" && wait "$window"; } 2>/dev/null || true
   kill "${manager:-}" "$server" 2>/dev/null || true
   wait 2>/dev/null || true
 }
@@ -75,10 +75,14 @@ sleep 1
 screenshot=${KR_SCREENSHOT:-$scratch/kestrun.png}
 import -window root "$scratch/root.png"
 id=$(xdotool search --name "^$title\$" | head -n 1)
-eval "$(xdotool getwindowgeometry --shell "$id")"
-frame=24  # the window manager's title bar
-top=$((Y > frame ? Y - frame : 0))
-convert "$scratch/root.png" -crop "$((WIDTH + 2))x$((HEIGHT + frame + 2))+$((X > 0 ? X - 1 : 0))+$top" +repage "$screenshot"
+# The window with its frame, cut out of the screen: left, right, top, bottom of the frame first.
+read -r left right top bottom < <(xprop -id "$id" _NET_FRAME_EXTENTS | sed 's/.*= //; s/,//g')
+read -r x y width height < <(xwininfo -id "$id" | awk '
+  /Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
+  /^ *Width:/ { w = $NF } /^ *Height:/ { print x, y, w, $NF }')
+convert "$scratch/root.png" \
+  -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
+  +repage "$screenshot"
 rm -f "$scratch/root.png"
 cat "$report"
 echo "Screenshot: $screenshot"
