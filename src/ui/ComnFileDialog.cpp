@@ -2,6 +2,7 @@
 
 #include <FL/Fl_Native_File_Chooser.H>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "ui/Text.h"
@@ -10,13 +11,18 @@
 
 namespace {
 
+// "*.dyn;*.k" becomes "*.{dyn,k}".
 std::string ToolkitPattern(const std::string& patterns) {
   std::vector<std::string> pieces;
   StrWrapperTxt::SeparateString(patterns, pieces, ';');
   if (pieces.size() == 1) return pieces.front();
+  const bool endings = std::all_of(pieces.begin(), pieces.end(), [](const std::string& piece) {
+    return piece.compare(0, 2, "*.") == 0;
+  });
   std::string out;
-  for (const std::string& piece : pieces) out += (out.empty() ? "{" : ",") + piece;
-  return out + "}";
+  for (const std::string& piece : pieces)
+    out += (out.empty() ? "{" : ",") + (endings ? piece.substr(2) : piece);
+  return (endings ? "*." : "") + out + "}";
 }
 
 std::string ExistingFolder(std::string folder) {
@@ -43,7 +49,7 @@ std::string ComnFileDialog::ToolkitFilter(const std::string& filter) {
   for (std::size_t i = 0; i + 1 < pieces.size(); i += 2) {
     // The toolkit shows the pattern behind the description.
     std::string description = pieces[i].substr(0, pieces[i].find(" ("));
-    out += description + "\t" + ToolkitPattern(pieces[i + 1]) + "\n";
+    out += description + " \t" + ToolkitPattern(pieces[i + 1]) + "\n";
   }
   return out;
 }

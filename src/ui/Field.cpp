@@ -3,9 +3,12 @@
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
 
+#include "ui/Text.h"
 #include "ui/Theme.h"
 
 namespace {
+
+constexpr int kPadding = 4;
 
 // Keys with Ctrl that the input itself understands.
 bool IsEditingKey(int key) {
@@ -56,6 +59,12 @@ void Field::SetTip(const std::string& text) {
   if (text == tip_) return;
   tip_ = text;
   tooltip(tip_.empty() ? nullptr : tip_.c_str());
+}
+
+void Field::SetPlaceholder(const std::string& text) {
+  if (text == placeholder_) return;
+  placeholder_ = text;
+  redraw();
 }
 
 void Field::Show(const std::string& stored) {
@@ -124,6 +133,12 @@ int Field::handle(int event) {
 
 void Field::draw() {
   Fl_Input::draw();
+  if (size() == 0 && Fl::focus() != this && !placeholder_.empty()) {
+    fl_font(textfont(), textsize());
+    fl_color(Theme::kDisabledText);
+    const std::string text = FitHead(placeholder_, w() - 2 * kPadding);
+    fl_draw(text.c_str(), x() + kPadding, y(), w(), h(), FL_ALIGN_LEFT, nullptr, 0);
+  }
   if (!bad_) return;
   fl_color(Theme::kError);
   fl_rect(x(), y(), w(), h());

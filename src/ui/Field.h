@@ -21,6 +21,8 @@ class Field : public Fl_Input {
   bool Commit();
 
   void SetTip(const std::string& text);
+  // Shown faintly while the field is empty and not in use.
+  void SetPlaceholder(const std::string& text);
 
   // Empty when the text is valid, else what is wrong.
   std::function<std::string(const std::string& text)> Check;
@@ -37,6 +39,7 @@ class Field : public Fl_Input {
 
   std::string stored_;
   std::string tip_;
+  std::string placeholder_;
   bool edited_ = false;
   bool bad_ = false;
 };

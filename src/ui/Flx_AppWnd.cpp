@@ -58,6 +58,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   size_range(Layout::kMinWidth, Layout::kMinHeight);
   ConnectParts();
   Refresh();
+  if (Table()) Table()->TakeFocus();
 }
 
 Flx_AppWnd::~Flx_AppWnd() {

@@ -60,6 +60,7 @@ Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
   // The table's own frame is the only one to be seen.
   scroll_->box(FL_FLAT_BOX);
   scroll_->color(Theme::kSurface);
+  extent_ = new Extent(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
   rows_ = new Rows(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
   scroll_->end();
   end();
@@ -86,14 +87,14 @@ int Flx_Table::ViewWidth() const {
 }
 
 int Flx_Table::ColumnX(int column) const {
-  return rows_->x() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
+  return OriginX() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
 }
 
 int Flx_Table::ColumnAt(int x) const {
-  int right = rows_->x();
+  int right = OriginX();
   for (int column = 0; column < ColumnCount(); ++column) {
     right += widths_[static_cast<std::size_t>(column)];
-    if (x < right) return x < rows_->x() ? -1 : column;
+    if (x < right) return x < OriginX() ? -1 : column;
   }
   return -1;
 }
@@ -108,7 +109,8 @@ void Flx_Table::LayOut() {
 
   const int height = std::max(RowCount() * Layout::kRowHeight,
                               ViewHeight() - (total > ViewWidth() ? Layout::kScrollbarSize : 0));
-  rows_->size(total, height);
+  extent_->resize(OriginX(), OriginY(), total, height);
+  rows_->Pin();
   const int maxX = std::max(0, total - ViewWidth());
   const int maxY = std::max(0, height - ViewHeight() + (maxX > 0 ? Layout::kScrollbarSize : 0));
   ScrollTo(std::min(scroll_->xposition(), maxX), std::min(scroll_->yposition(), maxY));
@@ -117,7 +119,7 @@ void Flx_Table::LayOut() {
 }
 
 void Flx_Table::PlaceHeads() {
-  int x = rows_->x();
+  int x = OriginX();
   for (std::size_t i = 0; i < buttons_.size(); ++i) {
     buttons_[i]->resize(x, heads_->y(), widths_[i], heads_->h());
     x += widths_[i];
@@ -153,7 +155,7 @@ void Flx_Table::SelectRow(int row) {
   current_ = row;
   if (row >= 0) {
     const int top = row * Layout::kRowHeight;
-    const int hidden = rows_->w() > ViewWidth() ? Layout::kScrollbarSize : 0;
+    const int hidden = extent_->w() > ViewWidth() ? Layout::kScrollbarSize : 0;
     const int bottom = top + Layout::kRowHeight - (ViewHeight() - hidden);
     const int y = std::min(std::max(scroll_->yposition(), bottom), top);
     ScrollTo(scroll_->xposition(), y);

@@ -80,17 +80,22 @@ class Flx_Table : public Fl_Group {
 
  private:
   class Rows;
+  class Extent;
   void LayOut();
   void PlaceHeads();
   int ViewWidth() const;
   int ViewHeight() const;
   void ScrollTo(int x, int y);
+  // Where the first row and column begin, scrolled out or not.
+  int OriginX() const { return scroll_->x() - scroll_->xposition(); }
+  int OriginY() const { return scroll_->y() - scroll_->yposition(); }
   int ColumnAt(int x) const;
   int ColumnX(int column) const;
 
   Fl_Group* heads_;
   Fl_Scroll* scroll_;
-  Rows* rows_;
+  Extent* extent_;  // as big as all rows together; gives the scrollbars their range
+  Rows* rows_;      // as big as the view
   std::vector<TableColumn> columns_;
   std::vector<Flx_HeaderButton*> buttons_;
   std::vector<int> widths_;  // as laid out

@@ -20,18 +20,32 @@ bool HasModifier() {
 
 }  // namespace
 
-Flx_Table::Rows::Rows(Flx_Table& table, int x, int y, int w, int h)
-    : Fl_Widget(x, y, w, h), table_(table) {}
+Flx_Table::Extent::Extent(Flx_Table& table, int x, int y, int w, int h)
+    : Fl_Widget(x, y, w, h), table_(table) {
+  clear_visible();
+}
 
-void Flx_Table::Rows::resize(int x, int y, int w, int h) {
+void Flx_Table::Extent::resize(int x, int y, int w, int h) {
   const bool sideways = x != this->x();
   Fl_Widget::resize(x, y, w, h);
   if (sideways) table_.PlaceHeads();
 }
 
+Flx_Table::Rows::Rows(Flx_Table& table, int x, int y, int w, int h)
+    : Fl_Widget(x, y, w, h), table_(table) {}
+
+void Flx_Table::Rows::resize(int, int, int, int) {
+  Pin();
+}
+
+void Flx_Table::Rows::Pin() {
+  const Fl_Scroll& scroll = *table_.scroll_;
+  Fl_Widget::resize(scroll.x(), scroll.y(), table_.ViewWidth(), table_.ViewHeight());
+}
+
 void Flx_Table::Rows::RedrawRow(int row) {
   if (row < 0 || !visible_r()) return;
-  const int top = y() + row * Layout::kRowHeight;
+  const int top = table_.OriginY() + row * Layout::kRowHeight;
   const int from = std::max(top, table_.scroll_->y());
   const int to = std::min(top + Layout::kRowHeight, table_.scroll_->y() + table_.ViewHeight());
   if (to > from) damage(FL_DAMAGE_USER1, table_.scroll_->x(), from, table_.ViewWidth(), to - from);
@@ -48,16 +62,17 @@ void Flx_Table::Rows::draw() {
                      table_.ViewHeight());
     return;
   }
-  const int first = (clipY - y()) / Layout::kRowHeight;
-  const int last = std::min((clipY + clipH - y() + Layout::kRowHeight - 1) / Layout::kRowHeight,
-                            table_.RowCount());
+  const int first = (clipY - table_.OriginY()) / Layout::kRowHeight;
+  const int last =
+      std::min((clipY + clipH - table_.OriginY() + Layout::kRowHeight - 1) / Layout::kRowHeight,
+               table_.RowCount());
   if (first >= last) return;
   table_.PrepareRows(first, last);
   for (int row = first; row < last; ++row) DrawRow(row, clipX + clipW);
 }
 
 void Flx_Table::Rows::DrawRow(int row, int last) {
-  const int top = y() + row * Layout::kRowHeight;
+  const int top = table_.OriginY() + row * Layout::kRowHeight;
   const bool focused = Fl::focus() == this;
   Fl_Color fill = Theme::kSurface;
   if (row == hoverRow_) fill = Theme::kRowHover;
@@ -66,7 +81,7 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
   fl_rectf(x(), top, w(), Layout::kRowHeight - 1);
   fl_color(Theme::kFaintLine);
   fl_xyline(x(), top + Layout::kRowHeight - 1, x() + w() - 1);
-  int left = x();
+  int left = table_.OriginX();
   for (int column = 0; column < table_.ColumnCount(); ++column) {
     const int width = table_.widths_[static_cast<std::size_t>(column)];
     if (left >= last) break;
@@ -81,7 +96,7 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
 }
 
 int Flx_Table::Rows::RowAtMouse() const {
-  const int row = (Fl::event_y() - y()) / Layout::kRowHeight;
+  const int row = (Fl::event_y() - table_.OriginY()) / Layout::kRowHeight;
   return Fl::event_y() >= y() && row < table_.RowCount() ? row : -1;
 }
 
@@ -101,9 +116,9 @@ void Flx_Table::Rows::ShowTip() {
     Fl_Tooltip::enter_area(this, 0, 0, 0, 0, nullptr);
     return;
   }
-  Fl_Tooltip::enter_area(this, table_.ColumnX(hoverColumn_), y() + hoverRow_ * Layout::kRowHeight,
-                         table_.widths_[static_cast<std::size_t>(hoverColumn_)], Layout::kRowHeight,
-                         tip_.c_str());
+  Fl_Tooltip::enter_area(
+      this, table_.ColumnX(hoverColumn_), table_.OriginY() + hoverRow_ * Layout::kRowHeight - y(),
+      table_.widths_[static_cast<std::size_t>(hoverColumn_)], Layout::kRowHeight, tip_.c_str());
 }
 
 void Flx_Table::Rows::OpenMenu(int x, int y) {
@@ -133,8 +148,9 @@ int Flx_Table::Rows::HandleKey() {
   const int page = std::max(1, table_.ViewHeight() / Layout::kRowHeight - 1);
   if (key == FL_Menu || (key == FL_F + 10 && Fl::event_state(FL_SHIFT))) {
     table_.SelectRow(current);
-    OpenMenu(table_.scroll_->x() + Layout::kRowHeight,
-             current < 0 ? table_.scroll_->y() : y() + (current + 1) * Layout::kRowHeight);
+    OpenMenu(
+        table_.scroll_->x() + Layout::kRowHeight,
+        current < 0 ? table_.scroll_->y() : table_.OriginY() + (current + 1) * Layout::kRowHeight);
     return 1;
   }
   if (HasModifier()) return 0;
@@ -162,7 +178,7 @@ int Flx_Table::Rows::HandleKey() {
                       table_.scroll_->yposition());
       return 1;
     case FL_Right:
-      table_.ScrollTo(std::min(std::max(0, w() - table_.ViewWidth()),
+      table_.ScrollTo(std::min(std::max(0, table_.extent_->w() - table_.ViewWidth()),
                                table_.scroll_->xposition() + Layout::kRowHeight),
                       table_.scroll_->yposition());
       return 1;
@@ -177,9 +193,9 @@ int Flx_Table::Rows::HandleKey() {
 int Flx_Table::Rows::HandleWheel() {
   const bool sideways = Fl::event_dx() != 0 || Fl::event_state(FL_SHIFT);
   const int steps = (Fl::event_dy() + Fl::event_dx()) * kWheelRows * Layout::kRowHeight;
-  const int hidden = w() > table_.ViewWidth() ? Layout::kScrollbarSize : 0;
-  const int maxX = std::max(0, w() - table_.ViewWidth());
-  const int maxY = std::max(0, h() - table_.ViewHeight() + hidden);
+  const int hidden = table_.extent_->w() > table_.ViewWidth() ? Layout::kScrollbarSize : 0;
+  const int maxX = std::max(0, table_.extent_->w() - table_.ViewWidth());
+  const int maxY = std::max(0, table_.extent_->h() - table_.ViewHeight() + hidden);
   const int toX = table_.scroll_->xposition() + (sideways ? steps : 0);
   const int toY = table_.scroll_->yposition() + (sideways ? 0 : steps);
   table_.ScrollTo(std::clamp(toX, 0, maxX), std::clamp(toY, 0, maxY));

@@ -8,15 +8,30 @@
 
 #include "ui/Flx_Table.h"
 
-// As tall as all rows together; draws those that can be seen and turns the user's mouse and keys
-// into the table's events.
+// Never drawn: its size and position tell the scrolling area where all rows together are. They are
+// far too tall for the window system to draw or clip.
+class Flx_Table::Extent : public Fl_Widget {
+ public:
+  Extent(Flx_Table& table, int x, int y, int w, int h);
+
+  void draw() override {}
+  void resize(int x, int y, int w, int h) override;
+
+ private:
+  Flx_Table& table_;
+};
+
+// Stays where the view is; draws the rows that can be seen and turns the user's mouse and keys into
+// the table's events.
 class Flx_Table::Rows : public Fl_Widget {
  public:
   Rows(Flx_Table& table, int x, int y, int w, int h);
 
   void draw() override;
   int handle(int event) override;
+  // The scrolling area moves what it holds; this does not follow.
   void resize(int x, int y, int w, int h) override;
+  void Pin();
   void RedrawRow(int row);
 
  private:

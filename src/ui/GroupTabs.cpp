@@ -181,8 +181,8 @@ void GroupTabs::ShowTip(int tab) {
   if (tip_.empty()) {
     Fl_Tooltip::enter_area(this, 0, 0, 0, 0, nullptr);
   } else {
-    Fl_Tooltip::enter_area(this, x() + starts_[index] - offset_, y(),
-                           starts_[index + 1] - starts_[index], h(), tip_.c_str());
+    Fl_Tooltip::enter_area(this, starts_[index] - offset_, 0, starts_[index + 1] - starts_[index],
+                           h(), tip_.c_str());
   }
 }
 

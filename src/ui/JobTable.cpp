@@ -37,14 +37,14 @@ JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
       solverName_(std::move(solverName)) {
   // Wanted and least width, share of what is left over.
   AddColumn({texts.Get("lab_job_name"), 160, 90, 3});
-  AddColumn({texts.Get("lab_in_folder"), 214, 90, 5});
+  AddColumn({texts.Get("lab_in_folder"), 208, 90, 5});
   AddColumn({texts.Get("lab_solv"), 94, 94, 0});
   AddColumn({texts.Get("lab_mstage"), 68, 68, 0});
   AddColumn({texts.Get("lab_memory"), 70, 66, 0});
   AddColumn({texts.Get("lab_status"), 92, 92, 0});
   AddColumn({texts.Get("lab_messag"), 70, 70, 0});
   AddColumn({texts.Get("lab_result"), 76, 76, 0});
-  AddColumn({texts.Get("lab_iforce"), 60, 60, 0});
+  AddColumn({texts.Get("lab_iforce"), 64, 64, 0});
   AddColumn({texts.Get("lab_other_para"), 98, 92, 3});
 }
 
@@ -190,8 +190,8 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   }
   fl_color(enabled ? Theme::kText : Theme::kDisabledText);
   Cell word = cell;
-  word.x += kCheckSize - 2;
-  word.w -= kCheckSize - 2;
+  word.x += kCheckSize + 5;
+  word.w -= kCheckSize + 5;
   DrawText(word, CellText(row, kForce), false);
 }
 

@@ -1,7 +1,5 @@
 #include "ui/SettingsRow.h"
 
-#include <FL/fl_draw.H>
-
 #include <algorithm>
 #include <filesystem>
 
@@ -18,6 +16,7 @@ constexpr long long kMostMemory = 2147483647;  // what the settings file can hol
 constexpr long long kMostCpus = 100000;
 constexpr long long kLongestPause = 86400;  // seconds
 constexpr int kMppWidth = 190;
+constexpr int kLabelInset = 3;  // what the toolkit leaves in front of a label
 
 const char* const kMpiNames[] = {"ANL MPI: MPICH2", "Intel MPI", "Microsoft MPI",
                                  "IBM Platform MPI"};
@@ -89,14 +88,12 @@ void SettingsRow::MakeFields() {
   memory_ = new Field(0, 0, Layout::kMemoryField, height);
   auto_ = new Fl_Check_Button(0, 0, Layout::kAutoWidth, height);
   auto_->copy_label(texts_.Get("lab_auto").c_str());
-  auto_->down_box(FL_BORDER_BOX);
   cpuLabel_ = MakeLabel("lab_cpu");
   cpu_ = new Field(0, 0, Layout::kCpuField, height);
   pauseLabel_ = MakeLabel("lab_pause");
   pause_ = new Field(0, 0, Layout::kPauseField, height);
   secondLabel_ = MakeLabel("lab_second");
-  mpp_ = new Fl_Button(0, 0, 10, height);
-  mpp_->box(FL_UP_BOX);
+  mpp_ = new StateButton(0, 0, 10, height);
   mpp_->deactivate();  // its dialog is not there yet
 }
 
@@ -160,20 +157,20 @@ void SettingsRow::PlaceWidgets() {
   using namespace Layout;
   const int right = SubmitX(w());
   int y = SolverRowY();
-  solverLabel_->resize(kMargin, y, kLabelWidth, kFieldHeight);
+  solverLabel_->resize(kMargin - kLabelInset, y, kLabelWidth, kFieldHeight);
   kindChoice_->position(kFieldX, y);
   const int pathX = kFieldX + kSolverKindWidth + kGap;
   browse_->position(right - kMargin - kBrowseWidth, y);
   solver_->resize(pathX, y, browse_->x() - 2 - pathX, kFieldHeight);
   y = CommandRowY();
-  commandLabel_->resize(kMargin, y, kLabelWidth, kFieldHeight);
+  commandLabel_->resize(kMargin - kLabelInset, y, kLabelWidth, kFieldHeight);
   command_->resize(kFieldX, y, right - kMargin - kFieldX, kFieldHeight);
   submit_->position(right, SolverRowY());
   y = ParameterRowY(w());
   if (InlineCaption(w())) {
-    caption_->resize(kMargin, y, kCaptionWidth, kFieldHeight);
+    caption_->resize(kMargin - kLabelInset, y, kCaptionWidth, kFieldHeight);
   } else {
-    caption_->resize(kMargin, y - kCaptionRow - 2, kCaptionWidth + 40, kCaptionRow);
+    caption_->resize(kMargin - kLabelInset, y - kCaptionRow - 2, kCaptionWidth + 40, kCaptionRow);
   }
   memoryLabel_->resize(MemoryX(w()) - kMemoryLabel, y, kMemoryLabel, kFieldHeight);
   memory_->resize(MemoryX(w()), y, kMemoryField, kFieldHeight);
@@ -277,6 +274,7 @@ void SettingsRow::ShowView(const View& view) {
 
   command_->Show(view.multiStage ? texts_.Get("lab_cmd_mstage") : ToUi(view.command));
   SetActive(command_, view.job && editable && !view.multiStage);
+  command_->SetPlaceholder(view.job ? std::string() : texts_.Get("ui_tip_command_none"));
   command_->SetTip(texts_.Get(view.job ? "ui_tip_command" : "ui_tip_command_none"));
   ShowMpp();
 }
@@ -289,11 +287,8 @@ void SettingsRow::ShowMpp() {
     text = texts_.Get("ui_mpp_on") + ": " +
            (known ? std::string(kMpiNames[settings.mpi]) : texts_.Get("ui_mpp_other"));
   }
-  mppTip_ = text + "\n" + texts_.Get(settings.use_mpp ? "ui_tip_mpp_on" : "ui_tip_mpp_off");
-  mpp_->tooltip(mppTip_.c_str());
-  mpp_->labelcolor(settings.use_mpp ? Theme::kText : Theme::kMuted);
-  fl_font(mpp_->labelfont(), mpp_->labelsize());
-  mpp_->copy_label(MenuLabel(FitHead(text, mpp_->w() - 10)).c_str());
+  const std::string& how = texts_.Get(settings.use_mpp ? "ui_tip_mpp_on" : "ui_tip_mpp_off");
+  mpp_->SetState(text, settings.use_mpp, text + "\n" + how);
 }
 
 bool SettingsRow::Commit() {

@@ -84,8 +84,8 @@ class SettingsRow : public Fl_Group {
   Fl_Box* pauseLabel_;
   Field* pause_;
   Fl_Box* secondLabel_;
-  Fl_Button* mpp_;
-  std::string kindTip_, autoTip_, mppTip_;
+  StateButton* mpp_;
+  std::string kindTip_;
 };
 
 #endif

@@ -58,12 +58,13 @@ void Theme::Apply() {
   Fl::foreground(part(kText, 24), part(kText, 16), part(kText, 8));
   SetPalette(FL_SELECTION_COLOR, kAccent);
   SetPalette(FL_INACTIVE_COLOR, kDisabledText);
+  SetPalette(FL_GRAY0, kFaintLine);  // the bevel of the arrow on default buttons
 
   Fl::scheme("gtk+");
   for (const Fl_Boxtype box : {FL_UP_BOX, FL_THIN_UP_BOX, FL_ROUND_UP_BOX})
     Fl::set_boxtype(box, DrawUpBox, 1, 1, 2, 2);
   for (const Fl_Boxtype box : {FL_DOWN_BOX, FL_THIN_DOWN_BOX, FL_BORDER_BOX})
-    Fl::set_boxtype(box, DrawDownBox, 1, 1, 2, 2);
+    Fl::set_boxtype(box, DrawDownBox, 3, 1, 6, 2);
   for (const Fl_Boxtype box : {FL_UP_FRAME, FL_DOWN_FRAME, FL_THIN_UP_FRAME, FL_THIN_DOWN_FRAME,
                                FL_ENGRAVED_FRAME, FL_EMBOSSED_FRAME})
     Fl::set_boxtype(box, DrawFrame, 1, 1, 2, 2);
@@ -71,6 +72,8 @@ void Theme::Apply() {
 
   Fl::scrollbar_size(Layout::kScrollbarSize);
   Fl::visible_focus(1);
+  // One look for all windows; the toolkit's own chooser also leaves the process's locale alone.
+  Fl::option(Fl::OPTION_FNFC_USES_GTK, false);
   Fl_Tooltip::size(Layout::kFontSize);
   Fl_Tooltip::color(kText);
   Fl_Tooltip::textcolor(kSurface);

@@ -4,6 +4,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/Icons.h"
+#include "ui/Text.h"
 #include "ui/Theme.h"
 
 namespace {
@@ -78,4 +79,28 @@ void PrimaryButton::draw() {
     fl_rect(x() + 3, y() + 3, w() - 6, h() - 6);
     fl_line_style(0);
   }
+}
+
+StateButton::StateButton(int x, int y, int w, int h) : Fl_Button(x, y, w, h) {}
+
+void StateButton::SetState(const std::string& uiText, bool on, const std::string& tip) {
+  if (tip != tip_) {
+    tip_ = tip;
+    tooltip(tip_.c_str());
+  }
+  if (uiText == text_ && on == on_) return;
+  text_ = uiText;
+  on_ = on;
+  redraw();
+}
+
+void StateButton::draw() {
+  constexpr int kPadding = 8;
+  const Fl_Color fill = active_r() ? Theme::kSurface : Theme::kWindow;
+  Theme::DrawRounded(x(), y(), w(), h(), fill, Theme::kLine);
+  fl_font(FL_HELVETICA, labelsize());
+  fl_color(on_ ? Theme::kText : Theme::kMuted);
+  const std::string text = FitHead(text_, w() - 2 * kPadding + 6);
+  fl_draw(text.c_str(), x(), y(), w(), h(), FL_ALIGN_CENTER, nullptr, 0);
+  if (Fl::focus() == this) draw_focus();
 }

@@ -37,4 +37,17 @@ class PrimaryButton : public Fl_Button {
   bool hovered_ = false;
 };
 
+// A button that says how something is set. Its text stays readable while it is disabled.
+class StateButton : public Fl_Button {
+ public:
+  StateButton(int x, int y, int w, int h);
+  void SetState(const std::string& uiText, bool on, const std::string& tip);
+
+  void draw() override;
+
+ private:
+  std::string text_, tip_;
+  bool on_ = false;
+};
+
 #endif
