@@ -1,6 +1,8 @@
 // The settings file: which keys there are, and how they are read and written.
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <variant>
 
@@ -124,10 +126,8 @@ bool WriteAndCompare(const Key& key, const std::string& written, const std::stri
 }
 
 // Reading drops blanks at the ends and one pair of quotes around a value. Where a value would come
-// back changed, an outer pair protects it. What is there already costs no writing; an empty value
-// looks like a missing key and is written.
+// back changed, an outer pair protects it.
 bool WriteKey(const Key& key, const std::string& value, const std::string& file) {
-  if (!value.empty() && ReadsAs(key, value, file)) return true;
   if (WriteAndCompare(key, value, value, file)) return true;
   if (WriteAndCompare(key, '"' + value + '"', value, file)) return true;
   std::string trimmed;
@@ -135,9 +135,24 @@ bool WriteKey(const Key& key, const std::string& value, const std::string& file)
   return WriteAndCompare(key, trimmed, trimmed, file);
 }
 
-bool WriteKeys(const Settings& settings, const std::string& file) {
+// What stands before the equals signs, in lower case.
+std::set<std::string> NamesIn(const std::string& contents) {
+  std::set<std::string> names;
+  for (const std::string& line : LinesOf(contents)) {
+    std::string name;
+    StrWrapperTxt::Trim(line.substr(0, line.find('=')), name);
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    names.insert(name);
+  }
+  return names;
+}
+
+// Each writing waits for the disk, so what is there already is left alone.
+bool WriteKeys(const Settings& settings, const std::set<std::string>& present,
+               const std::string& file) {
   return std::all_of(std::begin(kKeys), std::end(kKeys), [&](const Key& key) {
-    return WriteKey(key, std::visit(Formatter{settings}, key.field), file);
+    const std::string value = std::visit(Formatter{settings}, key.field);
+    return (present.contains(key.name) && ReadsAs(key, value, file)) || WriteKey(key, value, file);
   });
 }
 
@@ -147,7 +162,8 @@ bool ReplaceKeys(const Settings& settings, const std::string& file) {
   std::string contents;
   if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
   const std::string copy = file + ".new";
-  const bool done = FileDirWrapper::WriteFileWhole(copy, contents) && WriteKeys(settings, copy) &&
+  const bool done = FileDirWrapper::WriteFileWhole(copy, contents) &&
+                    WriteKeys(settings, NamesIn(contents), copy) &&
                     FileDirWrapper::ReplaceFileWith(copy, file);
   if (!done) FileDirWrapper::RemoveFile(copy);
   return done;
