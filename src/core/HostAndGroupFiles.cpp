@@ -39,8 +39,9 @@ void SettingsAndPaths::ReadHostFile() {
 
 void SettingsAndPaths::WriteHostFile() {
   if (FileDirWrapper::FileExists(hostFile)) return;
-  std::string text = std::string(kHostHeader) + kLineEnd;
-  for (const std::string& line : settings_.host_lines) text += OneLine(line) + kLineEnd;
+  std::string text = kHostHeader;
+  text += kLineEnd;
+  for (const std::string& line : settings_.host_lines) text.append(OneLine(line)).append(kLineEnd);
   if (!FileDirWrapper::WriteFileWhole(hostFile, text)) {
     log_.Report("Write host file [%s] failed", OrNull(hostFile));
   }
@@ -67,7 +68,7 @@ void SettingsAndPaths::WriteGroupFile(const std::vector<GroupEntry>& groups) {
   if (groups.empty()) return;
   std::string text;
   for (const auto& [name, groupText] : groups) {
-    text += StorableName(name) + '=' + OneLine(groupText) + kLineEnd;
+    text.append(StorableName(name)).append("=").append(OneLine(groupText)).append(kLineEnd);
   }
   if (groupFileKept_ || !FileDirWrapper::WriteFileWhole(groupFile, text)) {
     log_.Report("Write group file [%s] failed", OrNull(groupFile));
