@@ -26,10 +26,11 @@ int Flx_AppWnd::handle(int event) {
     case FL_PASTE:
       if (Fl::event_text()) AddDropped(Fl::event_text());
       return 1;
+    case FL_KEYBOARD:  // what the widget with the focus did not take
     case FL_SHORTCUT: {
       Action action;
       if (ActionOfKey(action)) return Perform(action), 1;
-      if (Fl::event_key() == FL_Escape) {
+      if (event == FL_SHORTCUT && Fl::event_key() == FL_Escape) {
         // Does not close the window; it leads back to the table.
         if (Table()) Table()->TakeFocus();
         return 1;

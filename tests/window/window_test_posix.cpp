@@ -1,0 +1,237 @@
+// The program's window, driven through real keys and clicks; what comes of it is looked up in
+// files.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "ui/Layout.h"
+#include "window/Desktop.h"
+
+namespace {
+
+// The poll that takes jobs in comes every three seconds.
+constexpr double kPoll = 8;
+constexpr double kRun = 20;
+
+bool Exists(const std::string& path) {
+  return std::filesystem::exists(path);
+}
+
+std::string FolderOf(const std::string& deck) {
+  return std::filesystem::path(deck).parent_path().string();
+}
+
+// The message file that a run leaves when its end has been judged.
+bool HasRun(const std::string& deck) {
+  return Exists(FolderOf(deck) + "/messag.krb");
+}
+
+bool Began(const std::string& deck) {
+  return Exists(FolderOf(deck) + "/messag");
+}
+
+class Window : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(desktop_.Ready()) << "no display could be started"; }
+
+  // Starts the program with jobs and waits until it has taken them in.
+  Copy StartWith(const std::vector<std::string>& arguments) {
+    const Copy copy = desktop_.Start(arguments);
+    EXPECT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy.output);
+    EXPECT_TRUE(WaitUntilTaken());
+    return copy;
+  }
+
+  bool WaitUntilTaken() {
+    const std::string handOver = desktop_.Scratch() / "home/tmp/~kestrun_tmp_2014 R1.txt";
+    const bool gone = Desktop::WaitFor([&] { return !Exists(handOver); }, kPoll);
+    usleep(300000);  // small decks are read at once
+    return gone;
+  }
+
+  std::string Groups() const { return TempFolder::Read(desktop_.Groups()); }
+  std::string Settings() const { return TempFolder::Read(desktop_.Settings()); }
+
+  // Selects the text of a field of the settings and types over it.
+  void TypeInto(int x, int y, const std::string& text) {
+    desktop_.Click(x + 10, y + Layout::kFieldHeight / 2);
+    desktop_.Key("ctrl+a");
+    desktop_.Type(text);
+    desktop_.Key("Return");
+  }
+
+  Desktop desktop_;
+};
+
+constexpr int kWidth = Layout::kWindowWidth;
+
+TEST_F(Window, JobsOfTheCommandLineRunOnCtrlEnter) {
+  const std::string first = desktop_.Deck("first", "");
+  const std::string second = desktop_.Deck("second", "");
+  StartWith({first, second});
+  desktop_.Key("ctrl+Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(first) && HasRun(second); }, kRun));
+}
+
+TEST_F(Window, OptionsSubmitReportAndQuit) {
+  const std::string good = desktop_.Deck("good", "");
+  const std::string bad = desktop_.Deck("bad", "$ standin: fail\n");
+  const std::string report = desktop_.Scratch() / "report.txt";
+  const Copy copy =
+      desktop_.Start({"--submit", "--report=" + report, "--quit-when-done", good, bad});
+  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 0) << TempFolder::Read(copy.output);
+  const std::string text = TempFolder::Read(report);
+  EXPECT_EQ(text.rfind(good + "\tFinished\tLS-DYNA (S)\t" + FolderOf(good) + "/messag.krb\n" + bad +
+                           "\tAborted\tLS-DYNA (S)\t",
+                       0),
+            0U)
+      << text;
+  EXPECT_EQ(Groups(), "Group1=\n");
+}
+
+TEST_F(Window, SecondCopyHandsItsJobOverAndRaisesTheWindow) {
+  const std::string deck = desktop_.Deck("handed", "");
+  StartWith({});
+  const std::string window = desktop_.ActiveWindow();
+  desktop_.Command("sh -c 'xterm -e sleep 60 >/dev/null 2>&1 & echo $!'");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.ActiveWindow() != window; }, 10));
+  const Copy second = desktop_.Start({deck});
+  EXPECT_EQ(desktop_.WaitExit(second, 10), 0) << TempFolder::Read(second.output);
+  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.ActiveWindow() == window; }, 4));
+  EXPECT_TRUE(WaitUntilTaken());
+  desktop_.Key("ctrl+Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
+}
+
+TEST_F(Window, TwoUsersEachHaveTheirOwn) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
+  const std::vector<std::string> nobody = {"setpriv", "--reuid=65534", "--regid=65534",
+                                           "--clear-groups"};
+  const std::string reachable =
+      desktop_.Command("setpriv --reuid=65534 --regid=65534 --clear-groups test -x " KR_TEST_BIN_DIR
+                       "/kestrun && echo yes");
+  if (reachable.empty()) GTEST_SKIP() << "another user cannot reach the program";
+  const Copy mine = desktop_.Start({});
+  ASSERT_TRUE(desktop_.OpenMain());
+  const Copy theirs = desktop_.Start({}, nobody, "other");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("Kestrun").size() == 2; }, 10))
+      << TempFolder::Read(theirs.output);
+  EXPECT_TRUE(Desktop::Runs(mine));
+  EXPECT_TRUE(Desktop::Runs(theirs));
+}
+
+TEST_F(Window, LeavingAsksWhileAJobRuns) {
+  const std::string deck = desktop_.Deck("long", "$ standin: run 60\n");
+  const Copy copy = StartWith({deck});
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(deck); }, kRun));
+  desktop_.Key("ctrl+q");
+  EXPECT_TRUE(desktop_.Answer("Escape"));
+  usleep(500000);
+  EXPECT_TRUE(Desktop::Runs(copy));
+  ASSERT_TRUE(desktop_.OpenMain());
+  desktop_.Key("ctrl+q");
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  EXPECT_EQ(desktop_.WaitExit(copy, kRun), 0);
+  EXPECT_FALSE(desktop_.SolverRuns("long.k")) << "the solver still runs";
+  EXPECT_EQ(Groups(), "Group1=\n");
+}
+
+TEST_F(Window, StopEndsTheRunningJobOnly) {
+  const std::string running = desktop_.Deck("running", "$ standin: run 60\n");
+  const std::string queued = desktop_.Deck("queued", "");
+  const Copy copy = StartWith({running, queued});
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(running); }, kRun));
+  EXPECT_TRUE(desktop_.SolverRuns("running.k"));
+  desktop_.Key("ctrl+period");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return !desktop_.SolverRuns("running.k"); }, 10));
+  usleep(500000);
+  EXPECT_FALSE(HasRun(queued));
+  desktop_.Key("ctrl+q");  // asks nothing: no job runs
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+}
+
+TEST_F(Window, DeletingAsks) {
+  const std::string dropped = desktop_.Deck("dropped", "");
+  const std::string kept = desktop_.Deck("kept", "");
+  StartWith({dropped, kept});
+  desktop_.Key("Delete");  // nothing is selected: a message
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  desktop_.Key("Home Delete");
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  desktop_.Click(60, Layout::RowY(0, kWidth));
+  desktop_.Click(Layout::ToolX(Layout::kDeleteJob, kWidth) + 16, Layout::kToolY + 16);
+  EXPECT_TRUE(desktop_.Answer("Escape"));
+  desktop_.Key("ctrl+Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(kept); }, kRun));
+  EXPECT_FALSE(HasRun(dropped));
+}
+
+TEST_F(Window, GroupsAreAddedRenamedAndKept) {
+  const Copy copy = StartWith({});
+  desktop_.Key("F2");
+  ASSERT_FALSE(desktop_.Windows("KestrunDialog").empty());
+  desktop_.Key("ctrl+a");
+  desktop_.Type("Door panels");
+  desktop_.Key("Return ctrl+t");  // the second one is Group1 again
+  usleep(300000);
+  desktop_.Key("F2");
+  ASSERT_FALSE(desktop_.Windows("KestrunDialog").empty());
+  desktop_.Key("ctrl+a");
+  desktop_.Type("Door panels");
+  desktop_.Key("Return");
+  EXPECT_TRUE(desktop_.Answer("Return")) << "the name is taken";
+  // The first tab, by a double click.
+  desktop_.Click(Layout::kMargin + 30, Layout::TabsY(kWidth) + Layout::kTabHeight / 2, 2);
+  ASSERT_FALSE(desktop_.Windows("KestrunDialog").empty());
+  desktop_.Key("End");
+  desktop_.Type(" 2");
+  desktop_.Key("Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+  EXPECT_EQ(Groups(), "Door panels 2=\nGroup1=\n");
+}
+
+TEST_F(Window, SettingsAreEditedInPlace) {
+  const std::string deck = desktop_.Deck("edited", "$ standin: echo\n");
+  const Copy copy = StartWith({deck});
+  const int y = Layout::ParameterRowY(kWidth);
+  TypeInto(Layout::MemoryX(kWidth), y, "750");
+  TypeInto(Layout::CpuX(kWidth), y, "many");
+  TypeInto(Layout::PauseX(kWidth), y, "1");
+  // With a job selected the same fields belong to the job.
+  desktop_.Click(60, Layout::RowY(0, kWidth));
+  TypeInto(Layout::CpuX(kWidth), y, "3");
+  TypeInto(Layout::kFieldX, Layout::CommandRowY(), "extra=1");
+  desktop_.Key("ctrl+Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
+  const std::string arguments = TempFolder::Read(FolderOf(deck) + "/standin_echo.txt");
+  EXPECT_NE(arguments.find("ncpu=3\n"), std::string::npos) << arguments;
+  EXPECT_NE(arguments.find("extra=1\n"), std::string::npos) << arguments;
+  desktop_.Key("ctrl+q");
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+  EXPECT_NE(Settings().find("memory_size=750"), std::string::npos);
+  EXPECT_NE(Settings().find("cpu_count=1"), std::string::npos);
+  EXPECT_NE(Settings().find("pause_time=1"), std::string::npos);
+}
+
+TEST_F(Window, SurvivesEverySize) {
+  const std::string deck = desktop_.Deck("sized", "");
+  const Copy copy = StartWith({deck});
+  const std::string window = desktop_.ActiveWindow();
+  for (const char* size : {"700 320", "1270 760", "701 760", "1270 320"}) {
+    desktop_.Command("xdotool windowsize --sync " + window + " " + size);
+    desktop_.Key("Home ctrl+t ctrl+Tab F5");
+  }
+  EXPECT_TRUE(Desktop::Runs(copy));
+  desktop_.Key("ctrl+Return ctrl+Tab ctrl+Return ctrl+Tab ctrl+Return");
+  EXPECT_TRUE(Desktop::Runs(copy));
+}
+
+}  // namespace
