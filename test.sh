@@ -24,7 +24,7 @@ build() {  # preset, further cmake arguments
 step "Building: release"
 build release
 step "Building: address and undefined-behaviour sanitizers"
-build asan -DKR_TEST_TAG=asan:
+build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF
 step "Compiling for Windows"
 build windows
 
