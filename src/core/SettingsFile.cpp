@@ -147,7 +147,7 @@ std::set<std::string> NamesIn(const std::string& contents) {
   return names;
 }
 
-// Each writing waits for the disk, so what is there already is left alone.
+// Each writing replaces the copy, so what is there already is left alone.
 bool WriteKeys(const Settings& settings, const std::set<std::string>& present,
                const std::string& file) {
   return std::all_of(std::begin(kKeys), std::end(kKeys), [&](const Key& key) {
@@ -156,17 +156,16 @@ bool WriteKeys(const Settings& settings, const std::set<std::string>& present,
   });
 }
 
-// The keys are changed in a copy that then takes the file's place: a full disk or a crash between
-// two keys leaves the old file.
+// The keys are changed in a copy whose contents then take the place of the file's: a full disk or a
+// crash between two keys leaves the old file. It may hold the user's access key.
 bool ReplaceKeys(const Settings& settings, const std::string& file) {
   std::string contents;
   if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
   const std::string copy = file + ".new";
-  const bool done = FileDirWrapper::WriteFileWhole(copy, contents) &&
-                    WriteKeys(settings, NamesIn(contents), copy) &&
-                    FileDirWrapper::ReplaceFileWith(copy, file);
-  if (!done) FileDirWrapper::RemoveFile(copy);
-  return done;
+  const bool edited = FileDirWrapper::WritePrivateFile(copy, contents) &&
+                      WriteKeys(settings, NamesIn(contents), copy) && ReadWholeText(copy, contents);
+  FileDirWrapper::RemoveFile(copy);
+  return edited && FileDirWrapper::WriteFileWhole(file, contents);
 }
 
 }  // namespace

@@ -63,10 +63,9 @@ bool FileDirWrapper::CreateDirTree(const std::string& path) {
 }
 
 bool FileDirWrapper::TrimTrailingSeparator(const std::string& path, std::string& out) {
-  out.clear();
-  if (path.empty()) return false;
   out = path;
-  if (IsSeparator(path.back()) && file_system::RootLength(path) < path.size()) out.pop_back();
+  if (out.empty()) return false;
+  if (IsSeparator(out.back()) && file_system::RootLength(out) < out.size()) out.pop_back();
   return true;
 }
 

@@ -82,6 +82,10 @@ class FileDirWrapper {
   // link the file that it leads to is written.
   static bool WriteFileWhole(const std::string& path, const std::string& contents);
 
+  // Makes a new file in the place of an old one, for this user alone where files have rights of
+  // their own. Neither in one step nor flushed: for working copies.
+  static bool WritePrivateFile(const std::string& path, const std::string& contents);
+
   // The path of the running program's executable file.
   static std::string ProgramPath();
 };

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "util/FileDirWrapper.h"
+#include "util/FileReplace_posix.h"
 #include "util/FileSystemCalls.h"
 
 namespace {
@@ -74,13 +75,6 @@ bool CopyRights(int file, const struct stat& old) {
   return fchmod(file, old.st_mode & 0777) == 0;
 }
 
-// `source` is on the disk already.
-bool MoveOver(const std::string& source, const std::string& target) {
-  if (std::rename(source.c_str(), target.c_str()) != 0) return false;
-  SyncFolder(FolderOf(target));
-  return true;
-}
-
 }  // namespace
 
 bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string& to) {
@@ -92,10 +86,27 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   if (file < 0) return false;
   const bool synced = fsync(file) == 0;
   close(file);
-  return synced && MoveOver(source, target);
+  if (!synced || std::rename(source.c_str(), target.c_str()) != 0) return false;
+  SyncFolder(FolderOf(target));
+  return true;
 }
 
 bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
+  return ReplaceContents(path, contents, Flush::kYes);
+}
+
+bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
+  const std::string own = file_system::ForSystem(path);
+  RemoveFile(own);
+  const int file = open(own.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file < 0) return false;
+  const bool written = WriteAll(file, contents);
+  if (close(file) == 0 && written) return true;
+  unlink(own.c_str());
+  return false;
+}
+
+bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush) {
   std::string target = file_system::ForSystem(path);
   if (target.empty() || !ResolveLinks(target)) return false;
   struct stat old {};
@@ -106,9 +117,13 @@ bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& 
   std::string temp;
   const int file = CreateTempFile(FolderOf(target), exists ? 0600 : 0666, temp);
   if (file < 0) return false;
-  bool ok = WriteAll(file, contents) && (!exists || CopyRights(file, old)) && fsync(file) == 0;
+  bool ok = WriteAll(file, contents) && (!exists || CopyRights(file, old)) &&
+            (flush == Flush::kNo || fsync(file) == 0);
   ok = close(file) == 0 && ok;
-  if (ok && MoveOver(temp, target)) return true;
+  if (ok && std::rename(temp.c_str(), target.c_str()) == 0) {
+    if (flush == Flush::kYes) SyncFolder(FolderOf(target));
+    return true;
+  }
   unlink(temp.c_str());
   return false;
 }

@@ -92,6 +92,18 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   return Flush(from) && MoveOver(from, to);
 }
 
+// The folder's rights decide who may read it.
+bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
+  RemoveFile(path);
+  const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  const bool written = WriteAll(file, contents);
+  if (CloseHandle(file) && written) return true;
+  DeleteFileA(path.c_str());
+  return false;
+}
+
 bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
   if (path.empty()) return false;
   const std::string target = ResolveLinks(AbsolutePath(path));

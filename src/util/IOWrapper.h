@@ -24,8 +24,10 @@ class IOWrapper : public ErrorReporting {};
 // begin with ';' are comments, and other lines stay where they are. Texts end at their first line
 // end. A relative file name is seen from the current folder.
 //
-// On Linux the file is replaced whole, keeps its rights, and is left alone when it is read-only or
-// holds wide characters; several threads may write one file.
+// On Linux the file is replaced whole but not flushed to the disk (who needs that edits a copy and
+// puts it in place with FileDirWrapper::WriteFileWhole), keeps its rights, and is left alone when
+// it is read-only, holds wide characters or more than 1 MB; several threads may write one file.
+// Keys that could not be found again (with '=', or beginning with '[' or ';') are not written.
 class IOWrapperIni : public IOWrapper {
  public:
   IOWrapperIni();

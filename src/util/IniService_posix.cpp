@@ -7,13 +7,14 @@
 #include <cerrno>
 #include <mutex>
 
-#include "util/FileDirWrapper.h"
+#include "util/FileReplace_posix.h"
 #include "util/FileSystemCalls.h"
 #include "util/IniText_posix.h"
 
 namespace {
 
-constexpr off_t kLargestFile = off_t{64} << 20;  // bytes
+// Bytes. Each access reads the whole file, and each of its lines costs memory.
+constexpr off_t kLargestFile = off_t{1} << 20;
 
 enum class Loaded { kText, kMissing, kUnreadable };
 
@@ -82,7 +83,7 @@ void ini_service::Write(const std::string& section, const std::string* key,
   } else {
     changed = text.Set(section, *key, *value);
   }
-  if (changed) FileDirWrapper::WriteFileWhole(fileName, text.Bytes());
+  if (changed) ReplaceContents(fileName, text.Bytes(), Flush::kNo);
 }
 
 std::string ini_service::SectionNames(const std::string& fileName) {

@@ -85,8 +85,10 @@ std::vector<std::string_view> IniText::Sections() const {
 bool IniText::Set(std::string_view section, std::string_view key, std::string_view value) {
   const std::string_view sectionName = Trimmed(section);
   const std::string_view keyName = Trimmed(key);
-  // A name that begins like a comment could be written again and again, but never found.
-  if (sectionName.empty() || keyName.empty() || keyName.front() == ';') return false;
+  // Such a key could be written again and again, but never found.
+  if (sectionName.empty() || keyName.empty() || keyName.find('=') != std::string_view::npos ||
+      keyName.front() == ';' || keyName.front() == '[')
+    return false;
   const std::string assigned = "=" + std::string(Trimmed(value));
 
   const std::size_t header = FindSection(sectionName);

@@ -72,6 +72,9 @@ TEST(Paths, TrimQuoteAndJoin) {
   EXPECT_EQ(out, "\"a\tb\"");
   EXPECT_TRUE(FileDirWrapper::QuotePath("ab", out));
   EXPECT_EQ(out, "ab");
+  out = "a/";
+  EXPECT_TRUE(FileDirWrapper::TrimTrailingSeparator(out, out));
+  EXPECT_EQ(out, "a");
   EXPECT_EQ(FileDirWrapper::Join("a", "b"), Sep("a/b"));
   EXPECT_EQ(FileDirWrapper::Join("", "b"), "b");
   EXPECT_EQ(FileDirWrapper::Join("/", "b"), "/b");

@@ -137,6 +137,18 @@ TEST(FilesOnLinux, ReplacingKeepsRightsAndLinks) {
   EXPECT_FALSE(FileDirWrapper::WriteFileWhole(temp / "self", "x"));
 }
 
+TEST(FilesOnLinux, WorkingCopiesAreForThisUserAlone) {
+  const TempFolder temp;
+  const std::string victim = temp.Write("victim", "precious");
+  const std::string copy = temp / "settings.new";
+  ASSERT_EQ(symlink(victim.c_str(), copy.c_str()), 0);
+  EXPECT_TRUE(FileDirWrapper::WritePrivateFile(copy, "[A]\n"));
+  IOWrapperIni().WriteValToIni("A", "k", "v", copy);
+  EXPECT_EQ(ModeOf(copy), 0600u);
+  EXPECT_EQ(TempFolder::Read(copy), "[A]\nk=v\n");
+  EXPECT_EQ(TempFolder::Read(victim), "precious");
+}
+
 TEST(FilesOnLinux, AFullDiskLeavesTheOldFileAlone) {
   const TempFolder temp;
   const std::string path = temp.Write("settings", "[A]\nk=old\n");

@@ -33,6 +33,8 @@ TEST(IniBytes, WritingChangesOneLine) {
   EXPECT_EQ(Changed(temp, "[A]\nx=1", "A", "k", "v"), "[A]\nx=1\nk=v\n");
   EXPECT_EQ(Changed(temp, "[A]\n;k=1\n", "A", "k", "v"), "[A]\n;k=1\nk=v\n");
   EXPECT_EQ(Changed(temp, "[A]\n;k=1\n", "A", ";k", "v"), "[A]\n;k=1\n");
+  EXPECT_EQ(Changed(temp, "[A]\n", "A", "a=b", "v"), "[A]\n");
+  EXPECT_EQ(Changed(temp, "[A]\n", "A", "[B", "v]"), "[A]\n");
   EXPECT_EQ(Changed(temp, "\xEF\xBB\xBF[A]\nk=1\n", "A", "k", "v"), "\xEF\xBB\xBF[A]\nk=v\n");
   const std::string wide("\xFF\xFE[\0A\0]\0\n\0", 10);
   EXPECT_EQ(Changed(temp, wide, "A", "k", "v"), wide);
