@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "util/FileSystemCalls.h"
 #include "util/StrWrapper.h"
 
 namespace {
@@ -65,6 +66,14 @@ bool IsRunnable(const std::string& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
+// Who started us may have told the system that nobody asks how children end, which we inherit: it
+// would then throw their exit states away.
+void KeepChildrenCollectable() {
+  struct sigaction action {};
+  if (sigaction(SIGCHLD, nullptr, &action) != 0 || action.sa_flags & SA_SIGINFO) return;
+  if (action.sa_handler == SIG_IGN) signal(SIGCHLD, SIG_DFL);
+}
+
 struct LetGo {
   std::mutex mutex;
   std::vector<pid_t> pids;
@@ -78,6 +87,7 @@ LetGo& LetGoChildren() {
 }  // namespace
 
 int StartChild(const ChildStart& start, pid_t& pid) {
+  KeepChildrenCollectable();
   SpawnSetup setup;
   sigset_t none, all;
   sigemptyset(&none);
@@ -96,7 +106,8 @@ int StartChild(const ChildStart& start, pid_t& pid) {
 }
 
 std::string FindProgram(const std::string& name) {
-  if (name.empty() || name.find('/') != std::string::npos) return name;
+  const std::string own = file_system::ForSystem(name);
+  if (own.empty() || own.find('/') != std::string::npos) return own;
   const char* path = std::getenv("PATH");
   std::vector<std::string> folders;
   StrWrapperTxt::SeparateString(path ? path : "/usr/local/bin:/usr/bin:/bin", folders, ':');

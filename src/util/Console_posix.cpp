@@ -128,6 +128,7 @@ bool Console::Accept(int listener, Clock::time_point deadline) {
     pollfd wait{listener, POLLIN, 0};
     poll(&wait, 1, kLookMilliseconds);
     UniqueFd peer(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!peer && (errno == EMFILE || errno == ENFILE)) return false;
     if (peer) {
       ucred who{};
       socklen_t size = sizeof who;

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "util/FileSystemCalls.h"
 #include "util/InputFile.h"
 
 InputFile::~InputFile() {
@@ -12,7 +13,8 @@ InputFile::~InputFile() {
 
 bool InputFile::Open(const std::string& path) {
   if (handle_ >= 0) return false;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  const int fd =
+      open(file_system::ForSystem(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) return false;
   struct stat info {};
   if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {

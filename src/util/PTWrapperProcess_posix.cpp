@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -14,6 +15,7 @@
 #include "util/ChildStart_posix.h"
 #include "util/Console_posix.h"
 #include "util/FileDirWrapper.h"
+#include "util/FileSystemCalls.h"
 #include "util/ProcessTree_posix.h"
 #include "util/PTWrapper.h"
 #include "util/StrWrapper.h"
@@ -69,7 +71,8 @@ std::vector<std::string> EnvironmentWith(const std::string& token) {
 UniqueFd OpenOutput(const std::string& path) {
   if (path.empty()) return {};
   constexpr mode_t kMode = 0666;
-  UniqueFd fd(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, kMode));
+  UniqueFd fd(open(file_system::ForSystem(path).c_str(),
+                   O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, kMode));
   struct stat info {};
   if (!fd || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
   if (ftruncate(fd.get(), 0) != 0) return {};
@@ -125,11 +128,15 @@ bool PTWrapperProcess::Private::Child::HasEnded() {
 bool PTWrapperProcess::Private::Child::End() {
   if (HasEnded()) return true;
   ProcessTree tree(token);
-  tree.AddRoot(key);
+  tree.AddRoot(key.start == 0 ? KeyOf(key.pid) : key);
   if (console) {
     for (const ProcessKey& process : console->Processes()) tree.AddConsole(process);
   }
-  return tree.End(kTerminateTime);
+  if (tree.End(kTerminateTime)) return true;
+  // The tree may not even be seen, for want of descriptors. This needs none: the child is ours and
+  // not collected, and leads the group that most of what it started is in.
+  if (!console && !HasEnded()) kill(-key.pid, SIGKILL);
+  return false;
 }
 
 void PTWrapperProcess::Private::Child::LetGo() {
@@ -203,7 +210,8 @@ bool PTWrapperProcess::Create(const std::string& exePath, const std::string& com
   ChildStart start;
   StrWrapperTxt::SplitCommandLine(commandLine, start.args);
   if (start.args.empty()) start.args.push_back(exePath);
-  start.program = exePath.empty() ? FindProgram(start.args.front()) : exePath;
+  start.program =
+      exePath.empty() ? FindProgram(start.args.front()) : file_system::ForSystem(exePath);
 
   Private::Child child;
   child.token = NewToken();

@@ -25,9 +25,11 @@ std::string UserName(uid_t id) {
 
 bool PTWrapperProcess::FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list) {
   list.clear();
-  for (const ProcessEntry& process : ListProcesses())
+  const std::optional<std::vector<ProcessEntry>> processes = ListProcesses();
+  if (!processes) return false;
+  for (const ProcessEntry& process : *processes)
     list.push_back({process.key.pid, ExecutableName(process)});
-  return !list.empty();
+  return true;
 }
 
 bool PTWrapperProcess::GetCurrProcessUser(std::string& user) {

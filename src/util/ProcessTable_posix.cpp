@@ -17,8 +17,13 @@ std::string ProcPath(pid_t pid, const char* file) {
   return "/proc/" + std::to_string(pid) + "/" + file;
 }
 
+bool IsForWantOfDescriptors(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOMEM;
+}
+
 std::string ReadProcFile(pid_t pid, const char* file) {
   std::string text;
+  errno = 0;
   const UniqueFd fd(open(ProcPath(pid, file).c_str(), O_RDONLY | O_CLOEXEC));
   if (!fd) return text;
   char buffer[4096];
@@ -70,16 +75,17 @@ ProcessKey KeyOf(pid_t pid) {
   return entry ? entry->key : ProcessKey{pid, 0};
 }
 
-std::vector<ProcessEntry> ListProcesses() {
+std::optional<std::vector<ProcessEntry>> ListProcesses() {
   std::vector<ProcessEntry> list;
   const std::unique_ptr<DIR, int (*)(DIR*)> dir(opendir("/proc"), closedir);
-  if (!dir) return list;
+  if (!dir) return std::nullopt;
   while (const dirent* item = readdir(dir.get())) {
     const std::string name = item->d_name;
     pid_t pid = 0;
     const auto parsed = std::from_chars(name.data(), name.data() + name.size(), pid);
     if (parsed.ec != std::errc() || parsed.ptr != name.data() + name.size()) continue;
     std::optional<ProcessEntry> entry = ReadProcess(pid);
+    if (!entry && IsForWantOfDescriptors(errno)) return std::nullopt;
     if (entry && entry->IsAlive()) list.push_back(std::move(*entry));
   }
   return list;
@@ -87,7 +93,8 @@ std::vector<ProcessEntry> ListProcesses() {
 
 bool IsProcessAlive(const ProcessKey& key) {
   const std::optional<ProcessEntry> entry = ReadProcess(key.pid);
-  return entry && entry->key == key && entry->IsAlive();
+  if (!entry) return IsForWantOfDescriptors(errno) && kill(key.pid, 0) == 0;
+  return entry->key == key && entry->IsAlive();
 }
 
 std::string ExecutableName(const ProcessEntry& process) {

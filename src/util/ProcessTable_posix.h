@@ -31,14 +31,17 @@ struct ProcessEntry {
   bool IsAlive() const;
 };
 
+// Nothing when there is none; errno tells.
 std::optional<ProcessEntry> ReadProcess(pid_t pid);
 
 // Of a process that cannot be reused meanwhile, like an own child that was not collected.
 ProcessKey KeyOf(pid_t pid);
 
-// The living processes in the system's order. One that ends meanwhile is left out.
-std::vector<ProcessEntry> ListProcesses();
+// The living processes in the system's order. One that ends meanwhile is left out. Nothing when the
+// list would not be whole, for want of descriptors.
+std::optional<std::vector<ProcessEntry>> ListProcesses();
 
+// For want of descriptors, whether any process has the id.
 bool IsProcessAlive(const ProcessKey& key);
 
 // The executable file's name without folder; of a process that may not be looked into, the first

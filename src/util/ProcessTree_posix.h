@@ -24,7 +24,8 @@ class ProcessTree {
   // others do not lose their console while they finish politely.
   void AddConsole(const ProcessKey& key);
 
-  // SIGTERM first, then force. True when no living process is left; returns by `limit`.
+  // SIGTERM first, then force. True when no living process is left, false also when the processes
+  // cannot be seen for want of descriptors; returns by `limit`.
   bool End(std::chrono::milliseconds limit);
 
  private:
@@ -45,6 +46,7 @@ class ProcessTree {
   std::unordered_map<pid_t, std::uint64_t> members_;
   std::unordered_map<pid_t, std::uint64_t> consoles_;
   std::unordered_set<pid_t> sessions_;
+  bool blind_ = false;  // the last scan could not see the processes
 };
 
 #endif

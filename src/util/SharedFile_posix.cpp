@@ -83,9 +83,10 @@ int OpenOnce(const std::string& path, bool create) {
   return made;
 }
 
+// Not a second name for some file of ours, which would be emptied.
 bool IsPlainFile(int fd) {
   struct stat info {};
-  return fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+  return fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_nlink <= 1;
 }
 
 bool IsLinked(int fd, const std::string& path) {
@@ -188,7 +189,10 @@ std::unique_ptr<SharedFile> SharedFile::Get(const std::string& path, const std::
     }
     const bool ready =
         alone ? file->WriteHeader(name, kind, initial) : file->HeaderMatches(name, kind);
-    if (!ready || !SetLock(raw, kHolder, F_RDLCK)) return nullptr;
+    if (!ready || !SetLock(raw, kHolder, F_RDLCK)) {
+      if (alone) unlink(path.c_str());
+      return nullptr;
+    }
     file->path_ = path;
     return file;
   }

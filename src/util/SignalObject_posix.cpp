@@ -272,7 +272,8 @@ std::unique_ptr<Handle> HandleFor(std::shared_ptr<Object> object) {
 
 std::unique_ptr<MutexObject> CreateMutexObject(const std::string& name, bool owned, bool& existed) {
   auto handle = HandleFor<MutexHandle>(Create<NamedMutex>(name, SignalKind::kMutex, {}, existed));
-  if (handle && owned && !existed) handle->Wait(0);
+  // Another process that opened it meanwhile may have been faster.
+  if (handle && owned && !existed) existed = handle->Wait(0) != WaitResult::kSignalled;
   return handle;
 }
 
