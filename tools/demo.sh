@@ -84,8 +84,17 @@ convert "$scratch/root.png" \
   -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
   +repage "$screenshot"
 rm -f "$scratch/root.png"
-cat "$report"
+# A line a job: the deck, how it ended, and its model's size or what the message file holds.
+while IFS=$'\t' read -r deck status _ rest; do
+  result=$(dirname "$deck")/d3plot
+  if model=$("$bin/krinspect" d3plot "$result" 2>/dev/null); then
+    found=$(awk -F ': ' '$1 == "nodes" || $1 == "elements" { printf "%s %s  ", $2, $1 }' <<<"$model")
+  else
+    found=$rest
+  fi
+  printf '%s  %s  %s\n' "$deck" "$status" "${found%  }"
+done <"$report"
 echo "Screenshot: $screenshot"
-total=$(wc -l <"$report")
+decks=$(find "$root/demo/decks" -name '*.k' | wc -l)
 finished=$(awk -F '\t' '$2 == "Finished"' "$report" | wc -l)
-[ "$total" -gt 0 ] && [ "$total" = "$finished" ]
+[ "$finished" = "$decks" ]
