@@ -22,12 +22,15 @@ const char* LineEnd(const char* from, const char* end) {
 }
 
 #if defined(__SSE2__)
-// A bit for each of the 16 bytes at `at` that begins a card.
-unsigned CardBits(const char* at) {
+// 0xFF for each of the 16 bytes at `at` that begins a card.
+__m128i CardBytes(const char* at) {
   const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
   const __m128i stars = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('*'));
-  const __m128i dollars = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('$'));
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(stars, dollars)));
+  return _mm_or_si128(stars, _mm_cmpeq_epi8(bytes, _mm_set1_epi8('$')));
+}
+
+std::uint64_t Bits(__m128i bytes) {
+  return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 #endif
 
@@ -37,9 +40,12 @@ const char* FindCard(const char* from, const char* end) {
   const char* at = from + 1;
 #if defined(__SSE2__)
   for (; end - at >= 64; at += 64) {
-    const unsigned low = CardBits(at) | CardBits(at + 16) << 16;
-    const unsigned high = CardBits(at + 32) | CardBits(at + 48) << 16;
-    std::uint64_t bits = low | std::uint64_t{high} << 32;
+    const __m128i a = CardBytes(at);
+    const __m128i b = CardBytes(at + 16);
+    const __m128i c = CardBytes(at + 32);
+    const __m128i d = CardBytes(at + 48);
+    if (Bits(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) == 0) continue;
+    std::uint64_t bits = Bits(a) | Bits(b) << 16 | Bits(c) << 32 | Bits(d) << 48;
     for (; bits != 0; bits &= bits - 1) {
       const char* const found = at + __builtin_ctzll(bits);
       if (found[-1] == '\n') return found;
