@@ -64,7 +64,7 @@ report=$scratch/report.txt
 window=$!
 for _ in $(seq $((time_limit * 5))); do
   [ -s "$report" ] && break
-  kill -0 "$window" 2>/dev/null || { echo "Kestrun ended early; its log: $work/kr.log" >&2; exit 1; }
+  kill -0 "$window" 2>/dev/null || { echo "Kestrun ended early: another copy of yours may be running. Its log: $work/kr.log" >&2; exit 1; }
   sleep 0.2
 done
 if [ ! -s "$report" ]; then
