@@ -173,14 +173,16 @@ int main(int argc, char** argv) {
     FrameMilliseconds(scrollTable);  // fonts and pictures are loaded once
     const double bareFrame = FrameMilliseconds(scrollBare);
     const double frame = FrameMilliseconds(scrollTable);
-    std::printf("scrolling %d jobs: %.2f ms a frame, bare window with as many texts: %.2f ms, "
-                "ratio %.2f\n",
-                kScrolledJobs, frame, bareFrame, frame / bareFrame);
+    std::printf(
+        "scrolling %d jobs: %.2f ms a frame, bare window with as many texts: %.2f ms, "
+        "ratio %.2f\n",
+        kScrolledJobs, frame, bareFrame, frame / bareFrame);
     bare.hide();
 
     while (group->JobCount() > kQueuedJobs) group->RemoveJob(group->JobCount() - 1);
     const std::string deck = std::string(scratch) + "/long.k";
-    std::ofstream(deck) << "$ standin: run 3600\n*KEYWORD\n*CONTROL_TERMINATION\n       1.0\n*END\n";
+    std::ofstream(deck)
+        << "$ standin: run 3600\n*KEYWORD\n*CONTROL_TERMINATION\n       1.0\n*END\n";
     const double polls = PollPercent(solver, deck, seconds);
     for (int i = 0; i < kRunningJobs; ++i) {
       const std::string folder = std::string(scratch) + "/run" + std::to_string(i);
@@ -196,9 +198,10 @@ int main(int argc, char** argv) {
     const double before = ProcessorSeconds();
     RunWindowFor(seconds);
     const double used = (ProcessorSeconds() - before) / seconds * 100;
-    std::printf("left alone, %d queued and %d running: %.3f%% of a core; their polls alone %.3f%%; "
-                "beyond them %.3f%%\n",
-                kQueuedJobs, kRunningJobs, used, polls, used - polls);
+    std::printf(
+        "left alone, %d queued and %d running: %.3f%% of a core; their polls alone %.3f%%; "
+        "beyond them %.3f%%\n",
+        kQueuedJobs, kRunningJobs, used, polls, used - polls);
     Fl::remove_timeout(Tick, &application);
     for (int i = 0; i < manager.GroupCount(); ++i) manager.GroupAt(i)->Stop();
   }
