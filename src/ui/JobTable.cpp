@@ -123,12 +123,12 @@ void JobTable::DrawCell(const Cell& cell) {
   switch (cell.column) {
     case kFolder:
       fl_color(Theme::kMuted);
-      DrawText(cell, text, true);
+      DrawWords(cell, text, true);
       break;
     case kStages:
       // The dialog behind it is not there yet.
       row.multiStage ? DrawLink(cell, text, false)
-                     : (fl_color(Theme::kMuted), DrawText(cell, text, false));
+                     : (fl_color(Theme::kMuted), DrawWords(cell, text, false));
       break;
     case kStatus: {
       if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(row.statusValue)))
@@ -137,7 +137,7 @@ void JobTable::DrawCell(const Cell& cell) {
       Cell word = cell;
       word.x += kStateIcon;
       word.w -= kStateIcon;
-      DrawText(word, text, false);
+      DrawWords(word, text, false);
       break;
     }
     case kMessage:
@@ -150,11 +150,11 @@ void JobTable::DrawCell(const Cell& cell) {
       DrawCheck(cell, row);
       break;
     default:
-      DrawText(cell, text, false);
+      DrawWords(cell, text, false);
   }
 }
 
-void JobTable::DrawText(const Cell& cell, const std::string& text, bool keepEnd) {
+void JobTable::DrawWords(const Cell& cell, const std::string& text, bool keepEnd) {
   const int room = cell.w - 2 * kPadding + 4;
   const std::string fitted = keepEnd ? FitTail(text, room) : FitHead(text, room);
   const int baseline = cell.y + (cell.h + fl_height()) / 2 - fl_descent();
@@ -166,13 +166,13 @@ void JobTable::DrawLink(const Cell& cell, const std::string& text, bool enabled)
     Theme::DrawRounded(cell.x + 2, cell.y + 2, cell.w - 5, cell.h - 4, Theme::kSurface,
                        Theme::kAccent);
   fl_color(enabled ? Theme::kAccent : Theme::kDisabledText);
-  DrawText(cell, text, false);
+  DrawWords(cell, text, false);
 }
 
 void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   if (!row.dyna) {
     fl_color(Theme::kDisabledText);
-    DrawText(cell, CellText(row, kForce), false);
+    DrawWords(cell, CellText(row, kForce), false);
     return;
   }
   const bool enabled = row.statusValue != JobStatus::kRunning;
@@ -192,7 +192,7 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   Cell word = cell;
   word.x += kCheckSize + 5;
   word.w -= kCheckSize + 5;
-  DrawText(word, CellText(row, kForce), false);
+  DrawWords(word, CellText(row, kForce), false);
 }
 
 void JobTable::DrawEmpty(int x, int y, int w, int h) {

@@ -58,7 +58,7 @@ class JobTable : public Flx_Table {
   };
   Row ReadRow(int index) const;
   const std::string& CellText(const Row& row, int column) const;
-  void DrawText(const Cell& cell, const std::string& text, bool keepEnd);
+  void DrawWords(const Cell& cell, const std::string& text, bool keepEnd);
   void DrawLink(const Cell& cell, const std::string& text, bool enabled);
   void DrawCheck(const Cell& cell, const Row& row);
 
