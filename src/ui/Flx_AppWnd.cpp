@@ -62,6 +62,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
 }
 
 Flx_AppWnd::~Flx_AppWnd() {
+  Fl::remove_timeout(TakeDropped, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;

@@ -77,7 +77,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Flx_AppWnd_Actions.cpp
   void AddDynaJobs();
   void AddFolder();
-  void AddDropped(const std::string& text);
+  static void TakeDropped(void* self);
   void AddFiles(const std::vector<std::string>& paths);
   void Submit();
   void Resubmit();
@@ -113,6 +113,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::vector<JobTable*> tables_;  // in the order of the groups
   StatusBar* status_ = nullptr;
   Flx_Base_Dialog* dialog_ = nullptr;  // the one that runs
+  std::string dropped_;                // a text that was dropped and is not looked at yet
   bool leaving_ = false;
   // Lines of the log that come before this moment were explained in better words already.
   std::chrono::steady_clock::time_point explainedUntil_;

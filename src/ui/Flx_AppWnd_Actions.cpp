@@ -101,10 +101,11 @@ void Flx_AppWnd::AddFolder() {
   if (dialog.DoModal()) AddFiles({dialog.GetPath()});
 }
 
-void Flx_AppWnd::AddDropped(const std::string& text) {
+void Flx_AppWnd::TakeDropped(void* self) {
+  auto* window = static_cast<Flx_AppWnd*>(self);
   std::vector<std::string> paths;
-  for (const std::string& path : DroppedPaths(text)) paths.push_back(FromUi(path));
-  if (!paths.empty()) AddFiles(paths);
+  for (const std::string& path : DroppedPaths(window->dropped_)) paths.push_back(FromUi(path));
+  if (!paths.empty()) window->AddFiles(paths);
 }
 
 // Files become jobs as they are; of folders the keyword files do.

@@ -24,7 +24,9 @@ int Flx_AppWnd::handle(int event) {
     case FL_DND_RELEASE:
       return 1;
     case FL_PASTE:
-      if (Fl::event_text()) AddDropped(Fl::event_text());
+      // Later: the program that the drag came from waits for this event's end.
+      dropped_ = Fl::event_text() ? Fl::event_text() : "";
+      Fl::add_timeout(0, TakeDropped, this);
       return 1;
     case FL_KEYBOARD:  // what the widget with the focus did not take
     case FL_SHORTCUT: {

@@ -66,6 +66,8 @@ void StatusBar::ShowMessage(const std::string& text, Tone tone) {
     Fl::add_timeout(tone == Tone::kError ? kErrorSeconds : kMessageSeconds, MessageTimeout, this);
   message_ = text;
   tone_ = tone;
+  // The whole text where the line is too short for it.
+  tooltip(message_.empty() ? nullptr : message_.c_str());
   redraw();
 }
 

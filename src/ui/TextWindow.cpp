@@ -20,6 +20,7 @@ namespace {
 constexpr double kFollowSeconds = 1.0;
 constexpr int kWidth = 820;
 constexpr int kHeight = 560;
+constexpr int kTitleBar = 24;  // of the window manager, above the window's own area
 constexpr int kFooter = Layout::kButtonHeight + 2 * Layout::kMargin;
 constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
@@ -69,8 +70,18 @@ bool TextWindow::Show(const std::string& path, const TextTable& texts) {
     delete window;
     return false;
   }
+  window->PlaceBeside(Fl::first_window());
   window->show();
   return true;
+}
+
+// Over the other window, as far as the screen has room.
+void TextWindow::PlaceBeside(Fl_Window* other) {
+  int left, top, width, height;
+  Fl::screen_work_area(left, top, width, height);
+  CentreOver(*this, other);
+  position(std::clamp(x(), left, std::max(left, left + width - w())),
+           std::clamp(y(), top + kTitleBar, std::max(top + kTitleBar, top + height - h())));
 }
 
 void TextWindow::CloseAll() {

@@ -30,6 +30,7 @@ class TextWindow : public Fl_Double_Window {
  private:
   TextWindow(const std::string& path, const TextTable& texts);
 
+  void PlaceBeside(Fl_Window* other);
   static void Tick(void* self);
   bool Load();    // the whole file, or its end
   bool Follow();  // what was appended; loads anew when the file became shorter
