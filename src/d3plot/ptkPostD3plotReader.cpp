@@ -1,6 +1,7 @@
 #include "d3plot/ptkPostD3plotReader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "d3plot/ResultFile.h"
 
@@ -14,19 +15,22 @@ std::string WithoutTrailingSpace(const std::string& name) {
 
 bool ptkPostD3plotReader::Open(const std::string& fileName) {
   families_.clear();
+  if (fileName.size() >= kLongestBaseName) return Fail("The file name is too long");
+  const std::string base = WithoutTrailingSpace(fileName);
+  return Open(FindFamilies(base.empty() ? "d3plot" : base));
+}
+
+bool ptkPostD3plotReader::Open(std::vector<FileFamily> families) {
+  families_ = std::move(families);
   format_ = WordFormat();
   error_.clear();
-  if (fileName.size() >= kLongestBaseName) return Fail("The file name is too long");
-  std::string base = WithoutTrailingSpace(fileName);
-  if (base.empty()) base = "d3plot";
-
   ResultFile file;
   unsigned char head[kFormatBytes];
-  if (!file.Open(base.c_str())) return Fail("The file cannot be opened");
+  if (families_.empty() || !file.Open(families_[0].members[0].name.c_str())) {
+    return Fail("The file cannot be opened");
+  }
   if (!file.ReadAt(0, head, sizeof head)) return Fail("The file ends within its head");
-  if (!RecogniseFormat(head, format_)) return Fail("The file is no d3plot file");
-  families_ = FindFamilies(base);
-  return !families_.empty() || Fail("The file cannot be opened");
+  return RecogniseFormat(head, format_) || Fail("The file is no d3plot file");
 }
 
 std::int64_t ptkPostD3plotReader::WordsInBaseFile() const {

@@ -21,6 +21,9 @@ class ptkPostD3plotReader {
   // result database.
   bool Open(const std::string& fileName);
 
+  // A database whose files are known already.
+  bool Open(std::vector<FileFamily> families);
+
   // Needs an open database. False, with the reason in Error() and an empty grid, when the database
   // does not hold what its head promises.
   virtual bool ReadGrid(ptkUnstructuredGrid& grid) = 0;

@@ -144,6 +144,7 @@ DeckEndTime FindEndTime(const JobFileDyna& job) {
     }
   };
   addIncludes(job);
+  if (decks.empty() || search.Found()) return search.Result();
   JobFileDyna included{Settings()};
   for (std::size_t i = 0; i < decks.size() && !search.Found(); ++i) {
     included.jobFile = decks[i];

@@ -62,7 +62,7 @@ const char* FindCard(const char* from, const char* end) {
 
 bool DeckReader::Open(const std::string& path) {
   if (!file_.Open(path)) return false;
-  buffer_.resize(kBlock);
+  buffer_ = std::make_unique_for_overwrite<char[]>(kBlock);
   return true;
 }
 
@@ -71,9 +71,9 @@ bool DeckReader::Fill() {
     stopped_ = !progress_(done_, file_.Size());
     nextProgress_ = done_ + kProgressStep;
   }
-  next_ = end_ = buffer_.data();
+  next_ = end_ = buffer_.get();
   if (stopped_) return false;
-  const std::ptrdiff_t count = file_.Read(buffer_.data(), buffer_.size());
+  const std::ptrdiff_t count = file_.Read(buffer_.get(), kBlock);
   if (count < 0) failed_ = true;
   const std::size_t size = count > 0 ? static_cast<std::size_t>(count) : 0;
   end_ = next_ + size;

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "util/InputFile.h"
 
@@ -40,7 +40,7 @@ class DeckReader {
   void TakeLine();
 
   InputFile file_;
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
   const char* next_ = nullptr;  // unread bytes of the buffer
   const char* end_ = nullptr;
   bool atLineStart_ = true;

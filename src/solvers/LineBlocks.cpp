@@ -15,7 +15,7 @@ constexpr std::uint64_t kProgressStep = std::uint64_t{8} << 20;
 
 bool LineBlocks::Open(const std::string& path) {
   if (!file_.Open(path)) return false;
-  buffer_.resize(kBlock);
+  buffer_ = std::make_unique_for_overwrite<char[]>(kBlock);
   return true;
 }
 
@@ -27,7 +27,7 @@ void LineBlocks::SetProgress(
 bool LineBlocks::Next(std::string_view& block) {
   while (Fill()) {
     if (insideLongLine_) DropRestOfLongLine();
-    const std::string_view text(buffer_.data() + begin_, end_ - begin_);
+    const std::string_view text(buffer_.get() + begin_, end_ - begin_);
     std::size_t length = text.rfind('\n') + 1;  // 0 without a line end
     if (length == 0) {
       if (atEnd_) {
@@ -48,11 +48,11 @@ bool LineBlocks::Next(std::string_view& block) {
 // Moves the rest to the front and reads behind it. False when there is nothing left.
 bool LineBlocks::Fill() {
   if (stopped_ || !GoOn()) return false;
-  std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+  std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
   end_ -= begin_;
   begin_ = 0;
   if (!atEnd_) {
-    const std::ptrdiff_t count = file_.Read(buffer_.data() + end_, buffer_.size() - end_);
+    const std::ptrdiff_t count = file_.Read(buffer_.get() + end_, kBlock - end_);
     failed_ = count < 0;
     atEnd_ = count <= 0;
     if (count > 0) {
@@ -64,11 +64,11 @@ bool LineBlocks::Fill() {
 }
 
 void LineBlocks::DropRestOfLongLine() {
-  const void* lineEnd = std::memchr(buffer_.data() + begin_, '\n', end_ - begin_);
+  const void* lineEnd = std::memchr(buffer_.get() + begin_, '\n', end_ - begin_);
   insideLongLine_ = lineEnd == nullptr;
   begin_ = insideLongLine_
                ? end_
-               : static_cast<std::size_t>(static_cast<const char*>(lineEnd) - buffer_.data()) + 1;
+               : static_cast<std::size_t>(static_cast<const char*>(lineEnd) - buffer_.get()) + 1;
 }
 
 bool LineBlocks::GoOn() {

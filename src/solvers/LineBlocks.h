@@ -4,9 +4,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "util/InputFile.h"
 
@@ -34,7 +34,7 @@ class LineBlocks {
 
   InputFile file_;
   std::function<bool(std::uint64_t, std::uint64_t)> progress_;
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
   std::size_t begin_ = 0;  // of what has not been handed out
   std::size_t end_ = 0;
   std::uint64_t done_ = 0;
