@@ -21,5 +21,5 @@ for name in "${names[@]}"; do
   "$bin/fuzz_$name" -max_total_time="$seconds" -runs="${FUZZ_RUNS:--1}" -max_len=8192 \
     -rss_limit_mb=1024 -timeout=10 -print_final_stats=1 -verbosity=1 \
     -artifact_prefix="$found/finding-" "${dictionary[@]}" "$found" "fuzz/seeds/$name" 2>&1 |
-    grep -E "^Done|executed_units|slowest|ERROR|SUMMARY|finding-"
+    grep -E "^Done|executed_units|slowest|ERROR:|SUMMARY|finding-"
 done
