@@ -10,6 +10,12 @@
 
 namespace {
 
+// The narrowest window has room for all tools and for the control parameters.
+static_assert(Layout::ToolX(Layout::kReadLog, Layout::kMinWidth) + Layout::kToolSize <
+              Layout::ToolX(Layout::kConfig, Layout::kMinWidth));
+static_assert(Layout::PauseX(Layout::kInlineCaptionWidth) + Layout::kPauseField <
+              Layout::kInlineCaptionWidth - Layout::kMargin);
+
 // The strip under the tools, with the lines between their groups.
 class ToolRow : public Fl_Group {
  public:

@@ -297,6 +297,11 @@ void Flx_AppWnd::Leave() {
   application_.running = false;
   application_.Intake().Cancel();
   if (application_.Manager().IsAnyGroupRunning()) StopAndWait(-1);
+  // An open menu waits for an answer of its own.
+  if (Fl_Window* menu = Fl::grab()) {
+    Fl::e_keysym = FL_Escape;
+    menu->handle(FL_KEYBOARD);
+  }
   // Dialogs that wait for their window to close end with it.
   while (Fl_Window* window = Fl::first_window()) window->hide();
 }

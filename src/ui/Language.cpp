@@ -78,7 +78,6 @@ const KeyText kEnglish[] = {
 // Menus, hints and the status line.
 const KeyText kEnglishMore[] = {
     {"ui_other_yes", "Yes"},
-    {"ui_unit_mb", "MB"},
     {"ui_menu_add", "Add LS-DYNA Jobs..."},
     {"ui_menu_folder", "Add All in Folder..."},
     {"ui_menu_submit", "Submit Jobs"},
@@ -94,7 +93,6 @@ const KeyText kEnglishMore[] = {
     {"ui_menu_add_group", "Add Group"},
     {"ui_menu_rename_group", "Rename Group..."},
     {"ui_menu_del_group", "Delete Group"},
-    {"ui_menu_post", "Run PostProcessor"},
     {"ui_menu_refresh", "Refresh"},
     {"ui_menu_log", "Error Log"},
     {"ui_yes", "Yes"},
@@ -115,7 +113,6 @@ const KeyText kEnglishMore[] = {
     {"ui_count_finished", "%s finished"},
     {"ui_count_aborted", "%s aborted"},
     {"ui_reading", "Reading %s of %s: %s"},
-    {"ui_added", "%s added."},
     {"ui_submitted", "Submitted: queued jobs of \"%s\" run one after another."},
     {"ui_submit_none", "No queued job in \"%s\"."},
     {"ui_submit_again", "\"%s\" is running already; its queued jobs follow by themselves."},
@@ -141,7 +138,6 @@ const KeyText kEnglishMore[] = {
     {"ui_mpp_other", "other launcher"},
     {"ui_tip_mpp_off", "LS-DYNA jobs run with shared memory (SMP)."},
     {"ui_tip_mpp_on", "LS-DYNA jobs run through MPI with the MPP solvers."},
-    {"ui_tip_mpp", "MPP settings"},
     {"ui_tip_solver", "Program that runs %s jobs"},
     {"ui_tip_solver_kind_job", "Solver of the selected job"},
     {"ui_tip_solver_kind", "Solver whose program is shown"},

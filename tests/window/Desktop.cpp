@@ -185,6 +185,10 @@ std::string Desktop::ActiveWindow() const {
   return id;
 }
 
+bool Desktop::AnotherCopyRuns() const {
+  return !Command("pgrep -x kestrun -U " + std::to_string(geteuid())).empty();
+}
+
 bool Desktop::SolverRuns(const std::string& deckName) const {
   // The brackets keep the search from finding the shell that runs it.
   const std::string folder = std::filesystem::path(scratch_.Path()).filename();

@@ -55,6 +55,8 @@ class Desktop {
   // In the coordinates of the main window.
   void Click(int x, int y, int times = 1) const;
 
+  // A copy that this user has started, here or elsewhere.
+  bool AnotherCopyRuns() const;
   // Whether the solver of this deck of the scratch folder is alive.
   bool SolverRuns(const std::string& deckName) const;
 

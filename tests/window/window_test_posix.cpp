@@ -36,7 +36,12 @@ bool Began(const std::string& deck) {
 
 class Window : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(desktop_.Ready()) << "no display could be started"; }
+  void SetUp() override {
+    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
+    // Only one copy of a user shows a window; another test run's ends soon, a person's does not.
+    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
+        << "end the copy of the program that runs already";
+  }
 
   // Starts the program with jobs and waits until it has taken them in.
   Copy StartWith(const std::vector<std::string>& arguments) {
@@ -219,6 +224,38 @@ TEST_F(Window, SettingsAreEditedInPlace) {
   EXPECT_NE(Settings().find("memory_size=750"), std::string::npos);
   EXPECT_NE(Settings().find("cpu_count=1"), std::string::npos);
   EXPECT_NE(Settings().find("pause_time=1"), std::string::npos);
+}
+
+TEST_F(Window, MessageFileIsShownOnceThereIsOne) {
+  const std::string deck = desktop_.Deck("viewed", "");
+  const Copy copy = StartWith({deck});
+  desktop_.Key("Home ctrl+m");  // queued: nothing to view yet
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  EXPECT_TRUE(desktop_.Windows("KestrunText", 0).empty());
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
+  usleep(300000);
+  desktop_.Key("ctrl+m");
+  EXPECT_FALSE(desktop_.Windows("KestrunText").empty());
+  // Escape closes the text, and in the main window nothing.
+  desktop_.Key("Escape");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunText", 0).empty(); }, 5));
+  ASSERT_TRUE(desktop_.OpenMain());
+  desktop_.Key("Escape Escape");
+  usleep(300000);
+  EXPECT_TRUE(Desktop::Runs(copy));
+}
+
+TEST_F(Window, TerminationEndsItFromInsideAMenuOrAQuestion) {
+  for (const char* key : {"Menu", "Home Delete"}) {
+    const std::string deck = desktop_.Deck("kept", "");
+    const Copy copy = StartWith({deck});
+    desktop_.Key(key);
+    usleep(500000);
+    kill(copy.pid, SIGTERM);
+    EXPECT_EQ(desktop_.WaitExit(copy, 5), 0) << key;
+    EXPECT_EQ(Groups(), "Group1=\n");
+  }
 }
 
 TEST_F(Window, SurvivesEverySize) {
