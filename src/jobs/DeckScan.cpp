@@ -1,6 +1,7 @@
 #include "jobs/DeckScan.h"
 
 #include <algorithm>
+#include <cctype>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -74,7 +75,10 @@ std::uint64_t CardMemory(std::string_view rest) {
   const std::string text = Trimmed(rest);
   if (text.empty()) return 0;
   if (IsDigit(text[0]) || text[0] == '+') {
-    return ToMegabytes(text, text.find_first_of("Mm") != std::string::npos);
+    const std::size_t unit = text.find_first_not_of("+0123456789 \t");
+    const bool alone = unit != std::string::npos && Upper(text[unit]) == 'M' &&
+                       (unit + 1 == text.size() || std::isalpha(text[unit + 1] & 0x7f) == 0);
+    return ToMegabytes(text, alone);
   }
   std::string upper = text;
   std::transform(upper.begin(), upper.end(), upper.begin(), Upper);

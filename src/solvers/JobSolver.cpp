@@ -33,8 +33,8 @@ int JobSolver::Run(JobFile& job, const JobRunContext& context) {
   if (job.abort || !Start(job)) return JobStatus::kAborted;
   while (job.process.IsActive()) {
     DateTimeWrapper::SleepMSec(kPollMilliseconds);
-    Poll(job);
     if (job.abort) return JobStatus::kAborted;
+    Poll(job);
   }
   return Finish(job);
 }

@@ -1,5 +1,7 @@
 #include "solvers/RunSteps.h"
 
+#include <filesystem>
+
 #include "jobs/JobArguments.h"
 #include "solvers/JobSolver.h"
 #include "solvers/SolverEnvironment.h"
@@ -82,7 +84,13 @@ bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted) {
               "File name [" + path + "] cannot be written on a command line");
 }
 
+// Whatever the user called the input, it is not old output.
 void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind) {
+  std::error_code missing;
+  if (std::filesystem::equivalent(path, job.jobFile, missing) ||
+      std::filesystem::equivalent(path, job.restartFile, missing)) {
+    return;
+  }
   if (!FileDirWrapper::FileExists(path) || FileDirWrapper::RemoveFile(path)) return;
   Report(job, std::string("Remove old ") + kind + " file [" + path + "] failed");
 }
@@ -93,6 +101,7 @@ bool StartProcess(JobFile& job, const ProcessStart& start) {
   if (!job.process.Terminate()) Report(job, job.process.LastError());
 
   const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  if (job.abort) return false;  // stopped while another group was starting
   if (start.memoryMode && !SetSolverVariable("LSTC_MEMORY", *start.memoryMode)) {
     Report(job, "Set LSTC_MEMORY=" + *start.memoryMode + " failed");
   }

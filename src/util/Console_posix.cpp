@@ -18,7 +18,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kStartTime{15};
+constexpr std::chrono::seconds kStartTime{5};
 constexpr int kLookMilliseconds = 50;
 // The exit state of a program whose console was killed together with its reports.
 constexpr int kLostExitCode = 255;

@@ -18,6 +18,7 @@ TEST_F(DeckTest, ReadsTheMemoryOnTheKeywordCard) {
       {"*KEYWORD 800M", 800},
       {"*KEYWORD 800m", 800},
       {"*KEYWORD 200000000", 762},
+      {"*KEYWORD 200000000 memory2=50000000", 762},
       {"*keyword\t 200000000 ", 762},
       {"*KEYWORD_ID 64M", 64},
       {"*KEYWORD_JOBID   1048576", 4},
