@@ -11,7 +11,6 @@ namespace {
 Application* theApplication = nullptr;
 
 constexpr int kHandOverFailed = 9;
-constexpr int kChinese = 1;
 constexpr char kProgramName[] = "kestrun";
 constexpr char kSolverOption[] = "#solver=";
 
@@ -123,7 +122,7 @@ void Application::ReadFiles() {
   settings_->ReadSettings();
   settings_->ReadHostFile();
   settings_->ReadGroupFile();
-  language = settings_->Get().language == kChinese ? kChinese : 0;
+  language = settings_->Get().language;
   PTWrapperProcess::SetConsoleHost(FileDirWrapper::Join(programFolder_, "krconsole"));
   PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
 }
