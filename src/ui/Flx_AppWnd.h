@@ -88,6 +88,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void RenameGroup();
   void DeleteGroup();
   void ViewMessage();
+  void ViewSummary();
   void StopRunning();
   void Exit();
   // Tells the group (-1: all) to stop and waits with a small window. False when something still

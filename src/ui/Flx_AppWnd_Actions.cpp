@@ -8,6 +8,7 @@
 #include "ui/DropTarget.h"
 #include "ui/Flx_AppWnd.h"
 #include "ui/Flx_RenameGroup.h"
+#include "ui/Flx_ShowInfo.h"
 #include "ui/StopWindow.h"
 #include "ui/Text.h"
 #include "util/FileDirWrapper.h"
@@ -55,6 +56,8 @@ void Flx_AppWnd::Perform(Action action) {
       return;
     case Action::kViewMessage:
       return ViewMessage();
+    case Action::kViewSummary:
+      return ViewSummary();
     case Action::kStop:
       return StopRunning();
     case Action::kRefresh:
@@ -261,6 +264,21 @@ void Flx_AppWnd::ViewMessage() {
   if (path.empty() || !FileDirWrapper::FileExists(path))
     return Inform(texts_.Get("msg_not_found_msg"));
   application_.ViewTextFile(path);
+}
+
+void Flx_AppWnd::ViewSummary() {
+  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
+  JobOutput output;
+  bool multiStage = false;
+  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& read) {
+    output = OutputOf(read);
+    multiStage = !read.stages.empty();
+  });
+  if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
+  if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
+    return Inform(texts_.Get("msg_view_info"));
+  Flx_ShowInfo dialog(this, application_.language, output);
+  RunDialog(dialog);
 }
 
 void Flx_AppWnd::StopRunning() {

@@ -101,6 +101,7 @@ void Flx_AppWnd::OpenGroupMenu(int x, int y) {
 
 void Flx_AppWnd::CellPressed(int row, int column) {
   if (column == JobTable::kMessage) return Perform(Action::kViewMessage);
+  if (column == JobTable::kSummary) return Perform(Action::kViewSummary);
   if (column != JobTable::kForce) return;
   bool on = false;
   Group()->ReadJob(row, [&](const JobFile& job) {

@@ -22,9 +22,12 @@ void UseCellFont() {
   fl_font(FL_HELVETICA, Layout::kFontSize);
 }
 
+bool HasEnded(int status) {
+  return status == JobStatus::kFinished || status == JobStatus::kAborted;
+}
+
 bool CanViewMessage(int status) {
-  return status == JobStatus::kRunning || status == JobStatus::kFinished ||
-         status == JobStatus::kAborted;
+  return status == JobStatus::kRunning || HasEnded(status);
 }
 
 }  // namespace
@@ -144,7 +147,7 @@ void JobTable::DrawCell(const Cell& cell) {
       DrawLink(cell, text, !row.multiStage && CanViewMessage(row.statusValue));
       break;
     case kSummary:
-      DrawLink(cell, text, false);
+      DrawLink(cell, text, !row.multiStage && HasEnded(row.statusValue));
       break;
     case kForce:
       DrawCheck(cell, row);
@@ -210,6 +213,7 @@ void JobTable::DrawEmpty(int x, int y, int w, int h) {
 bool JobTable::IsButton(int row, int column) {
   switch (column) {
     case kMessage:
+    case kSummary:
       return true;  // says why when there is nothing to view
     case kForce:
       return ReadRow(row).dyna;
@@ -228,8 +232,6 @@ std::string JobTable::CellTip(int index, int column) {
       return row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
     case kForce:
       return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
-    case kSummary:
-      return texts_.Format("ui_tip_later", texts_.Get("lab_result"));
     case kOther:
       return row.other;
     default:

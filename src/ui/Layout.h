@@ -10,7 +10,7 @@ inline constexpr int kWindowX = 100;
 inline constexpr int kWindowY = 100;
 inline constexpr int kWindowWidth = 1000;
 inline constexpr int kWindowHeight = 448;
-inline constexpr int kMinWidth = 700;
+inline constexpr int kMinWidth = 720;
 inline constexpr int kMinHeight = 320;
 
 inline constexpr int kMargin = 8;  // between the window's edge and what it holds
@@ -23,7 +23,7 @@ inline constexpr int kSmallFontSize = 11;
 inline constexpr int kToolRowHeight = 42;
 inline constexpr int kToolSize = 32;
 inline constexpr int kToolGroupGap = 13;  // holds the separator
-inline constexpr int kToolCount = 19;
+inline constexpr int kToolCount = 20;
 // In the order of Tool.
 enum Tool {
   kAddDyna,
@@ -40,14 +40,15 @@ enum Tool {
   kAddGroup,
   kRenameGroup,
   kDeleteGroup,
+  kViewSummary,
   kRunPost,
   kReadLog,
   kConfig,
   kHelp,
   kAbout
 };
-inline constexpr int kToolGroupStart[] = {kAddDyna,  kSubmit,  kDeleteJob,
-                                          kAddGroup, kRunPost, kConfig};
+inline constexpr int kToolGroupStart[] = {kAddDyna,  kSubmit,      kDeleteJob,
+                                          kAddGroup, kViewSummary, kConfig};
 inline constexpr int kToolGroups = 6;
 
 constexpr int ToolGroup(int tool) {

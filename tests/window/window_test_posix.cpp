@@ -246,6 +246,29 @@ TEST_F(Window, MessageFileIsShownOnceThereIsOne) {
   EXPECT_TRUE(Desktop::Runs(copy));
 }
 
+TEST_F(Window, SummaryOpensForAJobThatHasEnded) {
+  const std::string deck = desktop_.Deck("done", "");
+  StartWith({deck});
+  const auto openInformation = [&] {
+    return !desktop_.Command("xdotool search --onlyvisible --name '^Show Job Information$'")
+                .empty();
+  };
+  desktop_.Click(30, Layout::RowY(0, kWidth));
+  desktop_.Key("ctrl+i");  // still queued
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  EXPECT_FALSE(openInformation());
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
+  usleep(500000);
+  for (const char* key : {"Return", "Escape"}) {
+    desktop_.Click(Layout::ToolX(Layout::kViewSummary, kWidth) + Layout::kToolSize / 2,
+                   Layout::kToolY + Layout::kToolSize / 2);
+    ASSERT_TRUE(Desktop::WaitFor(openInformation, 5));
+    desktop_.Key(key);
+    EXPECT_TRUE(Desktop::WaitFor([&] { return !openInformation(); }, 5)) << key;
+  }
+}
+
 TEST_F(Window, TerminationEndsItFromInsideAMenuOrAQuestion) {
   for (const char* key : {"Menu", "Home Delete"}) {
     const std::string deck = desktop_.Deck("kept", "");

@@ -1,0 +1,49 @@
+#include "core/JobInformation.h"
+
+#include <algorithm>
+
+#include "d3plot/ptkPostD3plotManager.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+bool IsDynaFamily(int solverType) {
+  return solverType >= 0 && solverType <= Settings::kUtilityBatch;
+}
+
+AnalysisReport Analyse(const JobOutput& output, const AnalysisHooks& hooks) {
+  if (IsDynaFamily(output.solverType)) return AnalyseMessageFile(output.messageFile, hooks);
+  if (output.solverType == Settings::kVorel) return AnalyseVorelOut(output.jobFile, hooks);
+  if (output.solverType == Settings::kInc)
+    return AnalyseIncInfo(output.jobFile, output.status, hooks);
+  return {};
+}
+
+void AddModelSize(const std::string& folder, std::vector<std::string>& lines) {
+  const std::string file = FileDirWrapper::Join(folder, "d3plot");
+  if (!FileDirWrapper::FileExists(file)) return;
+  ptkPostD3plotManager manager;
+  ptkUnstructuredGridManager grids;
+  if (!manager.Open(file, grids)) {
+    lines.push_back("  d3plot: " + manager.Reader().Error());
+    return;
+  }
+  lines.push_back("  Element Number is " + std::to_string(grids.Grid().NumberOfCells()));
+  lines.push_back("  Node Number is " + std::to_string(grids.Grid().NumberOfPoints()));
+}
+
+}  // namespace
+
+JobOutput OutputOf(const JobFile& job) {
+  return {job.GetSolverType(), job.status, job.jobFile, job.Folder(), job.MessageFile()};
+}
+
+std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisHooks& hooks) {
+  AnalysisReport report = Analyse(output, hooks);
+  if (report.outcome == AnalysisReport::Outcome::kEnded) return {};
+  std::vector<std::string> lines = std::move(report.lines);
+  for (std::string& line : lines) std::erase(line, '\n');
+  if (output.status == JobStatus::kFinished && IsDynaFamily(output.solverType))
+    AddModelSize(output.folder, lines);
+  return lines;
+}

@@ -1,0 +1,157 @@
+#include "ui/Flx_ShowInfo.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/Fl_Browser.H>
+#include <FL/Fl_Button.H>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "ui/Text.h"
+
+namespace {
+
+constexpr double kLookSeconds = 0.1;
+// Files that are read in this time show without a progress line before.
+constexpr std::chrono::milliseconds kAtOnce{100};
+constexpr Fl_Color kGreenLamp = 63;
+constexpr Fl_Color kRedLamp = 88;
+constexpr int kLeastWidth = 320;
+constexpr int kLeastHeight = 200;
+
+// Begins no formatting in a list: none of its lines holds this character. (With 0, which should
+// turn formatting off, the toolkit reads behind the end of empty lines.)
+constexpr char kNoFormat = '\x01';
+
+const char kEnglishLayout[] =
+    R"(ID_WINDOW,Window,"Show Job Information",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
+ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+
+std::string ListLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c >= 0 && c < ' ' && c != '\t'; }, ' ');
+  return ToUi(text);
+}
+
+}  // namespace
+
+struct Flx_ShowInfo::Reading {
+  JobOutput output;
+  std::atomic<bool> ended{false};  // the dialog is gone
+  std::atomic<int> percent{0};
+  std::mutex mutex;  // both below
+  std::condition_variable changed;
+  std::vector<std::string> lines;
+  bool done = false;
+};
+
+Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
+    : Flx_Base_Dialog(parent), output_(std::move(output)) {
+  if (language != 0 && language != 1) return;
+  SetLayout(kEnglishLayout);
+  SetText("successful", "Successful");
+  SetText("failed", "Failed");
+  SetText("reading", "Reading the files of the run...");
+  SetText("no_thread", "The files of the run cannot be read now. Please try again.");
+}
+
+Flx_ShowInfo::~Flx_ShowInfo() {
+  Fl::remove_timeout(Look, this);
+  if (reading_) reading_->ended = true;
+}
+
+bool Flx_ShowInfo::Initialise() {
+  auto* lamp = Find<Fl_Box>("ID_LABEL1");
+  auto* word = Find<Fl_Box>("ID_LABEL2");
+  auto* list = Find<Fl_Browser>("ID_LIST1");
+  auto* close = Find<Fl_Button>("ID_BUTTON1");
+  if (!lamp || !word || !list || !close) return false;
+  const bool finished = output_.status == JobStatus::kFinished;
+  lamp->color(finished ? kGreenLamp : kRedLamp);
+  word->label(ConvertText(GetText(finished ? "successful" : "failed")));
+  list->format_char(kNoFormat);
+  list->textfont(FL_COURIER);  // solvers write in columns
+  list->textsize(kLayoutLabelSize);
+  close->shortcut(FL_Enter);
+  Window()->resizable(list);
+  Window()->size_range(kLeastWidth, kLeastHeight);
+  CentreOnParent();
+  close->take_focus();
+  StartReading();
+  return true;
+}
+
+int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
+  return widget == FindWidget("ID_BUTTON1") ? 0 : -1;
+}
+
+void Flx_ShowInfo::StartReading() {
+  reading_ = std::make_shared<Reading>();
+  reading_->output = output_;
+  try {
+    std::thread([reading = reading_] {
+      AnalysisHooks hooks;
+      hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
+        if (size > 0)
+          reading->percent =
+              static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(size));
+        return !reading->ended;
+      };
+      std::vector<std::string> lines;
+      try {
+        lines = JobInformation(reading->output, hooks);
+      } catch (const std::exception& error) {
+        lines = {error.what()};
+      }
+      const std::lock_guard<std::mutex> lock(reading->mutex);
+      reading->lines = std::move(lines);
+      reading->done = true;
+      reading->changed.notify_all();
+    }).detach();
+  } catch (const std::system_error&) {
+    Find<Fl_Browser>("ID_LIST1")->add(ConvertText(GetText("no_thread")));
+    return;
+  }
+  {
+    std::unique_lock<std::mutex> lock(reading_->mutex);
+    reading_->changed.wait_for(lock, kAtOnce, [this] { return reading_->done; });
+  }
+  if (ShowWhenRead()) return;
+  ShowProgress();
+  Fl::add_timeout(kLookSeconds, Look, this);
+}
+
+void Flx_ShowInfo::Look(void* self) {
+  auto* dialog = static_cast<Flx_ShowInfo*>(self);
+  if (dialog->ShowWhenRead()) return;
+  dialog->ShowProgress();
+  Fl::repeat_timeout(kLookSeconds, Look, self);
+}
+
+bool Flx_ShowInfo::ShowWhenRead() {
+  const std::lock_guard<std::mutex> lock(reading_->mutex);
+  if (!reading_->done) return false;
+  auto* list = Find<Fl_Browser>("ID_LIST1");
+  list->clear();
+  for (const std::string& line : reading_->lines) list->add(ListLine(line).c_str());
+  return true;
+}
+
+void Flx_ShowInfo::ShowProgress() {
+  auto* list = Find<Fl_Browser>("ID_LIST1");
+  list->clear();
+  const int percent = reading_->percent;
+  list->add(ToUi(std::string(GetText("reading")) + " " + std::to_string(percent) + "%").c_str());
+}

@@ -1,0 +1,69 @@
+// The lines of the information window.
+
+#include <gtest/gtest.h>
+
+#include "core/JobInformation.h"
+#include "d3plot/D3plotImage.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+class Information : public ::testing::Test {
+ protected:
+  Information() {
+    output_.folder = folder_.Path();
+    output_.status = JobStatus::kFinished;
+    output_.messageFile = folder_ / "messag.krb";
+    folder_.Write("messag.krb",
+                  " Total CPU time     =         2 seconds (   0 hours  0 minutes )\n");
+    D3plotModel model;
+    model.shells = 7;
+    folder_.Write("d3plot", D3plotImage(4, false, model).Bytes());
+  }
+
+  std::string LastLine(int back = 0) const {
+    const auto lines = JobInformation(output_);
+    const std::size_t need = static_cast<std::size_t>(back) + 1;
+    return lines.size() < need ? std::string() : lines[lines.size() - need];
+  }
+
+  TempFolder folder_;
+  JobOutput output_;
+};
+
+TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
+  EXPECT_EQ(LastLine(1), "  Element Number is 7");
+  EXPECT_EQ(LastLine(), "  Node Number is 12");
+  for (const std::string& line : JobInformation(output_))
+    EXPECT_EQ(line.find('\n'), std::string::npos) << line;
+
+  output_.status = JobStatus::kAborted;
+  EXPECT_EQ(LastLine(1), "Found 0 warnings");
+  output_.status = JobStatus::kFinished;
+  folder_.Write("d3plot", "no database");
+  EXPECT_EQ(LastLine().rfind("  d3plot: ", 0), 0U) << LastLine();
+  std::filesystem::remove(folder_ / "d3plot");
+  EXPECT_EQ(LastLine(1), "Found 0 warnings");
+}
+
+TEST_F(Information, ReadsWhatEachSolverWrites) {
+  output_.jobFile = folder_ / "part.v2.fin";
+  folder_.Write("part.v2_INFO.OUT", "THE TOTAL TIME IS ABOUT   12.5 SECONDS\n");
+  output_.solverType = Settings::kInc;
+  EXPECT_EQ(LastLine(2), "THE TOTAL TIME: ");
+  EXPECT_EQ(LastLine(1), "   12.5 SECONDS");
+
+  output_.jobFile = folder_ / "form.dat";
+  folder_.Write("form.OUT",
+                "D A T E (MM/DD/YY): 01/10/15\nTIME(HH:MM:SS:.01): 10:00:00\n ERROR 7\n"
+                "D A T E (MM/DD/YY): 01/11/15\nTIME(HH:MM:SS:.01): 09:30:00\n");
+  output_.solverType = Settings::kVorel;
+  const auto lines = JobInformation(output_);
+  EXPECT_NE(std::find(lines.begin(), lines.end(), "THE TOTAL TIME:  23 Hours 30 Minutes 0 Seconds"),
+            lines.end());
+
+  output_.solverType = -1;
+  EXPECT_TRUE(JobInformation(output_).empty());
+}
+
+}  // namespace
