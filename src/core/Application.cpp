@@ -143,6 +143,12 @@ void Application::SetSolverMode(int mode) {
   }
 }
 
+bool Application::SolverEnabled(int type) const {
+  return std::any_of(solvers_.begin(), solvers_.end(), [type](const auto& solver) {
+    return solver->solverType == type && solver->enabled != 0;
+  });
+}
+
 bool Application::Tick() {
   if (running && reader_) reader_->Poll();
   return running;

@@ -13,13 +13,8 @@ enum Kind : int { kDynaSingle = 1, kDynaDouble = 2, kVorel = 3, kInc = 4 };
 // By the file's ending when the request leaves it open.
 int KindOf(const JobRequest& request, const std::string& deck) {
   if (request.kind > 0) return request.kind;
-  std::string ending;
-  FileDirWrapper::ExtensionOf(deck, ending);
-  std::transform(ending.begin(), ending.end(), ending.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  if (ending == "dat") return kVorel;
-  if (ending == "fin") return kInc;
-  return request.kind;
+  const int type = SolverTypeOfFile(deck);
+  return type == Settings::kLsDynaSingle ? request.kind : type;
 }
 
 int Percent(std::uint64_t done, std::uint64_t size) {
@@ -29,6 +24,16 @@ int Percent(std::uint64_t done, std::uint64_t size) {
 }
 
 }  // namespace
+
+int SolverTypeOfFile(const std::string& path) {
+  std::string ending;
+  FileDirWrapper::ExtensionOf(path, ending);
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  if (ending == "dat") return Settings::kVorel;
+  if (ending == "fin") return Settings::kInc;
+  return Settings::kLsDynaSingle;
+}
 
 JobRequest MakeJobRequest(const Settings& settings) {
   JobRequest request;

@@ -27,6 +27,9 @@ struct JobRequest {
   int groupId = 0;          // 0: the group that is current when the request is added
 };
 
+// The solver type that a job file's ending asks for; LS-DYNA's when it says nothing.
+int SolverTypeOfFile(const std::string& path);
+
 // A request with the settings' pause and CPU count.
 JobRequest MakeJobRequest(const Settings& settings);
 

@@ -1,10 +1,9 @@
 #include "ui/ComnFileDialog.h"
 
-#include <FL/Fl_Native_File_Chooser.H>
-
 #include <algorithm>
 #include <filesystem>
 
+#include "ui/FileChooser.h"
 #include "ui/Text.h"
 #include "util/FileDirWrapper.h"
 #include "util/StrWrapper.h"
@@ -56,42 +55,26 @@ std::string ComnFileDialog::ToolkitFilter(const std::string& filter) {
 
 bool ComnFileDialog::DoModal() {
   paths_.clear();
-  Fl_Native_File_Chooser chooser;
-  if (open_) {
-    chooser.type(multiple_ ? Fl_Native_File_Chooser::BROWSE_MULTI_FILE
-                           : Fl_Native_File_Chooser::BROWSE_FILE);
-  } else {
-    chooser.type(Fl_Native_File_Chooser::BROWSE_SAVE_FILE);
-    chooser.options(Fl_Native_File_Chooser::SAVEAS_CONFIRM);
-  }
-  const std::string filter = ToolkitFilter(filter_);
-  const std::string folder = ToUi(ExistingFolder(folder_));
-  const std::string file = ToUi(file_);
-  chooser.title(caption_.c_str());
-  chooser.filter(filter.c_str());
-  if (!folder.empty()) chooser.directory(folder.c_str());
-  if (!file.empty()) chooser.preset_file(file.c_str());
-  if (chooser.show() != 0) return false;
-  for (int i = 0; i < chooser.count(); ++i) {
-    std::string path = FromUi(chooser.filename(i));
+  FileChoice choice = FileChoice::kSave;
+  if (open_) choice = multiple_ ? FileChoice::kOpenSeveral : FileChoice::kOpen;
+  const FileChooserTexts texts = {caption_, ToolkitFilter(filter_), ToUi(ExistingFolder(folder_)),
+                                  ToUi(file_)};
+  for (const std::string& chosen : ChooseFiles(choice, texts, parent_)) {
+    std::string path = FromUi(chosen);
     std::string ending;
     if (!open_ && !extension_.empty() && !FileDirWrapper::ExtensionOf(path, ending))
       path += "." + extension_;
     paths_.push_back(path);
   }
-  if (parent_) parent_->show();
   return !paths_.empty();
 }
 
 bool ComnFolder::DoModal() {
   path_.clear();
-  Fl_Native_File_Chooser chooser(Fl_Native_File_Chooser::BROWSE_DIRECTORY);
-  const std::string folder = ToUi(ExistingFolder(folder_));
-  chooser.title(title_.c_str());
-  if (!folder.empty()) chooser.directory(folder.c_str());
-  if (chooser.show() != 0 || chooser.count() < 1) return false;
-  FileDirWrapper::TrimTrailingSeparator(FromUi(chooser.filename(0)), path_);
-  if (path_.empty()) path_ = FromUi(chooser.filename(0));  // a root
-  if (parent_) parent_->show();
+  const FileChooserTexts texts = {title_, {}, ToUi(ExistingFolder(folder_)), {}};
+  const std::vector<std::string> chosen = ChooseFiles(FileChoice::kFolder, texts, parent_);
+  if (chosen.empty()) return false;
+  FileDirWrapper::TrimTrailingSeparator(FromUi(chosen.front()), path_);
+  if (path_.empty()) path_ = FromUi(chosen.front());  // a root
   return true;
 }

@@ -5,6 +5,7 @@
 
 #include "ui/Text.h"
 #include "ui/Theme.h"
+#include "ui/Tip.h"
 
 namespace {
 
@@ -56,9 +57,7 @@ Field::Field(int x, int y, int w, int h) : Fl_Input(x, y, w, h) {
 }
 
 void Field::SetTip(const std::string& text) {
-  if (text == tip_) return;
-  tip_ = text;
-  tooltip(tip_.empty() ? nullptr : tip_.c_str());
+  ::SetTip(*this, tip_, text);
 }
 
 void Field::SetPlaceholder(const std::string& text) {
@@ -139,7 +138,10 @@ void Field::draw() {
     const std::string text = FitHead(placeholder_, w() - 2 * kPadding);
     fl_draw(text.c_str(), x() + kPadding, y(), w(), h(), FL_ALIGN_LEFT, nullptr, 0);
   }
-  if (!bad_) return;
-  fl_color(Theme::kError);
-  fl_rect(x(), y(), w(), h());
+  if (bad_) {
+    fl_color(Theme::kError);
+    fl_rect(x(), y(), w(), h());
+  } else if (Fl::focus() == this) {
+    Theme::DrawFocus(x(), y(), w(), h());
+  }
 }

@@ -50,6 +50,8 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
       notes_(notes),
       texts_(texts) {
   copy_label(texts_.Get(application_.Title()).c_str());
+  if (!SolverEnabledFor(Action::kAddDyna))
+    texts_.Set("ui_empty_hint", texts_.Get("ui_empty_hint_drop"));
   xclass("Kestrun");
   color(Theme::kWindow);
   MakeTools();
@@ -84,7 +86,10 @@ void Flx_AppWnd::MakeTools() {
     std::string tip = texts_.Get(info.tipKey);
     if (info.shortcut)
       tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
-    button->SetTip(info.later ? texts_.Format("ui_tip_later", tip) : tip);
+    const Action action = static_cast<Action>(tool);
+    if (info.later) tip = texts_.Format("ui_tip_later", tip);
+    if (!SolverEnabledFor(action)) tip = texts_.Format("ui_tip_disabled", tip);
+    button->SetTip(tip);
     button->callback(
         [](Fl_Widget* pressed, void* self) {
           auto* window = static_cast<Flx_AppWnd*>(self);

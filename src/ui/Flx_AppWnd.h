@@ -79,6 +79,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void AddFolder();
   static void TakeDropped(void* self);
   void AddFiles(const std::vector<std::string>& paths);
+  void InformOfFiles(const char* key, const std::vector<std::string>& paths);
   void Submit();
   void Resubmit();
   void DeleteJob();
@@ -102,6 +103,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void OpenJobMenu(int x, int y);
   void OpenGroupMenu(int x, int y);
   void PopUp(const std::vector<Action>& actions, int x, int y);  // kExit separates
+  bool SolverEnabledFor(Action action) const;                    // true for actions of no solver
   bool CanPerform(Action action) const;
   void CellPressed(int row, int column);
 

@@ -74,12 +74,14 @@ void Flx_AppWnd::Perform(Action action) {
 }
 
 void Flx_AppWnd::Inform(const std::string& text) {
+  if (leaving_) return;
   ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kInformation, ComnMsgBox::kOk, this);
   box.SetButtonTexts(texts_.Get("ui_ok"), "");
   box.DoModal();
 }
 
 bool Flx_AppWnd::Ask(const std::string& text) {
+  if (leaving_) return false;
   ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kQuestion, ComnMsgBox::kYesNo, this);
   box.SetButtonTexts(texts_.Get("ui_yes"), texts_.Get("ui_no"));
   return box.DoModal() == ComnMsgBox::kPressedYes;
@@ -111,12 +113,22 @@ void Flx_AppWnd::TakeDropped(void* self) {
   if (!paths.empty()) window->AddFiles(paths);
 }
 
+void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& paths) {
+  std::string text = texts_.Get(key);
+  for (std::size_t index = 0; index < paths.size() && index < kMostListed; ++index)
+    text += "\n" + ToUi(paths[index]);
+  if (paths.size() > kMostListed)
+    text += "\n" + texts_.Format("ui_more_files", std::to_string(paths.size() - kMostListed));
+  Inform(text);
+}
+
 // Files become jobs as they are; of folders the keyword files do.
 void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths) {
   const auto group = Group();
   if (!group) return;
   std::vector<std::string> files;
   std::vector<std::string> missing;
+  std::vector<std::string> refused;
   bool emptyFolder = false;
   for (const std::string& path : paths) {
     if (IsFolder(path)) {
@@ -134,21 +146,18 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths) {
     }
   }
   for (const std::string& file : files) {
+    if (!application_.SolverEnabled(SolverTypeOfFile(file))) {
+      refused.push_back(file);
+      continue;
+    }
     JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
     request.jobFile = file;
     request.groupId = group->Id();
     application_.Intake().Add(request);
   }
-  if (!missing.empty()) {
-    std::string text = texts_.Get("ui_missing_files");
-    for (std::size_t index = 0; index < missing.size() && index < kMostListed; ++index)
-      text += "\n" + ToUi(missing[index]);
-    if (missing.size() > kMostListed)
-      text += "\n" + texts_.Format("ui_more_files", std::to_string(missing.size() - kMostListed));
-    Inform(text);
-  } else if (emptyFolder && files.empty()) {
-    Inform(texts_.Get("ui_no_keyword_files"));
-  }
+  if (!missing.empty()) InformOfFiles("ui_missing_files", missing);
+  if (!refused.empty()) InformOfFiles("ui_disabled_files", refused);
+  if (emptyFolder && files.empty() && missing.empty()) Inform(texts_.Get("ui_no_keyword_files"));
 }
 
 void Flx_AppWnd::Submit() {
@@ -295,7 +304,7 @@ bool Flx_AppWnd::StopAndWait(int group) {
   const bool stopped =
       WaitWhileStopping(this, texts_.Get("ui_stopping_title"), texts_.Get("ui_stopping_text"),
                         [&] { return one ? one->Running() : manager.IsAnyGroupRunning(); });
-  if (!stopped && !leaving_) Inform(texts_.Get("ui_not_stopped"));
+  if (!stopped) Inform(texts_.Get("ui_not_stopped"));
   return stopped;
 }
 

@@ -45,8 +45,23 @@ int Flx_AppWnd::handle(int event) {
   return Fl_Double_Window::handle(event);
 }
 
+bool Flx_AppWnd::SolverEnabledFor(Action action) const {
+  switch (action) {
+    case Action::kAddDyna:
+    case Action::kAddRestart:
+    case Action::kAddFolder:
+      return application_.SolverEnabled(Settings::kLsDynaSingle);
+    case Action::kAddVorel:
+      return application_.SolverEnabled(Settings::kVorel);
+    case Action::kAddInc:
+      return application_.SolverEnabled(Settings::kInc);
+    default:
+      return true;
+  }
+}
+
 bool Flx_AppWnd::CanPerform(Action action) const {
-  if (InfoOf(action).later) return false;
+  if (InfoOf(action).later || !SolverEnabledFor(action)) return false;
   switch (action) {
     case Action::kDeleteAll:
       return Group() && Group()->JobCount() > 0;
@@ -70,6 +85,7 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
     item.text = texts_.Get(info.menuKey).c_str();
     item.shortcut_ = info.shortcut;
     item.flags = CanPerform(action) ? 0 : FL_MENU_INACTIVE;
+    item.labeltype_ = Theme::kMenuLabel;
     item.labelsize_ = Layout::kFontSize;
     items.push_back(item);
     meanings.push_back(action);

@@ -51,14 +51,12 @@ Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
   heads_->clip_children(1);
   heads_->resizable(nullptr);
   heads_->end();
-  const int top = kFrame + Layout::kHeaderHeight;
-  scroll_ = new Fl_Scroll(x + kFrame, y + top, w - 2 * kFrame, h - top - kFrame);
+  // Its frame lies on the table's and on the line below the heads.
+  scroll_ = new Fl_Scroll(x, y + Layout::kHeaderHeight, w, h - Layout::kHeaderHeight);
   scroll_->box(FL_DOWN_FRAME);
   scroll_->type(Fl_Scroll::BOTH);
   scroll_->scrollbar.linesize(Layout::kRowHeight);
   scroll_->hscrollbar.linesize(Layout::kRowHeight);
-  // The table's own frame is the only one to be seen.
-  scroll_->box(FL_FLAT_BOX);
   scroll_->color(Theme::kSurface);
   extent_ = new Extent(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
   rows_ = new Rows(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
@@ -77,15 +75,6 @@ void Flx_Table::AddColumn(const TableColumn& column) {
   wantedFor_ += column.width;
 }
 
-int Flx_Table::ViewHeight() const {
-  return scroll_->h();
-}
-
-int Flx_Table::ViewWidth() const {
-  const bool scrolls = RowCount() * Layout::kRowHeight > ViewHeight();
-  return scroll_->w() - (scrolls ? Layout::kScrollbarSize : 0);
-}
-
 int Flx_Table::ColumnX(int column) const {
   return OriginX() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
 }
@@ -99,21 +88,32 @@ int Flx_Table::ColumnAt(int x) const {
   return -1;
 }
 
+int Flx_Table::SpreadColumns() {
+  for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
+  if (resized_ < 0) Distribute(viewWidth_ - wantedFor_, columns_, widths_);
+  const int total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  widths_.back() += std::max(0, viewWidth_ - total);
+  return std::max(total, viewWidth_);
+}
+
 void Flx_Table::LayOut() {
   if (columns_.empty()) return;
-  for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
-  if (resized_ < 0) Distribute(ViewWidth() - wantedFor_, columns_, widths_);
-  const int before = std::accumulate(widths_.begin(), widths_.end(), 0);
-  widths_.back() += std::max(0, ViewWidth() - before);
-  const int total = std::max(before, ViewWidth());
-
-  const int height = std::max(RowCount() * Layout::kRowHeight,
-                              ViewHeight() - (total > ViewWidth() ? Layout::kScrollbarSize : 0));
-  extent_->resize(OriginX(), OriginY(), total, height);
+  const int width = std::max(0, scroll_->w() - 2 * kFrame);
+  const int height = std::max(0, scroll_->h() - 2 * kFrame);
+  const int rowsHeight = RowCount() * Layout::kRowHeight;
+  const auto leaveRoomBeside = [&] { viewWidth_ = std::max(0, width - Layout::kScrollbarSize); };
+  viewWidth_ = width;
+  viewHeight_ = height;
+  if (rowsHeight > height) leaveRoomBeside();
+  totalWidth_ = SpreadColumns();
+  if (totalWidth_ > viewWidth_) {
+    viewHeight_ = std::max(0, height - Layout::kScrollbarSize);
+    if (rowsHeight > viewHeight_) leaveRoomBeside();
+    totalWidth_ = SpreadColumns();
+  }
+  extent_->resize(OriginX(), OriginY(), totalWidth_, std::max(rowsHeight, viewHeight_));
   rows_->Pin();
-  const int maxX = std::max(0, total - ViewWidth());
-  const int maxY = std::max(0, height - ViewHeight() + (maxX > 0 ? Layout::kScrollbarSize : 0));
-  ScrollTo(std::min(scroll_->xposition(), maxX), std::min(scroll_->yposition(), maxY));
+  ScrollTo(scroll_->xposition(), scroll_->yposition());
   PlaceHeads();
   scroll_->redraw();
 }
@@ -128,14 +128,15 @@ void Flx_Table::PlaceHeads() {
 }
 
 void Flx_Table::ScrollTo(int x, int y) {
+  x = std::clamp(x, 0, totalWidth_ - viewWidth_);
+  y = std::clamp(y, 0, extent_->h() - viewHeight_);
   if (x != scroll_->xposition() || y != scroll_->yposition()) scroll_->scroll_to(x, y);
 }
 
 void Flx_Table::resize(int x, int y, int w, int h) {
   Fl_Widget::resize(x, y, w, h);
-  const int top = kFrame + Layout::kHeaderHeight;
   heads_->resize(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
-  scroll_->resize(x + kFrame, y + top, w - 2 * kFrame, std::max(0, h - top - kFrame));
+  scroll_->resize(x, y + Layout::kHeaderHeight, w, std::max(0, h - Layout::kHeaderHeight));
   LayOut();
 }
 
@@ -145,7 +146,7 @@ int Flx_Table::FirstVisibleRow() const {
 
 int Flx_Table::LastVisibleRow() const {
   const int end =
-      (scroll_->yposition() + ViewHeight() + Layout::kRowHeight - 1) / Layout::kRowHeight;
+      (scroll_->yposition() + viewHeight_ + Layout::kRowHeight - 1) / Layout::kRowHeight;
   return std::min(end, RowCount());
 }
 
@@ -155,8 +156,7 @@ void Flx_Table::SelectRow(int row) {
   current_ = row;
   if (row >= 0) {
     const int top = row * Layout::kRowHeight;
-    const int hidden = extent_->w() > ViewWidth() ? Layout::kScrollbarSize : 0;
-    const int bottom = top + Layout::kRowHeight - (ViewHeight() - hidden);
+    const int bottom = top + Layout::kRowHeight - viewHeight_;
     const int y = std::min(std::max(scroll_->yposition(), bottom), top);
     ScrollTo(scroll_->xposition(), y);
   }
@@ -202,7 +202,7 @@ void Flx_Table::EndColumnResize() {
   TableColumn& column = columns_[static_cast<std::size_t>(resized_)];
   column.stretch = 0;
   column.minWidth = std::min(column.minWidth, column.width);
-  wantedFor_ = ViewWidth();
+  wantedFor_ = viewWidth_;
   resized_ = -1;
   LayOut();
 }
@@ -211,6 +211,11 @@ void Flx_Table::FitColumn(int column) {
   BeginColumnResize(column);
   ResizeColumn(NeededWidth(column) - widthAtPush_);
   EndColumnResize();
+}
+
+void Flx_Table::draw() {
+  Fl_Group::draw();
+  if (Fl::focus() == rows_) Theme::DrawFocus(x(), y(), w(), h());
 }
 
 void Flx_Table::TakeFocus() {

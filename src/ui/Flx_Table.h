@@ -54,6 +54,7 @@ class Flx_Table : public Fl_Group {
   std::function<void(int x, int y)> OnMenu;
   std::function<void(int row, int column)> OnCell;  // a button cell was pressed
 
+  void draw() override;
   void resize(int x, int y, int w, int h) override;
 
  protected:
@@ -83,12 +84,14 @@ class Flx_Table : public Fl_Group {
   class Extent;
   void LayOut();
   void PlaceHeads();
-  int ViewWidth() const;
-  int ViewHeight() const;
-  void ScrollTo(int x, int y);
+  int SpreadColumns();          // over the view; returns the width of all
+  void ScrollTo(int x, int y);  // as far as there is something to see
+  // The view: what the frame and the scrollbars leave.
+  int ViewX() const { return scroll_->x() + 1; }
+  int ViewY() const { return scroll_->y() + 1; }
   // Where the first row and column begin, scrolled out or not.
-  int OriginX() const { return scroll_->x() - scroll_->xposition(); }
-  int OriginY() const { return scroll_->y() - scroll_->yposition(); }
+  int OriginX() const { return ViewX() - scroll_->xposition(); }
+  int OriginY() const { return ViewY() - scroll_->yposition(); }
   int ColumnAt(int x) const;
   int ColumnX(int column) const;
 
@@ -99,8 +102,11 @@ class Flx_Table : public Fl_Group {
   std::vector<TableColumn> columns_;
   std::vector<Flx_HeaderButton*> buttons_;
   std::vector<int> widths_;  // as laid out
-  int wantedFor_ = 0;        // the view width that the wanted widths were made for
-  int resized_ = -1;         // the column being resized
+  int viewWidth_ = 0;
+  int viewHeight_ = 0;
+  int totalWidth_ = 0;  // of all columns; at least the view's
+  int wantedFor_ = 0;   // the view width that the wanted widths were made for
+  int resized_ = -1;    // the column being resized
   int widthAtPush_ = 0;
   int current_ = -1;
 };

@@ -39,16 +39,15 @@ void Flx_Table::Rows::resize(int, int, int, int) {
 }
 
 void Flx_Table::Rows::Pin() {
-  const Fl_Scroll& scroll = *table_.scroll_;
-  Fl_Widget::resize(scroll.x(), scroll.y(), table_.ViewWidth(), table_.ViewHeight());
+  Fl_Widget::resize(table_.ViewX(), table_.ViewY(), table_.viewWidth_, table_.viewHeight_);
 }
 
 void Flx_Table::Rows::RedrawRow(int row) {
   if (row < 0 || !visible_r()) return;
   const int top = table_.OriginY() + row * Layout::kRowHeight;
-  const int from = std::max(top, table_.scroll_->y());
-  const int to = std::min(top + Layout::kRowHeight, table_.scroll_->y() + table_.ViewHeight());
-  if (to > from) damage(FL_DAMAGE_USER1, table_.scroll_->x(), from, table_.ViewWidth(), to - from);
+  const int from = std::max(top, y());
+  const int to = std::min(top + Layout::kRowHeight, y() + h());
+  if (to > from) damage(FL_DAMAGE_USER1, x(), from, w(), to - from);
 }
 
 void Flx_Table::Rows::draw() {
@@ -58,8 +57,7 @@ void Flx_Table::Rows::draw() {
   fl_color(Theme::kSurface);
   fl_rectf(clipX, clipY, clipW, clipH);
   if (table_.RowCount() == 0) {
-    table_.DrawEmpty(table_.scroll_->x(), table_.scroll_->y(), table_.ViewWidth(),
-                     table_.ViewHeight());
+    table_.DrawEmpty(x(), y(), w(), h());
     return;
   }
   const int first = (clipY - table_.OriginY()) / Layout::kRowHeight;
@@ -145,12 +143,11 @@ int Flx_Table::Rows::HandlePush() {
 int Flx_Table::Rows::HandleKey() {
   const int key = Fl::event_key();
   const int current = table_.current_;
-  const int page = std::max(1, table_.ViewHeight() / Layout::kRowHeight - 1);
+  const int page = std::max(1, h() / Layout::kRowHeight - 1);
   if (key == FL_Menu || (key == FL_F + 10 && Fl::event_state(FL_SHIFT))) {
     table_.SelectRow(current);
-    OpenMenu(
-        table_.scroll_->x() + Layout::kRowHeight,
-        current < 0 ? table_.scroll_->y() : table_.OriginY() + (current + 1) * Layout::kRowHeight);
+    OpenMenu(x() + Layout::kRowHeight,
+             current < 0 ? y() : table_.OriginY() + (current + 1) * Layout::kRowHeight);
     return 1;
   }
   if (HasModifier()) return 0;
@@ -174,12 +171,11 @@ int Flx_Table::Rows::HandleKey() {
       table_.SelectRow(std::max(0, current) + page);
       return 1;
     case FL_Left:
-      table_.ScrollTo(std::max(0, table_.scroll_->xposition() - Layout::kRowHeight),
+      table_.ScrollTo(table_.scroll_->xposition() - Layout::kRowHeight,
                       table_.scroll_->yposition());
       return 1;
     case FL_Right:
-      table_.ScrollTo(std::min(std::max(0, table_.extent_->w() - table_.ViewWidth()),
-                               table_.scroll_->xposition() + Layout::kRowHeight),
+      table_.ScrollTo(table_.scroll_->xposition() + Layout::kRowHeight,
                       table_.scroll_->yposition());
       return 1;
     case FL_Escape:
@@ -193,12 +189,8 @@ int Flx_Table::Rows::HandleKey() {
 int Flx_Table::Rows::HandleWheel() {
   const bool sideways = Fl::event_dx() != 0 || Fl::event_state(FL_SHIFT);
   const int steps = (Fl::event_dy() + Fl::event_dx()) * kWheelRows * Layout::kRowHeight;
-  const int hidden = table_.extent_->w() > table_.ViewWidth() ? Layout::kScrollbarSize : 0;
-  const int maxX = std::max(0, table_.extent_->w() - table_.ViewWidth());
-  const int maxY = std::max(0, table_.extent_->h() - table_.ViewHeight() + hidden);
-  const int toX = table_.scroll_->xposition() + (sideways ? steps : 0);
-  const int toY = table_.scroll_->yposition() + (sideways ? 0 : steps);
-  table_.ScrollTo(std::clamp(toX, 0, maxX), std::clamp(toY, 0, maxY));
+  table_.ScrollTo(table_.scroll_->xposition() + (sideways ? steps : 0),
+                  table_.scroll_->yposition() + (sideways ? 0 : steps));
   Hover(RowAtMouse(), table_.ColumnAt(Fl::event_x()));
   return 1;
 }
@@ -227,7 +219,7 @@ int Flx_Table::Rows::handle(int event) {
       return HandleWheel();
     case FL_FOCUS:
     case FL_UNFOCUS:
-      RedrawRow(table_.current_);
+      table_.redraw();
       return 1;
     case FL_KEYBOARD:
       return HandleKey();

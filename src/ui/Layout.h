@@ -18,6 +18,7 @@ inline constexpr int kGap = 6;     // between neighbours
 
 inline constexpr int kFontSize = 12;
 inline constexpr int kSmallFontSize = 11;
+inline constexpr int kMenuSpacing = 5;  // pixels more than the toolkit leaves between menu items
 
 // The tool row: groups of square buttons from the left, the last group at the right edge.
 inline constexpr int kToolRowHeight = 42;

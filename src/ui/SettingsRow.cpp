@@ -8,6 +8,7 @@
 #include "ui/Numbers.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
+#include "ui/Tip.h"
 #include "util/FileDirWrapper.h"
 
 namespace {
@@ -56,6 +57,7 @@ SettingsRow::SettingsRow(int x, int y, int w, int h, Application& application,
   resizable(nullptr);
   ConnectFields();
   PlaceWidgets();
+  while (kind_ < Settings::kInc && !application_.SolverEnabled(kind_)) ++kind_;
 }
 
 Fl_Box* SettingsRow::MakeLabel(const char* key) {
@@ -252,12 +254,13 @@ void SettingsRow::ShowView(const View& view) {
   const Settings& settings = application_.SettingsAndFiles().Get();
   if (kindChoice_->value() != view.type) kindChoice_->value(view.type);
   for (int type = 0; type < kindChoice_->size() - 1; ++type) {
-    const bool possible = !view.job || type <= Settings::kUtilityBatch;
+    const bool possible =
+        application_.SolverEnabled(type) && (!view.job || type <= Settings::kUtilityBatch);
     kindChoice_->mode(type, possible ? 0 : FL_MENU_INACTIVE);
   }
   SetActive(kindChoice_, !view.job || (view.dyna && !view.running));
-  kindTip_ = texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind");
-  kindChoice_->tooltip(kindTip_.c_str());
+  SetTip(*kindChoice_, kindTip_,
+         texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
   solver_->Show(ToUi(SolverPath(view.type)));
   solver_->SetTip(texts_.Format("ui_tip_solver", ToUi(SolverName(view.type))));
 

@@ -3,11 +3,13 @@
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
 
+#include <algorithm>
 #include <cmath>
 
 #include "ui/Layout.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
+#include "ui/Tip.h"
 
 namespace {
 
@@ -16,6 +18,7 @@ constexpr double kErrorSeconds = 20.0;
 constexpr int kProgressWidth = 120;
 constexpr int kProgressHeight = 6;
 constexpr int kProgressText = 230;
+constexpr int kLeastState = 150;  // what a narrow window leaves the queue's state beside a message
 constexpr int kCancelWidth = 64;
 constexpr int kCancelHeight = 20;
 
@@ -66,8 +69,6 @@ void StatusBar::ShowMessage(const std::string& text, Tone tone) {
     Fl::add_timeout(tone == Tone::kError ? kErrorSeconds : kMessageSeconds, MessageTimeout, this);
   message_ = text;
   tone_ = tone;
-  // The whole text where the line is too short for it.
-  tooltip(message_.empty() ? nullptr : message_.c_str());
   redraw();
 }
 
@@ -92,20 +93,33 @@ void StatusBar::draw() {
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
   const int baseline = y() + 1 + (h() + fl_height()) / 2 - fl_descent();
   int at = x() + Layout::kMargin;
-  fl_color(Theme::kMuted);
-  fl_draw(state_.c_str(), static_cast<int>(state_.size()), at, baseline);
-  at += static_cast<int>(std::ceil(fl_width(state_.c_str()))) + 2 * Layout::kMargin;
   const int end = percent_ >= 0 ? ProgressX() : x() + w() - Layout::kMargin;
+  std::string cut;
+  const auto fitted = [&cut](const std::string& text, int room) {
+    std::string shown = FitHead(text, room);
+    if (shown != text) cut += (cut.empty() ? "" : "\n") + text;
+    return shown;
+  };
+  const auto wanted = [](const std::string& text) {
+    return static_cast<int>(std::ceil(fl_width(text.c_str())));
+  };
+  // The message, which goes away by itself, may take room from the state.
+  const int messageRoom = message_.empty() ? 0 : wanted(message_) + 3 * Layout::kMargin;
+  const int stateRoom = std::min(std::max(end - at - messageRoom, kLeastState), end - at);
+  const std::string state = fitted(state_, stateRoom);
+  fl_color(Theme::kMuted);
+  fl_draw(state.c_str(), static_cast<int>(state.size()), at, baseline);
+  at += wanted(state) + 2 * Layout::kMargin;
   if (!message_.empty() && at < end) {
     fl_color(Theme::kLine);
     fl_yxline(at - Layout::kMargin, y() + 7, y() + h() - 6);
     fl_color(tone_ == Tone::kError ? Theme::kError : Theme::kText);
-    const std::string text = FitHead(message_, end - at - Layout::kMargin);
+    const std::string text = fitted(message_, end - at - Layout::kMargin);
     fl_draw(text.c_str(), static_cast<int>(text.size()), at, baseline);
   }
   if (percent_ >= 0) {
     fl_color(Theme::kText);
-    const std::string text = FitHead(progressText_, kProgressText);
+    const std::string text = fitted(progressText_, kProgressText);
     fl_draw(text.c_str(), ProgressX(), y() + 1, kProgressText, h(), FL_ALIGN_RIGHT, nullptr, 0);
     const int barX = cancel_->x() - Layout::kMargin - kProgressWidth;
     const int barY = y() + 1 + (h() - kProgressHeight) / 2;
@@ -116,4 +130,5 @@ void StatusBar::draw() {
     draw_child(*cancel_);
   }
   fl_pop_clip();
+  SetTip(*this, tip_, cut);
 }

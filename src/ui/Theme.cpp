@@ -42,6 +42,18 @@ void DrawFlat(int x, int y, int w, int h, Fl_Color color) {
   fl_rectf(x, y, w, h);
 }
 
+void DrawMenuLabel(const Fl_Label* label, int x, int y, int w, int h, Fl_Align align) {
+  fl_font(label->font, label->size);
+  fl_color(static_cast<Fl_Color>(label->color));
+  fl_draw(label->value, x, y, w, h, align, nullptr, 0);
+}
+
+void MeasureMenuLabel(const Fl_Label* label, int& w, int& h) {
+  fl_font(label->font, label->size);
+  fl_measure(label->value, w, h, 0);
+  h += Layout::kMenuSpacing;
+}
+
 void SetPalette(Fl_Color index, Fl_Color color) {
   Fl::set_color(index, static_cast<uchar>(color >> 24), static_cast<uchar>(color >> 16),
                 static_cast<uchar>(color >> 8));
@@ -70,6 +82,7 @@ void Theme::Apply() {
     Fl::set_boxtype(box, DrawFrame, 1, 1, 2, 2);
   Fl::set_boxtype(FL_FLAT_BOX, DrawFlat, 0, 0, 0, 0);
 
+  Fl::set_labeltype(kMenuLabel, DrawMenuLabel, MeasureMenuLabel);
   Fl::scrollbar_size(Layout::kScrollbarSize);
   Fl::visible_focus(1);
   // One look for all windows; the toolkit's own chooser also leaves the process's locale alone.
@@ -85,6 +98,11 @@ void Theme::DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line
   fl_color(fill);
   fl_rectf(x + 1, y + 1, w - 2, h - 2);
   Frame(x, y, w, h, line);
+}
+
+void Theme::DrawFocus(int x, int y, int w, int h) {
+  fl_color(kFocus);
+  fl_rect(x, y, w, h);
 }
 
 Fl_Color Theme::StatusColor(int status) {

@@ -20,6 +20,7 @@ inline constexpr Fl_Color kMuted = Rgb(0x667085);
 inline constexpr Fl_Color kDisabledText = Rgb(0xA3ABB8);
 inline constexpr Fl_Color kAccent = Rgb(0x2563EB);
 inline constexpr Fl_Color kAccentDark = Rgb(0x1D4ED8);
+inline constexpr Fl_Color kFocus = Rgb(0x84A9F5);
 inline constexpr Fl_Color kHover = Rgb(0xE9EDF4);
 inline constexpr Fl_Color kPressed = Rgb(0xDCE3EE);
 inline constexpr Fl_Color kRowHover = Rgb(0xF5F8FE);
@@ -32,11 +33,17 @@ inline constexpr Fl_Color kRunning = Rgb(0x1D4ED8);
 inline constexpr Fl_Color kFinished = Rgb(0x07753F);
 inline constexpr Fl_Color kAborted = Rgb(0xC4281C);
 
+// The label of a popup menu's item: more room between the lines than the toolkit leaves.
+inline constexpr Fl_Labeltype kMenuLabel = FL_FREE_LABELTYPE;
+
 // Once, before the first window is made.
 void Apply();
 
 // A filled box with a thin line around it whose corners are softened.
 void DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line);
+
+// The frame of the widget that has the keyboard.
+void DrawFocus(int x, int y, int w, int h);
 
 // The word's colour and the icon of a job status.
 Fl_Color StatusColor(int status);

@@ -6,6 +6,7 @@
 #include "ui/Icons.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
+#include "ui/Tip.h"
 
 namespace {
 
@@ -26,8 +27,7 @@ ToolButton::ToolButton(int x, int y, int w, int h, const char* icon)
 }
 
 void ToolButton::SetTip(const std::string& text) {
-  tip_ = text;
-  tooltip(tip_.c_str());
+  ::SetTip(*this, tip_, text);
 }
 
 int ToolButton::handle(int event) {
@@ -46,15 +46,14 @@ void ToolButton::draw() {
   }
   if (Fl_RGB_Image* image = Icon(icon_, active ? IconLook::kNormal : IconLook::kDisabled))
     image->draw(x() + (w() - image->w()) / 2, y() + (h() - image->h()) / 2);
-  if (Fl::focus() == this) draw_focus();
+  if (Fl::focus() == this) Theme::DrawFocus(x(), y(), w(), h());
 }
 
 PrimaryButton::PrimaryButton(int x, int y, int w, int h) : Fl_Button(x, y, w, h) {}
 
 void PrimaryButton::SetText(const std::string& uiText, const std::string& tip) {
   copy_label(uiText.c_str());
-  tip_ = tip;
-  tooltip(tip_.c_str());
+  SetTip(*this, tip_, tip);
 }
 
 int PrimaryButton::handle(int event) {
@@ -84,10 +83,7 @@ void PrimaryButton::draw() {
 StateButton::StateButton(int x, int y, int w, int h) : Fl_Button(x, y, w, h) {}
 
 void StateButton::SetState(const std::string& uiText, bool on, const std::string& tip) {
-  if (tip != tip_) {
-    tip_ = tip;
-    tooltip(tip_.c_str());
-  }
+  SetTip(*this, tip_, tip);
   if (uiText == text_ && on == on_) return;
   text_ = uiText;
   on_ = on;
@@ -102,5 +98,5 @@ void StateButton::draw() {
   fl_color(on_ ? Theme::kText : Theme::kMuted);
   const std::string text = FitHead(text_, w() - 2 * kPadding + 6);
   fl_draw(text.c_str(), x(), y(), w(), h(), FL_ALIGN_CENTER, nullptr, 0);
-  if (Fl::focus() == this) draw_focus();
+  if (Fl::focus() == this) Theme::DrawFocus(x(), y(), w(), h());
 }
