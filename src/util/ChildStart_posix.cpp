@@ -57,6 +57,8 @@ int DescribeFiles(const ChildStart& start, posix_spawn_file_actions_t& actions) 
     }
     if (error == 0) error = null(STDIN_FILENO, O_RDONLY);
   }
+  if (error == 0 && !start.folder.empty())
+    error = posix_spawn_file_actions_addchdir_np(&actions, start.folder.c_str());
   if (error == 0) error = posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
   return error;
 }

@@ -11,13 +11,14 @@ struct ChildStart {
   std::string program;  // a path
   std::vector<std::string> args;
   std::vector<std::string> environment;  // NAME=value
+  std::string folder;                    // the child's current folder; empty for ours
   // Its own session, away from our terminal. Else it stays in ours with our standard files.
   bool ownSession = true;
   int output = -1;  // standard output and error of one with its own session; -1 for nowhere
 };
 
-// Returns 0 or the system's error number. The child starts in the current folder with no
-// descriptors of ours and with all signals at their defaults.
+// Returns 0 or the system's error number. The child starts with no descriptors of
+// ours and with all signals at their defaults.
 int StartChild(const ChildStart& start, pid_t& pid);
 
 // The path of a program; a name without folder is looked up in PATH. Empty when there is none.

@@ -63,6 +63,10 @@ class PTWrapperProcess : public PTWrapper {
   // Windows a child always has its console.
   void SetOutputFile(const std::string& path);
 
+  // The child's current folder, used by the next Create; this process stays where it is. Empty: our
+  // own.
+  void SetChildFolder(const std::string& folder);
+
   // The terminal program for new consoles (a name looked up in PATH, or a path; it must know
   // "-T title -e command..."), and the path of the console host program (krconsole). Process-wide,
   // any thread. Do nothing on Windows.

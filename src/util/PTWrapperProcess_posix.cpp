@@ -109,6 +109,7 @@ struct PTWrapperProcess::Private {
   std::mutex mutex;  // guards `child`
   std::optional<Child> child;
   std::string outputFile;
+  std::string childFolder;
 };
 
 bool PTWrapperProcess::Private::Child::HasEnded() {
@@ -168,7 +169,8 @@ bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const st
   setup.token = started.token;
   auto console = std::make_unique<Console>();
   const Console::Outcome outcome =
-      console->Start(setup, {start.program, WorkingFolder(), start.args, start.environment});
+      console->Start(setup, {start.program, start.folder.empty() ? WorkingFolder() : start.folder,
+                             start.args, start.environment});
   failed = outcome == Console::Outcome::kFailed;
   if (outcome != Console::Outcome::kStarted) return false;
   started.key = console->child();
@@ -212,6 +214,8 @@ bool PTWrapperProcess::Create(const std::string& exePath, const std::string& com
   if (start.args.empty()) start.args.push_back(exePath);
   start.program =
       exePath.empty() ? FindProgram(start.args.front()) : file_system::ForSystem(exePath);
+
+  start.folder = file_system::ForSystem(p_->childFolder);
 
   Private::Child child;
   child.token = NewToken();
@@ -286,6 +290,10 @@ std::int32_t PTWrapperProcess::ChildId() const {
 
 void PTWrapperProcess::SetOutputFile(const std::string& path) {
   p_->outputFile = path;
+}
+
+void PTWrapperProcess::SetChildFolder(const std::string& folder) {
+  p_->childFolder = folder;
 }
 
 void PTWrapperProcess::SetConsoleProgram(const std::string& terminal) {

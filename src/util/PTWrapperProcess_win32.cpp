@@ -72,6 +72,7 @@ struct PTWrapperProcess::Private {
   Handle job;  // everything that the child starts, where the system lets us have one
   Handle pipeRead;
   Handle ioEvent;
+  std::string childFolder;
 };
 
 // Starts the child stopped, so that nothing of it escapes the job.
@@ -79,7 +80,8 @@ bool PTWrapperProcess::Private::Start(const char* program, std::string& commandL
                                       STARTUPINFOA& startup, DWORD flags) {
   PROCESS_INFORMATION info{};
   if (!CreateProcessA(program, commandLine.empty() ? nullptr : commandLine.data(), nullptr, nullptr,
-                      TRUE, flags | CREATE_SUSPENDED, nullptr, nullptr, &startup, &info))
+                      TRUE, flags | CREATE_SUSPENDED, nullptr,
+                      childFolder.empty() ? nullptr : childFolder.c_str(), &startup, &info))
     return false;
   job = Handle(CreateJobObjectA(nullptr, nullptr));
   if (job && !AssignProcessToJobObject(job.get(), info.hProcess)) job.Close();
@@ -208,6 +210,10 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 std::int32_t PTWrapperProcess::ChildId() const {
   const std::lock_guard<std::mutex> lock(p_->mutex);
   return static_cast<std::int32_t>(p_->processId);
+}
+
+void PTWrapperProcess::SetChildFolder(const std::string& folder) {
+  p_->childFolder = folder;
 }
 
 // A child always has its console here.
