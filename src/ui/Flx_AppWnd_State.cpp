@@ -33,6 +33,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
     ShowState();
     ShowTools();
   }
+  if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
   if (!changes.message.empty() && std::chrono::steady_clock::now() > explainedUntil_)
     status_->ShowMessage(ToUi(changes.message), StatusBar::Tone::kError);

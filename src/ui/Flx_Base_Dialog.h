@@ -28,6 +28,10 @@ class Flx_Base_Dialog {
   // Called with a widget that has fired. -1 keeps the dialog open, any other value ends it.
   virtual int HandleWidget(Fl_Widget*) { return -1; }
 
+  // Jobs, groups or settings have changed while the dialog is open, not through it: by a run, or by
+  // jobs and settings that were handed over.
+  virtual void QueueChanged() {}
+
   void SetLayout(const std::string& text) { layout_ = text; }
 
   // Builds the window; returns Initialise's result, false without a layout.
