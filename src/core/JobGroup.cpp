@@ -27,10 +27,6 @@ void SetAbort(JobFile& job, bool abort) {
   for (const std::shared_ptr<JobFile>& stage : job.stages) SetAbort(*stage, abort);
 }
 
-bool IsStageOf(const JobFile& job, int stage) {
-  return stage >= 0 && static_cast<std::size_t>(stage) < job.stages.size();
-}
-
 bool IsStatus(int status) {
   return status >= JobStatus::kQueued && status <= JobStatus::kAborted;
 }
@@ -50,6 +46,15 @@ template <typename T>
 std::function<bool(JobFile&)> Setter(T JobFile::*field, T value) {
   return [field, value = std::move(value)](JobFile& job) {
     job.*field = value;
+    return true;
+  };
+}
+
+// What is set for a job with stages is set for each of them.
+std::function<bool(JobFile&)> WithStages(std::function<bool(JobFile&)> change) {
+  return [change = std::move(change)](JobFile& job) {
+    if (!change(job)) return false;
+    for (const std::shared_ptr<JobFile>& stage : job.stages) change(*stage);
     return true;
   };
 }
@@ -159,7 +164,10 @@ void JobGroup::SetStatus(int index, int status) {
 }
 
 void JobGroup::RequestStop() {
-  stop_ = true;
+  {
+    const std::lock_guard<std::mutex> lock(submitMutex_);  // a submit under way would undo it
+    stop_ = true;
+  }
   const ListLock lock(*this);
   const int active = FirstActive();
   if (active >= 0) SetAbort(At(active), true);
@@ -212,22 +220,6 @@ bool JobGroup::SetJobStatus(int index, int status) {
   return true;
 }
 
-bool JobGroup::SetStageStatus(int index, int stage, int status) {
-  const ListLock lock(*this);
-  if (!InRange(index) || !IsStageOf(At(index), stage) || !IsStatus(status)) return false;
-  At(index).stages[static_cast<std::size_t>(stage)]->status = status;
-  manager_.Observer().JobsChanged(id_);
-  return true;
-}
-
-bool JobGroup::SetFirstStage(int index, int stage) {
-  return ChangeJob(index, [stage](JobFile& job) {
-    if (!IsStageOf(job, stage)) return false;
-    job.firstStage = stage;
-    return true;
-  });
-}
-
 bool JobGroup::Resubmit(int index) {
   const ListLock lock(*this);
   if (!InRange(index)) return false;
@@ -239,28 +231,28 @@ bool JobGroup::Resubmit(int index) {
 }
 
 bool JobGroup::SetMemory(int index, std::uint64_t megabytes) {
-  return ChangeJob(index, Setter(&JobFile::memory, megabytes));
+  return ChangeJob(index, WithStages(Setter(&JobFile::memory, megabytes)));
 }
 
 bool JobGroup::SetCpuCount(int index, int count) {
-  return ChangeJob(index, Setter(&JobFile::ncpu, count));
+  return ChangeJob(index, WithStages(Setter(&JobFile::ncpu, count)));
 }
 
 bool JobGroup::SetPause(int index, int seconds) {
-  return ChangeJob(index, Setter(&JobFile::pause, seconds));
+  return ChangeJob(index, WithStages(Setter(&JobFile::pause, seconds)));
 }
 
 bool JobGroup::SetPrecision(int index, int solverType) {
   if (solverType < Settings::kLsDynaSingle || solverType > Settings::kUtilityBatch) return false;
-  return ChangeJob(index, DynaSetter(&JobFileDyna::solverType, solverType));
+  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::solverType, solverType)));
 }
 
 bool JobGroup::SetUseSFile(int index, bool on) {
-  return ChangeJob(index, DynaSetter(&JobFileDyna::useSFile, on));
+  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::useSFile, on)));
 }
 
 bool JobGroup::SetDump(int index, bool on) {
-  return ChangeJob(index, DynaSetter(&JobFileDyna::dump, on));
+  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::dump, on)));
 }
 
 bool JobGroup::SetRestartFile(int index, const std::string& path) {
@@ -279,12 +271,6 @@ int JobGroup::JobCount() const {
 std::shared_ptr<JobFile> JobGroup::GetJob(int index) const {
   const ListLock lock(*this);
   return InRange(index) ? jobs_[static_cast<std::size_t>(index)] : nullptr;
-}
-
-std::shared_ptr<JobFile> JobGroup::GetStage(int index, int stage) const {
-  const ListLock lock(*this);
-  if (!InRange(index) || !IsStageOf(At(index), stage)) return nullptr;
-  return At(index).stages[static_cast<std::size_t>(stage)];
 }
 
 int JobGroup::ActiveJob() const {

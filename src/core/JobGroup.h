@@ -53,19 +53,31 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   // A queued job moves down past any job, and up past a queued one only.
   bool MoveJob(int index, bool up);
   bool SetJobStatus(int index, int status);
-  bool SetStageStatus(int index, int stage, int status);
-  bool SetFirstStage(int index, int stage);
   // Finished and Aborted jobs only: back to Queued.
   bool Resubmit(int index);
 
+  // Of a job with stages these set each stage too; for a single one there is ChangeStage.
   bool SetMemory(int index, std::uint64_t megabytes);
   bool SetCpuCount(int index, int count);
   bool SetPause(int index, int seconds);
   bool SetPrecision(int index, int solverType);  // LS-DYNA jobs: 0, 1 or 2
   bool SetUseSFile(int index, bool on);          // LS-DYNA jobs
   bool SetDump(int index, bool on);              // LS-DYNA jobs
+
+  // Of the job alone.
   bool SetRestartFile(int index, const std::string& path);
   bool SetExtraOptions(int index, const std::string& options);
+
+  // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
+  // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.
+  int AddStage(int index, std::shared_ptr<JobFile> stage);  // the new, last, index; -1 on failure
+  bool RemoveStage(int index, int stage);
+  bool MoveStage(int index, int stage, bool up);
+  bool SetFirstStage(int index, int stage);
+  bool SetStageStatus(int index, int stage, int status);
+  // Changes fields of one stage, other than status and abort, while the mutex is held; false when
+  // `change` says so.
+  bool ChangeStage(int index, int stage, const std::function<bool(JobFile&)>& change);
 
   int JobCount() const;
   std::shared_ptr<JobFile> GetJob(int index) const;  // null out of range
@@ -105,6 +117,8 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   bool BeginRun(const std::shared_ptr<JobFile>& job);
   int RunJob(JobFile& job);
   int RunThroughDriver(JobFile& job, const JobRunContext& context);
+  int RunThroughStages(JobFile& job, const JobRunContext& context);
+  void ShowStageStatus(JobFile& job, int stage, int status);
   void EndRun(const std::shared_ptr<JobFile>& job, int status);
 
   // With the list locked.
@@ -114,6 +128,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   JobFile& At(int index) const;
   void SetStatus(int index, int status);
 
+  bool ChangeStages(int index, const std::function<bool(JobFile&)>& change);
   bool ChangeJob(int index, const std::function<bool(JobFile&)>& change);
   bool TakeMutex() const;
   void RecordMutexError(const std::string& message) const;

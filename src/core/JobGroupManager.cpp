@@ -5,6 +5,7 @@
 #include <shared_mutex>
 
 #include "util/DateTimeWrapper.h"
+#include "util/FileDirWrapper.h"
 
 namespace {
 
@@ -12,6 +13,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kLookAgainMs = 100;
 constexpr std::chrono::seconds kStopLimit{30};
+
+std::string ProgramFolder() {
+  std::string folder;
+  FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
+  return folder;
+}
 
 }  // namespace
 
@@ -26,6 +33,9 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
 
   void JobStatusChanged(int groupId, int jobIndex, int status) override {
     Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, jobIndex, status); });
+  }
+  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override {
+    Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, jobIndex, stage, status); });
   }
   void JobsChanged(int groupId) override {
     Tell([&](QueueObserver& o) { o.JobsChanged(groupId); });
@@ -59,7 +69,8 @@ JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
     : settings_(settings),
       solvers_(solvers),
       relay_(std::make_unique<ObserverRelay>()),
-      threads_(std::make_shared<RunningThreads>()) {}
+      threads_(std::make_shared<RunningThreads>()),
+      positioning_(ProgramFolder()) {}
 
 JobGroupManager::~JobGroupManager() {
   RequestStop(-1);

@@ -13,6 +13,7 @@
 #include "core/RunningThreads.h"
 #include "core/SettingsAndPaths.h"
 #include "solvers/JobSolver.h"
+#include "solvers/PositioningLibrary.h"
 
 // Owned by the application. Groups are added and removed on the interface thread; everything may be
 // read on any thread.
@@ -60,6 +61,9 @@ class JobGroupManager {
   // The first driver of that type; null when there is none.
   JobSolver* SolverFor(int type) const;
 
+  // The positioning library works for a running job.
+  std::atomic<bool> autoPosition{false};
+
   // How the last run that failed ended (see JobFile::RunErrorCode).
   std::atomic<int> runErrorCode{0};
 
@@ -73,6 +77,7 @@ class JobGroupManager {
   const std::vector<std::unique_ptr<JobSolver>>& solvers_;
   const std::unique_ptr<ObserverRelay> relay_;
   const std::shared_ptr<RunningThreads> threads_;
+  PositioningLibrary positioning_;
   // The members below. Never held while a group is asked for something: groups ask the manager
   // while they hold the job mutex.
   mutable std::mutex mutex_;

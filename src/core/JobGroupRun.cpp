@@ -4,6 +4,7 @@
 
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
+#include "solvers/StageRun.h"
 #include "util/DateTimeWrapper.h"
 
 namespace {
@@ -138,6 +139,7 @@ int JobGroup::RunJob(JobFile& job) {
 }
 
 int JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
+  if (RunsInStages(job)) return RunThroughStages(job, context);
   JobSolver* driver = manager_.SolverFor(job.GetSolverType());
   if (driver != nullptr) return driver->Run(job, context);
   manager_.Settings().Log().Report("No solver of type %d for job [%s]", job.GetSolverType(),

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "jobs/DeckScan.h"
+#include "jobs/StageDecks.h"
 #include "util/FileDirWrapper.h"
 
 namespace {
@@ -15,6 +16,19 @@ int KindOf(const JobRequest& request, const std::string& deck) {
   if (request.kind > 0) return request.kind;
   const int type = SolverTypeOfFile(deck);
   return type == Settings::kLsDynaSingle ? request.kind : type;
+}
+
+// A relative path of another program can only mean our current folder, which a driver may have
+// changed for the moment of starting a solver.
+std::string Absolute(const std::string& path) {
+  if (path.empty() || FileDirWrapper::AbsolutePath(path) == path) return path;
+  const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  return FileDirWrapper::AbsolutePath(path);
+}
+
+void ApplyPrecision(const JobRequest& request, JobFileDyna& job) {
+  if (request.kind == kDynaSingle) job.solverType = Settings::kLsDynaSingle;
+  if (request.kind == kDynaDouble) job.solverType = Settings::kLsDynaDouble;
 }
 
 int Percent(std::uint64_t done, std::uint64_t size) {
@@ -162,14 +176,17 @@ std::shared_ptr<JobGroup> JobIntake::GroupFor(const JobRequest& request) const {
 // Null when the request was given up.
 std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned burst) {
   const Settings settings = manager_.Settings().Snapshot();
-  const std::string& deck = request.inputFile.empty() ? request.jobFile : request.inputFile;
+  const std::string deck =
+      Absolute(request.inputFile.empty() ? request.jobFile : request.inputFile);
   std::shared_ptr<JobFile> job;
   switch (KindOf(request, deck)) {
     case kVorel:
       job = std::make_shared<JobFileVorel>(settings);
+      job->memory = settings.memory_size;
       break;
     case kInc:
       job = std::make_shared<JobFileInc>(settings);
+      job->memory = settings.memory_size;
       break;
     default:
       job = MakeDynaJob(request, deck, settings, burst);
@@ -177,9 +194,11 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   if (!job || GivenUp(burst)) return nullptr;
   if (request.memory != 0) job->memory = request.memory;
   job->jobFile = deck;
-  job->restartFile = request.restartFile;
+  job->restartFile = Absolute(request.restartFile);
   job->pause = request.pause;
   job->ncpu = request.ncpu;
+  auto* const dyna = dynamic_cast<JobFileDyna*>(job.get());
+  if (dyna != nullptr && !AddStages(*dyna, request, settings, burst)) return nullptr;
   return job;
 }
 
@@ -189,20 +208,48 @@ std::shared_ptr<JobFile> JobIntake::MakeDynaJob(const JobRequest& request, const
   job->jobFile = deck;
   job->useSFile = request.sGiven;
   job->dump = request.dump;
-  if (!deck.empty()) {
-    int told = -1;
-    DeckScanHooks hooks;
-    hooks.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
-    hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
-      const int percent = Percent(done, size);
-      if (percent != told) TellProgress(deck, told = percent);
-      return !GivenUp(burst);
-    };
-    TellProgress(deck, 0);
-    if (!ScanDeck(*job, hooks) && GivenUp(burst)) return nullptr;
-  }
-  if (request.kind == kDynaSingle) job->solverType = Settings::kLsDynaSingle;
-  if (request.kind == kDynaDouble) job->solverType = Settings::kLsDynaDouble;
+  if (!deck.empty() && !Scan(*job, burst)) return nullptr;
+  ApplyPrecision(request, *job);
   ApplyDeckMemory(*job, settings);
   return job;
+}
+
+// False when the request was given up. A deck that cannot be read is only reported.
+bool JobIntake::Scan(JobFileDyna& job, unsigned burst) {
+  DeckScanHooks hooks;
+  hooks.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
+  hooks.progress = [&, told = -1](std::uint64_t done, std::uint64_t size) mutable {
+    const int percent = Percent(done, size);
+    if (percent != told) TellProgress(job.jobFile, told = percent);
+    return !GivenUp(burst);
+  };
+  TellProgress(job.jobFile, 0);
+  return ScanDeck(job, hooks) || !GivenUp(burst);
+}
+
+// What a stage's own deck does not say is as for the job. A restart is one of the first stage to
+// run.
+bool JobIntake::AddStages(JobFileDyna& job, const JobRequest& request, const Settings& settings,
+                          unsigned burst) {
+  const auto report = [this](const std::string& line) {
+    manager_.Settings().Log().ReportLine(line);
+  };
+  for (const std::string& deck : StageDecks(job, report)) {
+    auto stage = std::make_shared<JobFileDyna>(settings);
+    stage->jobFile = deck;
+    stage->solverType = job.solverType;
+    stage->useSFile = job.useSFile;
+    stage->caseRun = job.caseRun;
+    stage->dump = job.dump;
+    stage->pause = job.pause;
+    stage->ncpu = job.ncpu;
+    if (!Scan(*stage, burst)) return false;
+    ApplyPrecision(request, *stage);
+    stage->keepDeck = stage->keepDeck || job.keepDeck;
+    const bool hasSay = settings.memory_auto && request.memory == 0 && stage->deckMemory != 0;
+    stage->memory = hasSay ? stage->deckMemory : job.memory;
+    if (static_cast<int>(job.stages.size()) == job.firstStage) stage->restartFile = job.restartFile;
+    job.stages.push_back(std::move(stage));
+  }
+  return true;
 }

@@ -36,7 +36,8 @@ JobRequest MakeJobRequest(const Settings& settings);
 // Owned by the application. Any thread. Jobs appear at the end of their group in the order of the
 // requests; the observer hears of the progress and of each new job. A job whose group is gone joins
 // the current group, else the first one. A deck that cannot be read is reported in the log and
-// queued all the same, so that nothing is lost: its run says what is wrong.
+// queued all the same, so that nothing is lost: its run says what is wrong. A deck that names
+// stages (see StageDecks) becomes a job with stages.
 class JobIntake {
  public:
   explicit JobIntake(JobGroupManager& manager);
@@ -56,6 +57,9 @@ class JobIntake {
   std::shared_ptr<JobFile> MakeJob(const JobRequest& request, unsigned burst);
   std::shared_ptr<JobFile> MakeDynaJob(const JobRequest& request, const std::string& deck,
                                        const Settings& settings, unsigned burst);
+  bool Scan(JobFileDyna& job, unsigned burst);
+  bool AddStages(JobFileDyna& job, const JobRequest& request, const Settings& settings,
+                 unsigned burst);
   std::shared_ptr<JobGroup> GroupFor(const JobRequest& request) const;
   bool GivenUp(unsigned burst) const;
   void TellProgress(const std::string& file, int percent);

@@ -11,6 +11,8 @@ class QueueObserver {
   virtual ~QueueObserver() = default;
 
   virtual void JobStatusChanged(int groupId, int jobIndex, int status) = 0;
+  // A stage of a multi-stage job has a new status. `jobIndex` is the job's place in its group.
+  virtual void StageStatusChanged(int groupId, int jobIndex, int stage, int status) = 0;
   // Jobs were added to, removed from or moved in the group, or fields of them changed.
   virtual void JobsChanged(int groupId) = 0;
   // A group's thread has begun or ended.

@@ -68,8 +68,10 @@ void JobFile::ResetForRun() {
   abort = false;
   SetMessageFile({});
   SetRunError(0, {});
-  for (const std::shared_ptr<JobFile>& stage : stages) {
-    if (stage) stage->ResetForRun();
+  const std::size_t first = firstStage > 0 ? static_cast<std::size_t>(firstStage) : 0;
+  for (std::size_t i = 0; i < stages.size(); ++i) {
+    stages[i]->abort = false;
+    if (i >= first) stages[i]->ResetForRun();
   }
 }
 

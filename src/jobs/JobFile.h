@@ -81,6 +81,7 @@ class JobFile {
   void SetRunError(int code, const std::string& message);
 
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
+  // Stages before the first one to run keep how they ended.
   void ResetForRun();
 
  private:

@@ -4,23 +4,12 @@
 #include "solvers/JobSolverLsDyna.h"
 #include "solvers/JobSolverUBatch.h"
 #include "solvers/JobSolverVorel.h"
+#include "solvers/RunSteps.h"
 #include "util/DateTimeWrapper.h"
 
 namespace {
 
 constexpr unsigned kPollMilliseconds = 1000;
-
-// Lets a job see its run's context for the length of the run.
-class RunScope {
- public:
-  RunScope(JobFile& job, const JobRunContext& context) : job_(job) { job_.run = &context; }
-  ~RunScope() { job_.run = nullptr; }
-  RunScope(const RunScope&) = delete;
-  RunScope& operator=(const RunScope&) = delete;
-
- private:
-  JobFile& job_;
-};
 
 }  // namespace
 

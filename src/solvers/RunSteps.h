@@ -17,6 +17,21 @@ enum : int {
 };
 }
 
+// Lets a job see its run's context for the length of the run.
+class RunScope {
+ public:
+  RunScope(JobFile& job, const JobRunContext& context) : job_(job), before_(job.run) {
+    job_.run = &context;
+  }
+  ~RunScope() { job_.run = before_; }
+  RunScope(const RunScope&) = delete;
+  RunScope& operator=(const RunScope&) = delete;
+
+ private:
+  JobFile& job_;
+  const JobRunContext* const before_;
+};
+
 // One line for the application log.
 void Report(const JobFile& job, const std::string& line);
 

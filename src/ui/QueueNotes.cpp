@@ -37,6 +37,10 @@ void QueueNotes::JobStatusChanged(int groupId, int jobIndex, int) {
   Take([&](QueueChanges& changes) { changes.rows[groupId].insert(jobIndex); });
 }
 
+void QueueNotes::StageStatusChanged(int groupId, int jobIndex, int, int) {
+  Take([&](QueueChanges& changes) { changes.rows[groupId].insert(jobIndex); });
+}
+
 void QueueNotes::JobsChanged(int groupId) {
   Take([&](QueueChanges& changes) { changes.groups.insert(groupId); });
 }

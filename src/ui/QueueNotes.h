@@ -30,6 +30,7 @@ class QueueNotes : public QueueObserver {
   std::function<void(const QueueChanges& changes)> OnChanges;
 
   void JobStatusChanged(int groupId, int jobIndex, int status) override;
+  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override;
   void JobsChanged(int groupId) override;
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;

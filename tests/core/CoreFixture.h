@@ -65,6 +65,10 @@ class RecordingObserver : public QueueObserver {
     Note("status " + std::to_string(groupId) + " " + std::to_string(jobIndex) + " " +
          std::to_string(status));
   }
+  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override {
+    Note("stage " + std::to_string(groupId) + " " + std::to_string(jobIndex) + " " +
+         std::to_string(stage) + " " + std::to_string(status));
+  }
   void JobsChanged(int groupId) override { Note("jobs " + std::to_string(groupId)); }
   void GroupRunChanged(int groupId) override { Note("run " + std::to_string(groupId)); }
   void SettingsChanged() override { Note("settings"); }

@@ -1,0 +1,86 @@
+#include "solvers/PositioningLibrary.h"
+
+#include <type_traits>
+
+#include "solvers/AbortableWait.h"
+#include "solvers/RunSteps.h"
+#include "util/FileDirWrapper.h"
+
+PositioningLibrary::PositioningLibrary(const std::string& folder)
+    : path_(FileDirWrapper::Join(folder, SharedLibrary::FileName("qvas"))) {}
+
+const PositioningFunctions* PositioningLibrary::Functions(const JobFile& job) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!tried_) {
+    tried_ = true;
+    std::string error;
+    loaded_ = Load(error);
+    if (!loaded_) {
+      Report(job, "Positioning library [" + path_ + "] cannot be used (" + error +
+                      "): jobs run without automatic positioning");
+    }
+  }
+  return loaded_ ? &functions_ : nullptr;
+}
+
+bool PositioningLibrary::Load(std::string& error) {
+  if (!FileDirWrapper::FileExists(path_)) {
+    error = "it does not exist";
+    return false;
+  }
+  if (!library_.Load(path_, error)) return false;
+  const auto find = [&](auto& function, const char* name) {
+    using Function = std::remove_reference_t<decltype(function)>;
+    function = reinterpret_cast<Function>(library_.Find(name));
+    if (function == nullptr && error.empty()) error = std::string("it has no ") + name;
+  };
+  error.clear();
+  find(functions_.positionBegin, "qvAsPositionBegin");
+  find(functions_.getDataFromDyn, "qvAsGetDataFromDyn");
+  find(functions_.isAutoPositionMutiStage, "qvAsIsAutoPositionMutiStage");
+  find(functions_.writeDynaFileOpen, "qvAsWriteDynaFileOpen");
+  find(functions_.setMainDynaFile, "qvAsSetMainDynaFile");
+  find(functions_.writeDynaFilePosition, "qvAsWriteDynaFilePosition");
+  find(functions_.writeDynaFileClose, "qvAsWriteDynaFileClose");
+  find(functions_.positionEnd, "qvAsPositionEnd");
+  if (error.empty()) return true;
+  library_.Unload();
+  return false;
+}
+
+bool PositioningSession::Begin() {
+  if (job_.abort || !job_.restartFile.empty()) return true;
+  const PositioningFunctions* const functions = library_.Functions(job_);
+  if (functions == nullptr) return true;
+  turn_ = std::unique_lock<std::mutex>(library_.session_, std::try_to_lock);
+  if (!turn_) {
+    Report(job_, "Job [" + ShownPath(job_.jobFile) +
+                     "] waits for the positioning library, which another job uses");
+    turn_ = LockUnlessAborted(library_.session_, job_.abort);
+  }
+  if (!turn_) return true;
+
+  functions_ = functions;
+  functions_->positionBegin();
+  functions_->getDataFromDyn(job_.jobFile.c_str());
+  wanted_ = functions_->isAutoPositionMutiStage() == 1;
+  if (wanted_) opened_ = functions_->writeDynaFileOpen() != 0;
+  const bool usable = !wanted_ || opened_;
+  if (!opened_) End();
+  return usable;
+}
+
+void PositioningSession::Position(const JobFile& stage) {
+  if (!wanted_) return;
+  functions_->setMainDynaFile(job_.jobFile.c_str());
+  functions_->writeDynaFilePosition(stage.jobFile.c_str());
+}
+
+void PositioningSession::End() {
+  if (functions_ == nullptr) return;
+  if (opened_) functions_->writeDynaFileClose();
+  functions_->positionEnd();
+  functions_ = nullptr;
+  wanted_ = opened_ = false;
+  turn_.unlock();
+}

@@ -1,0 +1,158 @@
+#include "solvers/SolverVersion.h"
+
+#include <chrono>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string_view>
+
+#include "jobs/JobArguments.h"
+#include "solvers/AbortableWait.h"
+#include "solvers/JobSolver.h"
+#include "solvers/LineBlocks.h"
+#include "util/FileDirWrapper.h"
+#include "util/PTWrapper.h"
+#include "util/StrWrapper.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kReportTime{2000};
+constexpr std::uint64_t kMostReportBytes = 1024 * 1024;
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::string Upper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
+std::optional<int> NumberAt(const std::string& text, std::size_t position) {
+  if (position >= text.size() || !IsDigit(text[position])) return std::nullopt;
+  return StrWrapperTxt::LeadingInt(text.substr(position));
+}
+
+std::optional<int> RevisionOf(const std::string& line, std::size_t colon) {
+  return NumberAt(line, line.find_first_not_of(" \t", colon + 1));
+}
+
+// The number behind the first 'R' that has one: "LS971S R7.0.0".
+std::optional<int> MajorOf(const std::string& line, std::size_t colon) {
+  for (std::size_t r = colon; (r = line.find('R', r + 1)) != std::string::npos;) {
+    if (const std::optional<int> major = NumberAt(line, r + 1)) return major;
+  }
+  return std::nullopt;
+}
+
+// "VERSION NUMBER:" in old reports; new ones have a frame and "VERSION :".
+bool NamesVersion(const std::string& line, std::size_t colon) {
+  if (line.find("VERSION NUMBER") != std::string::npos) return true;
+  const std::size_t end = line.find_last_not_of(" \t", colon - 1);
+  return end != std::string::npos && std::string_view(line).substr(0, end + 1).ends_with("VERSION");
+}
+
+struct Report {
+  bool readable = false;
+  std::optional<int> major;
+  std::optional<int> revision;
+};
+
+void ReadLine(std::string_view text, Report& report) {
+  const std::string line = Upper(text);
+  const std::size_t colon = line.find(':');
+  if (colon == std::string::npos || colon == 0) return;
+  if (line.find("REVISION") != std::string::npos) {
+    if (const auto revision = RevisionOf(line, colon)) report.revision = revision;
+  }
+  if (NamesVersion(line, colon)) {
+    if (const auto major = MajorOf(line, colon)) report.major = major;
+  }
+}
+
+Report ReadReport(const std::string& path) {
+  Report report;
+  LineBlocks blocks;
+  if (!blocks.Open(path)) return report;
+  std::uint64_t read = 0;
+  for (std::string_view block; read < kMostReportBytes && blocks.Next(block);) {
+    read += block.size();
+    for (std::size_t position = 0; position < block.size();) {
+      ReadLine(TakeLine(block, position), report);
+    }
+  }
+  report.readable = !blocks.Failed();
+  return report;
+}
+
+// What tells one writing of a file from the next.
+struct FileStamp {
+  explicit FileStamp(const std::string& path) {
+    std::error_code error;
+    size = std::filesystem::file_size(path, error);
+    if (!error) time = std::filesystem::last_write_time(path, error);
+    exists = !error;
+  }
+  bool operator==(const FileStamp&) const = default;
+
+  bool exists = false;
+  std::uintmax_t size = 0;
+  std::filesystem::file_time_type time{};
+};
+
+std::mutex& QueryMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+bool StartInfo(const std::string& solver, const std::string& folder, PTWrapperProcess& process) {
+  // Drivers change the environment that the solver inherits.
+  const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  process.SetChildFolder(folder);
+  return process.Create(solver, QuotedPath(solver) + " info", "ORLA-KR/LS-DYNA", false,
+                        PTWrapperProcess::kNewConsole, {}, true);
+}
+
+}  // namespace
+
+bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
+                       const VersionQuery& query) {
+  static const std::atomic<bool> kNever{false};
+  const std::atomic<bool>& abort = query.abort != nullptr ? *query.abort : kNever;
+  const auto tell = [&query](const std::string& line) {
+    if (query.report) query.report(line);
+  };
+  if (!FileDirWrapper::FileExists(solverPath)) return false;
+  const std::string solver = FileDirWrapper::AbsolutePath(solverPath);
+  const std::string folder = FolderOf(solver);
+  const std::string path = FileDirWrapper::Join(folder, "lstc.log");
+
+  const std::unique_lock<std::mutex> turn = LockUnlessAborted(QueryMutex(), abort);
+  if (abort) return false;
+  const FileStamp before(path);
+  Report report;
+  const auto readNew = [&] {
+    if (FileStamp(path) != before) report = ReadReport(path);
+  };
+  PTWrapperProcess process;
+  if (StartInfo(solver, folder, process)) {
+    WaitUnlessAborted(kReportTime, abort, [&] {
+      if (process.IsActive()) return false;
+      readNew();
+      return report.major && report.revision;
+    });
+    readNew();
+    if (!process.Terminate()) tell(process.LastError());
+  } else {
+    tell(process.LastError());
+  }
+  if (abort) return false;
+  if (!report.readable) tell("Read output information file [" + path + "] failed");
+  if (!report.major || !report.revision) return false;
+  major = *report.major;
+  revision = *report.revision;
+  return true;
+}
