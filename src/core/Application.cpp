@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <set>
+#include <system_error>
 
 #include "util/FileDirWrapper.h"
 
@@ -184,14 +186,33 @@ bool Application::ViewTextFile(const std::string& path) {
   if (TextFallback && !ProgramExists(viewer)) return TextFallback(path);
 
   const std::string commandLine = viewer + ' ' + InQuotes(path);
+  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
+  std::erase_if(viewerStarts_, [](const std::future<void>& start) {
+    return start.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+  });
+  try {
+    if (ProgramExists(viewer)) {
+      viewerStarts_.push_back(
+          std::async(std::launch::async, [this, commandLine] { StartViewer(commandLine); }));
+      return true;
+    }
+  } catch (const std::system_error&) {
+    // No thread to be had; reported like any other failure.
+  }
+  ReportNoViewer(commandLine);
+  return false;
+}
+
+void Application::StartViewer(const std::string& commandLine) {
   PTWrapperProcess process;
   // Drivers change the folder and the environment that the viewer would inherit.
   const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
-  if (process.Create({}, commandLine, "ORLA/Kestrun Text", true, PTWrapperProcess::kNewConsole, {},
-                     true)) {
-    return true;
+  if (!process.Create({}, commandLine, "ORLA/Kestrun Text", true, PTWrapperProcess::kNewConsole, {},
+                      true)) {
+    ReportNoViewer(commandLine);
   }
+}
+
+void Application::ReportNoViewer(const std::string& commandLine) {
   settings_->Log().Report("View text file [%s] failed", commandLine.c_str());
-  return false;
 }

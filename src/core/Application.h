@@ -3,6 +3,7 @@
 #define KR_CORE_APPLICATION_H
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,7 +37,8 @@ class Application {
   bool Tick();
 
   // Opens a text file in the viewer. "File [%s] does not exist"; "View text file [%s] failed".
-  // Where the viewer of the settings does not exist, `TextFallback` shows it.
+  // Where the viewer of the settings does not exist, `TextFallback` shows it. The viewer starts on
+  // a thread of its own, since its console may take a while: a failure there is in the log only.
   bool ViewTextFile(const std::string& path);
   std::function<bool(const std::string& path)> TextFallback;
 
@@ -65,6 +67,8 @@ class Application {
   void ReadFiles();
   void MakeGroups();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
+  void StartViewer(const std::string& commandLine);
+  void ReportNoViewer(const std::string& commandLine);
 
   const std::string version_ = "2016 R1";
   const std::string title_;
@@ -76,6 +80,7 @@ class Application {
   std::unique_ptr<JobGroupManager> manager_;
   std::unique_ptr<JobIntake> intake_;
   std::unique_ptr<HandOverReader> reader_;
+  std::vector<std::future<void>> viewerStarts_;  // their end is waited for by the destructor
 };
 
 #endif

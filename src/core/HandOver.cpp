@@ -17,7 +17,7 @@ constexpr std::chrono::seconds kWriterPatience{10};
 constexpr unsigned kWriterLooksMs = 100;
 constexpr long kEventWaitMs = 20;
 constexpr int kTakeOverPolls = 4;  // about ten seconds of polls
-constexpr std::size_t kLargestFile = 16 * 1024 * 1024;
+constexpr std::size_t kLargestFile = 32 * 1024 * 1024;
 
 enum Wait : int { kTaken = 0, kTimedOut = 1 };
 
@@ -36,12 +36,13 @@ bool TakeFreeFile(SettingsAndPaths& settings, bool readerRuns) {
   return false;
 }
 
-// A relative path of another program can only mean our current folder, which a driver may have
-// changed for the moment of starting a solver.
-std::string Absolute(const std::string& path) {
-  if (path.empty() || FileDirWrapper::AbsolutePath(path) == path) return path;
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  return FileDirWrapper::AbsolutePath(path);
+// A file too big to be read would stand in the way of all that come after it.
+void PutBigFileAside(SettingsAndPaths& settings) {
+  const std::string& path = settings.handOverFile;
+  const std::string aside = path + ".big";
+  if (!hand_over_file::PutAsideWhenBigger(path, kLargestFile, aside)) return;
+  settings.Log().ReportLine("Hand-over file [" + path + "] is too big; put aside as [" + aside +
+                            "]");
 }
 
 // True when something changed.
@@ -71,6 +72,7 @@ bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv
   if (!TakeFreeFile(settings, readerRuns)) {
     settings.Log().ReportLine("Hand-over file was not free in time; going on");
   }
+  PutBigFileAside(settings);
   // What is there has not been read: it must not be lost.
   const Result result = hand_over_file::Write(settings.handOverFile, text, true);
   settings.handOverEvent.SetEventSignal();
@@ -87,6 +89,7 @@ bool HandOverReader::Poll() {
     return false;
   }
   if (!TakeEvent()) return true;
+  PutBigFileAside(settings);
   hand_over_file::Contents contents;
   const Result result = hand_over_file::Read(settings.handOverFile, kLargestFile, contents);
   const bool isNew = result == Result::kDone && contents.identity != handled_;
@@ -134,11 +137,7 @@ void HandOverReader::Apply(const hand_over_file::Contents& contents) {
     application_.Manager().Observer().SettingsChanged();
   }
 
-  for (JobRequest& job : order.jobs) {
-    job.jobFile = Absolute(job.jobFile);
-    job.restartFile = Absolute(job.restartFile);
-    application_.Intake().Add(std::move(job));
-  }
+  for (JobRequest& job : order.jobs) application_.Intake().Add(std::move(job));
   handled_ = contents.identity;
   RemoveHandled();
 }

@@ -23,6 +23,9 @@ struct Contents {
 // refused file, as far as it can be found out.
 Result Read(const std::string& path, std::size_t limit, Contents& contents);
 
+// Renames a file of this user's that is bigger than the limit; a former one of that name goes.
+bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside);
+
 // Any kind of entry, a link that leads nowhere too.
 bool Exists(const std::string& path);
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 #include "core/HandOverFile.h"
 #include "util/UniqueFd_posix.h"
@@ -79,6 +80,13 @@ Result Read(const std::string& path, std::size_t limit, Contents& contents) {
     return Result::kRefused;
   }
   return ReadAll(fd.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
+}
+
+bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside) {
+  struct stat info {};
+  return lstat(path.c_str(), &info) == 0 && IsTrusted(info) &&
+         static_cast<std::uintmax_t>(info.st_size) > limit &&
+         rename(path.c_str(), aside.c_str()) == 0;
 }
 
 Result Write(const std::string& path, const std::string& text, bool append) {

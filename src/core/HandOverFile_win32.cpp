@@ -143,6 +143,14 @@ Result Read(const std::string& path, std::size_t limit, Contents& contents) {
   return ReadAll(file.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
 }
 
+bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside) {
+  const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
+  BY_HANDLE_FILE_INFORMATION info;
+  return file && GetFileInformationByHandle(file.get(), &info) && IsTrusted(file.get(), info) &&
+         SizeOf(info) > limit &&
+         MoveFileExA(path.c_str(), aside.c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
 Result Write(const std::string& path, const std::string& text, bool append) {
   const Handle file(Open(path, GENERIC_READ | GENERIC_WRITE | READ_CONTROL, OPEN_ALWAYS));
   if (!file) return Exists(path) ? Result::kRefused : Result::kFailed;

@@ -11,6 +11,10 @@
 namespace {
 
 constexpr std::size_t kLongestLine = 65536;
+// Of one file. Each job of a record has all its texts.
+constexpr std::size_t kMostJobs = 200000;
+constexpr std::size_t kMostJobBytes = 256 * 1024 * 1024;
+constexpr std::size_t kMostRemarks = 100;
 constexpr char kRecord[] = "#krjob";
 
 struct Line {
@@ -37,6 +41,7 @@ class Reader {
 
   void Take(const std::string& text);
   void EndRecord();
+  void Remark(const std::string& text);
 
  private:
   using Effect = void (Reader::*)(const std::string& value);
@@ -67,6 +72,8 @@ class Reader {
 
   HandOverOrder& order_;
   std::optional<Record> record_;
+  std::size_t jobBytes_ = 0;
+  std::size_t remarks_ = 0;
 };
 
 const std::map<std::string, Reader::Effect>& Reader::SettingsKeys() {
@@ -98,7 +105,7 @@ const std::map<std::string, Reader::Effect>& Reader::JobKeys() {
 }
 
 void Reader::Take(const std::string& text) {
-  if (text.empty()) return;
+  if (text.find_first_not_of(" \t") == std::string::npos) return;
   const Line line = SplitLine(text);
   if (line.key == kRecord) return BeginRecord();
   const auto setting = SettingsKeys().find(line.key);
@@ -125,10 +132,21 @@ void Reader::EndRecord() {
   }
   if (paths.empty() && !record_->job.restartFile.empty()) paths.emplace_back();
   for (const std::string& path : paths) {
+    jobBytes_ += path.size() + record_->job.restartFile.size();
+    if (order_.jobs.size() >= kMostJobs || jobBytes_ > kMostJobBytes) {
+      Remark("Hand-over file holds too many jobs; [" + path + "] left out");
+      continue;
+    }
     order_.jobs.push_back(record_->job);
     order_.jobs.back().jobFile = path;
   }
   record_.reset();
+}
+
+// A file of nothing but faults must not fill the log.
+void Reader::Remark(const std::string& text) {
+  if (++remarks_ < kMostRemarks) order_.remarks.push_back(text);
+  if (remarks_ == kMostRemarks) order_.remarks.push_back("Hand-over file: more lines left out");
 }
 
 void Reader::SetGroup(const std::string& value) {
@@ -157,10 +175,9 @@ void Reader::SetPrecision(const std::string& value) {
   Job().kind = number >= 0 && number <= 2 ? number : -1;
 }
 
-// A count that no run can have stays with its job, which then takes the settings' count.
 void Reader::SetCpuCount(const std::string& value) {
   Job().ncpu = StrWrapperTxt::LeadingInt(value);
-  if (Job().ncpu >= 1) Set().cpu_count = Job().ncpu;
+  Set().cpu_count = Job().ncpu;
 }
 
 void Reader::SetForce(const std::string& value) {
@@ -198,8 +215,7 @@ HandOverOrder ReadHandOverText(const std::string& text, const Settings& settings
   Reader reader(order);
   for (const std::string& line : LinesOf(text)) {
     if (line.size() > kLongestLine || line.find('\0') != std::string::npos) {
-      order.remarks.push_back("Hand-over line [" + OneLine(line.substr(0, 200)) +
-                              "] is not text; left out");
+      reader.Remark("Hand-over line [" + OneLine(line.substr(0, 200)) + "] is not text; left out");
     } else {
       reader.Take(line);
     }

@@ -104,10 +104,10 @@ TEST(HandOverText, EveryPathOfARecordBecomesAJobWithItsValues) {
 
 TEST(HandOverText, HostileLinesDoNoHarm) {
   const HandOverOrder order = Read(std::string("#krjob\n/a\0b.k\n", 14) + std::string(70000, 'x') +
-                                   "\nncpu=-3\nmemory=99999999999999999999999\n/ok.k");
+                                   "\n \t\nncpu=-3\nmemory=99999999999999999999999\n/ok.k");
   EXPECT_EQ(PathsOf(order), std::vector<std::string>{"/ok.k"});
   EXPECT_EQ(order.remarks.size(), 2u);
-  EXPECT_EQ(order.settings.cpu_count, 1);
+  EXPECT_EQ(order.settings.cpu_count, -3);
 }
 
 TEST(HandOverText, ArgumentsBecomeLinesThatReadBackAsTheyWereMeant) {

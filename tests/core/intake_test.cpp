@@ -41,7 +41,7 @@ TEST_F(Intake, MemoryIsTheRequestsThenTheDecksThenTheSettings) {
   EXPECT_EQ(Make<JobFile>(Deck("none.k"))->memory, 500u);
   files_.Set(&Settings::memory_auto, false);
   EXPECT_EQ(Make<JobFile>(deck)->memory, 500u);
-  EXPECT_EQ(Make<JobFile>(home_.Write("v.dat", ""))->memory, 0u);
+  EXPECT_EQ(Make<JobFile>(home_.Write("v.dat", ""))->memory, 500u);
 }
 
 TEST_F(Intake, NoRequestIsLostWhateverIsWrongWithIt) {
