@@ -44,6 +44,8 @@ bool* Flag(Behaviour& behaviour, const std::string& name) {
   if (name == "CRASH") return &behaviour.crash;
   if (name == "HANG") return &behaviour.hang;
   if (name == "NO-MESSAGE") return &behaviour.noMessage;
+  if (name == "NO-RESULT") return &behaviour.noResult;
+  if (name == "EMPTY-RESULT") return &behaviour.emptyResult;
   if (name == "IGNORE-TERM") return &behaviour.ignoreTerm;
   if (name == "CHILD") return &behaviour.child;
   if (name == "ECHO") return &behaviour.echo;

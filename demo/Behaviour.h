@@ -24,6 +24,8 @@ struct Behaviour {
   bool crash = false;
   bool hang = false;
   bool noMessage = false;
+  bool noResult = false;     // of Vorel
+  bool emptyResult = false;  // of Vorel
   bool ignoreTerm = false;
   bool child = false;
   bool echo = false;

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "Behaviour.h"
+#include "BehaviourActs.h"
 #include "D3plotWriter.h"
 #include "Deck.h"
 #include "Launcher.h"
@@ -22,7 +23,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kPollInterval = std::chrono::milliseconds(20);
 // The other ranks look for the sense switch themselves; the first one leaves it for them so long.
 constexpr auto kSwitchGrace = std::chrono::milliseconds(500);
-constexpr auto kLongestHang = std::chrono::hours(1);
 
 constexpr int kFewestCycles = 10;
 constexpr int kMostCycles = 2000;
@@ -46,7 +46,6 @@ class KeywordRun {
 
  private:
   bool OpenMessageFile();
-  void StartBehaviour();
   void WriteHead();
   bool ReadInput();
   bool ReadModel();
@@ -86,20 +85,11 @@ class KeywordRun {
 int KeywordRun::Run() {
   const bool restart = options_.deck.empty() && !options_.restart.empty();
   behaviour_ = ReadBehaviour(restart ? options_.restart + ".standin" : options_.deck);
-  StartBehaviour();
+  ActAtStart(behaviour_, options_, rank_.First());
   if (!OpenMessageFile()) return 1;
   WriteHead();
   if (ReadInput() && WriteAskedErrors() && StartOutput()) March();
   return End();
-}
-
-void KeywordRun::StartBehaviour() {
-  if (behaviour_.ignoreTerm) IgnorePoliteTermination();
-  if (!rank_.First()) return;
-  if (behaviour_.echo) WriteEcho(options_);
-  if (behaviour_.child) {
-    WriteTextFile("standin_child.pid", std::to_string(StartSleepingChild()) + "\n");
-  }
 }
 
 bool KeywordRun::OpenMessageFile() {
@@ -183,10 +173,8 @@ void KeywordRun::WriteWarnings() {
   }
   for (const Notices& notices : behaviour_.warnings) {
     for (int i = 1; i <= notices.count; ++i) {
-      message_.Warning(
-          notices.number,
-          Format("warning %d of %d, which the deck asked the stand-in for", i, notices.count),
-          !behaviour_.warningsWithoutBlank);
+      message_.Warning(notices.number, NoticeText("warning", i, notices.count),
+                       !behaviour_.warningsWithoutBlank);
       if (behaviour_.warningsWithoutBlank) {
         message_.MemoryLines(kDefaultWords, options_.doublePrecision);
       }
@@ -197,8 +185,7 @@ void KeywordRun::WriteWarnings() {
 bool KeywordRun::WriteAskedErrors() {
   for (const Notices& notices : behaviour_.errors) {
     for (int i = 1; i <= notices.count; ++i) {
-      Error(notices.number,
-            Format("error %d of %d, which the deck asked the stand-in for", i, notices.count));
+      Error(notices.number, NoticeText("error", i, notices.count));
     }
   }
   return ending_ != Ending::kError;
@@ -276,8 +263,7 @@ void KeywordRun::MidRun() {
   if (rank_.First()) {
     for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(i);
   }
-  if (behaviour_.crash) Crash();
-  if (behaviour_.hang) std::this_thread::sleep_for(kLongestHang);
+  ActInTheMiddle(behaviour_);
   if (behaviour_.fail) Error(kErrorSolution, "the deck asked the stand-in to fail");
 }
 

@@ -25,6 +25,10 @@ std::string EnvironmentText(const char* name) {
   return value != nullptr ? value : "(not set)";
 }
 
+bool IsFile(const std::string& path) {
+  return !path.empty() && !IsFolder(path) && std::ifstream(path, std::ios::binary).is_open();
+}
+
 bool WriteTextFile(const std::string& path, const std::string& text) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return false;

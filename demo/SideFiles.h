@@ -17,6 +17,9 @@ struct RestartState {
 // The value, or "(not set)".
 std::string EnvironmentText(const char* name);
 
+// A file that can be read, no folder.
+bool IsFile(const std::string& path);
+
 bool WriteTextFile(const std::string& path, const std::string& text);
 
 // The listing "d3hsp": arguments, environment and what was read.

@@ -1,0 +1,141 @@
+// Command lines as the child receives them: the stand-in under each solver's name echoes its own.
+#include <filesystem>
+
+#include "SolverFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kToken[] = "Secret.0123456789abcde";
+constexpr char kEcho[] = "$ standin: echo\n";
+
+class DriverTest : public SolverTest {
+ protected:
+  // The stand-in as a program of this name in a folder of its own.
+  std::string Program(const std::string& name) const {
+    const std::string path = FileDirWrapper::Join(ProgramFolder(), name);
+    fs::create_directories(ProgramFolder());
+    fs::copy_file(StandinSolver(), path, fs::copy_options::overwrite_existing);
+    return path;
+  }
+  std::string ProgramFolder() const { return folder_ / "my solvers"; }
+
+  template <typename Job>
+  std::unique_ptr<Job> MakeJob(const std::string& name, const std::string& text = kEcho) const {
+    auto job = std::make_unique<Job>(context_.settings);
+    job->jobFile = folder_.Write(name, text);
+    return job;
+  }
+
+  // The arguments of the last run; its folder was the job's.
+  Lines Received() const {
+    Lines lines = ReadLines(folder_ / "standin_echo.txt");
+    EXPECT_TRUE(Has(lines, "cwd=" + folder_.Path()));
+    fs::remove(folder_ / "standin_echo.txt");
+    while (!lines.empty() && lines.back().find("cwd=") != 0) lines.pop_back();
+    if (!lines.empty()) lines.pop_back();
+    return lines;
+  }
+};
+
+TEST_F(DriverTest, Inc) {
+  context_.settings.solver_path[4] = Program("KVIN SC.EXE");
+  const auto job = MakeJob<JobFileInc>("part v2.x.fin");
+  ExpectFailure(*job, 6,
+                "No access token for the INC solver: set inc_token in the section SOLVER of the "
+                "settings file");
+  context_.settings.inc_token = kToken;
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Received(), (Lines{kToken, ProgramFolder(), folder_ / "part v2.x"}));
+  EXPECT_EQ(job->MessageFile(), folder_ / "part v2.x_INFO.OUT");
+  EXPECT_EQ(TempFolder::Read(job->MessageFile()).find(kToken), std::string::npos);
+
+  folder_.Write("part v2.x.fin", "$ standin: fail\n");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 2);
+  folder_.Write("part v2.x_INFO.OUT", "THE TOTAL TIME FOR the last run\n");
+  folder_.Write("part v2.x.fin", "$ standin: no-message\n");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted) << "the old output was removed";
+
+  for (const char* name : {"noext", "a.b.fin"}) {
+    const auto other = MakeJob<JobFileInc>(name + std::string(name[0] == 'a' ? ".fin" : ""));
+    EXPECT_EQ(Run(*other), JobStatus::kFinished) << other->RunMessage();
+    EXPECT_EQ(Received(), (Lines{kToken, ProgramFolder(), folder_ / name}));
+  }
+
+  // The token is not told, not even when the command line is.
+  context_.settings.solver_path[4] = folder_.Write("not a program.exe", "text");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 6);
+  log_.push_back(job->RunMessage());
+  for (const std::string& line : log_) EXPECT_EQ(line.find("Secret"), std::string::npos) << line;
+}
+
+TEST_F(DriverTest, IncRefusesAnotherToken) {
+  context_.settings.solver_path[4] = Program("KVIN_SC.EXE");
+  context_.settings.inc_token = "Secret.tooshort";
+  const auto job = MakeJob<JobFileInc>("a.fin");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted);
+  const std::string info = TempFolder::Read(folder_ / "a_INFO.OUT");
+  EXPECT_NE(info.find("ACCESS TOKEN IS REFUSED"), std::string::npos);
+  EXPECT_EQ(info.find("Secret"), std::string::npos);
+}
+
+TEST_F(DriverTest, Vorel) {
+  context_.settings.solver_path[3] = Program("Vorel.exe");
+  const auto job = MakeJob<JobFileVorel>("part.v2.dat");
+  job->memory = 512;
+  job->extraOptions = "-a \"b c\"";
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Received(), (Lines{folder_ / "part.v2", "512000", "-a", "b c"}));
+  EXPECT_EQ(job->MessageFile(), folder_ / "part.v2.OUT");
+
+  folder_.Write("part.v2.dat", "$ standin: no-message\n$ standin: no-result\n");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 2);
+  EXPECT_FALSE(Exists(folder_ / "part.v2.OUT") || Exists(folder_ / "part.v2.lin")) << "old output";
+  folder_.Write("part.v2.dat", "$ standin: empty-result\n");
+  EXPECT_EQ(Run(*job), JobStatus::kAborted) << "an empty result";
+  folder_.Write("part.v2.dat", "$ standin: exit 9\n");
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << "the result counts, not the exit code";
+
+  const auto plain = MakeJob<JobFileVorel>("no ext");
+  EXPECT_EQ(Run(*plain), JobStatus::kFinished) << plain->RunMessage();
+  EXPECT_EQ(Received(), (Lines{folder_ / "no ext"}));
+}
+
+TEST_F(DriverTest, UtilityBatch) {
+  context_.settings.solver_path[2] = Program("Utility Batch.exe");
+  const auto job = MakeJob<JobFileDyna>("a.b c.k", Deck(kEcho));
+  job->solverType = Settings::kUtilityBatch;
+  job->memory = 100;
+  folder_.Write("mes0000", "not its own");
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Received(), (Lines{folder_ / "a.b c.k"}));
+  EXPECT_EQ(job->MessageFile(), folder_ / "messag.krb");
+  EXPECT_TRUE(Exists(folder_ / "mes0000"));
+  job->extraOptions = "-v 2";
+  folder_.Write("a.b c.k", Deck("$ standin: no-message\n$ standin: echo\n"));
+  EXPECT_EQ(Run(*job), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 3);
+  EXPECT_EQ(Received(), (Lines{folder_ / "a.b c.k", "-v", "2"}));
+}
+
+TEST_F(DriverTest, ASolverWithBlanksInItsPath) {
+  context_.settings.solver_path[0] = Program("ls dyna.exe");
+  const auto job = DynaJobWith(kEcho);
+  job->ncpu = 2;
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  const Lines received = Received();
+  EXPECT_TRUE(Has(received, "ncpu=2"));
+  EXPECT_TRUE(Has(received, "i=" + job->jobFile));
+}
+
+TEST_F(DriverTest, RefusesNamesThatBreakACommandLine) {
+  if (FileDirWrapper::kSeparator == '\\') GTEST_SKIP() << "Windows has no such names";
+  const auto job = MakeJob<JobFileDyna>("a \" b.k");
+  ExpectFailure(*job, 6, "File name [" + job->jobFile + "] cannot be written on a command line");
+}
+
+}  // namespace
