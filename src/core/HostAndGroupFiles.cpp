@@ -1,4 +1,5 @@
 // The host file and the group file.
+#include "core/HostFileText.h"
 #include "core/SettingsAndPaths.h"
 #include "core/TextLines.h"
 #include "util/FileDirWrapper.h"
@@ -29,22 +30,34 @@ void SettingsAndPaths::ReadHostFile() {
     log_.Report("Read host file [%s] failed", OrNull(hostFile));
     return;
   }
-  std::vector<std::string> hosts;
-  for (const std::string& line : LinesOf(text)) {
-    if (!IsComment(line)) hosts.push_back(line);
-  }
   const std::lock_guard<std::mutex> lock(mutex_);
-  settings_.host_lines = std::move(hosts);
+  settings_.host_lines = HostLinesOf(text);
 }
 
 void SettingsAndPaths::WriteHostFile() {
   if (FileDirWrapper::FileExists(hostFile)) return;
-  std::string text = kHostHeader;
-  text += kLineEnd;
-  for (const std::string& line : settings_.host_lines) text.append(OneLine(line)).append(kLineEnd);
-  if (!FileDirWrapper::WriteFileWhole(hostFile, text)) {
-    log_.Report("Write host file [%s] failed", OrNull(hostFile));
+  StoreHostFile(WithHostLines(std::string(kHostHeader) + kLineEnd, settings_.host_lines));
+}
+
+bool SettingsAndPaths::StoreHostFile(const std::string& text) {
+  if (FileDirWrapper::WriteFileWhole(hostFile, text)) return true;
+  log_.Report("Write host file [%s] failed", OrNull(hostFile));
+  return false;
+}
+
+SettingsAndPaths::HostChange SettingsAndPaths::ChangeHosts(const std::vector<std::string>& hosts) {
+  std::string text = std::string(kHostHeader) + kLineEnd;
+  if (FileDirWrapper::FileExists(hostFile)) {
+    if (!ReadWholeText(hostFile, text)) {
+      log_.Report("Read host file [%s] failed", OrNull(hostFile));
+      return HostChange::kFailed;
+    }
+    if (HostLinesOf(text) != settings_.host_lines) return HostChange::kFileIsNewer;
   }
+  if (!StoreHostFile(WithHostLines(text, hosts))) return HostChange::kFailed;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  settings_.host_lines = hosts;
+  return HostChange::kDone;
 }
 
 void SettingsAndPaths::ReadGroupFile() {

@@ -43,6 +43,7 @@ struct Settings {
 
   // EXTERNAL_APP
   std::string viewer = "notepad.exe";
+  std::string post_processor;  // read when present, never written; empty: the desktop's choice
 
   // The host file: a name padded with blanks to 20 characters, then the CPU count.
   std::vector<std::string> host_lines = {"node1               4", "node2               4"};

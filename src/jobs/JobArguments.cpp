@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "jobs/HostLine.h"
 #include "jobs/JobFile.h"
 #include "util/FileDirWrapper.h"
 #include "util/StrWrapper.h"
@@ -13,30 +14,10 @@ namespace {
 constexpr int kMpich2 = 0;
 constexpr int kPlatformMpi = 3;
 
-struct Host {
-  std::string name;
-  int cpus = 0;
-};
-
 std::vector<std::string> Separate(const std::string& line, char separator) {
   std::vector<std::string> pieces;
   StrWrapperTxt::SeparateString(line, pieces, separator);
   return pieces;
-}
-
-std::vector<Host> ReadHostTable(const std::vector<std::string>& lines) {
-  std::vector<Host> hosts;
-  for (std::string line : lines) {
-    std::replace(line.begin(), line.end(), '\t', ' ');
-    const std::vector<std::string> fields = Separate(line, ' ');
-    if (fields.empty()) continue;
-    hosts.push_back({fields[0], fields.size() > 1 ? StrWrapperTxt::LeadingInt(fields[1]) : 0});
-  }
-  return hosts;
-}
-
-bool TakesHostList(int mpi) {
-  return mpi >= kMpich2 && mpi <= kPlatformMpi;
 }
 
 std::string HostListOption(int mpi, int hosts) {
@@ -91,18 +72,29 @@ std::string MppArguments(const JobFileDyna& job, const Settings& settings, const
 
 }  // namespace
 
-HostList BuildHostList(const Settings& settings, const std::string& groupText) {
-  std::vector<Host> table = ReadHostTable(settings.host_lines);
-  const std::vector<std::string> assignment = Separate(groupText, ',');
-  if (assignment.size() == table.size() + 1) {
-    for (std::size_t i = 0; i < table.size(); ++i) {
-      table[i].cpus = StrWrapperTxt::LeadingInt(assignment[i + 1]);
-    }
-  }
+bool TakesHostList(int mpi) {
+  return mpi >= kMpich2 && mpi <= kPlatformMpi;
+}
 
+GroupHosts HostsOfGroup(const Settings& settings, const std::string& groupText) {
+  GroupHosts group;
+  for (const std::string& line : settings.host_lines) {
+    HostLine host;
+    if (ParseHostLine(line, host)) group.hosts.push_back({host.name, host.cpus});
+  }
+  const std::vector<std::string> assignment = Separate(groupText, ',');
+  group.assigned = std::max(0, static_cast<int>(assignment.size()) - 1);
+  group.followed = assignment.size() == group.hosts.size() + 1;
+  for (std::size_t i = 0; group.followed && i < group.hosts.size(); ++i) {
+    group.hosts[i].cpus = StrWrapperTxt::LeadingInt(assignment[i + 1]);
+  }
+  return group;
+}
+
+HostList BuildHostList(const Settings& settings, const std::string& groupText) {
   HostList list;
   const bool platformMpi = settings.mpi == kPlatformMpi;
-  for (const Host& host : table) {
+  for (const HostCpus& host : HostsOfGroup(settings, groupText).hosts) {
     list.cpus += host.cpus;
     if (host.cpus < 1) continue;
     ++list.hosts;

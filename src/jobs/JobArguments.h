@@ -3,6 +3,7 @@
 #define KR_JOBS_JOBARGUMENTS_H
 
 #include <string>
+#include <vector>
 
 #include "core/settings.h"
 
@@ -13,8 +14,22 @@ struct HostList {
   std::string text;    // in the form of the MPI kind; empty for kinds that take none
 };
 
-// `groupText` is the group's assignment: comma-separated numbers, the first unused, then one CPU
-// count a host. It is followed when it has one for each host; else the table's own counts are.
+// The CPUs that a group runs with on each host of the table, in its order. `groupText` is the
+// group's assignment: comma-separated numbers, the first unused, then one CPU count a host.
+struct HostCpus {
+  std::string name;
+  int cpus = 0;
+};
+struct GroupHosts {
+  std::vector<HostCpus> hosts;
+  int assigned = 0;       // counts that the assignment has
+  bool followed = false;  // it has one for each host; else the table's own counts are taken
+};
+GroupHosts HostsOfGroup(const Settings& settings, const std::string& groupText);
+
+// The kinds that the host list is made for; others leave the hosts to the launcher's arguments.
+bool TakesHostList(int mpi);
+
 HostList BuildHostList(const Settings& settings, const std::string& groupText);
 
 // "mpirun" for Platform MPI, else "mpiexec".

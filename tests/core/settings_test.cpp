@@ -181,6 +181,34 @@ TEST_F(SettingsFile, HostLinesAreTheUsersOwn) {
   EXPECT_TRUE(files_.Get().host_lines.empty());
 }
 
+TEST_F(SettingsFile, ChangedHostsLeaveTheRestOfTheirFileAlone) {
+  using HostChange = SettingsAndPaths::HostChange;
+  Write(files_.hostFile, "# mine\r\none 4\r\n# spare:\r\ntwo 8\r\n\r\n# end\r\n");
+  files_.ReadHostFile();
+  const std::vector<std::string> steps[] = {{"one 4", "new 1", "two 8"},
+                                            {"one 4", "new 2", "two 8", "last 1"},
+                                            {"one 4", "two 8", "last 1"},
+                                            {},
+                                            {"a 1"}};
+  const std::string texts[] = {
+      "# mine\r\none 4\r\nnew 1\r\n# spare:\r\ntwo 8\r\n\r\n# end\r\n",
+      "# mine\r\none 4\r\nnew 2\r\n# spare:\r\ntwo 8\r\nlast 1\r\n\r\n# end\r\n",
+      "# mine\r\none 4\r\n# spare:\r\ntwo 8\r\nlast 1\r\n\r\n# end\r\n",
+      "# mine\r\n# spare:\r\n\r\n# end\r\n", "# mine\r\n# spare:\r\n\r\n# end\r\na 1\r\n"};
+  for (std::size_t i = 0; i < std::size(steps); ++i) {
+    EXPECT_EQ(files_.ChangeHosts(steps[i]), HostChange::kDone);
+    EXPECT_EQ(TempFolder::Read(files_.hostFile), texts[i]);
+    EXPECT_EQ(files_.Get().host_lines, steps[i]);
+  }
+  // What somebody else has written since is not overwritten.
+  Write(files_.hostFile, "other 16\n");
+  EXPECT_EQ(files_.ChangeHosts({"b 1"}), HostChange::kFileIsNewer);
+  EXPECT_EQ(TempFolder::Read(files_.hostFile), "other 16\n");
+  BlockWorkFolder();
+  EXPECT_EQ(files_.ChangeHosts({"b 1"}), HostChange::kFailed);
+  EXPECT_EQ(files_.Get().host_lines, steps[4]);
+}
+
 TEST_F(SettingsFile, GroupsComeBackInTheirOrder) {
   const std::vector<SettingsAndPaths::GroupEntry> groups = {
       {"Nacht \xC3\xA4", "100,a,2"}, {"A", ""}, {"B", "x=y=z"}};
