@@ -5,6 +5,7 @@
 #include "ui/DialogWidgets.h"
 #include "ui/ModalWindow.h"
 #include "ui/Text.h"
+#include "ui/Theme.h"
 
 Flx_Base_Dialog::~Flx_Base_Dialog() {
   // Widgets that fired last must not wait in the queue for the next dialog.
@@ -48,13 +49,15 @@ void Flx_Base_Dialog::Reparent(Fl_Widget& widget) {
 void Flx_Base_Dialog::Apply(Fl_Widget& widget, const LayoutLine& line) {
   widget.box(static_cast<Fl_Boxtype>(line.box));
   widget.color(static_cast<Fl_Color>(line.color), static_cast<Fl_Color>(line.selectionColor));
-  widget.labeltype(static_cast<Fl_Labeltype>(line.labelType));
+  const bool decoded = Chinese() && line.labelType == FL_NORMAL_LABEL;
+  widget.labeltype(decoded ? Theme::kLabel936 : static_cast<Fl_Labeltype>(line.labelType));
   widget.labelfont(line.labelFont);
   widget.labelsize(kLayoutLabelSize);
   widget.labelcolor(static_cast<Fl_Color>(line.labelColor));
   widget.align(static_cast<Fl_Align>(line.align));
   if (line.subtype != kKeepSubtype) widget.type(static_cast<uchar>(line.subtype));
-  if (!line.tooltip.empty()) widget.tooltip(ConvertText(line.tooltip));
+  if (!line.tooltip.empty())
+    widget.tooltip((tooltips_[line.id] = Decoded(ConvertText(line.tooltip))).c_str());
   if (!line.label.empty()) widget.label(ConvertText(line.label));
 }
 
@@ -74,6 +77,8 @@ void Flx_Base_Dialog::Run() {
   while (Fl::readqueue()) {
   }
   if (!Build()) return;
+  // The system's title bars are the toolkit's business, which takes UTF-8.
+  if (window_->label()) window_->copy_label(Decoded(window_->label()).c_str());
   window_->show();
   while (!closed_ && window_->shown()) {
     Fl::wait();
@@ -94,8 +99,36 @@ const char* Flx_Base_Dialog::GetText(const std::string& key) const {
   return found == texts_.end() ? nullptr : found->second.c_str();
 }
 
+void Flx_Base_Dialog::SetLayouts(const std::string& english, const std::string& chinese) {
+  if (language_ == 0) SetLayout(english);
+  if (Chinese()) SetLayout(ToCodePage936(chinese));
+}
+
+void Flx_Base_Dialog::SetTexts(const std::string& key, const std::string& english,
+                               const std::string& chinese) {
+  if (language_ == 0) SetText(key, english);
+  if (Chinese()) SetText(key, ToCodePage936(chinese));
+}
+
+std::string Flx_Base_Dialog::Decoded(const std::string& text) const {
+  return Chinese() ? FromCodePage936(text) : text;
+}
+
+std::string Flx_Base_Dialog::Shown(const std::string& key) const {
+  const char* text = GetText(key);
+  return text ? Decoded(text) : std::string();
+}
+
 const char* Flx_Base_Dialog::ConvertText(const std::string& text) {
-  return converted_.emplace(text, ToUi(text)).first->second.c_str();
+  const auto found = converted_.find(text);
+  if (found != converted_.end()) return found->second.c_str();
+  return converted_.emplace(text, Chinese() ? ConvertedText936(text) : text).first->second.c_str();
+}
+
+void Flx_Base_Dialog::ShowLabel(Fl_Widget& widget, const std::string& uiText) {
+  widget.labeltype(FL_NORMAL_LABEL);
+  widget.copy_label(PlainLabel(uiText).c_str());
+  widget.redraw_label();
 }
 
 void Flx_Base_Dialog::CentreOnParent() {

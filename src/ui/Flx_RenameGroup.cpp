@@ -14,12 +14,19 @@ ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON1,Button,"OK",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
+const char kChineseLayout[] =
+    R"(ID_WINDOW,Window,"重命名任务组",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"任务组名称",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON1,Button,"确定",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON2,Button,"取消",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
 
 }  // namespace
 
 Flx_RenameGroup::Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name)
-    : Flx_Base_Dialog(parent), name_(name) {
-  if (language == 0 || language == 1) SetLayout(kEnglishLayout);
+    : Flx_Base_Dialog(parent, language), name_(name) {
+  SetLayouts(kEnglishLayout, kChineseLayout);
 }
 
 bool Flx_RenameGroup::Initialise() {

@@ -15,6 +15,7 @@
 #include <thread>
 #include <utility>
 
+#include "ui/DialogRow.h"
 #include "ui/Text.h"
 
 namespace {
@@ -38,6 +39,13 @@ ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
 ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
+const char kChineseLayout[] =
+    R"(ID_WINDOW,Window,"查看任务信息",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"成功",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
+ID_BUTTON1,Button,"关闭",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
 
 std::string ListLine(std::string text) {
   std::replace_if(
@@ -58,13 +66,13 @@ struct Flx_ShowInfo::Reading {
 };
 
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
-    : Flx_Base_Dialog(parent), output_(std::move(output)) {
-  if (language != 0 && language != 1) return;
-  SetLayout(kEnglishLayout);
-  SetText("successful", "Successful");
-  SetText("failed", "Failed");
-  SetText("reading", "Reading the files of the run...");
-  SetText("no_thread", "The files of the run cannot be read now. Please try again.");
+    : Flx_Base_Dialog(parent, language), output_(std::move(output)) {
+  SetLayouts(kEnglishLayout, kChineseLayout);
+  SetTexts("successful", "Successful", "成功");
+  SetTexts("failed", "Failed", "失败");
+  SetTexts("reading", "Reading the files of the run...", "正在读取运行结果文件...");
+  SetTexts("no_thread", "The files of the run cannot be read now. Please try again.",
+           "现在无法读取运行结果文件，请稍后再试。");
 }
 
 Flx_ShowInfo::~Flx_ShowInfo() {
@@ -85,6 +93,8 @@ bool Flx_ShowInfo::Initialise() {
   list->textfont(FL_COURIER);  // solvers write in columns
   list->textsize(kLayoutLabelSize);
   close->shortcut(FL_Enter);
+  KeepRow(*Window(), {lamp, word}, Window()->w() - 1);
+  KeepRow(*Window(), {close}, 0);
   Window()->resizable(list);
   Window()->size_range(kLeastWidth, kLeastHeight);
   CentreOnParent();
@@ -121,7 +131,7 @@ void Flx_ShowInfo::StartReading() {
       reading->changed.notify_all();
     }).detach();
   } catch (const std::system_error&) {
-    Find<Fl_Browser>("ID_LIST1")->add(ConvertText(GetText("no_thread")));
+    Find<Fl_Browser>("ID_LIST1")->add(Shown("no_thread").c_str());
     return;
   }
   {
@@ -153,5 +163,5 @@ void Flx_ShowInfo::ShowProgress() {
   auto* list = Find<Fl_Browser>("ID_LIST1");
   list->clear();
   const int percent = reading_->percent;
-  list->add(ToUi(std::string(GetText("reading")) + " " + std::to_string(percent) + "%").c_str());
+  list->add((Shown("reading") + " " + std::to_string(percent) + "%").c_str());
 }

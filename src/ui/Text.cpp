@@ -3,6 +3,7 @@
 #include <FL/fl_draw.H>
 #include <FL/fl_utf8.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -38,6 +39,20 @@ std::string Longest(std::size_t characters, int width, Piece piece) {
 }
 
 }  // namespace
+
+std::string ConvertedText936(const std::string& text) {
+  const std::string whole = FromCodePage936(text);
+  int units = 0;
+  std::size_t end = 0;
+  while (end < whole.size()) {
+    const auto first = static_cast<unsigned char>(whole[end]);
+    const int length = std::max(1, fl_utf8len1(whole[end]));
+    units += first >= 0xF0 ? 2 : 1;
+    if (units > kMostUnits) return ToCodePage936(whole.substr(0, end));
+    end += static_cast<std::size_t>(length);
+  }
+  return ToCodePage936(whole);
+}
 
 std::string MenuLabel(const std::string& uiText) {
   std::string out;

@@ -1,3 +1,8 @@
+#include <iconv.h>
+
+#include <algorithm>
+#include <cerrno>
+
 #include "ui/Text.h"
 
 // Byte strings are UTF-8 here. File names that are not valid UTF-8 come back unchanged; FLTK draws
@@ -7,4 +12,64 @@ std::string ToUi(const std::string& text) {
 }
 std::string FromUi(const std::string& text) {
   return text;
+}
+
+namespace {
+
+class Converter {
+ public:
+  Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+  ~Converter() {
+    if (Usable()) iconv_close(handle_);
+  }
+  Converter(const Converter&) = delete;
+  Converter& operator=(const Converter&) = delete;
+
+  // `skip` tells how many bytes an unknown character has.
+  template <typename Skip>
+  std::string Convert(const std::string& text, Skip skip) {
+    const bool plain =
+        std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+    if (plain || !Usable()) return text;
+    iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+    std::string in = text;
+    char* from = in.data();
+    std::size_t left = in.size();
+    std::string out(2 * text.size(), '\0');  // no character becomes longer than this
+    char* to = out.data();
+    std::size_t room = out.size();
+    while (left > 0 && iconv(handle_, &from, &left, &to, &room) == kFailed && errno == EILSEQ) {
+      const std::size_t bytes = std::min(skip(*from), left);
+      from += bytes;
+      left -= bytes;
+      *to++ = '?';
+      --room;
+    }
+    out.resize(out.size() - room);
+    return out;
+  }
+
+ private:
+  static constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
+  bool Usable() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+
+  iconv_t handle_;
+};
+
+// Of UTF-8: the bytes that a first byte announces.
+std::size_t CharacterBytes(char first) {
+  const auto byte = static_cast<unsigned char>(first);
+  if (byte < 0xC0) return 1;
+  return byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+}  // namespace
+
+std::string ToCodePage936(const std::string& uiText) {
+  thread_local Converter converter("GBK", "UTF-8");
+  return converter.Convert(uiText, CharacterBytes);
+}
+std::string FromCodePage936(const std::string& text) {
+  thread_local Converter converter("UTF-8", "GBK");
+  return converter.Convert(text, [](char) { return std::size_t{1}; });
 }

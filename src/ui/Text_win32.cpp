@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr UINT kCodePage936 = 936;
+
 std::string Convert(const std::string& text, UINT from, UINT to) {
   if (text.empty()) return text;
   const int length = static_cast<int>(text.size());
@@ -16,6 +18,13 @@ std::string Convert(const std::string& text, UINT from, UINT to) {
   return out;
 }
 
+// Half a character at the end, which the system would show as another one.
+bool EndsInHalf(const std::string& text) {
+  bool half = false;
+  for (const char c : text) half = !half && IsDBCSLeadByteEx(kCodePage936, static_cast<BYTE>(c));
+  return half;
+}
+
 }  // namespace
 
 std::string ToUi(const std::string& text) {
@@ -23,4 +32,13 @@ std::string ToUi(const std::string& text) {
 }
 std::string FromUi(const std::string& text) {
   return Convert(text, CP_UTF8, CP_ACP);
+}
+
+std::string ToCodePage936(const std::string& uiText) {
+  if (!IsValidCodePage(kCodePage936)) return uiText;
+  return Convert(uiText, CP_UTF8, kCodePage936);
+}
+std::string FromCodePage936(const std::string& text) {
+  if (!IsValidCodePage(kCodePage936)) return text;
+  return Convert(EndsInHalf(text) ? text.substr(0, text.size() - 1) : text, kCodePage936, CP_UTF8);
 }

@@ -7,6 +7,7 @@
 
 #include "jobs/JobFile.h"
 #include "ui/Layout.h"
+#include "ui/Text.h"
 #include "ui/ThemeFonts.h"
 
 namespace {
@@ -54,6 +55,17 @@ void MeasureMenuLabel(const Fl_Label* label, int& w, int& h) {
   h += Layout::kMenuSpacing;
 }
 
+void DrawLabel936(const Fl_Label* label, int x, int y, int w, int h, Fl_Align align) {
+  fl_font(label->font, label->size);
+  fl_color(static_cast<Fl_Color>(label->color));
+  fl_draw(FromCodePage936(label->value).c_str(), x, y, w, h, align, label->image);
+}
+
+void MeasureLabel936(const Fl_Label* label, int& w, int& h) {
+  fl_font(label->font, label->size);
+  fl_measure(FromCodePage936(label->value).c_str(), w, h);
+}
+
 void SetPalette(Fl_Color index, Fl_Color color) {
   Fl::set_color(index, static_cast<uchar>(color >> 24), static_cast<uchar>(color >> 16),
                 static_cast<uchar>(color >> 8));
@@ -83,6 +95,7 @@ void Theme::Apply() {
   Fl::set_boxtype(FL_FLAT_BOX, DrawFlat, 0, 0, 0, 0);
 
   Fl::set_labeltype(kMenuLabel, DrawMenuLabel, MeasureMenuLabel);
+  Fl::set_labeltype(kLabel936, DrawLabel936, MeasureLabel936);
   Fl::scrollbar_size(Layout::kScrollbarSize);
   Fl::visible_focus(1);
   // One look for all windows; the toolkit's own chooser also leaves the process's locale alone.

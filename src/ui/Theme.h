@@ -36,6 +36,9 @@ inline constexpr Fl_Color kAborted = Rgb(0xC4281C);
 // The label of a popup menu's item: more room between the lines than the toolkit leaves.
 inline constexpr Fl_Labeltype kMenuLabel = FL_FREE_LABELTYPE;
 
+// A normal label whose text is in code page 936.
+inline constexpr auto kLabel936 = static_cast<Fl_Labeltype>(FL_FREE_LABELTYPE + 1);
+
 // Once, before the first window is made.
 void Apply();
 
