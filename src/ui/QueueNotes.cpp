@@ -2,7 +2,22 @@
 
 #include <FL/Fl.H>
 
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+
+constexpr int kRestFactor = 9;  // at most a tenth of the time goes into showing changes
+constexpr Seconds kLongestRest{0.5};
+
+}  // namespace
+
+QueueNotes::~QueueNotes() {
+  Fl::remove_timeout(DeliverLater, this);
+}
 
 template <typename Note>
 void QueueNotes::Take(Note note) {
@@ -20,6 +35,13 @@ void QueueNotes::Take(Note note) {
 }
 
 void QueueNotes::Wake(void* self) {
+  auto* notes = static_cast<QueueNotes*>(self);
+  const Seconds rest = notes->next_ - Clock::now();
+  if (rest <= Seconds(0)) return notes->Deliver();
+  if (!Fl::has_timeout(DeliverLater, self)) Fl::add_timeout(rest.count(), DeliverLater, self);
+}
+
+void QueueNotes::DeliverLater(void* self) {
   static_cast<QueueNotes*>(self)->Deliver();
 }
 
@@ -30,7 +52,11 @@ void QueueNotes::Deliver() {
     awake_ = false;
     std::swap(changes, changes_);
   }
+  const Clock::time_point began = Clock::now();
   if (OnChanges) OnChanges(changes);
+  const Clock::time_point ended = Clock::now();
+  const Seconds rest = std::min<Seconds>((ended - began) * kRestFactor, kLongestRest);
+  next_ = ended + std::chrono::duration_cast<Clock::duration>(rest);
 }
 
 void QueueNotes::JobStatusChanged(int groupId, int jobIndex, int) {

@@ -2,6 +2,7 @@
 #ifndef KR_UI_QUEUENOTES_H
 #define KR_UI_QUEUENOTES_H
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -22,10 +23,14 @@ struct QueueChanges {
   std::string message;  // the last line of the log
 };
 
-// The observer's calls only take a note and wake the interface, once until it has looked. Outlives
-// the manager that it observes.
+// The observer's calls only take a note and wake the interface, once until it has looked. What
+// takes the interface long to show is shown less often, so that thousands of changes do not keep it
+// busy. Outlives the manager that it observes.
 class QueueNotes : public QueueObserver {
  public:
+  QueueNotes() = default;
+  ~QueueNotes() override;
+
   // Called on the interface thread after something changed. Set before the manager observes.
   std::function<void(const QueueChanges& changes)> OnChanges;
 
@@ -41,11 +46,13 @@ class QueueNotes : public QueueObserver {
   template <typename Note>
   void Take(Note note);
   static void Wake(void* self);
+  static void DeliverLater(void* self);
   void Deliver();
 
   std::mutex mutex_;
   QueueChanges changes_;
   bool awake_ = false;  // the interface has been woken and has not looked yet
+  std::chrono::steady_clock::time_point next_;  // not delivered before; interface thread
 };
 
 #endif
