@@ -48,11 +48,13 @@ std::optional<int> MajorOf(const std::string& line, std::size_t colon) {
   return std::nullopt;
 }
 
-// "VERSION NUMBER:" in old reports; new ones have a frame and "VERSION :".
+// "VERSION NUMBER:" in old reports; new ones have "|  VERSION :" in a frame.
 bool NamesVersion(const std::string& line, std::size_t colon) {
   if (line.find("VERSION NUMBER") != std::string::npos) return true;
-  const std::size_t end = line.find_last_not_of(" \t", colon - 1);
-  return end != std::string::npos && std::string_view(line).substr(0, end + 1).ends_with("VERSION");
+  constexpr char kFrame[] = " \t|";
+  const std::size_t start = line.find_first_not_of(kFrame);
+  const std::size_t end = line.find_last_not_of(kFrame, colon - 1);
+  return start < end && end < colon && line.compare(start, end + 1 - start, "VERSION") == 0;
 }
 
 struct Report {

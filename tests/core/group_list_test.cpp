@@ -68,25 +68,6 @@ TEST_F(GroupList, RefusesIndicesOutOfRangeAndRunningJobs) {
   EXPECT_FALSE(jobs_[1]->dump);
 }
 
-TEST_F(GroupList, StagesAreReachedByTheirIndex) {
-  Fill({JobStatus::kQueued});
-  jobs_[0]->stages = {std::make_shared<JobFileDyna>(files_.Get()),
-                      std::make_shared<JobFileDyna>(files_.Get())};
-  JobGroup& group = *Group();
-  EXPECT_TRUE(group.SetFirstStage(0, 1));
-  EXPECT_FALSE(group.SetFirstStage(0, 2));
-  EXPECT_TRUE(group.SetStageStatus(0, 0, JobStatus::kFinished));
-  EXPECT_FALSE(group.SetStageStatus(0, -1, JobStatus::kFinished));
-  EXPECT_EQ(jobs_[0]->firstStage, 1);
-  EXPECT_EQ(group.GetStage(0, 0)->status, JobStatus::kFinished);
-  EXPECT_FALSE(group.GetStage(0, 2));
-
-  jobs_[0]->status = JobStatus::kRunning;
-  group.RequestStop();
-  EXPECT_TRUE(jobs_[0]->abort);
-  EXPECT_TRUE(jobs_[0]->stages[1]->abort);
-}
-
 TEST_F(GroupList, ResubmitMakesAJobNew) {
   Fill({JobStatus::kAborted, JobStatus::kQueued, JobStatus::kFinished});
   jobs_[0]->abort = true;

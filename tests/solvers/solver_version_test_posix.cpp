@@ -1,0 +1,87 @@
+// Solvers that do not do as they should when asked for their version.
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "SolverFixture.h"
+#include "solvers/SolverVersion.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class SolverVersionTest : public SolverTest {
+ protected:
+  bool Ask(const std::string& script) {
+    const std::string solver = folder_.Write("solver", "#!/bin/sh\n" + script);
+    chmod(solver.c_str(), 0755);
+    VersionQuery query;
+    query.report = context_.report;
+    query.abort = &abort_;
+    return ReadSolverVersion(solver, major_, revision_, query);
+  }
+
+  bool SaysReadFailed() const {
+    return Has(log_, "Read output information file [" + folder_ / "lstc.log" + "] failed");
+  }
+
+  int major_ = -1;
+  int revision_ = -1;
+  std::atomic<bool> abort_{false};
+};
+
+TEST_F(SolverVersionTest, WhatReportsMaySay) {
+  const struct {
+    const char* report;
+    bool read;
+    int major;
+    int revision;
+  } cases[] = {
+      {"Version Number : ls-dyna_smp_s_R6.1.1\\nrevision :  78769 (double)\\n", true, 6, 78769},
+      {"version number: ls971 r11\\r\\nREVISION:129956\\r\\n", true, 11, 129956},
+      {"| Version : mpp d R13.1 |\\n| Revision: R13.1-138-gf8429c8a10 |\\n", false, 0, 0},
+      {":\\n:|\\nConversion: R5\\nRevision: 7\\nVersion number\\nREVISION\\n\\0\\377:", false, 0,
+       0},
+  };
+  for (const auto& c : cases) {
+    major_ = revision_ = 0;
+    EXPECT_EQ(Ask(std::string("printf '") + c.report + "' > lstc.log"), c.read) << c.report;
+    EXPECT_EQ(major_, c.major) << c.report;
+    EXPECT_EQ(revision_, c.revision) << c.report;
+  }
+  EXPECT_TRUE(log_.empty());
+}
+
+TEST_F(SolverVersionTest, AReportOfAnEarlierRunDoesNotCount) {
+  const std::string old = "Version number: R6.0\nRevision: 100\n";
+  folder_.Write("lstc.log", old);
+  EXPECT_FALSE(Ask("exit 1\n"));
+  EXPECT_TRUE(SaysReadFailed());
+  EXPECT_TRUE(Ask("cp lstc.log new; cat new > lstc.log\n"));
+  EXPECT_EQ(major_, 6);
+}
+
+TEST_F(SolverVersionTest, ASolverThatStaysIsEnded) {
+  auto begin = Clock::now();
+  EXPECT_TRUE(
+      Ask("printf 'Version number: R8\\nRevision: 5\\n' > lstc.log; echo $$ > pid\n"
+          "trap '' TERM HUP INT; while :; do sleep 1; done\n"));
+  EXPECT_EQ(major_, 8);
+  EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(4500));
+  EXPECT_FALSE(std::filesystem::exists("/proc/" + ReadLines(folder_ / "pid").front()));
+
+  std::filesystem::remove(folder_ / "lstc.log");
+  std::filesystem::remove(folder_ / "pid");
+  std::thread stopper([this] {
+    while (ReadLines(folder_ / "pid").empty()) DateTimeWrapper::SleepMSec(10);
+    abort_ = true;
+  });
+  begin = Clock::now();
+  EXPECT_FALSE(Ask("echo $$ > pid; exec sleep 100\n"));
+  stopper.join();
+  EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(1500));
+  EXPECT_FALSE(std::filesystem::exists("/proc/" + ReadLines(folder_ / "pid").front()));
+  EXPECT_FALSE(SaysReadFailed());
+}
+
+}  // namespace

@@ -1,0 +1,282 @@
+// Runs in stages, with a positioning library that writes down its calls.
+#include <filesystem>
+#include <fstream>
+
+#include "SolverFixture.h"
+#include "solvers/SolverVersion.h"
+#include "solvers/StageRun.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Clock = std::chrono::steady_clock;
+
+class StageRunTest : public SolverTest {
+ protected:
+  StageRunTest() { UseLibrary("qvas_whole"); }
+  ~StageRunTest() override { SetSolverVariable("STANDIN_VERSION", ""); }
+
+  void UseLibrary(const std::string& folder) {
+    library_ = std::make_unique<PositioningLibrary>(std::string(KR_TEST_BIN_DIR) + "/" + folder);
+  }
+
+  // A job in a folder of its own whose stages run in folders of theirs.
+  std::shared_ptr<JobFileDyna> Job(const std::string& name, const std::string& mainComments,
+                                   const Lines& stageCommands) {
+    std::filesystem::create_directory(folder_ / name);
+    auto job = std::make_shared<JobFileDyna>(context_.settings);
+    job->jobFile = folder_.Write(name + "/main.k", mainComments + "*KEYWORD\n*END\n");
+    for (const std::string& commands : stageCommands) {
+      const std::string number = std::to_string(job->stages.size());
+      std::filesystem::create_directory(folder_ / (name + "/" + number));
+      auto stage = std::make_shared<JobFileDyna>(context_.settings);
+      stage->jobFile =
+          folder_.Write(name + "/" + number + "/stage" + number + ".k", Deck(commands));
+      stage->pause = 0;
+      job->stages.push_back(stage);
+    }
+    return job;
+  }
+
+  // Statuses of stages are written down among the library's calls.
+  int RunJob(JobFile& job) {
+    StageRunHooks hooks;
+    hooks.solverFor = [this](int type) { return &Solver(type); };
+    hooks.setStageStatus = [this, &job](std::size_t stage, int status) {
+      job.stages[stage]->status = status;
+      if (status == JobStatus::kRunning) sawAutoPosition_ = sawAutoPosition_ || autoPosition_;
+      std::ofstream(Beside(job, "calls.txt"), std::ios::app)
+          << "stage " << stage << " " << status << '\n';
+    };
+    hooks.autoPosition = &autoPosition_;
+    return RunStages(job, context_, *library_, hooks);
+  }
+
+  static std::string Beside(const JobFile& job, const std::string& name) {
+    return FileDirWrapper::Join(job.Folder(), name);
+  }
+  static Lines Calls(const JobFile& job) { return ReadLines(Beside(job, "calls.txt")); }
+
+  int CountInLog(const std::string& part) {
+    const std::lock_guard<std::mutex> lock(logMutex_);
+    return static_cast<int>(std::count_if(log_.begin(), log_.end(), [&](const std::string& line) {
+      return line.find(part) != std::string::npos;
+    }));
+  }
+
+  // A solver in a folder of its own, since its report lies beside it.
+  std::string OwnSolver() {
+    const std::string name = std::filesystem::path(StandinSolver()).filename().string();
+    std::filesystem::create_directory(folder_ / "solver with blank");
+    const std::string copy = folder_ / ("solver with blank/" + name);
+    std::filesystem::copy_file(StandinSolver(), copy);
+    context_.settings.solver_path[Settings::kLsDynaSingle] = copy;
+    return copy;
+  }
+
+  std::unique_ptr<PositioningLibrary> library_;
+  std::atomic<bool> autoPosition_{false};
+  std::atomic<bool> sawAutoPosition_{false};
+};
+
+TEST_F(StageRunTest, EachStageIsPositionedBeforeItRuns) {
+  const auto job = Job("a", "$ qvas: auto\n", {"", ""});
+  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_EQ(Calls(*job),
+            (Lines{"begin", "data main.k", "auto?", "open", "stage 0 1", "main main.k",
+                   "position stage0.k", "stage 0 2", "stage 0 3", "stage 1 1", "main main.k",
+                   "position stage1.k", "stage 1 2", "stage 1 3", "close", "end"}));
+  EXPECT_TRUE(sawAutoPosition_);
+  EXPECT_FALSE(autoPosition_);
+  EXPECT_EQ(job->MessageFile(), Beside(*job->stages[1], "messag.krb"));
+  EXPECT_EQ(job->RunErrorCode(), 0);
+  EXPECT_EQ(job->run, nullptr);
+}
+
+TEST_F(StageRunTest, AStageThatFailsIsTheLast) {
+  const auto job = Job("a", "$ qvas: auto\n", {"", "$ standin: fail\n", ""});
+  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  const Lines calls = Calls(*job);
+  EXPECT_EQ(Lines(calls.end() - 4, calls.end()), (Lines{"stage 1 2", "stage 1 4", "close", "end"}));
+  EXPECT_EQ(job->stages[2]->status, JobStatus::kQueued);
+  EXPECT_EQ(job->RunErrorCode(), 2);
+  EXPECT_EQ(job->RunMessage(), job->stages[1]->RunMessage());
+  EXPECT_EQ(runErrorCode_, 2);
+}
+
+TEST_F(StageRunTest, WhenNothingIsToBePositioned) {
+  const auto plain = Job("plain", "", {""});
+  EXPECT_EQ(RunJob(*plain), JobStatus::kFinished);
+  EXPECT_EQ(Calls(*plain),
+            (Lines{"begin", "data main.k", "auto?", "end", "stage 0 1", "stage 0 2", "stage 0 3"}));
+
+  const auto restart = Job("restart", "$ qvas: auto\n", {""});
+  restart->restartFile = folder_ / "d3dump01";
+  EXPECT_EQ(RunJob(*restart), JobStatus::kFinished);
+  EXPECT_EQ(Calls(*restart), (Lines{"stage 0 1", "stage 0 2", "stage 0 3"}));
+  EXPECT_FALSE(sawAutoPosition_);
+}
+
+TEST_F(StageRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
+  const auto job = Job("a", "$ qvas: auto\n$ qvas: cannot open\n", {""});
+  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  const std::string message = "Auto Position [" + job->jobFile + "] open write dyna file failed";
+  EXPECT_TRUE(Has(log_, message));
+  EXPECT_EQ(job->RunMessage(), message);
+  EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open", "end"}));
+  EXPECT_EQ(job->stages[0]->status, JobStatus::kQueued);
+  EXPECT_FALSE(Exists(Beside(*job->stages[0], "messag.krb")));
+}
+
+TEST_F(StageRunTest, WithoutAWholeLibraryJobsRunAndTheLogSaysSoOnce) {
+  for (const char* folder : {"qvas_broken", "no such folder"}) {
+    UseLibrary(folder);
+    for (const char* name : {"a", "b"}) {
+      const auto job = Job(std::string(folder) + name, "$ qvas: auto\n", {""});
+      EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+      EXPECT_EQ(Calls(*job), (Lines{"stage 0 1", "stage 0 2", "stage 0 3"}));
+    }
+  }
+  EXPECT_EQ(CountInLog("jobs run without automatic positioning"), 2);
+  EXPECT_EQ(CountInLog("it has no qvAsPositionEnd"), 1);
+}
+
+TEST_F(StageRunTest, BeginsAtTheFirstStageToRunAndPausesByPlaceInTheList) {
+  const auto job = Job("a", "", {"", "", ""});
+  job->stages[0]->pause = 1000;
+  job->stages[1]->status = JobStatus::kFinished;
+  job->stages[2]->pause = 2;
+  job->firstStage = 2;
+  const auto begin = Clock::now();
+  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_GE(Clock::now() - begin, seconds(2));
+  EXPECT_EQ(job->stages[0]->status, JobStatus::kQueued);
+  EXPECT_EQ(job->stages[1]->status, JobStatus::kFinished);
+
+  job->firstStage = 3;
+  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(job->RunMessage(), "Job [" + job->jobFile + "] is to begin at stage 4 but has 3");
+}
+
+TEST_F(StageRunTest, AnAbortEndsTheStageOrThePause) {
+  const auto job = Job("a", "$ qvas: auto\n", {"$ standin: hang\n$ standin: child\n", ""});
+  const auto abortWhen = [&job](const std::function<bool()>& ready) {
+    return std::thread([&job, ready] {
+      for (int i = 0; i < 500 && !ready(); ++i) DateTimeWrapper::SleepMSec(20);
+      EXPECT_TRUE(ready());
+      job->abort = true;
+      for (const auto& stage : job->stages) stage->abort = true;
+    });
+  };
+  const std::string child = Beside(*job->stages[0], "standin_child.pid");
+  std::thread stopper = abortWhen([&] { return !ReadLines(child).empty(); });
+  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  stopper.join();
+  EXPECT_EQ(job->stages[0]->status, JobStatus::kAborted);
+  EXPECT_EQ(job->stages[1]->status, JobStatus::kQueued);
+  EXPECT_FALSE(job->stages[0]->process.IsActive());
+  std::vector<PTWrapperProcessInfo> processes;
+  PTWrapperProcess::FindRunningProcessName(processes);
+  const int id = std::stoi(ReadLines(child).front());
+  EXPECT_TRUE(std::none_of(processes.begin(), processes.end(),
+                           [id](const auto& process) { return process.processId == id; }));
+  EXPECT_EQ(Calls(*job).back(), "end");
+
+  job->ResetForRun();
+  std::filesystem::remove(Beside(*job, "calls.txt"));
+  folder_.Write("a/0/stage0.k", Deck(""));
+  job->stages[1]->pause = 1000;
+  stopper = abortWhen([&] { return Has(Calls(*job), "stage 1 1"); });
+  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  stopper.join();
+  const Lines calls = Calls(*job);
+  EXPECT_EQ(Lines(calls.end() - 5, calls.end()),
+            (Lines{"stage 0 3", "stage 1 1", "stage 1 4", "close", "end"}));
+  EXPECT_FALSE(Exists(Beside(*job->stages[1], "messag.krb")));
+}
+
+TEST_F(StageRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
+  const auto first = Job("a", "$ qvas: auto\n", {"$ standin: run 3\n"});
+  const auto waiting = Job("b", "$ qvas: auto\n", {""});
+  const auto aborted = Job("c", "$ qvas: auto\n", {""});
+  std::thread firstThread([&] { EXPECT_EQ(RunJob(*first), JobStatus::kFinished); });
+  while (!Has(Calls(*first), "stage 0 2")) DateTimeWrapper::SleepMSec(20);
+  std::thread waitingThread([&] { EXPECT_EQ(RunJob(*waiting), JobStatus::kFinished); });
+  std::thread abortedThread([&] { EXPECT_EQ(RunJob(*aborted), JobStatus::kAborted); });
+  while (CountInLog("waits for the positioning library") < 2) DateTimeWrapper::SleepMSec(20);
+  aborted->abort = true;
+  abortedThread.join();
+  EXPECT_FALSE(Has(Calls(*first), "end"));
+  EXPECT_EQ(Calls(*aborted), (Lines{"stage 0 1", "stage 0 4"}));
+  firstThread.join();
+  waitingThread.join();
+  EXPECT_EQ(Calls(*waiting).front(), "begin");
+}
+
+TEST_F(StageRunTest, ReadsBothFormsOfTheSolversReport) {
+  const std::string solver = OwnSolver();
+  const struct {
+    const char* words;
+    int major;
+    int revision;
+  } cases[] = {
+      {"R6.1.2 85139 old", 6, 85139}, {"R7.0.0 79069 new", 7, 79069}, {"R13.1.1 138 new", 13, 138}};
+  std::string before;
+  FileDirWrapper::CurrentDir(before);
+  for (const auto& c : cases) {
+    SetSolverVariable("STANDIN_VERSION", c.words);
+    int major = 0;
+    int revision = 0;
+    EXPECT_TRUE(ReadSolverVersion(solver, major, revision)) << c.words;
+    EXPECT_EQ(major, c.major);
+    EXPECT_EQ(revision, c.revision);
+  }
+  std::string after;
+  FileDirWrapper::CurrentDir(after);
+  EXPECT_EQ(after, before);
+  int number = 0;
+  EXPECT_FALSE(ReadSolverVersion(solver + ".missing", number, number));
+}
+
+TEST_F(StageRunTest, HotFormingNeedsANewSolver) {
+  const struct {
+    const char* version;
+    const char* simulation;
+    bool runs;
+  } cases[] = {{"R6.1.2 79068 old", "HOT FORMING", false},
+               {"R6.1.2 79069 old", "HOT FORMING", true},
+               {"R7.0.0 100 new", "HOT FORMING", true},
+               {"R6.0.0 71482 new", "Hot Forming", true},
+               {"R6.0.0 71482 new", "HOT FORMING ", true}};
+  OwnSolver();
+  int number = 0;
+  for (const auto& c : cases) {
+    SetSolverVariable("STANDIN_VERSION", c.version);
+    const auto job = Job(std::to_string(number++), "", Lines(c.runs ? 1 : 2));
+    auto& last = dynamic_cast<JobFileDyna&>(*job->stages.back());
+    last.simulationType = c.simulation;
+    EXPECT_EQ(RunJob(*job), c.runs ? JobStatus::kFinished : JobStatus::kAborted) << c.version;
+    const std::string message =
+        "LS-DYNA version is below R7.0.0 for the job [" + last.jobFile + "]  ";
+    EXPECT_EQ(Has(log_, message), !c.runs);
+    EXPECT_EQ(job->RunMessage(), c.runs ? "" : message);
+    EXPECT_EQ(job->stages[0]->status, c.runs ? JobStatus::kFinished : JobStatus::kQueued);
+  }
+}
+
+TEST_F(StageRunTest, AHotFormingJobIsItsOwnOnlyStage) {
+  OwnSolver();
+  SetSolverVariable("STANDIN_VERSION", "R9.0.0 100000 new");
+  const auto job = Job("a", "$ qvas: auto\n", {});
+  EXPECT_FALSE(RunsInStages(*job));
+  job->simulationType = "HOT FORMING";
+  job->firstStage = 4;
+  ASSERT_TRUE(RunsInStages(*job));
+  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open", "main main.k",
+                                "position main.k", "close", "end"}));
+  EXPECT_EQ(job->MessageFile(), Beside(*job, "messag.krb"));
+}
+
+}  // namespace
