@@ -50,6 +50,13 @@ std::string ViewerCommand(const std::string& viewer) {
   return quoted;
 }
 
+bool StartProgram(const std::string& commandLine) {
+  PTWrapperProcess process;
+  // Drivers change the folder and the environment that the program would inherit.
+  const std::lock_guard<std::mutex> lock(SolverStartMutex());
+  return process.Create({}, commandLine, {}, true, 0, {}, true);
+}
+
 // Some systems allow double quotes in file names.
 std::string InQuotes(const std::string& path) {
   std::string quoted = "\"";
@@ -187,13 +194,9 @@ bool Application::ViewTextFile(const std::string& path) {
 
   const std::string commandLine = viewer + ' ' + InQuotes(path);
   PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
-  std::erase_if(viewerStarts_, [](const std::future<void>& start) {
-    return start.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-  });
   try {
     if (ProgramExists(viewer)) {
-      viewerStarts_.push_back(
-          std::async(std::launch::async, [this, commandLine] { StartViewer(commandLine); }));
+      StartOffThread([this, commandLine] { StartViewer(commandLine); });
       return true;
     }
   } catch (const std::system_error&) {
@@ -201,6 +204,13 @@ bool Application::ViewTextFile(const std::string& path) {
   }
   ReportNoViewer(commandLine);
   return false;
+}
+
+void Application::StartOffThread(std::function<void()> start) {
+  std::erase_if(starts_, [](const std::future<void>& one) {
+    return one.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+  });
+  starts_.push_back(std::async(std::launch::async, std::move(start)));
 }
 
 void Application::StartViewer(const std::string& commandLine) {
@@ -215,4 +225,19 @@ void Application::StartViewer(const std::string& commandLine) {
 
 void Application::ReportNoViewer(const std::string& commandLine) {
   settings_->Log().Report("View text file [%s] failed", commandLine.c_str());
+}
+
+void Application::OpenResult(const std::string& path) {
+  const std::string program = settings_->Get().post_processor;
+  const std::string commandLine =
+      program.empty() ? InQuotes(path) : ViewerCommand(program) + ' ' + InQuotes(path);
+  const auto start = [this, program, path, commandLine] {
+    if (program.empty() ? OpenWithDesktop(path) : StartProgram(commandLine)) return;
+    settings_->Log().Report("Run post-processor [%s] failed", commandLine.c_str());
+  };
+  try {
+    StartOffThread(start);
+  } catch (const std::system_error&) {
+    settings_->Log().Report("Run post-processor [%s] failed", commandLine.c_str());
+  }
 }

@@ -42,6 +42,10 @@ class Application {
   bool ViewTextFile(const std::string& path);
   std::function<bool(const std::string& path)> TextFallback;
 
+  // Opens a result with the post-processor of the settings, or with what the desktop has for such a
+  // file. Returns at once; a failure is in the log: "Run post-processor [%s] failed".
+  void OpenResult(const std::string& path);
+
   // 0 all drivers, 1 all but INC, 2 INC only.
   void SetSolverMode(int mode);
   int SolverMode() const { return solverMode_; }
@@ -67,6 +71,7 @@ class Application {
   void ReadFiles();
   void MakeGroups();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
+  void StartOffThread(std::function<void()> start);
   void StartViewer(const std::string& commandLine);
   void ReportNoViewer(const std::string& commandLine);
 
@@ -80,7 +85,8 @@ class Application {
   std::unique_ptr<JobGroupManager> manager_;
   std::unique_ptr<JobIntake> intake_;
   std::unique_ptr<HandOverReader> reader_;
-  std::vector<std::future<void>> viewerStarts_;  // their end is waited for by the destructor
+  std::vector<std::future<void>>
+      starts_;  // of other programs; their end is waited for by the destructor
 };
 
 #endif

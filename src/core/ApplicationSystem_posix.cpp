@@ -1,10 +1,13 @@
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <vector>
 
 #include "core/ApplicationSystem.h"
+#include "solvers/JobSolver.h"
 #include "util/ChildStart_posix.h"
+#include "util/DateTimeWrapper.h"
 #include "util/StrWrapper.h"
 
 void ReserveEnvironment() {
@@ -15,6 +18,31 @@ bool ProgramExists(const std::string& commandLine) {
   std::vector<std::string> words;
   StrWrapperTxt::SplitCommandLine(commandLine, words);
   return !words.empty() && !FindProgram(words.front()).empty();
+}
+
+// The opener answers soon when nothing can open the file; else it may stay as long as the program.
+bool OpenWithDesktop(const std::string& path) {
+  constexpr int kLooks = 40;
+  constexpr unsigned kLookMs = 50;
+  const std::string opener = FindProgram("xdg-open");
+  if (opener.empty()) return false;
+  ChildStart start;
+  start.program = opener;
+  start.args = {opener, path};
+  pid_t pid = 0;
+  {
+    // Drivers change the folder and the environment that the program would inherit.
+    const std::lock_guard<std::mutex> lock(SolverStartMutex());
+    start.environment = CurrentEnvironment();
+    if (StartChild(start, pid) != 0) return false;
+  }
+  for (int look = 0; look < kLooks; ++look) {
+    int status = 0;
+    if (waitpid(pid, &status, WNOHANG) == pid) return ExitCodeOf(status) == 0;
+    DateTimeWrapper::SleepMSec(kLookMs);
+  }
+  LetChildGo(pid);
+  return true;
 }
 
 void LeaveProcess(int exitCode) {

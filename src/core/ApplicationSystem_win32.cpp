@@ -1,3 +1,4 @@
+#include <shellapi.h>
 #include <windows.h>
 
 #include "core/ApplicationSystem.h"
@@ -8,6 +9,17 @@ void ReserveEnvironment() {}
 // The system looks in more places than a search could know of; its own answer is what counts.
 bool ProgramExists(const std::string& commandLine) {
   return !commandLine.empty();
+}
+
+bool OpenWithDesktop(const std::string& path) {
+  const auto open = [&path](const char* verb) {
+    return ShellExecuteA(nullptr, verb, path.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+  };
+  constexpr INT_PTR kLeastSuccess = 33;  // smaller values are error codes
+  const auto result = reinterpret_cast<INT_PTR>(open("open"));
+  // For a kind of file that no program is known for, the system asks for one.
+  if (result != SE_ERR_NOASSOC) return result >= kLeastSuccess;
+  return reinterpret_cast<INT_PTR>(open("openas")) >= kLeastSuccess;
 }
 
 void LeaveProcess(int exitCode) {

@@ -1,0 +1,76 @@
+#include "core/PostResult.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "jobs/JobArguments.h"
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+bool Holds(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::string UpperCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return text;
+}
+
+void Take(const JobFile& job, PostSource& source) {
+  source.solverType = job.GetSolverType();
+  source.jobFile = job.jobFile;
+  source.folder = job.Folder();
+  const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
+  source.simulationType = dyna ? UpperCase(dyna->simulationType) : std::string();
+  source.deckIdentifier = dyna && dyna->deckIdentifierFlag == 1 ? dyna->deckIdentifier : "";
+}
+
+// What a stage is run for: trimming leaves a new deck, gravity loading the plot of its dynamic
+// relaxation, all others plots of their states.
+std::vector<std::string> DynaKinds(const std::string& simulationType) {
+  if (Holds(simulationType, "TRIM")) return {"dynain", "d3plot"};
+  if (Holds(simulationType, "GRAVITY")) return {"d3drlf", "d3plot"};
+  return {"d3plot", "dynain"};
+}
+
+}  // namespace
+
+PostSource PostSourceOf(const JobFile& job) {
+  PostSource source;
+  Take(job, source);
+  source.status = job.status;
+  const auto last = std::find_if(job.stages.rbegin(), job.stages.rend(), [](const auto& stage) {
+    return stage->status == JobStatus::kFinished;
+  });
+  if (last != job.stages.rend()) Take(**last, source);
+  return source;
+}
+
+bool IsCompensation(const PostSource& source) {
+  return Holds(source.simulationType, "COMPENSATION") || source.simulationType == "SCP";
+}
+
+std::vector<std::string> PostResults(const PostSource& source) {
+  const std::string base = PathWithoutExtension(source.jobFile);
+  switch (source.solverType) {
+    case Settings::kInc:
+      return {base + ".idx"};
+    case Settings::kVorel:
+      return {base + ".mes", base + ".dynain"};
+    case Settings::kLsDynaSingle:
+    case Settings::kLsDynaDouble:
+      break;
+    default:
+      return {};
+  }
+  std::vector<std::string> paths;
+  for (const std::string& kind : DynaKinds(source.simulationType)) {
+    if (!source.deckIdentifier.empty())
+      paths.push_back(FileDirWrapper::Join(source.folder, source.deckIdentifier + "." + kind));
+    paths.push_back(FileDirWrapper::Join(source.folder, kind));
+    if (!base.empty() && kind != "d3plot") paths.push_back(base + "." + kind);
+  }
+  return paths;
+}

@@ -1,0 +1,29 @@
+// The file of a finished job that a post-processor opens.
+#ifndef KR_CORE_POSTRESULT_H
+#define KR_CORE_POSTRESULT_H
+
+#include <string>
+#include <vector>
+
+#include "jobs/JobFile.h"
+
+struct PostSource {
+  int status = 0;  // of the job
+  // Of the job, or of the last stage that has finished.
+  int solverType = 0;
+  std::string jobFile;
+  std::string folder;
+  std::string simulationType;
+  std::string deckIdentifier;  // in front of the names of the deck's output files; may be empty
+};
+
+// With the group's mutex held.
+PostSource PostSourceOf(const JobFile& job);
+
+// A springback compensation stage: its result is geometry, for another program.
+bool IsCompensation(const PostSource& source);
+
+// The paths at which the result may be, the likeliest first. Empty for a kind of job without any.
+std::vector<std::string> PostResults(const PostSource& source);
+
+#endif

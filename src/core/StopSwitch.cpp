@@ -1,0 +1,41 @@
+#include "core/StopSwitch.h"
+
+#include "util/FileDirWrapper.h"
+
+namespace {
+
+constexpr char kSwitchFile[] = "bg_switch";
+constexpr char kStopFile[] = "d3kil";
+constexpr char kStopWithRestartFile[] = "sw1";
+
+}  // namespace
+
+StopSwitch AskSolverToStop(JobGroupManager& manager) {
+  AppLog& log = manager.Settings().Log();
+  const std::shared_ptr<JobGroup> group = manager.CurrentGroup();
+  const int active = group ? group->ActiveJob() : -1;
+  if (active < 0) {
+    log.ReportLine("Not find running job, stop running job failed");
+    return StopSwitch::kNoJob;
+  }
+  std::string jobFile;
+  std::string folder;
+  group->ReadJob(active, [&](const JobFile& job) {
+    jobFile = job.jobFile;
+    folder = job.Folder();
+  });
+  if (jobFile.empty()) {
+    log.ReportLine("Job data error or job file is empty");
+    return StopSwitch::kBadJob;
+  }
+  const std::string switchFile =
+      folder.empty() ? std::string() : FileDirWrapper::Join(folder, kSwitchFile);
+  if (switchFile.empty() || !FileDirWrapper::FileExists(switchFile)) {
+    log.Report("BG_SWITCH file [%s] does not exist", OrNull(switchFile));
+    return StopSwitch::kNoSwitch;
+  }
+  const std::string stopFile = FileDirWrapper::Join(folder, kStopFile);
+  if (FileDirWrapper::WriteFileWhole(stopFile, kStopWithRestartFile)) return StopSwitch::kAsked;
+  log.Report("Write file [%s] failed", stopFile.c_str());
+  return StopSwitch::kFailed;
+}
