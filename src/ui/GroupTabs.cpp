@@ -166,7 +166,11 @@ void GroupTabs::draw() {
   fl_color(Theme::kLine);
   fl_xyline(x(), y() + h() - 1, x() + w() - 1);
   fl_push_clip(x(), y(), StripWidth(), h());
-  for (std::size_t i = 0; i < tabs_.size(); ++i) DrawTab(static_cast<int>(i));
+  // Only those in sight: some systems take places of 16 bits, where far ones would come back.
+  for (std::size_t i = 0; i < tabs_.size(); ++i) {
+    if (starts_[i + 1] > offset_ && starts_[i] < offset_ + StripWidth())
+      DrawTab(static_cast<int>(i));
+  }
   fl_pop_clip();
   if (Overflows()) {
     DrawArrow(x() + StripWidth(), true);
