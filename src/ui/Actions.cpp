@@ -8,8 +8,8 @@ namespace {
 const ActionInfo kActions[] = {
     {Action::kAddDyna, "add_dyna", "tip_adddyn", "ui_menu_add", FL_CTRL | 'o', false},
     {Action::kAddRestart, "add_restart", "tip_addrestart", nullptr, 0, true},
-    {Action::kAddVorel, "add_vorel", "tip_addvorel", nullptr, 0, true},
-    {Action::kAddInc, "add_inc", "tip_addinc", nullptr, 0, true},
+    {Action::kAddVorel, "add_vorel", "tip_addvorel", "ui_menu_add_vorel", 0, false},
+    {Action::kAddInc, "add_inc", "tip_addinc", "ui_menu_add_inc", 0, false},
     {Action::kAddFolder, "add_folder", "tip_folder", "ui_menu_folder", FL_CTRL | FL_SHIFT | 'o',
      false},
     {Action::kSubmit, "submit", "tip_submit", "ui_menu_submit", FL_CTRL | FL_Enter, false},

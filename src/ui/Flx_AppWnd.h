@@ -75,10 +75,11 @@ class Flx_AppWnd : public Fl_Double_Window {
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
 
   // Flx_AppWnd_Actions.cpp
-  void AddDynaJobs();
+  void AddJobs(int solverType);
   void AddFolder();
   static void TakeDropped(void* self);
-  void AddFiles(const std::vector<std::string>& paths);
+  // Files become jobs of this kind (JobRequest::kind), by their endings when it is left open.
+  void AddFiles(const std::vector<std::string>& paths, int kind = JobRequest().kind);
   void InformOfFiles(const char* key, const std::vector<std::string>& paths);
   void Submit();
   void Resubmit();

@@ -2,6 +2,7 @@
 
 #include <FL/Fl.H>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "ui/ComnFileDialog.h"
@@ -30,7 +31,11 @@ void Flx_AppWnd::Perform(Action action) {
   settings_->Commit();
   switch (action) {
     case Action::kAddDyna:
-      return AddDynaJobs();
+      return AddJobs(Settings::kLsDynaSingle);
+    case Action::kAddVorel:
+      return AddJobs(Settings::kVorel);
+    case Action::kAddInc:
+      return AddJobs(Settings::kInc);
     case Action::kAddFolder:
       return AddFolder();
     case Action::kSubmit:
@@ -87,15 +92,22 @@ bool Flx_AppWnd::Ask(const std::string& text) {
   return box.DoModal() == ComnMsgBox::kPressedYes;
 }
 
-void Flx_AppWnd::AddDynaJobs() {
+void Flx_AppWnd::AddJobs(int solverType) {
+  const auto& solvers = application_.Solvers();
+  const auto solver = std::find_if(solvers.begin(), solvers.end(),
+                                   [&](const auto& one) { return one->solverType == solverType; });
+  if (solver == solvers.end()) return;
   ComnFileDialog dialog;
   dialog.SetParentWindow(this);
   dialog.SetOpen(true);
   dialog.SetMultiple(true);
-  dialog.SetCaption(texts_.Get("ui_add_title"));
-  dialog.SetFilter(texts_.Get("ui_keyword_filter"));
+  dialog.SetCaption(ToUi((*solver)->selectJobFileTitle));
+  dialog.SetFilter((*solver)->jobFileFilter);
   dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
-  if (dialog.DoModal()) AddFiles(dialog.GetPathNames());
+  // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
+  // chosen for.
+  const int kind = solverType == Settings::kLsDynaSingle ? JobRequest().kind : solverType;
+  if (dialog.DoModal()) AddFiles(dialog.GetPathNames(), kind);
 }
 
 void Flx_AppWnd::AddFolder() {
@@ -122,8 +134,8 @@ void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& 
   Inform(text);
 }
 
-// Files become jobs as they are; of folders the keyword files do.
-void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths) {
+// Of folders, the keyword files become jobs.
+void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, int kind) {
   const auto group = Group();
   if (!group) return;
   std::vector<std::string> files;
@@ -146,11 +158,12 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths) {
     }
   }
   for (const std::string& file : files) {
-    if (!application_.SolverEnabled(SolverTypeOfFile(file))) {
+    if (!application_.SolverEnabled(kind > 0 ? kind : SolverTypeOfFile(file))) {
       refused.push_back(file);
       continue;
     }
     JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
+    request.kind = kind;
     request.jobFile = file;
     request.groupId = group->Id();
     application_.Intake().Add(request);

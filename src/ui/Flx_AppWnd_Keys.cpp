@@ -100,11 +100,12 @@ void Flx_AppWnd::OpenJobMenu(int x, int y) {
     PopUp({Action::kViewMessage, Action::kViewSummary, Action::kStages, kSeparator, Action::kSubmit,
            Action::kResubmit, Action::kStop, kSeparator, Action::kMoveUp, Action::kMoveDown,
            kSeparator, Action::kDeleteJob, Action::kDeleteAll, kSeparator, Action::kAddDyna,
-           Action::kAddFolder},
+           Action::kAddVorel, Action::kAddInc, Action::kAddFolder},
           x, y);
   } else {
-    PopUp({Action::kAddDyna, Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop,
-           kSeparator, Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kReadLog},
+    PopUp({Action::kAddDyna, Action::kAddVorel, Action::kAddInc, Action::kAddFolder, kSeparator,
+           Action::kSubmit, Action::kStop, kSeparator, Action::kDeleteAll, kSeparator,
+           Action::kRefresh, Action::kReadLog},
           x, y);
   }
 }

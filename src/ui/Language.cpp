@@ -79,6 +79,8 @@ const KeyText kEnglish[] = {
 const KeyText kEnglishMore[] = {
     {"ui_other_yes", "Yes"},
     {"ui_menu_add", "Add LS-DYNA Jobs..."},
+    {"ui_menu_add_vorel", "Add Vorel Jobs..."},
+    {"ui_menu_add_inc", "Add INC Jobs..."},
     {"ui_menu_folder", "Add All in Folder..."},
     {"ui_menu_submit", "Submit Jobs"},
     {"ui_menu_resubmit", "Resubmit"},
@@ -101,7 +103,6 @@ const KeyText kEnglishMore[] = {
     {"ui_cancel", "Cancel"},
     {"ui_keyword_filter", "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|"},
     {"ui_all_files", "All Files (*.*)|*|"},
-    {"ui_add_title", "Select DYNA File (LS-DYNA)"},
     {"ui_empty_title", "No jobs in this group"},
     {"ui_empty_hint", "Drop keyword files or folders here, or press Ctrl+O to add jobs."},
     {"ui_empty_hint_drop", "Drop job files here to add jobs."},
