@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -38,6 +39,10 @@ struct Deck {
     return elements[static_cast<std::size_t>(kind)];
   }
   std::size_t ElementCount() const;
+
+  // The set of parts whose formed state the next stage wants, when the deck asks for it.
+  std::optional<std::int64_t> formedSet;
+  std::map<std::int64_t, std::set<std::int64_t>> partSets;
 };
 
 // Why a deck cannot be run.

@@ -114,6 +114,10 @@ void DeckReader::BeginKeyword(std::string_view line) {
     place_.block = Block::kTitle;
   } else if (keyword == "CONTROL_TERMINATION") {
     place_.block = Block::kTermination;
+  } else if (keyword == "INTERFACE_SPRINGBACK_LSDYNA") {
+    place_.block = Block::kFormedSet;
+  } else if (keyword == "SET_PART_LIST") {
+    place_.block = Block::kPartSet;
   } else if (keyword == "NODE") {
     place_.block = Block::kNode;
   } else if (StartsWith(keyword, "PARAMETER_EXPRESSION")) {
@@ -186,6 +190,11 @@ void DeckReader::ReadData(const std::string& line) {
     case Block::kIncludeOnce:
       if (place_.card++ == 0) ReadInclude(line);
       return;
+    case Block::kFormedSet:
+      if (place_.card++ == 0) Integer(ValueCard(line)[0], deck_.formedSet.emplace());
+      return;
+    case Block::kPartSet:
+      return ReadPartSet(line);
     case Block::kIncludePath:
       if (!Trim(line).empty()) includeFolders_.emplace_back(Trim(line));
       return;
@@ -222,8 +231,12 @@ bool DeckReader::Real(std::string_view field, double& out) {
   return true;
 }
 
+Card DeckReader::ValueCard(const std::string& line) const {
+  return Card(line, place_.form.valueWidth, 0, place_.form.valueWidth);
+}
+
 void DeckReader::ReadTermination(const std::string& line) {
-  const Card card(line, place_.form.valueWidth, 0, place_.form.valueWidth);
+  const Card card = ValueCard(line);
   double endTime = 0;
   if (!Real(card[0], endTime)) return;
   if (endTime < 0) return FailHere("the end time is negative");
@@ -269,8 +282,21 @@ void DeckReader::ReadElement(const std::string& line) {
   if (place_.card > place_.extraCards + (place_.nodesOnSecondLine ? 1 : 0)) place_.card = 0;
 }
 
+// The set's number on the first card, eight parts on each further one.
+void DeckReader::ReadPartSet(const std::string& line) {
+  const Card card = ValueCard(line);
+  if (place_.card++ == 0) {
+    Integer(card[0], place_.partSet);
+    return;
+  }
+  for (std::size_t i = 0; i < 8; ++i) {
+    std::int64_t part = 0;
+    if (Integer(card[i], part) && part > 0) deck_.partSets[place_.partSet].insert(part);
+  }
+}
+
 void DeckReader::ReadParameters(const std::string& line) {
-  const Card card(line, place_.form.valueWidth, 0, place_.form.valueWidth);
+  const Card card = ValueCard(line);
   for (std::size_t i = 0; i + 1 < Card::kMostFields && !card[i].empty(); i += 2) {
     parameters_.Set(Trim(card[i].substr(1)), card[i + 1]);
   }

@@ -28,6 +28,8 @@ class DeckReader {
     kInclude,      // every line a file
     kIncludeOnce,  // the first line a file, then cards
     kIncludePath,
+    kFormedSet,
+    kPartSet,
   };
 
   void ReadLine(std::string line);
@@ -38,11 +40,13 @@ class DeckReader {
   void ReadTermination(const std::string& line);
   void ReadNode(const std::string& line);
   void ReadElement(const std::string& line);
+  void ReadPartSet(const std::string& line);
   void ReadParameters(const std::string& line);
   void ReadExpression(const std::string& line);
   void ReadInclude(const std::string& line);
   std::string FindInclude(const std::string& name) const;
 
+  Card ValueCard(const std::string& line) const;
   bool Integer(std::string_view field, std::int64_t& out);
   bool Real(std::string_view field, double& out);
   void Fail(int number, const std::string& text);
@@ -66,6 +70,7 @@ class DeckReader {
     CardForm form;         // of the current keyword
     std::size_t card = 0;  // data lines since the keyword, or since the element began
     std::size_t extraCards = 0;
+    std::int64_t partSet = 0;
     ElementKind kind = ElementKind::kSolid;
     bool nodesOnSecondLine = false;
     std::string pendingName;  // an include name that goes on in the next line

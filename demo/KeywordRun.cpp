@@ -60,6 +60,7 @@ class KeywordRun {
   void MidRun();
   void Plot();
   void Dump();
+  void HandOn();
   int End();
   void Error(int number, const std::string& text);
   bool WritesResults() const { return rank_.First(); }
@@ -281,8 +282,17 @@ void KeywordRun::Dump() {
   }
 }
 
+void KeywordRun::HandOn() {
+  if (!WritesResults() || !deck_.formedSet) return;
+  message_.Progress(cycle_, time_, timeStep_, "write dynain file");
+  if (!WriteFormedResult(deck_)) Error(kErrorFile, "the file dynain cannot be written");
+}
+
 int KeywordRun::End() {
-  if (ending_ == Ending::kTime) Dump();
+  if (ending_ == Ending::kTime) {
+    Dump();
+    HandOn();
+  }
   if (ending_ == Ending::kTime) {
     message_.Line();
     message_.Line(" *** termination time reached ***");

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <set>
 
 #include "System.h"
 #include "Text.h"
@@ -79,6 +80,35 @@ std::optional<RestartState> ReadDump(const std::string& path) {
   const auto endTime = ToReal(words[1]);
   if (!time || !endTime) return std::nullopt;
   return RestartState{*time, *endTime};
+}
+
+bool WriteFormedResult(const Deck& deck) {
+  const auto set = deck.partSets.find(deck.formedSet.value_or(0));
+  const auto isWanted = [&](const Element& shell) {
+    return set == deck.partSets.end() || set->second.contains(shell.part);
+  };
+  std::set<std::int64_t> used;
+  std::string shells;
+  for (const Element& shell : deck.Of(ElementKind::kShell)) {
+    if (!isWanted(shell)) continue;
+    used.insert(shell.nodes.begin(), shell.nodes.begin() + 4);
+    shells +=
+        Format("%8lld%8lld", static_cast<long long>(shell.id), static_cast<long long>(shell.part));
+    for (std::size_t i = 0; i < 4; ++i) {
+      shells += Format("%8lld", static_cast<long long>(shell.nodes[i]));
+    }
+    shells += '\n';
+  }
+  std::string nodes;
+  for (const Node& node : deck.nodes) {
+    if (!used.contains(node.id)) continue;
+    nodes += Format("%8lld%16.8E%16.8E%16.8E\n", static_cast<long long>(node.id), node.x[0],
+                    node.x[1], node.x[2]);
+  }
+  return WriteTextFile("dynain",
+                       "$ Stand-in solver: the shells as they were before the run\n"
+                       "*KEYWORD\n*NODE\n" +
+                           nodes + "*ELEMENT_SHELL\n" + shells + "*END\n");
 }
 
 bool WriteAdaptDump(int number) {

@@ -33,6 +33,9 @@ bool WriteDump(int number, const RestartState& state);
 // Nothing when the file is not a dump of ours.
 std::optional<RestartState> ReadDump(const std::string& path);
 
+// "dynain": the nodes and shells of the parts that the deck wants handed on, as they were.
+bool WriteFormedResult(const Deck& deck);
+
 // "adapt01.adaptdmp" and on.
 bool WriteAdaptDump(int number);
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs three demo jobs in the real window: tools/demo.sh FOLDER_OF_THE_PROGRAMS
+# Runs the demo jobs in the real window: tools/demo.sh FOLDER_OF_THE_PROGRAMS
 # With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
 # saves a screenshot; exit code 0 only when all jobs are Finished.
 set -euo pipefail
@@ -13,10 +13,18 @@ jobs=$scratch/jobs
 work="$scratch/config/orla/$title"
 mkdir -p "$jobs" "$work" "$scratch/tmp"
 # A folder a deck, so that no run overwrites another's results.
+decks=()
 for deck in "$root"/demo/decks/*.k; do
   name=$(basename "$deck" .k)
   mkdir "$jobs/$name"
   cp "$deck" "$jobs/$name/"
+  decks+=("$jobs/$name/$name.k")
+done
+# One with stages brings its folder along.
+for folder in "$root"/demo/decks/*/; do
+  name=$(basename "$folder")
+  cp -r "$folder" "$jobs/$name"
+  decks+=("$jobs/$name/$name.k")
 done
 cat >"$work/kr_init.config" <<CONFIG
 [GENERAL]
@@ -35,7 +43,7 @@ export XDG_CONFIG_HOME=$scratch/config TMPDIR=$scratch/tmp
 echo "Work folder: $scratch"
 
 if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
-  exec "$bin/kestrun" --submit "$jobs"/*/*.k
+  exec "$bin/kestrun" --submit "${decks[@]}"
 fi
 
 # A display of our own, on the first free number; Xvfb writes the number when it is ready.
@@ -60,7 +68,7 @@ openbox >"$scratch/openbox.log" 2>&1 &
 manager=$!
 
 report=$scratch/report.txt
-"$bin/kestrun" --submit "--report=$report" "$jobs"/*/*.k &
+"$bin/kestrun" --submit "--report=$report" "${decks[@]}" &
 window=$!
 for _ in $(seq $((time_limit * 5))); do
   [ -s "$report" ] && break
@@ -95,6 +103,5 @@ while IFS=$'\t' read -r deck status _ rest; do
   printf '%s  %s  %s\n' "$deck" "$status" "${found%  }"
 done <"$report"
 echo "Screenshot: $screenshot"
-decks=$(find "$root/demo/decks" -name '*.k' | wc -l)
 finished=$(awk -F '\t' '$2 == "Finished"' "$report" | wc -l)
-[ "$finished" = "$decks" ]
+[ "$finished" = "${#decks[@]}" ]

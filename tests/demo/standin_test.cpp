@@ -193,4 +193,25 @@ TEST_F(Standin, ReportsItsVersion) {
   EXPECT_TRUE(Contains(Read("lstc.log"), " |  Revision: R16.1-180-gabc "));
 }
 
+TEST_F(Standin, HandsThePartsOnThatTheNextStageWants) {
+  const std::string shells =
+      "*NODE\n       1             0.0             0.5             0.0       7       7\n"
+      "       2             1.0\n       3             1.0             1.0\n       4\n       5\n"
+      "*ELEMENT_SHELL\n       8       1       1       2       3       3\n"
+      "       9       2       1       4       5       5\n";
+  WriteDeck(shells +
+            "*INTERFACE_SPRINGBACK_LSDYNA\n        77\n*SET_PART_LIST\n        77\n"
+            "         1         3\n");
+  EXPECT_EQ(Run("i=deck.k"), 0);
+  EXPECT_TRUE(Contains(Read("dynain"),
+                       "*KEYWORD\n*NODE\n"
+                       "       1  0.00000000E+00  5.00000000E-01  0.00000000E+00\n"
+                       "       2  1.00000000E+00  0.00000000E+00  0.00000000E+00\n"
+                       "       3  1.00000000E+00  1.00000000E+00  0.00000000E+00\n"
+                       "*ELEMENT_SHELL\n       8       1       1       2       3       3\n*END\n"));
+  Write("next.k", "*KEYWORD\n*INCLUDE\n$ result from previous case\ndynain\n*END\n");
+  EXPECT_EQ(Run("i=next.k"), 0);
+  EXPECT_TRUE(Contains(Read("messag"), " nodes               3\n elements            1\n"));
+}
+
 }  // namespace
