@@ -11,9 +11,9 @@ namespace {
 
 enum Kind : int { kDynaSingle = 1, kDynaDouble = 2, kVorel = 3, kInc = 4 };
 
-// By the file's ending when the request leaves it open.
+// By the file's ending when the request leaves it open; only LS-DYNA restarts.
 int KindOf(const JobRequest& request, const std::string& deck) {
-  if (request.kind > 0) return request.kind;
+  if (request.kind > 0 || !request.restartFile.empty()) return request.kind;
   const int type = SolverTypeOfFile(deck);
   return type == Settings::kLsDynaSingle ? request.kind : type;
 }
@@ -35,6 +35,22 @@ int Percent(std::uint64_t done, std::uint64_t size) {
   if (size == 0) return 0;
   return static_cast<int>(100.0 * static_cast<double>(std::min(done, size)) /
                           static_cast<double>(size));
+}
+
+// A stage that is as its job.
+std::shared_ptr<JobFileDyna> NewStage(const JobFileDyna& job, const std::string& deck,
+                                      const Settings& settings) {
+  auto stage = std::make_shared<JobFileDyna>(settings);
+  stage->jobFile = deck;
+  stage->solverType = job.solverType;
+  stage->useSFile = job.useSFile;
+  stage->caseRun = job.caseRun;
+  stage->keepDeck = job.keepDeck;
+  stage->dump = job.dump;
+  stage->memory = job.memory;
+  stage->pause = job.pause;
+  stage->ncpu = job.ncpu;
+  return stage;
 }
 
 }  // namespace
@@ -110,6 +126,7 @@ void JobIntake::Work() {
   unsigned burst = 0;
   while (TakeRequest(request, burst)) {
     MakeAndAdd(request, burst);
+    request = {};
     EndRequest();
   }
 }
@@ -126,6 +143,7 @@ bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
 }
 
 void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
+  if (request.stageOf) return MakeAndAddStage(request, burst);
   const std::shared_ptr<JobFile> job = MakeJob(request, burst);
   if (!job) return;
   if (const auto group = GroupFor(request)) {
@@ -235,21 +253,43 @@ bool JobIntake::AddStages(JobFileDyna& job, const JobRequest& request, const Set
     manager_.Settings().Log().ReportLine(line);
   };
   for (const std::string& deck : StageDecks(job, report)) {
-    auto stage = std::make_shared<JobFileDyna>(settings);
-    stage->jobFile = deck;
-    stage->solverType = job.solverType;
-    stage->useSFile = job.useSFile;
-    stage->caseRun = job.caseRun;
-    stage->dump = job.dump;
-    stage->pause = job.pause;
-    stage->ncpu = job.ncpu;
-    if (!Scan(*stage, burst)) return false;
-    ApplyPrecision(request, *stage);
-    stage->keepDeck = stage->keepDeck || job.keepDeck;
-    const bool hasSay = settings.memory_auto && request.memory == 0 && stage->deckMemory != 0;
-    stage->memory = hasSay ? stage->deckMemory : job.memory;
+    auto stage = NewStage(job, deck, settings);
+    if (!ReadStage(*stage, request, settings, burst)) return false;
     if (static_cast<int>(job.stages.size()) == job.firstStage) stage->restartFile = job.restartFile;
     job.stages.push_back(std::move(stage));
   }
   return true;
+}
+
+// Needs a stage that is as its job. False when the request was given up.
+bool JobIntake::ReadStage(JobFileDyna& stage, const JobRequest& request, const Settings& settings,
+                          unsigned burst) {
+  const bool keepDeck = stage.keepDeck;
+  if (!Scan(stage, burst)) return false;
+  ApplyPrecision(request, stage);
+  stage.keepDeck = stage.keepDeck || keepDeck;
+  const bool hasSay = settings.memory_auto && request.memory == 0 && stage.deckMemory != 0;
+  if (hasSay) stage.memory = stage.deckMemory;
+  return true;
+}
+
+void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
+  const Settings settings = manager_.Settings().Snapshot();
+  const std::string deck = Absolute(request.jobFile);
+  const auto group = GroupFor(request);
+  const auto withJob = [&](const std::function<void(int, const JobFileDyna&)>& act) {
+    if (!group) return;
+    group->ReadJobs([&](int index, const JobFile& job) {
+      if (&job != request.stageOf.get()) return;
+      if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) act(index, *dyna);
+    });
+  };
+  std::shared_ptr<JobFileDyna> stage;
+  withJob([&](int, const JobFileDyna& job) { stage = NewStage(job, deck, settings); });
+  if (stage && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
+  int jobIndex = -1;
+  withJob([&](int index, const JobFileDyna&) { jobIndex = index; });
+  if (stage && group->AddStage(jobIndex, stage) >= 0) return;
+  manager_.Settings().Log().Report("Add stage [%s] failed: its job is not Queued any more",
+                                   OrNull(deck));
 }

@@ -25,6 +25,8 @@ struct JobRequest {
   std::string restartFile;  // the "r" value
   std::string jobFile;      // the deck when there is no inputFile
   int groupId = 0;          // 0: the group that is current when the request is added
+  // The deck becomes the last stage of this job instead of a job of its own.
+  std::shared_ptr<JobFile> stageOf;
 };
 
 // The solver type that a job file's ending asks for; LS-DYNA's when it says nothing.
@@ -54,11 +56,14 @@ class JobIntake {
   void Work();
   bool TakeRequest(JobRequest& request, unsigned& burst);
   void MakeAndAdd(const JobRequest& request, unsigned burst);
+  void MakeAndAddStage(const JobRequest& request, unsigned burst);
   std::shared_ptr<JobFile> MakeJob(const JobRequest& request, unsigned burst);
   std::shared_ptr<JobFile> MakeDynaJob(const JobRequest& request, const std::string& deck,
                                        const Settings& settings, unsigned burst);
   bool Scan(JobFileDyna& job, unsigned burst);
   bool AddStages(JobFileDyna& job, const JobRequest& request, const Settings& settings,
+                 unsigned burst);
+  bool ReadStage(JobFileDyna& stage, const JobRequest& request, const Settings& settings,
                  unsigned burst);
   std::shared_ptr<JobGroup> GroupFor(const JobRequest& request) const;
   bool GivenUp(unsigned burst) const;

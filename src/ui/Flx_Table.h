@@ -72,6 +72,8 @@ class Flx_Table : public Fl_Group {
   virtual void DrawEmpty(int x, int y, int w, int h) = 0;
   virtual bool IsButton(int row, int column) = 0;
   virtual std::string CellTip(int row, int column) = 0;
+  // Whether Escape selects no row; else the window has it.
+  virtual bool EscapeDeselects() const { return true; }
   // Pixels that the column's texts need, of the rows that can be seen.
   virtual int NeededWidth(int column) = 0;
 

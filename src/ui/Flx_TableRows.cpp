@@ -179,6 +179,7 @@ int Flx_Table::Rows::HandleKey() {
                       table_.scroll_->yposition());
       return 1;
     case FL_Escape:
+      if (!table_.EscapeDeselects()) return 0;
       table_.SelectRow(-1);
       return 1;
     default:
