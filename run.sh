@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and starts Kestrun with the arguments given.
 #   ./run.sh [deck.k ...]   the program
-#   ./run.sh --demo         three demo jobs in a scratch work folder, run by the stand-in solver
+#   ./run.sh --demo         six demo jobs in a scratch work folder, run by the stand-in solver
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 "$root/tools/setup.sh" run

@@ -11,6 +11,8 @@ constexpr int kLinesLookedAt = 1000;
 constexpr double kLongestRun = 86400;  // seconds
 constexpr int kMostNotices = 100000;
 constexpr int kMostDumps = 99;
+constexpr int kMostNumber = 999999;  // of a message
+constexpr int kErrorSolution = 40509;
 
 // The text behind "$ standin:"; nothing when the line is none of ours.
 std::optional<std::string_view> CommandText(std::string_view line) {
@@ -32,7 +34,7 @@ bool ReadNumber(const std::vector<std::string>& words, std::size_t index, int lo
 bool ReadNotices(const std::vector<std::string>& words, std::vector<Notices>& list) {
   Notices notices;
   if (!ReadNumber(words, 1, 0, kMostNotices, notices.count) ||
-      !ReadNumber(words, 2, 0, 999999, notices.number)) {
+      !ReadNumber(words, 2, 0, kMostNumber, notices.number)) {
     return false;
   }
   list.push_back(notices);
@@ -40,7 +42,6 @@ bool ReadNotices(const std::vector<std::string>& words, std::vector<Notices>& li
 }
 
 bool* Flag(Behaviour& behaviour, const std::string& name) {
-  if (name == "FAIL") return &behaviour.fail;
   if (name == "CRASH") return &behaviour.crash;
   if (name == "HANG") return &behaviour.hang;
   if (name == "NO-MESSAGE") return &behaviour.noMessage;
@@ -64,6 +65,12 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
   }
   if (name == "WARNINGS") return ReadNotices(words, behaviour.warnings);
   if (name == "ERRORS") return ReadNotices(words, behaviour.errors);
+  if (name == "FAIL") {
+    int number = kErrorSolution;
+    if (words.size() > 1 && !ReadNumber(words, 1, 1, kMostNumber, number)) return false;
+    behaviour.fail = number;
+    return true;
+  }
   if (name == "ADAPTDUMP") return ReadNumber(words, 1, 0, kMostDumps, behaviour.adaptDumps);
   if (name == "EXIT") {
     int code = 0;

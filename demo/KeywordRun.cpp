@@ -32,7 +32,6 @@ constexpr long long kDefaultWords = 127121;
 
 constexpr int kErrorCommandLine = 10001;
 constexpr int kErrorFile = 10101;
-constexpr int kErrorSolution = 40509;
 constexpr int kWarningDuplicateNode = 10170;
 
 enum class Ending { kNone, kTime, kSwitch, kError };
@@ -265,7 +264,7 @@ void KeywordRun::MidRun() {
     for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(i);
   }
   ActInTheMiddle(behaviour_);
-  if (behaviour_.fail) Error(kErrorSolution, "the deck asked the stand-in to fail");
+  if (behaviour_.fail) Error(*behaviour_.fail, "the deck asked the stand-in to fail");
 }
 
 void KeywordRun::Plot() {

@@ -64,7 +64,9 @@ void TextRun::March() {
     WriteStep(step);
     if (step != (job_.steps + 1) / 2) continue;
     ActInTheMiddle(behaviour_);
-    if (behaviour_.fail) return Error("THE JOB ASKED THE STAND-IN TO FAIL");
+    if (behaviour_.fail) {
+      return Error(Format("%d: THE JOB ASKED THE STAND-IN TO FAIL", *behaviour_.fail));
+    }
   }
 }
 

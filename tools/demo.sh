@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the demo jobs in the real window: tools/demo.sh FOLDER_OF_THE_PROGRAMS
 # With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
-# saves a screenshot; exit code 0 only when all jobs are Finished.
+# saves a screenshot; exit code 0 only when every job has ended as its deck says.
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -11,20 +11,24 @@ time_limit=180  # seconds for all jobs
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kr-demo.XXXXXX")
 jobs=$scratch/jobs
 work="$scratch/config/orla/$title"
-mkdir -p "$jobs" "$work" "$scratch/tmp"
+mkdir -p "$jobs" "$work" "$scratch/tmp" "$scratch/solvers"
 # A folder a deck, so that no run overwrites another's results.
 decks=()
-for deck in "$root"/demo/decks/*.k; do
-  name=$(basename "$deck" .k)
-  mkdir "$jobs/$name"
-  cp "$deck" "$jobs/$name/"
-  decks+=("$jobs/$name/$name.k")
+for deck in "$root"/demo/decks/*.{k,fin,dat}; do
+  file=$(basename "$deck")
+  mkdir "$jobs/${file%.*}"
+  cp "$deck" "$jobs/${file%.*}/"
+  decks+=("$jobs/${file%.*}/$file")
 done
 # One with stages brings its folder along.
 for folder in "$root"/demo/decks/*/; do
   name=$(basename "$folder")
   cp -r "$folder" "$jobs/$name"
   decks+=("$jobs/$name/$name.k")
+done
+# The stand-in plays the solver that its name says.
+for name in KVIN_SC.EXE Vorel.exe UtilityBatch.exe; do
+  ln -s "$bin/standin_solver" "$scratch/solvers/$name"
 done
 cat >"$work/kr_init.config" <<CONFIG
 [GENERAL]
@@ -36,6 +40,10 @@ last_path=$jobs
 [SOLVER]
 ls_dyna_s=$bin/standin_solver
 ls_dyna_d=$bin/standin_solver_d
+u_batch=$scratch/solvers/UtilityBatch.exe
+v_orel=$scratch/solvers/Vorel.exe
+inc=$scratch/solvers/KVIN_SC.EXE
+inc_token=demo.0123456789abcdefg
 [MPP]
 memory2=200
 CONFIG
@@ -92,16 +100,39 @@ convert "$scratch/root.png" \
   -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
   +repage "$screenshot"
 rm -f "$scratch/root.png"
-# A line a job: the deck, how it ended, and its model's size or what the message file holds.
-while IFS=$'\t' read -r deck status _ rest; do
-  result=$(dirname "$deck")/d3plot
-  if model=$("$bin/krinspect" d3plot "$result" 2>/dev/null); then
-    found=$(awk -F ': ' '$1 == "nodes" || $1 == "elements" { printf "%s %s  ", $2, $1 }' <<<"$model")
+# What a job's own output tells, in one line: the model's size, the messages and what the first error
+# says, or the total time.
+findings() {  # job file, solver
+  local folder=${1%/*}
+  case $2 in
+    INCSolver) "$bin/krinspect" inc "$1" | sed 1d ;;
+    VOREL) "$bin/krinspect" vorel "$1" | sed 1d ;;
+    *)
+      "$bin/krinspect" d3plot "$folder/d3plot" 2>/dev/null |
+        awk -F ': ' '$1 == "nodes" || $1 == "elements" { print $2, $1 }'
+      "$bin/krinspect" message "$folder/messag.krb" |
+        sed -n -e 's/^Found \([0-9]\)/\1/p' -e '/^List Errors/ { n; n; p }'
+      ;;
+  esac | tr -s '\n ' ' ' | sed 's/ $//'
+}
+# A deck that asks the stand-in to fail is to end as Aborted.
+expected() {  # job file
+  if grep -rqiE '^\$ *standin: *(fail|errors|crash)' --include='*.'{k,fin,dat} "${1%/*}"; then
+    echo Aborted
   else
-    found=$rest
+    echo Finished
   fi
-  printf '%s  %s  %s\n' "$deck" "$status" "${found%  }"
+}
+as_told=0
+while IFS=$'\t' read -r deck status solver _; do
+  note=
+  if [ "$status" = "$(expected "$deck")" ]; then
+    as_told=$((as_told + 1))
+    [ "$status" = Finished ] || note=' as its deck asks'
+  else
+    note=", but its deck asks for $(expected "$deck")"
+  fi
+  printf '%s  %s  %s%s: %s\n' "${deck#"$jobs/"}" "$solver" "$status" "$note" "$(findings "$deck" "$solver")"
 done <"$report"
 echo "Screenshot: $screenshot"
-finished=$(awk -F '\t' '$2 == "Finished"' "$report" | wc -l)
-[ "$finished" = "${#decks[@]}" ]
+[ "$as_told" = "${#decks[@]}" ]
