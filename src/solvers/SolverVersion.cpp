@@ -110,6 +110,11 @@ std::mutex& QueryMutex() {
   return mutex;
 }
 
+// Must not outlive the question, however that ends.
+struct InfoProcess : PTWrapperProcess {
+  ~InfoProcess() override { Terminate(); }
+};
+
 bool StartInfo(const std::string& solver, const std::string& folder, PTWrapperProcess& process) {
   // Drivers change the environment that the solver inherits.
   const std::lock_guard<std::mutex> lock(SolverStartMutex());
@@ -139,7 +144,7 @@ bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
   const auto readNew = [&] {
     if (FileStamp(path) != before) report = ReadReport(path);
   };
-  PTWrapperProcess process;
+  InfoProcess process;
   if (StartInfo(solver, folder, process)) {
     WaitUnlessAborted(kReportTime, abort, [&] {
       if (process.IsActive()) return false;
