@@ -30,7 +30,7 @@ void Poll(void* data) {
 
 void ShowWindow(Application& application, QueueNotes& notes, const ProgramOptions& options) {
   Fl::lock();  // other threads wake the event loop
-  Theme::Apply();
+  Theme::Apply(application.language);
   SetProgramIcon();
   TextTable texts;
   FillTexts(application.language, application.Title(), texts);

@@ -73,8 +73,8 @@ void SetPalette(Fl_Color index, Fl_Color color) {
 
 }  // namespace
 
-void Theme::Apply() {
-  SetInterfaceFonts();
+void Theme::Apply(int language) {
+  SetInterfaceFonts(language);
   FL_NORMAL_SIZE = Layout::kFontSize;
   const auto part = [](Fl_Color color, int shift) { return static_cast<uchar>(color >> shift); };
   Fl::background(part(kWindow, 24), part(kWindow, 16), part(kWindow, 8));

@@ -39,8 +39,8 @@ inline constexpr Fl_Labeltype kMenuLabel = FL_FREE_LABELTYPE;
 // A normal label whose text is in code page 936.
 inline constexpr auto kLabel936 = static_cast<Fl_Labeltype>(FL_FREE_LABELTYPE + 1);
 
-// Once, before the first window is made.
-void Apply();
+// Once, before the first window is made. `language`: 0 English, 1 Chinese.
+void Apply(int language = 0);
 
 // A filled box with a thin line around it whose corners are softened.
 void DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line);

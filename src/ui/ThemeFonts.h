@@ -3,7 +3,7 @@
 #define KR_UI_THEMEFONTS_H
 
 // FL_HELVETICA and its bold and italic become the system's interface font, FL_COURIER and its bold
-// the system's fixed-width font.
-void SetInterfaceFonts();
+// the system's fixed-width font. For Chinese they are fonts made for Chinese, if there are any.
+void SetInterfaceFonts(int language);
 
 #endif
