@@ -43,6 +43,16 @@ Fl_RGB_Image* Icon(const std::string& name, IconLook look) {
   return nullptr;
 }
 
+Fl_RGB_Image* ProgramPicture(int size) {
+  static std::map<int, std::unique_ptr<Fl_RGB_Image>> loaded;
+  if (const auto found = loaded.find(size); found != loaded.end()) return found->second.get();
+  for (std::size_t i = 0; i < kIconFileCount; ++i) {
+    if (std::string(kProgramIcon) == kIconFiles[i].name && kIconFiles[i].size == size)
+      return (loaded[size] = Load(kIconFiles[i])).get();
+  }
+  return nullptr;
+}
+
 void SetProgramIcon() {
   std::vector<std::unique_ptr<Fl_RGB_Image>> sizes;
   std::vector<const Fl_RGB_Image*> list;

@@ -11,6 +11,9 @@ enum class IconLook { kNormal, kDisabled };
 // The icon in the size it was rendered for; null for an unknown name. Lives as long as the program.
 Fl_RGB_Image* Icon(const std::string& name, IconLook look = IconLook::kNormal);
 
+// The program's icon as a picture of this many pixels; null for a size that was not rendered.
+Fl_RGB_Image* ProgramPicture(int size);
+
 // Gives all windows of the program its icon, in all sizes.
 void SetProgramIcon();
 

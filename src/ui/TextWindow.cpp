@@ -62,7 +62,7 @@ bool TextWindow::Show(const std::string& path, const TextTable& texts) {
   for (TextWindow* window : OpenWindows()) {
     if (window->path_ != path) continue;
     window->Follow();
-    window->show();
+    window->ShowOverDialog();
     return true;
   }
   auto* window = new TextWindow(path, texts);
@@ -71,8 +71,17 @@ bool TextWindow::Show(const std::string& path, const TextTable& texts) {
     return false;
   }
   window->PlaceBeside(Fl::first_window());
-  window->show();
+  window->ShowOverDialog();
   return true;
+}
+
+// While a dialog is open, only its own windows hear of keys and clicks.
+void TextWindow::ShowOverDialog() {
+  if (Fl::modal() && Fl::modal() != this) {
+    hide();
+    set_modal();
+  }
+  show();
 }
 
 // Over the other window, as far as the screen has room.

@@ -31,6 +31,7 @@ class TextWindow : public Fl_Double_Window {
   TextWindow(const std::string& path, const TextTable& texts);
 
   void PlaceBeside(Fl_Window* other);
+  void ShowOverDialog();
   static void Tick(void* self);
   bool Load();    // the whole file, or its end
   bool Follow();  // what was appended; loads anew when the file became shorter
