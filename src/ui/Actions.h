@@ -30,6 +30,7 @@ enum class Action {
   kStages,
   kStop,
   kRefresh,
+  kMppSettings,
   kNextGroup,
   kPreviousGroup,
   kExit

@@ -109,6 +109,7 @@ void Flx_AppWnd::ConnectParts() {
   callback([](Fl_Widget*, void* self) { static_cast<Flx_AppWnd*>(self)->Perform(Action::kExit); },
            this);
   settings_->OnSubmit = [this] { Perform(Action::kSubmit); };
+  settings_->OnMpp = [this] { Perform(Action::kMppSettings); };
   settings_->OnHint = [this](const std::string& hint) { Say(hint, StatusBar::Tone::kError); };
   settings_->OnJobEdited = [this] {
     if (Table()) Table()->RowChanged(Table()->CurrentRow());

@@ -100,6 +100,13 @@ class Flx_AppWnd : public Fl_Double_Window {
   void Inform(const std::string& text);
   bool Ask(const std::string& text);
 
+  // Flx_AppWnd_Dialogs.cpp
+  void AddRestart();
+  void RunPost();
+  void OpenMppSettings();
+  void Configure();
+  void ShowAbout();
+
   // Flx_AppWnd_Keys.cpp
   void OpenJobMenu(int x, int y);
   void OpenGroupMenu(int x, int y);

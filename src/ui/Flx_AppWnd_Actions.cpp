@@ -36,6 +36,8 @@ void Flx_AppWnd::Perform(Action action) {
       return AddJobs(Settings::kVorel);
     case Action::kAddInc:
       return AddJobs(Settings::kInc);
+    case Action::kAddRestart:
+      return AddRestart();
     case Action::kAddFolder:
       return AddFolder();
     case Action::kSubmit:
@@ -56,6 +58,14 @@ void Flx_AppWnd::Perform(Action action) {
       return RenameGroup();
     case Action::kDeleteGroup:
       return DeleteGroup();
+    case Action::kRunPost:
+      return RunPost();
+    case Action::kConfig:
+      return Configure();
+    case Action::kMppSettings:
+      return OpenMppSettings();
+    case Action::kAbout:
+      return ShowAbout();
     case Action::kReadLog:
       application_.ViewTextFile(application_.SettingsAndFiles().Log().Path());
       return;

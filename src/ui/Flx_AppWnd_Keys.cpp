@@ -97,10 +97,10 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob()) {
-    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kStages, kSeparator, Action::kSubmit,
-           Action::kResubmit, Action::kStop, kSeparator, Action::kMoveUp, Action::kMoveDown,
-           kSeparator, Action::kDeleteJob, Action::kDeleteAll, kSeparator, Action::kAddDyna,
-           Action::kAddVorel, Action::kAddInc, Action::kAddFolder},
+    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost, Action::kStages,
+           kSeparator, Action::kSubmit, Action::kResubmit, Action::kStop, kSeparator,
+           Action::kMoveUp, Action::kMoveDown, kSeparator, Action::kDeleteJob, Action::kDeleteAll,
+           kSeparator, Action::kAddDyna, Action::kAddVorel, Action::kAddInc, Action::kAddFolder},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddVorel, Action::kAddInc, Action::kAddFolder, kSeparator,

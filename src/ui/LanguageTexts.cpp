@@ -84,6 +84,7 @@ constexpr TextRow kMain[] = {
 constexpr TextRow kMore[] = {
     {"ui_other_yes", "Yes", "是"},
     {"ui_menu_add", "Add LS-DYNA Jobs...", "添加 LS-DYNA 任务..."},
+    {"ui_menu_restart", "Add Restart Job...", "添加重启动任务..."},
     {"ui_menu_add_vorel", "Add Vorel Jobs...", "添加 Vorel 任务..."},
     {"ui_menu_add_inc", "Add INC Jobs...", "添加 INC 任务..."},
     {"ui_menu_folder", "Add All in Folder...", "添加文件夹中的所有任务..."},
@@ -92,6 +93,7 @@ constexpr TextRow kMore[] = {
     {"ui_menu_stop", "Stop Running Jobs", "停止正在运行的任务"},
     {"ui_menu_message", "View Message File", "查看消息文件"},
     {"ui_menu_info", "View Summary", "查看摘要"},
+    {"ui_menu_post", "Open in PostProcessor", "在后处理程序中打开"},
     {"ui_menu_stages", "Multiple Stages...", "多工步..."},
     {"ui_menu_up", "Move Up", "上移"},
     {"ui_menu_down", "Move Down", "下移"},
@@ -123,6 +125,7 @@ constexpr TextRow kMore[] = {
     {"ui_count_finished", "%s finished", "%s 个已完成"},
     {"ui_count_aborted", "%s aborted", "%s 个已中止"},
     {"ui_reading", "Reading %s of %s: %s", "正在读取（%s/%s）：%s"},
+    {"ui_post_opens", "Opening %s", "正在打开 %s"},
     {"ui_submitted", "Submitted: queued jobs of \"%s\" run one after another.",
      "已提交：“%s”中排队的任务将依次运行。"},
     {"ui_submit_none", "No queued job in \"%s\".", "“%s”中没有排队的任务。"},

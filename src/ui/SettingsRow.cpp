@@ -5,6 +5,7 @@
 
 #include "ui/ComnFileDialog.h"
 #include "ui/Layout.h"
+#include "ui/MpiKinds.h"
 #include "ui/Numbers.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
@@ -18,9 +19,6 @@ constexpr long long kMostCpus = 100000;
 constexpr long long kLongestPause = 86400;  // seconds
 constexpr int kMppWidth = 190;
 constexpr int kLabelInset = 3;  // what the toolkit leaves in front of a label
-
-const char* const kMpiNames[] = {"ANL MPI: MPICH2", "Intel MPI", "Microsoft MPI",
-                                 "IBM Platform MPI"};
 
 // A pasted path often comes in double quotes.
 std::string Unquoted(const std::string& text) {
@@ -96,7 +94,6 @@ void SettingsRow::MakeFields() {
   pause_ = new Field(0, 0, Layout::kPauseField, height);
   secondLabel_ = MakeLabel("lab_second");
   mpp_ = new StateButton(0, 0, 10, height);
-  mpp_->deactivate();  // its dialog is not there yet
 }
 
 std::function<std::string(const std::string&)> SettingsRow::NumberCheck(long long least,
@@ -122,6 +119,12 @@ void SettingsRow::ConnectFields() {
       [](Fl_Widget*, void* self) {
         auto* row = static_cast<SettingsRow*>(self);
         if (row->OnSubmit) row->OnSubmit();
+      },
+      this);
+  mpp_->callback(
+      [](Fl_Widget*, void* self) {
+        auto* row = static_cast<SettingsRow*>(self);
+        if (row->OnMpp) row->OnMpp();
       },
       this);
 
@@ -286,9 +289,9 @@ void SettingsRow::ShowMpp() {
   const Settings& settings = application_.SettingsAndFiles().Get();
   std::string text = texts_.Get("lab_not_mpp");
   if (settings.use_mpp) {
-    const bool known = settings.mpi >= 0 && settings.mpi < static_cast<int>(std::size(kMpiNames));
+    const bool known = settings.mpi >= 0 && settings.mpi < static_cast<int>(std::size(kMpiKinds));
     text = texts_.Get("ui_mpp_on") + ": " +
-           (known ? std::string(kMpiNames[settings.mpi]) : texts_.Get("ui_mpp_other"));
+           (known ? std::string(kMpiKinds[settings.mpi]) : texts_.Get("ui_mpp_other"));
   }
   const std::string& how = texts_.Get(settings.use_mpp ? "ui_tip_mpp_on" : "ui_tip_mpp_off");
   mpp_->SetState(text, settings.use_mpp, text + "\n" + how);

@@ -33,6 +33,7 @@ class SettingsRow : public Fl_Group {
   bool Commit();
 
   std::function<void()> OnSubmit;
+  std::function<void()> OnMpp;  // the MPP button was pressed
   std::function<void()> OnJobEdited;
   std::function<void(const std::string& hint)> OnHint;  // empty: all is well again
 
