@@ -14,6 +14,7 @@ Application* theApplication = nullptr;
 
 constexpr int kHandOverFailed = 9;
 constexpr char kProgramName[] = "kestrun";
+constexpr char kFirstCopyMutex[] = "Global\\KESTRUN_FIRST_COPY_";
 constexpr char kSolverOption[] = "#solver=";
 
 std::string LowerCase(std::string text) {
@@ -34,6 +35,15 @@ int SolverModeOf(int argc, const char* const* argv) {
     return 0;
   }
   return 0;
+}
+
+// A process of the very program that runs here, but not this one.
+bool IsSibling(const PTWrapperProcessInfo& process) {
+  const std::int32_t own = PTWrapperProcess().ProcessId();
+  std::string ownPath;
+  std::string path;
+  return process.processId != own && PTWrapperProcess::GetProcessPath(own, ownPath) &&
+         PTWrapperProcess::GetProcessPath(process.processId, path) && path == ownPath;
 }
 
 bool IsEnabledIn(int mode, int solverType) {
@@ -89,7 +99,7 @@ bool Application::Initialise(int argc, const char* const* argv) {
   ReserveEnvironment();
   FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), programFolder_);
   settings_ = std::make_unique<SettingsAndPaths>(title_);
-  if (AnotherCopyRuns()) {
+  if (AnotherCopyRuns(BecomeFirstCopy())) {
     HandOver(argc, argv, true);
     RaiseWindow(title_);
     return false;
@@ -108,12 +118,26 @@ bool Application::Initialise(int argc, const char* const* argv) {
   return true;
 }
 
-// Two processes of the program that belong to one user; this one is normally one of them.
-bool Application::AnotherCopyRuns() {
+// False when another copy of this user has been first, or when it cannot be told.
+bool Application::BecomeFirstCopy() {
+  std::string user;
+  if (!PTWrapperProcess::GetCurrProcessUser(user)) return false;
+  if (firstCopy_.CreateMutexSignal(kFirstCopyMutex + user, false) == 0) return false;
+  constexpr int kOwned = 0;
+  constexpr int kOwnedAfterADeath = 2;
+  const int wait = firstCopy_.WaitForMutexSignal(0);
+  return wait == kOwned || wait == kOwnedAfterADeath;
+}
+
+// Two processes of the program that belong to one user; this one is normally one of them. Copies
+// that start at the same moment all see each other: the first copy does not count the others, which
+// do count it, so that one of them stays.
+bool Application::AnotherCopyRuns(bool isFirst) {
   std::vector<PTWrapperProcessInfo> processes;
   PTWrapperProcess::FindRunningProcessName(processes);
-  std::erase_if(processes, [](const PTWrapperProcessInfo& process) {
-    return LowerCase(process.exeName).find(kProgramName) == std::string::npos;
+  std::erase_if(processes, [isFirst](const PTWrapperProcessInfo& process) {
+    return LowerCase(process.exeName).find(kProgramName) == std::string::npos ||
+           (isFirst && IsSibling(process));
   });
   if (processes.size() < 2) return false;
   std::set<std::string> users;

@@ -66,7 +66,8 @@ class Application {
   int language = 0;     // 0 English, 1 Chinese; fixed for the process
 
  private:
-  static bool AnotherCopyRuns();
+  bool BecomeFirstCopy();
+  static bool AnotherCopyRuns(bool isFirst);
   void HandOver(int argc, const char* const* argv, bool readerRuns);
   void ReadFiles();
   void MakeGroups();
@@ -78,6 +79,7 @@ class Application {
   const std::string version_ = "2016 R1";
   const std::string title_;
   std::string programFolder_;
+  PTWrapperSignal firstCopy_;  // a mutex, held by the copy of this user that has the window
   int solverMode_ = 0;
   bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;

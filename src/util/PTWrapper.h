@@ -79,6 +79,8 @@ class PTWrapperProcess : public PTWrapper {
   static bool Terminate(const std::string& exeName);
   static bool GetCurrProcessUser(std::string& user);
   static bool GetProcessUser(int pid, std::string& user);
+  // The path of its executable file; of our own processes at least.
+  static bool GetProcessPath(int pid, std::string& path);
   static bool GetLoginUser(std::string& user);
 
  private:

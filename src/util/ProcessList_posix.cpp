@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "util/ProcessKill.h"
 #include "util/ProcessTable_posix.h"
@@ -43,6 +44,13 @@ bool PTWrapperProcess::GetProcessUser(int pid, std::string& user) {
   if (!id) return false;
   user = UserName(*id);
   return true;
+}
+
+bool PTWrapperProcess::GetProcessPath(int pid, std::string& path) {
+  path.clear();
+  std::error_code failed;
+  path = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", failed).string();
+  return !failed;
 }
 
 bool KillProcess(std::int32_t processId) {

@@ -99,6 +99,17 @@ bool PTWrapperProcess::GetProcessUser(int pid, std::string& user) {
   return true;
 }
 
+bool PTWrapperProcess::GetProcessPath(int pid, std::string& path) {
+  path.clear();
+  const Handle process(
+      OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid)));
+  std::vector<char> buffer(32768);
+  DWORD size = static_cast<DWORD>(buffer.size());
+  if (!process || !QueryFullProcessImageNameA(process.get(), 0, buffer.data(), &size)) return false;
+  path.assign(buffer.data(), size);
+  return true;
+}
+
 bool KillProcess(std::int32_t processId) {
   const Handle process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, static_cast<DWORD>(processId)));
   return process && TerminateProcess(process.get(), 0);
