@@ -1,8 +1,6 @@
 // The settings file: which keys there are, and how they are read and written.
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
-#include <set>
 #include <string>
 #include <variant>
 
@@ -15,6 +13,7 @@
 namespace {
 
 constexpr std::size_t kReadableBytes = 4095;
+constexpr std::size_t kLargestFile = 1024 * 1024;  // more is not looked into for keys
 
 using Field = std::variant<std::uint64_t Settings::*, int Settings::*, bool Settings::*,
                            std::string Settings::*, Settings::Solver>;
@@ -58,8 +57,12 @@ const Key kKeys[] = {
     {"EXTERNAL_APP", "viewer", &Settings::viewer},
 };
 
-// The key of the INC solver's access is the user's to write; it is never shown nor stored.
-const Key kIncToken = {"SOLVER", "inc_token", &Settings::inc_token};
+// The user's to write, by hand, and never stored. The key of the INC solver's access is not shown
+// either.
+const Key kReadOnlyKeys[] = {
+    {"SOLVER", "inc_token", &Settings::inc_token},
+    {"EXTERNAL_APP", "post_processor", &Settings::post_processor},
+};
 
 void TakeText(std::string& text, const std::string& value, const char* whenEmpty) {
   if (!value.empty()) {
@@ -135,24 +138,12 @@ bool WriteKey(const Key& key, const std::string& value, const std::string& file)
   return WriteAndCompare(key, trimmed, trimmed, file);
 }
 
-// What stands before the equals signs, in lower case.
-std::set<std::string> NamesIn(const std::string& contents) {
-  std::set<std::string> names;
-  for (const std::string& line : LinesOf(contents)) {
-    std::string name;
-    StrWrapperTxt::Trim(line.substr(0, line.find('=')), name);
-    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    names.insert(name);
-  }
-  return names;
-}
-
-// Each writing replaces the copy, so what is there already is left alone.
-bool WriteKeys(const Settings& settings, const std::set<std::string>& present,
-               const std::string& file) {
+// Each writing replaces the copy, so what is there already is left alone. An empty value reads like
+// a missing key, which has to be written.
+bool WriteKeys(const Settings& settings, const std::string& file) {
   return std::all_of(std::begin(kKeys), std::end(kKeys), [&](const Key& key) {
     const std::string value = std::visit(Formatter{settings}, key.field);
-    return (present.contains(key.name) && ReadsAs(key, value, file)) || WriteKey(key, value, file);
+    return (!value.empty() && ReadsAs(key, value, file)) || WriteKey(key, value, file);
   });
 }
 
@@ -163,7 +154,7 @@ bool ReplaceKeys(const Settings& settings, const std::string& file) {
   if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
   const std::string copy = file + ".new";
   const bool edited = FileDirWrapper::WritePrivateFile(copy, contents) &&
-                      WriteKeys(settings, NamesIn(contents), copy) && ReadWholeText(copy, contents);
+                      WriteKeys(settings, copy) && ReadWholeText(copy, contents);
   FileDirWrapper::RemoveFile(copy);
   return edited && FileDirWrapper::WriteFileWhole(file, contents);
 }
@@ -174,13 +165,13 @@ void SettingsAndPaths::ReadSettings() {
   dirty_ = false;
   if (!FileDirWrapper::FileExists(settingsFile)) return;
   std::string contents;
-  if (!ReadWholeText(settingsFile, contents)) {
+  if (!ReadWholeText(settingsFile, contents) || contents.size() > kLargestFile) {
     log_.Report("Read settings file [%s] failed", OrNull(settingsFile));
     return;
   }
   Settings read = settings_;
   for (const Key& key : kKeys) ReadKey(key, settingsFile, read);
-  ReadKey(kIncToken, settingsFile, read);
+  for (const Key& key : kReadOnlyKeys) ReadKey(key, settingsFile, read);
   const std::lock_guard<std::mutex> lock(mutex_);
   settings_ = std::move(read);
 }
