@@ -13,6 +13,7 @@
 #include "ui/QueueNotes.h"
 #include "ui/Termination.h"
 #include "ui/Theme.h"
+#include "ui/ToolkitTexts.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ void ShowWindow(Application& application, QueueNotes& notes, const ProgramOption
   SetProgramIcon();
   TextTable texts;
   FillTexts(application.language, application.Title(), texts);
+  SetToolkitTexts(texts);
   Flx_AppWnd window(application, notes, texts);
   AutoRun autoRun(application, window, options);
   OnTermination([&window] { window.Leave(); });

@@ -19,13 +19,15 @@ AnalysisReport Analyse(const JobOutput& output, const AnalysisHooks& hooks) {
   return {};
 }
 
-void AddModelSize(const std::string& folder, std::vector<std::string>& lines) {
+void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
+                  std::vector<std::string>& lines) {
   const std::string file = FileDirWrapper::Join(folder, "d3plot");
   if (!FileDirWrapper::FileExists(file)) return;
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;
   if (!manager.Open(file, grids)) {
-    lines.push_back("  d3plot: " + manager.Reader().Error());
+    const std::string error = "  d3plot: " + manager.Reader().Error();
+    lines.push_back(hooks.decode ? hooks.decode(error) : error);
     return;
   }
   lines.push_back("  Element Number is " + std::to_string(grids.Grid().NumberOfCells()));
@@ -44,6 +46,6 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   std::vector<std::string> lines = std::move(report.lines);
   for (std::string& line : lines) std::erase(line, '\n');
   if (output.status == JobStatus::kFinished && IsDynaFamily(output.solverType))
-    AddModelSize(output.folder, lines);
+    AddModelSize(output.folder, hooks, lines);
   return lines;
 }

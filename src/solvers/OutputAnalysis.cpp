@@ -96,9 +96,9 @@ class MessageScan {
     report.cpuTime = cpuTime_;
     std::vector<std::string>& lines = report.lines;
     lines = {RuleShort(),
-             Translated(hooks_, "File Name : ") + messageFile,
+             Translated(hooks_, "File Name : ") + Decoded(hooks_, messageFile),
              "",
-             Translated(hooks_, "Total CPU Time : ") + cpuTime_,
+             Translated(hooks_, "Total CPU Time : ") + Decoded(hooks_, cpuTime_),
              "",
              "Found " + std::to_string(errorCount_) + " errors\n",
              warningCount_ < kMostWarnings
@@ -148,7 +148,7 @@ class MessageScan {
     const std::string number(text.substr(numberAt, kLongestNumber));
     std::string hint;
     if (LookUpHint(StrWrapperTxt::LeadingInt(number), hint)) {
-      Gather(Translated(hooks_, hint.c_str()));
+      message_->AddWords(Translated(hooks_, hint.c_str()));
     }
   }
 
@@ -203,7 +203,8 @@ AnalysisReport Refused(const std::string& reason) {
 AnalysisReport AnalyseMessageFile(const std::string& messageFile, const AnalysisHooks& hooks) {
   if (messageFile.empty()) return Refused("Message file name is empty");
   LineBlocks blocks;
-  if (!blocks.Open(messageFile)) return Refused("Open File [" + messageFile + "] failed!");
+  if (!blocks.Open(messageFile))
+    return Refused("Open File [" + Decoded(hooks, messageFile) + "] failed!");
   blocks.SetProgress(hooks.progress);
   MessageScan scan(hooks);
   std::string_view block;

@@ -12,6 +12,9 @@ struct AnalysisHooks {
   std::function<bool(std::uint64_t done, std::uint64_t size)> progress;
   // Gives the words of the reports (labels and hints) in the interface's language.
   std::function<std::string(const std::string& english)> translate;
+  // Gives file names and lines of files, byte strings in the system's code page, in the encoding of
+  // those words.
+  std::function<std::string(const std::string& bytes)> decode;
 };
 
 struct AnalysisReport {

@@ -43,7 +43,7 @@ void ReadLines(const std::string& path, const AnalysisHooks& hooks, AnalysisRepo
 
 AnalysisReport NameOnly(const std::string& path, const AnalysisHooks& hooks) {
   AnalysisReport report;
-  report.lines.push_back(Translated(hooks, kFileName) + path);
+  report.lines.push_back(Translated(hooks, kFileName) + Decoded(hooks, path));
   return report;
 }
 
@@ -140,7 +140,7 @@ AnalysisReport AnalyseIncInfoFile(const std::string& infoFile, const AnalysisHoo
   ReadLines(infoFile, hooks, report, [&](std::string_view line) {
     const std::size_t about = line.find(kAbout);
     if (about == std::string_view::npos || !Holds(line, kTotal)) return;
-    times.Add(Translated(hooks, kTotalTime));
+    times.AddWords(Translated(hooks, kTotalTime));
     times.Add(line.substr(about + kAbout.size()));
     times.Add("");
   });

@@ -9,19 +9,36 @@ constexpr char kLeftOut[] = "(more lines are in the file)";
 }  // namespace
 
 void GatheredLines::Add(std::string_view line) {
+  Keep(line, false);
+}
+
+void GatheredLines::AddWords(std::string_view words) {
+  Keep(words, true);
+}
+
+void GatheredLines::Keep(std::string_view line, bool words) {
   line = line.substr(0, kLongestShown);
-  bytes_ += line.size() + sizeof(std::string);
+  bytes_ += line.size() + sizeof(Line);
   full_ = full_ || bytes_ > kMostBytes;
-  if (!full_) lines_.emplace_back(line);
+  if (!full_) lines_.push_back({std::string(line), words});
+}
+
+void GatheredLines::AppendTo(std::vector<std::string>& lines, const AnalysisHooks& hooks) const {
+  for (const Line& line : lines_)
+    lines.push_back(line.words ? line.text : Decoded(hooks, line.text));
 }
 
 std::string Translated(const AnalysisHooks& hooks, const char* english) {
   return hooks.translate ? hooks.translate(english) : english;
 }
 
+std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes) {
+  return hooks.decode ? hooks.decode(bytes) : bytes;
+}
+
 void AppendLines(const GatheredLines& from, const AnalysisHooks& hooks,
                  std::vector<std::string>& to) {
-  to.insert(to.end(), from.Lines().begin(), from.Lines().end());
+  from.AppendTo(to, hooks);
   if (from.Full()) to.push_back(Translated(hooks, kLeftOut));
 }
 

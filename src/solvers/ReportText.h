@@ -13,17 +13,28 @@
 class GatheredLines {
  public:
   void Add(std::string_view line);
+  // A line of ours between them, translated already.
+  void AddWords(std::string_view words);
   bool Empty() const { return lines_.empty(); }
   bool Full() const { return full_; }
-  const std::vector<std::string>& Lines() const { return lines_; }
+  void AppendTo(std::vector<std::string>& lines, const AnalysisHooks& hooks) const;
 
  private:
-  std::vector<std::string> lines_;
+  struct Line {
+    std::string text;
+    bool words;
+  };
+  void Keep(std::string_view line, bool words);
+
+  std::vector<Line> lines_;
   std::size_t bytes_ = 0;
   bool full_ = false;
 };
 
 std::string Translated(const AnalysisHooks& hooks, const char* english);
+
+// A file name or a line of a file.
+std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes);
 
 // Adds the lines, and a word on those that were left out.
 void AppendLines(const GatheredLines& from, const AnalysisHooks& hooks,

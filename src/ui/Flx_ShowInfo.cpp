@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "ui/DialogRow.h"
+#include "ui/Language.h"
 #include "ui/Text.h"
 
 namespace {
@@ -47,16 +48,18 @@ ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
 ID_BUTTON1,Button,"关闭",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
 
+// A line of a report, without characters that would control the list.
 std::string ListLine(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return c >= 0 && c < ' ' && c != '\t'; }, ' ');
-  return ToUi(text);
+  return text;
 }
 
 }  // namespace
 
 struct Flx_ShowInfo::Reading {
   JobOutput output;
+  TextTable texts;                 // the thread's own
   std::atomic<bool> ended{false};  // the dialog is gone
   std::atomic<int> percent{0};
   std::mutex mutex;  // both below
@@ -110,9 +113,12 @@ int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
 void Flx_ShowInfo::StartReading() {
   reading_ = std::make_shared<Reading>();
   reading_->output = output_;
+  FillTexts(Language(), {}, reading_->texts);
   try {
     std::thread([reading = reading_] {
       AnalysisHooks hooks;
+      hooks.translate = [&](const std::string& english) { return reading->texts.Word(english); };
+      hooks.decode = ToUi;
       hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
         if (size > 0)
           reading->percent =

@@ -194,11 +194,13 @@ TEST_F(MessageAnalysis, CanBeWatchedEndedAndTranslated) {
     return true;
   };
   hooks.translate = [](const std::string& english) { return "<" + english + ">"; };
+  hooks.decode = [](const std::string& bytes) { return "{" + bytes + "}"; };
   const AnalysisReport report = AnalyseMessageFile(path, hooks);
   EXPECT_GT(last, 0u);
-  EXPECT_EQ(report.lines[1], "<File Name : >" + path);
-  EXPECT_EQ(report.lines[3], "<Total CPU Time : >");
-  EXPECT_EQ(report.lines[11].front(), '<');
+  EXPECT_EQ(report.lines[1], "<File Name : >{" + path + "}");
+  EXPECT_EQ(report.lines[3], "<Total CPU Time : >{}");
+  EXPECT_EQ(report.lines[11].front(), '<') << "a hint, decoded already";
+  EXPECT_EQ(report.lines[12], "{t}");
   hooks.progress = [](std::uint64_t, std::uint64_t) { return false; };
   const AnalysisReport ended = AnalyseMessageFile(path, hooks);
   EXPECT_EQ(ended.outcome, Outcome::kEnded);
