@@ -101,6 +101,17 @@ TEST_F(ApplicationTest, AFileThatWaitsAtTheStartIsNotLost) {
   EXPECT_EQ(JobsAfterTick().size(), 2u);
 }
 
+TEST_F(ApplicationTest, AFileTooBigToReadIsPutAsideForTheNext) {
+  ASSERT_TRUE(Start());
+  const std::string big(std::size_t{40} << 20, 'x');
+  WriteHandOverFile(big);
+  EXPECT_TRUE(JobsAfterTick().empty());
+  EXPECT_EQ(std::filesystem::file_size(HandOverFile() + ".big"), big.size());
+  WriteHandOverFile(big);
+  ASSERT_TRUE(Start({"/own.k"}));
+  EXPECT_EQ(JobsAfterTick().size(), 1u);
+}
+
 TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
   ASSERT_TRUE(Start());
   RecordingObserver seen;

@@ -108,6 +108,12 @@ TEST(HandOverText, HostileLinesDoNoHarm) {
   EXPECT_EQ(PathsOf(order), std::vector<std::string>{"/ok.k"});
   EXPECT_EQ(order.remarks.size(), 2u);
   EXPECT_EQ(order.settings.cpu_count, -3);
+
+  std::string many = "#krjob\n";
+  for (int i = 0; i < 200200; ++i) many += "x\n";
+  const HandOverOrder most = Read(many);
+  EXPECT_EQ(most.jobs.size(), 200000u);
+  EXPECT_EQ(most.remarks.size(), 100u);
 }
 
 TEST(HandOverText, ArgumentsBecomeLinesThatReadBackAsTheyWereMeant) {
