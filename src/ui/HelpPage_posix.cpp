@@ -1,9 +1,12 @@
 #include "ui/HelpPage.h"
 
+#include <FL/fl_utf8.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <map>
+#include <string_view>
 
 namespace {
 
@@ -11,8 +14,9 @@ constexpr std::size_t kMostAttributes = 20;
 constexpr std::size_t kMostAnchorLength = 31;  // of the help view's own field
 constexpr int kMostTables = 3;                 // inside each other
 constexpr int kMostLists = 8;
-constexpr int kMostCells = 40;  // in a row
-constexpr int kMostDepth = 8;   // of the contents
+constexpr int kMostCells = 40;                    // in a row
+constexpr char kTableWidth[] = " width=\"94%\"";  // wider ones reach below the scroll bar
+constexpr int kMostDepth = 8;                     // of the contents
 constexpr std::size_t kMostLines = 2000;
 
 std::string Lower(std::string text) {
@@ -157,6 +161,33 @@ bool IsAnchor(const std::string& name) {
          });
 }
 
+// Chinese has no blanks, and the help view ends lines only at blanks and tags: a tag without
+// meaning stands wherever a line may end.
+constexpr char kBreak[] = "<w>";
+constexpr std::string_view kNotAtBegin = "，。；：、！？）》”’…%";
+constexpr std::string_view kNotAtEnd = "（《“‘";
+
+bool IsWide(std::string_view character) {
+  return character.size() >= 3;  // in UTF-8: from U+0800 on
+}
+
+std::string WithBreaks(const std::string& text) {
+  std::string out;
+  std::string_view before;
+  for (std::size_t at = 0; at < text.size();) {
+    const int length = std::max(fl_utf8len1(text[at]), 1);
+    const auto now = std::string_view(text).substr(at, static_cast<std::size_t>(length));
+    const bool mayEnd = !before.empty() && (IsWide(before) || IsWide(now)) && now != " " &&
+                        before != " " && kNotAtBegin.find(now) == std::string_view::npos &&
+                        kNotAtEnd.find(before) == std::string_view::npos;
+    if (mayEnd) out += kBreak;
+    out += now;
+    before = now;
+    at += now.size();
+  }
+  return out;
+}
+
 class SafeWriter {
  public:
   SafeWriter(const std::string& html, const std::function<std::string(const std::string&)>& address)
@@ -170,7 +201,7 @@ class SafeWriter {
         WriteTag(tag);
       } else if (!inHead_) {
         if (text[0] == '<') text.replace(0, 1, "&lt;");
-        out_ += text;
+        out_ += preformatted_ ? text : WithBreaks(text);
       }
     }
     return out_;
@@ -187,7 +218,8 @@ class SafeWriter {
     } else if (tag.name == "a") {
       WriteLink(tag);
     } else if (tag.name == "table") {
-      WriteNested(tag, tables_, kMostTables, tag.attributes.count("border") ? " border=\"1\"" : "");
+      const char* border = tag.attributes.count("border") ? " border=\"1\"" : "";
+      WriteNested(tag, tables_, kMostTables, std::string(kTableWidth) + border);
     } else if (tag.name == "ul" || tag.name == "ol" || tag.name == "dl" ||
                tag.name == "blockquote") {
       WriteNested(tag, lists_, kMostLists, "");
@@ -203,6 +235,7 @@ class SafeWriter {
   }
 
   void Put(const Tag& tag, const std::string& attributes) {
+    if (tag.name == "pre") preformatted_ = !tag.end;
     out_ += (tag.end ? "</" : "<") + tag.name + (tag.end ? std::string() : attributes) + ">";
   }
 
@@ -247,6 +280,7 @@ class SafeWriter {
   std::string out_;
   bool inHead_ = false;
   bool linkOpen_ = false;
+  bool preformatted_ = false;
   int tables_ = 0;
   int lists_ = 0;
   int cells_ = 0;  // in the row
