@@ -27,7 +27,7 @@ const ActionInfo kActions[] = {
     {Action::kRunPost, "run_post", "tip_run_post", "ui_menu_post", 0, false},
     {Action::kReadLog, "read_log", "tip_readlog", "ui_menu_log", FL_CTRL | 'l', false},
     {Action::kConfig, "config", "tip_config", nullptr, 0, false},
-    {Action::kHelp, "help", "tip_help", nullptr, 0, true},
+    {Action::kHelp, "help", "tip_help", nullptr, FL_F + 1, false},
     {Action::kAbout, "about", "tip_about", nullptr, 0, false},
     {Action::kViewMessage, nullptr, nullptr, "ui_menu_message", FL_CTRL | 'm', false},
     {Action::kStages, nullptr, nullptr, "ui_menu_stages", 0, true},

@@ -4,6 +4,7 @@
 #include <FL/Fl_Box.H>
 #include <FL/fl_draw.H>
 
+#include "ui/ComnChmDialog.h"
 #include "ui/Layout.h"
 #include "ui/TextWindow.h"
 #include "ui/Theme.h"
@@ -75,6 +76,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
   TextWindow::CloseAll();
+  ComnChmDialog::CloseViewer();
 }
 
 void Flx_AppWnd::MakeTools() {

@@ -92,6 +92,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ViewMessage();
   void ViewSummary();
   void StopRunning();
+  void ShowHelp();
   void Exit();
   // Tells the group (-1: all) to stop and waits with a small window. False when something still
   // runs after 30 seconds; says so.

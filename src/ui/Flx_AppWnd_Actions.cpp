@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "ui/ComnChmDialog.h"
 #include "ui/ComnFileDialog.h"
 #include "ui/DropTarget.h"
 #include "ui/Flx_AppWnd.h"
@@ -69,6 +70,8 @@ void Flx_AppWnd::Perform(Action action) {
     case Action::kReadLog:
       application_.ViewTextFile(application_.SettingsAndFiles().Log().Path());
       return;
+    case Action::kHelp:
+      return ShowHelp();
     case Action::kViewMessage:
       return ViewMessage();
     case Action::kViewSummary:
@@ -329,6 +332,21 @@ bool Flx_AppWnd::StopAndWait(int group) {
                         [&] { return one ? one->Running() : manager.IsAnyGroupRunning(); });
   if (!stopped) Inform(texts_.Get("ui_not_stopped"));
   return stopped;
+}
+
+// A language without texts has no help file; the viewer says so.
+void Flx_AppWnd::ShowHelp() {
+  const int language = application_.language;
+  std::string path;
+  if (language == 0 || language == 1) {
+    path =
+        FileDirWrapper::Join(application_.ProgramFolder(), language == 0 ? "English" : "Chinese");
+    path = FileDirWrapper::Join(path, "Kestrun.chm");
+  }
+  ComnChmDialog dialog(texts_);
+  dialog.SetParentWindow(this);
+  dialog.SetChmFile(path);
+  dialog.Show("1.htm");
 }
 
 void Flx_AppWnd::Exit() {
