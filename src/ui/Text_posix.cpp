@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include "ui/Text.h"
 
@@ -25,7 +26,7 @@ class Converter {
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
-  // `skip` tells how many bytes an unknown character has.
+  // `skip` tells how many bytes the unknown character at the beginning of a text has.
   template <typename Skip>
   std::string Convert(const std::string& text, Skip skip) {
     const bool plain =
@@ -39,7 +40,7 @@ class Converter {
     char* to = out.data();
     std::size_t room = out.size();
     while (left > 0 && iconv(handle_, &from, &left, &to, &room) == kFailed && errno == EILSEQ) {
-      const std::size_t bytes = std::min(skip(*from), left);
+      const std::size_t bytes = skip(std::string_view(from, left));
       from += bytes;
       left -= bytes;
       *to++ = '?';
@@ -56,11 +57,11 @@ class Converter {
   iconv_t handle_;
 };
 
-// Of UTF-8: the bytes that a first byte announces.
-std::size_t CharacterBytes(char first) {
-  const auto byte = static_cast<unsigned char>(first);
-  if (byte < 0xC0) return 1;
-  return byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+// Of UTF-8: a byte and those that continue it.
+std::size_t CharacterBytes(std::string_view text) {
+  std::size_t bytes = 1;
+  while (bytes < text.size() && (text[bytes] & 0xC0) == 0x80) ++bytes;
+  return bytes;
 }
 
 }  // namespace
@@ -71,5 +72,5 @@ std::string ToCodePage936(const std::string& uiText) {
 }
 std::string FromCodePage936(const std::string& text) {
   thread_local Converter converter("UTF-8", "GBK");
-  return converter.Convert(text, [](char) { return std::size_t{1}; });
+  return converter.Convert(text, [](std::string_view) { return std::size_t{1}; });
 }

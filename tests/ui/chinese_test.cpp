@@ -1,0 +1,116 @@
+// Chinese texts from the sources to the widgets.
+
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Double_Window.H>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+
+#include "ui/Flx_Base_Dialog.h"
+#include "ui/Language.h"
+#include "ui/LanguageTexts.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+
+namespace {
+
+const std::string kMemory936 = "\xC4\xDA\xB4\xE6";  // "内存"
+
+TEST(CodePage936, NoTextLosesACharacter) {
+  const auto sources = std::filesystem::path(__FILE__).parent_path() / "../../src/ui";
+  if (!std::filesystem::exists(sources)) GTEST_SKIP() << "the sources are elsewhere";
+  int chinese = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(sources)) {
+    std::ifstream file(entry.path());
+    for (std::string line; std::getline(file, line);) {
+      const std::string there = ToCodePage936(line);
+      chinese += there != line;
+      EXPECT_EQ(FromCodePage936(there), line) << entry.path();
+    }
+  }
+  EXPECT_GT(chinese, 200);
+}
+
+TEST(CodePage936, BadAndLongTextsAreCut) {
+  EXPECT_EQ(ToCodePage936("a\xF0\x9F\x98\x80\xFFz\xE4z"), "a??z?z") << "no place for it; no UTF-8";
+  EXPECT_EQ(FromCodePage936(kMemory936.substr(0, 3)), "内") << "half a character";
+  EXPECT_EQ(FromCodePage936("\xFF\xFFz").back(), 'z');
+  std::string text = "x";
+  for (int i = 0; i < 1030; ++i) text += kMemory936.substr(0, 2);
+  EXPECT_EQ(ConvertedText936(text), text.substr(0, 1 + 2 * 1022)) << "1,023 characters";
+}
+
+TEST(ChineseTexts, AreKeptInTheCodePageAndShownInUtf8) {
+  TextTable texts;
+  const auto begin = std::chrono::steady_clock::now();
+  FillTexts(1, "Title", texts);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(50));
+  EXPECT_EQ(texts.Stored("lab_memory"), kMemory936);
+  EXPECT_EQ(texts.Get("lab_memory"), "内存");
+  EXPECT_EQ(texts.Get("lab_iforce"), "I Force");
+  EXPECT_NE(texts.Get("lab_ctrlpara").find("LS-DYNA"), std::string::npos);
+  EXPECT_NE(texts.Get("lab_cpu").find("CPU"), std::string::npos);
+  EXPECT_NE(texts.Get("lab_cpu").find("(ncpu=)"), std::string::npos);
+  // A file name goes into a text as it is.
+  EXPECT_EQ(texts.Format("ui_reading", "1", "2", "дверь.k"), "正在读取（1/2）：дверь.k");
+  for (const TextRow& row : MainTexts()) {
+    EXPECT_EQ(texts.Get(row.key), row.chinese);
+    EXPECT_EQ(row.asItStands,
+              row.key == std::string("msg_open_scp") || row.key == std::string("msg_resubmit"));
+  }
+}
+
+TEST(ChineseTexts, TranslateWhatTheCoreSays) {
+  TextTable texts;
+  FillTexts(0, "Title", texts);
+  EXPECT_EQ(texts.Word("Aborted"), "Aborted");
+  FillTexts(1, "Title", texts);
+  EXPECT_EQ(texts.Word("Aborted"), "已中止");
+  EXPECT_EQ(texts.Word("Solver [/求解/ls%s] does not exist"), "求解器 [/求解/ls%s] 不存在");
+  EXPECT_EQ(texts.Word("An [unknown] line [with brackets"), "An [unknown] line [with brackets");
+}
+
+class Sample : public Flx_Base_Dialog {
+ public:
+  explicit Sample(int language) : Flx_Base_Dialog(nullptr, language) {
+    SetLayouts(Layout("Memory"), Layout("内存"));
+    SetTexts("key", "Memory", "内存");
+  }
+  using Flx_Base_Dialog::Window;
+
+ private:
+  static std::string Layout(const std::string& text) {
+    const std::string quoted = '"' + text + '"';
+    return "ID_WINDOW,Window," + quoted + ",1,2,300,200,1,1,49,49,1,0,14,56,1,99,\"\",0\n" +
+           "ID_BUTTON1,Button," + quoted + ",5,6,80,24,2,3,49,49,0,0,12,56,0,99," + quoted + ",0\n";
+  }
+};
+
+TEST(ChineseDialogs, HandLabelsOnInTheCodePage) {
+  Sample dialog(1);
+  ASSERT_TRUE(dialog.Build());
+  const Fl_Widget* button = dialog.FindWidget("ID_BUTTON1");
+  EXPECT_EQ(dialog.Window()->label(), kMemory936);
+  EXPECT_EQ(button->label(), kMemory936);
+  EXPECT_EQ(button->labeltype(), Theme::kLabel936) << "decodes when it draws";
+  EXPECT_STREQ(button->tooltip(), "内存") << "drawn by the toolkit alone";
+  EXPECT_EQ(dialog.GetText("key"), kMemory936);
+  EXPECT_EQ(dialog.Shown("key"), "内存");
+  EXPECT_EQ(dialog.ConvertText(kMemory936), button->label()) << "converted once";
+}
+
+TEST(ChineseDialogs, OtherLanguagesStay) {
+  Sample english(0);
+  ASSERT_TRUE(english.Build());
+  EXPECT_STREQ(english.FindWidget("ID_BUTTON1")->label(), "Memory");
+  EXPECT_EQ(english.FindWidget("ID_BUTTON1")->labeltype(), FL_NORMAL_LABEL);
+  for (const int language : {2, -1, 936}) {
+    Sample none(language);
+    EXPECT_FALSE(none.Build());
+    EXPECT_EQ(none.GetText("key"), nullptr);
+    EXPECT_EQ(none.Shown("key"), "");
+  }
+}
+
+}  // namespace

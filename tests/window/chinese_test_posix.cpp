@@ -1,0 +1,81 @@
+// The program's window in Chinese, driven through real keys.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "window/Desktop.h"
+
+namespace {
+
+class ChineseWindow : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
+    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
+        << "end the copy of the program that runs already";
+  }
+
+  Copy StartIn(int language) {
+    std::filesystem::create_directories(desktop_.WorkFolder());
+    std::ofstream(desktop_.Settings()) << "[GENERAL]\nlanguage=" << language << "\n";
+    const Copy copy = desktop_.Start({});
+    EXPECT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy.output);
+    return copy;
+  }
+
+  std::string TitleOf(const std::string& window) const {
+    return desktop_.Command("xdotool getwindowname " + window);
+  }
+
+  // Renames the current group by typing and answers what comes of it.
+  void RenameTo(const std::string& name) {
+    desktop_.Key("F2");
+    ASSERT_FALSE(desktop_.Windows("KestrunDialog").empty());
+    desktop_.Key("ctrl+a");
+    desktop_.Type(name);
+    usleep(300000);
+    desktop_.Key("Return");
+    EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+  }
+
+  Desktop desktop_;
+};
+
+TEST_F(ChineseWindow, TakesAndKeepsChineseNames) {
+  const Copy copy = StartIn(1);
+  desktop_.Key("F2");
+  const std::vector<std::string> dialogs = desktop_.Windows("KestrunDialog");
+  ASSERT_FALSE(dialogs.empty());
+  EXPECT_EQ(TitleOf(dialogs.front()), "重命名任务组\n");
+  desktop_.Key("Escape");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+  RenameTo("门板 дверь");
+  desktop_.Key("ctrl+t");
+  usleep(300000);
+  RenameTo("门板 дверь");
+  EXPECT_TRUE(desktop_.Answer("Return")) << "the name is taken";
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+  EXPECT_EQ(TempFolder::Read(desktop_.Groups()), "门板 дверь=\nGroup1=\n");
+}
+
+TEST_F(ChineseWindow, ALanguageThatIsNoneHasNoTextsAndNoDialogs) {
+  const Copy copy = StartIn(2);
+  desktop_.Key("F2");
+  usleep(700000);
+  EXPECT_TRUE(desktop_.Windows("KestrunDialog", 0).empty());
+  desktop_.Key("ctrl+r");
+  EXPECT_TRUE(desktop_.Answer("Return")) << "a message without words";
+  desktop_.Key("F1");
+  usleep(500000);
+  EXPECT_TRUE(Desktop::Runs(copy));
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+  EXPECT_NE(TempFolder::Read(desktop_.Settings()).find("language=2"), std::string::npos);
+}
+
+}  // namespace
