@@ -18,9 +18,9 @@ namespace {
 const char kEnglishLayout[] =
     R"layout(ID_WINDOW,Window,"MPP Settings",1226,368,400,420,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_CHECKBOX1,Check_Button,"Use MPP",10,6,80,24,0,3,49,56,0,0,12,56,20,99,"Run LS-DYNA jobs through MPI with the MPP solvers",0,0,0,0
-ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"The MPI that starts the solver",0,0,14,56
+ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL1,Box,"Group",10,36,50,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"The group whose hosts are shown and whose running job is stopped",0,0,14,56
+ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL2,Box,"Memory2 (MB)",10,66,64,24,0,0,49,49,0,0,12,56,20,99,"Memory2 (MB)",0,0,0,0
 ID_INPUT1,Input,"",100,66,294,24,3,3,7,15,0,0,12,56,4,99,"Memory of each process but the first (memory2=), in MB",0,0,14,0
 ID_LABEL4,Box,"MPI Param",10,96,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
@@ -42,9 +42,9 @@ ID_BUTTON3,Button,"Close",205,393,185,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 const char kChineseLayout[] =
     R"layout(ID_WINDOW,Window,"MPP 设置",1226,368,400,420,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_CHECKBOX1,Check_Button,"使用 MPP",10,6,80,24,0,3,49,56,0,0,12,56,20,99,"通过 MPI 用 MPP 求解器运行 LS-DYNA 任务",0,0,0,0
-ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"启动求解器的 MPI 类型",0,0,14,56
+ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL1,Box,"任务组",10,36,50,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"显示其主机分配并停止其运行任务的任务组",0,0,14,56
+ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL2,Box,"内存2 (MB)",10,66,64,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT1,Input,"",100,66,294,24,3,3,7,15,0,0,12,56,4,99,"除首个进程外每个进程的内存 (memory2=)，单位 MB",0,0,14,0
 ID_LABEL4,Box,"MPI 参数",10,96,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
@@ -105,7 +105,7 @@ void Flx_MppSettings::SetAllTexts() {
            "已要求正在运行的任务写出重启动文件后结束。");
   SetTexts("host_name", "Host", "主机");
   SetTexts("host_cpus", "CPUs", "CPU 数");
-  SetTexts("host_uses", "Used by the group", "该组使用");
+  SetTexts("host_uses", "Group uses", "该组使用");
   SetTexts("host_unused", "not used", "不使用");
   SetTexts("host_add", "Add Host", "添加主机");
   SetTexts("host_remove", "Remove this host", "删除该主机");

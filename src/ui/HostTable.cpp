@@ -1,6 +1,7 @@
 #include "ui/HostTable.h"
 
 #include <FL/Fl.H>
+#include <FL/fl_draw.H>
 
 #include <utility>
 
@@ -30,7 +31,6 @@ constexpr int kUsesX = kCpusX + kCpusWidth + kInset;
 constexpr int kRemoveX = kUsesX + kUsesWidth + kInset;
 constexpr int kRowWidth = kRemoveX + kRemoveWidth;
 constexpr int kAddWidth = 110;
-constexpr int kNoteLines = 3;
 
 bool SameNameAndCpus(const HostLine& one, const HostLine& other) {
   return one.name == other.name && one.cpus == other.cpus;
@@ -58,7 +58,8 @@ void HostTable::Clear() {
 }
 
 Fl_Box* HostTable::MakeBox(int x, int width, const std::string& label) {
-  auto* box = new Fl_Box(area_.x() + kInset + x, 0, width, kHeadHeight);
+  const int top = area_.y() + Fl::box_dy(area_.box());
+  auto* box = new Fl_Box(area_.x() + kInset + x, top, width, kHeadHeight);
   box->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
   box->labelsize(Layout::kFontSize);
   box->labelcolor(Theme::kMuted);
@@ -115,14 +116,11 @@ void HostTable::Rebuild() {
   note_ = MakeBox(0, kRowWidth, {});
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_TOP | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);
   area_.end();
-  Place();
   ShowGroup(groupText_);
 }
 
 void HostTable::Place() {
-  int y = area_.y() + kInset - area_.yposition();
-  for (Fl_Box* head : heads_) head->position(head->x(), y);
-  y += kHeadHeight;
+  int y = heads_.front()->y() + kHeadHeight;  // moves while the area scrolls
   for (const Row& row : rows_) {
     for (Fl_Widget* widget :
          {static_cast<Fl_Widget*>(row.name), static_cast<Fl_Widget*>(row.cpus),
@@ -132,7 +130,11 @@ void HostTable::Place() {
   }
   add_->position(add_->x(), y);
   y += kRowPitch;
-  note_->resize(note_->x(), y, kRowWidth, kNoteLines * (Layout::kFontSize + 3));
+  fl_font(note_->labelfont(), note_->labelsize());
+  int width = kRowWidth - 2 * kInset;
+  int height = 0;
+  fl_measure(note_->label() ? note_->label() : "", width, height);
+  note_->resize(note_->x(), y, kRowWidth, height);
   area_.init_sizes();
   area_.redraw();
 }
@@ -218,7 +220,7 @@ void HostTable::Store() {
 void HostTable::ShowNote(const std::string& text, bool problem) {
   note_->labelcolor(problem ? Theme::kError : Theme::kMuted);
   note_->copy_label(PlainLabel(text).c_str());
-  area_.redraw();
+  Place();
 }
 
 void HostTable::ShowGroup(const std::string& groupText) {
