@@ -34,18 +34,18 @@ ID_BUTTON6,Button,"View Summary",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"View t
 ID_BUTTON7,Button,"Close",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
 const char kChineseLayout[] =
-    R"(ID_WINDOW,Window,"多阶段任务",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"多工步任务",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"起始阶段",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"跳过此阶段之前的各阶段",0,0,14,56
+ID_LABEL2,Box,"起始工步",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"跳过此工步之前的各工步",0,0,14,56
 ID_LABEL3,Box,"",396,264,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON1,Button,"添加...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"添加关键字文件作为后续阶段",0,0,0,0
-ID_BUTTON2,Button,"删除",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"删除所选阶段",0,0,0,0
-ID_BUTTON3,Button,"上移",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"提前运行所选阶段",0,0,0,0
-ID_BUTTON4,Button,"下移",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"推后运行所选阶段",0,0,0,0
-ID_BUTTON5,Button,"查看信息文件",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选阶段的信息文件",0,0,0,0
-ID_BUTTON6,Button,"查看结果摘要",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选阶段的任务信息",0,0,0,0
+ID_BUTTON1,Button,"添加...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"添加关键字文件作为后续工步",0,0,0,0
+ID_BUTTON2,Button,"删除",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"删除所选工步",0,0,0,0
+ID_BUTTON3,Button,"上移",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"提前运行所选工步",0,0,0,0
+ID_BUTTON4,Button,"下移",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"推后运行所选工步",0,0,0,0
+ID_BUTTON5,Button,"查看消息文件",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的消息文件",0,0,0,0
+ID_BUTTON6,Button,"查看摘要",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的任务信息",0,0,0,0
 ID_BUTTON7,Button,"关闭",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
 
@@ -59,17 +59,17 @@ Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject 
   SetTexts("lab_ms_solv", "Solver", "求解器");
   SetTexts("lab_ms_memory", "Memory", "内存");
   SetTexts("lab_ms_stat", "Status", "状态");
-  SetTexts("lab_ms_msg", "Message", "信息");
+  SetTexts("lab_ms_msg", "Message", "消息");
   SetTexts("lab_ms_result", "Summary", "摘要");
   SetTexts("lab_ms_view", "View...", "查看...");
-  SetTexts("tip_ms_view_job", "View the message file of this stage", "查看此阶段的信息文件");
-  SetTexts("tip_ms_view_info", "View the information about this stage", "查看此阶段的任务信息");
+  SetTexts("tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件");
+  SetTexts("tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息");
   SetTexts("skipped", "Skipped: the run begins with a later stage.",
-           "已跳过：从后面的阶段开始运行。");
+           "已跳过：从后面的工步开始运行。");
   SetTexts("only_queued", "Stages can be changed while the job is Queued.",
-           "仅在任务排队时可以更改各阶段。");
+           "仅在任务排队时可以更改各工步。");
   SetTexts("gone", "The job has been removed.", "任务已被删除。");
-  SetTexts("add_title", "Select Stage Decks", "选择阶段关键字文件");
+  SetTexts("add_title", "Select Stage Decks", "选择工步关键字文件");
 }
 
 Flx_MultipleStages::~Flx_MultipleStages() {

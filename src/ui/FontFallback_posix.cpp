@@ -168,8 +168,8 @@ class FallbackDriver : public Fl_Xlib_Graphics_Driver {
 }  // namespace
 
 void InstallFontFallback() {
-  static FallbackDriver driver;  // as long as windows may be drawn
+  static auto* const driver = new FallbackDriver;  // windows may be drawn until the very end
   Fl_Surface_Device* display = Fl_Display_Device::display_device();
-  display->driver(&driver);
+  display->driver(driver);
   display->set_current();
 }

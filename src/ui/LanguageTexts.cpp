@@ -93,7 +93,7 @@ constexpr TextRow kMore[] = {
     {"ui_menu_stop", "Stop Running Jobs", "停止正在运行的任务"},
     {"ui_menu_message", "View Message File", "查看消息文件"},
     {"ui_menu_info", "View Summary", "查看摘要"},
-    {"ui_menu_post", "Open in PostProcessor", "在后处理程序中打开"},
+    {"ui_menu_post", "Open in PostProcessor", "在后处理器中打开"},
     {"ui_menu_stages", "Multiple Stages...", "多工步..."},
     {"ui_menu_up", "Move Up", "上移"},
     {"ui_menu_down", "Move Down", "下移"},

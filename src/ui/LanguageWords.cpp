@@ -75,6 +75,9 @@ constexpr WordRow kWords[] = {
     {"Auto Position [%s] open write dyna file failed", "自动定位 [%s]：无法写入 dyna 文件"},
     {"No access token for the INC solver: set inc_token in the section SOLVER of the settings file",
      "没有 INC 求解器的访问令牌：请在设置文件的 SOLVER 节中设置 inc_token"},
+    {"Positioning library [%s] cannot be used (it does not exist): jobs run without automatic "
+     "positioning",
+     "无法使用定位库 [%s]（不存在）：任务将在没有自动定位的情况下运行"},
     {"Read file [%s] failed", "读取文件 [%s] 失败"},
     {"Write file [%s] failed", "写入文件 [%s] 失败"},
     {"Directory [%s] is not writable", "文件夹 [%s] 不可写"},

@@ -1,0 +1,220 @@
+#!/usr/bin/env bash
+# Takes the pictures of docs/: tools/screenshots.sh FOLDER_OF_THE_PROGRAMS [FOLDER_OF_THE_PICTURES]
+# Starts the real program on a display of its own, once a language, with a demo queue, opens every
+# window and saves each as NAME.png (English) and NAME-zh.png (Chinese). No other copy of the
+# program may run meanwhile. To add a picture, add a step to `pictures`.
+set -euo pipefail
+bin=$(realpath "${1:?the folder of the built programs}")
+root=$(cd "$(dirname "$0")/.." && pwd)
+out=$(realpath -m "${2:-$root/docs}")
+title="Kestrun 2016 R1"
+scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrun.XXX")
+mkdir -p "$out"
+language= suffix= jobs= main= program=
+
+cleanup() {
+  kill ${program:-} ${manager:-} ${server:-} 2>/dev/null || true
+  wait 2>/dev/null || true
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+
+exec 3>"$scratch/display"
+Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+server=$!
+exec 3>&-
+for _ in $(seq 100); do
+  [ -s "$scratch/display" ] && break
+  sleep 0.1
+done
+DISPLAY=:$(head -n 1 "$scratch/display")
+export DISPLAY
+openbox >"$scratch/openbox.log" 2>&1 &
+manager=$!
+
+# Where things are in the main window, from the program's own header.
+c++ -std=c++20 -I "$root/src" -x c++ - -o "$scratch/places" <<'CODE'
+#include <cstdio>
+#include "ui/Layout.h"
+using namespace Layout;
+int main() {
+  const int w = kWindowWidth, tool = kToolSize / 2;
+  std::printf("tool_y=%d restart_x=%d config_x=%d about_x=%d submit_x=%d\n", kToolY + tool,
+              ToolX(kAddRestart, w) + tool, ToolX(kConfig, w) + tool, ToolX(kAbout, w) + tool,
+              ToolX(Layout::kSubmit, w) + tool);
+  std::printf("mpp_x=%d mpp_y=%d tab_y=%d\n", w - kMargin - 60, ParameterRowY(w) + kFieldHeight / 2,
+              TabsY(w) + kTabHeight / 2);
+  std::printf("row_1=%d row_2=%d row_3=%d row_4=%d row_5=%d\n", RowY(0, w), RowY(1, w), RowY(2, w),
+              RowY(3, w), RowY(4, w));
+}
+CODE
+eval "$("$scratch/places")"
+
+# The id of the last window of a class; waits for it.
+window_of() {
+  local id=
+  for _ in $(seq 50); do
+    id=$(xdotool search --onlyvisible --class "^$1\$" 2>/dev/null | tail -n 1)
+    [ -n "$id" ] && break
+    sleep 0.1
+  done
+  [ -n "$id" ] || { echo "No window of the class $1 came" >&2; return 1; }
+  echo "$id"
+}
+key() { xdotool key --delay 60 "$@"; sleep 0.4; }
+# A button, and a place in the main window.
+click() { xdotool mousemove --window "$main" "$2" "$3" sleep 0.1 click "$1"; sleep 0.5; }
+row() { click 1 60 "$1"; }
+
+# Saves a window with its frame: picture's name, window.
+shoot() {
+  local left right top bottom x y width height
+  sleep 0.6
+  import -window root "$scratch/root.png"
+  read -r left right top bottom < <(xprop -id "$2" _NET_FRAME_EXTENTS | sed 's/.*= //; s/,//g')
+  read -r x y width height < <(xwininfo -id "$2" | awk '
+    /Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
+    /^ *Width:/ { w = $NF } /^ *Height:/ { print x, y, w, $NF }')
+  convert "$scratch/root.png" \
+    -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
+    +repage -strip -colors 256 "$out/$1$suffix.png"
+  echo "$out/$1$suffix.png"
+}
+# A dialog's picture, then Escape: picture's name, window class.
+shoot_dialog() {
+  shoot "$1" "$(window_of "$2")"
+  key Escape
+}
+
+# Copies a demo deck: where to, which, how many seconds it runs.
+deck() {
+  mkdir -p "$(dirname "$jobs/$1")"
+  sed "s/standin: run .*/standin: run $3/" "$root/demo/decks/$2" >"$jobs/$1"
+  decks+=("$jobs/$1")
+}
+
+start_program() {
+  local work="$scratch/config$suffix/orla/$title" solvers=$scratch/solvers
+  mkdir -p "$work" "$scratch/tmp" "$solvers"
+  for name in KVIN_SC.EXE Vorel.exe UtilityBatch.exe; do
+    ln -sf "$bin/standin_solver" "$solvers/$name"
+  done
+  ln -sf "$bin/standin_solver" "$solvers/ls-dyna_s"
+  ln -sf "$bin/standin_solver_d" "$solvers/ls-dyna_d"
+  printf '%s\n' '[GENERAL]' "language=$language" memory_size=500 memory_auto=1 pause_time=0 \
+    cpu_count=4 "last_path=$jobs" xterm_path=none '[SOLVER]' "ls_dyna_s=$solvers/ls-dyna_s" \
+    "ls_dyna_d=$solvers/ls-dyna_d" "u_batch=$solvers/UtilityBatch.exe" \
+    "v_orel=$solvers/Vorel.exe" "inc=$solvers/KVIN_SC.EXE" inc_token=demo.0123456789abcdefg \
+    '[MPP]' use_mpp=0 memory2=200 >"$work/kr_init.config"
+  printf '%s\n' "node1 16" "node2 16" >"$work/kr_host.txt"
+  export XDG_CONFIG_HOME=$scratch/config$suffix TMPDIR=$scratch/tmp
+  "$bin/kestrun" &
+  program=$!
+  main=$(window_of Kestrun)
+  xdotool windowactivate --sync "$main" windowmove --sync "$main" 120 120
+  sleep 0.5
+}
+
+# Puts jobs of every state into the queue.
+fill_queue() {
+  decks=()
+  deck "$1/$1.k" plate.k 1
+  deck "$2/$2.k" block.k 1
+  cp -r "$root/demo/decks/forming" "$jobs/forming"
+  sed -i 's/standin: run .*/standin: run 0.3/' "$jobs/forming"/*.k
+  decks+=("$jobs/forming/forming.k")
+  deck "$3/$3.k" frame.k 600
+  deck pan/pan.fin pan.fin 3
+  deck bracket/bracket.dat bracket.dat 2
+  "$bin/kestrun" "${decks[@]}"
+  for _ in $(seq 100); do
+    [ -e "$scratch/tmp/~kestrun_tmp_2014 R1.txt" ] || break
+    sleep 0.1
+  done
+  sleep 1
+  key ctrl+Return
+  for _ in $(seq 400); do
+    [ -e "$jobs/$3/messag" ] && break
+    sleep 0.1
+  done
+  sleep 1.5
+}
+
+# Group's name, then those of three jobs.
+pictures() {
+  jobs=$scratch/jobs$suffix
+  mkdir -p "$jobs"
+  start_program
+  shoot main-window-empty "$main"
+  fill_queue "$2" "$3" "$4"
+  key F2
+  key ctrl+a
+  xdotool type --delay 60 "$1"
+  sleep 0.3
+  shoot rename-group "$(window_of KestrunDialog)"
+  key Return
+  key ctrl+t
+  key ctrl+Tab
+  row "$row_1"
+  key ctrl+i
+  shoot_dialog job-information KestrunDialog
+  row "$row_2"
+  key ctrl+i
+  shoot_dialog job-information-aborted KestrunDialog
+  row "$row_3"
+  key ctrl+e
+  shoot_dialog multiple-stages KestrunDialog
+  click 1 "$mpp_x" "$mpp_y"
+  shoot_dialog mpp-settings KestrunDialog
+  click 1 "$config_x" "$tool_y"
+  shoot_dialog configuration KestrunDialog
+  click 1 "$restart_x" "$tool_y"
+  shoot_dialog restart-job KestrunDialog
+  click 1 "$about_x" "$tool_y"
+  shoot_dialog about KestrunDialog
+  key ctrl+o
+  shoot_dialog choose-file KestrunChooser
+  key ctrl+shift+o
+  shoot_dialog choose-folder KestrunChooser
+  row "$row_5"
+  key ctrl+m
+  shoot_dialog message KestrunMessage
+  key Delete
+  shoot_dialog question KestrunMessage
+  row "$row_4"
+  key ctrl+m
+  shoot text "$(window_of KestrunText)"
+  xdotool windowactivate --sync "$main"
+  key F1
+  shoot help "$(window_of KestrunHelp)"
+  xdotool windowactivate --sync "$main"
+  row "$row_1"
+  shoot main-window "$main"
+  xdotool windowsize --sync "$main" 720 420
+  shoot main-window-narrow "$main"
+  xdotool windowsize --sync "$main" 1000 620  # the menus fit into it
+  sleep 0.4
+  xdotool mousemove --window "$main" "$submit_x" "$tool_y"
+  sleep 1
+  shoot tooltip "$main"
+  click 3 60 "$row_2"
+  shoot job-menu "$main"
+  key Escape
+  click 3 40 "$tab_y"
+  shoot group-menu "$main"
+  key Escape
+  xdotool windowsize --sync "$main" 1000 448
+  key ctrl+q
+  shoot exit-question "$(window_of KestrunMessage)"
+  key Return
+  for _ in $(seq 350); do
+    kill -0 "$program" 2>/dev/null || break
+    sleep 0.1
+  done
+  program=
+}
+
+language=0 suffix=
+pictures "Door panels" door_inner fender "车身侧围"
+language=1 suffix=-zh
+pictures 门板 门板内板 翼子板 车身侧围
