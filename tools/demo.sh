@@ -108,10 +108,12 @@ findings() {  # job file, solver
     INCSolver) "$bin/krinspect" inc "$1" | sed 1d ;;
     VOREL) "$bin/krinspect" vorel "$1" | sed 1d ;;
     *)
-      "$bin/krinspect" d3plot "$folder/d3plot" 2>/dev/null |
-        awk -F ': ' '$1 == "nodes" || $1 == "elements" { print $2, $1 }'
-      "$bin/krinspect" message "$folder/messag.krb" |
-        sed -n -e 's/^Found \([0-9]\)/\1/p' -e '/^List Errors/ { n; n; p }'
+      {
+        "$bin/krinspect" d3plot "$folder/d3plot" 2>/dev/null |
+          awk -F ': ' '$1 == "nodes" || $1 == "elements" { print $2, $1 }'
+        "$bin/krinspect" message "$folder/messag.krb" |
+          sed -n -e 's/^Found \([0-9]\)/\1/p' -e '/^List Errors/ { n; n; p }'
+      } | awk '{ printf "%s%s", between, $0; between = ", " }'
       ;;
   esac | tr -s '\n ' ' ' | sed 's/ $//'
 }
