@@ -52,7 +52,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
       texts_(texts) {
   copy_label(texts_.Get(application_.Title()).c_str());
   if (!SolverEnabledFor(Action::kAddDyna))
-    texts_.Set("ui_empty_hint", texts_.Get("ui_empty_hint_drop"));
+    texts_.Set("ui_empty_hint", texts_.Stored("ui_empty_hint_drop"));
   xclass("Kestrun");
   color(Theme::kWindow);
   MakeTools();

@@ -30,9 +30,9 @@ class Flx_AppWnd : public Fl_Double_Window {
   Flx_AppWnd(Application& application, QueueNotes& notes, const TextTable& texts);
   ~Flx_AppWnd() override;
 
-  // Main-window texts by key; a missing key gives an empty text.
+  // Main-window texts by key, in the language's encoding; a missing key gives an empty text.
   void SetText(const std::string& key, const std::string& text) { texts_.Set(key, text); }
-  const std::string& GetText(const std::string& key) const { return texts_.Get(key); }
+  const std::string& GetText(const std::string& key) const { return texts_.Stored(key); }
   const TextTable& Texts() const { return texts_; }
 
   void Perform(Action action);

@@ -114,8 +114,8 @@ void Flx_AppWnd::AddJobs(int solverType) {
   dialog.SetParentWindow(this);
   dialog.SetOpen(true);
   dialog.SetMultiple(true);
-  dialog.SetCaption(ToUi((*solver)->selectJobFileTitle));
-  dialog.SetFilter((*solver)->jobFileFilter);
+  dialog.SetCaption(texts_.Word((*solver)->selectJobFileTitle));
+  dialog.SetFilter(texts_.Word((*solver)->jobFileFilter));
   dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
   // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
   // chosen for.

@@ -36,7 +36,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
   if (!changes.message.empty() && std::chrono::steady_clock::now() > explainedUntil_)
-    status_->ShowMessage(ToUi(changes.message), StatusBar::Tone::kError);
+    status_->ShowMessage(texts_.Word(changes.message), StatusBar::Tone::kError);
 }
 
 void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {

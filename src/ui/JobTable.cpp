@@ -84,7 +84,8 @@ JobTable::Row JobTable::ReadRow(int index) const {
   row.path = ToUi(row.path);
   row.folder = ToUi(row.folder);
   row.other = ToUi(row.other);
-  row.reason = ToUi(row.reason);
+  row.reason = texts_.Word(row.reason);
+  row.status = texts_.Word(row.status);
   return row;
 }
 

@@ -93,6 +93,8 @@ void SettingsRow::MakeFields() {
   pauseLabel_ = MakeLabel("lab_pause");
   pause_ = new Field(0, 0, Layout::kPauseField, height);
   secondLabel_ = MakeLabel("lab_second");
+  for (Fl_Box* label : {memoryLabel_, cpuLabel_, pauseLabel_})
+    label->align(FL_ALIGN_RIGHT | FL_ALIGN_INSIDE);
   mpp_ = new StateButton(0, 0, 10, height);
 }
 
@@ -354,9 +356,9 @@ void SettingsRow::ChooseSolver() {
   dialog.SetOpen(true);
   for (const auto& solver : application_.Solvers()) {
     if (solver->solverType != type) continue;
-    dialog.SetCaption(solver->selectSolverTitle);
-    dialog.SetFilter(
-        ComnFileDialog::ProgramFilter(solver->solverFilter, texts_.Get("ui_all_files")));
+    dialog.SetCaption(texts_.Word(solver->selectSolverTitle));
+    dialog.SetFilter(ComnFileDialog::ProgramFilter(texts_.Word(solver->solverFilter),
+                                                   texts_.Get("ui_all_files")));
   }
   std::string folder = settings.Get().last_solver_path;
   if (folder.empty()) FileDirWrapper::DirOf(SolverPath(type), folder);
