@@ -30,7 +30,7 @@ const ActionInfo kActions[] = {
     {Action::kHelp, "help", "tip_help", nullptr, FL_F + 1, false},
     {Action::kAbout, "about", "tip_about", nullptr, 0, false},
     {Action::kViewMessage, nullptr, nullptr, "ui_menu_message", FL_CTRL | 'm', false},
-    {Action::kStages, nullptr, nullptr, "ui_menu_stages", 0, true},
+    {Action::kStages, nullptr, nullptr, "ui_menu_stages", FL_CTRL | 'e', false},
     {Action::kStop, nullptr, nullptr, "ui_menu_stop", FL_CTRL | '.', false},
     {Action::kRefresh, nullptr, nullptr, "ui_menu_refresh", FL_F + 5, false},
     {Action::kMppSettings, nullptr, nullptr, nullptr, 0, false},

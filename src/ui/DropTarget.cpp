@@ -1,5 +1,7 @@
 #include "ui/DropTarget.h"
 
+#include <FL/Fl.H>
+
 #include <algorithm>
 #include <cctype>
 
@@ -46,6 +48,15 @@ std::string PathOf(const std::string& line) {
   return path;
 }
 
+Fl_Window* theTarget = nullptr;
+
+// The mouse enters the window just before the drop is told: what lies below it has become the
+// widget to tell, and would refuse.
+int Dispatch(int event, Fl_Window* window) {
+  if (event == FL_DND_RELEASE && window == theTarget && !Fl::modal()) Fl::belowmouse(window);
+  return Fl::handle_(event, window);
+}
+
 bool IsKeywordFile(const std::string& path) {
   std::string ending;
   if (!FileDirWrapper::ExtensionOf(path, ending)) return false;
@@ -54,6 +65,11 @@ bool IsKeywordFile(const std::string& path) {
 }
 
 }  // namespace
+
+void TakeDropsFor(Fl_Window* window) {
+  theTarget = window;
+  Fl::event_dispatch(window ? Dispatch : nullptr);
+}
 
 std::vector<std::string> DroppedPaths(const std::string& text) {
   std::vector<std::string> paths;

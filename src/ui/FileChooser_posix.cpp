@@ -7,6 +7,7 @@
 #include <FL/Fl_Native_File_Chooser.H>
 
 #include <filesystem>
+#include <optional>
 
 #include "ui/ModalWindow.h"
 
@@ -41,24 +42,49 @@ std::string ChooserFilter(const std::string& filter) {
   return out;
 }
 
-Fl_Widget* FileNameInput(Fl_Group& group) {
+Fl_File_Input* FileNameInput(Fl_Group& group) {
   for (int i = 0; i < group.children(); ++i) {
     if (auto* input = dynamic_cast<Fl_File_Input*>(group.child(i))) return input;
     Fl_Group* inner = group.child(i)->as_group();
-    if (Fl_Widget* found = inner ? FileNameInput(*inner) : nullptr) return found;
+    if (Fl_File_Input* found = inner ? FileNameInput(*inner) : nullptr) return found;
   }
   return nullptr;
 }
 
+// Typing an absolute path begins with a slash alone, which the chooser takes for no folder at all
+// and drops. Lives as long as the chooser.
+class RootInput {
+ public:
+  RootInput(Fl_File_Chooser& chooser, Fl_File_Input& input)
+      : chooser_(chooser), next_(input.callback()), data_(input.user_data()) {
+    input.callback(
+        [](Fl_Widget* widget, void* self) {
+          static_cast<RootInput*>(self)->Take(*static_cast<Fl_File_Input*>(widget));
+        },
+        this);
+  }
+
+ private:
+  void Take(Fl_File_Input& input) {
+    if (std::string(input.value()) != "/") return next_(&input, data_);
+    chooser_.directory("/");
+    input.position(1);
+  }
+
+  Fl_File_Chooser& chooser_;
+  Fl_Callback* const next_;
+  void* const data_;
+};
+
 // The chooser's own way of showing itself puts its list under the mouse.
-void ShowOver(Fl_Window* parent, Fl_File_Chooser& chooser) {
+void ShowOver(Fl_Window* parent, Fl_File_Chooser& chooser, Fl_File_Input* input) {
   Fl_Window& window = *chooser.newButton->window();
   window.xclass("KestrunChooser");
   window.set_modal();
   CentreOver(window, parent);
   window.show();
   chooser.rescan_keep_filename();
-  if (Fl_Widget* input = FileNameInput(window)) input->take_focus();
+  if (input) input->take_focus();
 }
 
 bool MayReplace(const char* path) {
@@ -75,7 +101,10 @@ std::vector<std::string> ChooseFiles(FileChoice choice, const FileChooserTexts& 
   Fl_File_Chooser chooser(texts.folder.c_str(), filter.c_str(), KindOf(choice),
                           texts.title.c_str());
   texts.file.empty() ? chooser.rescan() : chooser.value((texts.folder + "/" + texts.file).c_str());
-  ShowOver(parent, chooser);
+  Fl_File_Input* input = FileNameInput(*chooser.newButton->window());
+  std::optional<RootInput> root;
+  if (input) root.emplace(chooser, *input);
+  ShowOver(parent, chooser, input);
   while (chooser.shown()) Fl::wait();
   std::vector<std::string> chosen;
   // Hidden together with its parent: the program ends, nothing was chosen.

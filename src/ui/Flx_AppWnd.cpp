@@ -5,6 +5,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/ComnChmDialog.h"
+#include "ui/DropTarget.h"
 #include "ui/Layout.h"
 #include "ui/TextWindow.h"
 #include "ui/Theme.h"
@@ -51,8 +52,6 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
       notes_(notes),
       texts_(texts) {
   copy_label(texts_.Get(application_.Title()).c_str());
-  if (!SolverEnabledFor(Action::kAddDyna))
-    texts_.Set("ui_empty_hint", texts_.Stored("ui_empty_hint_drop"));
   xclass("Kestrun");
   color(Theme::kWindow);
   MakeTools();
@@ -66,11 +65,13 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   resizable(nullptr);
   size_range(Layout::kMinWidth, Layout::kMinHeight);
   ConnectParts();
+  TakeDropsFor(this);
   Refresh();
   if (Table()) Table()->TakeFocus();
 }
 
 Flx_AppWnd::~Flx_AppWnd() {
+  TakeDropsFor(nullptr);
   Fl::remove_timeout(TakeDropped, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
@@ -85,13 +86,6 @@ void Flx_AppWnd::MakeTools() {
     const ActionInfo& info = InfoOf(static_cast<Action>(tool));
     auto* button = new ToolButton(Layout::ToolX(tool, w()), Layout::kToolY, Layout::kToolSize,
                                   Layout::kToolSize, info.icon);
-    std::string tip = texts_.Get(info.tipKey);
-    if (info.shortcut)
-      tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
-    const Action action = static_cast<Action>(tool);
-    if (info.later) tip = texts_.Format("ui_tip_later", tip);
-    if (!SolverEnabledFor(action)) tip = texts_.Format("ui_tip_disabled", tip);
-    button->SetTip(tip);
     button->callback(
         [](Fl_Widget* pressed, void* self) {
           auto* window = static_cast<Flx_AppWnd*>(self);
@@ -101,7 +95,6 @@ void Flx_AppWnd::MakeTools() {
           }
         },
         this);
-    if (info.later) button->deactivate();
     tools_.push_back(button);
   }
   row->end();

@@ -68,6 +68,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowTabs();
   void ShowState();
   void ShowTools();
+  std::string ToolTip(Action action) const;
   void ShowCurrentJob();
   void SwitchToGroup(int index);
   void StepGroup(int by);
@@ -91,6 +92,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void DeleteGroup();
   void ViewMessage();
   void ViewSummary();
+  void OpenStages();
   void StopRunning();
   void ShowHelp();
   void Exit();

@@ -9,6 +9,7 @@
 #include "ui/ComnFileDialog.h"
 #include "ui/DropTarget.h"
 #include "ui/Flx_AppWnd.h"
+#include "ui/Flx_MultipleStages.h"
 #include "ui/Flx_RenameGroup.h"
 #include "ui/Flx_ShowInfo.h"
 #include "ui/StopWindow.h"
@@ -59,6 +60,9 @@ void Flx_AppWnd::Perform(Action action) {
       return RenameGroup();
     case Action::kDeleteGroup:
       return DeleteGroup();
+    case Action::kReadLog:
+      application_.ViewTextFile(application_.SettingsAndFiles().Log().Path());
+      return;
     case Action::kRunPost:
       return RunPost();
     case Action::kConfig:
@@ -67,15 +71,14 @@ void Flx_AppWnd::Perform(Action action) {
       return OpenMppSettings();
     case Action::kAbout:
       return ShowAbout();
-    case Action::kReadLog:
-      application_.ViewTextFile(application_.SettingsAndFiles().Log().Path());
-      return;
     case Action::kHelp:
       return ShowHelp();
     case Action::kViewMessage:
       return ViewMessage();
     case Action::kViewSummary:
       return ViewSummary();
+    case Action::kStages:
+      return OpenStages();
     case Action::kStop:
       return StopRunning();
     case Action::kRefresh:
@@ -313,6 +316,24 @@ void Flx_AppWnd::ViewSummary() {
   if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
     return Inform(texts_.Get("msg_view_info"));
   Flx_ShowInfo dialog(this, application_.language, output);
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::OpenStages() {
+  const auto job = CurrentJob();
+  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  bool multiStage = false;
+  Group()->ReadJob(Table()->CurrentRow(),
+                   [&](const JobFile& read) { multiStage = !read.stages.empty(); });
+  if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
+  Flx_MultipleStages dialog(
+      this, application_.language,
+      {application_, texts_, Group(), job, [this](int type) { return ToUi(SolverName(type)); },
+       [this](int status) {
+         std::string word;
+         JobStatusWord(status, word);
+         return texts_.Word(word);
+       }});
   RunDialog(dialog);
 }
 

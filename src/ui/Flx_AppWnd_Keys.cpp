@@ -16,9 +16,7 @@ int Flx_AppWnd::handle(int event) {
   switch (event) {
     case FL_DND_ENTER:
     case FL_DND_DRAG:
-      // The window takes what is dropped, wherever that is: the text goes to the widget below the
-      // mouse.
-      Fl::belowmouse(this);
+      Fl::belowmouse(this);  // not a widget of it
       return 1;
     case FL_DND_LEAVE:
     case FL_DND_RELEASE:
@@ -97,15 +95,16 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob()) {
-    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost, Action::kStages,
-           kSeparator, Action::kSubmit, Action::kResubmit, Action::kStop, kSeparator,
-           Action::kMoveUp, Action::kMoveDown, kSeparator, Action::kDeleteJob, Action::kDeleteAll,
-           kSeparator, Action::kAddDyna, Action::kAddVorel, Action::kAddInc, Action::kAddFolder},
+    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,  Action::kStages,
+           kSeparator,           Action::kSubmit,      Action::kResubmit, Action::kStop,
+           kSeparator,           Action::kMoveUp,      Action::kMoveDown, kSeparator,
+           Action::kDeleteJob,   Action::kDeleteAll,   kSeparator,        Action::kAddDyna,
+           Action::kAddRestart,  Action::kAddVorel,    Action::kAddInc,   Action::kAddFolder},
           x, y);
   } else {
-    PopUp({Action::kAddDyna, Action::kAddVorel, Action::kAddInc, Action::kAddFolder, kSeparator,
-           Action::kSubmit, Action::kStop, kSeparator, Action::kDeleteAll, kSeparator,
-           Action::kRefresh, Action::kReadLog},
+    PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
+           Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
+           Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kReadLog},
           x, y);
   }
 }
@@ -118,6 +117,7 @@ void Flx_AppWnd::OpenGroupMenu(int x, int y) {
 
 void Flx_AppWnd::CellPressed(int row, int column) {
   if (column == JobTable::kMessage) return Perform(Action::kViewMessage);
+  if (column == JobTable::kStages) return Perform(Action::kStages);
   if (column == JobTable::kSummary) return Perform(Action::kViewSummary);
   if (column != JobTable::kForce) return;
   bool on = false;

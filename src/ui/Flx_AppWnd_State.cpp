@@ -1,6 +1,7 @@
 // How the main window keeps up with the queue.
 
 #include <FL/Fl.H>
+#include <FL/fl_draw.H>
 
 #include <algorithm>
 
@@ -31,8 +32,8 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (jobs || changes.running) {
     ShowTabs();
     ShowState();
-    ShowTools();
   }
+  if (jobs || changes.running || changes.settings) ShowTools();
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
   if (!changes.message.empty() && std::chrono::steady_clock::now() > explainedUntil_)
@@ -111,12 +112,25 @@ void Flx_AppWnd::ShowState() {
   status_->SetState(text + details);
 }
 
+std::string Flx_AppWnd::ToolTip(Action action) const {
+  const ActionInfo& info = InfoOf(action);
+  std::string tip = texts_.Get(info.tipKey);
+  if (info.shortcut)
+    tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
+  if (info.later) return texts_.Format("ui_tip_later", tip);
+  return SolverEnabledFor(action) ? tip : texts_.Format("ui_tip_disabled", tip);
+}
+
 void Flx_AppWnd::ShowTools() {
   for (int tool = 0; tool < Layout::kToolCount; ++tool) {
     ToolButton* button = tools_[static_cast<std::size_t>(tool)];
-    const bool can = CanPerform(static_cast<Action>(tool));
+    const Action action = static_cast<Action>(tool);
+    button->SetTip(ToolTip(action));
+    const bool can = CanPerform(action);
     if (can != (button->active() != 0)) can ? button->activate() : button->deactivate();
   }
+  const bool dyna = SolverEnabledFor(Action::kAddDyna);
+  texts_.Set("ui_empty_hint", texts_.Stored(dyna ? "ui_empty_hint_dyna" : "ui_empty_hint_drop"));
 }
 
 void Flx_AppWnd::ShowCurrentJob() {

@@ -38,17 +38,19 @@ JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
       group_(std::move(group)),
       texts_(texts),
       solverName_(std::move(solverName)) {
-  // Wanted and least width, share of what is left over.
-  AddColumn({texts.Get("lab_job_name"), 160, 90, 3});
-  AddColumn({texts.Get("lab_in_folder"), 208, 90, 5});
-  AddColumn({texts.Get("lab_solv"), 94, 94, 0});
-  AddColumn({texts.Get("lab_mstage"), 68, 68, 0});
-  AddColumn({texts.Get("lab_memory"), 70, 66, 0});
-  AddColumn({texts.Get("lab_status"), 92, 92, 0});
-  AddColumn({texts.Get("lab_messag"), 70, 70, 0});
-  AddColumn({texts.Get("lab_result"), 76, 76, 0});
-  AddColumn({texts.Get("lab_iforce"), 64, 64, 0});
-  AddColumn({texts.Get("lab_other_para"), 98, 92, 3});
+  struct Shape {
+    const char* key;
+    int least, share;  // width, and share of what is left over
+  };
+  const Shape shapes[kColumns] = {{"lab_job_name", 90, 3}, {"lab_in_folder", 90, 5},
+                                  {"lab_solv", 110, 0},    {"lab_mstage", 68, 0},
+                                  {"lab_memory", 66, 0},   {"lab_status", 92, 0},
+                                  {"lab_messag", 70, 0},   {"lab_result", 76, 0},
+                                  {"lab_iforce", 64, 0},   {"lab_other_para", 92, 3}};
+  for (int column = 0; column < kColumns; ++column) {
+    const Shape& shape = shapes[column];
+    AddColumn({texts.Get(shape.key), Layout::kColumnWidths[column], shape.least, shape.share});
+  }
 }
 
 std::shared_ptr<JobFile> JobTable::CurrentJob() const {
@@ -130,8 +132,7 @@ void JobTable::DrawCell(const Cell& cell) {
       DrawWords(cell, text, true);
       break;
     case kStages:
-      // The dialog behind it is not there yet.
-      row.multiStage ? DrawLink(cell, text, false)
+      row.multiStage ? DrawLink(cell, text, true)
                      : (fl_color(Theme::kMuted), DrawWords(cell, text, false));
       break;
     case kStatus: {
@@ -216,6 +217,8 @@ bool JobTable::IsButton(int row, int column) {
     case kMessage:
     case kSummary:
       return true;  // says why when there is nothing to view
+    case kStages:
+      return ReadRow(row).multiStage;
     case kForce:
       return ReadRow(row).dyna;
     default:

@@ -55,7 +55,6 @@ SettingsRow::SettingsRow(int x, int y, int w, int h, Application& application,
   resizable(nullptr);
   ConnectFields();
   PlaceWidgets();
-  while (kind_ < Settings::kInc && !application_.SolverEnabled(kind_)) ++kind_;
 }
 
 Fl_Box* SettingsRow::MakeLabel(const char* key) {
@@ -206,10 +205,9 @@ bool SettingsRow::HasJob() const {
 void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, int index) {
   group_ = std::move(group);
   index_ = index;
-  const View view = MakeView();
   // Texts of another job, valid or not, must not be taken for this one's.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
-  ShowView(view);
+  Refresh();
 }
 
 SettingsRow::View SettingsRow::MakeView() const {
@@ -252,6 +250,10 @@ const std::string& SettingsRow::SolverPath(int type) const {
 }
 
 void SettingsRow::Refresh() {
+  if (!application_.SolverEnabled(kind_)) {
+    kind_ = 0;
+    while (kind_ < Settings::kInc && !application_.SolverEnabled(kind_)) ++kind_;
+  }
   ShowView(MakeView());
 }
 

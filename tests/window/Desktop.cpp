@@ -39,14 +39,10 @@ Desktop::Desktop() {
     return;
   std::istringstream(TempFolder::Read(number)) >> display_;
   display_ = ":" + display_;
-  manager_ = Spawn({"openbox"}, {"DISPLAY=" + display_, "HOME=" + scratch_.Path()},
-                   scratch_ / "openbox.log");
-  WaitFor(
-      [&] {
-        return Command("xprop -root _NET_SUPPORTING_WM_CHECK").find("window id") !=
-               std::string::npos;
-      },
-      10);
+  if (!StartManager() && !StartManager()) {
+    display_.clear();
+    return;
+  }
   for (const std::string home : {"home", "other"}) {
     std::string folder = scratch_ / home;
     for (const std::string& below : {std::string(), std::string("/tmp"), std::string("/config"),
@@ -65,6 +61,18 @@ Desktop::Desktop() {
             "[MPP]\nmemory2=200\n");
     chmod((folder + kWorkFolder + "/kr_init.config").c_str(), 0666);
   }
+}
+
+bool Desktop::StartManager() {
+  EndProcess(manager_, SIGKILL);
+  manager_ = Spawn({"openbox"}, {"DISPLAY=" + display_, "HOME=" + scratch_.Path()},
+                   scratch_ / "openbox.log");
+  return WaitFor(
+      [&] {
+        return Command("xprop -root _NET_SUPPORTING_WM_CHECK").find("window id") !=
+               std::string::npos;
+      },
+      10);
 }
 
 Desktop::~Desktop() {
@@ -127,6 +135,14 @@ Copy Desktop::Start(const std::vector<std::string>& arguments,
   return copy;
 }
 
+std::string Desktop::StartDragSource(const std::vector<std::string>& addresses) {
+  std::vector<std::string> words = {KR_TEST_BIN_DIR "/drag_source"};
+  words.insert(words.end(), addresses.begin(), addresses.end());
+  copies_.push_back(Spawn(words, {"DISPLAY=" + display_}, scratch_ / "drag_source.log"));
+  const std::vector<std::string> ids = Windows("DragSource");
+  return ids.empty() ? std::string() : ids.front();
+}
+
 int Desktop::WaitExit(const Copy& copy, double seconds) {
   int status = 0;
   if (!WaitFor([&] { return waitpid(copy.pid, &status, WNOHANG) == copy.pid; }, seconds)) return -1;
@@ -167,8 +183,13 @@ bool Desktop::OpenMain() {
   const std::vector<std::string> ids = Windows("Kestrun");
   if (ids.empty()) return false;
   main_ = ids.front();
-  Command("xdotool windowactivate --sync " + main_);
-  return WaitFor([&] { return ActiveWindow() == main_; }, 5);
+  // A window that is being made may miss the first request.
+  return WaitFor(
+      [&] {
+        Command("xdotool windowactivate " + main_);
+        return ActiveWindow() == main_;
+      },
+      10);
 }
 
 bool Desktop::Answer(const std::string& key) {
@@ -206,6 +227,35 @@ void Desktop::Type(const std::string& text) const {
 void Desktop::Click(int x, int y, int times) const {
   Command("xdotool mousemove --window " + main_ + " " + std::to_string(x) + " " +
           std::to_string(y) + " click --delay 60 --repeat " + std::to_string(times) + " 1");
+}
+
+void Desktop::Drag(int fromX, int fromY, int toX, int toY, const std::string& from) const {
+  const auto move = [](const std::string& window, int x, int y) {
+    return " mousemove --window " + window + " " + std::to_string(x) + " " + std::to_string(y) +
+           " sleep 0.1";
+  };
+  const std::string source = from.empty() ? main_ : from;
+  Command("xdotool" + move(source, fromX, fromY) + " mousedown 1 sleep 0.1" +
+          move(source, fromX + 8, fromY) + move(main_, toX - 8, toY) + move(main_, toX - 4, toY) +
+          move(main_, toX, toY) + " sleep 0.3 mouseup 1");
+}
+
+void Desktop::Resize(int width, int height) const {
+  Command("xdotool windowsize --sync " + main_ + " " + std::to_string(width) + " " +
+          std::to_string(height));
+}
+
+Area Desktop::AreaOf(const std::string& window) const {
+  Area area;
+  std::istringstream lines(Command("xdotool getwindowgeometry --shell " + window));
+  for (std::string line; std::getline(lines, line);) {
+    const int value = std::atoi(line.substr(line.find('=') + 1).c_str());
+    if (line.rfind("X=", 0) == 0) area.x = value;
+    if (line.rfind("Y=", 0) == 0) area.y = value;
+    if (line.rfind("WIDTH=", 0) == 0) area.w = value;
+    if (line.rfind("HEIGHT=", 0) == 0) area.h = value;
+  }
+  return area;
 }
 
 bool Desktop::WaitFor(const std::function<bool()>& condition, double seconds) {

@@ -16,6 +16,10 @@ struct Copy {
   std::string output;  // a file with what it printed
 };
 
+struct Area {
+  int x = 0, y = 0, w = 0, h = 0;
+};
+
 // Starts Xvfb and openbox; ends them and all copies with it. Clicks and keys are real events; they
 // go to whatever window is under the mouse or has the focus.
 class Desktop {
@@ -38,6 +42,8 @@ class Desktop {
   // files below the scratch folder.
   Copy Start(const std::vector<std::string>& arguments, const std::vector<std::string>& prefix = {},
              const std::string& home = "home");
+  // Shows a window from which these addresses can be dragged; returns its id.
+  std::string StartDragSource(const std::vector<std::string>& addresses);
   // The exit code, or -1 when the program still runs after so many seconds.
   int WaitExit(const Copy& copy, double seconds);
   static bool Runs(const Copy& copy);
@@ -54,6 +60,12 @@ class Desktop {
   void Type(const std::string& text) const;
   // In the coordinates of the main window.
   void Click(int x, int y, int times = 1) const;
+  // With the left button held down, from one place to another; `from` is the window to begin in.
+  void Drag(int fromX, int fromY, int toX, int toY, const std::string& from = {}) const;
+  // The main window's client area, and that of others.
+  void Resize(int width, int height) const;
+  Area AreaOf(const std::string& window) const;
+  const std::string& Main() const { return main_; }
 
   // A copy that this user has started, here or elsewhere.
   bool AnotherCopyRuns() const;
@@ -66,6 +78,7 @@ class Desktop {
   static bool WaitFor(const std::function<bool()>& condition, double seconds);
 
  private:
+  bool StartManager();
   pid_t Spawn(const std::vector<std::string>& words, const std::vector<std::string>& variables,
               const std::string& output) const;
 

@@ -281,6 +281,65 @@ TEST_F(Window, TerminationEndsItFromInsideAMenuOrAQuestion) {
   }
 }
 
+TEST_F(Window, TakesDroppedFilesAndFolders) {
+  const std::string file = desktop_.Deck("a file", "");
+  const std::string folder = FolderOf(desktop_.Deck("folder", ""));
+  const Copy copy = StartWith({});
+  std::string address = "file://" + file;
+  address.replace(address.find(' '), 1, "%20");
+  address.replace(address.rfind(' '), 1, "%20");
+  const std::string source =
+      desktop_.StartDragSource({address, "file://" + folder, "file:///gone.k"});
+  ASSERT_FALSE(source.empty());
+  desktop_.Drag(20, 20, 500, Layout::RowY(2, kWidth), source);
+  EXPECT_TRUE(desktop_.Answer("Return")) << "one of the files does not exist";
+  ASSERT_TRUE(desktop_.OpenMain());
+  usleep(300000);
+  desktop_.Key("ctrl+Return");
+  EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(file) && HasRun(folder + "/folder.k"); }, kRun));
+  EXPECT_TRUE(Desktop::Runs(copy));
+}
+
+TEST_F(Window, ColumnsAreResizedByDragging) {
+  constexpr int kMessageColumn = 6;  // its cells open a message box while the job is queued
+  constexpr int kBy = 60;            // less than that column's width
+  const int x = Layout::ColumnX(kMessageColumn) + 20;
+  const int y = Layout::RowY(0, Layout::kColumnsWindowWidth);
+  StartWith({desktop_.Deck("columns", "")});
+  desktop_.Resize(Layout::kColumnsWindowWidth, Layout::kWindowHeight);
+  desktop_.Click(x, y);
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  const int edge = Layout::ColumnX(1) - 1;
+  const int headY = Layout::TableY(Layout::kColumnsWindowWidth) + Layout::kHeaderHeight / 2;
+  desktop_.Drag(edge, headY, edge + kBy, headY);
+  desktop_.Click(x, y);
+  usleep(700000);
+  EXPECT_TRUE(desktop_.Windows("KestrunMessage", 0).empty()) << "the column has not moved";
+  desktop_.Click(x + kBy, y);
+  EXPECT_TRUE(desktop_.Answer("Return"));
+}
+
+TEST_F(Window, FileChooserOpensOverTheWindowForEnabledSolversOnly) {
+  const Copy other = StartWith({"#solver=inc"});
+  desktop_.Key("ctrl+o");
+  usleep(700000);
+  EXPECT_TRUE(desktop_.Windows("KestrunChooser", 0).empty());
+  desktop_.Key("ctrl+q");
+  ASSERT_EQ(desktop_.WaitExit(other, 10), 0);
+
+  const Copy copy = StartWith({});
+  desktop_.Key("ctrl+o");
+  const std::vector<std::string> choosers = desktop_.Windows("KestrunChooser");
+  ASSERT_FALSE(choosers.empty());
+  const Area chooser = desktop_.AreaOf(choosers.front());
+  const Area window = desktop_.AreaOf(desktop_.Main());
+  EXPECT_NEAR(chooser.x + chooser.w / 2, window.x + window.w / 2, 30);
+  EXPECT_NEAR(chooser.y + chooser.h / 2, window.y + window.h / 2, 30);
+  // Ending the program from inside the chooser adds nothing.
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 5), 0);
+}
+
 TEST_F(Window, SurvivesEverySize) {
   const std::string deck = desktop_.Deck("sized", "");
   const Copy copy = StartWith({deck});
