@@ -114,7 +114,7 @@ bool Flx_MultipleStages::MakeTable() {
   texts.reason = subject_.texts.Get("ui_code");
   place->hide();
   table_ = new StageTable(place->x(), place->y(), place->w(), place->h(), subject_.group,
-                          subject_.job, texts, subject_.solverName, subject_.statusWord);
+                          subject_.job, texts, subject_.solverName, subject_.texts);
   Window()->add(table_);
   table_->OnSelect = [this] { Update(); };
   table_->OnCell = [this](int row, int column) {

@@ -24,7 +24,6 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
     std::shared_ptr<JobGroup> group;
     std::shared_ptr<JobFile> job;
     std::function<std::string(int type)> solverName;
-    std::function<std::string(int status)> statusWord;
   };
 
   Flx_MultipleStages(Fl_Window* parent, int language, Subject subject);

@@ -11,14 +11,13 @@
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
                        std::shared_ptr<JobFile> job, Texts texts,
-                       std::function<std::string(int type)> solverName,
-                       std::function<std::string(int status)> statusWord)
+                       std::function<std::string(int type)> solverName, const TextTable& words)
     : Flx_Table(x, y, w, h),
       group_(std::move(group)),
       job_(std::move(job)),
       texts_(std::move(texts)),
       solverName_(std::move(solverName)),
-      statusWord_(std::move(statusWord)) {
+      words_(words) {
   const int widths[kColumns] = {180, 120, 96, 70, 96, 76, 76};
   const int shares[kColumns] = {3, 2, 0, 0, 0, 0, 0};
   for (int column = 0; column < kColumns; ++column)
@@ -51,7 +50,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& job, int index) const {
   row.path = ToUi(stage.jobFile);
   row.status = stage.status;
   row.skipped = index < job.firstStage;
-  if (stage.status == JobStatus::kAborted) row.reason = ToUi(stage.RunMessage());
+  if (stage.status == JobStatus::kAborted) row.reason = words_.Word(stage.RunMessage());
   std::string name;
   FileDirWrapper::FileNameOf(stage.jobFile, name, true);
   row.cells[kFile] = std::to_string(index + 1) + "   " + ToUi(name);
@@ -60,7 +59,9 @@ StageTable::Row StageTable::MakeRow(const JobFile& job, int index) const {
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;
   row.cells[kSolver] = solverName_(stage.GetSolverType());
   row.cells[kMemory] = stage.memory ? std::to_string(stage.memory) : CellDrawing::kNothing;
-  row.cells[kStatus] = statusWord_(stage.status);
+  std::string status;
+  JobStatusWord(stage.status, status);
+  row.cells[kStatus] = words_.Word(status);
   row.cells[kMessage] = row.cells[kSummary] = texts_.view;
   return row;
 }

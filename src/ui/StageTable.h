@@ -9,6 +9,7 @@
 
 #include "core/JobGroup.h"
 #include "ui/Flx_Table.h"
+#include "ui/Language.h"
 
 // Reads the stages when it draws them. Stages before the first one to run are drawn pale. Interface
 // thread.
@@ -25,11 +26,11 @@ class StageTable : public Flx_Table {
     std::string reason;   // "%s" is why a stage was aborted
   };
 
-  // `solverName` gives the name of a solver type, `statusWord` the word of a status.
+  // `solverName` gives the name of a solver type. `words` translates what the core says and
+  // outlives the table.
   StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
              std::shared_ptr<JobFile> job, Texts texts,
-             std::function<std::string(int type)> solverName,
-             std::function<std::string(int status)> statusWord);
+             std::function<std::string(int type)> solverName, const TextTable& words);
 
   // The job's place in its group now, -1 when it is gone.
   int JobIndex() const;
@@ -60,7 +61,7 @@ class StageTable : public Flx_Table {
   const std::shared_ptr<JobFile> job_;
   const Texts texts_;
   const std::function<std::string(int)> solverName_;
-  const std::function<std::string(int)> statusWord_;
+  const TextTable& words_;
   int firstRow_ = 0;  // the row of shown_[0]
   std::vector<Row> shown_;
 };
