@@ -56,7 +56,7 @@ fi
 
 # A display of our own, on the first free number; Xvfb writes the number when it is ready.
 exec 3>"$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset >"$scratch/xvfb.log" 2>&1 &
 server=$!
 cleanup() {
   [ -z "${window:-}" ] || { kill "$window" && wait "$window"; } 2>/dev/null || true

@@ -20,7 +20,7 @@ cleanup() {
 trap cleanup EXIT
 
 exec 3>"$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset >"$scratch/xvfb.log" 2>&1 &
 server=$!
 exec 3>&-
 for _ in $(seq 100); do

@@ -87,8 +87,9 @@ QueueObserver& JobGroupManager::Observer() {
 
 bool JobGroupManager::ValidGroupName(const std::string& name) {
   if (name.empty() || name.front() == '#') return false;
-  return std::none_of(name.begin(), name.end(),
-                      [](char c) { return c == '=' || c == '\n' || c == '\r' || c == '\0'; });
+  return std::none_of(name.begin(), name.end(), [](unsigned char c) {
+    return c == '=' || c < ' ' || c == 0x7F;  // control characters
+  });
 }
 
 int JobGroupManager::AddGroup(const std::string& name) {

@@ -31,10 +31,10 @@ void OpenForAll(const std::string& folder) {
 Desktop::Desktop() {
   OpenForAll(scratch_.Path());
   const std::string number = scratch_ / "display";
-  server_ =
-      Spawn({"sh", "-c",
-             "exec Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -ac 3>'" + number + "'"},
-            {}, scratch_ / "xvfb.log");
+  server_ = Spawn({"sh", "-c",
+                   "exec Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset -ac 3>'" +
+                       number + "'"},
+                  {}, scratch_ / "xvfb.log");
   if (!WaitFor([&] { return TempFolder::Read(number).find('\n') != std::string::npos; }, 20))
     return;
   std::istringstream(TempFolder::Read(number)) >> display_;
