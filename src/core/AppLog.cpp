@@ -19,6 +19,12 @@ std::string Now() {
   return text;
 }
 
+std::string OneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return text;
+}
+
 void AppendLine(const std::string& path, const std::string& line) {
   std::FILE* file = std::fopen(path.c_str(), "a");
   if (file == nullptr) return;
@@ -37,14 +43,14 @@ void AppLog::Report(const char* format, ...) {
   ReportLine(length < 0 ? format : text);
 }
 
+void AppLog::NoteLine(const std::string& line) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  AppendLine(path_, Now() + ">> " + OneLine(line) + '\n');
+}
+
 void AppLog::ReportLine(const std::string& message) {
-  std::string line = message;
-  std::replace_if(
-      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    AppendLine(path_, Now() + ">> " + line + '\n');
-  }
+  const std::string line = OneLine(message);
+  NoteLine(line);
   const std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
   if (listener_) listener_(line);
 }

@@ -26,8 +26,12 @@ class AppLog {
   // The message as it stands, any length. Line breaks in it become blanks: one line a message.
   void ReportLine(const std::string& message);
 
-  // Called with each message after it was written, on the reporting thread. Once this returns, the
-  // former listener is not running any more. A listener must not wait for another reporting thread.
+  // Writes a line that nobody needs to be told of now.
+  void NoteLine(const std::string& line);
+
+  // Called with each reported message after it was written, on the reporting thread. Once this
+  // returns, the former listener is not running any more. A listener must not wait for another
+  // reporting thread.
   void SetListener(std::function<void(const std::string& message)> listener);
 
   // A log of more than kKeptBytes becomes "kr.log.old", in place of an older one. For the start.

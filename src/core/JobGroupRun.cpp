@@ -121,6 +121,7 @@ int JobGroup::RunJob(JobFile& job) {
   context.settings = manager_.Settings().Snapshot();
   context.groupText = Text();
   context.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
+  context.note = [this](const std::string& line) { manager_.Settings().Log().NoteLine(line); };
   context.runErrorCode = &manager_.runErrorCode;
   PTWrapperProcess::SetConsoleProgram(context.settings.xterm_path);
 

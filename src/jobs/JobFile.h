@@ -26,6 +26,8 @@ struct JobRunContext {
   std::string groupText;  // the group's host assignment
   // Takes one line for the application log; any thread.
   std::function<void(const std::string& line)> report;
+  // The same for a line that is no fault; may be null.
+  std::function<void(const std::string& line)> note;
   // The manager's code of the last run that did not end normally; may be null.
   std::atomic<int>* runErrorCode = nullptr;
 };

@@ -16,8 +16,15 @@ const PositioningFunctions* PositioningLibrary::Functions(const JobFile& job) {
     std::string error;
     loaded_ = Load(error);
     if (!loaded_) {
-      Report(job, "Positioning library [" + path_ + "] cannot be used (" + error +
-                      "): jobs run without automatic positioning");
+      const std::string line = "Positioning library [" + path_ + "] cannot be used (" + error +
+                               "): jobs run without automatic positioning";
+      // Most people have none.
+      const bool none = !FileDirWrapper::FileExists(path_);
+      if (none && job.run && job.run->note) {
+        job.run->note(line);
+      } else {
+        Report(job, line);
+      }
     }
   }
   return loaded_ ? &functions_ : nullptr;
