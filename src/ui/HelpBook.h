@@ -20,7 +20,7 @@ struct HelpEntry {
 class HelpBook {
  public:
   static constexpr int kMostEntries = 4000;
-  static constexpr std::size_t kMostPageBytes = 2U << 20;
+  static constexpr std::size_t kMostPageBytes = 256U << 10;
   static constexpr std::size_t kMostBytes = 32U << 20;  // of all pages
   static constexpr int kMostSeconds = 10;               // for reading
 

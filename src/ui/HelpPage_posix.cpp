@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kMostAttributes = 20;
 constexpr std::size_t kMostAnchorLength = 31;  // of the help view's own field
+constexpr std::size_t kLongestWord = 500;      // bytes; the display cannot draw any length
 constexpr int kMostTables = 3;                 // inside each other
 constexpr int kMostLists = 8;
 constexpr int kMostCells = 40;                    // in a row
@@ -42,17 +43,18 @@ struct Tag {
 std::string Decoded(const std::string& text) {
   static const std::map<std::string, std::string> kNames = {
       {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"#39", "'"}, {"nbsp", " "}};
+  constexpr std::size_t kLongestName = 4;
   std::string out;
   for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::size_t end = text[at] == '&' ? text.find(';', at) : std::string::npos;
-    const auto found = end == std::string::npos || end - at > 8
-                           ? kNames.end()
-                           : kNames.find(Lower(text.substr(at + 1, end - at - 1)));
+    const std::string name = text[at] == '&' ? text.substr(at + 1, kLongestName + 1) : "";
+    const std::size_t length = name.find(';');
+    const auto found =
+        length == std::string::npos ? kNames.end() : kNames.find(Lower(name.substr(0, length)));
     if (found == kNames.end()) {
       out += text[at];
     } else {
       out += found->second;
-      at = end;
+      at += length + 1;
     }
   }
   return out;
@@ -171,21 +173,20 @@ bool IsWide(std::string_view character) {
   return character.size() >= 3;  // in UTF-8: from U+0800 on
 }
 
-std::string WithBreaks(const std::string& text) {
-  std::string out;
-  std::string_view before;
-  for (std::size_t at = 0; at < text.size();) {
-    const int length = std::max(fl_utf8len1(text[at]), 1);
-    const auto now = std::string_view(text).substr(at, static_cast<std::size_t>(length));
-    const bool mayEnd = !before.empty() && (IsWide(before) || IsWide(now)) && now != " " &&
-                        before != " " && kNotAtBegin.find(now) == std::string_view::npos &&
-                        kNotAtEnd.find(before) == std::string_view::npos;
-    if (mayEnd) out += kBreak;
-    out += now;
-    before = now;
-    at += now.size();
+bool MayEndLine(std::string_view before, std::string_view now) {
+  return !before.empty() && (IsWide(before) || IsWide(now)) && now != " " && before != " " &&
+         kNotAtBegin.find(now) == std::string_view::npos &&
+         kNotAtEnd.find(before) == std::string_view::npos;
+}
+
+// The help view looks through the whole page for the end of one that has none.
+bool BeginsEntity(const std::string& text, std::size_t at) {
+  constexpr std::size_t kLongest = 8;
+  for (std::size_t end = at + 1; end < text.size() && end - at <= kLongest; ++end) {
+    if (text[end] == ';') return end > at + 1;
+    if (text[end] != '#' && std::isalnum(static_cast<unsigned char>(text[end])) == 0) return false;
   }
-  return out;
+  return false;
 }
 
 class SafeWriter {
@@ -201,7 +202,7 @@ class SafeWriter {
         WriteTag(tag);
       } else if (!inHead_) {
         if (text[0] == '<') text.replace(0, 1, "&lt;");
-        out_ += preformatted_ ? text : WithBreaks(text);
+        WriteText(text);
       }
     }
     return out_;
@@ -234,8 +235,25 @@ class SafeWriter {
     }
   }
 
+  void WriteText(const std::string& text) {
+    std::string_view before;
+    for (std::size_t at = 0; at < text.size();) {
+      const int length = std::max(fl_utf8len1(text[at]), 1);
+      const auto now = std::string_view(text).substr(at, static_cast<std::size_t>(length));
+      if (wordBytes_ >= kLongestWord || (!preformatted_ && MayEndLine(before, now))) {
+        out_ += kBreak;
+        wordBytes_ = 0;
+      }
+      out_ += now == "&" && !BeginsEntity(text, at) ? std::string_view("&amp;") : now;
+      wordBytes_ = IsSpace(now.front()) ? 0 : wordBytes_ + now.size();
+      before = now;
+      at += now.size();
+    }
+  }
+
   void Put(const Tag& tag, const std::string& attributes) {
     if (tag.name == "pre") preformatted_ = !tag.end;
+    wordBytes_ = 0;
     out_ += (tag.end ? "</" : "<") + tag.name + (tag.end ? std::string() : attributes) + ">";
   }
 
@@ -280,6 +298,7 @@ class SafeWriter {
   std::string out_;
   bool inHead_ = false;
   bool linkOpen_ = false;
+  std::size_t wordBytes_ = 0;  // since the last place where a line may end
   bool preformatted_ = false;
   int tables_ = 0;
   int lists_ = 0;

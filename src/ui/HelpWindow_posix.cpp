@@ -3,6 +3,7 @@
 #include <FL/filename.H>
 #include <FL/Fl.H>
 #include <FL/Fl_Tile.H>
+#include <FL/x.H>
 
 #include <algorithm>
 #include <cstdlib>
@@ -50,6 +51,19 @@ Fl_Button* MakeButton(int x, const std::string& label, Fl_Callback* call, void* 
   return button;
 }
 
+// The toolkit only raises a window that is open already.
+void GiveKeyboard(Fl_Window& window) {
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = fl_xid(&window);
+  event.xclient.message_type = XInternAtom(fl_display, "_NET_ACTIVE_WINDOW", 0);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = 1;  // asked for by an application
+  event.xclient.data.l[1] = static_cast<long>(fl_event_time);
+  XSendEvent(fl_display, RootWindow(fl_display, fl_screen), 0,
+             SubstructureRedirectMask | SubstructureNotifyMask, &event);
+}
+
 }  // namespace
 
 bool HelpWindow::Show(const std::string& path, const std::string& page, const TextTable& texts) {
@@ -60,7 +74,9 @@ bool HelpWindow::Show(const std::string& path, const std::string& page, const Te
     openWindow = new HelpWindow(path, std::move(book), texts);
   }
   openWindow->GoTo(page, "");
+  const bool wasOpen = openWindow->shown() != 0;
   openWindow->show();
+  if (wasOpen) GiveKeyboard(*openWindow);
   return true;
 }
 
