@@ -1,8 +1,9 @@
-// The lines of the information window.
+// The lines of the information window, and the file for the post-processor.
 
 #include <gtest/gtest.h>
 
 #include "core/JobInformation.h"
+#include "core/PostResult.h"
 #include "d3plot/D3plotImage.h"
 #include "support/TempFolder.h"
 
@@ -64,6 +65,41 @@ TEST_F(Information, ReadsWhatEachSolverWrites) {
 
   output_.solverType = -1;
   EXPECT_TRUE(JobInformation(output_).empty());
+}
+
+// The file that a post-processor opens.
+TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
+  const Settings settings;
+  const auto stage = [&](const char* deck, const char* simulation, int status) {
+    auto made = std::make_shared<JobFileDyna>(settings);
+    made->jobFile = deck;
+    made->simulationType = simulation;
+    made->status = status;
+    return made;
+  };
+  JobFileDyna job(settings);
+  job.jobFile = "/decks/main.dyn";
+  job.status = JobStatus::kFinished;
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/decks/d3plot");
+  job.deckIdentifier = "door";
+  job.deckIdentifierFlag = 1;
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/decks/door.d3plot");
+
+  job.stages = {stage("/s1/gravity.dyn", "Gravity loading", JobStatus::kFinished),
+                stage("/s2/trim.dyn", "TRIMMING", JobStatus::kQueued)};
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/s1/d3drlf");
+  job.stages[1]->status = JobStatus::kFinished;
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/s2/dynain");
+  EXPECT_FALSE(IsCompensation(PostSourceOf(job)));
+  job.stages.push_back(stage("/s3/scp.dyn", "Springback Compensation", JobStatus::kFinished));
+  EXPECT_TRUE(IsCompensation(PostSourceOf(job)));
+
+  JobFileDyna utility(settings);
+  utility.solverType = Settings::kUtilityBatch;
+  EXPECT_TRUE(PostResults(PostSourceOf(utility)).empty());
+  JobFileInc inc(settings);
+  inc.jobFile = "/decks/part.v2.fin";
+  EXPECT_EQ(PostResults(PostSourceOf(inc)).front(), "/decks/part.v2.idx");
 }
 
 }  // namespace
