@@ -57,7 +57,10 @@ class InstalledFonts {
     for (int i = 0; i < all->nfont; ++i) {
       FcChar8* family = nullptr;
       FcCharSet* characters = nullptr;
-      if (FcPatternGetString(all->fonts[i], FC_FAMILY, 0, &family) != FcResultMatch ||
+      FcBool coloured = FcFalse;
+      FcPatternGetBool(all->fonts[i], FC_COLOR, 0, &coloured);
+      if (coloured ||  // some versions of the drawing library end the program with these
+          FcPatternGetString(all->fonts[i], FC_FAMILY, 0, &family) != FcResultMatch ||
           FcPatternGetCharSet(all->fonts[i], FC_CHARSET, 0, &characters) != FcResultMatch) {
         continue;
       }
@@ -97,8 +100,8 @@ bool IsPlain(const char* text, int bytes) {
 // The toolkit's drawing on the screen, text in pieces of one font.
 class FallbackDriver : public Fl_Xlib_Graphics_Driver {
  public:
-  using Fl_Xlib_Graphics_Driver::draw;
   using Fl_Graphics_Driver::font;
+  using Fl_Xlib_Graphics_Driver::draw;
   using Fl_Xlib_Graphics_Driver::font;
   using Fl_Xlib_Graphics_Driver::width;
 
