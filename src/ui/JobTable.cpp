@@ -3,9 +3,8 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
-#include <cmath>
 
-#include "ui/Icons.h"
+#include "ui/CellDrawing.h"
 #include "ui/Layout.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
@@ -13,14 +12,7 @@
 
 namespace {
 
-constexpr int kPadding = 8;
-constexpr int kStateIcon = 16;
 constexpr int kCheckSize = 13;
-const std::string kNothing = "\xE2\x80\x93";  // an en dash
-
-void UseCellFont() {
-  fl_font(FL_HELVETICA, Layout::kFontSize);
-}
 
 bool HasEnded(int status) {
   return status == JobStatus::kFinished || status == JobStatus::kAborted;
@@ -67,7 +59,7 @@ JobTable::Row JobTable::ReadRow(int index) const {
   group_->ReadJob(index, [&](const JobFile& job) {
     row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
     row.folder = job.Folder();
-    row.memory = job.memory ? std::to_string(job.memory) : kNothing;
+    row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
     row.statusValue = job.status;
     JobStatusWord(job.status, row.status);
     row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
@@ -115,7 +107,7 @@ const std::string& JobTable::CellText(const Row& row, int column) const {
     case kSummary:
       return texts_.Get("lab_view");
     case kForce:
-      return row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : kNothing;
+      return row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
     default:
       return row.other;
   }
@@ -124,64 +116,48 @@ const std::string& JobTable::CellText(const Row& row, int column) const {
 void JobTable::DrawCell(const Cell& cell) {
   const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
   const std::string& text = CellText(row, cell.column);
-  UseCellFont();
+  const CellArea area = {cell.x, cell.y, cell.w, cell.h};
+  CellDrawing::UseFont();
   fl_color(Theme::kText);
   switch (cell.column) {
     case kFolder:
       fl_color(Theme::kMuted);
-      DrawWords(cell, text, true);
+      CellDrawing::Words(area, text, true);
       break;
     case kStages:
-      row.multiStage ? DrawLink(cell, text, true)
-                     : (fl_color(Theme::kMuted), DrawWords(cell, text, false));
+      if (row.multiStage) {
+        CellDrawing::Link(area, text, true, cell.hovered);
+      } else {
+        fl_color(Theme::kMuted);
+        CellDrawing::Words(area, text);
+      }
       break;
-    case kStatus: {
-      if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(row.statusValue)))
-        icon->draw(cell.x + kPadding - 2, cell.y + (cell.h - kStateIcon) / 2);
-      fl_color(Theme::StatusColor(row.statusValue));
-      Cell word = cell;
-      word.x += kStateIcon;
-      word.w -= kStateIcon;
-      DrawWords(word, text, false);
+    case kStatus:
+      CellDrawing::StatusWord(area, text, row.statusValue);
       break;
-    }
     case kMessage:
-      DrawLink(cell, text, !row.multiStage && CanViewMessage(row.statusValue));
+      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.statusValue),
+                        cell.hovered);
       break;
     case kSummary:
-      DrawLink(cell, text, !row.multiStage && HasEnded(row.statusValue));
+      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.statusValue), cell.hovered);
       break;
     case kForce:
       DrawCheck(cell, row);
       break;
     default:
-      DrawWords(cell, text, false);
+      CellDrawing::Words(area, text);
   }
-}
-
-void JobTable::DrawWords(const Cell& cell, const std::string& text, bool keepEnd) {
-  const int room = cell.w - 2 * kPadding + 4;
-  const std::string fitted = keepEnd ? FitTail(text, room) : FitHead(text, room);
-  const int baseline = cell.y + (cell.h + fl_height()) / 2 - fl_descent();
-  fl_draw(fitted.data(), static_cast<int>(fitted.size()), cell.x + kPadding, baseline);
-}
-
-void JobTable::DrawLink(const Cell& cell, const std::string& text, bool enabled) {
-  if (enabled && cell.hovered)
-    Theme::DrawRounded(cell.x + 2, cell.y + 2, cell.w - 5, cell.h - 4, Theme::kSurface,
-                       Theme::kAccent);
-  fl_color(enabled ? Theme::kAccent : Theme::kDisabledText);
-  DrawWords(cell, text, false);
 }
 
 void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   if (!row.dyna) {
     fl_color(Theme::kDisabledText);
-    DrawWords(cell, CellText(row, kForce), false);
+    CellDrawing::Words({cell.x, cell.y, cell.w, cell.h}, CellText(row, kForce));
     return;
   }
   const bool enabled = row.statusValue != JobStatus::kRunning;
-  const int x = cell.x + kPadding;
+  const int x = cell.x + CellDrawing::kPadding;
   const int y = cell.y + (cell.h - kCheckSize) / 2;
   const Fl_Color on = enabled ? Theme::kAccent : Theme::kDisabledText;
   const Fl_Color line = enabled && cell.hovered ? Theme::kAccent : Theme::kLine;
@@ -194,10 +170,8 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
     fl_line_style(0);
   }
   fl_color(enabled ? Theme::kText : Theme::kDisabledText);
-  Cell word = cell;
-  word.x += kCheckSize + 5;
-  word.w -= kCheckSize + 5;
-  DrawWords(word, CellText(row, kForce), false);
+  constexpr int kIndent = kCheckSize + 5;
+  CellDrawing::Words({cell.x + kIndent, cell.y, cell.w - kIndent, cell.h}, CellText(row, kForce));
 }
 
 void JobTable::DrawEmpty(int x, int y, int w, int h) {
@@ -207,9 +181,9 @@ void JobTable::DrawEmpty(int x, int y, int w, int h) {
   fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
   fl_draw(title.c_str(), x, y + h / 2 - 22, w, 20, FL_ALIGN_CENTER, nullptr, 0);
   fl_color(Theme::kMuted);
-  UseCellFont();
-  fl_draw(FitHead(hint, w - 2 * kPadding).c_str(), x, y + h / 2, w, 20, FL_ALIGN_CENTER, nullptr,
-          0);
+  CellDrawing::UseFont();
+  fl_draw(FitHead(hint, w - 2 * CellDrawing::kPadding).c_str(), x, y + h / 2, w, 20,
+          FL_ALIGN_CENTER, nullptr, 0);
 }
 
 bool JobTable::IsButton(int row, int column) {
@@ -244,14 +218,10 @@ std::string JobTable::CellTip(int index, int column) {
 }
 
 int JobTable::NeededWidth(int column) {
-  UseCellFont();
-  const auto width = [](const std::string& text) {
-    return static_cast<int>(std::ceil(fl_width(text.c_str())));
-  };
   int needed = 0;
   for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
-    needed = std::max(needed, width(CellText(ReadRow(index), column)));
-  if (column == kStatus) needed += kStateIcon;
+    needed = std::max(needed, CellDrawing::Width(CellText(ReadRow(index), column)));
+  if (column == kStatus) needed += CellDrawing::kStateIcon;
   if (column == kForce) needed += kCheckSize;
-  return std::max(needed + 2 * kPadding, 60);
+  return std::max(needed, 60);
 }

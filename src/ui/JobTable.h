@@ -58,8 +58,6 @@ class JobTable : public Flx_Table {
   };
   Row ReadRow(int index) const;
   const std::string& CellText(const Row& row, int column) const;
-  void DrawWords(const Cell& cell, const std::string& text, bool keepEnd);
-  void DrawLink(const Cell& cell, const std::string& text, bool enabled);
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobGroup> group_;
