@@ -328,12 +328,7 @@ void Flx_AppWnd::OpenStages() {
   if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
   Flx_MultipleStages dialog(
       this, application_.language,
-      {application_, texts_, Group(), job, [this](int type) { return ToUi(SolverName(type)); },
-       [this](int status) {
-         std::string word;
-         JobStatusWord(status, word);
-         return texts_.Word(word);
-       }});
+      {application_, texts_, Group(), job, [this](int type) { return ToUi(SolverName(type)); }});
   RunDialog(dialog);
 }
 
