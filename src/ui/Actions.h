@@ -42,7 +42,6 @@ struct ActionInfo {
   const char* tipKey;   // of the tool's tooltip
   const char* menuKey;  // null: in no menu
   int shortcut;         // FLTK's key with modifiers; 0: none
-  bool later;           // not available yet: its tool and menu item are disabled
 };
 
 const ActionInfo& InfoOf(Action action);

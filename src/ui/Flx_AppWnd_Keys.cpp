@@ -59,7 +59,7 @@ bool Flx_AppWnd::SolverEnabledFor(Action action) const {
 }
 
 bool Flx_AppWnd::CanPerform(Action action) const {
-  if (InfoOf(action).later || !SolverEnabledFor(action)) return false;
+  if (!SolverEnabledFor(action)) return false;
   switch (action) {
     case Action::kDeleteAll:
       return Group() && Group()->JobCount() > 0;

@@ -117,7 +117,6 @@ std::string Flx_AppWnd::ToolTip(Action action) const {
   std::string tip = texts_.Get(info.tipKey);
   if (info.shortcut)
     tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
-  if (info.later) return texts_.Format("ui_tip_later", tip);
   return SolverEnabledFor(action) ? tip : texts_.Format("ui_tip_disabled", tip);
 }
 

@@ -178,7 +178,6 @@ constexpr TextRow kMore[] = {
     {"ui_tip_command", "Extra options for the solver of the selected job",
      "所选任务的求解器附加选项"},
     {"ui_tip_command_none", "Select a job to give it extra options.", "选中任务后可设置附加选项。"},
-    {"ui_tip_later", "%s (not available yet)", "%s（尚不可用）"},
     {"ui_tip_disabled", "%s (not enabled in this run of the program)",
      "%s（本次运行程序时未启用）"},
     {"ui_tip_iforce", "Force output: passes s= to the solver",
