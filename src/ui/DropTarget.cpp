@@ -1,7 +1,5 @@
 #include "ui/DropTarget.h"
 
-#include <FL/Fl.H>
-
 #include <algorithm>
 #include <cctype>
 
@@ -48,15 +46,6 @@ std::string PathOf(const std::string& line) {
   return path;
 }
 
-Fl_Window* theTarget = nullptr;
-
-// The mouse enters the window just before the drop is told: what lies below it has become the
-// widget to tell, and would refuse.
-int Dispatch(int event, Fl_Window* window) {
-  if (event == FL_DND_RELEASE && window == theTarget && !Fl::modal()) Fl::belowmouse(window);
-  return Fl::handle_(event, window);
-}
-
 bool IsKeywordFile(const std::string& path) {
   std::string ending;
   if (!FileDirWrapper::ExtensionOf(path, ending)) return false;
@@ -65,11 +54,6 @@ bool IsKeywordFile(const std::string& path) {
 }
 
 }  // namespace
-
-void TakeDropsFor(Fl_Window* window) {
-  theTarget = window;
-  Fl::event_dispatch(window ? Dispatch : nullptr);
-}
 
 std::vector<std::string> DroppedPaths(const std::string& text) {
   std::vector<std::string> paths;

@@ -1,15 +1,9 @@
-// Drops onto the main window: who gets them, what was dropped, and the keyword files of a folder.
+// What is dropped on the window, and the keyword files of a folder.
 #ifndef KR_UI_DROPTARGET_H
 #define KR_UI_DROPTARGET_H
 
-#include <FL/Fl_Window.H>
-
 #include <string>
 #include <vector>
-
-// From now on drops anywhere on the window are its own, not of the widget below the mouse; null
-// ends that. Not while a modal window is open.
-void TakeDropsFor(Fl_Window* window);
 
 // The paths in a dropped text: "file://" addresses with "%20" and the like, or plain paths, one a
 // line. Comments and addresses of other kinds are left out. UTF-8 in, UTF-8 out.

@@ -2,12 +2,13 @@
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
+#include <FL/Fl_File_Browser.H>
 #include <FL/Fl_File_Chooser.H>
 #include <FL/Fl_File_Input.H>
 #include <FL/Fl_Native_File_Chooser.H>
 
 #include <filesystem>
-#include <optional>
+#include <functional>
 
 #include "ui/ModalWindow.h"
 
@@ -42,50 +43,107 @@ std::string ChooserFilter(const std::string& filter) {
   return out;
 }
 
-Fl_File_Input* FileNameInput(Fl_Group& group) {
+template <typename Kind>
+Kind* FindIn(Fl_Group& group) {
   for (int i = 0; i < group.children(); ++i) {
-    if (auto* input = dynamic_cast<Fl_File_Input*>(group.child(i))) return input;
+    if (auto* found = dynamic_cast<Kind*>(group.child(i))) return found;
     Fl_Group* inner = group.child(i)->as_group();
-    if (Fl_File_Input* found = inner ? FileNameInput(*inner) : nullptr) return found;
+    if (Kind* found = inner ? FindIn<Kind>(*inner) : nullptr) return found;
   }
   return nullptr;
 }
 
-// Typing an absolute path begins with a slash alone, which the chooser takes for no folder at all
-// and drops. Lives as long as the chooser.
-class RootInput {
+Fl_Window& WindowOf(Fl_File_Chooser& chooser) {
+  return *chooser.newButton->window();
+}
+
+// Comes before a widget's callback. Both live as long as the chooser.
+class Before {
  public:
-  RootInput(Fl_File_Chooser& chooser, Fl_File_Input& input)
-      : chooser_(chooser), next_(input.callback()), data_(input.user_data()) {
-    input.callback(
-        [](Fl_Widget* widget, void* self) {
-          static_cast<RootInput*>(self)->Take(*static_cast<Fl_File_Input*>(widget));
-        },
-        this);
+  Before(Fl_Widget& widget, std::function<bool()> handled)
+      : widget_(widget),
+        handled_(std::move(handled)),
+        next_(widget.callback()),
+        data_(widget.user_data()) {
+    widget.callback([](Fl_Widget*, void* self) { static_cast<Before*>(self)->Call(); }, this);
   }
+  Before(const Before&) = delete;
+  Before& operator=(const Before&) = delete;
 
  private:
-  void Take(Fl_File_Input& input) {
-    if (std::string(input.value()) != "/") return next_(&input, data_);
-    chooser_.directory("/");
-    input.position(1);
+  void Call() {
+    if (!handled_()) next_(&widget_, data_);
   }
 
-  Fl_File_Chooser& chooser_;
+  Fl_Widget& widget_;
+  const std::function<bool()> handled_;
   Fl_Callback* const next_;
   void* const data_;
 };
 
-// The chooser's own way of showing itself puts its list under the mouse.
-void ShowOver(Fl_Window* parent, Fl_File_Chooser& chooser, Fl_File_Input* input) {
-  Fl_Window& window = *chooser.newButton->window();
-  window.xclass("KestrunChooser");
-  window.set_modal();
-  CentreOver(window, parent);
-  window.show();
-  chooser.rescan_keep_filename();
-  if (input) input->take_focus();
-}
+// The toolkit's chooser without two faults: it drops the slash that an absolute path begins with
+// while it is typed, and it reloads its list from within the list's own handling of a double click
+// or key, which then goes on with lines that are gone.
+class Chooser : public Fl_File_Chooser {
+ public:
+  Chooser(const FileChooserTexts& texts, const std::string& filter, int kind)
+      : Fl_File_Chooser(texts.folder.c_str(), filter.c_str(), kind, texts.title.c_str()),
+        input_(*FindIn<Fl_File_Input>(WindowOf(*this))),
+        list_(*FindIn<Fl_File_Browser>(WindowOf(*this))),
+        beforeInput_(input_, [this] { return TakeRoot(); }),
+        beforeList_(list_, [this] { return TakeFolder(); }) {
+    texts.file.empty() ? rescan() : value((texts.folder + "/" + texts.file).c_str());
+  }
+  ~Chooser() { Fl::remove_timeout(EnterFolder, this); }
+
+  // The toolkit's own way puts the list under the mouse.
+  void ShowOver(Fl_Window* parent) {
+    Fl_Window& shell = WindowOf(*this);
+    shell.xclass("KestrunChooser");
+    shell.set_modal();
+    CentreOver(shell, parent);
+    shell.show();
+    rescan_keep_filename();
+    input_.take_focus();
+  }
+
+ private:
+  bool TakeRoot() {
+    if (std::string(input_.value()) != "/") return false;
+    directory("/");
+    input_.position(1);
+    return true;
+  }
+
+  bool TakeFolder() {
+    const char* name = list_.text(list_.value());
+    if (!name || Fl::event_clicks() <= 0) return false;
+    const std::string current = directory() ? directory() : "";
+    folder_ = current.empty() ? name : current + "/" + name;
+    std::error_code error;
+    if (!std::filesystem::is_directory(folder_, error)) return false;
+    // Keys that are repeated count as clicks too; they only move through the list.
+    const bool clicked = Fl::event() != FL_KEYBOARD;
+    Fl::event_clicks(0);
+    if (!clicked) return false;
+    if (!Fl::has_timeout(EnterFolder, this)) Fl::add_timeout(0, EnterFolder, this);
+    return true;
+  }
+
+  static void EnterFolder(void* self) {
+    if (Fl::pushed()) return Fl::repeat_timeout(kLook, EnterFolder, self);
+    auto* chooser = static_cast<Chooser*>(self);
+    chooser->directory(chooser->folder_.c_str());
+  }
+
+  static constexpr double kLook = 0.02;  // seconds, while the mouse button is held
+
+  Fl_File_Input& input_;
+  Fl_File_Browser& list_;
+  Before beforeInput_;
+  Before beforeList_;
+  std::string folder_;  // to be entered
+};
 
 bool MayReplace(const char* path) {
   std::error_code error;
@@ -98,13 +156,8 @@ bool MayReplace(const char* path) {
 std::vector<std::string> ChooseFiles(FileChoice choice, const FileChooserTexts& texts,
                                      Fl_Window* parent) {
   const std::string filter = ChooserFilter(texts.filter);
-  Fl_File_Chooser chooser(texts.folder.c_str(), filter.c_str(), KindOf(choice),
-                          texts.title.c_str());
-  texts.file.empty() ? chooser.rescan() : chooser.value((texts.folder + "/" + texts.file).c_str());
-  Fl_File_Input* input = FileNameInput(*chooser.newButton->window());
-  std::optional<RootInput> root;
-  if (input) root.emplace(chooser, *input);
-  ShowOver(parent, chooser, input);
+  Chooser chooser(texts, filter, KindOf(choice));
+  chooser.ShowOver(parent);
   while (chooser.shown()) Fl::wait();
   std::vector<std::string> chosen;
   // Hidden together with its parent: the program ends, nothing was chosen.

@@ -5,7 +5,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/ComnChmDialog.h"
-#include "ui/DropTarget.h"
+#include "ui/EventFilter.h"
 #include "ui/Layout.h"
 #include "ui/TextWindow.h"
 #include "ui/Theme.h"
@@ -65,13 +65,13 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   resizable(nullptr);
   size_range(Layout::kMinWidth, Layout::kMinHeight);
   ConnectParts();
-  TakeDropsFor(this);
+  FilterEvents(this);
   Refresh();
   if (Table()) Table()->TakeFocus();
 }
 
 Flx_AppWnd::~Flx_AppWnd() {
-  TakeDropsFor(nullptr);
+  FilterEvents(nullptr);
   Fl::remove_timeout(TakeDropped, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
