@@ -25,11 +25,13 @@ step "Building: release"
 build release
 step "Building: address and undefined-behaviour sanitizers"
 build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF
+step "Building: fuzzing programs"
+build fuzz
 step "Compiling for Windows"
 build windows
 
 step "Testing"
-# One run over both builds, so that there is one summary.
+# One run over all builds, so that there is one summary.
 mkdir -p build/all
-printf 'subdirs("%s")\n' "$root/build/release" "$root/build/asan" >build/all/CTestTestfile.cmake
+printf 'subdirs("%s")\n' "$root"/build/{release,asan,fuzz} >build/all/CTestTestfile.cmake
 ctest --test-dir build/all --output-on-failure -j 4
