@@ -12,21 +12,15 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "core/Application.h"
-#include "ui/Flx_AppWnd.h"
-#include "ui/Language.h"
-#include "ui/QueueNotes.h"
-#include "ui/Theme.h"
+#include "QueueProgram.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr int kFrames = 400;
@@ -87,26 +81,6 @@ JobTable* FindTable(Fl_Group& group) {
   return nullptr;
 }
 
-std::shared_ptr<JobFile> MakeJob(const Settings& settings, const std::string& deck) {
-  auto job = std::make_shared<JobFileDyna>(settings);
-  job->jobFile = deck;
-  job->pause = 0;
-  return job;
-}
-
-void RunWindowFor(double seconds) {
-  const Clock::time_point end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                                   std::chrono::duration<double>(seconds));
-  while (Clock::now() < end) {
-    Fl::wait(std::chrono::duration<double>(end - Clock::now()).count());
-  }
-}
-
-void Tick(void* application) {
-  static_cast<Application*>(application)->Tick();
-  Fl::repeat_timeout(Application::kPollSeconds, Tick, application);
-}
-
 // The polls alone: a thread a process, as the groups have.
 double PollPercent(const std::string& solver, const std::string& deck, double seconds) {
   std::vector<std::unique_ptr<PTWrapperProcess>> processes;
@@ -132,81 +106,51 @@ double PollPercent(const std::string& solver, const std::string& deck, double se
 
 int main(int argc, char** argv) {
   const double seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
-  char scratch[] = "/tmp/window-run-XXXXXX";
-  if (mkdtemp(scratch) == nullptr) return 1;
-  setenv("XDG_CONFIG_HOME", scratch, 1);
-  setenv("TMPDIR", scratch, 1);
-  const fs::path self = fs::read_symlink("/proc/self/exe");
-  const std::string solver = (self.parent_path() / "standin_solver").string();
+  QueueProgram program;
+  if (!program.Ready()) return 1;
+  const std::unique_ptr<Flx_AppWnd> window = program.MakeWindow();
+  window->show();
+  RunWindowFor(1);
 
-  Fl::lock();
-  Theme::Apply();
-  QueueNotes notes;
-  Application application;
-  const char* arguments[] = {self.c_str()};
-  if (!application.Initialise(1, arguments)) return 1;
-  application.SettingsAndFiles().SetSolverPath(Settings::kLsDynaSingle, solver);
-  const Settings settings = application.SettingsAndFiles().Snapshot();
-  TextTable texts;
-  FillTexts(0, application.Title(), texts);
-  {
-    Flx_AppWnd window(application, notes, texts);
-    window.show();
-    RunWindowFor(1);
-
-    JobGroupManager& manager = application.Manager();
-    const auto group = manager.GroupAt(0);
-    for (int i = 0; i < kScrolledJobs; ++i) {
-      group->AddJob(MakeJob(settings, std::string(scratch) + "/deck" + std::to_string(i) + ".k"));
-    }
-    RunWindowFor(0.5);
-    JobTable* const table = FindTable(window);
-    if (table == nullptr) return 1;
-    BareWindow bare;
-    bare.show();
-    RunWindowFor(0.5);
-    const auto scrollTable = [&](int frame) { table->SelectRow(frame * 23 % kScrolledJobs); };
-    const auto scrollBare = [&](int frame) {
-      bare.offset = frame;
-      bare.redraw();
-    };
-    FrameMilliseconds(scrollTable);  // fonts and pictures are loaded once
-    const double bareFrame = FrameMilliseconds(scrollBare);
-    const double frame = FrameMilliseconds(scrollTable);
-    std::printf(
-        "scrolling %d jobs: %.2f ms a frame, bare window with as many texts: %.2f ms, "
-        "ratio %.2f\n",
-        kScrolledJobs, frame, bareFrame, frame / bareFrame);
-    bare.hide();
-
-    while (group->JobCount() > kQueuedJobs) group->RemoveJob(group->JobCount() - 1);
-    const std::string deck = std::string(scratch) + "/long.k";
-    std::ofstream(deck)
-        << "$ standin: run 3600\n*KEYWORD\n*CONTROL_TERMINATION\n       1.0\n*END\n";
-    const double polls = PollPercent(solver, deck, seconds);
-    for (int i = 0; i < kRunningJobs; ++i) {
-      const std::string folder = std::string(scratch) + "/run" + std::to_string(i);
-      fs::create_directory(folder);
-      fs::copy_file(deck, folder + "/long.k");
-      const auto runner = manager.GroupAt(manager.AddGroup("run" + std::to_string(i)));
-      runner->AddJob(MakeJob(settings, folder + "/long.k"));
-      runner->Submit();
-    }
-    window.Refresh();
-    Fl::add_timeout(Application::kPollSeconds, Tick, &application);
-    RunWindowFor(4);
-    const double before = ProcessorSeconds();
-    RunWindowFor(seconds);
-    const double used = (ProcessorSeconds() - before) / seconds * 100;
-    std::printf(
-        "left alone, %d queued and %d running: %.3f%% of a core; their polls alone %.3f%%; "
-        "beyond them %.3f%%\n",
-        kQueuedJobs, kRunningJobs, used, polls, used - polls);
-    Fl::remove_timeout(Tick, &application);
-    for (int i = 0; i < manager.GroupCount(); ++i) manager.GroupAt(i)->Stop();
+  JobGroupManager& manager = program.App().Manager();
+  const auto group = manager.GroupAt(0);
+  for (int i = 0; i < kScrolledJobs; ++i) {
+    group->AddJob(program.MakeJob(program.Scratch() + "/deck" + std::to_string(i) + ".k"));
   }
-  application.Shutdown();
-  std::error_code ignored;
-  fs::remove_all(scratch, ignored);
+  RunWindowFor(0.5);
+  JobTable* const table = FindTable(*window);
+  if (table == nullptr) return 1;
+  BareWindow bare;
+  bare.show();
+  RunWindowFor(0.5);
+  const auto scrollTable = [&](int frame) { table->SelectRow(frame * 23 % kScrolledJobs); };
+  const auto scrollBare = [&](int frame) {
+    bare.offset = frame;
+    bare.redraw();
+  };
+  FrameMilliseconds(scrollTable);  // fonts and pictures are loaded once
+  const double bareFrame = FrameMilliseconds(scrollBare);
+  const double frame = FrameMilliseconds(scrollTable);
+  std::printf(
+      "scrolling %d jobs: %.2f ms a frame, bare window with as many texts: %.2f ms, "
+      "ratio %.2f\n",
+      kScrolledJobs, frame, bareFrame, frame / bareFrame);
+  bare.hide();
+
+  while (group->JobCount() > kQueuedJobs) group->RemoveJob(group->JobCount() - 1);
+  const std::string deck = program.Scratch() + "/long.k";
+  std::ofstream(deck) << QueueProgram::kLongDeck;
+  const double polls = PollPercent(program.Solver(), deck, seconds);
+  for (int i = 0; i < kRunningJobs; ++i) program.RunLongJob("run" + std::to_string(i));
+  window->Refresh();
+  program.StartPolls();
+  RunWindowFor(4);
+  const double before = ProcessorSeconds();
+  RunWindowFor(seconds);
+  const double used = (ProcessorSeconds() - before) / seconds * 100;
+  std::printf(
+      "left alone, %d queued and %d running: %.3f%% of a core; their polls alone %.3f%%; "
+      "beyond them %.3f%%\n",
+      kQueuedJobs, kRunningJobs, used, polls, used - polls);
   return 0;
 }

@@ -3,7 +3,6 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Browser.H>
-#include <FL/Fl_Button.H>
 
 #include <algorithm>
 #include <atomic>
@@ -18,16 +17,20 @@
 #include "ui/DialogRow.h"
 #include "ui/Language.h"
 #include "ui/Text.h"
+#include "ui/Theme.h"
 
 namespace {
 
 constexpr double kLookSeconds = 0.1;
 // Files that are read in this time show without a progress line before.
-constexpr std::chrono::milliseconds kAtOnce{100};
+constexpr std::chrono::milliseconds kAtOnce{20};
 constexpr Fl_Color kGreenLamp = 63;
 constexpr Fl_Color kRedLamp = 88;
 constexpr int kLeastWidth = 320;
 constexpr int kLeastHeight = 200;
+constexpr int kBarWidth = 200;
+constexpr int kBarHeight = 8;
+constexpr int kBarGap = 14;
 
 // Begins no formatting in a list: none of its lines holds this character. (With 0, which should
 // turn formatting off, the toolkit reads behind the end of empty lines.)
@@ -74,6 +77,8 @@ Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
   SetTexts("successful", "Successful", "成功");
   SetTexts("failed", "Failed", "失败");
   SetTexts("reading", "Reading the files of the run...", "正在读取运行结果文件...");
+  SetTexts("close", "Close", "关闭");
+  SetTexts("cancel", "Cancel", "取消");
   SetTexts("no_thread", "The files of the run cannot be read now. Please try again.",
            "现在无法读取运行结果文件，请稍后再试。");
 }
@@ -97,7 +102,8 @@ bool Flx_ShowInfo::Initialise() {
   list->textsize(kLayoutLabelSize);
   close->shortcut(FL_Enter);
   KeepRow(*Window(), {lamp, word}, Window()->w() - 1);
-  KeepRow(*Window(), {close}, 0);
+  MakeBar(*close);
+  KeepRow(*Window(), {bar_, close}, 0);
   Window()->resizable(list);
   Window()->size_range(kLeastWidth, kLeastHeight);
   CentreOnParent();
@@ -108,6 +114,18 @@ bool Flx_ShowInfo::Initialise() {
 
 int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
   return widget == FindWidget("ID_BUTTON1") ? 0 : -1;
+}
+
+// Beside the button, while files are read.
+void Flx_ShowInfo::MakeBar(const Fl_Button& close) {
+  Fl_Group::current(nullptr);
+  bar_ = new Fl_Progress(close.x() - kBarWidth - kBarGap, close.y() + (close.h() - kBarHeight) / 2,
+                         kBarWidth, kBarHeight);
+  bar_->maximum(100);
+  bar_->box(FL_FLAT_BOX);
+  bar_->color(Theme::kPressed, Theme::kAccent);
+  bar_->hide();
+  Window()->add(bar_);
 }
 
 void Flx_ShowInfo::StartReading() {
@@ -162,12 +180,15 @@ bool Flx_ShowInfo::ShowWhenRead() {
   auto* list = Find<Fl_Browser>("ID_LIST1");
   list->clear();
   for (const std::string& line : reading_->lines) list->add(ListLine(line).c_str());
+  bar_->hide();
+  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("close")));
   return true;
 }
 
 void Flx_ShowInfo::ShowProgress() {
-  auto* list = Find<Fl_Browser>("ID_LIST1");
-  list->clear();
-  const int percent = reading_->percent;
-  list->add((Shown("reading") + " " + std::to_string(percent) + "%").c_str());
+  bar_->value(static_cast<float>(reading_->percent));
+  if (bar_->visible()) return;
+  Find<Fl_Browser>("ID_LIST1")->add(Shown("reading").c_str());
+  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("cancel")));
+  bar_->show();
 }

@@ -2,13 +2,16 @@
 #ifndef KR_UI_FLX_SHOWINFO_H
 #define KR_UI_FLX_SHOWINFO_H
 
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Progress.H>
+
 #include <memory>
 
 #include "core/JobInformation.h"
 #include "ui/Flx_Base_Dialog.h"
 
-// The files are read on a thread of its own, since they may be big; the window shows how far it is
-// and can be closed at any time.
+// The files are read on a thread of its own, since they may be big; a bar shows how far it is and
+// the button cancels it.
 class Flx_ShowInfo : public Flx_Base_Dialog {
  public:
   Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output);
@@ -19,6 +22,7 @@ class Flx_ShowInfo : public Flx_Base_Dialog {
 
  private:
   struct Reading;  // shared with the thread, which may outlive the dialog
+  void MakeBar(const Fl_Button& close);
   void StartReading();
   static void Look(void* self);
   bool ShowWhenRead();
@@ -26,6 +30,7 @@ class Flx_ShowInfo : public Flx_Base_Dialog {
 
   const JobOutput output_;
   std::shared_ptr<Reading> reading_;
+  Fl_Progress* bar_ = nullptr;  // the window's
 };
 
 #endif
