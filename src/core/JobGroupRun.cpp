@@ -131,9 +131,11 @@ int JobGroup::RunJob(JobFile& job) {
   } catch (const std::exception& error) {
     manager_.Settings().Log().Report("Run job [%s] failed: %s", OrNull(job.jobFile), error.what());
   }
-  // The driver leaves an aborted solver running; it must not outlive its job. One that has ended is
-  // let go, since each one held costs a descriptor and a queue may be long.
-  if (!job.process.Terminate() && job.abort) {
+  // The driver leaves an aborted solver running; it must not outlive its job, nor must what a
+  // launcher that died meanwhile has started. One that has ended is let go, since each one held
+  // costs a descriptor and a queue may be long.
+  const bool aborted = job.abort && status == JobStatus::kAborted;
+  if (!(aborted ? job.process.TerminateAll() : job.process.Terminate()) && job.abort) {
     manager_.Settings().Log().ReportLine(job.process.LastError());
   }
   return status;

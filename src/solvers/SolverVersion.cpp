@@ -152,7 +152,7 @@ bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
       return report.major && report.revision;
     });
     readNew();
-    if (!process.Terminate()) tell(process.LastError());
+    if (!(abort ? process.TerminateAll() : process.Terminate())) tell(process.LastError());
   } else {
     tell(process.LastError());
   }

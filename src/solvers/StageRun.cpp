@@ -30,18 +30,22 @@ std::string SolverPath(const Settings& settings, int type) {
   return settings.solver_path.at(static_cast<std::size_t>(type));
 }
 
-// Ends what a driver has left running, on every way out.
+// Ends what a driver has left running, on every way out; after an abort also what a solver that
+// has ended by itself has left.
 class SolverEnd {
  public:
-  explicit SolverEnd(JobFile& job) : job_(job) {}
+  SolverEnd(JobFile& job, const int& status) : job_(job), status_(status) {}
   ~SolverEnd() {
-    if (!job_.process.Terminate() && job_.abort) Report(job_, job_.process.LastError());
+    const bool aborted = job_.abort && status_ == JobStatus::kAborted;
+    const bool ended = aborted ? job_.process.TerminateAll() : job_.process.Terminate();
+    if (!ended && job_.abort) Report(job_, job_.process.LastError());
   }
   SolverEnd(const SolverEnd&) = delete;
   SolverEnd& operator=(const SolverEnd&) = delete;
 
  private:
   JobFile& job_;
+  const int& status_;
 };
 
 // True while a session is wanted.
@@ -143,10 +147,11 @@ class StageRun {
 
   int RunThroughDriver(JobFile& stage) {
     const RunScope scope(stage, context_);
-    const SolverEnd end(stage);
+    int status = JobStatus::kAborted;
+    const SolverEnd end(stage, status);
     try {
       JobSolver* const driver = hooks_.solverFor(stage.GetSolverType());
-      if (driver != nullptr) return driver->Run(stage, context_);
+      if (driver != nullptr) return status = driver->Run(stage, context_);
       Fail(stage, RunError::kSolverMissing,
            "No solver of type " + std::to_string(stage.GetSolverType()) + " for job [" +
                ShownPath(stage.jobFile) + "]");
@@ -154,7 +159,7 @@ class StageRun {
       Fail(stage, RunError::kNotStarted,
            "Run job [" + ShownPath(stage.jobFile) + "] failed: " + error.what());
     }
-    return JobStatus::kAborted;
+    return status;
   }
 
   void TakeResultOf(const JobFile& stage) {

@@ -49,6 +49,10 @@ class PTWrapperProcess : public PTWrapper {
   // has ended by itself is only forgotten. True when nothing is left of it, or no child was held.
   bool Terminate();
 
+  // The same, and what a child that has ended by itself left running ends too: for a run that is to
+  // be over as a whole.
+  bool TerminateAll();
+
   // The child's exit state: its exit code, 128 + the signal's number when a signal ended it
   // (Linux), 255 when its console was killed and took the answer along (Linux), 259 while it runs,
   // -1 when there is no child.

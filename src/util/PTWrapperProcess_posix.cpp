@@ -27,6 +27,7 @@ constexpr std::chrono::milliseconds kTerminateTime{1900};
 constexpr int kWaitMilliseconds = 200;
 constexpr int kStillActive = 259;
 constexpr int kUnknownExitCode = 255;
+constexpr int kSignalExitCode = 128;
 // Every started program carries its own token in this variable, after those of the programs around
 // it; what it starts inherits them.
 constexpr char kTokenVariable[] = "KR_RUN";
@@ -96,15 +97,16 @@ struct PTWrapperProcess::Private {
     std::unique_ptr<Console> console;
     std::optional<int> exitCode;
 
-    // The first answer with an exit code is the last look at the process: its id is free then.
+    // One without a console is not collected before it is let go: so long nothing else has its id.
     bool HasEnded();
-    bool End();
+    bool EndTree();
     void LetGo();
   };
 
   bool StartInConsole(const ChildStart& start, const std::string& title, Child& started,
                       bool& failed);
   bool StartAlone(ChildStart start, Child& started) const;
+  bool Forget(bool ended);
 
   std::mutex mutex;  // guards `child`
   std::optional<Child> child;
@@ -118,30 +120,35 @@ bool PTWrapperProcess::Private::Child::HasEnded() {
     exitCode = console->Poll();
     return exitCode.has_value();
   }
-  int status = 0;
-  const pid_t got = waitpid(key.pid, &status, WNOHANG);
-  if (got == key.pid) exitCode = ExitCodeOf(status);
-  if (got < 0) exitCode = kUnknownExitCode;
+  siginfo_t info{};
+  if (waitid(P_PID, static_cast<id_t>(key.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) {
+    exitCode = kUnknownExitCode;
+  } else if (info.si_pid == key.pid) {
+    exitCode = info.si_code == CLD_EXITED ? info.si_status : kSignalExitCode + info.si_status;
+  }
   return exitCode.has_value();
 }
 
-// Ends the whole tree; true when nothing of it is left.
-bool PTWrapperProcess::Private::Child::End() {
-  if (HasEnded()) return true;
+// True when nothing of the tree is left.
+bool PTWrapperProcess::Private::Child::EndTree() {
   ProcessTree tree(token);
-  tree.AddRoot(key.start == 0 ? KeyOf(key.pid) : key);
   if (console) {
+    tree.AddRoot(key);
     for (const ProcessKey& process : console->Processes()) tree.AddConsole(process);
+  } else {
+    tree.AddLeader(key.start == 0 ? KeyOf(key.pid) : key);
   }
   if (tree.End(kTerminateTime)) return true;
   // The tree may not even be seen, for want of descriptors. This needs none: the child is ours and
   // not collected, and leads the group that most of what it started is in.
-  if (!console && !HasEnded()) kill(-key.pid, SIGKILL);
+  if (!console) kill(-key.pid, SIGKILL);
   return false;
 }
 
 void PTWrapperProcess::Private::Child::LetGo() {
-  if (!HasEnded() && !console) LetChildGo(key.pid);
+  if (console) return;
+  LetChildGo(key.pid);
+  SweepChildren();
 }
 
 // False without `failed` when there is no console to have.
@@ -187,6 +194,12 @@ bool PTWrapperProcess::Private::StartAlone(ChildStart start, Child& started) con
   started.key = KeyOf(pid);
   started.pinned = PinProcess(pid);
   return true;
+}
+
+bool PTWrapperProcess::Private::Forget(bool ended) {
+  child->LetGo();
+  child.reset();
+  return ended;
 }
 
 PTWrapperProcess::PTWrapperProcess() : p_(std::make_unique<Private>()) {}
@@ -265,12 +278,16 @@ bool PTWrapperProcess::IsActive() const {
 
 bool PTWrapperProcess::Terminate() {
   const std::lock_guard<std::mutex> lock(p_->mutex);
-  if (!p_->child) return true;
-  const bool ended = p_->child->End();
-  p_->child->LetGo();
-  p_->child.reset();
-  if (!ended) SetLastError("TerminateProcess failed, It might be closed by System");
-  return ended;
+  if (!p_->child || p_->Forget(p_->child->HasEnded() || p_->child->EndTree())) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
+}
+
+bool PTWrapperProcess::TerminateAll() {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  if (!p_->child || p_->Forget(p_->child->EndTree())) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
 }
 
 int PTWrapperProcess::ExitCode() const {

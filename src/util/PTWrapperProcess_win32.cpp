@@ -56,6 +56,13 @@ const char* MakePipe(Pipe& pipe) {
   return nullptr;
 }
 
+bool IsEmpty(HANDLE job) {
+  JOBOBJECT_BASIC_ACCOUNTING_INFORMATION info{};
+  return QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &info, sizeof info,
+                                   nullptr) &&
+         info.ActiveProcesses == 0;
+}
+
 // A child that has ended stays readable here: a code of 259 is then its own.
 bool HasEnded(HANDLE process) {
   return WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
@@ -65,6 +72,7 @@ bool HasEnded(HANDLE process) {
 
 struct PTWrapperProcess::Private {
   bool Start(const char* program, std::string& commandLine, STARTUPINFOA& startup, DWORD flags);
+  bool End(bool leftovers);
 
   std::mutex mutex;          // guards what follows
   HANDLE process = nullptr;  // forgotten by Terminate, never closed: its id cannot be taken over
@@ -89,6 +97,27 @@ bool PTWrapperProcess::Private::Start(const char* program, std::string& commandL
   CloseHandle(info.hThread);
   process = info.hProcess;
   processId = info.dwProcessId;
+  return true;
+}
+
+// Forgets the child. True when it has ended, and with it all that it started; of a child that had
+// ended before, the latter only counts with `leftovers`.
+bool PTWrapperProcess::Private::End(bool leftovers) {
+  const HANDLE ending = std::exchange(process, nullptr);
+  const Handle tree = std::move(job);
+  processId = 0;
+  if (HasEnded(ending) && !leftovers) return true;
+  DWORD code = 0;
+  GetExitCodeProcess(ending, &code);
+  if (!TerminateProcess(ending, code) && !HasEnded(ending)) return false;
+  if (tree && !TerminateJobObject(tree.get(), code)) return false;
+  constexpr ULONGLONG kEndMilliseconds = 1900;
+  constexpr DWORD kPauseMilliseconds = 10;
+  const ULONGLONG deadline = GetTickCount64() + kEndMilliseconds;
+  while (!HasEnded(ending) || (tree && !IsEmpty(tree.get()))) {
+    if (GetTickCount64() >= deadline) return false;
+    Sleep(kPauseMilliseconds);
+  }
   return true;
 }
 
@@ -142,7 +171,8 @@ bool PTWrapperProcess::Create(const std::string& exePath, const std::string& com
   const bool inFolder = workDir.empty() || FileDirWrapper::SetCurrentDir(workDir);
   const std::string program = exePath.empty() ? exePath : FileDirWrapper::ShortPath(exePath);
   std::string line = commandLine;
-  if (!inFolder ||
+  const bool named = !program.empty() || !line.empty();  // the system reads through two nulls
+  if (!inFolder || !named ||
       !p_->Start(program.empty() ? nullptr : program.c_str(), line, startup, creationFlags)) {
     SetLastError("CreateProcess %s %s failed", program.c_str(), commandLine.c_str());
     return false;
@@ -180,19 +210,16 @@ bool PTWrapperProcess::IsActive() const {
 
 bool PTWrapperProcess::Terminate() {
   const std::lock_guard<std::mutex> lock(p_->mutex);
-  if (!p_->process) return true;
-  const HANDLE process = std::exchange(p_->process, nullptr);
-  const Handle job = std::move(p_->job);
-  p_->processId = 0;
-  if (HasEnded(process)) return true;
-  DWORD code = 0;
-  GetExitCodeProcess(process, &code);
-  bool ended = TerminateProcess(process, code) || HasEnded(process);
-  if (job) ended = TerminateJobObject(job.get(), code) && ended;
-  constexpr DWORD kEndMilliseconds = 2000;
-  if (ended) ended = WaitForSingleObject(process, kEndMilliseconds) == WAIT_OBJECT_0;
-  if (!ended) SetLastError("TerminateProcess failed, It might be closed by System");
-  return ended;
+  if (!p_->process || p_->End(false)) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
+}
+
+bool PTWrapperProcess::TerminateAll() {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  if (!p_->process || p_->End(true)) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
 }
 
 int PTWrapperProcess::ExitCode() const {

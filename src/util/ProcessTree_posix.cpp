@@ -26,6 +26,11 @@ void ProcessTree::AddRoot(const ProcessKey& key) {
   earliest_ = std::min(earliest_, key.start);
 }
 
+void ProcessTree::AddLeader(const ProcessKey& key) {
+  AddRoot(key);
+  sessions_.insert(key.pid);
+}
+
 void ProcessTree::AddConsole(const ProcessKey& key) {
   AddRoot(key);
   consoles_[key.pid] = key.start;

@@ -20,6 +20,8 @@ class ProcessTree {
   explicit ProcessTree(std::string token);
 
   void AddRoot(const ProcessKey& key);
+  // A root that leads a session. It may have ended, but must not have been collected.
+  void AddLeader(const ProcessKey& key);
   // The terminal, or the program in it that waits for the solver: these end last, so that the
   // others do not lose their console while they finish politely.
   void AddConsole(const ProcessKey& key);

@@ -153,6 +153,38 @@ TEST(ProcessPosix, TerminateEndsEverythingThatItStarted) {
   for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
 }
 
+// Like the ranks of a launcher that was killed: one beside it, one in a session of its own, and one
+// without the environment that it was given.
+TEST(ProcessPosix, WhatADeadLauncherLeftRunsOnUntilAllIsToEnd) {
+  const TempFolder folder;
+  const std::string pids = folder / "pids";
+  const std::string rank =
+      folder.Write("rank.sh", "trap '' TERM HUP; echo $$ >> " + pids + "; " + Loop("sleep 0.1"));
+  const std::string launcher =
+      folder.Write("launcher.sh", "/bin/sh " + rank + " & setsid /bin/sh " + rank +
+                                      " & env -i /bin/sh " + rank + " &\nwhile test \"$(wc -l < " +
+                                      pids + ")\" != 3; do sleep 0.05; done\nkill -9 $$");
+  const auto start = [&](PTWrapperProcess& process) {
+    folder.Write("pids", "");
+    ASSERT_TRUE(StartScript(process, launcher));
+    ASSERT_TRUE(Becomes([&] { return !process.IsActive(); }));
+    ASSERT_EQ(NumbersIn(pids).size(), 3u);
+  };
+  PTWrapperProcess process;
+  start(process);
+  EXPECT_TRUE(process.Terminate());
+  const std::vector<int> spared = NumbersIn(pids);
+  start(process);
+  const Clock::time_point begin = Clock::now();
+  EXPECT_TRUE(process.TerminateAll());
+  EXPECT_LT(Clock::now() - begin, seconds(2));
+  for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
+  for (const pid_t pid : spared) {
+    EXPECT_TRUE(IsAlive(pid)) << "another run's";
+    kill(pid, SIGKILL);
+  }
+}
+
 TEST(ProcessPosix, TerminateAsksFirst) {
   const TempFolder folder;
   const std::string script =
