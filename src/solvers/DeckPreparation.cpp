@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "jobs/DeckReader.h"
-#include "jobs/JobArguments.h"
+#include "jobs/StageDecks.h"
 #include "solvers/KeywordCards.h"
 #include "solvers/NewFile.h"
 #include "solvers/NodeSet.h"
@@ -196,7 +196,7 @@ class LineRules {
   bool ended_ = false;
 };
 
-enum class Outcome { kChanged, kSame, kFailed };
+enum class Outcome { kChanged, kSame, kUnreadable, kFailed };
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -215,7 +215,7 @@ std::size_t LineEndLength(std::string_view line) {
 Outcome WriteNewDeck(const std::string& deck, std::FILE* to, LineRules& rules,
                      const std::atomic<bool>& stop) {
   ExactLines lines;
-  if (!lines.Open(deck)) return Outcome::kFailed;
+  if (!lines.Open(deck)) return Outcome::kUnreadable;
   Outcome outcome = Outcome::kSame;
   bool whole = true;
   for (std::string_view line; lines.Next(line, whole);) {
@@ -233,67 +233,84 @@ Outcome WriteNewDeck(const std::string& deck, std::FILE* to, LineRules& rules,
     if (!written || stop) return Outcome::kFailed;
     if (fate != LineRules::Fate::kKeep) outcome = Outcome::kChanged;
   }
-  return lines.Failed() ? Outcome::kFailed : outcome;
+  return lines.Failed() ? Outcome::kUnreadable : outcome;
 }
 
-// Puts the new deck in the old one's place, which becomes DECK.bak.
+std::string BackupOf(const std::string& deck) {
+  return deck + ".bak";
+}
+
+// Puts the new deck in the old one's place, which becomes DECK.bak. There is a deck at any moment.
 bool Exchange(const std::string& newDeck, const std::string& deck) {
-  const std::string backup = deck + ".bak";
+  const std::string backup = BackupOf(deck);
   if (FileDirWrapper::FileExists(backup) && !FileDirWrapper::RemoveFile(backup)) return false;
-  if (std::rename(deck.c_str(), backup.c_str()) != 0) return false;
+  if (!KeepAs(deck, backup)) return false;
   if (FileDirWrapper::ReplaceFileWith(newDeck, deck)) return true;
-  std::rename(backup.c_str(), deck.c_str());
+  if (FileDirWrapper::FileExists(deck)) FileDirWrapper::RemoveFile(backup);
   return false;
 }
 
-bool RewriteDeck(const std::string& deck, CardFormat format, NodeSet& nodes,
-                 const std::atomic<bool>& stop) {
+Outcome RewriteDeck(const std::string& deck, CardFormat format, NodeSet& nodes,
+                    const std::atomic<bool>& stop) {
   const std::string newDeck = deck + "~~";
   FileDirWrapper::RemoveFile(newDeck);
   std::unique_ptr<std::FILE, CloseFile> file(CreateFileLike(newDeck, deck));
-  if (!file) return false;
+  if (!file) return Outcome::kFailed;
   LineRules rules(format, nodes);
   Outcome outcome = WriteNewDeck(deck, file.get(), rules, stop);
   if (std::fclose(file.release()) != 0) outcome = Outcome::kFailed;
-  if (outcome == Outcome::kChanged && Exchange(newDeck, deck)) return true;
+  if (outcome == Outcome::kChanged) {
+    if (Exchange(newDeck, deck)) return outcome;
+    outcome = Outcome::kFailed;
+  }
   FileDirWrapper::RemoveFile(newDeck);
-  return outcome == Outcome::kSame;
+  return outcome;
 }
 
-std::string BesideDeck(const std::string& deck, const std::string& file) {
-  if (FileDirWrapper::AbsolutePath(file) == file) return file;
-  return FileDirWrapper::Join(FolderOf(deck), file);
+std::string Unreadable(const std::string& file) {
+  return "Read file [" + file + "] failed";
+}
+
+std::string HowItFailed(const std::string& deck, Outcome outcome) {
+  if (outcome == Outcome::kUnreadable) return Unreadable(deck);
+  const std::string words = "Prepare deck [" + deck + "] failed, ";
+  if (FileDirWrapper::FileExists(deck)) return words + "it stays as it was";
+  return words + "the old deck is [" + BackupOf(deck) + "]";
 }
 
 }  // namespace
 
-bool PrepareDeck(const std::string& deck,
+bool PrepareDeck(const std::string& deckPath,
                  const std::function<void(const std::string& line)>& report,
                  const std::atomic<bool>& stop) {
+  const std::string deck = FileDirWrapper::AbsolutePath(deckPath);
   const auto goOn = [&stop](std::uint64_t, std::uint64_t) { return !stop; };
   DeckReader deckReader;
   deckReader.SetProgress(goOn);
-  if (!deckReader.Open(deck)) {
-    report("Read file [" + deck + "] failed");
+  const bool opened = deckReader.Open(deck);
+  const DeckResults results = opened ? FindResults(deckReader) : DeckResults();
+  if (stop) return false;
+  if (!opened || deckReader.Failed()) {
+    report(Unreadable(deck));
     return false;
   }
-  const DeckResults results = FindResults(deckReader);
-  if (results.files.empty()) return !stop && !deckReader.Failed();
+  if (results.files.empty()) return true;
 
   NodeSet nodes;
   for (const std::string& name : results.files) {
-    const std::string file = BesideDeck(deck, name);
+    const std::string file = IncludedPath(deck, name);
     DeckReader reader;
     reader.SetProgress(goOn);
-    const bool opened = reader.Open(file);
-    if (opened) ReadResult(reader, results.format, nodes);
+    const bool found = reader.Open(file);
+    if (found) ReadResult(reader, results.format, nodes);
     if (stop) return false;
-    if (!opened || reader.Failed()) {
-      report("Read file [" + file + "] failed");
+    if (!found || reader.Failed()) {
+      report(Unreadable(file));
       return false;
     }
   }
-  if (RewriteDeck(deck, results.format, nodes, stop)) return true;
-  if (!stop) report("Prepare deck [" + deck + "] failed, it stays as it was");
+  const Outcome outcome = RewriteDeck(deck, results.format, nodes, stop);
+  if (outcome == Outcome::kChanged || outcome == Outcome::kSame) return true;
+  if (!stop) report(HowItFailed(deck, outcome));
   return false;
 }

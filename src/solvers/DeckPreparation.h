@@ -19,8 +19,9 @@
 // not touched, nor is one whose result cannot be read. Fixed, ten-digit, long and comma-separated
 // cards are understood. Decks and results of any size are read in small pieces.
 //
-// False when something failed (reported) or `stop` was set: the deck is as it was.
-bool PrepareDeck(const std::string& deck,
+// At any moment there is a deck under its name, the old one or the whole new one. False when
+// something failed (reported) or `stop` was set: the deck is as it was.
+bool PrepareDeck(const std::string& deckPath,
                  const std::function<void(const std::string& line)>& report,
                  const std::atomic<bool>& stop);
 

@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "solvers/NewFile.h"
 
 std::FILE* CreateFileLike(const std::string& path, const std::string& like) {
@@ -17,4 +19,10 @@ std::FILE* CreateFileLike(const std::string& path, const std::string& like) {
     unlink(path.c_str());
   }
   return file;
+}
+
+bool KeepAs(const std::string& path, const std::string& name) {
+  if (link(path.c_str(), name.c_str()) == 0) return true;
+  std::error_code failed;
+  return std::filesystem::copy_file(path, name, failed);
 }

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <sys/stat.h>
+#include <windows.h>
 
 #include "solvers/NewFile.h"
 
@@ -12,4 +13,9 @@ std::FILE* CreateFileLike(const std::string& path, const std::string&) {
   std::FILE* const file = _fdopen(fd, "wb");
   if (file == nullptr) _close(fd);
   return file;
+}
+
+bool KeepAs(const std::string& path, const std::string& name) {
+  return CreateHardLinkA(name.c_str(), path.c_str(), nullptr) ||
+         CopyFileA(path.c_str(), name.c_str(), TRUE);
 }

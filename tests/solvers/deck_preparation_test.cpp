@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <set>
+#include <thread>
 
 #include "solvers/DeckPreparation.h"
 #include "solvers/NodeSet.h"
@@ -148,11 +150,44 @@ TEST_F(PreparationTest, AFailureLeavesTheDeck) {
     EXPECT_FALSE(Exists("deck.k~~"));
   }
 
+#ifdef __linux__
+  // Opens, and cannot be read.
+  const std::string broken = folder_ / "broken.k";
+  std::filesystem::create_symlink("/proc/self/mem", broken);
+  EXPECT_FALSE(Prepare(broken));
+  EXPECT_EQ(log_.back(), "Read file [" + broken + "] failed");
+  EXPECT_TRUE(std::filesystem::is_symlink(broken));
+#endif
+
   log_.clear();
   stop_ = true;
   EXPECT_EQ(Prepared(deck, result), deck);
   EXPECT_FALSE(prepared_ || Exists("deck.k~~") || Exists("deck.k.bak"));
   EXPECT_TRUE(log_.empty());
+}
+
+// A solver of another job, or a user's editor, may look at the deck at any moment.
+TEST_F(PreparationTest, ThereIsAlwaysAWholeDeck) {
+  const std::string deck = kInclude + "*NODE\n" + kNodes[0] + kConstraints + "\n";
+  const std::string path = folder_.Write("deck.k", deck);
+  std::string given = path;
+  if (FileDirWrapper::kSeparator == '/') std::replace(given.begin(), given.end(), '/', '\\');
+  std::atomic<bool> done{false};
+  int missing = 0;
+  std::thread reader([&] {
+    while (!done) {
+      if (TempFolder::Read(path).size() < deck.size() - kConstraints.size()) ++missing;
+    }
+  });
+  for (int i = 0; i < 200; ++i) {
+    FileDirWrapper::WriteFileWhole(path, deck);
+    folder_.Write("result.k", i % 2 == 0 ? "*NODE\n" : "*NODE\n" + kNodes[0] + "\n");
+    EXPECT_TRUE(Prepare(given));
+  }
+  done = true;
+  reader.join();
+  EXPECT_EQ(missing, 0);
+  EXPECT_EQ(TempFolder::Read(path + ".bak"), deck);
 }
 
 // Lines that lie across the ends of the reader's pieces, one that is longer than a piece, and bytes
