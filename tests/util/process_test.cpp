@@ -38,7 +38,7 @@ TEST(Process, RefusesWhatCannotBeStarted) {
   EXPECT_EQ(process.LastError(), missing + " does not exist");
   const std::string text = folder.Write("text.bin", "not a program");
   EXPECT_FALSE(process.Create(text, "x y", "", false, 0, "", true));
-  EXPECT_EQ(process.LastError(), "CreateProcess " + text + " x y failed");
+  EXPECT_EQ(process.LastError(), "CreateProcess " + FileDirWrapper::ShortPath(text) + " x y failed");
   EXPECT_FALSE(process.Create("", "kr-no-such-program-anywhere 1", "", false, 0, "", true));
   EXPECT_EQ(process.LastError(), "CreateProcess  kr-no-such-program-anywhere 1 failed");
   EXPECT_FALSE(process.Create("", "", "", false, 0, "", true));
