@@ -8,6 +8,14 @@ constexpr char kSwitchFile[] = "bg_switch";
 constexpr char kStopFile[] = "d3kil";
 constexpr char kStopWithRestartFile[] = "sw1";
 
+// The stage that runs, or the job itself.
+const JobFile& Runner(const JobFile& job) {
+  for (const std::shared_ptr<JobFile>& stage : job.stages) {
+    if (stage->status == JobStatus::kRunning) return Runner(*stage);
+  }
+  return job;
+}
+
 }  // namespace
 
 StopSwitch AskSolverToStop(JobGroupManager& manager) {
@@ -21,8 +29,9 @@ StopSwitch AskSolverToStop(JobGroupManager& manager) {
   std::string jobFile;
   std::string folder;
   group->ReadJob(active, [&](const JobFile& job) {
-    jobFile = job.jobFile;
-    folder = job.Folder();
+    const JobFile& runner = Runner(job);
+    jobFile = runner.jobFile;
+    folder = runner.Folder();
   });
   if (jobFile.empty()) {
     log.ReportLine("Job data error or job file is empty");

@@ -13,8 +13,8 @@ enum class StopSwitch {
 };
 
 // Tells the solver of the current group's active job to write a restart file and end, through the
-// file "d3kil" in the job's folder. The solver looks for it when its folder has a file "bg_switch".
-// All but kAsked leave a line in the log.
+// file "d3kil" in the folder of the job, or of its stage that runs now. The solver looks for it
+// when its folder has a file "bg_switch". All but kAsked leave a line in the log.
 StopSwitch AskSolverToStop(JobGroupManager& manager);
 
 #endif

@@ -57,7 +57,7 @@ JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision) {
   selectJobFileTitle = "Select DYNA File (LS-DYNA)";
   solverFilter = "LS-DYNA Solver (*.exe)|*.exe|";
   defaultExecutable = doublePrecision ? "lsdyna_d.exe" : "lsdyna.exe";
-  jobFileFilter = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
+  jobFileFilter = kDeckFilter;
 }
 
 bool JobSolverLsDyna::Start(JobFile& job) {
@@ -65,6 +65,7 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   std::string solver;
   if (dyna == nullptr || !SolverPath(*dyna, solver)) return false;
   if (!CheckSolver(job, solver) || !CheckRestartAndJobFile(job)) return false;
+  if (dyna->useSFile && !CheckCommandLinePath(job, job.run->settings.force)) return false;
   RemoveOldOutput(*dyna);
   Prepare(*dyna);
 

@@ -3,12 +3,11 @@
 #include "jobs/JobArguments.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
-#include "util/FileDirWrapper.h"
 
 namespace {
 
 std::string MessageFile(const JobFile& job) {
-  return FileDirWrapper::Join(job.Folder(), "messag");
+  return FindMessageFile(job, "messag");
 }
 
 }  // namespace
@@ -20,7 +19,7 @@ JobSolverUBatch::JobSolverUBatch() {
   selectJobFileTitle = "Select DYNA File (LS-DYNA)";
   solverFilter = "UTILITYBATCH (*.exe)|*.exe|";
   defaultExecutable = "UtilityBatch.exe";
-  jobFileFilter = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
+  jobFileFilter = kDeckFilter;
 }
 
 bool JobSolverUBatch::Start(JobFile& job) {
@@ -28,7 +27,8 @@ bool JobSolverUBatch::Start(JobFile& job) {
   const std::string& solver = job.run->settings.solver_path[Settings::kUtilityBatch];
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, job.jobFile, true)) return false;
-  RemoveOldFile(job, MessageFile(job), "message");
+  const std::string old = MessageFile(job);
+  if (!old.empty()) RemoveOldFile(job, old, "message");
 
   ProcessStart start;
   start.program = solver;
@@ -39,11 +39,10 @@ bool JobSolverUBatch::Start(JobFile& job) {
 }
 
 int JobSolverUBatch::Finish(JobFile& job) {
-  const std::string file = MessageFile(job);
-  return JudgeRun(job, FileDirWrapper::FileExists(file) ? file : std::string());
+  return JudgeRun(job, MessageFile(job));
 }
 
 void JobSolverUBatch::Poll(JobFile& job) {
   const std::string file = MessageFile(job);
-  if (FileDirWrapper::FileExists(file)) job.SetMessageFile(file);
+  if (!file.empty()) job.SetMessageFile(file);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -45,6 +46,8 @@ std::string WithoutOurEnding(const std::string& name) {
 }
 
 bool IsInput(const JobFile& job, const std::string& file) {
+  std::error_code missing;
+  if (std::filesystem::equivalent(file, job.jobFile, missing)) return true;
   const std::string name = WithoutOurEnding(NameOf(file));
   const std::string lower = Lower(name);
   for (const std::string_view ending : {".k", ".dyn", ".key"}) {
@@ -137,6 +140,11 @@ void KeepMessageFile(JobFile& job, const std::string& messageFile) {
 std::string FindMessageFile(const JobFile& job) {
   const std::vector<std::string> files = MessageFiles(job);
   return files.empty() ? std::string() : files.front();
+}
+
+std::string FindMessageFile(const JobFile& job, const std::string& name) {
+  const std::string file = FileDirWrapper::Join(job.Folder(), name);
+  return FileDirWrapper::FileExists(file) && !IsInput(job, file) ? file : std::string();
 }
 
 void RemoveMessageFiles(const JobFile& job) {

@@ -10,6 +10,8 @@
 // none. Kept copies (".krb") and files that the user may have made are not message files, whatever
 // they are called: decks, the job's own files, and what is made of their names.
 std::string FindMessageFile(const JobFile& job);
+// The one with this name.
+std::string FindMessageFile(const JobFile& job, const std::string& name);
 
 // Before a run. What cannot be removed is reported.
 void RemoveMessageFiles(const JobFile& job);

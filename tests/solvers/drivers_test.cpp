@@ -120,6 +120,12 @@ TEST_F(DriverTest, UtilityBatch) {
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 3);
   EXPECT_EQ(Received(), (Lines{folder_ / "a.b c.k", "-v", "2"}));
+
+  const auto named = MakeJob<JobFileDyna>("messag", Deck("$ standin: no-message\n"));
+  named->solverType = Settings::kUtilityBatch;
+  EXPECT_EQ(Run(*named), JobStatus::kAborted);
+  EXPECT_EQ(runErrorCode_, 3) << "a deck is no message file";
+  EXPECT_TRUE(Exists(named->jobFile));
 }
 
 TEST_F(DriverTest, ASolverWithBlanksInItsPath) {
@@ -136,6 +142,15 @@ TEST_F(DriverTest, RefusesNamesThatBreakACommandLine) {
   if (FileDirWrapper::kSeparator == '\\') GTEST_SKIP() << "Windows has no such names";
   const auto job = MakeJob<JobFileDyna>("a \" b.k");
   ExpectFailure(*job, 6, "File name [" + job->jobFile + "] cannot be written on a command line");
+
+  const auto dyna = DynaJobWith("");
+  dyna->useSFile = true;
+  for (const char* force : {"f\" d=\"nodump", "my folder\\"}) {
+    dyna->ResetForRun();
+    context_.settings.force = force;
+    ExpectFailure(*dyna, 6,
+                  std::string("File name [") + force + "] cannot be written on a command line");
+  }
 }
 
 }  // namespace
