@@ -63,7 +63,11 @@ void InformOver(Fl_Window* parent, const std::string& caption, const std::string
 }
 
 std::string PathIn(const Fl_Input& input) {
-  const std::string text = FromUi(input.value());
+  return TypedPath(input.value());
+}
+
+std::string TypedPath(const std::string& uiText) {
+  const std::string text = FromUi(uiText);
   const bool quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
   return quoted ? text.substr(1, text.size() - 2) : text;
 }

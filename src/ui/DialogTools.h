@@ -38,6 +38,7 @@ void InformOver(Fl_Window* parent, const std::string& caption, const std::string
 
 // A path as it was typed or pasted, without the double quotes that often come with it; in the
 // system's code page.
+std::string TypedPath(const std::string& uiText);
 std::string PathIn(const Fl_Input& input);
 
 #endif

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "ui/ComnFileDialog.h"
+#include "ui/DialogTools.h"
 #include "ui/Layout.h"
 #include "ui/MpiKinds.h"
 #include "ui/Numbers.h"
@@ -19,13 +20,6 @@ constexpr long long kMostCpus = 100000;
 constexpr long long kLongestPause = 86400;  // seconds
 constexpr int kMppWidth = 190;
 constexpr int kLabelInset = 3;  // what the toolkit leaves in front of a label
-
-// A pasted path often comes in double quotes.
-std::string Unquoted(const std::string& text) {
-  if (text.size() >= 2 && text.front() == '"' && text.back() == '"')
-    return text.substr(1, text.size() - 2);
-  return text;
-}
 
 void SetActive(Fl_Widget* widget, bool active) {
   active ? widget->activate() : widget->deactivate();
@@ -151,7 +145,7 @@ void SettingsRow::ConnectFields() {
   command_->Store = [this](const std::string& text) {
     EditJob([&](JobGroup& group, int index) { return group.SetExtraOptions(index, FromUi(text)); });
   };
-  solver_->Store = [this](const std::string& text) { StoreSolver(FromUi(Unquoted(text))); };
+  solver_->Store = [this](const std::string& text) { StoreSolver(TypedPath(text)); };
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
     field->OnHint = [this](const std::string& hint) {
       if (OnHint) OnHint(hint);
