@@ -5,6 +5,9 @@
 #include <filesystem>
 
 #include "SolverFixture.h"
+#include "solvers/PositioningLibrary.h"
+#include "solvers/StageRun.h"
+#include "util/ProcessTable_posix.h"
 
 namespace {
 
@@ -59,6 +62,45 @@ TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   const auto endless = DynaJob(folder_.Write("my job/b.k", Deck("$ standin: run 60\n")));
   EXPECT_EQ(RunUntilItWrites(*endless), JobStatus::kAborted);
   EXPECT_TRUE(endless->process.Terminate());
+}
+
+// The living processes with this word on their command lines.
+int CountRanks(const std::string& word) {
+  const std::optional<std::vector<ProcessEntry>> all = ListProcesses();
+  if (!all) return -1;
+  return static_cast<int>(std::count_if(all->begin(), all->end(), [&](const ProcessEntry& entry) {
+    const std::string path = "/proc/" + std::to_string(entry.key.pid) + "/cmdline";
+    return TempFolder::Read(path).find(word) != std::string::npos;
+  }));
+}
+
+TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
+  const std::string launcher = "/usr/bin/mpiexec.hydra";
+  if (!Exists(launcher)) GTEST_SKIP() << "MPICH's launcher is not installed";
+  const std::string wrapper =
+      folder_.Write("mpiexec", "#!/bin/sh\n" + launcher +
+                                   " \"$@\" &\nuntil test -e mes0001; do sleep 0.05; done\n"
+                                   "kill -9 $$\n");
+  chmod(wrapper.c_str(), 0755);
+  const PathBefore path(folder_.Path());
+  context_.settings.use_mpp = true;
+  context_.settings.mpi = 9;
+  context_.settings.mpi_param = "-n 2";
+  const auto job = DynaJobWith("$ standin: run 60\n");
+  int ranks = 0;
+  std::thread stopper([&] {
+    for (int i = 0; i < 500 && !Exists(folder_ / "mes0001"); ++i) DateTimeWrapper::SleepMSec(20);
+    while (job->process.IsActive()) DateTimeWrapper::SleepMSec(5);
+    ranks = CountRanks("i=" + job->jobFile);
+    job->abort = true;
+  });
+  StageRunHooks hooks;
+  hooks.solverFor = [this](int type) { return &Solver(type); };
+  PositioningLibrary positioning(folder_.Path());
+  EXPECT_EQ(RunStages(*job, context_, positioning, hooks), JobStatus::kAborted);
+  stopper.join();
+  EXPECT_GE(ranks, 2);
+  EXPECT_EQ(CountRanks("i=" + job->jobFile), 0);
 }
 
 TEST_F(DistributedTest, AMissingLauncherIsNamed) {
