@@ -17,6 +17,8 @@ namespace {
 constexpr double kPoll = 8;
 constexpr double kRun = 20;
 
+constexpr int kWidth = Layout::kWindowWidth;
+
 bool Exists(const std::string& path) {
   return std::filesystem::exists(path);
 }
@@ -69,10 +71,13 @@ class Window : public ::testing::Test {
     desktop_.Key("Return");
   }
 
+  void ClickTool(int tool) {
+    desktop_.Click(Layout::ToolX(tool, kWidth) + Layout::kToolSize / 2,
+                   Layout::kToolY + Layout::kToolSize / 2);
+  }
+
   Desktop desktop_;
 };
-
-constexpr int kWidth = Layout::kWindowWidth;
 
 TEST_F(Window, JobsOfTheCommandLineRunOnCtrlEnter) {
   const std::string first = desktop_.Deck("first", "");
@@ -170,11 +175,67 @@ TEST_F(Window, DeletingAsks) {
   desktop_.Key("Home Delete");
   EXPECT_TRUE(desktop_.Answer("Return"));
   desktop_.Click(60, Layout::RowY(0, kWidth));
-  desktop_.Click(Layout::ToolX(Layout::kDeleteJob, kWidth) + 16, Layout::kToolY + 16);
+  ClickTool(Layout::kDeleteJob);
   EXPECT_TRUE(desktop_.Answer("Escape"));
   desktop_.Key("ctrl+Return");
   EXPECT_TRUE(Desktop::WaitFor([&] { return HasRun(kept); }, kRun));
   EXPECT_FALSE(HasRun(dropped));
+}
+
+TEST_F(Window, JobsAreMovedAndTheQueueIsEmptied) {
+  const std::string first = desktop_.Deck("first", "");
+  const std::string second = desktop_.Deck("second", "");
+  const std::string third = desktop_.Deck("third", "");
+  const std::string folder = FolderOf(desktop_.Deck("endless", "$ standin: run 60\n"));
+  const Copy copy = StartWith({first, second, third});
+  desktop_.Key("Home ctrl+Up ctrl+Down");  // the first job does not move up
+  desktop_.Click(60, Layout::RowY(2, kWidth));
+  ClickTool(Layout::kMoveUp);
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(first) && HasRun(third); }, kRun));
+  const auto begun = [](const std::string& deck) {
+    return std::filesystem::last_write_time(FolderOf(deck) + "/messag.krb");
+  };
+  EXPECT_LT(begun(second), begun(third));
+  EXPECT_LT(begun(third), begun(first));
+
+  desktop_.Key("ctrl+shift+o");
+  ASSERT_FALSE(desktop_.Windows("KestrunChooser").empty());
+  desktop_.Key("ctrl+a");
+  desktop_.Type(folder);
+  desktop_.Key("Return");  // enters it
+  usleep(300000);
+  desktop_.Key("Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunChooser", 0).empty(); }, 5));
+  ASSERT_TRUE(desktop_.OpenMain());
+  usleep(500000);
+  desktop_.Key("ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(folder + "/endless.k"); }, kRun));
+  ClickTool(Layout::kDeleteAll);
+  EXPECT_TRUE(desktop_.Answer("Escape"));
+  EXPECT_TRUE(desktop_.SolverRuns("endless.k"));
+  ClickTool(Layout::kDeleteAll);
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  EXPECT_TRUE(Desktop::WaitFor([&] { return !desktop_.SolverRuns("endless.k"); }, 10));
+  ASSERT_TRUE(desktop_.OpenMain());
+  ClickTool(Layout::kDeleteAll);  // asks nothing about an empty group
+  desktop_.Key("ctrl+m");
+  EXPECT_TRUE(desktop_.Answer("Return")) << "no job is left to view";
+
+  ClickTool(Layout::kDeleteGroup);  // nor about the only group
+  usleep(500000);
+  EXPECT_TRUE(desktop_.Windows("KestrunMessage", 0).empty());
+  desktop_.Key("ctrl+t");
+  usleep(300000);
+  ClickTool(Layout::kDeleteGroup);
+  EXPECT_TRUE(desktop_.Answer("Escape"));
+  desktop_.Key("ctrl+Tab");
+  usleep(300000);
+  ClickTool(Layout::kDeleteGroup);
+  EXPECT_TRUE(desktop_.Answer("Return"));
+  desktop_.Key("ctrl+q");
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
+  EXPECT_EQ(Groups(), "Group2=\n");
 }
 
 TEST_F(Window, GroupsAreAddedRenamedAndKept) {
@@ -261,8 +322,7 @@ TEST_F(Window, SummaryOpensForAJobThatHasEnded) {
   ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
   usleep(500000);
   for (const char* key : {"Return", "Escape"}) {
-    desktop_.Click(Layout::ToolX(Layout::kViewSummary, kWidth) + Layout::kToolSize / 2,
-                   Layout::kToolY + Layout::kToolSize / 2);
+    ClickTool(Layout::kViewSummary);
     ASSERT_TRUE(Desktop::WaitFor(openInformation, 5));
     desktop_.Key(key);
     EXPECT_TRUE(Desktop::WaitFor([&] { return !openInformation(); }, 5)) << key;
