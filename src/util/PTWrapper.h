@@ -18,8 +18,8 @@ struct PTWrapperProcessInfo {
   std::string exeName;  // the executable file's name, no folder; not a script's or thread's name
 };
 
-// One child program. The object belongs to the thread that uses it, except Terminate() and
-// IsActive(), which another thread may call once Create() has returned.
+// One child program. The object belongs to the thread that uses it, except Terminate(),
+// TerminateAll() and IsActive(), which another thread may call once Create() has returned.
 //
 // A child that has ended stays held: call Terminate() before the next Create().
 class PTWrapperProcess : public PTWrapper {
