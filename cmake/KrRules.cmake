@@ -1,16 +1,25 @@
 # Build rules shared by all rooms.
 
+# kr_compile(<options>...): compiler options; the resource compiler takes none of them.
+macro(kr_compile)
+  add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:${ARGV}>")
+endmacro()
+
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+  kr_compile(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlapping and overlong copies in optimised string operations where there are none.
-  add_compile_options(-Wno-restrict -Wno-array-bounds -Wno-stringop-overflow
-                      -Wno-stringop-overread)
+  kr_compile(-Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Counted into -Wconversion by Clang, but not by GCC.
-  add_compile_options(-Wno-sign-conversion)
+  kr_compile(-Wno-sign-conversion)
+endif()
+if(MSVC)
+  kr_compile(/W4 /permissive- /utf-8 /Zc:__cplusplus)
+  # Both runtimes are meant to take the same calls.
+  add_compile_definitions(_CRT_SECURE_NO_WARNINGS _CRT_NONSTDC_NO_WARNINGS)
 endif()
 if(WIN32)
   # Byte strings hold the system's code page, so the A functions are the ones that are meant.
@@ -65,4 +74,22 @@ function(kr_room room)
   foreach(below IN LISTS ARGN)
     target_link_libraries(kr_${room} ${scope} kr_${below})
   endforeach()
+endfunction()
+
+# kr_resources(<program> <description>): its icon, version and manifest, for Windows.
+function(kr_resources target description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(folder "${CMAKE_SOURCE_DIR}/package/windows")
+  set(icon "${folder}/kestrun.ico")
+  set(manifest "${folder}/program.manifest")
+  set(release "${PROJECT_VERSION_MAJOR} R${PROJECT_VERSION_MINOR}")
+  set(resources "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc")
+  configure_file("${folder}/program.rc.in" "${resources}" @ONLY)
+  set_source_files_properties("${resources}" PROPERTIES OBJECT_DEPENDS "${icon};${manifest}")
+  target_sources(${target} PRIVATE "${resources}")
+  if(MSVC)
+    target_link_options(${target} PRIVATE /MANIFEST:NO)  # the resources have it
+  endif()
 endfunction()

@@ -1,9 +1,11 @@
 #include "jobs/DeckReader.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(_M_X64)
+#define KR_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -21,7 +23,7 @@ const char* LineEnd(const char* from, const char* end) {
   return static_cast<const char*>(std::memchr(from, '\n', static_cast<std::size_t>(end - from)));
 }
 
-#if defined(__SSE2__)
+#ifdef KR_SSE2
 // 0xFF for each of the 16 bytes at `at` that begins a card.
 __m128i CardBytes(const char* at) {
   const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
@@ -38,7 +40,7 @@ std::uint64_t Bits(__m128i bytes) {
 // The byte at `from` itself is only looked at as the one before.
 const char* FindCard(const char* from, const char* end) {
   const char* at = from + 1;
-#if defined(__SSE2__)
+#ifdef KR_SSE2
   for (; end - at >= 64; at += 64) {
     const __m128i a = CardBytes(at);
     const __m128i b = CardBytes(at + 16);
@@ -47,7 +49,7 @@ const char* FindCard(const char* from, const char* end) {
     if (Bits(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) == 0) continue;
     std::uint64_t bits = Bits(a) | Bits(b) << 16 | Bits(c) << 32 | Bits(d) << 48;
     for (; bits != 0; bits &= bits - 1) {
-      const char* const found = at + __builtin_ctzll(bits);
+      const char* const found = at + std::countr_zero(bits);
       if (found[-1] == '\n') return found;
     }
   }
