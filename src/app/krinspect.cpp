@@ -30,7 +30,8 @@ constexpr char kUsage[] =
 
 // What there is to say about a file: keys with one value, or with a list of texts.
 struct Entry {
-  using Value = std::variant<std::string, std::int64_t, double, bool, std::vector<std::string>>;
+  using Value = std::variant<std::string, std::int64_t, std::uint64_t, double, bool,
+                             std::vector<std::string>>;
   const char* key;
   Value value;
 };
@@ -90,6 +91,7 @@ std::string JsonList(const std::vector<std::string>& texts) {
 struct ToJson {
   std::string operator()(const std::string& text) const { return JsonText(text); }
   std::string operator()(std::int64_t value) const { return std::to_string(value); }
+  std::string operator()(std::uint64_t value) const { return std::to_string(value); }
   std::string operator()(double value) const { return NumberText(value); }
   std::string operator()(bool value) const { return value ? "true" : "false"; }
   std::string operator()(const std::vector<std::string>& texts) const { return JsonList(texts); }
@@ -147,7 +149,7 @@ bool InspectDeck(const std::string& path, Findings& findings) {
   if (!ScanDeck(job, hooks)) return false;
   const DeckEndTime endTime = FindEndTime(job);
   findings.entries = {
-      {"memory_mb", static_cast<std::int64_t>(job.deckMemory)},
+      {"memory_mb", job.deckMemory},
       {"job_id", job.deckIdentifier},
       {"simulation_type", job.simulationType},
       {"calculation_method", job.calculationMethod},
@@ -172,9 +174,10 @@ bool TakeReport(const std::string& path, const AnalysisReport& report, Findings&
 
 bool InspectMessage(const std::string& path, Findings& findings) {
   const AnalysisReport report = AnalyseMessageFile(path);
+  if (!TakeReport(path, report, findings)) return false;
   findings.entries = {
       {"errors", report.errors}, {"warnings", report.warnings}, {"cpu_time", report.cpuTime}};
-  return TakeReport(path, report, findings);
+  return true;
 }
 
 bool HasEnding(const std::string& path, std::string_view ending) {
@@ -265,13 +268,15 @@ int main(int argc, char** argv) {
   for (const Command& command : kCommands) {
     if (words[0] != command.name) continue;
     Findings findings;
-    if (!command.inspect(words[1], findings)) return 1;
+    const bool read = command.inspect(words[1], findings);
+    // The report of a file that cannot be read says so.
+    if (!read && !findings.isReport) return 1;
     if (json) {
       PrintJson(findings);
     } else {
       PrintText(findings);
     }
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
+    return read && std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
   }
   return RefuseUsage();
 }

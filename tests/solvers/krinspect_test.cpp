@@ -20,7 +20,7 @@ class Inspect : public testing::Test {
     out = WithoutReturns(TempFolder::Read(folder / "out"));
     err = TempFolder::Read(folder / "err");
     EXPECT_EQ(good, err.empty()) << err;
-    EXPECT_EQ(good, !out.empty()) << out;
+    EXPECT_FALSE(good && out.empty());
     return good;
   }
 
@@ -68,6 +68,8 @@ TEST_F(Inspect, Reports) {
   EXPECT_NE(out.find("\"Found 1 errors\\u000a\""), std::string::npos);
   EXPECT_NE(out.find("\"a \\u001b[31m\\u0009b\""), std::string::npos);
   EXPECT_FALSE(Read("message", folder / "absent"));
+  EXPECT_EQ(out, std::string(63, '=') + "\nOpen File [" + folder / "absent" + "] failed!\n\n" +
+                     std::string(64, '=') + '\n');
 
   folder.Write("a_INFO.OUT", "THE TOTAL TIME FOR ALL IS ABOUT 3 S\n");
   folder.Write("b.OUT", " ERROR 7\n");
