@@ -22,6 +22,7 @@ void Flx_Base_Dialog::AddWidget(const LayoutLine& line) {
     if (window_) return;
     window_ = std::make_unique<Fl_Double_Window>(width, height);
     window_->label(ConvertText(line.label));
+    window_->labelsize(kLayoutLabelSize);
     window_->resize(windowX_, windowY_, width, height);
     window_->xclass("KestrunDialog");
     return;
@@ -56,8 +57,7 @@ void Flx_Base_Dialog::Apply(Fl_Widget& widget, const LayoutLine& line) {
   widget.labelcolor(static_cast<Fl_Color>(line.labelColor));
   widget.align(static_cast<Fl_Align>(line.align));
   if (line.subtype != kKeepSubtype) widget.type(static_cast<uchar>(line.subtype));
-  if (!line.tooltip.empty())
-    widget.tooltip((tooltips_[line.id] = Decoded(ConvertText(line.tooltip))).c_str());
+  if (!line.tooltip.empty()) widget.copy_tooltip(Decoded(ConvertText(line.tooltip)).c_str());
   if (!line.label.empty()) widget.label(ConvertText(line.label));
 }
 

@@ -101,7 +101,6 @@ class Flx_Base_Dialog {
   std::vector<Fl_Group*> groups_;
   std::map<std::string, Fl_Widget*> widgets_;
   std::map<std::string, std::string> converted_;
-  std::map<std::string, std::string> tooltips_;  // by id, in UTF-8
   std::map<std::string, std::string> texts_;
 };
 

@@ -3,6 +3,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
+#include <FL/fl_draw.H>
 
 #include "core/JobInformation.h"
 #include "ui/ComnFileDialog.h"
@@ -81,7 +82,10 @@ bool Flx_MultipleStages::Initialise() {
   auto* hint = Find<Fl_Box>("ID_LABEL3");
   if (!first_ || !hint || !MakeTable()) return false;
   hint->labelcolor(Theme::kMuted);
-  ShowLabel(*FindWidget("ID_LABEL1"), ToUi(subject_.job->jobFile));
+  Fl_Widget* deck = FindWidget("ID_LABEL1");
+  fl_font(deck->labelfont(), deck->labelsize());
+  ShowLabel(*deck, FitTail(ToUi(subject_.job->jobFile), deck->w()));
+  ShowTip(*deck, ToUi(subject_.job->jobFile));
   KeepRow(*Window(), {FindWidget("ID_LABEL2"), first_, hint}, hint->x() + hint->w());
   KeepRow(*Window(),
           {FindWidget("ID_BUTTON1"), FindWidget("ID_BUTTON2"), FindWidget("ID_BUTTON3"),
@@ -172,8 +176,7 @@ void Flx_MultipleStages::Update() {
 void Flx_MultipleStages::ShowFirstStage(const std::vector<std::string>& names, int first) {
   if (names != names_) {
     names_ = names;
-    first_->clear();
-    for (const std::string& name : names_) first_->add(MenuLabel(name).c_str());
+    firstEntries_.Show(*first_, names_, first);
   }
   if (first != first_->value()) first_->value(first);
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/Application.h"
+#include "ui/DialogTools.h"
 #include "ui/Flx_Base_Dialog.h"
 #include "ui/Language.h"
 #include "ui/StageTable.h"
@@ -49,6 +50,7 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
   const Subject subject_;
   StageTable* table_ = nullptr;
   Fl_Choice* first_ = nullptr;
+  ChoiceEntries firstEntries_;
   std::vector<std::string> names_;  // as the choice shows them
 };
 
