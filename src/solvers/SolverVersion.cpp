@@ -95,14 +95,14 @@ struct FileStamp {
   explicit FileStamp(const std::string& path) {
     std::error_code error;
     size = std::filesystem::file_size(path, error);
-    if (!error) time = std::filesystem::last_write_time(path, error);
     exists = !error;
+    if (exists) time = FileDirWrapper::WriteTime(path);
   }
   bool operator==(const FileStamp&) const = default;
 
   bool exists = false;
   std::uintmax_t size = 0;
-  std::filesystem::file_time_type time{};
+  std::int64_t time = 0;
 };
 
 std::mutex& QueryMutex() {
@@ -141,17 +141,15 @@ bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
   if (abort) return false;
   const FileStamp before(path);
   Report report;
-  const auto readNew = [&] {
-    if (FileStamp(path) != before) report = ReadReport(path);
-  };
   InfoProcess process;
   if (StartInfo(solver, folder, process)) {
     WaitUnlessAborted(kReportTime, abort, [&] {
-      if (process.IsActive()) return false;
-      readNew();
+      if (process.IsActive() || FileStamp(path) == before) return false;
+      report = ReadReport(path);
       return report.major && report.revision;
     });
-    readNew();
+    // The whole time has passed: an older report, if there is one, tells what it can.
+    report = ReadReport(path);
     if (!(abort ? process.TerminateAll() : process.Terminate())) tell(process.LastError());
   } else {
     tell(process.LastError());

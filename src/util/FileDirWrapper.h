@@ -8,6 +8,7 @@
 #ifndef KR_UTIL_FILEDIRWRAPPER_H
 #define KR_UTIL_FILEDIRWRAPPER_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,9 @@ class FileDirWrapper {
 
   // Any kind of entry.
   static bool FileExists(const std::string& path);
+  // When the file was last written, to be compared only: in the finest unit that the system keeps.
+  // 0 when it cannot be looked at.
+  static std::int64_t WriteTime(const std::string& path);
   static bool RemoveFile(const std::string& path);
 
   static bool FileNameOf(const std::string& path, std::string& name, bool withExtension);

@@ -141,6 +141,13 @@ bool FileDirWrapper::TempDir(std::string& dir) {
   return TrimTrailingSeparator(AbsolutePath(path), dir);
 }
 
+std::int64_t FileDirWrapper::WriteTime(const std::string& path) {
+  constexpr std::int64_t kNanoseconds = 1000000000;
+  struct stat info {};
+  if (stat(file_system::ForSystem(path).c_str(), &info) != 0) return 0;
+  return std::int64_t{info.st_mtim.tv_sec} * kNanoseconds + info.st_mtim.tv_nsec;
+}
+
 bool FileDirWrapper::RemoveFile(const std::string& path) {
   return !path.empty() && unlink(file_system::ForSystem(path).c_str()) == 0;
 }

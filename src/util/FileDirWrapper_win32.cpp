@@ -62,6 +62,13 @@ bool FileDirWrapper::TempDir(std::string& dir) {
   return TrimTrailingSeparator(path, dir);
 }
 
+std::int64_t FileDirWrapper::WriteTime(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &info)) return 0;
+  const FILETIME& time = info.ftLastWriteTime;
+  return static_cast<std::int64_t>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
+}
+
 bool FileDirWrapper::RemoveFile(const std::string& path) {
   return !path.empty() && DeleteFileA(path.c_str());
 }

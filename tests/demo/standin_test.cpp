@@ -165,6 +165,9 @@ TEST_F(Standin, WritesOneMessageFileARank) {
 TEST_F(Standin, RunsUnderARealLauncherAndStopsOnAllRanks) {
   const std::string launcher = "/usr/bin/mpiexec.mpich";
   if (!std::filesystem::exists(launcher)) GTEST_SKIP() << "MPICH is not installed";
+#ifdef _WIN32
+  GTEST_SKIP() << "the launcher, seen through Wine, starts Linux programs only";
+#endif
   WriteDeck("$ standin: run 60\n");
   PTWrapperProcess process;
   ASSERT_TRUE(Start(process, "-n 4 " + SolverPath() + " i=deck.k", launcher));
@@ -184,8 +187,8 @@ TEST_F(Standin, RunsUnderARealLauncherAndStopsOnAllRanks) {
 TEST_F(Standin, ReportsItsVersion) {
   SetVariable("STANDIN_VERSION", "R6.1.2 78000 old");
   EXPECT_EQ(Run("info"), 0);
-  EXPECT_TRUE(Contains(Read("lstc.log"), " Version number:  ls971s R6.1.2\n"));
-  EXPECT_TRUE(Contains(Read("lstc.log"), " Revision:        78000\n"));
+  EXPECT_TRUE(Contains(Read("lstc.log"), " Version number:  ls971s R6.1.2"));
+  EXPECT_TRUE(Contains(Read("lstc.log"), " Revision:        78000"));
   ClearVariable("STANDIN_VERSION");
   Write("standin_version.txt", "R16 R16.1-180-gabc new\n");
   EXPECT_EQ(Run("info", SolverPath("standin_solver_d")), 0);

@@ -135,7 +135,7 @@ TEST_F(DriverTest, ASolverWithBlanksInItsPath) {
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
   const Lines received = Received();
   EXPECT_TRUE(Has(received, "ncpu=2"));
-  EXPECT_TRUE(Has(received, "i=" + job->jobFile));
+  EXPECT_TRUE(Has(received, "i=" + FileDirWrapper::ShortPath(job->jobFile)));
 }
 
 TEST_F(DriverTest, RefusesNamesThatBreakACommandLine) {

@@ -2,8 +2,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <thread>
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <filesystem>
+#endif
 
 #include "util/FileDirWrapper.h"
 
@@ -27,6 +33,15 @@ void MakeFile(const std::string& path) {
   if (std::FILE* file = std::fopen(path.c_str(), "wb")) std::fclose(file);
 }
 
+void StartTree(int depth, const std::string& file) {
+  PTWrapperProcess below;
+  if (depth > 0) {
+    StartTestChild(below, "tree " + std::to_string(depth - 1) + " " + file);
+  }
+  std::ofstream(file + std::to_string(depth)) << below.ProcessId() << '\n';
+  SleepLong();
+}
+
 int Behave(const std::string& behaviour) {
   std::istringstream words(behaviour);
   std::string what, name, file;
@@ -47,6 +62,11 @@ int Behave(const std::string& behaviour) {
     SleepLong();
   }
   if (what == "set") return signal.OpenEventSignal(name) && signal.SetEventSignal() ? 0 : 1;
+  if (what == "tree") StartTree(std::atoi(name.c_str()), file);
+  if (what == "leave") {
+    PTWrapperProcess left;
+    return StartTestChild(left, "tree 0 " + name) ? 0 : 1;
+  }
   return 99;
 }
 
@@ -71,6 +91,17 @@ bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
                            : process.Create("", launcher + " " + quoted, "", false, 0, "", false);
   SetSwitch("");
   return started;
+}
+
+int OpenHandles() {
+#ifdef _WIN32
+  DWORD count = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &count);
+  return static_cast<int>(count);
+#else
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(open), end(open)));
+#endif
 }
 
 bool Becomes(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

@@ -5,6 +5,9 @@
 //   take NAME FILE            makes the file, waits for the event, and ends with the wait's result
 //   hold NAME FILE            holds the event open, makes the file, and sleeps
 //   set NAME                  opens the event and sets it
+//   tree DEPTH FILE           starts DEPTH more of itself, each the child of the one before it; each
+//                             writes its id to FILE followed by its depth, and sleeps
+//   leave FILE                starts "tree 0 FILE" and ends
 #ifndef KR_TESTS_TESTCHILD_H
 #define KR_TESTS_TESTCHILD_H
 
@@ -21,5 +24,8 @@ bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
 // Looks every few milliseconds; false when it has not come true in time.
 bool Becomes(const std::function<bool()>& condition,
              std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+// What this process has open: handles, descriptors.
+int OpenHandles();
 
 #endif

@@ -10,6 +10,19 @@
 
 namespace {
 
+bool Runs(const std::string& pidFile) {
+  const int pid = std::stoi(TempFolder::Read(pidFile));
+  std::vector<PTWrapperProcessInfo> list;
+  PTWrapperProcess::FindRunningProcessName(list);
+  return std::any_of(list.begin(), list.end(), [pid](const PTWrapperProcessInfo& entry) {
+    return entry.processId == pid;
+  });
+}
+
+bool IsWritten(const std::string& file) {
+  return TempFolder::Read(file).ends_with("\n");
+}
+
 TEST(Process, ReportsTheExitCodeAndStaysHeldUntilTerminated) {
   PTWrapperProcess process;
   EXPECT_EQ(process.ExitCode(), -1);
@@ -64,6 +77,46 @@ TEST(Process, TerminatesFromAnotherThreadWhileItIsWaitedFor) {
   waiter.join();
   poller.join();
   EXPECT_EQ(process.ExitCode(), -1);
+}
+
+TEST(Process, AnAbortEndsEverythingThatWasStarted) {
+  const TempFolder folder;
+  const std::string pid = folder / "pid";
+  PTWrapperProcess process;
+  ASSERT_TRUE(StartTestChild(process, "tree 2 " + pid));
+  for (const char* depth : {"0", "1", "2"}) {
+    ASSERT_TRUE(Becomes([&] { return IsWritten(pid + depth) && Runs(pid + depth); })) << depth;
+  }
+  EXPECT_TRUE(process.Terminate());
+  for (const char* depth : {"0", "1", "2"}) {
+    EXPECT_TRUE(Becomes([&] { return !Runs(pid + depth); })) << depth;
+  }
+
+  ASSERT_TRUE(StartTestChild(process, "leave " + (folder / "left")));
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 0);
+  ASSERT_TRUE(Becomes([&] { return IsWritten(folder / "left0"); }));
+  EXPECT_TRUE(Runs(folder / "left0"));
+  EXPECT_TRUE(process.TerminateAll());
+  EXPECT_TRUE(Becomes([&] { return !Runs(folder / "left0"); }));
+}
+
+TEST(Process, ManyRunsLeaveNothingOpen) {
+#ifdef _WIN32
+  constexpr int kRuns = 200;  // Wine needs a fifth of a second for each
+  constexpr int kKept = 1;    // of each run: the child's own handle keeps its id from being reused
+#else
+  constexpr int kRuns = 1000;
+  constexpr int kKept = 0;
+#endif
+  PTWrapperProcess process;
+  const auto run = [&] {
+    return StartTestChild(process, "exit 0") && process.WaitProc() && process.Terminate();
+  };
+  ASSERT_TRUE(run());
+  const int before = OpenHandles();
+  for (int i = 0; i < kRuns; ++i) ASSERT_TRUE(run()) << i;
+  EXPECT_LE(OpenHandles() - before, kRuns * kKept);
 }
 
 TEST(Process, ListsExecutablesAndTheirUsers) {
