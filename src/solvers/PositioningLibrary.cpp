@@ -72,9 +72,9 @@ bool PositioningSession::Begin() {
   functions_->getDataFromDyn(job_.jobFile.c_str());
   wanted_ = functions_->isAutoPositionMutiStage() == 1;
   if (wanted_) opened_ = functions_->writeDynaFileOpen() != 0;
-  const bool usable = !wanted_ || opened_;
-  if (!opened_) End();
-  return usable;
+  if (wanted_ && !opened_) return Leave(), false;
+  if (!wanted_) End();
+  return true;
 }
 
 void PositioningSession::Position(const JobFile& stage) {
@@ -87,6 +87,10 @@ void PositioningSession::End() {
   if (functions_ == nullptr) return;
   if (opened_) functions_->writeDynaFileClose();
   functions_->positionEnd();
+  Leave();
+}
+
+void PositioningSession::Leave() {
   functions_ = nullptr;
   wanted_ = opened_ = false;
   turn_.unlock();

@@ -54,7 +54,8 @@ class PositioningSession {
 
   // Asks whether the job's deck wants its stages positioned; never for a restart. A session that is
   // wanted lasts until this object goes, and other jobs wait for it, which their abort ends; one
-  // that is not is over at once. False when the library cannot open its output.
+  // that is not is over at once. False when the library cannot open its output; it is not
+  // called again for this job then.
   bool Begin();
   bool Wanted() const { return wanted_; }
   // Writes the positions into a stage's deck. Does nothing unless wanted.
@@ -62,6 +63,7 @@ class PositioningSession {
 
  private:
   void End();
+  void Leave();
 
   PositioningLibrary& library_;
   const JobFile& job_;

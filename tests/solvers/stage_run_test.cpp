@@ -124,7 +124,7 @@ TEST_F(StageRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
   const std::string message = "Auto Position [" + job->jobFile + "] open write dyna file failed";
   EXPECT_TRUE(Has(log_, message));
   EXPECT_EQ(job->RunMessage(), message);
-  EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open", "end"}));
+  EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open"}));
   EXPECT_EQ(job->stages[0]->status, JobStatus::kQueued);
   EXPECT_FALSE(Exists(Beside(*job->stages[0], "messag.krb")));
 }
