@@ -19,6 +19,9 @@
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
 #include "support/TempFolder.h"
+#ifdef _WIN32
+#include "ScratchAppData_win32.h"
+#endif
 
 // Sets or removes a variable of the environment until the end of the scope.
 class ScopedVariable {
@@ -116,7 +119,9 @@ class CoreTest : public testing::Test {
   ScopedVariable runtime_{"XDG_RUNTIME_DIR", std::nullopt};
   ScopedVariable temp_{"TMPDIR", home_.Path()};
   ScopedVariable windowsTemp_{"TMP", home_.Path()};
-  ScopedVariable appData_{"APPDATA", home_ / "config"};
+#ifdef _WIN32
+  ScratchAppData appData_{home_ / "config"};
+#endif
   ScopedVariable display_{"DISPLAY", std::nullopt};
 };
 

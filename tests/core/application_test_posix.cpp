@@ -39,13 +39,13 @@ class HostileSystem : public CoreTest {
     return hand_over_file::Read(path, 1000, contents);
   }
 
-  // A running process whose program has this name; of this user when no other is named.
-  void StartNamed(const std::string& name, const char* user = nullptr) {
+  // A running process whose program has this name.
+  void StartNamed(const std::string& name, const char* user) {
     const std::string program = home_ / name;
     std::filesystem::copy_file("/bin/sleep", program, std::filesystem::copy_options::skip_existing);
     const pid_t pid = fork();
     if (pid == 0) {
-      if (user == nullptr || Become(user)) execl(program.c_str(), name.c_str(), "100", nullptr);
+      if (Become(user)) execl(program.c_str(), name.c_str(), "100", nullptr);
       _exit(127);
     }
     started_.push_back(pid);
@@ -137,31 +137,6 @@ TEST_F(HostileSystem, AProcessThatDiesWithTheEventStopsNobody) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
   application.Intake().Drain();
   EXPECT_EQ(application.Manager().CurrentGroup()->JobCount(), 1);
-}
-
-TEST_F(HostileSystem, ASecondCopyHandsOverAndShowsNoWindow) {
-  Application running;
-  const char* alone[] = {"kestrun"};
-  ASSERT_TRUE(running.Initialise(1, alone));
-  running.SettingsAndFiles().Set(&Settings::cpu_count, 12);
-  ASSERT_TRUE(running.SettingsAndFiles().WriteSettings());
-  StartNamed("kestrun_a");
-  StartNamed("KESTRUN_B");
-  const auto second = [] {
-    Application application;
-    const char* arguments[] = {"kestrun", "/a.k", "/b.k"};
-    if (application.Initialise(3, arguments)) return 100;
-    return application.Shutdown();
-  };
-  int code = -1;
-  ASSERT_TRUE(WaitUntil([&] { return (code = InChild(second)) != 100; }));
-  EXPECT_EQ(code, 0);
-  running.Tick();
-  running.Intake().Drain();
-  EXPECT_GE(running.Manager().CurrentGroup()->JobCount(), 2);
-  SettingsAndPaths stored(kTitle);
-  stored.ReadSettings();
-  EXPECT_EQ(stored.Get().cpu_count, 12);
 }
 
 TEST_F(HostileSystem, CopiesOfTwoUsersDoNotCountAsTwo) {

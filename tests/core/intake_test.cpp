@@ -60,7 +60,7 @@ TEST_F(Intake, NoRequestIsLostWhateverIsWrongWithIt) {
 
   const auto restart = Make<JobFileDyna>("", [](JobRequest& r) { r.restartFile = "/x/d3dump01"; });
   ASSERT_TRUE(restart);
-  EXPECT_EQ(restart->restartFile, "/x/d3dump01");
+  EXPECT_EQ(restart->restartFile, FileDirWrapper::AbsolutePath("/x/d3dump01"));
   EXPECT_EQ(restart->jobFile, "");
 
   manager_->AddGroup("Group2");

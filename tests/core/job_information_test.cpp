@@ -77,19 +77,20 @@ TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
     made->status = status;
     return made;
   };
+  const auto absolute = &FileDirWrapper::AbsolutePath;
   JobFileDyna job(settings);
   job.jobFile = "/decks/main.dyn";
   job.status = JobStatus::kFinished;
-  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/decks/d3plot");
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/decks/d3plot"));
   job.deckIdentifier = "door";
   job.deckIdentifierFlag = 1;
-  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/decks/door.d3plot");
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/decks/door.d3plot"));
 
   job.stages = {stage("/s1/gravity.dyn", "Gravity loading", JobStatus::kFinished),
                 stage("/s2/trim.dyn", "TRIMMING", JobStatus::kQueued)};
-  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/s1/d3drlf");
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/s1/d3drlf"));
   job.stages[1]->status = JobStatus::kFinished;
-  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), "/s2/dynain");
+  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/s2/dynain"));
   EXPECT_FALSE(IsCompensation(PostSourceOf(job)));
   job.stages.push_back(stage("/s3/scp.dyn", "Springback Compensation", JobStatus::kFinished));
   EXPECT_TRUE(IsCompensation(PostSourceOf(job)));

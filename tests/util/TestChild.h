@@ -5,7 +5,8 @@
 //   take NAME FILE            makes the file, waits for the event, and ends with the wait's result
 //   hold NAME FILE            holds the event open, makes the file, and sleeps
 //   set NAME                  opens the event and sets it
-//   tree DEPTH FILE           starts DEPTH more of itself, each the child of the one before it; each
+//   tree DEPTH FILE           starts DEPTH more of itself, each the child of the one before it;
+//   each
 //                             writes its id to FILE followed by its depth, and sleeps
 //   leave FILE                starts "tree 0 FILE" and ends
 #ifndef KR_TESTS_TESTCHILD_H

@@ -14,9 +14,8 @@ bool Runs(const std::string& pidFile) {
   const int pid = std::stoi(TempFolder::Read(pidFile));
   std::vector<PTWrapperProcessInfo> list;
   PTWrapperProcess::FindRunningProcessName(list);
-  return std::any_of(list.begin(), list.end(), [pid](const PTWrapperProcessInfo& entry) {
-    return entry.processId == pid;
-  });
+  return std::any_of(list.begin(), list.end(),
+                     [pid](const PTWrapperProcessInfo& entry) { return entry.processId == pid; });
 }
 
 bool IsWritten(const std::string& file) {
@@ -51,7 +50,8 @@ TEST(Process, RefusesWhatCannotBeStarted) {
   EXPECT_EQ(process.LastError(), missing + " does not exist");
   const std::string text = folder.Write("text.bin", "not a program");
   EXPECT_FALSE(process.Create(text, "x y", "", false, 0, "", true));
-  EXPECT_EQ(process.LastError(), "CreateProcess " + FileDirWrapper::ShortPath(text) + " x y failed");
+  EXPECT_EQ(process.LastError(),
+            "CreateProcess " + FileDirWrapper::ShortPath(text) + " x y failed");
   EXPECT_FALSE(process.Create("", "kr-no-such-program-anywhere 1", "", false, 0, "", true));
   EXPECT_EQ(process.LastError(), "CreateProcess  kr-no-such-program-anywhere 1 failed");
   EXPECT_FALSE(process.Create("", "", "", false, 0, "", true));
