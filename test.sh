@@ -27,11 +27,15 @@ step "Building: address and undefined-behaviour sanitizers"
 build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF
 step "Building: fuzzing programs"
 build fuzz
-step "Compiling for Windows"
+step "Building: Windows"
 build windows
 
 step "Testing"
 # One run over all builds, so that there is one summary.
 mkdir -p build/all
-printf 'subdirs("%s")\n' "$root"/build/{release,asan,fuzz} >build/all/CTestTestfile.cmake
-ctest --test-dir build/all --output-on-failure -j 4
+printf 'subdirs("%s")\n' "$root"/build/{release,asan,fuzz,windows} >build/all/CTestTestfile.cmake
+status=0
+ctest --test-dir build/all --output-on-failure -j 4 || status=$?
+echo
+awk -f tools/test_summary.awk build/all/Testing/Temporary/LastTest.log
+exit "$status"
