@@ -78,6 +78,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Flx_AppWnd_Actions.cpp
   void AddJobs(int solverType);
   void AddFolder();
+  void FocusTable();
   static void TakeDropped(void* self);
   // Files become jobs of this kind (JobRequest::kind), by their endings when it is left open.
   void AddFiles(const std::vector<std::string>& paths, int kind = JobRequest().kind);

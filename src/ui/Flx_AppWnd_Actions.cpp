@@ -123,7 +123,9 @@ void Flx_AppWnd::AddJobs(int solverType) {
   // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
   // chosen for.
   const int kind = solverType == Settings::kLsDynaSingle ? JobRequest().kind : solverType;
-  if (dialog.DoModal()) AddFiles(dialog.GetPathNames(), kind);
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) AddFiles(dialog.GetPathNames(), kind);
 }
 
 void Flx_AppWnd::AddFolder() {
@@ -131,7 +133,14 @@ void Flx_AppWnd::AddFolder() {
   dialog.SetParentWindow(this);
   dialog.SetTitle(texts_.Get("lab_addk_in_folder"));
   dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
-  if (dialog.DoModal()) AddFiles({dialog.GetPath()});
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) AddFiles({dialog.GetPath()});
+}
+
+// The button that has opened a chooser would take the next keys.
+void Flx_AppWnd::FocusTable() {
+  if (Table() && !leaving_) Table()->TakeFocus();
 }
 
 void Flx_AppWnd::TakeDropped(void* self) {
