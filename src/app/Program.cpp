@@ -42,9 +42,14 @@ void ShowWindow(Application& application, QueueNotes& notes, const ProgramOption
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
+  OnDisplayLost([&application] {
+    application.SettingsAndFiles().Log().NoteLine("The display is gone; Kestrun ends");
+    application.Shutdown();
+  });
   Fl::run();
   Fl::remove_timeout(Poll, &poll);
   OnTermination(nullptr);
+  OnDisplayLost(nullptr);
 }
 
 }  // namespace

@@ -4,8 +4,11 @@
 #include <FL/Fl.H>
 #include <signal.h>
 #include <unistd.h>
+#include <X11/Xlib.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -14,6 +17,17 @@ int g_wakeUp[2] = {-1, -1};  // written by the signal handler, read by the event
 std::function<void()>& Leave() {
   static std::function<void()> leave;
   return leave;
+}
+
+std::function<void()>& Save() {
+  static std::function<void()> save;
+  return save;
+}
+
+// The toolkit's own handler would leave at once, with the queue's threads at work.
+int EndWithoutDisplay(Display*) {
+  if (const auto save = std::exchange(Save(), nullptr)) save();
+  _exit(EXIT_FAILURE);
 }
 
 void TakeSignal(int) {
@@ -39,4 +53,9 @@ void OnTermination(const std::function<void()>& leave) {
   action.sa_handler = TakeSignal;
   sigemptyset(&action.sa_mask);
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaction(number, &action, nullptr);
+}
+
+void OnDisplayLost(const std::function<void()>& save) {
+  Save() = save;
+  XSetIOErrorHandler(EndWithoutDisplay);
 }

@@ -1,3 +1,5 @@
 #include "ui/Termination.h"
 
 void OnTermination(const std::function<void()>&) {}
+
+void OnDisplayLost(const std::function<void()>&) {}
