@@ -7,18 +7,12 @@
 #include <filesystem>
 #include <fstream>
 
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
-class ChineseWindow : public ::testing::Test {
+class ChineseWindow : public WindowFixture {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
-    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
-        << "end the copy of the program that runs already";
-  }
-
   Copy StartIn(int language) {
     std::filesystem::create_directories(desktop_.WorkFolder());
     std::ofstream(desktop_.Settings()) << "[GENERAL]\nlanguage=" << language << "\n";
@@ -39,10 +33,8 @@ class ChineseWindow : public ::testing::Test {
     desktop_.Type(name);
     usleep(300000);
     desktop_.Key("Return");
-    EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+    EXPECT_TRUE(Closed("KestrunDialog"));
   }
-
-  Desktop desktop_;
 };
 
 TEST_F(ChineseWindow, TakesAndKeepsChineseNames) {
@@ -58,7 +50,7 @@ TEST_F(ChineseWindow, TakesAndKeepsChineseNames) {
   ASSERT_FALSE(dialogs.empty());
   EXPECT_EQ(TitleOf(dialogs.front()), "重命名任务组\n");
   desktop_.Key("Escape");
-  ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+  ASSERT_TRUE(Closed("KestrunDialog"));
   RenameTo("门板 дверь");
   desktop_.Key("ctrl+t");
   usleep(300000);

@@ -9,43 +9,14 @@
 #include <fstream>
 #include <string>
 
-#include "ui/Layout.h"
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
-constexpr double kPoll = 8;
-constexpr double kRun = 20;
-constexpr int kWidth = Layout::kWindowWidth;
-
-bool Exists(const std::string& path) {
-  return std::filesystem::exists(path);
-}
-
-std::string FolderOf(const std::string& deck) {
-  return std::filesystem::path(deck).parent_path().string();
-}
-
-class Dialogs : public ::testing::Test {
+class Dialogs : public WindowFixture {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
-    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
-        << "end the copy of the program that runs already";
-  }
-
   void StartWith(const std::vector<std::string>& arguments) {
-    copy_ = desktop_.Start(arguments);
-    ASSERT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy_.output);
-    ASSERT_TRUE(WaitUntilTaken());
-  }
-
-  std::string HandOver() const { return desktop_.Scratch() / "home/tmp/~kestrun_tmp_2014 R1.txt"; }
-
-  bool WaitUntilTaken() {
-    const bool gone = Desktop::WaitFor([&] { return !Exists(HandOver()); }, kPoll);
-    usleep(300000);  // small decks are read at once, and what changed is shown
-    return gone;
+    copy_ = WindowFixture::StartWith(arguments);
   }
 
   void Quit() {
@@ -53,8 +24,8 @@ class Dialogs : public ::testing::Test {
     EXPECT_EQ(desktop_.WaitExit(copy_, 10), 0);
   }
 
-  void ClickTool(int tool) {
-    desktop_.Click(Layout::ToolX(tool, kWidth) + 16, Layout::kToolY + 16);
+  void OpenByTool(int tool) {
+    ClickTool(tool);
     FindDialog();
   }
   void OpenMpp() {
@@ -68,16 +39,10 @@ class Dialogs : public ::testing::Test {
     dialog_ = ids.front();
     ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.ActiveWindow() == dialog_; }, 5));
   }
-  bool Closed() {
-    return Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5);
-  }
+  bool Closed() { return WindowFixture::Closed("KestrunDialog"); }
 
   // In the coordinates of the dialog's layout.
-  void ClickIn(int x, int y) {
-    desktop_.Command("xdotool mousemove --window " + dialog_ + " " + std::to_string(x) + " " +
-                     std::to_string(y) + " click 1");
-    usleep(200000);
-  }
+  void ClickIn(int x, int y) { WindowFixture::ClickIn(dialog_, x, y); }
   void TypeIn(int x, int y, const std::string& text) {
     ClickIn(x, y);
     desktop_.Key("ctrl+a");
@@ -91,14 +56,12 @@ class Dialogs : public ::testing::Test {
     usleep(200000);
   }
 
-  std::string Settings() const { return TempFolder::Read(desktop_.Settings()); }
   bool Stored(const std::string& line) const {
     return ("\n" + Settings()).find("\n" + line + "\n") != std::string::npos;
   }
   std::string Log() const { return TempFolder::Read(desktop_.WorkFolder() + "/kr.log"); }
   std::string Hosts() const { return TempFolder::Read(desktop_.WorkFolder() + "/kr_host.txt"); }
 
-  Desktop desktop_;
   Copy copy_;
   std::string dialog_;
 };
@@ -147,13 +110,13 @@ TEST_F(Dialogs, WhatStaysAsItIsChangesNoFile) {
   ClickIn(200, 138);
   desktop_.Key("y Escape");  // a text that is being typed goes with its window
   EXPECT_TRUE(Closed());
-  ClickTool(Layout::kConfig);
+  OpenByTool(Layout::kConfig);
   Choose(150, 21, "");  // English again: it says so all the same
   EXPECT_TRUE(desktop_.Answer("Return"));
   desktop_.Key("Escape");
   EXPECT_TRUE(Closed());
   for (const char* key : {"Escape", "Return"}) {
-    ClickTool(Layout::kAbout);
+    OpenByTool(Layout::kAbout);
     desktop_.Key(key);
     EXPECT_TRUE(Closed()) << key;
   }
@@ -210,7 +173,7 @@ TEST_F(Dialogs, StopRunningNeedsTheSwitchFile) {
 
 TEST_F(Dialogs, ConfigurationIsStoredAndTheLanguageComesWithTheNextStart) {
   StartWith({});
-  ClickTool(Layout::kConfig);
+  OpenByTool(Layout::kConfig);
   Choose(150, 21, "Down");
   EXPECT_TRUE(desktop_.Answer("Return"));
   TypeIn(200, 47, "my editor -w");
@@ -224,7 +187,7 @@ TEST_F(Dialogs, ConfigurationIsStoredAndTheLanguageComesWithTheNextStart) {
   for (const char* line : {"language=1", "viewer=my editor -w", "output_dump=0", "no_adapdump=0"})
     EXPECT_TRUE(Stored(line)) << line << "\n" << Settings();
   StartWith({});
-  ClickTool(Layout::kConfig);
+  OpenByTool(Layout::kConfig);
   EXPECT_EQ(desktop_.Command("xdotool getwindowname " + dialog_), "\xE9\x85\x8D\xE7\xBD\xAE\n");
 }
 
@@ -232,11 +195,11 @@ TEST_F(Dialogs, RestartJobsRunWithTheirFiles) {
   const std::string deck = desktop_.Deck("again", "$ standin: echo\n");
   const std::string dump = desktop_.Scratch().Write("again/d3dump01", "dump");
   StartWith({});
-  ClickTool(Layout::kAddRestart);
+  OpenByTool(Layout::kAddRestart);
   TypeIn(200, 18, dump);
   ClickIn(400, 80);  // Cancel: no job
   EXPECT_TRUE(Closed());
-  ClickTool(Layout::kAddRestart);
+  OpenByTool(Layout::kAddRestart);
   desktop_.Key("Return");  // no file yet
   EXPECT_TRUE(desktop_.Answer("Return"));
   TypeIn(200, 18, dump);
@@ -249,7 +212,7 @@ TEST_F(Dialogs, RestartJobsRunWithTheirFiles) {
   usleep(500000);
   desktop_.Key("ctrl+Return");
   const std::string echo = FolderOf(deck) + "/standin_echo.txt";
-  ASSERT_TRUE(Desktop::WaitFor([&] { return Exists(FolderOf(deck) + "/messag.krb"); }, kRun));
+  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
   const std::string arguments = TempFolder::Read(echo);
   EXPECT_NE(arguments.find("r=" + dump + "\n"), std::string::npos) << arguments;
   EXPECT_NE(arguments.find("i=" + deck + "\n"), std::string::npos) << arguments;
@@ -266,16 +229,14 @@ TEST_F(Dialogs, ThePostProcessorOpensTheResultOfAFinishedJob) {
       << "[EXTERNAL_APP]\npost_processor=" << program << "\n";
   const std::string deck = desktop_.Deck("shown", "");
   StartWith({deck});
-  const auto run = [&] {
-    desktop_.Click(Layout::ToolX(Layout::kRunPost, kWidth) + 16, Layout::kToolY + 16);
-  };
+  const auto run = [&] { ClickTool(Layout::kRunPost); };
   run();  // no job is selected
   EXPECT_TRUE(desktop_.Answer("Return"));
   desktop_.Click(30, Layout::RowY(0, kWidth));
   run();  // still queued
   EXPECT_TRUE(desktop_.Answer("Return"));
   desktop_.Key("ctrl+Return");
-  ASSERT_TRUE(Desktop::WaitFor([&] { return Exists(FolderOf(deck) + "/messag.krb"); }, kRun));
+  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
   usleep(500000);
   const std::string result = FolderOf(deck) + "/d3plot";
   std::filesystem::remove(result);

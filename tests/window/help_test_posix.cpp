@@ -3,16 +3,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
-class HelpWindow : public ::testing::Test {
+class HelpWindow : public WindowFixture {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
-    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
-        << "end the copy of the program that runs already";
+    WindowFixture::SetUp();
     copy_ = desktop_.Start({});
     ASSERT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy_.output);
   }
@@ -30,9 +28,7 @@ class HelpWindow : public ::testing::Test {
   bool ShowsTitle(const std::string& title) const {
     return Desktop::WaitFor([&] { return Title() == title + "\n"; }, 5);
   }
-  bool Closed() const {
-    return Desktop::WaitFor([&] { return desktop_.Windows("KestrunHelp", 0).empty(); }, 5);
-  }
+  bool Closed() const { return WindowFixture::Closed("KestrunHelp"); }
 
   // Clicks down the page until a link has led to another one.
   bool FollowALink() const {
@@ -45,7 +41,6 @@ class HelpWindow : public ::testing::Test {
     return Title() != before;
   }
 
-  Desktop desktop_;
   Copy copy_;
   std::string help_;
 };

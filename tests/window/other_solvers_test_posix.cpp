@@ -5,13 +5,11 @@
 
 #include <filesystem>
 
-#include "ui/Layout.h"
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
 constexpr char kToken[] = "Window.0123456789abcde";
-constexpr double kRun = 20;
 
 // The files below a folder that hold the token.
 std::string FilesWithToken(const std::string& folder) {
@@ -24,53 +22,50 @@ std::string FilesWithToken(const std::string& folder) {
   return names;
 }
 
-TEST(OtherSolvers, RunFromTheWindowAndTellNoToken) {
-  Desktop desktop;
-  ASSERT_TRUE(desktop.Ready()) << "no display could be started";
-  ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop.AnotherCopyRuns(); }, 30))
-      << "end the copy of the program that runs already";
+class OtherSolvers : public WindowFixture {};
+
+TEST_F(OtherSolvers, RunFromTheWindowAndTellNoToken) {
   const std::string solver = KR_TEST_BIN_DIR "/standin_solver";
-  const std::string vorelSolver = desktop.Scratch() / "Vorel";
+  const std::string vorelSolver = desktop_.Scratch() / "Vorel";
   std::filesystem::create_symlink(solver, vorelSolver);
   const std::string settings =
-      "[GENERAL]\nxterm_path=none\npause_time=0\nlast_path=" + desktop.Scratch().Path() +
+      "[GENERAL]\nxterm_path=none\npause_time=0\nlast_path=" + desktop_.Scratch().Path() +
       "\n[SOLVER]\nu_batch=" + solver + "\nv_orel=" + vorelSolver + "\ninc=" + solver +
       "\ninc_token=" + kToken;
-  desktop.Scratch().Write("home/config/orla/Kestrun 2016 R1/kr_init.config", settings + "\n");
-  const std::string batch = desktop.Deck("batch", "$ RCMD-SOLVER: ORLASOLVER\n");
-  const std::string inc = desktop.Scratch().Write("part.v2.fin", "$ standin: run 1\n");
-  const std::string refused = desktop.Scratch().Write("fails.fin", "$ standin: fail\n");
-  desktop.Scratch().Write("one step", "");
+  desktop_.Scratch().Write("home/config/orla/Kestrun 2016 R1/kr_init.config", settings + "\n");
+  const std::string batch = desktop_.Deck("batch", "$ RCMD-SOLVER: ORLASOLVER\n");
+  const std::string inc = desktop_.Scratch().Write("part.v2.fin", "$ standin: run 1\n");
+  const std::string refused = desktop_.Scratch().Write("fails.fin", "$ standin: fail\n");
+  desktop_.Scratch().Write("one step", "");
 
-  const std::string report = desktop.Scratch() / "report.txt";
-  const Copy copy = desktop.Start({"--submit", "--report=" + report, batch, inc, refused});
-  ASSERT_TRUE(desktop.OpenMain()) << TempFolder::Read(copy.output);
-  EXPECT_TRUE(Desktop::WaitFor([&] { return std::filesystem::exists(report); }, kRun));
+  const std::string report = desktop_.Scratch() / "report.txt";
+  const Copy copy = desktop_.Start({"--submit", "--report=" + report, batch, inc, refused});
+  ASSERT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy.output);
+  EXPECT_TRUE(Desktop::WaitFor([&] { return Exists(report); }, kRun));
   const std::string text = TempFolder::Read(report);
   EXPECT_NE(text.find(batch + "\tFinished\tUTILITYBATCH\t"), std::string::npos) << text;
   EXPECT_NE(text.find(inc + "\tFinished\tINCSolver\t"), std::string::npos) << text;
   EXPECT_NE(text.find(refused + "\tAborted\tINCSolver\t"), std::string::npos) << text;
 
   // A file that is chosen as a Vorel job is one, also without an extension.
-  desktop.Click(Layout::ToolX(Layout::kAddVorel, Layout::kWindowWidth) + Layout::kToolSize / 2,
-                Layout::kToolY + Layout::kToolSize / 2);
-  EXPECT_FALSE(desktop.Windows("KestrunChooser").empty());
-  desktop.Type("one step");  // the folder stands there already
-  desktop.Key("Return");
-  ASSERT_TRUE(desktop.OpenMain());
-  desktop.Key("ctrl+Return");
-  const std::string result = desktop.Scratch() / "one step.lin";
-  EXPECT_TRUE(Desktop::WaitFor([&] { return std::filesystem::exists(result); }, kRun));
+  ClickTool(Layout::kAddVorel);
+  EXPECT_FALSE(desktop_.Windows("KestrunChooser").empty());
+  desktop_.Type("one step");  // the folder stands there already
+  desktop_.Key("Return");
+  ASSERT_TRUE(desktop_.OpenMain());
+  desktop_.Key("ctrl+Return");
+  const std::string result = desktop_.Scratch() / "one step.lin";
+  EXPECT_TRUE(Desktop::WaitFor([&] { return Exists(result); }, kRun));
 
-  desktop.Click(60, Layout::RowY(1, Layout::kWindowWidth));
-  desktop.Key("ctrl+m");
-  EXPECT_FALSE(desktop.Windows("KestrunText").empty()) << "the message file of the INC job";
-  EXPECT_EQ(desktop.Command("xwininfo -root -tree").find(kToken), std::string::npos);
-  desktop.Key("Escape");
-  ASSERT_TRUE(desktop.OpenMain());
+  desktop_.Click(60, Layout::RowY(1, kWidth));
+  desktop_.Key("ctrl+m");
+  EXPECT_FALSE(desktop_.Windows("KestrunText").empty()) << "the message file of the INC job";
+  EXPECT_EQ(desktop_.Command("xwininfo -root -tree").find(kToken), std::string::npos);
+  desktop_.Key("Escape");
+  ASSERT_TRUE(desktop_.OpenMain());
   kill(copy.pid, SIGTERM);  // asks nothing, should the last job not be judged yet
-  EXPECT_EQ(desktop.WaitExit(copy, kRun), 0);
-  EXPECT_EQ(FilesWithToken(desktop.Scratch().Path()), "kr_init.config ");
+  EXPECT_EQ(desktop_.WaitExit(copy, kRun), 0);
+  EXPECT_EQ(FilesWithToken(desktop_.Scratch().Path()), "kr_init.config ");
 }
 
 }  // namespace

@@ -6,26 +6,12 @@
 #include <filesystem>
 #include <fstream>
 
-#include "ui/Layout.h"
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
-constexpr double kRun = 20;
-constexpr int kWidth = Layout::kWindowWidth;
-
-bool Exists(const std::string& path) {
-  return std::filesystem::exists(path);
-}
-
-class Session : public ::testing::TestWithParam<int> {
+class Session : public WindowFixture, public ::testing::WithParamInterface<int> {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
-    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
-        << "end the copy of the program that runs already";
-  }
-
   void StartIn(int language) {
     std::string settings = TempFolder::Read(desktop_.Settings());
     const std::string section = "[GENERAL]\n";
@@ -51,17 +37,6 @@ class Session : public ::testing::TestWithParam<int> {
     usleep(500000);  // it is read
   }
 
-  bool Closed(const std::string& windowClass) const {
-    return Desktop::WaitFor([&] { return desktop_.Windows(windowClass, 0).empty(); }, 5);
-  }
-
-  void TypeInto(int x, const std::string& text) {
-    desktop_.Click(x + 10, Layout::ParameterRowY(kWidth) + Layout::kFieldHeight / 2);
-    desktop_.Key("ctrl+a");
-    desktop_.Type(text);
-    desktop_.Key("Return");
-  }
-
   // Opens a window by a key, holds its title against the language's, and closes it.
   void Look(const std::string& key, const std::string& windowClass, const std::string& title) {
     desktop_.Key(key);
@@ -81,14 +56,6 @@ class Session : public ::testing::TestWithParam<int> {
     usleep(700000);  // the window hears of it
   }
 
-  // Where the dialog was built, in the coordinates of its layout.
-  void ClickIn(const std::string& dialog, int x, int y) {
-    desktop_.Command("xdotool mousemove --window " + dialog + " " + std::to_string(x) + " " +
-                     std::to_string(y) + " click 1");
-    usleep(300000);
-  }
-
-  Desktop desktop_;
   Copy copy_;
 };
 
@@ -96,13 +63,13 @@ TEST_P(Session, FromTheFirstDeckToTheQuestionAtTheEnd) {
   const bool chinese = GetParam() == 1;
   StartIn(GetParam());
   const std::string deck = desktop_.Deck("first", "$ standin: echo\n");
-  const std::string folder = std::filesystem::path(deck).parent_path().string();
-  const std::string kept = folder + "/messag.krb";
+  const std::string kept = KeptMessage(deck);
   Add(deck);
   desktop_.Key("Home");
-  TypeInto(Layout::CpuX(kWidth), "3");
+  TypeInto(Layout::CpuX(kWidth), Layout::ParameterRowY(kWidth), "3");
   RunUntil(kept);
-  EXPECT_NE(TempFolder::Read(folder + "/standin_echo.txt").find("ncpu=3\n"), std::string::npos);
+  EXPECT_NE(TempFolder::Read(FolderOf(deck) + "/standin_echo.txt").find("ncpu=3\n"),
+            std::string::npos);
   Look("ctrl+m", "KestrunText", "messag.krb");
   Look("ctrl+i", "KestrunDialog", chinese ? "查看任务信息" : "Show Job Information");
   Look("ctrl+l", "KestrunText", "kr.log");
@@ -130,7 +97,7 @@ TEST_P(Session, FromTheFirstDeckToTheQuestionAtTheEnd) {
 
   const std::string longDeck = desktop_.Deck("long", "$ standin: run 60\n");
   Add(longDeck);
-  RunUntil(std::filesystem::path(longDeck).parent_path().string() + "/messag");
+  RunUntil(FolderOf(longDeck) + "/messag");
   desktop_.Key("ctrl+q");
   EXPECT_TRUE(desktop_.Answer("Escape"));
   ASSERT_TRUE(desktop_.OpenMain());

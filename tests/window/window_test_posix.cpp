@@ -8,76 +8,11 @@
 #include <filesystem>
 #include <string>
 
-#include "ui/Layout.h"
-#include "window/Desktop.h"
+#include "window/WindowFixture.h"
 
 namespace {
 
-// The poll that takes jobs in comes every three seconds.
-constexpr double kPoll = 8;
-constexpr double kRun = 20;
-
-constexpr int kWidth = Layout::kWindowWidth;
-
-bool Exists(const std::string& path) {
-  return std::filesystem::exists(path);
-}
-
-std::string FolderOf(const std::string& deck) {
-  return std::filesystem::path(deck).parent_path().string();
-}
-
-// The message file that a run leaves when its end has been judged.
-bool HasRun(const std::string& deck) {
-  return Exists(FolderOf(deck) + "/messag.krb");
-}
-
-bool Began(const std::string& deck) {
-  return Exists(FolderOf(deck) + "/messag");
-}
-
-class Window : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(desktop_.Ready()) << "no display could be started";
-    // Only one copy of a user shows a window; another test run's ends soon, a person's does not.
-    ASSERT_TRUE(Desktop::WaitFor([&] { return !desktop_.AnotherCopyRuns(); }, 30))
-        << "end the copy of the program that runs already";
-  }
-
-  // Starts the program with jobs and waits until it has taken them in.
-  Copy StartWith(const std::vector<std::string>& arguments) {
-    const Copy copy = desktop_.Start(arguments);
-    EXPECT_TRUE(desktop_.OpenMain()) << TempFolder::Read(copy.output);
-    EXPECT_TRUE(WaitUntilTaken());
-    return copy;
-  }
-
-  bool WaitUntilTaken() {
-    const std::string handOver = desktop_.Scratch() / "home/tmp/~kestrun_tmp_2014 R1.txt";
-    const bool gone = Desktop::WaitFor([&] { return !Exists(handOver); }, kPoll);
-    usleep(300000);  // small decks are read at once
-    return gone;
-  }
-
-  std::string Groups() const { return TempFolder::Read(desktop_.Groups()); }
-  std::string Settings() const { return TempFolder::Read(desktop_.Settings()); }
-
-  // Selects the text of a field of the settings and types over it.
-  void TypeInto(int x, int y, const std::string& text) {
-    desktop_.Click(x + 10, y + Layout::kFieldHeight / 2);
-    desktop_.Key("ctrl+a");
-    desktop_.Type(text);
-    desktop_.Key("Return");
-  }
-
-  void ClickTool(int tool) {
-    desktop_.Click(Layout::ToolX(tool, kWidth) + Layout::kToolSize / 2,
-                   Layout::kToolY + Layout::kToolSize / 2);
-  }
-
-  Desktop desktop_;
-};
+class Window : public WindowFixture {};
 
 TEST_F(Window, JobsOfTheCommandLineRunOnCtrlEnter) {
   const std::string first = desktop_.Deck("first", "");
@@ -206,7 +141,7 @@ TEST_F(Window, JobsAreMovedAndTheQueueIsEmptied) {
   desktop_.Key("Return");  // enters it
   usleep(300000);
   desktop_.Key("Return");
-  ASSERT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunChooser", 0).empty(); }, 5));
+  ASSERT_TRUE(Closed("KestrunChooser"));
   ASSERT_TRUE(desktop_.OpenMain());
   usleep(500000);
   desktop_.Key("ctrl+Return");
@@ -258,7 +193,7 @@ TEST_F(Window, GroupsAreAddedRenamedAndKept) {
   desktop_.Key("End");
   desktop_.Type(" 2");
   desktop_.Key("Return");
-  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunDialog", 0).empty(); }, 5));
+  EXPECT_TRUE(Closed("KestrunDialog"));
   kill(copy.pid, SIGTERM);
   EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
   EXPECT_EQ(Groups(), "Door panels 2=\nGroup1=\n");
@@ -300,7 +235,7 @@ TEST_F(Window, MessageFileIsShownOnceThereIsOne) {
   EXPECT_FALSE(desktop_.Windows("KestrunText").empty());
   // Escape closes the text, and in the main window nothing.
   desktop_.Key("Escape");
-  EXPECT_TRUE(Desktop::WaitFor([&] { return desktop_.Windows("KestrunText", 0).empty(); }, 5));
+  EXPECT_TRUE(Closed("KestrunText"));
   ASSERT_TRUE(desktop_.OpenMain());
   desktop_.Key("Escape Escape");
   usleep(300000);
