@@ -8,7 +8,6 @@
 #include <FL/Fl_Counter.H>
 #include <FL/Fl_Group.H>
 #include <FL/Fl_Help_View.H>
-#include <FL/Fl_Input.H>
 #include <FL/Fl_Menu_Bar.H>
 #include <FL/Fl_Menu_Button.H>
 #include <FL/Fl_Round_Button.H>
@@ -19,6 +18,8 @@
 #include <FL/Fl_Value_Slider.H>
 
 #include <string>
+
+#include "ui/LineInput.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ struct WidgetKind {
 const WidgetKind kKinds[] = {
     {"Fl_Button", WithDownBox<Fl_Button>},
     {"Fl_Box", Plain<Fl_Box>},
-    {"Fl_Input", Plain<Fl_Input>},
+    {"Fl_Input", Plain<LineInput>},
     {"Fl_Group", Closed<Fl_Group>},
     {"Fl_Check_Button", WithDownBox<Fl_Check_Button>},
     {"Fl_Round_Button", WithDownBox<Fl_Round_Button>},

@@ -44,7 +44,7 @@ bool IsEnter() {
 
 }  // namespace
 
-Field::Field(int x, int y, int w, int h) : Fl_Input(x, y, w, h) {
+Field::Field(int x, int y, int w, int h) : LineInput(x, y, w, h) {
   color(Theme::kSurface);
   when(FL_WHEN_CHANGED);
   callback(
@@ -120,14 +120,14 @@ int Field::handle(int event) {
       if (IsForTheWindow()) return 0;
       break;
     case FL_UNFOCUS: {
-      const int result = Fl_Input::handle(event);
+      const int result = LineInput::handle(event);
       Commit();
       return result;
     }
     default:
       break;
   }
-  return Fl_Input::handle(event);
+  return LineInput::handle(event);
 }
 
 void Field::draw() {

@@ -2,15 +2,15 @@
 #ifndef KR_UI_FIELD_H
 #define KR_UI_FIELD_H
 
-#include <FL/Fl_Input.H>
-
 #include <functional>
 #include <string>
+
+#include "ui/LineInput.h"
 
 // Enter and leaving it commit, Escape brings the stored text back. A text that is not valid is kept
 // as typed, with a red frame, and is not stored. Control keys that do not edit go on to the window.
 // Texts are UTF-8. Interface thread.
-class Field : public Fl_Input {
+class Field : public LineInput {
  public:
   Field(int x, int y, int w, int h);
 

@@ -9,6 +9,7 @@
 #include "jobs/JobArguments.h"
 #include "ui/DialogTools.h"
 #include "ui/Layout.h"
+#include "ui/LineInput.h"
 #include "ui/ModalWindow.h"
 #include "ui/Numbers.h"
 #include "ui/Text.h"
@@ -77,8 +78,8 @@ HostTable::Row HostTable::MakeRow(const std::string& line) {
   HostLine host;
   ParseHostLine(line, host);
   const int x = area_.x() + kInset;
-  Row row{line, new Fl_Input(x, 0, kNameWidth, kRowHeight),
-          new Fl_Input(x + kCpusX, 0, kCpusWidth, kRowHeight), MakeBox(kUsesX, kUsesWidth, {}),
+  Row row{line, new LineInput(x, 0, kNameWidth, kRowHeight),
+          new LineInput(x + kCpusX, 0, kCpusWidth, kRowHeight), MakeBox(kUsesX, kUsesWidth, {}),
           new Fl_Button(x + kRemoveX, 0, kRemoveWidth, kRowHeight, "-")};
   row.name->value(ToUi(host.name).c_str());
   row.cpus->value(line.empty() ? "1" : std::to_string(host.cpus).c_str());

@@ -1,5 +1,6 @@
 // Dialogs as they are built from their layouts.
 
+#include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Browser.H>
 #include <FL/Fl_Button.H>
@@ -7,7 +8,6 @@
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Counter.H>
 #include <FL/Fl_Help_View.H>
-#include <FL/Fl_Input.H>
 #include <FL/Fl_Menu_Bar.H>
 #include <FL/Fl_Menu_Button.H>
 #include <FL/Fl_Round_Button.H>
@@ -22,6 +22,7 @@
 #include <typeinfo>
 
 #include "ui/Flx_Base_Dialog.h"
+#include "ui/LineInput.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ TEST(DialogBuilder, MakesEachTypeWithItsAttributes) {
   EXPECT_TRUE(dialog.Window()->modal());
   for (const char* id : {"ID_EARLY", "ID_NOTE", "ID_BAD", "ID_CASE"})
     EXPECT_EQ(dialog.FindWidget(id), nullptr) << id;
-  EXPECT_TRUE(Is<Fl_Box>(dialog, "Box") && Is<Fl_Input>(dialog, "Input"));
+  EXPECT_TRUE(Is<Fl_Box>(dialog, "Box") && Is<LineInput>(dialog, "Input"));
   EXPECT_TRUE(Is<Fl_Browser>(dialog, "Browser") && Is<Fl_Scroll>(dialog, "Scroll"));
   EXPECT_TRUE(Is<Fl_Slider>(dialog, "Slider") && Is<Fl_Tabs>(dialog, "Tabs"));
   EXPECT_TRUE(Is<Fl_Counter>(dialog, "Counter") && Is<Fl_Value_Slider>(dialog, "Value_Slider"));
@@ -99,6 +100,16 @@ TEST(DialogBuilder, PutsWidgetsIntoTheFirstGroupAtTheirCorner) {
   EXPECT_STREQ(dialog.FindWidget("ID_TWICE")->label(), "two");
   const int first = dialog.Window()->find(dialog.FindWidget("ID_TWICE")) - 1;
   EXPECT_STREQ(dialog.Window()->child(first)->tooltip(), "a tip of the first");
+}
+
+TEST(LineInput, KeepsPastedTextsOnOneLine) {
+  LineInput input(0, 0, 100, 20);
+  std::string pasted = "-x 1\r\n[SOLVER]\ninc=\xC3\xA9\x7F\n";
+  Fl::e_text = pasted.data();
+  Fl::e_length = static_cast<int>(pasted.size());
+  ASSERT_EQ(input.handle(FL_PASTE), 1);
+  EXPECT_STREQ(input.value(), "-x 1  [SOLVER] inc=\xC3\xA9");
+  EXPECT_EQ(Fl::e_text, pasted.data());
 }
 
 }  // namespace
