@@ -24,7 +24,9 @@ std::string ToolkitPattern(const std::string& patterns) {
   return (endings ? "*." : "") + out + "}";
 }
 
+// Without a folder the toolkit's own chooser would begin with a list of what is mounted.
 std::string ExistingFolder(std::string folder) {
+  if (folder.empty()) FileDirWrapper::DocumentsDir(folder);
   std::error_code error;
   while (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
     std::string parent;
