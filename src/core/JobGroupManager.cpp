@@ -86,7 +86,7 @@ QueueObserver& JobGroupManager::Observer() {
 }
 
 bool JobGroupManager::ValidGroupName(const std::string& name) {
-  if (name.empty() || name.front() == '#') return false;
+  if (name.find_first_not_of(' ') == std::string::npos || name.front() == '#') return false;
   return std::none_of(name.begin(), name.end(), [](unsigned char c) {
     return c == '=' || c < ' ' || c == 0x7F;  // control characters
   });

@@ -30,8 +30,8 @@ class JobGroupManager {
   void SetObserver(QueueObserver* observer);
   QueueObserver& Observer();  // passes everything on; always there
 
-  // Whether the group file can hold the name: not empty, no "=", no "#" in front, no control
-  // characters.
+  // Whether the group file can hold the name and a tab can show it: not only blanks, no "=", no "#"
+  // in front, no control characters.
   static bool ValidGroupName(const std::string& name);
 
   int AddGroup(const std::string& name);

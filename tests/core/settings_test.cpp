@@ -227,7 +227,7 @@ TEST_F(SettingsFile, GroupsComeBackInTheirOrder) {
 }
 
 TEST_F(SettingsFile, NoGroupNameCanBreakTheGroupFile) {
-  for (const char* bad : {"", "#x", "a=b", "a\nb", "a\r"}) {
+  for (const char* bad : {"", "  ", "#x", "a=b", "a\nb", "a\r"}) {
     EXPECT_FALSE(JobGroupManager::ValidGroupName(bad)) << bad;
   }
   EXPECT_TRUE(JobGroupManager::ValidGroupName("a #1; [x]"));
