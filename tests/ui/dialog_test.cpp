@@ -1,5 +1,8 @@
 // Dialogs as they are built from their layouts.
 
+// Before the toolkit, whose headers bring macros of the window system.
+#include <gtest/gtest.h>
+
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Browser.H>
@@ -16,7 +19,6 @@
 #include <FL/Fl_Slider.H>
 #include <FL/Fl_Tabs.H>
 #include <FL/Fl_Value_Slider.H>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <typeinfo>
