@@ -14,6 +14,7 @@
 #include "ui/Termination.h"
 #include "ui/Theme.h"
 #include "ui/ToolkitTexts.h"
+#include "util/FileDirWrapper.h"
 
 namespace {
 
@@ -29,7 +30,17 @@ void Poll(void* data) {
   Fl::repeat_timeout(Application::kPollSeconds, Poll, data);
 }
 
-void ShowWindow(Application& application, QueueNotes& notes, const ProgramOptions& options) {
+// What went wrong before there was a window to tell it: jobs of the command line do not arrive, or
+// nothing can be kept, not even the log. Empty when all is well.
+std::string StartFailure(Application& application) {
+  const SettingsAndPaths& settings = application.SettingsAndFiles();
+  if (application.exitCode != 0) return "Write tmp file [" + settings.handOverFile + "] failed";
+  if (FileDirWrapper::IsDirWritable(settings.workFolder)) return {};
+  return "Directory [" + settings.workFolder + "] is not writable";
+}
+
+void ShowWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
+                const std::string& failure) {
   Fl::lock();  // other threads wake the event loop
   Theme::Apply(application.language);
   SetProgramIcon();
@@ -42,6 +53,7 @@ void ShowWindow(Application& application, QueueNotes& notes, const ProgramOption
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
+  if (!failure.empty()) application.Manager().Observer().Logged(failure);
   OnDisplayLost([&application] {
     application.SettingsAndFiles().Log().NoteLine("The display is gone; Kestrun ends");
     application.Shutdown();
@@ -66,7 +78,9 @@ int RunProgram(std::vector<std::string> arguments) {
   }
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-  if (application.Initialise(static_cast<int>(argv.size()), argv.data()))
-    ShowWindow(application, notes, options);
+  const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data());
+  const std::string failure = StartFailure(application);
+  if (!failure.empty()) std::fprintf(stderr, "%s\n", failure.c_str());
+  if (first) ShowWindow(application, notes, options, failure);
   return application.Shutdown();
 }

@@ -81,6 +81,7 @@ constexpr WordRow kWords[] = {
     {"Read file [%s] failed", "读取文件 [%s] 失败"},
     {"Write file [%s] failed", "写入文件 [%s] 失败"},
     {"Directory [%s] is not writable", "文件夹 [%s] 不可写"},
+    {"Write tmp file [%s] failed", "写入任务传递文件 [%s] 失败"},
     {"Write settings file [%s] failed", "写入设置文件 [%s] 失败"},
     {"Write group file [%s] failed", "写入任务组文件 [%s] 失败"},
     {"Write host file [%s] failed", "写入主机文件 [%s] 失败"},

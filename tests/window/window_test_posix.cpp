@@ -86,6 +86,26 @@ TEST_F(Window, LeavingAsksWhileAJobRuns) {
   EXPECT_EQ(Groups(), "Group1=\n");
 }
 
+TEST_F(Window, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
+  const std::string deck = desktop_.Deck("long", "$ standin: run 60\n");
+  const Copy copy = StartWith({deck});
+  desktop_.Key("ctrl+t ctrl+shift+Tab ctrl+Return");
+  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(deck); }, kRun));
+  desktop_.Command("xdotool windowkill " + desktop_.Main());  // ends the connection
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 1);
+  EXPECT_FALSE(desktop_.SolverRuns("long.k")) << "the solver still runs";
+  EXPECT_EQ(Groups(), "Group1=\nGroup2=\n");
+}
+
+TEST_F(Window, JobsThatCannotBeHandedOverAreTold) {
+  std::filesystem::create_directory(HandOver());
+  const Copy copy = desktop_.Start({desktop_.Deck("refused", "")});
+  ASSERT_TRUE(desktop_.OpenMain());
+  EXPECT_EQ(TempFolder::Read(copy.output), "Write tmp file [" + HandOver() + "] failed\n");
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 10), 9);
+}
+
 TEST_F(Window, StopEndsTheRunningJobOnly) {
   const std::string running = desktop_.Deck("running", "$ standin: run 60\n");
   const std::string queued = desktop_.Deck("queued", "");
