@@ -44,8 +44,6 @@ Flx_Configuration::Flx_Configuration(Fl_Window* parent, Application& application
   SetTexts("text_editor_title", "Select Text Editor", "选择文本编辑器");
   SetTexts("msg_language_applied", "Language will be applied after restart",
            "语言设置将在重新启动程序后生效");
-  SetTexts("english", "English", "英文");
-  SetTexts("chinese", "Chinese", "中文");
   SetTexts("ok", "OK", "确定");
   SetTexts("editor_filter", "Text Editor (*.exe)|*.exe|", "文本编辑器 (*.exe)|*.exe|");
   SetTexts("all_filter", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|");
@@ -59,7 +57,8 @@ bool Flx_Configuration::Initialise() {
   auto* dump = Find<Fl_Check_Button>("ID_CHECKBOX1");
   auto* adaptive = Find<Fl_Check_Button>("ID_CHECKBOX2");
   if (!editor || !language || !browse || !close || !dump || !adaptive) return false;
-  languages_.Show(*language, {Shown("english"), Shown("chinese")}, settings_.Get().language);
+  // The same in both, so that everyone finds the way back.
+  languages_.Show(*language, {"English", "Chinese"}, settings_.Get().language);
   language->when(FL_WHEN_RELEASE_ALWAYS);
   ShowSettings();
   SetTabOrder(*Window(), {language, editor, browse, dump, adaptive, close});

@@ -179,7 +179,7 @@ TEST(Errors, LastMessageIsKeptWholeAndPrinted) {
   reporter.SetLastError("%s!%s", big.c_str(), big.c_str());
   EXPECT_EQ(reporter.LastError(), big + "!" + big);
   const char* none = nullptr;
-  reporter.SetLastError(none);
+  reporter.SetLastError(none, 0);
   EXPECT_EQ(reporter.LastError(), big + "!" + big);
   reporter.SetLastError("%s", "");
   EXPECT_EQ(reporter.LastError(), "");
