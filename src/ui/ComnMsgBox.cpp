@@ -37,7 +37,7 @@ class BoxWindow : public ModalWindow {
       if (key == FL_Enter || key == FL_KP_Enter)
         return Press(Fl::focus() == second_ ? second_ : first_), 1;
       if (second_ && (key == FL_Left || key == FL_Right || key == FL_Tab))
-        return Fl::focus(Fl::focus() == first_ ? second_ : first_), 1;
+        return (Fl::focus() == first_ ? second_ : first_)->take_focus(), 1;
     }
     return ModalWindow::handle(event);
   }

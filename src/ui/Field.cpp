@@ -121,6 +121,7 @@ int Field::handle(int event) {
       break;
     case FL_UNFOCUS: {
       const int result = LineInput::handle(event);
+      redraw();  // the toolkit itself draws the text again only, not the frame
       Commit();
       return result;
     }

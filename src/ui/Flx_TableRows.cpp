@@ -125,7 +125,7 @@ void Flx_Table::Rows::OpenMenu(int x, int y) {
 }
 
 int Flx_Table::Rows::HandlePush() {
-  Fl::focus(this);
+  take_focus();
   const int row = RowAtMouse();
   const int column = table_.ColumnAt(Fl::event_x());
   table_.SelectRow(row);
