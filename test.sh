@@ -23,17 +23,15 @@ build() {  # preset, further cmake arguments
 
 step "Building: release"
 build release
-step "Building: address and undefined-behaviour sanitizers"
-build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF
-step "Building: fuzzing programs"
-build fuzz
+step "Building: address and undefined-behaviour sanitizers, fuzzing programs"
+build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF -DKR_FUZZ=ON
 step "Building: Windows"
 build windows
 
 step "Testing"
 # One run over all builds, so that there is one summary.
 mkdir -p build/all
-printf 'subdirs("%s")\n' "$root"/build/{release,asan,fuzz,windows} >build/all/CTestTestfile.cmake
+printf 'subdirs("%s")\n' "$root"/build/{release,asan,windows} >build/all/CTestTestfile.cmake
 status=0
 ctest --test-dir build/all --output-on-failure -j 4 || status=$?
 echo
