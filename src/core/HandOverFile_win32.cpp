@@ -123,6 +123,19 @@ HANDLE Open(const std::string& path, DWORD access, DWORD disposition) {
                      disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
 }
 
+// A virus scanner may hold what was written a moment ago.
+HANDLE OpenToWrite(const std::string& path) {
+  constexpr int kMostTries = 50;
+  constexpr DWORD kBetweenTries = 20;  // milliseconds
+  HANDLE file = INVALID_HANDLE_VALUE;
+  for (int i = 0; i < kMostTries && file == INVALID_HANDLE_VALUE; ++i) {
+    if (i > 0) Sleep(kBetweenTries);
+    file = Open(path, GENERIC_READ | GENERIC_WRITE | READ_CONTROL, OPEN_ALWAYS);
+    if (file == INVALID_HANDLE_VALUE && GetLastError() != ERROR_SHARING_VIOLATION) break;
+  }
+  return file;
+}
+
 }  // namespace
 
 bool Exists(const std::string& path) {
@@ -152,7 +165,7 @@ bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::s
 }
 
 Result Write(const std::string& path, const std::string& text, bool append) {
-  const Handle file(Open(path, GENERIC_READ | GENERIC_WRITE | READ_CONTROL, OPEN_ALWAYS));
+  const Handle file(OpenToWrite(path));
   if (!file) return Exists(path) ? Result::kRefused : Result::kFailed;
   BY_HANDLE_FILE_INFORMATION info;
   if (!GetFileInformationByHandle(file.get(), &info)) return Result::kFailed;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -46,8 +45,7 @@ std::string WithoutOurEnding(const std::string& name) {
 }
 
 bool IsInput(const JobFile& job, const std::string& file) {
-  std::error_code missing;
-  if (std::filesystem::equivalent(file, job.jobFile, missing)) return true;
+  if (FileDirWrapper::IsSameFile(file, job.jobFile)) return true;
   const std::string name = WithoutOurEnding(NameOf(file));
   const std::string lower = Lower(name);
   for (const std::string_view ending : {".k", ".dyn", ".key"}) {

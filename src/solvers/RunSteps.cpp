@@ -1,7 +1,5 @@
 #include "solvers/RunSteps.h"
 
-#include <filesystem>
-
 #include "jobs/JobArguments.h"
 #include "solvers/JobSolver.h"
 #include "solvers/SolverEnvironment.h"
@@ -39,6 +37,15 @@ std::string WithoutToken(std::string text, const std::string& token) {
   return text;
 }
 
+// A longer one would be cut, or not be found, by who has buffers of the usual size.
+bool CheckLength(JobFile& job, const std::string& path) {
+  if (path.size() <= FileDirWrapper::kMostPathBytes) return true;
+  return Fail(job, RunError::kNotStarted,
+              "File name [" + path + "] is longer than the " +
+                  std::to_string(FileDirWrapper::kMostPathBytes) +
+                  " bytes that a solver can be given");
+}
+
 }  // namespace
 
 void Report(const JobFile& job, const std::string& line) {
@@ -59,11 +66,13 @@ std::string ShownPath(const std::string& path) {
 }
 
 bool CheckSolver(JobFile& job, const std::string& path) {
+  if (!CheckLength(job, path)) return false;
   if (FileDirWrapper::FileExists(path)) return CheckCommandLinePath(job, path);
   return Fail(job, RunError::kSolverMissing, "Solver [" + ShownPath(path) + "] does not exist");
 }
 
 bool CheckJobFile(JobFile& job) {
+  if (!CheckLength(job, job.jobFile)) return false;
   if (FileDirWrapper::FileExists(job.jobFile)) return CheckCommandLinePath(job, job.jobFile);
   return Fail(job, RunError::kJobFileMissing,
               "Job file [" + ShownPath(job.jobFile) + "] does not exist");
@@ -71,6 +80,7 @@ bool CheckJobFile(JobFile& job) {
 
 bool CheckRestartAndJobFile(JobFile& job) {
   if (job.restartFile.empty()) return CheckJobFile(job);
+  if (!CheckLength(job, job.restartFile)) return false;
   if (!FileDirWrapper::FileExists(job.restartFile)) {
     return Fail(job, RunError::kJobFileMissing,
                 "Job restart file [" + job.restartFile + "] does not exist");
@@ -79,6 +89,7 @@ bool CheckRestartAndJobFile(JobFile& job) {
 }
 
 bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted) {
+  if (!CheckLength(job, path)) return false;
   if (FitsCommandLine(path, quoted)) return true;
   return Fail(job, RunError::kNotStarted,
               "File name [" + path + "] cannot be written on a command line");
@@ -86,9 +97,8 @@ bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted) {
 
 // Whatever the user called the input, it is not old output.
 void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind) {
-  std::error_code missing;
-  if (std::filesystem::equivalent(path, job.jobFile, missing) ||
-      std::filesystem::equivalent(path, job.restartFile, missing)) {
+  if (FileDirWrapper::IsSameFile(path, job.jobFile) ||
+      FileDirWrapper::IsSameFile(path, job.restartFile)) {
     return;
   }
   if (!FileDirWrapper::FileExists(path) || FileDirWrapper::RemoveFile(path)) return;

@@ -1,7 +1,6 @@
 #include "solvers/SolverVersion.h"
 
 #include <chrono>
-#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include "solvers/JobSolver.h"
 #include "solvers/LineBlocks.h"
 #include "util/FileDirWrapper.h"
+#include "util/InputFile.h"
 #include "util/PTWrapper.h"
 #include "util/StrWrapper.h"
 
@@ -93,15 +93,15 @@ Report ReadReport(const std::string& path) {
 // What tells one writing of a file from the next.
 struct FileStamp {
   explicit FileStamp(const std::string& path) {
-    std::error_code error;
-    size = std::filesystem::file_size(path, error);
-    exists = !error;
+    InputFile file;
+    exists = file.Open(path);
+    size = file.Size();
     if (exists) time = FileDirWrapper::WriteTime(path);
   }
   bool operator==(const FileStamp&) const = default;
 
   bool exists = false;
-  std::uintmax_t size = 0;
+  std::uint64_t size = 0;
   std::int64_t time = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "ui/ComnFileDialog.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "ui/FileChooser.h"
 #include "ui/Text.h"
@@ -27,8 +26,7 @@ std::string ToolkitPattern(const std::string& patterns) {
 // Without a folder the toolkit's own chooser would begin with a list of what is mounted.
 std::string ExistingFolder(std::string folder) {
   if (folder.empty()) FileDirWrapper::DocumentsDir(folder);
-  std::error_code error;
-  while (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+  while (!folder.empty() && !FileDirWrapper::IsFolder(folder)) {
     std::string parent;
     if (!FileDirWrapper::DirOf(folder, parent) || parent == folder) return {};
     folder = parent;

@@ -3,7 +3,6 @@
 #include <FL/Fl.H>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "ui/ComnChmDialog.h"
 #include "ui/ComnFileDialog.h"
@@ -19,11 +18,6 @@
 namespace {
 
 constexpr std::size_t kMostListed = 8;  // names in a message
-
-bool IsFolder(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_directory(path, error);
-}
 
 }  // namespace
 
@@ -168,7 +162,7 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, int kind) {
   std::vector<std::string> refused;
   bool emptyFolder = false;
   for (const std::string& path : paths) {
-    if (IsFolder(path)) {
+    if (FileDirWrapper::IsFolder(path)) {
       const std::vector<std::string> found = KeywordFiles(path);
       emptyFolder = emptyFolder || found.empty();
       files.insert(files.end(), found.begin(), found.end());

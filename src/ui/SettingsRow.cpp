@@ -1,7 +1,6 @@
 #include "ui/SettingsRow.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "ui/ComnFileDialog.h"
 #include "ui/DialogTools.h"
@@ -323,8 +322,7 @@ void SettingsRow::ChooseKind(int type) {
 
 std::string SettingsRow::SolverHint(const std::string& path) const {
   if (path.empty()) return {};
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) return texts_.Get("ui_bad_folder");
+  if (FileDirWrapper::IsFolder(path)) return texts_.Get("ui_bad_folder");
   return FileDirWrapper::FileExists(path) ? std::string() : texts_.Get("ui_bad_solver");
 }
 

@@ -6,15 +6,16 @@ namespace {
 
 constexpr UINT kCodePage936 = 936;
 
-std::string Convert(const std::string& text, UINT from, UINT to) {
+std::string Convert(const std::string& text, UINT from, UINT to, DWORD flags = 0) {
   if (text.empty()) return text;
   const int length = static_cast<int>(text.size());
   const int units = MultiByteToWideChar(from, 0, text.data(), length, nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(units), L'\0');
   MultiByteToWideChar(from, 0, text.data(), length, wide.data(), units);
-  const int bytes = WideCharToMultiByte(to, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+  const int bytes =
+      WideCharToMultiByte(to, flags, wide.data(), units, nullptr, 0, nullptr, nullptr);
   std::string out(static_cast<std::size_t>(bytes), '\0');
-  WideCharToMultiByte(to, 0, wide.data(), units, out.data(), bytes, nullptr, nullptr);
+  WideCharToMultiByte(to, flags, wide.data(), units, out.data(), bytes, nullptr, nullptr);
   return out;
 }
 
@@ -31,7 +32,9 @@ std::string ToUi(const std::string& text) {
   return Convert(text, CP_ACP, CP_UTF8);
 }
 std::string FromUi(const std::string& text) {
-  return Convert(text, CP_UTF8, CP_ACP);
+  // A letter that is only like the one in a path would name another file.
+  const DWORD exact = GetACP() == CP_UTF8 ? 0 : WC_NO_BEST_FIT_CHARS;
+  return Convert(text, CP_UTF8, CP_ACP, exact);
 }
 
 std::string ToCodePage936(const std::string& uiText) {

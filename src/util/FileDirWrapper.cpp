@@ -22,7 +22,7 @@ std::string WithOwnSeparators(std::string path) {
 // `visited` holds the folders that were listed, so that links leading back end the recursion.
 void ListInto(const std::string& folder, std::vector<std::string>& files,
               std::vector<std::string>& dirs, bool recursive,
-              std::set<file_system::FolderId>& visited) {
+              std::set<file_system::FileId>& visited) {
   for (const file_system::Entry& entry : file_system::ReadFolder(folder)) {
     const std::string path = FileDirWrapper::Join(folder, entry.name);
     if (!entry.isFolder) {
@@ -30,7 +30,7 @@ void ListInto(const std::string& folder, std::vector<std::string>& files,
       continue;
     }
     dirs.push_back(path);
-    file_system::FolderId id;
+    file_system::FileId id;
     if (recursive && file_system::IdOf(path, id) && visited.insert(id).second) {
       ListInto(path, files, dirs, recursive, visited);
     }
@@ -44,8 +44,8 @@ void FileDirWrapper::ListDir(const std::string& folder, std::vector<std::string>
   std::string trimmed;
   if (!TrimTrailingSeparator(folder, trimmed)) return;
   trimmed = file_system::ForSystem(trimmed);
-  std::set<file_system::FolderId> visited;
-  file_system::FolderId id;
+  std::set<file_system::FileId> visited;
+  file_system::FileId id;
   if (file_system::IdOf(trimmed, id)) visited.insert(id);
   ListInto(trimmed, files, dirs, recursive, visited);
 }
@@ -81,6 +81,17 @@ bool FileDirWrapper::IsDirWritable(const std::string& folder) {
 
 bool FileDirWrapper::FileExists(const std::string& path) {
   return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) != Kind::kMissing;
+}
+
+bool FileDirWrapper::IsFolder(const std::string& path) {
+  return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) == Kind::kFolder;
+}
+
+bool FileDirWrapper::IsSameFile(const std::string& path, const std::string& other) {
+  file_system::FileId id;
+  file_system::FileId otherId;
+  return file_system::IdOf(file_system::ForSystem(path), id) &&
+         file_system::IdOf(file_system::ForSystem(other), otherId) && id == otherId;
 }
 
 bool FileDirWrapper::FileNameOf(const std::string& path, std::string& name, bool withExtension) {

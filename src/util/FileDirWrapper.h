@@ -4,10 +4,11 @@
 // uses the system's own separator. Folder results never end in a separator, save a lone root ("/",
 // "C:\"). Results are true on success; no operation leaves a message.
 //
-// On Windows paths are limited to 259 bytes; Linux has no such buffers and no such limit.
+// Nothing here cuts a path that is too long for the system: such a file is not found, or not made.
 #ifndef KR_UTIL_FILEDIRWRAPPER_H
 #define KR_UTIL_FILEDIRWRAPPER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,6 +20,14 @@ class FileDirWrapper {
       '\\';
 #else
       '/';
+#endif
+
+  // What every program of the system can take; buffers of the usual size would cut more.
+  static constexpr std::size_t kMostPathBytes =
+#ifdef _WIN32
+      259;
+#else
+      4095;
 #endif
 
   // Appends full paths of the entries to `files` and `dirs` in the system's order; "." and ".." are
@@ -53,6 +62,9 @@ class FileDirWrapper {
 
   // Any kind of entry.
   static bool FileExists(const std::string& path);
+  static bool IsFolder(const std::string& path);
+  // True when both paths lead to one file or folder that exists.
+  static bool IsSameFile(const std::string& path, const std::string& other);
   // When the file was last written, to be compared only: in the finest unit that the system keeps.
   // 0 when it cannot be looked at.
   static std::int64_t WriteTime(const std::string& path);

@@ -16,8 +16,8 @@ struct Entry {
   bool isFolder = false;  // links to folders too
 };
 
-// Tells two folders apart, however they are reached.
-using FolderId = std::pair<std::uint64_t, std::uint64_t>;
+// Tells two files or folders apart, however they are reached.
+using FileId = std::pair<std::uint64_t, std::uint64_t>;
 
 // Links are followed.
 Kind KindOf(const std::string& path);
@@ -27,7 +27,7 @@ std::string ForSystem(const std::string& path);
 
 // The entries in the system's order without "." and ".."; none when the folder cannot be read.
 std::vector<Entry> ReadFolder(const std::string& folder);
-bool IdOf(const std::string& folder, FolderId& id);
+bool IdOf(const std::string& path, FileId& id);
 
 // One level. True also when another process was faster.
 bool MakeFolder(const std::string& path);

@@ -46,9 +46,9 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
   return entries;
 }
 
-bool IdOf(const std::string& folder, FolderId& id) {
+bool IdOf(const std::string& path, FileId& id) {
   struct stat info {};
-  if (stat(folder.c_str(), &info) != 0) return false;
+  if (stat(path.c_str(), &info) != 0) return false;
   id = {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
   return true;
 }

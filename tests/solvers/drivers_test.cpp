@@ -153,4 +153,85 @@ TEST_F(DriverTest, RefusesNamesThatBreakACommandLine) {
   }
 }
 
+// Any path that the system has comes to the solver whole, or the job says why it does not.
+class PathTest : public DriverTest {
+ protected:
+  // What the solver received, which ran in the job's folder.
+  Lines RunAndReceive(JobFile& job) {
+    EXPECT_EQ(Run(job), JobStatus::kFinished) << job.RunMessage();
+    Lines lines = ReadLines(FileDirWrapper::Join(job.Folder(), "standin_echo.txt"));
+    EXPECT_TRUE(Has(lines, "cwd=" + job.Folder()));
+    return lines;
+  }
+
+  void ExpectWhole(const std::string& deck) {
+    SCOPED_TRACE(deck);
+    std::string folder;
+    FileDirWrapper::DirOf(deck, folder);
+    FileDirWrapper::CreateDirTree(folder);
+    std::ofstream(deck) << Deck(kEcho);
+    const auto job = DynaJob(deck);
+    const Lines received = RunAndReceive(*job);
+    EXPECT_TRUE(std::any_of(received.begin(), received.end(), [&](const std::string& line) {
+      return line.starts_with("i=") && FileDirWrapper::IsSameFile(line.substr(2), deck);
+    }));
+    EXPECT_EQ(job->MessageFile(), FileDirWrapper::Join(job->Folder(), "messag.krb"));
+    job->solverType = Settings::kUtilityBatch;
+    EXPECT_TRUE(Has(RunAndReceive(*job), deck));
+  }
+
+  // A path of so many bytes, with a name of forty.
+  std::string PathOf(std::size_t bytes) const {
+    const std::string name = std::string(38, 'n') + ".k";
+    std::string folder = folder_.Path();
+    while (folder.size() + name.size() + 1 < bytes) {
+      const std::size_t missing = bytes - folder.size() - name.size() - 2;
+      folder = FileDirWrapper::Join(folder, std::string(std::min<std::size_t>(missing, 200), 'f'));
+      if (missing > 200 && missing <= 201) folder += 'f';
+    }
+    return FileDirWrapper::Join(folder, name);
+  }
+};
+
+TEST_F(PathTest, OfAnyLettersComesWhole) {
+  ExpectWhole(folder_ / "R&D ^ 100% %TEMP% (x86);" + FileDirWrapper::kSeparator +
+              "a&b^c %PATH%,!.k");
+#ifdef _WIN32
+  ExpectWhole(folder_ /
+              "Pr\xFC"
+              "fung \x80\\D\xE4"
+              "ck \x9C.k");
+  const std::string inRoot = "C:\\krtest" + std::to_string(PTWrapperProcess().ProcessId()) + ".k";
+  ExpectWhole(inRoot);
+  fs::remove(inRoot);
+#else
+  ExpectWhole(folder_ /
+              "Pr\xC3\xBC"
+              "fung \xE2\x82\xAC/D\xC3\xA4"
+              "ck \xFF.k");
+#endif
+}
+
+TEST_F(PathTest, ThatIsTooLongIsRefused) {
+  constexpr std::size_t kMost = FileDirWrapper::kMostPathBytes;
+  ExpectWhole(PathOf(kMost));
+  const std::string tooLong = PathOf(kMost + 1);
+  const auto job = DynaJob(tooLong);
+  ExpectFailure(*job, 6,
+                "File name [" + tooLong + "] is longer than the " + std::to_string(kMost) +
+                    " bytes that a solver can be given");
+}
+
+TEST_F(PathTest, OnALongCommandLineComesWholeOrIsRefused) {
+  const auto job = DynaJobWith(kEcho);
+  job->extraOptions = std::string(40000, 'x');
+  if (Run(*job) == JobStatus::kFinished) {
+    EXPECT_TRUE(Has(Received(), job->extraOptions));
+    return;
+  }
+  EXPECT_EQ(runErrorCode_, 6);
+  EXPECT_NE(job->RunMessage().find("the command is too long"), std::string::npos);
+  EXPECT_FALSE(Exists(folder_ / "standin_echo.txt"));
+}
+
 }  // namespace
