@@ -9,7 +9,7 @@
 #include "jobs/JobFile.h"
 
 // Chooser filter for keyword decks.
-inline constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
+constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
 
 // Turns a job into one solver process and judges how it ended. The application owns the drivers;
 // they keep no state between jobs, so several groups may run through one at the same time.
