@@ -20,7 +20,7 @@ struct Behaviour {
   std::vector<Notices> warnings;
   std::vector<Notices> errors;
   bool warningsWithoutBlank = false;  // memory lines follow a block directly
-  std::optional<int> fail;  // the number of the error
+  std::optional<int> fail;            // the number of the error
   bool crash = false;
   bool hang = false;
   bool noMessage = false;

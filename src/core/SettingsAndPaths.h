@@ -54,9 +54,9 @@ class SettingsAndPaths {
   void ReadHostFile();   // "Read host file [%s] failed" keeps the lines
   void WriteHostFile();  // only when the file is missing
   enum class HostChange { kDone, kFailed, kFileIsNewer };
-  // Stores other host lines in the host file, whose comments stay, and takes them. Otherwise nothing
-  // changes: when the file fails (as above, or "Write host file [%s] failed"), and when somebody has
-  // changed its host lines since they were read.
+  // Stores other host lines in the host file, whose comments stay, and takes them. Otherwise
+  // nothing changes: when the file fails (as above, or "Write host file [%s] failed"), and when
+  // somebody has changed its host lines since they were read.
   HostChange ChangeHosts(const std::vector<std::string>& hosts);
   void ReadGroupFile();  // into groupEntries; a missing file has none
   // No groups: the file stays. A file that could not be read stays too. What the format cannot hold
