@@ -3,7 +3,7 @@
 /^[0-9]+\/[0-9]+ Testing: / {
   name = $3
   kind = "Linux"
-  if (match(name, /^(asan|fuzz|windows):/)) kind = substr(name, 1, RLENGTH - 1)
+  if (match(name, /^(asan|fuzz|windows|compared):/)) kind = substr(name, 1, RLENGTH - 1)
   told = failedHere = 0
   next
 }
@@ -16,6 +16,7 @@
 /^Test (Failed|Timeout)/ {
   if (!failedHere) ++failed[kind]
 }
+/^Compared: / { comparison = substr($0, 11) }
 function counts(of) {
   return sprintf("%d passed, %d skipped, %d failed", passed[of], skipped[of], failed[of])
 }
@@ -24,4 +25,6 @@ END {
   print "Linux, address and undefined-behaviour sanitizers: " counts("asan")
   print "Fuzzing programs: " counts("fuzz")
   print "Windows (under Wine): " counts("windows")
+  print "Both systems asked the same (build/windows/comparison.txt): " \
+        (comparison == "" ? "not compared" : comparison)
 }

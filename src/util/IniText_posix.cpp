@@ -28,7 +28,7 @@ std::optional<std::string_view> SectionName(std::string_view line) {
   const std::string_view text = Trimmed(line);
   const std::size_t close = text.rfind(']');
   if (text.empty() || text.front() != '[' || close == std::string_view::npos) return std::nullopt;
-  return text.substr(1, close - 1);
+  return Trimmed(text.substr(1, close - 1));
 }
 
 std::string_view KeyName(std::string_view line) {
