@@ -1,6 +1,7 @@
 // Named signals and processes, with real second threads and processes.
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 
@@ -78,6 +79,17 @@ void AnswerMutexes(const std::string& prefix, const TempFolder& folder) {
   Answer(service, "its owner process was killed", Number(first.WaitForMutexSignal(kLong)));
   first.ReleaseMutexSignal();
   Answer(service, "used after that", Number(first.WaitForMutexSignal(0)));
+  first.ReleaseMutexSignal();
+  PTWrapperProcess ended;
+  StartChild(ended, "pass " + name);
+  ended.WaitProc();
+  Answer(service, "its owner process has ended by itself", Number(first.WaitForMutexSignal(kLong)));
+  first.ReleaseMutexSignal();
+  first.CloseMutexSignal();
+  PTWrapperProcess alone;
+  StartChild(alone, "pass " + name);
+  alone.WaitProc();
+  Answer(service, "made by a process that has ended", Number(first.CreateMutexSignal(name, false)));
   Answer(service, "in other case", Number(PTWrapperSignal().CreateMutexSignal(name + "x", false)));
 }
 
@@ -159,6 +171,14 @@ void AnswerProcesses() {
            Number(child.ExitCode()) + (child.IsActive() ? " active" : ""));
     child.Terminate();
   }
+  for (const char* words :
+       {"a b", "\"a b\" c", "a\\b \"c\\\\\"", "a\\\"b c", "x\"y z\"", "\"\" a", "'a b'"}) {
+    PTWrapperProcess child;
+    const std::string file = folder / "words";
+    StartChild(child, "words " + file + " " + words);
+    child.WaitProc();
+    Answer("words of a started program", words, TempFolder::Read(file));
+  }
   PTWrapperProcess none;
   Answer("process", "a program that is not there",
          YesNo(none.Create("", "\"" + (folder / "none") + "\"", "", false, 0, {}, false)));
@@ -179,6 +199,16 @@ int BehaveAsChild(const std::vector<std::string>& words) {
     signal.CreateMutexSignal(word(1), false);
     if (signal.WaitForMutexSignal(kLong) != 0) return 1;
     return tellAndSleep(word(2));
+  }
+  if (word(0) == "pass") {
+    signal.CreateMutexSignal(word(1), false);
+    signal.WaitForMutexSignal(kLong);
+    std::_Exit(0);  // nothing of ours closes it
+  }
+  if (word(0) == "words") {
+    std::ofstream file(word(1), std::ios::binary);
+    for (std::size_t i = 2; i < words.size(); ++i) file << '<' << words[i] << '>';
+    return 0;
   }
   if (word(0) == "hold") {
     if (!signal.OpenEventSignal(word(1))) return 1;
