@@ -7,7 +7,7 @@
 #include <string>
 
 // Opens ordinary files only, so that a folder, a pipe or a device under a result file's name is not
-// taken for one. The solver may go on writing the file.
+// taken for one. The solver may go on writing the file. One thread at a time.
 class ResultFile {
  public:
   ResultFile() = default;

@@ -1,3 +1,4 @@
+// The reader of control words and geometry.
 #ifndef KR_D3PLOT_PTKPOSTD3PLOTREADER10_H
 #define KR_D3PLOT_PTKPOSTD3PLOTREADER10_H
 

@@ -12,7 +12,7 @@
 #include "util/InputFile.h"
 
 // Lines come without their end (LF or CRLF) and cut to kLongestLine bytes. A line is valid until
-// the next call. Memory is bounded whatever the file holds.
+// the next call. Memory is bounded whatever the file holds. One thread at a time.
 class DeckReader {
  public:
   static constexpr std::size_t kLongestLine = 4096;

@@ -10,6 +10,7 @@
 
 #include "util/InputFile.h"
 
+// Memory is bounded whatever the file holds. One thread at a time.
 class LineBlocks {
  public:
   // Of a longer line only so much is handed out.

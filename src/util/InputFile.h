@@ -7,7 +7,8 @@
 #include <string>
 
 // Opens ordinary files only: a pipe or a device under the name of a deck must not block its reader.
-// Others may write, rename and delete the file meanwhile; children do not inherit it.
+// Others may write, rename and delete the file meanwhile; children do not inherit it. One thread at
+// a time, but for ReadAt.
 class InputFile {
  public:
   InputFile() = default;

@@ -19,7 +19,8 @@ struct PTWrapperProcessInfo {
 };
 
 // One child program. The object belongs to the thread that uses it, except Terminate(),
-// TerminateAll() and IsActive(), which another thread may call once Create() has returned.
+// TerminateAll() and IsActive(), which another thread may call once Create() has returned. Static
+// operations: any thread.
 //
 // A child that has ended stays held: call Terminate() before the next Create().
 class PTWrapperProcess : public PTWrapper {
@@ -41,6 +42,7 @@ class PTWrapperProcess : public PTWrapper {
   bool Create(const std::string& exePath, const std::string& commandLine, const std::string& label,
               bool flag, unsigned creationFlags, const std::string& workDir, bool showWindow);
 
+  // Waits for the child's end, however long it takes. False without a child.
   bool WaitProc();
   bool IsActive() const;
 
@@ -72,11 +74,12 @@ class PTWrapperProcess : public PTWrapper {
   void SetChildFolder(const std::string& folder);
 
   // The terminal program for new consoles (a name looked up in PATH, or a path; it must know
-  // "-T title -e command..."), and the path of the console host program (krconsole). Process-wide,
-  // any thread. Do nothing on Windows.
+  // "-T title -e command..."), and the path of the console host program (krconsole). Process-wide.
+  // Do nothing on Windows.
   static void SetConsoleProgram(const std::string& terminal);
   static void SetConsoleHost(const std::string& path);
 
+  // The processes of all users; replaces what the list held.
   static bool FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list);
   // Kills the first process, our own left out, whose executable name contains the text, with regard
   // to case.
@@ -142,7 +145,8 @@ class PTWrapperSignal : public PTWrapper {
   std::unique_ptr<Private> p_;
 };
 
-// One operating-system thread. The destructor neither waits for it nor ends it.
+// One operating-system thread. The destructor neither waits for it nor ends it. The object itself
+// belongs to the thread that uses it.
 class PTWrapperThread : public PTWrapper {
  public:
   using Routine = std::uint32_t (*)(void* argument);
