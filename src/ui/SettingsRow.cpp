@@ -186,7 +186,7 @@ void SettingsRow::PlaceWidgets() {
 }
 
 void SettingsRow::resize(int x, int y, int w, int h) {
-  Fl_Widget::resize(x, y, w, h);
+  Fl_Widget::resize(x, y, w, h);  // not Fl_Group's, which would stretch the children
   PlaceWidgets();
   ShowMpp();
 }
