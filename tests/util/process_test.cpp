@@ -107,7 +107,7 @@ TEST(Process, ManyRunsLeaveNothingOpen) {
 #else
   constexpr int kKept = 0;
 #endif
-#if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
+#if defined(_WIN32) || defined(KR_SANITIZED)
   constexpr int kRuns = 200;  // a start takes a fifth of a second under Wine
 #else
   constexpr int kRuns = 1000;

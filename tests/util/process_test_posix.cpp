@@ -299,7 +299,7 @@ class NoDescriptors {
 };
 
 TEST(ProcessPosix, WithoutDescriptorsItNeitherLiesNorLeavesTheChild) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KR_SANITIZED
   GTEST_SKIP() << "the sanitizer opens a pipe to look at an object's type";
 #endif
   const TempFolder folder;
