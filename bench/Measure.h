@@ -2,10 +2,13 @@
 #ifndef KR_BENCH_MEASURE_H
 #define KR_BENCH_MEASURE_H
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 class TemporaryFolder {
  public:
@@ -27,17 +30,35 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
+// Keeps the shortest time.
+class BestTime : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Iteration) {
+        seconds =
+            std::min(seconds, run.real_accumulated_time / static_cast<double>(run.iterations));
+      }
+    }
+  }
+  double seconds = 1e9;
+};
+
 // The time of the fastest round: what is not this program's slows the others.
 template <typename Work>
 double BestSeconds(int rounds, const Work& work) {
-  double best = 1e9;
-  for (int i = 0; i < rounds; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-    best = std::min(best, time.count());
-  }
-  return best;
+  benchmark::ClearRegisteredBenchmarks();
+  benchmark::RegisterBenchmark("work",
+                               [&work](benchmark::State& state) {
+                                 for ([[maybe_unused]] auto round : state) work();
+                               })
+      ->Iterations(1)
+      ->Repetitions(rounds)
+      ->UseRealTime();
+  BestTime best;
+  benchmark::RunSpecifiedBenchmarks(&best);
+  return best.seconds;
 }
 
 #endif
