@@ -180,6 +180,9 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
 int JudgeRun(JobFile& job, const std::string& messageFile) {
   job.SetMessageFile(messageFile);
   if (messageFile.empty()) {
+    const std::string folder = job.Folder();
+    if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
+      Report(job, "Directory [" + folder + "] is not writable");
     Fail(job, RunError::kNoMessageFile,
          "No message file been generated when run job [" + ShownPath(job.jobFile) + "]");
     return JobStatus::kAborted;
