@@ -258,9 +258,9 @@ bool SharedFile::TryOwn() {
 
 void SharedFile::Disown() {
   SetLock(fd_.get(), kOwner, F_UNLCK);
-  // The watchers must wake up after the lock is free, not only before.
-  SignalState state;
-  if (Read(state)) Write(state);
+  // The watchers must wake up after the lock is free, not only before. By then the state may be the
+  // next owner's, so bytes that never change are written.
+  [[maybe_unused]] const ssize_t told = pwrite(fd_.get(), kMagic, sizeof kMagic, 0);
 }
 
 SharedFile::Watch::Watch(const SharedFile& file)
