@@ -93,7 +93,7 @@ bool HandOverReader::Poll() {
   hand_over_file::Contents contents;
   const Result result = hand_over_file::Read(settings.handOverFile, kLargestFile, contents);
   const bool isNew = result == Result::kDone && contents.identity != handled_;
-  if (result == Result::kDone && !isNew) FileDirWrapper::RemoveFile(settings.handOverFile);
+  if (result == Result::kDone && !isNew) RemoveFile();
   settings.handOverEvent.SetEventSignal();
 
   if (result == Result::kMissing) reported_.clear();
@@ -142,16 +142,23 @@ void HandOverReader::Apply(const hand_over_file::Contents& contents) {
   RemoveHandled();
 }
 
-// Only the file that was read: a newer one is for the next poll. One that cannot be removed now is
-// known by its identity, so that its jobs are not added again.
+// Only the file that was read: a newer one is for the next poll.
 void HandOverReader::RemoveHandled() {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
   if (settings.handOverEvent.WaitForEventSignal(kEventWaitMs) != kTaken) return;
   hand_over_file::Contents now;
   const Result result = hand_over_file::Read(settings.handOverFile, kLargestFile, now);
-  const bool same = result == Result::kDone && now.identity == handled_;
-  if (same && !FileDirWrapper::RemoveFile(settings.handOverFile)) {
-    ReportOnce("Remove tmp file [" + settings.handOverFile + "] failed");
-  }
+  if (result == Result::kDone && now.identity == handled_) RemoveFile();
   settings.handOverEvent.SetEventSignal();
+}
+
+// One that cannot be removed now is known by its identity, so that its jobs are not added again. A
+// removed one is forgotten: the next file may be made in its place, as big and at the same moment.
+void HandOverReader::RemoveFile() {
+  const std::string& path = application_.SettingsAndFiles().handOverFile;
+  if (FileDirWrapper::RemoveFile(path)) {
+    handled_.clear();
+  } else {
+    ReportOnce("Remove tmp file [" + path + "] failed");
+  }
 }

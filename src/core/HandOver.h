@@ -37,11 +37,12 @@ class HandOverReader {
   bool TakeEvent();
   void Apply(const hand_over_file::Contents& contents);
   void RemoveHandled();
+  void RemoveFile();
   void ReportOnce(const std::string& message);
 
   Application& application_;
   int missedTicks_ = 0;   // polls in a row that found the event taken
-  std::string handled_;   // the file whose jobs were added last
+  std::string handled_;   // the file whose jobs were added, until it is removed
   std::string reported_;  // the last complaint about the file
 };
 

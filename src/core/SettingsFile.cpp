@@ -148,11 +148,12 @@ bool WriteKeys(const Settings& settings, const std::string& file) {
 }
 
 // The keys are changed in a copy whose contents then take the place of the file's: a full disk or a
-// crash between two keys leaves the old file. It may hold the user's access key.
+// crash between two keys leaves the old file. It may hold the user's access key. Copies of the
+// program that end at the same moment each have their own.
 bool ReplaceKeys(const Settings& settings, const std::string& file) {
   std::string contents;
   if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
-  const std::string copy = file + ".new";
+  const std::string copy = file + '.' + std::to_string(PTWrapperProcess().ProcessId()) + ".new";
   const bool edited = FileDirWrapper::WritePrivateFile(copy, contents) &&
                       WriteKeys(settings, copy) && ReadWholeText(copy, contents);
   FileDirWrapper::RemoveFile(copy);

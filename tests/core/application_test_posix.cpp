@@ -20,10 +20,14 @@ using hand_over_file::Result;
 
 class HostileSystem : public CoreTest {
  protected:
-  // Runs the function in a process of its own and gives its exit code.
-  static int InChild(const std::function<int()>& run) {
+  static pid_t StartChild(const std::function<int()>& run) {
     const pid_t pid = fork();
     if (pid == 0) _exit(run());
+    return pid;
+  }
+  // Runs the function in a process of its own and gives its exit code.
+  static int InChild(const std::function<int()>& run) { return WaitFor(StartChild(run)); }
+  static int WaitFor(pid_t pid) {
     int status = -1;
     waitpid(pid, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -32,6 +36,11 @@ class HostileSystem : public CoreTest {
   static bool Become(const char* user) {
     const passwd* entry = getpwnam(user);
     return entry != nullptr && setgid(entry->pw_gid) == 0 && setuid(entry->pw_uid) == 0;
+  }
+
+  static std::ptrdiff_t NamesLeft(const SettingsAndPaths& files) {
+    const std::filesystem::directory_iterator names(files.workFolder);
+    return std::distance(begin(names), end(names));
   }
 
   Result Read(const std::string& path) {
@@ -202,12 +211,7 @@ TEST_F(HostileSystem, AFullDiskLeavesTheOldFiles) {
   EXPECT_EQ(code, 0);
   EXPECT_EQ(TempFolder::Read(files.settingsFile), settingsBefore);
   EXPECT_EQ(TempFolder::Read(files.groupFile), groupsBefore);
-  int entries = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(files.workFolder)) {
-    EXPECT_EQ(entry.path().string().find(".new"), std::string::npos);
-    ++entries;
-  }
-  EXPECT_LE(entries, 3);
+  EXPECT_LE(NamesLeft(files), 3) << "with the log";
 }
 
 // The access key in it is nobody else's business, and the file may be kept in another place.
@@ -225,7 +229,24 @@ TEST_F(HostileSystem, StoringTheSettingsKeepsRightsAndLink) {
   ASSERT_EQ(stat(kept.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0600u);
   EXPECT_NE(TempFolder::Read(kept).find("cpu_count=4"), std::string::npos);
-  EXPECT_FALSE(FileDirWrapper::FileExists(files.settingsFile + ".new"));
+  EXPECT_EQ(NamesLeft(files), 1);
+}
+
+// As at the end of copies of the program that were started together.
+TEST_F(HostileSystem, ProcessesThatStoreTheSettingsTogetherDoNotMeet) {
+  for (int round = 0; round < 10; ++round) {
+    SettingsAndPaths files(kTitle);
+    FileDirWrapper::RemoveFile(files.settingsFile);
+    std::vector<pid_t> processes;
+    for (int cpus = 2; cpus < 6; ++cpus) {
+      processes.push_back(StartChild([&] {
+        files.Set(&Settings::cpu_count, cpus);
+        return files.WriteSettings() ? 0 : 1;
+      }));
+    }
+    for (const pid_t process : processes) EXPECT_EQ(WaitFor(process), 0);
+    EXPECT_EQ(NamesLeft(files), 1) << "nothing beside the settings file";
+  }
 }
 
 TEST_F(HostileSystem, TheViewerOfTheSettingsOrTheFallbackShowsAFile) {
