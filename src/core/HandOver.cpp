@@ -18,8 +18,15 @@ constexpr unsigned kWriterLooksMs = 100;
 constexpr long kEventWaitMs = 20;
 constexpr int kTakeOverPolls = 4;  // about ten seconds of polls
 constexpr std::size_t kLargestFile = 32 * 1024 * 1024;
+constexpr char kNoEvent[] = "EVENT handle is null";
 
 enum Wait : int { kTaken = 0, kTimedOut = 1 };
+
+bool HasEvent(SettingsAndPaths& settings) {
+  if (settings.handOverEvent.IsEventSignalCreated()) return true;
+  settings.handOverEvent.WaitForEventSignal(0);  // records the error
+  return false;
+}
 
 // Takes the event when the file is free to be written: no other process is at it, and nobody has
 // still to read it. False after the writer's patience, with the event taken if it could be had.
@@ -69,6 +76,10 @@ bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv
   const std::string text = MakeHandOverText({argv + 1, argv + argc}, remarks);
   for (const std::string& remark : remarks) settings.Log().ReportLine(remark);
 
+  if (!HasEvent(settings)) {
+    settings.Log().ReportLine(kNoEvent);
+    return false;
+  }
   if (!TakeFreeFile(settings, readerRuns)) {
     settings.Log().ReportLine("Hand-over file was not free in time; going on");
   }
@@ -83,9 +94,8 @@ bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv
 
 bool HandOverReader::Poll() {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  if (!settings.handOverEvent.IsEventSignalCreated()) {
-    settings.handOverEvent.WaitForEventSignal(0);  // records the error
-    ReportOnce("EVENT handle is null");
+  if (!HasEvent(settings)) {
+    ReportOnce(kNoEvent);
     return false;
   }
   if (!TakeEvent()) return true;

@@ -20,7 +20,8 @@ struct Contents;
 // Writes the arguments from the second on, relative paths made absolute. Waits up to ten seconds
 // while another process is at the file or, when `readerRuns`, while a file that the running copy
 // has not read yet is there; then writes behind what is there. Any process. False when the file
-// could not be written: "Write tmp file [%s] failed".
+// could not be written: "Write tmp file [%s] failed", or nobody could read it for want of the
+// event: "EVENT handle is null".
 bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv,
                    bool readerRuns = true);
 

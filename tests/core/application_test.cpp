@@ -171,7 +171,7 @@ TEST_F(ApplicationTest, AnEventThatIsNeverGivenBackIsTakenOver) {
   holder.SetEventSignal();
 }
 
-TEST_F(ApplicationTest, AMissingEventIsReportedOnce) {
+TEST_F(ApplicationTest, WithoutTheEventTheFileIsLeftAlone) {
   ASSERT_TRUE(Start());
   SettingsAndPaths& settings = application_->SettingsAndFiles();
   settings.handOverEvent.CloseEventSignal();
@@ -180,7 +180,10 @@ TEST_F(ApplicationTest, AMissingEventIsReportedOnce) {
   EXPECT_FALSE(reader.Poll());
   EXPECT_FALSE(reader.Poll());
   EXPECT_EQ(settings.handOverEvent.LastError(), "EVENT handle is null");
-  EXPECT_TRUE(std::filesystem::exists(HandOverFile()));
+  const char* arguments[] = {"kestrun", "/b.k"};
+  EXPECT_FALSE(WriteHandOver(settings, 2, arguments)) << "nobody would read it";
+  EXPECT_TRUE(LogHolds(settings, "EVENT handle is null"));
+  EXPECT_EQ(TempFolder::Read(HandOverFile()), "#krjob\n/a.k\n");
 }
 
 TEST_F(ApplicationTest, AMissingTextFileIsNotShown) {
