@@ -125,8 +125,9 @@ bool Rename(const std::string& from, const std::string& to) {
 
 void KeepMessageFile(JobFile& job, const std::string& messageFile) {
   const std::string kept = messageFile + std::string(kKept);
-  RemoveOldFile(job, kept, "message");
-  if (!Rename(messageFile, kept)) {
+  const bool isFree = !IsInput(job, kept);
+  if (isFree) RemoveOldFile(job, kept, "message");
+  if (!isFree || !Rename(messageFile, kept)) {
     Report(job, "Rename message file [" + messageFile + "] failed");
     return;
   }

@@ -12,8 +12,9 @@ struct VersionQuery {
 };
 
 // Starts the solver with "info" in its own folder, gives it two seconds to leave its report
-// "lstc.log" there, and ends it. A report that was there before does not count. True when the
-// report names both numbers. "Read output information file [%s] failed" when there is none.
+// "lstc.log" there, and ends it. A report that was there before counts only when the time passes
+// without a new one. True when the report names both numbers. "Read output information file [%s]
+// failed" when there is none.
 //
 // Queries take turns, since a folder has one report. Any thread but the interface's.
 bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,

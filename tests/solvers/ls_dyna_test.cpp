@@ -184,6 +184,15 @@ TEST_F(SolverTest, FindsTheMessageFile) {
   EXPECT_EQ(FindMessageFile(*job), folder_ / "mes0001");
 }
 
+TEST_F(SolverTest, NoMessageFileTakesTheDecksPlace) {
+  const std::string deck = Deck("$ standin: run 0\n");
+  const auto job = DynaJob(folder_.Write("messag.krb", deck));
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(TempFolder::Read(job->jobFile), deck);
+  EXPECT_EQ(job->MessageFile(), folder_ / "messag");
+  EXPECT_TRUE(Has(log_, "Rename message file [" + job->MessageFile() + "] failed"));
+}
+
 TEST_F(SolverTest, ReadsHowARunEnded) {
   const struct {
     const char* text;
