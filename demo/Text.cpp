@@ -1,9 +1,11 @@
 #include "Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <system_error>
 
 namespace {
 

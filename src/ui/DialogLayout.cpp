@@ -1,5 +1,7 @@
 #include "ui/DialogLayout.h"
 
+#include <algorithm>
+
 #include "util/StrWrapper.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "ui/Numbers.h"
 
 #include <charconv>
+#include <system_error>
 
 std::optional<long long> WholeNumber(const std::string& text, long long least, long long most) {
   constexpr char kBlanks[] = " \t";
