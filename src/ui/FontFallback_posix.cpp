@@ -100,7 +100,6 @@ bool IsPlain(const char* text, int bytes) {
 // The toolkit's drawing on the screen, text in pieces of one font.
 class FallbackDriver : public Fl_Xlib_Graphics_Driver {
  public:
-  using Fl_Graphics_Driver::font;
   using Fl_Xlib_Graphics_Driver::draw;
   using Fl_Xlib_Graphics_Driver::font;
   using Fl_Xlib_Graphics_Driver::width;
@@ -133,7 +132,7 @@ class FallbackDriver : public Fl_Xlib_Graphics_Driver {
   // Calls `use` for each piece with its font set, and sets the text's own font again.
   template <typename Use>
   void ForPieces(const char* text, int bytes, Use use) {
-    const Fl_Font own = font();
+    const Fl_Font own = Fl_Graphics_Driver::font();
     const Fl_Fontsize size = this->size();
     const char* end = text + bytes;
     const char* piece = text;
