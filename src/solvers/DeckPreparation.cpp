@@ -158,7 +158,7 @@ class LineRules {
 
   // For kCut, `length` is what stays of the line.
   Fate Judge(std::string_view line, std::size_t& length) {
-    if (ended_ || line.empty() || line[0] == '$') return Fate::kKeep;
+    if (ended_ || line.empty() || line[0] == '$' || IsEncrypted(line)) return Fate::kKeep;
     if (line[0] == '*') {
       Enter(ParseKeyword(line, format_));
       return Fate::kKeep;
@@ -179,6 +179,14 @@ class LineRules {
     ended_ = keyword.name == "END";
   }
 
+  // Cards of any kind may be encrypted; a byte less and they cannot be read.
+  bool IsEncrypted(std::string_view line) {
+    if (line.starts_with("-----BEGIN PGP ")) encrypted_ = true;
+    if (!encrypted_) return false;
+    encrypted_ = !line.starts_with("-----END PGP ");
+    return true;
+  }
+
   Fate Known(std::optional<std::uint64_t> node) {
     return node && nodes_.Contains(*node) ? Fate::kComment : Fate::kKeep;
   }
@@ -193,6 +201,7 @@ class LineRules {
   NodeSet& nodes_;
   Block block_ = Block::kOther;
   CardFormat blockFormat_ = CardFormat::kStandard;
+  bool encrypted_ = false;
   bool ended_ = false;
 };
 

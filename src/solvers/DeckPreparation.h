@@ -13,7 +13,7 @@
 //   node that is defined twice;
 // - any other NODE line ends behind its coordinates (column 56 in the standard format);
 // - a BOUNDARY_SPC_NODE line for a node of the result becomes a comment;
-// - all other lines stay as they are, byte for byte.
+// - all other lines stay as they are, byte for byte, encrypted ones too.
 //
 // The old deck is kept as "DECK.bak". A deck that includes no result, or that needs no change, is
 // not touched, nor is one whose result cannot be read. Fixed, ten-digit, long and comma-separated

@@ -79,6 +79,15 @@ TEST_F(PreparationTest, TakesOutWhatTheResultBrings) {
   EXPECT_TRUE(log_.empty());
 }
 
+TEST_F(PreparationTest, LeavesEncryptedLinesAlone) {
+  const std::string encrypted = "-----BEGIN PGP MESSAGE-----\nVersion: 1\n\n" +
+                                std::string(64, 'A') + "\n=xyz1\n-----END PGP MESSAGE-----\n";
+  const std::string head = "*KEYWORD\n" + kInclude + "*NODE\n";
+  EXPECT_EQ(Prepared(head + kNodes[1] + kConstraints + "\n" + encrypted + kNodes[0] + "\n*END\n",
+                     "*NODE\n" + kNodes[0] + "\n"),
+            head + kNodes[1] + "\n" + encrypted + "$" + kNodes[0] + "\n*END\n");
+}
+
 TEST_F(PreparationTest, KnowsTheFormatsOfCards) {
   const std::string longNode =
       "                   1                 1.0                 2.0                 3.0";
