@@ -41,6 +41,24 @@ void Distribute(int missing, const std::vector<TableColumn>& columns, std::vecto
   }
 }
 
+// Scrolls by moving what is on the screen. While it draws the strip that comes into sight the
+// toolkit forgets what else was to be drawn again; so when something was, everything is.
+class Area : public Fl_Scroll {
+ public:
+  using Fl_Scroll::Fl_Scroll;
+
+  void draw() override {
+    bool changed = false;
+    for (int i = 0; i < children(); ++i) {
+      const bool bar = child(i) == &scrollbar || child(i) == &hscrollbar;
+      changed = changed || (!bar && child(i)->damage() != 0);
+    }
+    if (changed && (damage() & FL_DAMAGE_SCROLL))
+      clear_damage(static_cast<uchar>(damage() | FL_DAMAGE_ALL));
+    Fl_Scroll::draw();
+  }
+};
+
 }  // namespace
 
 Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
@@ -52,7 +70,7 @@ Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
   heads_->resizable(nullptr);
   heads_->end();
   // Its frame lies on the table's and on the line below the heads.
-  scroll_ = new Fl_Scroll(x, y + Layout::kHeaderHeight, w, h - Layout::kHeaderHeight);
+  scroll_ = new Area(x, y + Layout::kHeaderHeight, w, h - Layout::kHeaderHeight);
   scroll_->box(FL_DOWN_FRAME);
   scroll_->type(Fl_Scroll::BOTH);
   scroll_->scrollbar.linesize(Layout::kRowHeight);

@@ -284,6 +284,26 @@ TEST_F(Window, SummaryOpensForAJobThatHasEnded) {
   }
 }
 
+TEST_F(Window, ScrolledRowsLookLikeRowsDrawnAnew) {
+  std::vector<std::string> decks;
+  for (int i = 0; i < 20; ++i) decks.push_back(desktop_.Deck("scrolled" + std::to_string(i), ""));
+  StartWith(decks);
+  const auto picture = [&] {
+    usleep(200000);
+    return desktop_.Command("import -silent -window " + desktop_.Main() + " rgb:- | md5sum");
+  };
+  std::string before = picture();
+  for (const char* keys : {"Home Down Down Down Down Down Down Down Down Down Down Down Down",
+                           "Page_Down", "Up Up Up Up Up Up Up Up Up Up Up Up"}) {
+    desktop_.Key(keys);
+    const std::string scrolled = picture();
+    EXPECT_NE(scrolled, before);
+    desktop_.Key("F5");
+    before = picture();
+    EXPECT_EQ(scrolled, before) << keys;
+  }
+}
+
 TEST_F(Window, TerminationEndsItFromInsideAMenuOrAQuestion) {
   for (const char* key : {"Menu BackSpace", "Home Delete"}) {
     const std::string deck = desktop_.Deck("kept", "");
