@@ -154,6 +154,8 @@ void Flx_AppWnd::StepGroup(int by) {
 
 void Flx_AppWnd::Say(const std::string& text, StatusBar::Tone tone) {
   constexpr auto kExplained = std::chrono::milliseconds(500);
-  explainedUntil_ = std::chrono::steady_clock::now() + kExplained;
+  // What a plain message announces may still fail, and that must be seen.
+  if (tone == StatusBar::Tone::kError && !text.empty())
+    explainedUntil_ = std::chrono::steady_clock::now() + kExplained;
   status_->ShowMessage(text, tone);
 }
