@@ -31,6 +31,8 @@ void ToolButton::SetTip(const std::string& text) {
 }
 
 int ToolButton::handle(int event) {
+  // A press leaves the keys to the table; Tab still comes here.
+  if (event == FL_FOCUS && Fl::event() == FL_PUSH) return 0;
   TrackHover(*this, event, hovered_);
   return Fl_Button::handle(event);
 }
