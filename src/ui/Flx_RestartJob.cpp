@@ -126,13 +126,14 @@ bool Flx_RestartJob::TakeFiles() {
   const std::string restartFile = PathIn(*Find<Fl_Input>("ID_INPUT1"));
   const bool useInput = Find<Fl_Check_Button>("ID_CHECKBOX1")->value() == 1;
   const std::string inputFile = PathIn(*Find<Fl_Input>("ID_INPUT2"));
-  if (restartFile.empty()) return Inform("no_restart"), false;
-  if (useInput && inputFile.empty()) return Inform("no_input"), false;
+  if (restartFile.empty()) return AskFor("ID_INPUT1", "no_restart"), false;
+  if (useInput && inputFile.empty()) return AskFor("ID_INPUT2", "no_input"), false;
   restartFile_ = restartFile;
   if (useInput) inputFile_ = inputFile;
   return true;
 }
 
-void Flx_RestartJob::Inform(const char* key) {
+void Flx_RestartJob::AskFor(const char* inputId, const char* key) {
   InformOver(Window(), ToUi(application_.Title()), Shown(key), Shown("ok"));
+  FindWidget(inputId)->take_focus();
 }

@@ -25,7 +25,7 @@ class Flx_RestartJob : public Flx_Base_Dialog {
   void ShowInputUse();
   void MarkMissing(const char* inputId);
   bool TakeFiles();
-  void Inform(const char* key);
+  void AskFor(const char* inputId, const char* key);
 
   Application& application_;
   std::string restartFile_;
