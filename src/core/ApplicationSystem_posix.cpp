@@ -8,6 +8,7 @@
 #include "solvers/JobSolver.h"
 #include "util/ChildStart_posix.h"
 #include "util/DateTimeWrapper.h"
+#include "util/FileDirWrapper.h"
 #include "util/StrWrapper.h"
 
 void ReserveEnvironment() {
@@ -17,7 +18,8 @@ void ReserveEnvironment() {
 bool ProgramExists(const std::string& commandLine) {
   std::vector<std::string> words;
   StrWrapperTxt::SplitCommandLine(commandLine, words);
-  return !words.empty() && !FindProgram(words.front()).empty();
+  const std::string program = words.empty() ? std::string() : FindProgram(words.front());
+  return access(program.c_str(), X_OK) == 0 && !FileDirWrapper::IsFolder(program);
 }
 
 // The opener answers soon when nothing can open the file; else it may stay as long as the program.

@@ -260,8 +260,12 @@ TEST_F(HostileSystem, TheViewerOfTheSettingsOrTheFallbackShowsAFile) {
     fallback = path;
     return true;
   };
-  EXPECT_TRUE(application.ViewTextFile(text));  // notepad.exe is not there
-  EXPECT_EQ(fallback, text);
+  for (const std::string& missing : {std::string("notepad.exe"), home_ / "no editor"}) {
+    application.SettingsAndFiles().Set(&Settings::viewer, missing);
+    fallback.clear();
+    EXPECT_TRUE(application.ViewTextFile(text));
+    EXPECT_EQ(fallback, text) << missing;
+  }
 
   const std::string viewer =
       home_.Write("my viewer", "#!/bin/sh\nprintf %s \"$1\" > '" + shownName + "'\n");
