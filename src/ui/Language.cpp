@@ -28,6 +28,17 @@ const std::string& TextTable::Get(const std::string& key) const {
 }
 
 std::string TextTable::Word(const std::string& english) const {
+  std::string known = Known(english);
+  for (std::size_t at = english.find(": "); known.empty() && at != std::string::npos;) {
+    const std::size_t end = at + 2;
+    known = Known(english.substr(0, end));
+    if (!known.empty()) known += ToUi(english.substr(end));
+    at = english.find(": ", end);
+  }
+  return known.empty() ? ToUi(english) : known;
+}
+
+std::string TextTable::Known(const std::string& english) const {
   std::string pattern;
   std::vector<std::string> values;
   for (std::size_t at = 0; at < english.size();) {
@@ -40,8 +51,7 @@ std::string TextTable::Word(const std::string& english) const {
       at = close + 1;
     }
   }
-  const std::string& known = Get(pattern);
-  return known.empty() ? ToUi(english) : Fill(known, values);
+  return Fill(Get(pattern), values);
 }
 
 std::string TextTable::Fill(const std::string& pattern, const std::vector<std::string>& values) {

@@ -30,8 +30,9 @@ class TextTable {
 
   // What the core and the drivers say in English (status words, titles and filters of choosers,
   // labels and hints of reports, lines of the log) in this language, as UTF-8. What the English
-  // has in square brackets is taken over. Texts that are not known come back as they are; `english`
-  // is in the system's code page.
+  // has in square brackets is taken over, and so is what follows a colon of which only the words
+  // before it are known. Texts that are not known come back as they are; `english` is in the
+  // system's code page.
   std::string Word(const std::string& english) const;
 
   // From now on texts are in code page 936.
@@ -43,6 +44,7 @@ class TextTable {
     mutable std::optional<std::string> shown;
   };
   static std::string Fill(const std::string& pattern, const std::vector<std::string>& values);
+  std::string Known(const std::string& english) const;  // empty for a text that is not known
 
   bool codePage936_ = false;
   std::map<std::string, Text> texts_;

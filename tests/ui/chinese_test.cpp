@@ -68,6 +68,8 @@ TEST(ChineseTexts, TranslateWhatTheCoreSays) {
   FillTexts(1, "Title", texts);
   EXPECT_EQ(texts.Word("Aborted"), "已中止");
   EXPECT_EQ(texts.Word("Solver [/求解/ls%s] does not exist"), "求解器 [/求解/ls%s] 不存在");
+  EXPECT_EQ(texts.Word("Job [C: a.k] did not end normally: *** Error 40500: x"),
+            "任务 [C: a.k] 未正常结束：*** Error 40500: x");
   EXPECT_EQ(texts.Word("An [unknown] line [with brackets"), "An [unknown] line [with brackets");
 }
 
