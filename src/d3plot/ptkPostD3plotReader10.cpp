@@ -37,6 +37,7 @@ constexpr std::int64_t kShellWords = 5;
 struct ptkPostD3plotReader10::Control {
   std::int64_t dimensions = 0;
   bool materialTypes = false;  // a list of them stands before the nodes
+  bool reducedBodies = false;  // rigid bodies are written short; the list may be there or not
   bool tenNodeSolids = false;
   std::int64_t nodes = 0;
   std::int64_t solids = 0;
@@ -94,7 +95,8 @@ bool ptkPostD3plotReader10::ReadControl(Control& control) {
   const std::int64_t ndim = value(kNdim);
   if (ndim < 2 || ndim > 9) return Fail("The number of dimensions is wrong");
   control.dimensions = ndim == 2 ? 2 : 3;
-  control.materialTypes = ndim == 5 || ndim == 7 || ndim == 9;
+  control.materialTypes = ndim == 5 || ndim == 7;
+  control.reducedBodies = ndim >= 8;
 
   const std::int64_t solids = value(kNel8);
   control.tenNodeSolids = solids < 0;
@@ -127,6 +129,7 @@ bool ptkPostD3plotReader10::CheckCounts(const Control& control) {
 // that is not known here; `start` is then too low.
 bool ptkPostD3plotReader10::FindNodes(const Control& control, std::int64_t& start, bool& exact) {
   start = kControlWords + control.extra;
+  exact = !control.reducedBodies;
   if (control.materialTypes) {
     std::int64_t count = 0;
     if (!ReadInteger(start + 1, count)) return Fail("The file ends within its head");
@@ -138,7 +141,7 @@ bool ptkPostD3plotReader10::FindNodes(const Control& control, std::int64_t& star
     constexpr std::int64_t kMostFlags = 100;
     std::int64_t flags = 0;
     if (!ReadInteger(start, flags)) return Fail("The file ends within its head");
-    exact = flags > 0 && flags < kMostFlags;
+    exact = exact && flags > 0 && flags < kMostFlags;
     if (exact) start += flags;
   }
   if (control.airbagParticles > 0) exact = false;

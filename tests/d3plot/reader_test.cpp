@@ -123,6 +123,18 @@ TEST(D3plot, TheGeometryGoesOnInTheNextFile) {
   EXPECT_EQ(continued.Elements(), 38);
 }
 
+TEST(D3plot, ReducedRigidBodiesComeWithAndWithoutMaterialTypes) {
+  const TempFolder folder;
+  for (const std::int64_t ndim : {8, 9}) {
+    D3plotImage image(4, false, {.ndim = ndim, .nodes = 40, .shells = 60});
+    image.Set(65, -1);  // a coordinate, where the number of material types could be
+    folder.Write("d3plot01", image.Tail(200));
+    const Database database(folder.Write("d3plot", image.Head(200)));
+    EXPECT_TRUE(database.open) << database.Error();
+    EXPECT_EQ(database.Elements(), 60);
+  }
+}
+
 TEST(D3plot, StatesAreNotTakenForTheEndOfACutModel) {
   const TempFolder folder;
   const D3plotImage image(4, false, {.nodes = 40, .shells = 60});
