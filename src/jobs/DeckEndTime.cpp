@@ -11,6 +11,7 @@
 #include "jobs/DeckReader.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
+#include "util/FileDirWrapper.h"
 #include "util/StrWrapper.h"
 
 namespace {
@@ -72,12 +73,13 @@ class EndTimeSearch {
     while (more) {
       const std::string keyword = Upper(line);
       if (keyword.starts_with("*CONTROL_TERMINATION") && !Found()) {
-        const bool isLong = longCards_ || keyword.back() == '+';
+        const std::size_t width = FieldWidth(keyword);
         more = ReadCards(reader, line, [&](std::string_view card) {
-          if (!Found()) text_ = Field(card, 0, isLong ? kLongFieldWidth : kFieldWidth);
+          if (!Found()) text_ = Field(card, 0, width);
         });
       } else if (keyword.starts_with("*PARAMETER")) {
-        more = ReadCards(reader, line, [&](std::string_view card) { ReadParameters(card); });
+        const std::size_t width = FieldWidth(keyword);
+        more = ReadCards(reader, line, [&](std::string_view card) { ReadParameters(card, width); });
       } else {
         if (keyword.starts_with("*KEYWORD")) {
           longCards_ = keyword.find("LONG=Y") != std::string::npos;
@@ -92,7 +94,8 @@ class EndTimeSearch {
   DeckEndTime Result() const {
     DeckEndTime result;
     result.text = text_;
-    result.value = Number(text_);
+    // Behind a blank stands the next field, on a card that does not keep to the columns.
+    result.value = Number(text_.substr(0, text_.find_first_of(" \t")));
     const std::size_t name = text_.find('&');
     if (result.value || name == std::string::npos || name > 1) return result;
     const auto parameter = parameters_.find(Upper(text_.substr(name + 1)));
@@ -102,6 +105,13 @@ class EndTimeSearch {
   }
 
  private:
+  // A sign behind a keyword counts for its cards alone.
+  std::size_t FieldWidth(const std::string& keyword) const {
+    const char sign = keyword[keyword.find_last_not_of(" \t")];
+    const bool isLong = sign == '+' || (longCards_ && sign != '-');
+    return isLong ? kLongFieldWidth : kFieldWidth;
+  }
+
   // Hands out the lines below a keyword; the next keyword is then in `line`. False at the end.
   template <typename Take>
   static bool ReadCards(DeckReader& reader, std::string_view& line, const Take& take) {
@@ -113,11 +123,11 @@ class EndTimeSearch {
   }
 
   // Pairs of a name, behind a letter for its type, and a value.
-  void ReadParameters(std::string_view card) {
+  void ReadParameters(std::string_view card, std::size_t width) {
     constexpr std::size_t kPairs = 4;
     for (std::size_t pair = 0; pair < kPairs; ++pair) {
-      const std::string typed = Field(card, 2 * pair, kFieldWidth);
-      const std::optional<double> value = Number(Field(card, 2 * pair + 1, kFieldWidth));
+      const std::string typed = Field(card, 2 * pair, width);
+      const std::optional<double> value = Number(Field(card, 2 * pair + 1, width));
       if (typed.empty() || !value || parameters_.size() >= kMostParameters) continue;
       std::string name;
       StrWrapperTxt::Trim(typed.substr(1), name);
@@ -139,6 +149,7 @@ DeckEndTime FindEndTime(const JobFileDyna& job) {
   const auto addIncludes = [&](const JobFileDyna& of) {
     for (const std::string& name : of.includes) {
       std::string deck = IncludedPath(job.jobFile, name);
+      if (!FileDirWrapper::FileExists(deck)) deck = IncludedPath(of.jobFile, name);
       const bool known = std::find(decks.begin(), decks.end(), deck) != decks.end();
       if (!known && decks.size() < kMostDecks) decks.push_back(std::move(deck));
     }

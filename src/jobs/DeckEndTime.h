@@ -13,8 +13,9 @@ struct DeckEndTime {
 };
 
 // The end time on the first CONTROL_TERMINATION card of a scanned job's deck or, when that has
-// none, of the decks that it includes; parameters with plain numbers are put in. Both empty when
-// there is no such card. Reads big decks whole, in small pieces.
+// none, of the decks that it includes, which lie beside it or beside the deck that names them.
+// Parameters with plain numbers are put in. Both empty when there is no such card. Reads big decks
+// whole, in small pieces.
 DeckEndTime FindEndTime(const JobFileDyna& job);
 
 #endif

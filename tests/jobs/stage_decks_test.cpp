@@ -40,6 +40,9 @@ TEST_F(DeckTest, TheEndTimeAsItIsWritten) {
       {"*KEYWORD LONG=Y\n*CONTROL_TERMINATION\n           0.0000025  8\n", 2.5e-6},
       {"*CONTROL_TERMINATION\n     -&End\n*PARAMETER\nR    other       4.0R      end       2.0\n",
        -2},
+      {"*PARAMETER+ \nR                end                 2.5\n*CONTROL_TERMINATION\n&end\n", 2.5},
+      {"*KEYWORD LONG=Y\n*CONTROL_TERMINATION -\n    2.5e-6         7\n", 2.5e-6},
+      {"*CONTROL_TERMINATION\n 0.25 0\n", 0.25},
       {"*PARAMETER\nR end, 3.0\n*CONTROL_TERMINATION\n&END, 5\n", 3},
   };
   for (const auto& c : cases) {
@@ -58,10 +61,11 @@ TEST_F(DeckTest, TheEndTimeAsItIsWritten) {
 }
 
 TEST_F(DeckTest, TheEndTimeOfIncludedDecks) {
-  Write("a.k", "*INCLUDE\na.k\n*INCLUDE\nb.k\n");
-  Write("b.k", "*CONTROL_TERMINATION\n      &end\n*INCLUDE\ndeck.k\n");
+  std::filesystem::create_directory(folder_ / "sub");
+  Write(FileDirWrapper::Join("sub", "a.k"), "*INCLUDE\na.k\n*INCLUDE\nb.k\n");
+  Write(FileDirWrapper::Join("sub", "b.k"), "*CONTROL_TERMINATION\n      &end\n*INCLUDE\ndeck.k\n");
   const DeckEndTime end = FindEndTime(
-      *Scanned("*PARAMETER\nR      end      12.5\n*INCLUDE\nabsent.k\n*INCLUDE\na.k\n"));
+      *Scanned("*PARAMETER\nR      end      12.5\n*INCLUDE\nabsent.k\n*INCLUDE\nsub/a.k\n"));
   EXPECT_EQ(end.value, 12.5);
 }
 
