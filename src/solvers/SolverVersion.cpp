@@ -115,12 +115,13 @@ struct InfoProcess : PTWrapperProcess {
   ~InfoProcess() override { Terminate(); }
 };
 
+// Unseen: a console would be gone before anyone could read it, and takes the keys meanwhile.
 bool StartInfo(const std::string& solver, const std::string& folder, PTWrapperProcess& process) {
   // Drivers change the environment that the solver inherits.
   const std::lock_guard<std::mutex> lock(SolverStartMutex());
   process.SetChildFolder(folder);
   return process.Create(solver, QuotedPath(solver) + " info", "ORLA-KR/LS-DYNA", false,
-                        PTWrapperProcess::kNewConsole, {}, true);
+                        PTWrapperProcess::kNewConsole, {}, false);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ struct VersionQuery {
   const std::atomic<bool>* abort = nullptr;             // ends the query early; may be null
 };
 
-// Starts the solver with "info" in its own folder, gives it two seconds to leave its report
+// Starts the solver with "info" in its own folder, unseen, gives it two seconds to leave its report
 // "lstc.log" there, and ends it. A report that was there before counts only when the time passes
 // without a new one. True when the report names both numbers. "Read output information file [%s]
 // failed" when there is none.
