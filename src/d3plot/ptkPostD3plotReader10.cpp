@@ -87,7 +87,9 @@ bool ptkPostD3plotReader10::ReadGrid(ptkUnstructuredGrid& grid) {
 
 bool ptkPostD3plotReader10::ReadControl(Control& control) {
   std::vector<unsigned char> words;
-  if (!ReadWords(0, kControlWords, words)) return Fail("The file ends within its head");
+  if (WordsInBaseFile() < kControlWords || !ReadWords(0, kControlWords, words)) {
+    return Fail("The file ends within its head");
+  }
   const auto value = [&](Word word) {
     return Format().Integer(words.data() + static_cast<std::size_t>(word) * Format().wordSize);
   };
@@ -176,10 +178,13 @@ bool ptkPostD3plotReader10::CheckBlock(const Block& block, std::int64_t nodeCoun
                    words)) {
       return Fail("The file ends within the model");
     }
-    for (int node = 0; node < block.nodes; ++node) {
-      const std::int64_t number =
-          Format().Integer(words.data() + static_cast<std::size_t>(node) * Format().wordSize);
-      if (number < 1 || number > nodeCount) return Fail("The file ends within the model");
+    const auto value = [&](std::int64_t word) {
+      return Format().Integer(words.data() + static_cast<std::size_t>(word) * Format().wordSize);
+    };
+    const bool springToGround =
+        block.words == kBeamWords && value(1) == 0 && value(kBeamWords - 1) > 0;
+    for (int node = 0; node < (springToGround ? 1 : block.nodes); ++node) {
+      if (value(node) < 1 || value(node) > nodeCount) return Fail("The file ends within the model");
     }
   }
   return true;
