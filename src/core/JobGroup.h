@@ -70,6 +70,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
 
   // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
   // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.
+  // A run of all stages stays one.
   int AddStage(int index, std::shared_ptr<JobFile> stage);  // the new, last, index; -1 on failure
   bool RemoveStage(int index, int stage);
   bool MoveStage(int index, int stage, bool up);

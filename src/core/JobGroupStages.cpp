@@ -15,9 +15,11 @@ std::shared_ptr<JobFile>& StageAt(JobFile& job, int stage) {
   return job.stages[static_cast<std::size_t>(stage)];
 }
 
-// Lets `change` rearrange the stages and finds the first one to run again.
+// Lets `change` rearrange the stages and finds the first one to run again. Where no stage was to be
+// skipped, none becomes so.
 template <typename Change>
 void KeepFirstStage(JobFile& job, Change change) {
+  if (job.firstStage == 0) return change();
   const std::shared_ptr<JobFile> first =
       IsStageOf(job, job.firstStage) ? StageAt(job, job.firstStage) : nullptr;
   change();

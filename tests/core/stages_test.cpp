@@ -54,6 +54,9 @@ TEST_F(Stages, AreChangedOnlyWhileTheJobIsQueued) {
     stages.push_back(std::make_shared<JobFileDyna>(files_.Get()));
     EXPECT_EQ(group.AddStage(0, stages.back()), i);
   }
+  EXPECT_TRUE(group.MoveStage(0, 1, true));  // 1 0 2: no stage becomes skipped
+  EXPECT_EQ(group.GetJob(0)->firstStage, 0);
+  EXPECT_TRUE(group.MoveStage(0, 1, true));  // 0 1 2
   EXPECT_TRUE(group.SetFirstStage(0, 1));
   EXPECT_FALSE(group.SetFirstStage(0, 3));
   EXPECT_TRUE(group.MoveStage(0, 1, true));  // 1 0 2
