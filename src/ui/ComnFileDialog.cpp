@@ -9,8 +9,9 @@
 
 namespace {
 
-// "*.dyn;*.k" becomes "*.{dyn,k}".
+// "*.dyn;*.k" becomes "*.{dyn,k}". "*.*" means all files, also those without an ending.
 std::string ToolkitPattern(const std::string& patterns) {
+  if (patterns == "*.*") return "*";
   std::vector<std::string> pieces;
   StrWrapperTxt::SeparateString(patterns, pieces, ';');
   if (pieces.size() == 1) return pieces.front();

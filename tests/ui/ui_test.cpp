@@ -99,7 +99,8 @@ TEST(Language, UnknownLanguagesAndKeysGiveEmptyTexts) {
 TEST(ComnFileDialog, TranslatesFilters) {
   EXPECT_EQ(ComnFileDialog::ToolkitFilter("Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|"),
             "Dyna File \t*.{dyn,k}\nAll Files \t*\n");
-  EXPECT_EQ(ComnFileDialog::ToolkitFilter("D3dump |*d3dump*|"), "D3dump  \t*d3dump*\n");
+  EXPECT_EQ(ComnFileDialog::ToolkitFilter("D3dump |*d3dump*|All Files (*.*)|*.*|"),
+            "D3dump  \t*d3dump*\nAll Files \t*\n");
   EXPECT_EQ(ComnFileDialog::ToolkitFilter(""), "");
 }
 
