@@ -172,7 +172,9 @@ void Flx_MppSettings::ShowSettings() {
     ShowStored(*Find<Fl_Input>(text.id), ToUi(settings.*text.field));
   ShowStored(*memory_, std::to_string(settings.memory2));
   useMpp_->value(settings.use_mpp);
-  mpi_->value(settings.mpi >= 0 && settings.mpi < mpi_->size() - 1 ? settings.mpi : -1);
+  // Any number that is none of the known kinds means another launcher, the last entry.
+  constexpr int kKnown = static_cast<int>(std::size(kMpiKinds));
+  mpi_->value(settings.mpi >= 0 && settings.mpi < kKnown ? settings.mpi : kKnown);
 }
 
 void Flx_MppSettings::ShowGroups() {
