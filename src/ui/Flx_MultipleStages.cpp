@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int kLeastWidth = 700;
+constexpr int kLeastWidth = 716;  // the buttons of the last row beside each other
 constexpr int kLeastHeight = 240;
 
 const char kEnglishLayout[] =
