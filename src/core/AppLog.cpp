@@ -27,6 +27,10 @@ std::string OneLine(std::string text) {
 
 void AppendLine(const std::string& path, const std::string& line) {
   std::FILE* file = std::fopen(path.c_str(), "a");
+  std::string folder;
+  if (file == nullptr && FileDirWrapper::DirOf(path, folder) &&
+      FileDirWrapper::CreateDirTree(folder))
+    file = std::fopen(path.c_str(), "a");
   if (file == nullptr) return;
   std::fwrite(line.data(), 1, line.size(), file);
   std::fclose(file);

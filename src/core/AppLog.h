@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-// Any thread. A log that cannot be written is silently done without.
+// Any thread. A missing folder is made anew; a log that cannot be written is silently done without.
 class AppLog {
  public:
   static constexpr std::int64_t kKeptBytes = 10 * 1024 * 1024;

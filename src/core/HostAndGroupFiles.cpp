@@ -40,7 +40,7 @@ void SettingsAndPaths::WriteHostFile() {
 }
 
 bool SettingsAndPaths::StoreHostFile(const std::string& text) {
-  if (FileDirWrapper::WriteFileWhole(hostFile, text)) return true;
+  if (HasWorkFolder() && FileDirWrapper::WriteFileWhole(hostFile, text)) return true;
   log_.Report("Write host file [%s] failed", OrNull(hostFile));
   return false;
 }
@@ -83,7 +83,7 @@ void SettingsAndPaths::WriteGroupFile(const std::vector<GroupEntry>& groups) {
   for (const auto& [name, groupText] : groups) {
     text.append(StorableName(name)).append("=").append(OneLine(groupText)).append(kLineEnd);
   }
-  if (groupFileKept_ || !FileDirWrapper::WriteFileWhole(groupFile, text)) {
+  if (groupFileKept_ || !HasWorkFolder() || !FileDirWrapper::WriteFileWhole(groupFile, text)) {
     log_.Report("Write group file [%s] failed", OrNull(groupFile));
   }
 }

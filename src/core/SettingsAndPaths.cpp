@@ -36,12 +36,15 @@ SettingsAndPaths::SettingsAndPaths(const std::string& title)
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
       groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),
       log_(FileDirWrapper::Join(workFolder, "kr.log")) {
-  FileDirWrapper::CreateDirTree(workFolder);
-  if (!FileDirWrapper::IsDirWritable(workFolder)) {
-    log_.Report("Directory [%s] is not writable", OrNull(workFolder));
-  }
+  if (!HasWorkFolder()) log_.Report("Directory [%s] is not writable", OrNull(workFolder));
   FileDirWrapper::DocumentsDir(settings_.last_path);
   OpenOrMakeEvent(handOverEvent);
+}
+
+// Somebody may have removed the folder while the program runs.
+bool SettingsAndPaths::HasWorkFolder() const {
+  FileDirWrapper::CreateDirTree(workFolder);
+  return FileDirWrapper::IsDirWritable(workFolder);
 }
 
 Settings SettingsAndPaths::Snapshot() const {

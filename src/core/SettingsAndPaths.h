@@ -75,6 +75,7 @@ class SettingsAndPaths {
   PTWrapperSignal handOverEvent;
 
  private:
+  bool HasWorkFolder() const;  // makes it when it is missing; true when it can be written to
   bool StoreHostFile(const std::string& text);
 
   mutable std::mutex mutex_;

@@ -178,7 +178,7 @@ void SettingsAndPaths::ReadSettings() {
 }
 
 bool SettingsAndPaths::WriteSettings() {
-  if (!FileDirWrapper::IsDirWritable(workFolder)) {
+  if (!HasWorkFolder()) {
     log_.Report("Directory [%s] is not writable", OrNull(workFolder));
     return false;
   }

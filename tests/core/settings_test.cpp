@@ -160,6 +160,20 @@ TEST_F(SettingsFile, AnUnwritableFolderIsReportedAndNothingIsForgotten) {
   EXPECT_EQ(seen.Count("log Write group file [" + files_.groupFile + "] failed"), 1);
 }
 
+// Removed by somebody while the program runs, as cleaners of home folders do.
+TEST_F(SettingsFile, ARemovedFolderIsMadeAnew) {
+  std::filesystem::remove_all(files_.workFolder);
+  files_.Log().ReportLine("still told");
+  EXPECT_NE(TempFolder::Read(files_.Log().Path()).find(">> still told"), std::string::npos);
+  std::filesystem::remove_all(files_.workFolder);
+  files_.WriteGroupFile({{"G", "1,2"}});
+  files_.ReadGroupFile();
+  EXPECT_EQ(files_.groupEntries.size(), 1u);
+  std::filesystem::remove_all(files_.workFolder);
+  EXPECT_TRUE(files_.WriteSettings());
+  EXPECT_TRUE(std::filesystem::exists(files_.settingsFile));
+}
+
 TEST_F(SettingsFile, HostLinesAreTheUsersOwn) {
   files_.ReadHostFile();
   EXPECT_TRUE(LogHolds(files_, "Read host file [" + files_.hostFile + "] failed"));
