@@ -80,7 +80,9 @@ Flx_MultipleStages::~Flx_MultipleStages() {
 bool Flx_MultipleStages::Initialise() {
   first_ = Find<Fl_Choice>("ID_CHOICE1");
   auto* hint = Find<Fl_Box>("ID_LABEL3");
-  if (!first_ || !hint || !MakeTable()) return false;
+  auto* close = Find<Fl_Button>("ID_BUTTON7");
+  if (!first_ || !hint || !close || !MakeTable()) return false;
+  close->shortcut(FL_Enter);
   hint->labelcolor(Theme::kMuted);
   Fl_Widget* deck = FindWidget("ID_LABEL1");
   fl_font(deck->labelfont(), deck->labelsize());
