@@ -67,16 +67,16 @@ TEST_F(SolverVersionTest, ASolverThatStaysIsEnded) {
       Ask("printf 'Version number: R8\\nRevision: 5\\n' > lstc.log; echo $$ > pid\n"
           "trap '' TERM HUP INT; while :; do sleep 1; done\n"));
   EXPECT_EQ(major_, 8);
-  EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(4500));
+  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(15));
   EXPECT_FALSE(std::filesystem::exists("/proc/" + ReadLines(folder_ / "pid").front()));
 
   std::filesystem::remove(folder_ / "lstc.log");
   std::filesystem::remove(folder_ / "pid");
-  std::thread stopper([this] {
+  std::thread stopper([this, &begin] {
     while (ReadLines(folder_ / "pid").empty()) DateTimeWrapper::SleepMSec(10);
+    begin = Clock::now();
     abort_ = true;
   });
-  begin = Clock::now();
   EXPECT_FALSE(Ask("echo $$ > pid; exec sleep 100\n"));
   stopper.join();
   EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(1500));
