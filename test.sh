@@ -3,6 +3,11 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 cd "$root"
+# Only one copy runs for a user, and tests start copies.
+if grep -qE '/kestrun( \(deleted\))?$' < <(readlink /proc/[0-9]*/exe 2>/dev/null); then
+  echo "Kestrun is running: close it first, the tests start copies of their own" >&2
+  exit 2
+fi
 tools/setup.sh test
 if [ -z "${KESTRUN_TEST_DATA:-}" ] && [ -d "$root/../shared/data" ]; then
   KESTRUN_TEST_DATA=$(cd "$root/../shared/data" && pwd)

@@ -3,7 +3,8 @@
 #   tools/wine.sh start FOLDER               makes FOLDER/prefix afresh and starts its server
 #   tools/wine.sh run FOLDER PROGRAM ARGS... runs the program there; starts first where needed
 #   tools/wine.sh stop FOLDER                ends all of it
-# What is forgotten ends by itself: the server after ten idle minutes, the display after an hour.
+# What is forgotten ends by itself: the display and what keeps the desktop after an hour, the server
+# ten minutes later.
 set -euo pipefail
 action=${1:?start, run or stop}
 folder=${2:?the folder of the prefix}
@@ -45,6 +46,14 @@ start_display() {
   export DISPLAY=:$(cat "$state")
 }
 
+# Wine closes its desktop when the last program ends, and needs seconds for the next one's: too long
+# for a program that has two to answer. So one stays, at an input where nothing ever comes.
+keep_desktop() {
+  rm -f "$folder/nothing"
+  mkfifo "$folder/nothing"
+  setsid timeout 3600 "$wine" 'C:\windows\system32\cmd.exe' <>"$folder/nothing" >/dev/null 2>&1 &
+}
+
 start() {
   stop
   rm -rf "$WINEPREFIX"
@@ -53,6 +62,7 @@ start() {
   "$server" -p600 >/dev/null 2>&1 </dev/null
   "$wine" wineboot --init >"$folder/start.log" 2>&1 </dev/null
   "$wine" winecfg -v win10 >>"$folder/start.log" 2>&1 </dev/null
+  keep_desktop
 }
 
 case "$action" in
