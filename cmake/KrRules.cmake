@@ -36,10 +36,14 @@ if(KR_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# kr_sources(<out> <folder>): the .cpp files of a folder that belong to the system built for.
-# Pairs end in _posix.cpp and _win32.cpp.
+# kr_sources(<out> <folder> [RECURSE]): the .cpp files of a folder, with RECURSE of its folders too,
+# that belong to the system built for. Pairs end in _posix.cpp and _win32.cpp.
 function(kr_sources out folder)
-  file(GLOB found CONFIGURE_DEPENDS "${folder}/*.cpp")
+  if("RECURSE" IN_LIST ARGN)
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS "${folder}/*.cpp")
+  else()
+    file(GLOB found CONFIGURE_DEPENDS "${folder}/*.cpp")
+  endif()
   if(WIN32)
     list(FILTER found EXCLUDE REGEX "_posix\\.cpp$")
   else()
@@ -61,7 +65,7 @@ endfunction()
 
 # kr_room(<room> [rooms it may include...]): the static library kr_<room> of src/<room>.
 function(kr_room room)
-  kr_sources(sources "${CMAKE_SOURCE_DIR}/src/${room}")
+  kr_sources(sources "${CMAKE_SOURCE_DIR}/src/${room}" RECURSE)
   add_library(kr_${room} STATIC ${sources})
   kr_precompile(kr_${room})
   target_include_directories(kr_${room} PUBLIC "${CMAKE_SOURCE_DIR}/src")

@@ -6,7 +6,7 @@
 #include "ui/ProgramOptions.h"
 #include "ui/QueueNotes.h"
 #include "ui/WindowLoop.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "util/ChildStart_posix.h"
-#include "util/Console_posix.h"
+#include "util/process/ChildStart_posix.h"
+#include "util/process/Console_posix.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "solvers/OutputAnalysis.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

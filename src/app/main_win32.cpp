@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "app/Program.h"
-#include "util/StrWrapper.h"
+#include "util/text/StrWrapper.h"
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   std::vector<std::string> arguments;

@@ -4,9 +4,9 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "util/DateTimeWrapper.h"
-#include "util/FileDirWrapper.h"
-#include "util/IOWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/IOWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <system_error>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

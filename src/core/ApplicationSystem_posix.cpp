@@ -6,10 +6,10 @@
 
 #include "core/ApplicationSystem.h"
 #include "solvers/JobSolver.h"
-#include "util/ChildStart_posix.h"
-#include "util/DateTimeWrapper.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/ChildStart_posix.h"
+#include "util/text/DateTimeWrapper.h"
+#include "util/text/StrWrapper.h"
 
 void ReserveEnvironment() {
   setenv("LSTC_MEMORY", "", 0);

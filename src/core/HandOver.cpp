@@ -5,8 +5,8 @@
 #include "core/Application.h"
 #include "core/HandOverFile.h"
 #include "core/HandOverFormat.h"
-#include "util/DateTimeWrapper.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "core/HandOverFile.h"
-#include "util/UniqueFd_posix.h"
+#include "util/files/UniqueFd_posix.h"
 
 namespace hand_over_file {
 

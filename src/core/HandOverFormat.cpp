@@ -5,8 +5,8 @@
 #include <map>
 
 #include "core/TextLines.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

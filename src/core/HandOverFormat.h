@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/JobIntake.h"
-#include "core/settings.h"
+#include "jobs/Settings.h"
 
 struct HandOverOrder {
   // One for each path: paths of one record share its values.

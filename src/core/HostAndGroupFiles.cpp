@@ -2,7 +2,7 @@
 #include "core/HostFileText.h"
 #include "core/SettingsAndPaths.h"
 #include "core/TextLines.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

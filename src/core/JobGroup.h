@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "jobs/JobFile.h"
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 class JobGroupManager;
 

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <shared_mutex>
 
-#include "util/DateTimeWrapper.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
 #include "solvers/StageRun.h"
-#include "util/DateTimeWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

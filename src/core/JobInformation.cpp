@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "d3plot/ptkPostD3plotManager.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

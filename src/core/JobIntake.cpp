@@ -5,7 +5,7 @@
 
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cctype>
 
 #include "jobs/JobArguments.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "core/AppLog.h"
-#include "core/settings.h"
-#include "util/PTWrapper.h"
+#include "jobs/Settings.h"
+#include "util/process/PTWrapper.h"
 
 // One object, owned by the application; the interface thread's, except Snapshot() and Log().
 class SettingsAndPaths {

@@ -6,9 +6,9 @@
 
 #include "core/SettingsAndPaths.h"
 #include "core/TextLines.h"
-#include "util/FileDirWrapper.h"
-#include "util/IOWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/IOWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

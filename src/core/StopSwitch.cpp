@@ -1,6 +1,6 @@
 #include "core/StopSwitch.h"
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "util/InputFile.h"
+#include "util/files/InputFile.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 // How lines of files that people edit end.
 constexpr const char* kLineEnd = FileDirWrapper::kSeparator == '\\' ? "\r\n" : "\n";

@@ -11,8 +11,8 @@
 #include "jobs/DeckReader.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "util/InputFile.h"
+#include "util/files/InputFile.h"
 
 // Lines come without their end (LF or CRLF) and cut to kLongestLine bytes. A line is valid until
 // the next call. Memory is bounded whatever the file holds. One thread at a time.

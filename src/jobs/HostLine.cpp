@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "util/StrWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

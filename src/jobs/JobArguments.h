@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
+#include "jobs/Settings.h"
 
 // The hosts of a distributed run, from the host table and the group's assignment.
 struct HostList {

@@ -2,7 +2,7 @@
 
 #include "jobs/HostAddress.h"
 #include "jobs/JobArguments.h"
-#include "util/DateTimeWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
-#include "util/PTWrapper.h"
+#include "jobs/Settings.h"
+#include "util/process/PTWrapper.h"
 
 namespace JobStatus {
 enum : int { kQueued = 0, kWaiting = 1, kRunning = 2, kFinished = 3, kAborted = 4 };

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "util/DateTimeWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

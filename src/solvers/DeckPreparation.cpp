@@ -12,8 +12,8 @@
 #include "solvers/KeywordCards.h"
 #include "solvers/NewFile.h"
 #include "solvers/NodeSet.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

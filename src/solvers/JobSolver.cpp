@@ -5,7 +5,7 @@
 #include "solvers/JobSolverUBatch.h"
 #include "solvers/JobSolverVorel.h"
 #include "solvers/RunSteps.h"
-#include "util/DateTimeWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "solvers/DeckPreparation.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

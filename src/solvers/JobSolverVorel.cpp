@@ -3,8 +3,8 @@
 #include "jobs/JobArguments.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/RunSteps.h"
-#include "util/FileDirWrapper.h"
-#include "util/InputFile.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/InputFile.h"
 
 namespace {
 

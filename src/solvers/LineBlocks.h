@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "util/InputFile.h"
+#include "util/files/InputFile.h"
 
 // Memory is bounded whatever the file holds. One thread at a time.
 class LineBlocks {

@@ -7,8 +7,8 @@
 
 #include "solvers/LineBlocks.h"
 #include "solvers/RunSteps.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "solvers/Hints.h"
 #include "solvers/LineBlocks.h"
 #include "solvers/ReportText.h"
-#include "util/StrWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

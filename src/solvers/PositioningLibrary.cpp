@@ -4,7 +4,7 @@
 
 #include "solvers/AbortableWait.h"
 #include "solvers/RunSteps.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 PositioningLibrary::PositioningLibrary(const std::string& folder)
     : path_(FileDirWrapper::Join(folder, SharedLibrary::FileName("qvas"))) {}

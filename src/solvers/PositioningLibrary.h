@@ -6,7 +6,7 @@
 #include <string>
 
 #include "jobs/JobFile.h"
-#include "util/SharedLibrary.h"
+#include "util/process/SharedLibrary.h"
 
 // Its functions. Paths are zero-terminated texts.
 struct PositioningFunctions {

@@ -3,7 +3,7 @@
 #include "jobs/JobArguments.h"
 #include "solvers/JobSolver.h"
 #include "solvers/SolverEnvironment.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include "solvers/AbortableWait.h"
 #include "solvers/JobSolver.h"
 #include "solvers/LineBlocks.h"
-#include "util/FileDirWrapper.h"
-#include "util/InputFile.h"
-#include "util/PTWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/InputFile.h"
+#include "util/process/PTWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

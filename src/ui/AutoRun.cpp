@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "ui/ComnMsgBox.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <shellapi.h>
 
 #include "ui/ComnChmDialog.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

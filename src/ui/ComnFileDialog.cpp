@@ -4,8 +4,8 @@
 
 #include "ui/FileChooser.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

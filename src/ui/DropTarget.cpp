@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

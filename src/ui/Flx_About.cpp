@@ -7,7 +7,7 @@
 #include "ui/DialogTools.h"
 #include "ui/Icons.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

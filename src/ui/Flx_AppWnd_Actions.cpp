@@ -13,7 +13,7 @@
 #include "ui/Flx_ShowInfo.h"
 #include "ui/StopWindow.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "ui/Flx_MppSettings.h"
 #include "ui/Flx_RestartJob.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 void Flx_AppWnd::AddRestart() {
   const auto group = Group();

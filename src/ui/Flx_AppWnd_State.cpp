@@ -7,7 +7,7 @@
 
 #include "ui/Flx_AppWnd.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 void Flx_AppWnd::Refresh() {
   SyncTables();

@@ -7,7 +7,7 @@
 
 #include "ui/ComnFileDialog.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

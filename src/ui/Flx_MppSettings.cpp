@@ -10,8 +10,8 @@
 #include "ui/ComnFileDialog.h"
 #include "ui/MpiKinds.h"
 #include "ui/Text.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "ui/Flx_ShowInfo.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "ui/DialogTools.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <cstdlib>
 
 #include "ui/HelpPage.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 extern char** environ;
 

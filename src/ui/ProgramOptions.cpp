@@ -1,6 +1,6 @@
 #include "ui/ProgramOptions.h"
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 ProgramOptions TakeOptions(std::vector<std::string>& arguments) {
   constexpr char kReport[] = "--report=";

@@ -10,7 +10,7 @@
 #include "ui/Text.h"
 #include "ui/Theme.h"
 #include "ui/Tip.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "ui/CellDrawing.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
                        std::shared_ptr<JobFile> job, Texts texts,

@@ -12,8 +12,8 @@
 #include "ui/ModalWindow.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
-#include "util/FileDirWrapper.h"
-#include "util/IOWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/IOWrapper.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 #include "Answers.h"
-#include "util/StrWrapper.h"
+#include "util/text/StrWrapper.h"
 
 std::vector<std::string> SystemArguments(const std::string& commandLine) {
   std::vector<std::string> words;

@@ -2,7 +2,7 @@
 
 #include "Answers.h"
 #include "support/TempFolder.h"
-#include "util/IOWrapper.h"
+#include "util/files/IOWrapper.h"
 
 namespace {
 

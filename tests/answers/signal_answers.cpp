@@ -7,7 +7,7 @@
 
 #include "Answers.h"
 #include "support/TempFolder.h"
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 class ScratchAppData {
  public:

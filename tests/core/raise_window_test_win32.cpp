@@ -3,7 +3,7 @@
 
 #include "core/ApplicationSystem.h"
 #include "CoreFixture.h"
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 #ifdef _WIN32
 constexpr char kExecutableSuffix[] = ".exe";

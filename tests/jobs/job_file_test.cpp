@@ -6,8 +6,8 @@
 
 #include "jobs/JobArguments.h"
 #include "jobs/JobFile.h"
-#include "util/FileDirWrapper.h"
-#include "util/StrWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "JobFixtures.h"
 #include "jobs/DeckEndTime.h"
 #include "jobs/StageDecks.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

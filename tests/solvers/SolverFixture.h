@@ -16,8 +16,8 @@
 #include "solvers/JobSolver.h"
 #include "solvers/SolverEnvironment.h"
 #include "support/TempFolder.h"
-#include "util/DateTimeWrapper.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 using Lines = std::vector<std::string>;
 

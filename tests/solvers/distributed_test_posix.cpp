@@ -7,7 +7,7 @@
 #include "SolverFixture.h"
 #include "solvers/PositioningLibrary.h"
 #include "solvers/StageRun.h"
-#include "util/ProcessTable_posix.h"
+#include "util/process/ProcessTable_posix.h"
 
 namespace {
 

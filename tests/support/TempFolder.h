@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 class TempFolder {
  public:

@@ -11,7 +11,7 @@
 #include <filesystem>
 #endif
 
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <functional>
 #include <string>
 
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 // `launcher` is a command line that runs the one that follows it.
 bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "support/TempFolder.h"
-#include "util/FileDirWrapper.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 

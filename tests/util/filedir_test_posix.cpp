@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "support/TempFolder.h"
-#include "util/FileDirWrapper.h"
-#include "util/IOWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/IOWrapper.h"
 
 namespace {
 

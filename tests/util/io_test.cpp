@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "support/TempFolder.h"
-#include "util/IOWrapper.h"
+#include "util/files/IOWrapper.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "support/TempFolder.h"
 #include "TestChild.h"
-#include "util/FileDirWrapper.h"
-#include "util/PTWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -15,10 +15,10 @@
 
 #include "support/TempFolder.h"
 #include "TestChild.h"
-#include "util/ChildStart_posix.h"
-#include "util/FileDirWrapper.h"
-#include "util/ProcessTable_posix.h"
-#include "util/PTWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/ChildStart_posix.h"
+#include "util/process/ProcessTable_posix.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <sstream>
 
 #include "support/TempFolder.h"
-#include "util/FileDirWrapper.h"
-#include "util/PTWrapper.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 
 #include "support/TempFolder.h"
 #include "TestChild.h"
-#include "util/FileDirWrapper.h"
-#include "util/PTWrapper.h"
-#include "util/SharedFile_posix.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/PTWrapper.h"
+#include "util/signals/SharedFile_posix.h"
 
 namespace {
 

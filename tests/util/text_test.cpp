@@ -4,9 +4,9 @@
 #include <clocale>
 #include <cstdlib>
 
-#include "util/DateTimeWrapper.h"
-#include "util/ErrorRecord.h"
-#include "util/StrWrapper.h"
+#include "util/text/DateTimeWrapper.h"
+#include "util/text/ErrorRecord.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 

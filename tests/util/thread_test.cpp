@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "TestChild.h"
-#include "util/PTWrapper.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 

@@ -1,0 +1,52 @@
+// The user's settings as plain data. Field names are the keys of the settings file.
+#ifndef KR_JOBS_SETTINGS_H
+#define KR_JOBS_SETTINGS_H
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct Settings {
+  // Indices of solver_path; also the solver types of jobs and drivers.
+  enum Solver { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
+
+  // GENERAL
+  std::uint64_t memory_size = 500;  // megabytes
+  bool memory_auto = true;          // a deck's own memory request wins over memory_size
+  int pause_time = 2;               // seconds before each job
+  int cpu_count = 1;
+  std::string force = "d3plotint";  // file name behind the solver's s= option
+  bool output_dump = true;
+  bool no_adapdump = false;
+  std::string last_path;
+  std::string last_solver_path;
+  std::string xterm_path = "xterm";
+  int language = 0;  // 0 English, 1 Chinese
+  std::string group;
+
+  // SOLVER
+  std::array<std::string, 10> solver_path;  // five keys; the rest stays empty
+  std::string mpp_solver_s;
+  std::string mpp_solver_d;
+  std::string inc_token;  // read when present, never written, logged or shown
+
+  // MPP
+  bool use_mpp = false;
+  bool use_lamboot = false;
+  int mpi = 0;  // 0 MPICH2, 1 Intel MPI, 2 Microsoft MPI, 3 Platform MPI, else no host list
+  std::string lamboot = "lamboot";
+  std::uint64_t memory2 = 200;  // megabytes
+  std::string mpi_param;
+  std::string mpp_param;
+  int protocol = 0;
+
+  // EXTERNAL_APP
+  std::string viewer = "notepad.exe";
+  std::string post_processor;  // read when present, never written; empty: the desktop's choice
+
+  // The host file: a name padded with blanks to 20 characters, then the CPU count.
+  std::vector<std::string> host_lines = {"node1               4", "node2               4"};
+};
+
+#endif

@@ -1,0 +1,129 @@
+#include "util/files/FileDirWrapper.h"
+
+#include <set>
+
+#include "util/files/FileSystemCalls.h"
+
+namespace {
+
+using file_system::Kind;
+
+bool IsSeparator(char c) {
+  return c == '/' || c == '\\';
+}
+
+std::string WithOwnSeparators(std::string path) {
+  for (char& c : path) {
+    if (IsSeparator(c)) c = FileDirWrapper::kSeparator;
+  }
+  return path;
+}
+
+// `visited` holds the folders that were listed, so that links leading back end the recursion.
+void ListInto(const std::string& folder, std::vector<std::string>& files,
+              std::vector<std::string>& dirs, bool recursive,
+              std::set<file_system::FileId>& visited) {
+  for (const file_system::Entry& entry : file_system::ReadFolder(folder)) {
+    const std::string path = FileDirWrapper::Join(folder, entry.name);
+    if (!entry.isFolder) {
+      files.push_back(path);
+      continue;
+    }
+    dirs.push_back(path);
+    file_system::FileId id;
+    if (recursive && file_system::IdOf(path, id) && visited.insert(id).second) {
+      ListInto(path, files, dirs, recursive, visited);
+    }
+  }
+}
+
+}  // namespace
+
+void FileDirWrapper::ListDir(const std::string& folder, std::vector<std::string>& files,
+                             std::vector<std::string>& dirs, bool recursive) {
+  std::string trimmed;
+  if (!TrimTrailingSeparator(folder, trimmed)) return;
+  trimmed = file_system::ForSystem(trimmed);
+  std::set<file_system::FileId> visited;
+  file_system::FileId id;
+  if (file_system::IdOf(trimmed, id)) visited.insert(id);
+  ListInto(trimmed, files, dirs, recursive, visited);
+}
+
+bool FileDirWrapper::CreateDirTree(const std::string& path) {
+  std::string trimmed;
+  if (!TrimTrailingSeparator(path, trimmed)) return false;
+  trimmed = file_system::ForSystem(trimmed);
+  for (std::size_t end = file_system::RootLength(trimmed) + 1; end <= trimmed.size(); ++end) {
+    if (end < trimmed.size() && !IsSeparator(trimmed[end])) continue;
+    const std::string prefix = trimmed.substr(0, end);
+    if (!FileExists(prefix) && !file_system::MakeFolder(prefix)) return false;
+  }
+  return true;
+}
+
+bool FileDirWrapper::TrimTrailingSeparator(const std::string& path, std::string& out) {
+  out = path;
+  if (out.empty()) return false;
+  if (IsSeparator(out.back()) && file_system::RootLength(out) < out.size()) out.pop_back();
+  return true;
+}
+
+bool FileDirWrapper::QuotePath(const std::string& path, std::string& out) {
+  out = path.find_first_of(" \t") == std::string::npos ? path : "\"" + path + "\"";
+  return true;
+}
+
+bool FileDirWrapper::IsDirWritable(const std::string& folder) {
+  if (!FileExists(folder)) return false;
+  return file_system::MakeAndRemoveFile(file_system::ForSystem(folder) + "/filedirwrapper_tmpfile");
+}
+
+bool FileDirWrapper::FileExists(const std::string& path) {
+  return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) != Kind::kMissing;
+}
+
+bool FileDirWrapper::IsFolder(const std::string& path) {
+  return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) == Kind::kFolder;
+}
+
+bool FileDirWrapper::IsSameFile(const std::string& path, const std::string& other) {
+  file_system::FileId id;
+  file_system::FileId otherId;
+  return file_system::IdOf(file_system::ForSystem(path), id) &&
+         file_system::IdOf(file_system::ForSystem(other), otherId) && id == otherId;
+}
+
+bool FileDirWrapper::FileNameOf(const std::string& path, std::string& name, bool withExtension) {
+  const std::string whole = path;  // `name` may be the same object
+  name.clear();
+  if (whole.empty()) return false;
+  const std::size_t separator = whole.find_last_of("/\\");
+  name = separator == std::string::npos ? whole : whole.substr(separator + 1);
+  if (!withExtension) name = name.substr(0, name.rfind('.'));
+  return true;
+}
+
+bool FileDirWrapper::DirOf(const std::string& path, std::string& dir) {
+  const std::string whole = WithOwnSeparators(path);
+  dir.clear();
+  if (whole.empty()) return false;
+  const std::size_t separator = whole.rfind(kSeparator);
+  if (separator == std::string::npos) return true;
+  const bool belowRoot = separator + 1 == file_system::RootLength(whole);
+  dir = whole.substr(0, belowRoot ? separator + 1 : separator);
+  return true;
+}
+
+bool FileDirWrapper::ExtensionOf(const std::string& path, std::string& ext) {
+  std::string name;
+  const bool ok = FileNameOf(path, name, true);
+  const std::size_t dot = name.rfind('.');
+  ext = dot == std::string::npos ? std::string() : name.substr(dot + 1);
+  return ok;
+}
+
+std::string FileDirWrapper::Join(const std::string& folder, const std::string& name) {
+  if (folder.empty()) return name;
+  return IsSeparator(folder.back()) ? folder + name : folder + kSeparator + name;
+}

@@ -1,0 +1,129 @@
+// FileDirWrapper's replacing of whole files.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include "util/files/FileDirWrapper.h"
+#include "util/files/FileReplace_posix.h"
+#include "util/files/FileSystemCalls.h"
+
+namespace {
+
+constexpr int kMostLinks = 40;
+constexpr int kMostTempNames = 100;
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// A failure is not reported: some file systems cannot do this, and the file's contents are safe.
+void SyncFolder(const std::string& folder) {
+  const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return;
+  fsync(file);
+  close(file);
+}
+
+// Follows links by hand, since the last target may still be missing.
+bool ResolveLinks(std::string& path) {
+  for (int i = 0; i < kMostLinks; ++i) {
+    char target[4096];
+    const ssize_t length = readlink(path.c_str(), target, sizeof(target));
+    if (length < 0) return errno == EINVAL || errno == ENOENT;
+    if (length == 0 || length == static_cast<ssize_t>(sizeof(target))) return false;
+    const std::string next(target, static_cast<std::size_t>(length));
+    path = next[0] == '/' ? next : FileDirWrapper::Join(FolderOf(path), next);
+  }
+  return false;
+}
+
+int CreateTempFile(const std::string& folder, mode_t mode, std::string& path) {
+  static std::atomic<unsigned> counter{0};
+  for (int i = 0; i < kMostTempNames; ++i) {
+    const std::string name =
+        ".kr" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
+    path = FileDirWrapper::Join(folder, name);
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (file >= 0 || errno != EEXIST) return file;
+  }
+  return -1;
+}
+
+bool WriteAll(int file, const std::string& contents) {
+  std::size_t done = 0;
+  while (done < contents.size()) {
+    const ssize_t written = write(file, contents.data() + done, contents.size() - done);
+    if (written > 0) {
+      done += static_cast<std::size_t>(written);
+    } else if (written == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Only root can keep another owner, so that may fail; the mode must not.
+bool CopyRights(int file, const struct stat& old) {
+  [[maybe_unused]] const int ownerKept = fchown(file, old.st_uid, old.st_gid);
+  return fchmod(file, old.st_mode & 0777) == 0;
+}
+
+}  // namespace
+
+bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string& to) {
+  if (from.empty() || to.empty()) return false;
+  const std::string source = file_system::ForSystem(from);
+  const std::string target = file_system::ForSystem(to);
+  if (file_system::KindOf(source) != file_system::Kind::kFile) return false;
+  const int file = open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return false;
+  const bool synced = fsync(file) == 0;
+  close(file);
+  if (!synced || std::rename(source.c_str(), target.c_str()) != 0) return false;
+  SyncFolder(FolderOf(target));
+  return true;
+}
+
+bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
+  return ReplaceContents(path, contents, Flush::kYes);
+}
+
+bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
+  const std::string own = file_system::ForSystem(path);
+  RemoveFile(own);
+  const int file = open(own.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file < 0) return false;
+  const bool written = WriteAll(file, contents);
+  if (close(file) == 0 && written) return true;
+  unlink(own.c_str());
+  return false;
+}
+
+bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush) {
+  std::string target = file_system::ForSystem(path);
+  if (target.empty() || !ResolveLinks(target)) return false;
+  struct stat old {};
+  const bool exists = stat(target.c_str(), &old) == 0;
+  if (!exists && errno != ENOENT) return false;
+  if (exists && (!S_ISREG(old.st_mode) || access(target.c_str(), W_OK) != 0)) return false;
+
+  std::string temp;
+  const int file = CreateTempFile(FolderOf(target), exists ? 0600 : 0666, temp);
+  if (file < 0) return false;
+  bool ok = WriteAll(file, contents) && (!exists || CopyRights(file, old)) &&
+            (flush == Flush::kNo || fsync(file) == 0);
+  ok = close(file) == 0 && ok;
+  if (ok && std::rename(temp.c_str(), target.c_str()) == 0) {
+    if (flush == Flush::kYes) SyncFolder(FolderOf(target));
+    return true;
+  }
+  unlink(temp.c_str());
+  return false;
+}

@@ -1,0 +1,127 @@
+// FileDirWrapper's replacing of whole files.
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+
+#include "util/files/FileDirWrapper.h"
+#include "util/files/FileSystemCalls.h"
+
+namespace {
+
+constexpr int kMostTempNames = 100;
+constexpr int kMostTries = 10;
+constexpr DWORD kBetweenTries = 20;  // milliseconds
+constexpr std::size_t kMostBytesAtOnce = std::size_t{1} << 24;
+
+// The path that the file behind a link has; the path itself when there is none yet.
+std::string ResolveLinks(const std::string& path) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+    return path;
+  }
+  const HANDLE file =
+      CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return path;
+  char target[4096];
+  const DWORD length =
+      GetFinalPathNameByHandleA(file, target, sizeof(target), FILE_NAME_NORMALIZED);
+  CloseHandle(file);
+  return length > 0 && length < sizeof(target) ? std::string(target, length) : path;
+}
+
+HANDLE CreateTempFile(const std::string& folder, std::string& path) {
+  static std::atomic<unsigned> counter{0};
+  for (int i = 0; i < kMostTempNames; ++i) {
+    const std::string name =
+        ".kr" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++) + ".tmp";
+    path = FileDirWrapper::Join(folder, name);
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) return file;
+  }
+  return INVALID_HANDLE_VALUE;
+}
+
+bool WriteAll(HANDLE file, const std::string& contents) {
+  std::size_t done = 0;
+  while (done < contents.size()) {
+    const auto wanted = static_cast<DWORD>(std::min(contents.size() - done, kMostBytesAtOnce));
+    DWORD written = 0;
+    if (!WriteFile(file, contents.data() + done, wanted, &written, nullptr) || written == 0) {
+      return false;
+    }
+    done += written;
+  }
+  return true;
+}
+
+// ReplaceFile keeps the old file's rights, but wants an old file.
+bool MoveOnce(const std::string& source, const std::string& target) {
+  if (ReplaceFileA(target.c_str(), source.c_str(), nullptr, 0, nullptr, nullptr)) return true;
+  const DWORD error = GetLastError();
+  if (error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION) return false;
+  return MoveFileExA(source.c_str(), target.c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+// A virus scanner or a reader may have the old file open for a moment.
+bool MoveOver(const std::string& source, const std::string& target) {
+  for (int i = 0; i < kMostTries; ++i) {
+    if (i > 0) Sleep(kBetweenTries);
+    if (MoveOnce(source, target)) return true;
+  }
+  return false;
+}
+
+bool Flush(const std::string& path) {
+  const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  const bool ok = FlushFileBuffers(file);
+  CloseHandle(file);
+  return ok;
+}
+
+}  // namespace
+
+bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string& to) {
+  if (from.empty() || to.empty()) return false;
+  return Flush(from) && MoveOver(from, to);
+}
+
+// The folder's rights decide who may read it.
+bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
+  RemoveFile(path);
+  const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  const bool written = WriteAll(file, contents);
+  if (CloseHandle(file) && written) return true;
+  DeleteFileA(path.c_str());
+  return false;
+}
+
+bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
+  if (path.empty()) return false;
+  const std::string target = ResolveLinks(AbsolutePath(path));
+  const file_system::Kind kind = file_system::KindOf(target);
+  if (kind != file_system::Kind::kMissing && kind != file_system::Kind::kFile) return false;
+  const DWORD attributes = GetFileAttributesA(target.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    return false;
+  }
+
+  std::string folder;
+  DirOf(target, folder);
+  std::string temp;
+  const HANDLE file = CreateTempFile(folder, temp);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool ok = WriteAll(file, contents) && FlushFileBuffers(file);
+  ok = CloseHandle(file) && ok;
+  if (ok && MoveOver(temp, target)) return true;
+  DeleteFileA(temp.c_str());
+  return false;
+}

@@ -1,0 +1,73 @@
+#include "util/files/FileSystemCalls.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace file_system {
+
+Kind KindOf(const std::string& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return Kind::kMissing;
+  if (S_ISREG(info.st_mode)) return Kind::kFile;
+  if (S_ISDIR(info.st_mode)) return Kind::kFolder;
+  if (S_ISFIFO(info.st_mode)) return Kind::kPipe;
+  return Kind::kOther;
+}
+
+// A backslash is a separator, except in the name of something that is really there: taken apart,
+// such a name could lead to another file.
+std::string ForSystem(const std::string& path) {
+  struct stat info {};
+  if (path.find('\\') == std::string::npos || lstat(path.c_str(), &info) == 0) return path;
+  std::string own = path;
+  std::replace(own.begin(), own.end(), '\\', '/');
+  return own;
+}
+
+std::vector<Entry> ReadFolder(const std::string& folder) {
+  std::vector<Entry> entries;
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return entries;
+  while (const dirent* found = readdir(dir)) {
+    if (std::strcmp(found->d_name, ".") == 0 || std::strcmp(found->d_name, "..") == 0) continue;
+    bool isFolder = found->d_type == DT_DIR;
+    if (found->d_type == DT_LNK || found->d_type == DT_UNKNOWN) {
+      struct stat info {};
+      isFolder = fstatat(dirfd(dir), found->d_name, &info, 0) == 0 && S_ISDIR(info.st_mode);
+    }
+    entries.push_back({found->d_name, isFolder});
+  }
+  closedir(dir);
+  return entries;
+}
+
+bool IdOf(const std::string& path, FileId& id) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return false;
+  id = {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
+  return true;
+}
+
+bool MakeFolder(const std::string& path) {
+  return mkdir(path.c_str(), 0777) == 0 || KindOf(path) == Kind::kFolder;
+}
+
+bool MakeAndRemoveFile(const std::string& path) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const int file = open(path.c_str(), kFlags, 0666);
+  if (file < 0) return false;
+  close(file);
+  unlink(path.c_str());
+  return true;
+}
+
+std::size_t RootLength(const std::string& path) {
+  return !path.empty() && (path[0] == '/' || path[0] == '\\') ? 1 : 0;
+}
+
+}  // namespace file_system

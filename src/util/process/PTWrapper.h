@@ -1,0 +1,176 @@
+// Processes, named signals and threads.
+//
+// Operations return false (or 0, or 3 for a wait) on failure and leave their text in LastError().
+#ifndef KR_UTIL_PROCESS_PTWRAPPER_H
+#define KR_UTIL_PROCESS_PTWRAPPER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "util/text/ErrorRecord.h"
+
+class PTWrapper : public ErrorReporting {};
+
+struct PTWrapperProcessInfo {
+  std::int32_t processId = 0;
+  std::string exeName;  // the executable file's name, no folder; not a script's or thread's name
+};
+
+// One child program. The object belongs to the thread that uses it, except Terminate(),
+// TerminateAll() and IsActive(), which another thread may call once Create() has returned. Static
+// operations: any thread.
+//
+// A child that has ended stays held: call Terminate() before the next Create().
+class PTWrapperProcess : public PTWrapper {
+ public:
+  static constexpr unsigned kNewConsole = 16;
+
+  PTWrapperProcess();
+  ~PTWrapperProcess() override;  // leaves a running child alone
+
+  // Starts `commandLine` (the whole line, first word included; split by the Windows quoting rules)
+  // with `exePath` as its program, or the first word when `exePath` is empty. `workDir`, when not
+  // empty, becomes the current folder of this whole process and stays so. `label` is the title of
+  // the console. `flag` is not read.
+  //
+  // With kNewConsole and `showWindow` the child gets a console of its own. On Linux that is the
+  // terminal program given to SetConsoleProgram, when there is a display and the program exists;
+  // else the child runs without one and its output goes to the file given to SetOutputFile (nowhere
+  // when there is none). Without kNewConsole it shares nothing with our own terminal either.
+  bool Create(const std::string& exePath, const std::string& commandLine, const std::string& label,
+              bool flag, unsigned creationFlags, const std::string& workDir, bool showWindow);
+
+  // Waits for the child's end, however long it takes. False without a child.
+  bool WaitProc();
+  bool IsActive() const;
+
+  // Ends the child and every process that it started, in any session or group, within two seconds
+  // (politely first where the system can, then by force), and forgets it in any case. A child that
+  // has ended by itself is only forgotten. True when nothing is left of it, or no child was held.
+  bool Terminate();
+
+  // The same, and what a child that has ended by itself left running ends too: for a run that is to
+  // be over as a whole.
+  bool TerminateAll();
+
+  // The child's exit state: its exit code, 128 + the signal's number when a signal ended it
+  // (Linux), 255 when its console was killed and took the answer along (Linux), 259 while it runs,
+  // -1 when there is no child.
+  int ExitCode() const;
+
+  // The calling process's own id.
+  std::int32_t ProcessId() const;
+  // The id of the child that was started (the solver, not the terminal around it); 0 when none.
+  std::int32_t ChildId() const;
+
+  // Where the output of a child without a console goes; used by the next Create. Linux only: on
+  // Windows a child always has its console.
+  void SetOutputFile(const std::string& path);
+
+  // The child's current folder, used by the next Create; this process stays where it is. Empty: our
+  // own.
+  void SetChildFolder(const std::string& folder);
+
+  // The terminal program for new consoles (a name looked up in PATH, or a path; it must know
+  // "-T title -e command..."), and the path of the console host program (krconsole). Process-wide.
+  // Do nothing on Windows.
+  static void SetConsoleProgram(const std::string& terminal);
+  static void SetConsoleHost(const std::string& path);
+
+  // The processes of all users; replaces what the list held.
+  static bool FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list);
+  // Kills the first process, our own left out, whose executable name contains the text, with regard
+  // to case.
+  static bool Terminate(const std::string& exeName);
+  static bool GetCurrProcessUser(std::string& user);
+  static bool GetProcessUser(int pid, std::string& user);
+  // The path of its executable file; of our own processes at least.
+  static bool GetProcessPath(int pid, std::string& path);
+  static bool GetLoginUser(std::string& user);
+
+ private:
+  struct Private;
+  std::unique_ptr<Private> p_;
+};
+
+// A mutex, an event, a semaphore and a critical section in one object, each by its own operations.
+//
+// Names that begin with "Global\" are shared by all users of the machine, others by one user's
+// session; mutexes, events and semaphores share one set of names. A named object lives as long as
+// some process holds it; the end of a holder, however it comes, leaves it usable.
+//
+// Waits: milliseconds, negative for no limit; 0 signalled, 1 timed out, 2 abandoned (a mutex is
+// then owned), 3 error. Creates: 0 failed, 1 new, 2 opened an existing one. Waits may run in
+// several threads at once; one object must not be created, opened or closed from two threads.
+class PTWrapperSignal : public PTWrapper {
+ public:
+  PTWrapperSignal();
+  ~PTWrapperSignal() override;  // closes all four; each that is missing leaves its message
+
+  // A mutex belongs to a thread and may be taken again by it. An empty name makes an unnamed one.
+  int CreateMutexSignal(const std::string& name, bool initialOwner);
+  bool OpenMutexSignal(const std::string& name);
+  int WaitForMutexSignal(long milliseconds);
+  bool ReleaseMutexSignal();
+  bool CloseMutexSignal();
+
+  // Events reset themselves when one waiter has passed; new ones are not signalled.
+  int CreateEventSignal(const std::string& name);
+  bool OpenEventSignal(const std::string& name);
+  bool SetEventSignal();
+  bool ResetEventSignal();
+  bool CloseEventSignal();
+  int WaitForEventSignal(long milliseconds);
+  bool IsEventSignalCreated() const;
+
+  int CreateSemaphoreSignal(const std::string& name, long initialCount, long maximumCount);
+  int CreateSemaphoreSignal(long initialCount, long maximumCount);
+  bool OpenSemaphoreSignal(const std::string& name);
+  bool CloseSemaphoreSignal();
+  // Forgets the semaphore's handle afterwards: further waits give 3.
+  bool ReleaseSemaphoreSignal(int count);
+  int WaitForSemaphoreSignal(long milliseconds);
+  bool IsSemaphoreSignalCreated() const;
+
+  bool InitializeCriticalSection();
+  bool DeleteCriticalSection();
+  bool EnterCriticalSection();
+  bool LeaveCriticalSection();
+  bool IsCriticalSectionCreated() const;
+
+ private:
+  struct Private;
+  std::unique_ptr<Private> p_;
+};
+
+// One operating-system thread. The destructor neither waits for it nor ends it. The object itself
+// belongs to the thread that uses it.
+class PTWrapperThread : public PTWrapper {
+ public:
+  using Routine = std::uint32_t (*)(void* argument);
+  static constexpr int kCreateSuspended = 4;
+
+  PTWrapperThread();
+  ~PTWrapperThread() override;
+
+  bool CreateThread(Routine routine, void* argument, int creationFlags);
+  // -2 to 2, -15 for idle and 15 for time-critical, relative to other threads (Linux: nice levels,
+  // where raising takes a privilege).
+  bool SetThreadPriority(int priority);
+  // A last resort: what the thread holds stays as it is, but for named mutexes, which it abandons.
+  // On Linux it ends when it next sleeps, waits, reads or writes; a suspended one stays as it is.
+  bool TerminateThread();
+  // Nothing resumes a thread.
+  bool SuspenThread();
+  [[noreturn]] void ExitThread();
+  // True from CreateThread until TerminateThread, also after the routine has returned.
+  bool IsThreadRunning() const;
+
+ private:
+  struct Private;
+  std::unique_ptr<Private> p_;
+};
+
+#endif

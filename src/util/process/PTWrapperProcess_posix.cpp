@@ -1,0 +1,326 @@
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "util/files/FileDirWrapper.h"
+#include "util/files/FileSystemCalls.h"
+#include "util/process/ChildStart_posix.h"
+#include "util/process/Console_posix.h"
+#include "util/process/ProcessTree_posix.h"
+#include "util/process/PTWrapper.h"
+#include "util/text/StrWrapper.h"
+
+namespace {
+
+// Ends everything within two seconds, the last scan included.
+constexpr std::chrono::milliseconds kTerminateTime{1900};
+constexpr int kWaitMilliseconds = 200;
+constexpr int kStillActive = 259;
+constexpr int kUnknownExitCode = 255;
+constexpr int kSignalExitCode = 128;
+// Every started program carries its own token in this variable, after those of the programs around
+// it; what it starts inherits them.
+constexpr char kTokenVariable[] = "KR_RUN";
+
+struct ConsolePrograms {
+  std::mutex mutex;
+  std::string terminal = "xterm";
+  std::string host;
+};
+
+ConsolePrograms& Programs() {
+  static ConsolePrograms& programs = *new ConsolePrograms;  // used until the process ends
+  return programs;
+}
+
+std::string NewToken() {
+  unsigned char bytes[16] = {};
+  if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) {
+    // Still unlike any other token of this machine: one process, one moment.
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::to_string(getpid()) + "-" + std::to_string(now.tv_sec) + "-" +
+           std::to_string(now.tv_nsec);
+  }
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string token;
+  for (const unsigned char byte : bytes) {
+    token += kDigits[byte >> 4];
+    token += kDigits[byte & 15];
+  }
+  return token;
+}
+
+std::vector<std::string> EnvironmentWith(const std::string& token) {
+  std::vector<std::string> environment = CurrentEnvironment();
+  const char* around = FindVariable(environment, kTokenVariable);
+  SetVariable(environment, kTokenVariable, around ? std::string(around) + ":" + token : token);
+  return environment;
+}
+
+// Only a regular file: a pipe that nobody reads would stop the solver.
+UniqueFd OpenOutput(const std::string& path) {
+  if (path.empty()) return {};
+  constexpr mode_t kMode = 0666;
+  UniqueFd fd(open(file_system::ForSystem(path).c_str(),
+                   O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, kMode));
+  struct stat info {};
+  if (!fd || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
+  if (ftruncate(fd.get(), 0) != 0) return {};
+  fcntl(fd.get(), F_SETFL, O_APPEND);
+  return fd;
+}
+
+std::string WorkingFolder() {
+  std::string folder;
+  FileDirWrapper::CurrentDir(folder);
+  return folder;
+}
+
+}  // namespace
+
+struct PTWrapperProcess::Private {
+  struct Child {
+    ProcessKey key;
+    UniqueFd pinned;  // readable at its end; none for one in a console
+    std::string token;
+    std::unique_ptr<Console> console;
+    std::optional<int> exitCode;
+
+    // One without a console is not collected before it is let go: so long nothing else has its id.
+    bool HasEnded();
+    bool EndTree();
+    void LetGo();
+  };
+
+  bool StartInConsole(const ChildStart& start, const std::string& title, Child& started,
+                      bool& failed);
+  bool StartAlone(ChildStart start, Child& started) const;
+  bool Forget(bool ended);
+
+  std::mutex mutex;  // guards `child`
+  std::optional<Child> child;
+  std::string outputFile;
+  std::string childFolder;
+};
+
+bool PTWrapperProcess::Private::Child::HasEnded() {
+  if (exitCode) return true;
+  if (console) {
+    exitCode = console->Poll();
+    return exitCode.has_value();
+  }
+  siginfo_t info{};
+  if (waitid(P_PID, static_cast<id_t>(key.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) {
+    exitCode = kUnknownExitCode;
+  } else if (info.si_pid == key.pid) {
+    exitCode = info.si_code == CLD_EXITED ? info.si_status : kSignalExitCode + info.si_status;
+  }
+  return exitCode.has_value();
+}
+
+// True when nothing of the tree is left.
+bool PTWrapperProcess::Private::Child::EndTree() {
+  ProcessTree tree(token);
+  if (console) {
+    tree.AddRoot(key);
+    for (const ProcessKey& process : console->Processes()) tree.AddConsole(process);
+  } else {
+    tree.AddLeader(key.start == 0 ? KeyOf(key.pid) : key);
+  }
+  if (tree.End(kTerminateTime)) return true;
+  // The tree may not even be seen, for want of descriptors. This needs none: the child is ours and
+  // not collected, and leads the group that most of what it started is in.
+  if (!console) kill(-key.pid, SIGKILL);
+  return false;
+}
+
+void PTWrapperProcess::Private::Child::LetGo() {
+  if (console) return;
+  LetChildGo(key.pid);
+  SweepChildren();
+}
+
+// False without `failed` when there is no console to have.
+bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const std::string& title,
+                                               Child& started, bool& failed) {
+  failed = false;
+  const char* display = std::getenv("DISPLAY");
+  if (!display || !*display) return false;
+  Console::Setup setup;
+  {
+    ConsolePrograms& programs = Programs();
+    const std::lock_guard<std::mutex> lock(programs.mutex);
+    setup.terminal = FindProgram(programs.terminal);
+    setup.host = programs.host;
+  }
+  if (setup.host.empty()) {
+    std::string folder;
+    FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
+    setup.host = FileDirWrapper::Join(folder, "krconsole");
+  }
+  if (setup.terminal.empty() || access(setup.terminal.c_str(), X_OK) != 0 ||
+      access(setup.host.c_str(), X_OK) != 0)
+    return false;
+  setup.title = title;
+  setup.token = started.token;
+  auto console = std::make_unique<Console>();
+  const Console::Outcome outcome =
+      console->Start(setup, {start.program, start.folder.empty() ? WorkingFolder() : start.folder,
+                             start.args, start.environment});
+  failed = outcome == Console::Outcome::kFailed;
+  if (outcome != Console::Outcome::kStarted) return false;
+  started.key = console->child();
+  started.console = std::move(console);
+  return true;
+}
+
+bool PTWrapperProcess::Private::StartAlone(ChildStart start, Child& started) const {
+  const UniqueFd output = OpenOutput(outputFile);
+  start.output = output.get();
+  pid_t pid = 0;
+  if (StartChild(start, pid) != 0) return false;
+  // Not collected yet, so the id is its own even if it has ended.
+  started.key = KeyOf(pid);
+  started.pinned = PinProcess(pid);
+  return true;
+}
+
+bool PTWrapperProcess::Private::Forget(bool ended) {
+  child->LetGo();
+  child.reset();
+  return ended;
+}
+
+PTWrapperProcess::PTWrapperProcess() : p_(std::make_unique<Private>()) {}
+
+PTWrapperProcess::~PTWrapperProcess() {
+  if (p_->child) p_->child->LetGo();
+}
+
+bool PTWrapperProcess::Create(const std::string& exePath, const std::string& commandLine,
+                              const std::string& label, bool, unsigned creationFlags,
+                              const std::string& workDir, bool showWindow) try {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  SweepChildren();
+  if (p_->child) {
+    SetLastError("the process is opened");
+    return false;
+  }
+  if (!exePath.empty() && !FileDirWrapper::FileExists(exePath)) {
+    SetLastError("%s does not exist", exePath.c_str());
+    return false;
+  }
+
+  ChildStart start;
+  StrWrapperTxt::SplitCommandLine(commandLine, start.args);
+  if (start.args.empty()) start.args.push_back(exePath);
+  start.program =
+      exePath.empty() ? FindProgram(start.args.front()) : file_system::ForSystem(exePath);
+
+  start.folder = file_system::ForSystem(p_->childFolder);
+
+  Private::Child child;
+  child.token = NewToken();
+  start.environment = EnvironmentWith(child.token);
+  const std::string title = label.empty() ? exePath : label;
+  bool failed =
+      start.program.empty() || (!workDir.empty() && !FileDirWrapper::SetCurrentDir(workDir));
+  bool started = false;
+  if (!failed && showWindow && (creationFlags & kNewConsole))
+    started = p_->StartInConsole(start, title, child, failed);
+  if (!failed && !started) started = p_->StartAlone(start, child);
+  if (!started) {
+    SetLastError("CreateProcess %s %s failed", exePath.c_str(), commandLine.c_str());
+    return false;
+  }
+  p_->child = std::move(child);
+  return true;
+} catch (const std::exception&) {
+  SetLastError("Unknown error when create process");
+  return false;
+}
+
+bool PTWrapperProcess::WaitProc() {
+  for (bool first = true;; first = false) {
+    UniqueFd news;
+    {
+      const std::lock_guard<std::mutex> lock(p_->mutex);
+      if (!p_->child && first) {
+        SetLastError("the process is not opened");
+        return false;
+      }
+      if (!p_->child || p_->child->HasEnded()) return true;
+      const Private::Child& child = *p_->child;
+      const int fd = child.console ? child.console->link() : child.pinned.get();
+      if (fd >= 0) news = UniqueFd(fcntl(fd, F_DUPFD_CLOEXEC, 0));
+    }
+    pollfd wait{news.get(), POLLIN, 0};
+    poll(&wait, 1, news ? kWaitMilliseconds : kWaitMilliseconds / 10);
+  }
+}
+
+bool PTWrapperProcess::IsActive() const {
+  SweepChildren();
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  return p_->child && !p_->child->HasEnded();
+}
+
+bool PTWrapperProcess::Terminate() {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  if (!p_->child || p_->Forget(p_->child->HasEnded() || p_->child->EndTree())) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
+}
+
+bool PTWrapperProcess::TerminateAll() {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  if (!p_->child || p_->Forget(p_->child->EndTree())) return true;
+  SetLastError("TerminateProcess failed, It might be closed by System");
+  return false;
+}
+
+int PTWrapperProcess::ExitCode() const {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  if (!p_->child) return -1;
+  return p_->child->HasEnded() ? *p_->child->exitCode : kStillActive;
+}
+
+std::int32_t PTWrapperProcess::ProcessId() const {
+  return getpid();
+}
+
+std::int32_t PTWrapperProcess::ChildId() const {
+  const std::lock_guard<std::mutex> lock(p_->mutex);
+  return p_->child ? p_->child->key.pid : 0;
+}
+
+void PTWrapperProcess::SetOutputFile(const std::string& path) {
+  p_->outputFile = path;
+}
+
+void PTWrapperProcess::SetChildFolder(const std::string& folder) {
+  p_->childFolder = folder;
+}
+
+void PTWrapperProcess::SetConsoleProgram(const std::string& terminal) {
+  ConsolePrograms& programs = Programs();
+  const std::lock_guard<std::mutex> lock(programs.mutex);
+  programs.terminal = terminal;
+}
+
+void PTWrapperProcess::SetConsoleHost(const std::string& path) {
+  ConsolePrograms& programs = Programs();
+  const std::lock_guard<std::mutex> lock(programs.mutex);
+  programs.host = path;
+}

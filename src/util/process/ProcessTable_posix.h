@@ -1,0 +1,63 @@
+// What /proc tells about the running processes. Stateless; any thread.
+#ifndef KR_UTIL_PROCESS_PROCESSTABLE_POSIX_H
+#define KR_UTIL_PROCESS_PROCESSTABLE_POSIX_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "util/files/UniqueFd_posix.h"
+
+// Names one process for ever: a later process with the same id has another start time.
+struct ProcessKey {
+  pid_t pid = 0;
+  std::uint64_t start = 0;  // clock ticks since the machine started
+
+  friend bool operator==(const ProcessKey&, const ProcessKey&) = default;
+};
+
+struct ProcessEntry {
+  ProcessKey key;
+  pid_t parent = 0;
+  pid_t session = 0;
+  char state = '?';
+  int threads = 0;
+  std::string threadName;
+
+  // False for one that has ended and only waits to be collected.
+  bool IsAlive() const;
+};
+
+// Nothing when there is none; errno tells.
+std::optional<ProcessEntry> ReadProcess(pid_t pid);
+
+// Of a process that cannot be reused meanwhile, like an own child that was not collected.
+ProcessKey KeyOf(pid_t pid);
+
+// The living processes in the system's order. One that ends meanwhile is left out. Nothing when the
+// list would not be whole, for want of descriptors.
+std::optional<std::vector<ProcessEntry>> ListProcesses();
+
+// For want of descriptors, whether any process has the id.
+bool IsProcessAlive(const ProcessKey& key);
+
+// The executable file's name without folder; of a process that may not be looked into, the first
+// word of its command line or, when it has none, its thread name.
+std::string ExecutableName(const ProcessEntry& process);
+
+// Whether the environment that the process was started with holds the text.
+bool StartEnvironmentHolds(pid_t pid, const std::string& text);
+
+// Effective user of the process.
+std::optional<uid_t> ProcessUserId(pid_t pid);
+
+// A descriptor that stands for the process with this id and becomes readable at its end.
+UniqueFd PinProcess(pid_t pid);
+
+// Sends to exactly this process, never to one that took over its id. True when it was delivered.
+bool SignalProcess(const ProcessKey& key, int signal);
+
+#endif
