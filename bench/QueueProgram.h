@@ -12,10 +12,10 @@
 #include <string>
 
 #include "core/Application.h"
-#include "ui/Flx_AppWnd.h"
-#include "ui/Language.h"
-#include "ui/QueueNotes.h"
-#include "ui/Theme.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Language.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "ui/window/QueueNotes.h"
 
 class QueueProgram {
  public:

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "QueueProgram.h"
-#include "ui/Flx_ShowInfo.h"
+#include "ui/dialogs/Flx_ShowInfo.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 # Renders icons and writes them as C arrays:
 #   cmake -DRSVG=<rsvg-convert> -DOUT=<file.cpp> -DWORK=<folder> -DICONS=<file.svg@size|...>
 #         -P EmbedIcons.cmake
-# The result defines kIconFiles of ui/Icons.h.
+# The result defines kIconFiles of ui/fltk/Icons.h.
 file(MAKE_DIRECTORY "${WORK}")
 string(REPLACE "|" ";" icons "${ICONS}")
 set(arrays "")
@@ -24,4 +24,4 @@ foreach(icon IN LISTS icons)
   string(APPEND entries "    {\"${name}\", ${size}, k_${name}_${size}, sizeof k_${name}_${size}},\n")
 endforeach()
 list(LENGTH icons count)
-file(WRITE "${OUT}" "#include \"ui/IconFiles.h\"\n\nnamespace {\n${arrays}}  // namespace\n\nconst IconFile kIconFiles[] = {\n${entries}};\nconst std::size_t kIconFileCount = ${count};\n")
+file(WRITE "${OUT}" "#include \"ui/fltk/IconFiles.h\"\n\nnamespace {\n${arrays}}  // namespace\n\nconst IconFile kIconFiles[] = {\n${entries}};\nconst std::size_t kIconFileCount = ${count};\n")

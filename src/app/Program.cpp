@@ -3,9 +3,9 @@
 #include <cstdio>
 
 #include "core/Application.h"
-#include "ui/ProgramOptions.h"
-#include "ui/QueueNotes.h"
-#include "ui/WindowLoop.h"
+#include "ui/window/ProgramOptions.h"
+#include "ui/window/QueueNotes.h"
+#include "ui/window/WindowLoop.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

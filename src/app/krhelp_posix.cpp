@@ -16,7 +16,7 @@
 #include <cstdio>
 #include <string>
 
-#include "ui/HelpBook.h"
+#include "ui/help/HelpBook.h"
 
 namespace {
 

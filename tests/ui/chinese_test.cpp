@@ -7,11 +7,11 @@
 #include <chrono>
 #include <fstream>
 
-#include "ui/Flx_Base_Dialog.h"
-#include "ui/Language.h"
-#include "ui/LanguageTexts.h"
-#include "ui/Text.h"
-#include "ui/Theme.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Language.h"
+#include "ui/text/LanguageTexts.h"
+#include "ui/text/Text.h"
 
 namespace {
 

@@ -23,8 +23,8 @@
 #include <string>
 #include <typeinfo>
 
-#include "ui/Flx_Base_Dialog.h"
-#include "ui/LineInput.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/fltk/LineInput.h"
 
 namespace {
 

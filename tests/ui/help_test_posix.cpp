@@ -12,8 +12,8 @@
 #include "core/CoreFixture.h"
 #include "core/SettingsAndPaths.h"
 #include "support/TempFolder.h"
-#include "ui/HelpBook.h"
-#include "ui/HelpPage.h"
+#include "ui/help/HelpBook.h"
+#include "ui/help/HelpPage.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "support/TempFolder.h"
-#include "ui/ComnFileDialog.h"
-#include "ui/DialogLayout.h"
-#include "ui/DropTarget.h"
-#include "ui/Language.h"
-#include "ui/Numbers.h"
-#include "ui/ProgramOptions.h"
+#include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/DialogLayout.h"
+#include "ui/fltk/Numbers.h"
+#include "ui/text/Language.h"
+#include "ui/window/DropTarget.h"
+#include "ui/window/ProgramOptions.h"
 
 namespace {
 

@@ -1,5 +1,0 @@
-#include "ui/Termination.h"
-
-void OnTermination(const std::function<void()>&) {}
-
-void OnDisplayLost(const std::function<void()>&) {}

@@ -1,0 +1,45 @@
+#include "ui/dialogs/CellDrawing.h"
+
+#include <FL/fl_draw.H>
+
+#include <cmath>
+
+#include "ui/fltk/Icons.h"
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Text.h"
+
+namespace CellDrawing {
+
+void UseFont() {
+  fl_font(FL_HELVETICA, Layout::kFontSize);
+}
+
+void Words(const CellArea& cell, const std::string& text, bool keepEnd) {
+  const int room = cell.w - 2 * kPadding + 4;
+  const std::string fitted = keepEnd ? FitTail(text, room) : FitHead(text, room);
+  const int baseline = cell.y + (cell.h + fl_height()) / 2 - fl_descent();
+  fl_draw(fitted.data(), static_cast<int>(fitted.size()), cell.x + kPadding, baseline);
+}
+
+void Link(const CellArea& cell, const std::string& text, bool enabled, bool hovered) {
+  if (enabled && hovered)
+    Theme::DrawRounded(cell.x + 2, cell.y + 2, cell.w - 5, cell.h - 4, Theme::kSurface,
+                       Theme::kAccent);
+  fl_color(enabled ? Theme::kAccent : Theme::kDisabledText);
+  Words(cell, text);
+}
+
+void StatusWord(const CellArea& cell, const std::string& word, int status) {
+  if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(status)))
+    icon->draw(cell.x + kPadding - 2, cell.y + (cell.h - kStateIcon) / 2);
+  fl_color(Theme::StatusColor(status));
+  Words({cell.x + kStateIcon, cell.y, cell.w - kStateIcon, cell.h}, word);
+}
+
+int Width(const std::string& text) {
+  UseFont();
+  return static_cast<int>(std::ceil(fl_width(text.c_str()))) + 2 * kPadding;
+}
+
+}  // namespace CellDrawing

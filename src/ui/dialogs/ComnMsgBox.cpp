@@ -1,0 +1,121 @@
+#include "ui/dialogs/ComnMsgBox.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/Fl_Double_Window.H>
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+
+#include "ui/fltk/Icons.h"
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/Theme.h"
+#include "ui/fltk/ToolButton.h"
+
+namespace {
+
+constexpr int kFooterHeight = Layout::kButtonHeight + 2 * Layout::kBoxPadding - 8;
+
+// The two buttons and the one that was pressed.
+class BoxWindow : public ModalWindow {
+ public:
+  BoxWindow(int w, int h) : ModalWindow(w, h) {}
+
+  void AddButton(Fl_Button* button, ComnMsgBox::Button meaning) {
+    meanings_[button == first_ || !first_ ? 0 : 1] = meaning;
+    (first_ ? second_ : first_) = button;
+    button->callback(
+        [](Fl_Widget* pressed, void* self) { static_cast<BoxWindow*>(self)->Press(pressed); },
+        this);
+  }
+
+  int handle(int event) override {
+    if (event == FL_SHORTCUT || event == FL_KEYBOARD) {
+      const int key = Fl::event_key();
+      if (key == FL_Escape) return Press(second_ ? second_ : first_), 1;
+      if (key == FL_Enter || key == FL_KP_Enter)
+        return Press(Fl::focus() == second_ ? second_ : first_), 1;
+      if (second_ && (key == FL_Left || key == FL_Right || key == FL_Tab))
+        return (Fl::focus() == first_ ? second_ : first_)->take_focus(), 1;
+    }
+    return ModalWindow::handle(event);
+  }
+
+  // The last button stands for closing the window.
+  ComnMsgBox::Button Pressed() const { return pressed_ ? *pressed_ : meanings_[second_ ? 1 : 0]; }
+  Fl_Button* First() const { return first_; }
+
+ private:
+  void Press(const Fl_Widget* button) {
+    pressed_ = &meanings_[button == first_ ? 0 : 1];
+    hide();
+  }
+
+  Fl_Button* first_ = nullptr;
+  Fl_Button* second_ = nullptr;
+  ComnMsgBox::Button meanings_[2] = {ComnMsgBox::kNone, ComnMsgBox::kNone};
+  const ComnMsgBox::Button* pressed_ = nullptr;
+};
+
+int ButtonWidth(const std::string& text) {
+  fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
+  int width = 0;
+  int height = 0;
+  fl_measure(text.c_str(), width, height, 0);
+  return std::max(Layout::kButtonWidth, width + 2 * Layout::kBoxPadding);
+}
+
+}  // namespace
+
+ComnMsgBox::ComnMsgBox(const std::string& caption, const std::string& text, Icon icon, Type type,
+                       Fl_Window* parent)
+    : caption_(caption), text_(text), icon_(icon), type_(type), parent_(parent) {
+  type == kOk ? SetButtonTexts("OK", "") : SetButtonTexts("Yes", "No");
+}
+
+void ComnMsgBox::SetButtonTexts(const std::string& first, const std::string& second) {
+  first_ = first;
+  second_ = second;
+}
+
+ComnMsgBox::Button ComnMsgBox::DoModal() {
+  using namespace Layout;
+  fl_font(FL_HELVETICA, kFontSize);
+  int textWidth = kBoxTextWidth;
+  int textHeight = 0;
+  fl_measure(text_.c_str(), textWidth, textHeight, 0);
+  const int textX = 2 * kBoxPadding + kBoxIcon;
+  const int width = std::max(kBoxMinWidth, textX + textWidth + 2 * kBoxPadding);
+  const int bodyHeight = std::max(kBoxIcon, textHeight) + 2 * kBoxPadding;
+  BoxWindow window(width, bodyHeight + kFooterHeight);
+  window.copy_label(caption_.c_str());
+  window.xclass("KestrunMessage");
+
+  Fl_Box body(0, 0, width, bodyHeight);
+  body.box(FL_FLAT_BOX);
+  body.color(Theme::kSurface);
+  Fl_Box icon(kBoxPadding, kBoxPadding, kBoxIcon, kBoxIcon);
+  icon.image(::Icon(icon_ == kQuestion ? "box_question" : "box_info"));
+  Fl_Box text(textX, kBoxPadding, width - textX - kBoxPadding, bodyHeight - 2 * kBoxPadding);
+  text.align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);
+  const std::string plain = PlainLabel(text_);
+  text.label(plain.c_str());
+
+  const int y = bodyHeight + (kFooterHeight - kButtonHeight) / 2;
+  const bool two = type_ == kYesNo;
+  const int secondWidth = two ? ButtonWidth(second_) : 0;
+  const int secondX = width - kBoxPadding - secondWidth;
+  const int firstWidth = ButtonWidth(first_);
+  PrimaryButton first((two ? secondX - kMargin : width - kBoxPadding) - firstWidth, y, firstWidth,
+                      kButtonHeight);
+  first.SetText(first_, "");
+  window.AddButton(&first, two ? kPressedYes : kPressedOk);
+  Fl_Button second(secondX, y, std::max(secondWidth, 1), kButtonHeight);
+  second.label(second_.c_str());
+  second.color(Theme::kSurface);
+  two ? window.AddButton(&second, kPressedNo) : second.hide();
+  window.end();
+  window.Run(parent_, window.First());
+  return window.Pressed();
+}

@@ -1,0 +1,35 @@
+// Message boxes.
+#ifndef KR_UI_DIALOGS_COMNMSGBOX_H
+#define KR_UI_DIALOGS_COMNMSGBOX_H
+
+#include <FL/Fl_Window.H>
+
+#include <string>
+
+// A modal window with an icon, a text and one or two buttons, centred over its parent. Enter
+// presses the first button, Escape and closing the window the last. Texts are UTF-8. Interface
+// thread.
+class ComnMsgBox {
+ public:
+  enum Icon { kInformation, kQuestion };
+  enum Type { kOk, kYesNo };
+  enum Button { kNone, kPressedOk, kPressedYes, kPressedNo };
+
+  ComnMsgBox(const std::string& caption, const std::string& text, Icon icon, Type type,
+             Fl_Window* parent);
+
+  // The words on the buttons; they are English without this.
+  void SetButtonTexts(const std::string& first, const std::string& second);
+
+  // Shows the box and handles events until a button is pressed.
+  Button DoModal();
+
+ private:
+  const std::string caption_, text_;
+  const Icon icon_;
+  const Type type_;
+  Fl_Window* const parent_;
+  std::string first_, second_;
+};
+
+#endif

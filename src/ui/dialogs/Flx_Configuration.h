@@ -1,0 +1,34 @@
+// The text editor, the language, and two switches for what LS-DYNA leaves behind.
+#ifndef KR_UI_DIALOGS_FLX_CONFIGURATION_H
+#define KR_UI_DIALOGS_FLX_CONFIGURATION_H
+
+#include <functional>
+
+#include "core/Application.h"
+#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
+
+// What is changed is stored at once, a text when its field is left.
+class Flx_Configuration : public Flx_Base_Dialog {
+ public:
+  Flx_Configuration(Fl_Window* parent, Application& application);
+
+  bool Initialise() override;
+  int HandleWidget(Fl_Widget* widget) override;
+  void QueueChanged() override { ShowSettings(); }
+
+  // The output of restart files has been switched.
+  std::function<void()> OnSwitched;
+
+ private:
+  void ShowSettings();
+  void ChooseLanguage();
+  void ChooseEditor();
+
+  Application& application_;
+  SettingsAndPaths& settings_;
+  ChoiceEntries languages_;
+  int endCode_ = 0;  // positive: the dialog ends
+};
+
+#endif

@@ -1,0 +1,260 @@
+#include "ui/dialogs/Flx_MultipleStages.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/Fl_Button.H>
+#include <FL/fl_draw.H>
+
+#include "core/JobInformation.h"
+#include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/ComnMsgBox.h"
+#include "ui/dialogs/DialogRow.h"
+#include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Text.h"
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr int kLeastWidth = 716;  // the buttons of the last row beside each other
+constexpr int kLeastHeight = 240;
+
+const char kEnglishLayout[] =
+    R"(ID_WINDOW,Window,"Multiple Stages",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"First stage to run",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"Stages before it are skipped",0,0,14,56
+ID_LABEL3,Box,"",396,264,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_BUTTON1,Button,"Add...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"Add decks as further stages",0,0,0,0
+ID_BUTTON2,Button,"Remove",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"Remove the selected stage",0,0,0,0
+ID_BUTTON3,Button,"Move Up",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage earlier",0,0,0,0
+ID_BUTTON4,Button,"Move Down",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage later",0,0,0,0
+ID_BUTTON5,Button,"View Message",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the message file of the selected stage",0,0,0,0
+ID_BUTTON6,Button,"View Summary",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the information about the selected stage",0,0,0,0
+ID_BUTTON7,Button,"Close",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+const char kChineseLayout[] =
+    R"(ID_WINDOW,Window,"多工步任务",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"起始工步",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"跳过此工步之前的各工步",0,0,14,56
+ID_LABEL3,Box,"",396,264,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_BUTTON1,Button,"添加...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"添加关键字文件作为后续工步",0,0,0,0
+ID_BUTTON2,Button,"删除",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"删除所选工步",0,0,0,0
+ID_BUTTON3,Button,"上移",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"提前运行所选工步",0,0,0,0
+ID_BUTTON4,Button,"下移",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"推后运行所选工步",0,0,0,0
+ID_BUTTON5,Button,"查看消息文件",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的消息文件",0,0,0,0
+ID_BUTTON6,Button,"查看摘要",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的任务信息",0,0,0,0
+ID_BUTTON7,Button,"关闭",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+
+}  // namespace
+
+Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject subject)
+    : Flx_Base_Dialog(parent, language), subject_(std::move(subject)) {
+  SetLayouts(kEnglishLayout, kChineseLayout);
+  SetTexts("lab_ms_file", "File", "文件");
+  SetTexts("lab_ms_type", "Type", "类型");
+  SetTexts("lab_ms_solv", "Solver", "求解器");
+  SetTexts("lab_ms_memory", "Memory", "内存");
+  SetTexts("lab_ms_stat", "Status", "状态");
+  SetTexts("lab_ms_msg", "Message", "消息");
+  SetTexts("lab_ms_result", "Summary", "摘要");
+  SetTexts("lab_ms_view", "View...", "查看...");
+  SetTexts("tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件");
+  SetTexts("tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息");
+  SetTexts("skipped", "Skipped: the run begins with a later stage.",
+           "已跳过：从后面的工步开始运行。");
+  SetTexts("only_queued", "Stages can be changed while the job is Queued.",
+           "仅在任务排队时可以更改各工步。");
+  SetTexts("gone", "The job has been removed.", "任务已被删除。");
+  SetTexts("add_title", "Select Stage Decks", "选择工步关键字文件");
+}
+
+Flx_MultipleStages::~Flx_MultipleStages() {
+  Fl::remove_timeout(UpdateLater, this);
+}
+
+bool Flx_MultipleStages::Initialise() {
+  first_ = Find<Fl_Choice>("ID_CHOICE1");
+  auto* hint = Find<Fl_Box>("ID_LABEL3");
+  auto* close = Find<Fl_Button>("ID_BUTTON7");
+  if (!first_ || !hint || !close || !MakeTable()) return false;
+  close->shortcut(FL_Enter);
+  hint->labelcolor(Theme::kMuted);
+  Fl_Widget* deck = FindWidget("ID_LABEL1");
+  fl_font(deck->labelfont(), deck->labelsize());
+  ShowLabel(*deck, FitTail(ToUi(subject_.job->jobFile), deck->w()));
+  ShowTip(*deck, ToUi(subject_.job->jobFile));
+  KeepRow(*Window(), {FindWidget("ID_LABEL2"), first_, hint}, hint->x() + hint->w());
+  KeepRow(*Window(),
+          {FindWidget("ID_BUTTON1"), FindWidget("ID_BUTTON2"), FindWidget("ID_BUTTON3"),
+           FindWidget("ID_BUTTON4"), FindWidget("ID_BUTTON5"), FindWidget("ID_BUTTON6"),
+           FindWidget("ID_BUTTON7")},
+          FindWidget("ID_BUTTON6")->x() + FindWidget("ID_BUTTON6")->w());
+  Window()->resizable(table_);
+  Window()->size_range(kLeastWidth, kLeastHeight);
+  CentreOnParent();
+  Update();
+  table_->SelectRow(0);
+  table_->TakeFocus();
+  return true;
+}
+
+// The table takes the place of the layout's group.
+bool Flx_MultipleStages::MakeTable() {
+  Fl_Widget* place = FindWidget("ID_GROUP1");
+  if (!place || !subject_.group || !subject_.job) return false;
+  StageTable::Texts texts;
+  const char* const keys[StageTable::kColumns] = {"lab_ms_file",   "lab_ms_type", "lab_ms_solv",
+                                                  "lab_ms_memory", "lab_ms_stat", "lab_ms_msg",
+                                                  "lab_ms_result"};
+  for (int column = 0; column < StageTable::kColumns; ++column)
+    texts.heads[column] = Shown(keys[column]);
+  texts.view = Shown("lab_ms_view");
+  texts.messageTip = Shown("tip_ms_view_job");
+  texts.summaryTip = Shown("tip_ms_view_info");
+  texts.skipped = Shown("skipped");
+  texts.reason = subject_.texts.Get("ui_code");
+  place->hide();
+  table_ = new StageTable(place->x(), place->y(), place->w(), place->h(), subject_.group,
+                          subject_.job, texts, subject_.solverName, subject_.texts);
+  Window()->add(table_);
+  table_->OnSelect = [this] { Update(); };
+  table_->OnCell = [this](int row, int column) {
+    if (column == StageTable::kMessage) ViewMessage(row);
+    if (column == StageTable::kSummary) ViewSummary(row);
+  };
+  return true;
+}
+
+void Flx_MultipleStages::Activate(const char* id, bool on) {
+  Fl_Widget* widget = FindWidget(id);
+  if (widget && on != (widget->active() != 0)) on ? widget->activate() : widget->deactivate();
+}
+
+void Flx_MultipleStages::QueueChanged() {
+  // An open menu must keep its items.
+  if (!Fl::grab()) return Update();
+  if (!Fl::has_timeout(UpdateLater, this)) Fl::add_timeout(0.2, UpdateLater, this);
+}
+
+void Flx_MultipleStages::UpdateLater(void* self) {
+  static_cast<Flx_MultipleStages*>(self)->QueueChanged();
+}
+
+void Flx_MultipleStages::Update() {
+  int status = -1;  // no such job any more
+  int first = 0;
+  std::vector<std::string> names;
+  table_->Read([&](const JobFile& job) {
+    status = job.status;
+    first = job.firstStage;
+    for (const auto& stage : job.stages) {
+      std::string name;
+      FileDirWrapper::FileNameOf(stage->jobFile, name, true);
+      names.push_back(std::to_string(names.size() + 1) + "   " + ToUi(name));
+    }
+  });
+  table_->RowsChanged();
+  table_->redraw();
+  ShowFirstStage(names, first);
+  const bool queued = status == JobStatus::kQueued;
+  const int row = table_->CurrentRow();
+  const int count = static_cast<int>(names.size());
+  Activate("ID_BUTTON1", queued);
+  Activate("ID_BUTTON2", queued && row >= 0 && count > 1);
+  Activate("ID_BUTTON3", queued && row > 0);
+  Activate("ID_BUTTON4", queued && row >= 0 && row + 1 < count);
+  Activate("ID_BUTTON5", row >= 0);
+  Activate("ID_BUTTON6", row >= 0);
+  Activate("ID_CHOICE1", status >= 0 && status != JobStatus::kRunning);
+  const char* const hint = status < 0 ? "gone" : queued ? nullptr : "only_queued";
+  FindWidget("ID_LABEL3")->label(hint ? ConvertText(GetText(hint)) : "");
+}
+
+void Flx_MultipleStages::ShowFirstStage(const std::vector<std::string>& names, int first) {
+  if (names != names_) {
+    names_ = names;
+    firstEntries_.Show(*first_, names_, first);
+  }
+  if (first != first_->value()) first_->value(first);
+}
+
+int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
+  const auto is = [&](const char* id) { return widget == FindWidget(id); };
+  if (is("ID_BUTTON7")) return 0;
+  const int row = table_->CurrentRow();
+  if (is("ID_BUTTON1")) AddStages();
+  if (is("ID_BUTTON2")) RemoveStage();
+  if (is("ID_BUTTON3")) MoveStage(true);
+  if (is("ID_BUTTON4")) MoveStage(false);
+  if (is("ID_BUTTON5")) ViewMessage(row);
+  if (is("ID_BUTTON6")) ViewSummary(row);
+  if (is("ID_CHOICE1")) subject_.group->SetFirstStage(table_->JobIndex(), first_->value());
+  Update();
+  return -1;
+}
+
+// Their decks are read like those of new jobs, on another thread; the stages appear when they are.
+void Flx_MultipleStages::AddStages() {
+  Application& application = subject_.application;
+  ComnFileDialog dialog;
+  dialog.SetParentWindow(Window());
+  dialog.SetOpen(true);
+  dialog.SetMultiple(true);
+  dialog.SetCaption(Shown("add_title"));
+  dialog.SetFilter(subject_.texts.Get("ui_keyword_filter"));
+  dialog.SetInitDir(application.SettingsAndFiles().Get().last_path);
+  if (!dialog.DoModal()) return;
+  for (const std::string& path : dialog.GetPathNames()) {
+    JobRequest request = MakeJobRequest(application.SettingsAndFiles().Get());
+    request.jobFile = path;
+    request.groupId = subject_.group->Id();
+    request.stageOf = subject_.job;
+    application.Intake().Add(request);
+  }
+}
+
+void Flx_MultipleStages::RemoveStage() {
+  subject_.group->RemoveStage(table_->JobIndex(), table_->CurrentRow());
+}
+
+void Flx_MultipleStages::MoveStage(bool up) {
+  const int row = table_->CurrentRow();
+  if (!subject_.group->MoveStage(table_->JobIndex(), row, up)) return;
+  table_->SelectRow(row + (up ? -1 : 1));
+}
+
+void Flx_MultipleStages::ViewMessage(int stage) {
+  const auto found = subject_.group->GetStage(table_->JobIndex(), stage);
+  if (!found) return;
+  int status = 0;
+  table_->Read([&](const JobFile&) { status = found->status; });
+  if (status == JobStatus::kQueued || status == JobStatus::kWaiting)
+    return Inform(subject_.texts.Get("msg_view_job"));
+  const std::string path = found->MessageFile();
+  if (path.empty() || !FileDirWrapper::FileExists(path))
+    return Inform(subject_.texts.Get("msg_not_found_msg"));
+  subject_.application.ViewTextFile(path);
+}
+
+void Flx_MultipleStages::ViewSummary(int stage) {
+  const auto found = subject_.group->GetStage(table_->JobIndex(), stage);
+  if (!found) return;
+  JobOutput output;
+  table_->Read([&](const JobFile&) { output = OutputOf(*found); });
+  if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
+    return Inform(subject_.texts.Get("msg_view_info"));
+  Flx_ShowInfo dialog(Window(), subject_.application.language, output);
+  dialog.Run();
+}
+
+void Flx_MultipleStages::Inform(const std::string& text) {
+  ComnMsgBox box(ToUi(subject_.application.Title()), text, ComnMsgBox::kInformation,
+                 ComnMsgBox::kOk, Window());
+  box.SetButtonTexts(subject_.texts.Get("ui_ok"), "");
+  box.DoModal();
+}

@@ -1,0 +1,57 @@
+// The stages of a multi-stage job: what becomes of them, and changing them while the job waits.
+#ifndef KR_UI_DIALOGS_FLX_MULTIPLESTAGES_H
+#define KR_UI_DIALOGS_FLX_MULTIPLESTAGES_H
+
+#include <FL/Fl_Choice.H>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/Application.h"
+#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/dialogs/StageTable.h"
+#include "ui/text/Language.h"
+
+// Stages are added, removed and moved while the job is Queued; the first one to run is chosen at
+// any time but during a run. Follows the run.
+class Flx_MultipleStages : public Flx_Base_Dialog {
+ public:
+  struct Subject {
+    Application& application;
+    const TextTable& texts;  // of the main window
+    std::shared_ptr<JobGroup> group;
+    std::shared_ptr<JobFile> job;
+    std::function<std::string(int type)> solverName;
+  };
+
+  Flx_MultipleStages(Fl_Window* parent, int language, Subject subject);
+  ~Flx_MultipleStages() override;
+
+  bool Initialise() override;
+  int HandleWidget(Fl_Widget* widget) override;
+  void QueueChanged() override;
+
+ private:
+  bool MakeTable();
+  void Update();
+  static void UpdateLater(void* self);
+  void ShowFirstStage(const std::vector<std::string>& names, int first);
+  void Activate(const char* id, bool on);
+  void AddStages();
+  void RemoveStage();
+  void MoveStage(bool up);
+  void ViewMessage(int stage);
+  void ViewSummary(int stage);
+  void Inform(const std::string& text);
+
+  const Subject subject_;
+  StageTable* table_ = nullptr;
+  Fl_Choice* first_ = nullptr;
+  ChoiceEntries firstEntries_;
+  std::vector<std::string> names_;  // as the choice shows them
+};
+
+#endif

@@ -1,0 +1,55 @@
+#include "ui/dialogs/Flx_RenameGroup.h"
+
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Input.H>
+
+#include "ui/text/Text.h"
+
+namespace {
+
+const char kEnglishLayout[] =
+    R"(ID_WINDOW,Window,"Rename Group",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"Group Name",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON1,Button,"OK",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+const char kChineseLayout[] =
+    R"(ID_WINDOW,Window,"重命名任务组",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"任务组名称",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON1,Button,"确定",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON2,Button,"取消",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+
+}  // namespace
+
+Flx_RenameGroup::Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name)
+    : Flx_Base_Dialog(parent, language), name_(name) {
+  SetLayouts(kEnglishLayout, kChineseLayout);
+}
+
+bool Flx_RenameGroup::Initialise() {
+  auto* input = Find<Fl_Input>("ID_INPUT1");
+  auto* ok = Find<Fl_Button>("ID_BUTTON1");
+  if (!input || !ok) return false;
+  input->value(ToUi(name_).c_str());
+  input->position(input->size(), 0);
+  ok->shortcut(FL_Enter);
+  CentreOnParent();
+  input->take_focus();
+  return true;
+}
+
+int Flx_RenameGroup::HandleWidget(Fl_Widget* widget) {
+  if (widget == FindWidget("ID_BUTTON2")) return 0;
+  if (widget != FindWidget("ID_BUTTON1")) return -1;
+  auto* input = Find<Fl_Input>("ID_INPUT1");
+  const std::string name = FromUi(input->value());
+  if (name.empty()) {
+    input->take_focus();
+    return -1;
+  }
+  newName_ = name;
+  return 0;
+}

@@ -1,0 +1,25 @@
+// Asks for the new name of a group.
+#ifndef KR_UI_DIALOGS_FLX_RENAMEGROUP_H
+#define KR_UI_DIALOGS_FLX_RENAMEGROUP_H
+
+#include <string>
+
+#include "ui/dialogs/Flx_Base_Dialog.h"
+
+// Names are byte strings in the system's code page.
+class Flx_RenameGroup : public Flx_Base_Dialog {
+ public:
+  Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name);
+
+  bool Initialise() override;
+  int HandleWidget(Fl_Widget* widget) override;
+
+  // Empty when the dialog was cancelled.
+  const std::string& NewName() const { return newName_; }
+
+ private:
+  const std::string name_;
+  std::string newName_;
+};
+
+#endif

@@ -1,0 +1,194 @@
+#include "ui/dialogs/Flx_ShowInfo.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/Fl_Browser.H>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "ui/dialogs/DialogRow.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Language.h"
+#include "ui/text/Text.h"
+
+namespace {
+
+constexpr double kLookSeconds = 0.1;
+// Files that are read in this time show without a progress line before.
+constexpr std::chrono::milliseconds kAtOnce{20};
+constexpr Fl_Color kGreenLamp = 63;
+constexpr Fl_Color kRedLamp = 88;
+constexpr int kLeastWidth = 320;
+constexpr int kLeastHeight = 200;
+constexpr int kBarWidth = 200;
+constexpr int kBarHeight = 8;
+constexpr int kBarGap = 14;
+
+// Begins no formatting in a list: none of its lines holds this character. (With 0, which should
+// turn formatting off, the toolkit reads behind the end of empty lines.)
+constexpr char kNoFormat = '\x01';
+
+const char kEnglishLayout[] =
+    R"(ID_WINDOW,Window,"Show Job Information",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
+ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+const char kChineseLayout[] =
+    R"(ID_WINDOW,Window,"查看任务信息",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"成功",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
+ID_BUTTON1,Button,"关闭",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+)";
+
+// A line of a report, without characters that would control the list.
+std::string ListLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c >= 0 && c < ' ' && c != '\t'; }, ' ');
+  return text;
+}
+
+}  // namespace
+
+struct Flx_ShowInfo::Reading {
+  JobOutput output;
+  TextTable texts;                 // the thread's own
+  std::atomic<bool> ended{false};  // the dialog is gone
+  std::atomic<int> percent{0};
+  std::mutex mutex;  // both below
+  std::condition_variable changed;
+  std::vector<std::string> lines;
+  bool done = false;
+};
+
+Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
+    : Flx_Base_Dialog(parent, language), output_(std::move(output)) {
+  SetLayouts(kEnglishLayout, kChineseLayout);
+  SetTexts("successful", "Successful", "成功");
+  SetTexts("failed", "Failed", "失败");
+  SetTexts("reading", "Reading the files of the run...", "正在读取运行结果文件...");
+  SetTexts("close", "Close", "关闭");
+  SetTexts("cancel", "Cancel", "取消");
+  SetTexts("no_thread", "The files of the run cannot be read now. Please try again.",
+           "现在无法读取运行结果文件，请稍后再试。");
+}
+
+Flx_ShowInfo::~Flx_ShowInfo() {
+  Fl::remove_timeout(Look, this);
+  if (reading_) reading_->ended = true;
+}
+
+bool Flx_ShowInfo::Initialise() {
+  auto* lamp = Find<Fl_Box>("ID_LABEL1");
+  auto* word = Find<Fl_Box>("ID_LABEL2");
+  auto* list = Find<Fl_Browser>("ID_LIST1");
+  auto* close = Find<Fl_Button>("ID_BUTTON1");
+  if (!lamp || !word || !list || !close) return false;
+  const bool finished = output_.status == JobStatus::kFinished;
+  lamp->color(finished ? kGreenLamp : kRedLamp);
+  word->label(ConvertText(GetText(finished ? "successful" : "failed")));
+  list->format_char(kNoFormat);
+  list->textfont(FL_COURIER);  // solvers write in columns
+  list->textsize(kLayoutLabelSize);
+  close->shortcut(FL_Enter);
+  KeepRow(*Window(), {lamp, word}, Window()->w() - 1);
+  MakeBar(*close);
+  KeepRow(*Window(), {bar_, close}, 0);
+  Window()->resizable(list);
+  Window()->size_range(kLeastWidth, kLeastHeight);
+  CentreOnParent();
+  close->take_focus();
+  StartReading();
+  return true;
+}
+
+int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
+  return widget == FindWidget("ID_BUTTON1") ? 0 : -1;
+}
+
+// Beside the button, while files are read.
+void Flx_ShowInfo::MakeBar(const Fl_Button& close) {
+  Fl_Group::current(nullptr);
+  bar_ = new Fl_Progress(close.x() - kBarWidth - kBarGap, close.y() + (close.h() - kBarHeight) / 2,
+                         kBarWidth, kBarHeight);
+  bar_->maximum(100);
+  bar_->box(FL_FLAT_BOX);
+  bar_->color(Theme::kPressed, Theme::kAccent);
+  bar_->hide();
+  Window()->add(bar_);
+}
+
+void Flx_ShowInfo::StartReading() {
+  reading_ = std::make_shared<Reading>();
+  reading_->output = output_;
+  FillTexts(Language(), {}, reading_->texts);
+  try {
+    std::thread([reading = reading_] {
+      AnalysisHooks hooks;
+      hooks.translate = [&](const std::string& english) { return reading->texts.Word(english); };
+      hooks.decode = ToUi;
+      hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
+        if (size > 0)
+          reading->percent =
+              static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(size));
+        return !reading->ended;
+      };
+      std::vector<std::string> lines;
+      try {
+        lines = JobInformation(reading->output, hooks);
+      } catch (const std::exception& error) {
+        lines = {error.what()};
+      }
+      const std::lock_guard<std::mutex> lock(reading->mutex);
+      reading->lines = std::move(lines);
+      reading->done = true;
+      reading->changed.notify_all();
+    }).detach();
+  } catch (const std::system_error&) {
+    Find<Fl_Browser>("ID_LIST1")->add(Shown("no_thread").c_str());
+    return;
+  }
+  {
+    std::unique_lock<std::mutex> lock(reading_->mutex);
+    reading_->changed.wait_for(lock, kAtOnce, [this] { return reading_->done; });
+  }
+  if (ShowWhenRead()) return;
+  ShowProgress();
+  Fl::add_timeout(kLookSeconds, Look, this);
+}
+
+void Flx_ShowInfo::Look(void* self) {
+  auto* dialog = static_cast<Flx_ShowInfo*>(self);
+  if (dialog->ShowWhenRead()) return;
+  dialog->ShowProgress();
+  Fl::repeat_timeout(kLookSeconds, Look, self);
+}
+
+bool Flx_ShowInfo::ShowWhenRead() {
+  const std::lock_guard<std::mutex> lock(reading_->mutex);
+  if (!reading_->done) return false;
+  auto* list = Find<Fl_Browser>("ID_LIST1");
+  list->clear();
+  for (const std::string& line : reading_->lines) list->add(ListLine(line).c_str());
+  bar_->hide();
+  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("close")));
+  return true;
+}
+
+void Flx_ShowInfo::ShowProgress() {
+  bar_->value(static_cast<float>(reading_->percent));
+  if (bar_->visible()) return;
+  Find<Fl_Browser>("ID_LIST1")->add(Shown("reading").c_str());
+  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("cancel")));
+  bar_->show();
+}

@@ -1,0 +1,148 @@
+#include "ui/fltk/Field.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+
+#include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
+#include "ui/text/Text.h"
+
+namespace {
+
+constexpr int kPadding = 4;
+
+// Keys with Ctrl that the input itself understands.
+bool IsEditingKey(int key) {
+  switch (key) {
+    case 'a':
+    case 'c':
+    case 'v':
+    case 'x':
+    case 'z':
+    case FL_Left:
+    case FL_Right:
+    case FL_Home:
+    case FL_End:
+    case FL_BackSpace:
+    case FL_Insert:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool IsForTheWindow() {
+  const int key = Fl::event_key();
+  if (Fl::event_state(FL_ALT)) return true;
+  if (Fl::event_state(FL_CTRL)) return !IsEditingKey(key) && key < FL_Shift_L;
+  return (key > FL_F && key <= FL_F_Last) || key == FL_Menu;
+}
+
+bool IsEnter() {
+  return Fl::event_key() == FL_Enter || Fl::event_key() == FL_KP_Enter;
+}
+
+}  // namespace
+
+Field::Field(int x, int y, int w, int h) : LineInput(x, y, w, h) {
+  color(Theme::kSurface);
+  when(FL_WHEN_CHANGED);
+  callback(
+      [](Fl_Widget*, void* self) {
+        auto* field = static_cast<Field*>(self);
+        field->edited_ = true;
+        field->Validate();
+      },
+      this);
+}
+
+void Field::SetTip(const std::string& text) {
+  ::SetTip(*this, tip_, text);
+}
+
+void Field::SetPlaceholder(const std::string& text) {
+  if (text == placeholder_) return;
+  placeholder_ = text;
+  redraw();
+}
+
+void Field::Show(const std::string& stored) {
+  if (edited_ && (bad_ || Fl::focus() == this)) {
+    stored_ = stored;
+    return;
+  }
+  ShowAlways(stored);
+}
+
+void Field::ShowAlways(const std::string& stored) {
+  stored_ = stored;
+  edited_ = false;
+  if (stored != value()) value(stored.c_str());
+  if (bad_) Validate();
+}
+
+bool Field::Validate() {
+  const std::string hint = Check && edited_ ? Check(value()) : std::string();
+  const bool wasBad = bad_;
+  bad_ = !hint.empty();
+  if (bad_ || wasBad) {
+    if (OnHint) OnHint(hint);
+    redraw();
+  }
+  return !bad_;
+}
+
+bool Field::Commit() {
+  if (!edited_) return true;
+  if (!Validate()) return false;
+  const std::string text = value();
+  edited_ = false;
+  if (text != stored_ && Store) Store(text);
+  return true;
+}
+
+int Field::handle(int event) {
+  switch (event) {
+    case FL_DND_ENTER:
+    case FL_DND_DRAG:
+    case FL_DND_RELEASE:
+      return 0;  // dropped files become jobs
+    case FL_KEYBOARD:
+      if (IsEnter() && !Fl::event_state(FL_CTRL)) {
+        Commit();
+        if (!bad_) position(size(), 0);
+        return 1;
+      }
+      if (Fl::event_key() == FL_Escape) {
+        if (edited_) ShowAlways(stored_);
+        return 1;
+      }
+      if (IsForTheWindow()) return 0;
+      break;
+    case FL_UNFOCUS: {
+      const int result = LineInput::handle(event);
+      redraw();  // the toolkit itself draws the text again only, not the frame
+      Commit();
+      return result;
+    }
+    default:
+      break;
+  }
+  return LineInput::handle(event);
+}
+
+void Field::draw() {
+  Fl_Input::draw();
+  if (size() == 0 && Fl::focus() != this && !placeholder_.empty()) {
+    fl_font(textfont(), textsize());
+    fl_color(Theme::kDisabledText);
+    const std::string text = FitHead(placeholder_, w() - 2 * kPadding);
+    fl_draw(text.c_str(), x() + kPadding, y(), w(), h(), FL_ALIGN_LEFT, nullptr, 0);
+  }
+  if (bad_) {
+    fl_color(Theme::kError);
+    fl_rect(x(), y(), w(), h());
+  } else if (Fl::focus() == this) {
+    Theme::DrawFocus(x(), y(), w(), h());
+  }
+}

@@ -1,0 +1,84 @@
+#include "ui/fltk/Flx_HeaderButton.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+#include <FL/Fl_Window.H>
+
+#include "ui/fltk/Flx_Table.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Text.h"
+
+namespace {
+
+constexpr int kEdge = 5;  // pixels on each side of a column's border that take hold of it
+constexpr int kTextPadding = 8;
+
+}  // namespace
+
+Flx_HeaderButton::Flx_HeaderButton(Flx_Table& table, int column, const std::string& title)
+    : Fl_Button(0, 0, 10, 10), table_(table), column_(column), title_(title) {
+  visible_focus(0);
+}
+
+int Flx_HeaderButton::ColumnAtEdge() const {
+  const int mouse = Fl::event_x();
+  if (mouse >= x() + w() - kEdge) return column_;
+  if (mouse < x() + kEdge && column_ > 0) return column_ - 1;
+  return -1;
+}
+
+void Flx_HeaderButton::ShowResizeCursor() {
+  resizeCursor_ = true;
+  if (window()) window()->cursor(FL_CURSOR_WE, FL_BLACK, FL_WHITE);
+}
+
+void Flx_HeaderButton::ShowDefaultCursor() {
+  if (resizeCursor_ && window()) window()->cursor(FL_CURSOR_DEFAULT);
+  resizeCursor_ = false;
+}
+
+int Flx_HeaderButton::handle(int event) {
+  switch (event) {
+    case FL_ENTER:
+    case FL_MOVE:
+      ColumnAtEdge() >= 0 ? ShowResizeCursor() : ShowDefaultCursor();
+      return 1;
+    case FL_LEAVE:
+    case FL_HIDE:
+      ShowDefaultCursor();
+      return 1;
+    case FL_PUSH:
+      if (Fl::event_button() != FL_LEFT_MOUSE || ColumnAtEdge() < 0) return 1;
+      if (Fl::event_clicks() > 0) {
+        Fl::event_clicks(0);
+        table_.FitColumn(ColumnAtEdge());
+        return 1;
+      }
+      pushX_ = Fl::event_x();
+      table_.BeginColumnResize(ColumnAtEdge());
+      ShowResizeCursor();
+      return 1;
+    case FL_DRAG:
+      table_.ResizeColumn(Fl::event_x() - pushX_);
+      return 1;
+    case FL_RELEASE:
+      table_.EndColumnResize();
+      return 1;
+    default:
+      return Fl_Widget::handle(event);
+  }
+}
+
+void Flx_HeaderButton::draw() {
+  fl_color(Theme::kHeader);
+  fl_rectf(x(), y(), w(), h());
+  fl_color(Theme::kLine);
+  fl_yxline(x() + w() - 1, y() + 6, y() + h() - 8);
+  fl_xyline(x(), y() + h() - 1, x() + w() - 1);
+  fl_font(FL_HELVETICA, labelsize());
+  fl_color(Theme::kMuted);
+  const std::string text = FitHead(title_, w() - kTextPadding - 3);
+  fl_push_clip(x(), y(), w() - 2, h());
+  fl_draw(text.c_str(), x() + kTextPadding, y(), w(), h() - 1, FL_ALIGN_LEFT, nullptr, 0);
+  fl_pop_clip();
+}

@@ -1,0 +1,241 @@
+#include "ui/fltk/Flx_Table.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+#include <numeric>
+
+#include "ui/fltk/Flx_HeaderButton.h"
+#include "ui/fltk/Flx_TableRows.h"
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/Theme.h"
+
+namespace {
+
+constexpr int kFrame = 1;
+constexpr int kNarrowest = 28;  // pixels that a dragged column keeps
+
+// Hands `missing` pixels (negative: to give up) to the columns by their shares. Columns that would
+// become narrower than they may be stay at that width and the others give more.
+void Distribute(int missing, const std::vector<TableColumn>& columns, std::vector<int>& widths) {
+  std::vector<bool> open(columns.size());
+  for (std::size_t i = 0; i < columns.size(); ++i) open[i] = columns[i].stretch > 0;
+  for (bool again = true; again && missing != 0;) {
+    again = false;
+    int shares = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) shares += open[i] ? columns[i].stretch : 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (!open[i]) continue;
+      const int part = missing * columns[i].stretch / shares;  // the last one takes the rest
+      shares -= columns[i].stretch;
+      const int least = std::min(columns[i].minWidth, widths[i]);
+      const int width = std::max(widths[i] + part, least);
+      if (width != widths[i] + part) {
+        open[i] = false;
+        again = true;
+      }
+      missing -= width - widths[i];
+      widths[i] = width;
+    }
+  }
+}
+
+// Scrolls by moving what is on the screen. While it draws the strip that comes into sight the
+// toolkit forgets what else was to be drawn again; so when something was, everything is.
+class Area : public Fl_Scroll {
+ public:
+  using Fl_Scroll::Fl_Scroll;
+
+  void draw() override {
+    bool changed = false;
+    for (int i = 0; i < children(); ++i) {
+      const bool bar = child(i) == &scrollbar || child(i) == &hscrollbar;
+      changed = changed || (!bar && child(i)->damage() != 0);
+    }
+    if (changed && (damage() & FL_DAMAGE_SCROLL))
+      clear_damage(static_cast<uchar>(damage() | FL_DAMAGE_ALL));
+    Fl_Scroll::draw();
+  }
+};
+
+}  // namespace
+
+Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
+  box(FL_DOWN_FRAME);
+  heads_ = new Fl_Group(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
+  heads_->box(FL_FLAT_BOX);
+  heads_->color(Theme::kHeader);
+  heads_->clip_children(1);
+  heads_->resizable(nullptr);
+  heads_->end();
+  // Its frame lies on the table's and on the line below the heads.
+  scroll_ = new Area(x, y + Layout::kHeaderHeight, w, h - Layout::kHeaderHeight);
+  scroll_->box(FL_DOWN_FRAME);
+  scroll_->type(Fl_Scroll::BOTH);
+  scroll_->scrollbar.linesize(Layout::kRowHeight);
+  scroll_->hscrollbar.linesize(Layout::kRowHeight);
+  scroll_->color(Theme::kSurface);
+  extent_ = new Extent(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
+  rows_ = new Rows(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
+  scroll_->end();
+  end();
+  resizable(scroll_);
+}
+
+void Flx_Table::AddColumn(const TableColumn& column) {
+  heads_->begin();
+  auto* button = new Flx_HeaderButton(*this, ColumnCount(), column.title);
+  heads_->end();
+  buttons_.push_back(button);
+  columns_.push_back(column);
+  widths_.push_back(column.width);
+  wantedFor_ += column.width;
+}
+
+int Flx_Table::ColumnX(int column) const {
+  return OriginX() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
+}
+
+int Flx_Table::ColumnAt(int x) const {
+  int right = OriginX();
+  for (int column = 0; column < ColumnCount(); ++column) {
+    right += widths_[static_cast<std::size_t>(column)];
+    if (x < right) return x < OriginX() ? -1 : column;
+  }
+  return -1;
+}
+
+int Flx_Table::SpreadColumns() {
+  for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
+  if (resized_ < 0) Distribute(viewWidth_ - wantedFor_, columns_, widths_);
+  const int total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  widths_.back() += std::max(0, viewWidth_ - total);
+  return std::max(total, viewWidth_);
+}
+
+void Flx_Table::LayOut() {
+  if (columns_.empty()) return;
+  const int width = std::max(0, scroll_->w() - 2 * kFrame);
+  const int height = std::max(0, scroll_->h() - 2 * kFrame);
+  const int rowsHeight = RowCount() * Layout::kRowHeight;
+  const auto leaveRoomBeside = [&] { viewWidth_ = std::max(0, width - Layout::kScrollbarSize); };
+  viewWidth_ = width;
+  viewHeight_ = height;
+  if (rowsHeight > height) leaveRoomBeside();
+  totalWidth_ = SpreadColumns();
+  if (totalWidth_ > viewWidth_) {
+    viewHeight_ = std::max(0, height - Layout::kScrollbarSize);
+    if (rowsHeight > viewHeight_) leaveRoomBeside();
+    totalWidth_ = SpreadColumns();
+  }
+  extent_->resize(OriginX(), OriginY(), totalWidth_, std::max(rowsHeight, viewHeight_));
+  rows_->Pin();
+  ScrollTo(scroll_->xposition(), scroll_->yposition());
+  PlaceHeads();
+  scroll_->redraw();
+}
+
+void Flx_Table::PlaceHeads() {
+  int x = OriginX();
+  for (std::size_t i = 0; i < buttons_.size(); ++i) {
+    buttons_[i]->resize(x, heads_->y(), widths_[i], heads_->h());
+    x += widths_[i];
+  }
+  heads_->redraw();
+}
+
+void Flx_Table::ScrollTo(int x, int y) {
+  x = std::clamp(x, 0, totalWidth_ - viewWidth_);
+  y = std::clamp(y, 0, extent_->h() - viewHeight_);
+  if (x != scroll_->xposition() || y != scroll_->yposition()) scroll_->scroll_to(x, y);
+}
+
+void Flx_Table::resize(int x, int y, int w, int h) {
+  Fl_Widget::resize(x, y, w, h);
+  heads_->resize(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
+  scroll_->resize(x, y + Layout::kHeaderHeight, w, std::max(0, h - Layout::kHeaderHeight));
+  LayOut();
+}
+
+int Flx_Table::FirstVisibleRow() const {
+  return scroll_->yposition() / Layout::kRowHeight;
+}
+
+int Flx_Table::LastVisibleRow() const {
+  const int end =
+      (scroll_->yposition() + viewHeight_ + Layout::kRowHeight - 1) / Layout::kRowHeight;
+  return std::min(end, RowCount());
+}
+
+void Flx_Table::SelectRow(int row) {
+  row = std::clamp(row, -1, RowCount() - 1);
+  const int old = current_;
+  current_ = row;
+  if (row >= 0) {
+    const int top = row * Layout::kRowHeight;
+    const int bottom = top + Layout::kRowHeight - viewHeight_;
+    const int y = std::min(std::max(scroll_->yposition(), bottom), top);
+    ScrollTo(scroll_->xposition(), y);
+  }
+  if (row == old) return;
+  RowChanged(old);
+  RowChanged(row);
+  if (OnSelect) OnSelect();
+}
+
+void Flx_Table::RowsChanged() {
+  LayOut();
+  if (current_ >= RowCount()) SelectRow(RowCount() - 1);
+}
+
+void Flx_Table::RowChanged(int row) {
+  rows_->RedrawRow(row);
+}
+
+void Flx_Table::CopyColumns(const Flx_Table& other) {
+  columns_ = other.columns_;
+  wantedFor_ = other.wantedFor_;
+  LayOut();
+}
+
+void Flx_Table::BeginColumnResize(int column) {
+  // What is on the screen becomes what is wanted, so that only this column changes.
+  for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].width = widths_[i];
+  wantedFor_ = std::accumulate(widths_.begin(), widths_.end(), 0);
+  resized_ = column;
+  widthAtPush_ = widths_[static_cast<std::size_t>(column)];
+}
+
+void Flx_Table::ResizeColumn(int byPixels) {
+  if (resized_ < 0) return;
+  columns_[static_cast<std::size_t>(resized_)].width =
+      std::max(kNarrowest, widthAtPush_ + byPixels);
+  LayOut();
+}
+
+void Flx_Table::EndColumnResize() {
+  if (resized_ < 0) return;
+  // A width that the user chose stays; the others share what a new window width brings.
+  TableColumn& column = columns_[static_cast<std::size_t>(resized_)];
+  column.stretch = 0;
+  column.minWidth = std::min(column.minWidth, column.width);
+  wantedFor_ = viewWidth_;
+  resized_ = -1;
+  LayOut();
+}
+
+void Flx_Table::FitColumn(int column) {
+  BeginColumnResize(column);
+  ResizeColumn(NeededWidth(column) - widthAtPush_);
+  EndColumnResize();
+}
+
+void Flx_Table::draw() {
+  Fl_Group::draw();
+  if (Fl::focus() == rows_) Theme::DrawFocus(x(), y(), w(), h());
+}
+
+void Flx_Table::TakeFocus() {
+  rows_->take_focus();
+}

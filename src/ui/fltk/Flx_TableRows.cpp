@@ -1,0 +1,230 @@
+#include "ui/fltk/Flx_TableRows.h"
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+#include <FL/Fl_Tooltip.H>
+#include <FL/Fl_Window.H>
+
+#include <algorithm>
+
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/Theme.h"
+
+namespace {
+
+constexpr int kWheelRows = 3;
+
+bool HasModifier() {
+  return (Fl::event_state() & (FL_CTRL | FL_ALT | FL_META | FL_SHIFT)) != 0;
+}
+
+}  // namespace
+
+Flx_Table::Extent::Extent(Flx_Table& table, int x, int y, int w, int h)
+    : Fl_Widget(x, y, w, h), table_(table) {
+  clear_visible();
+}
+
+void Flx_Table::Extent::resize(int x, int y, int w, int h) {
+  const bool sideways = x != this->x();
+  Fl_Widget::resize(x, y, w, h);
+  if (sideways) table_.PlaceHeads();
+}
+
+Flx_Table::Rows::Rows(Flx_Table& table, int x, int y, int w, int h)
+    : Fl_Widget(x, y, w, h), table_(table) {}
+
+void Flx_Table::Rows::resize(int, int, int, int) {
+  Pin();
+}
+
+void Flx_Table::Rows::Pin() {
+  Fl_Widget::resize(table_.ViewX(), table_.ViewY(), table_.viewWidth_, table_.viewHeight_);
+}
+
+void Flx_Table::Rows::RedrawRow(int row) {
+  if (row < 0 || !visible_r()) return;
+  const int top = table_.OriginY() + row * Layout::kRowHeight;
+  const int from = std::max(top, y());
+  const int to = std::min(top + Layout::kRowHeight, y() + h());
+  if (to > from) damage(FL_DAMAGE_USER1, x(), from, w(), to - from);
+}
+
+void Flx_Table::Rows::draw() {
+  int clipX, clipY, clipW, clipH;
+  fl_clip_box(x(), y(), w(), h(), clipX, clipY, clipW, clipH);
+  if (clipW <= 0 || clipH <= 0) return;
+  fl_color(Theme::kSurface);
+  fl_rectf(clipX, clipY, clipW, clipH);
+  if (table_.RowCount() == 0) {
+    table_.DrawEmpty(x(), y(), w(), h());
+    return;
+  }
+  const int first = (clipY - table_.OriginY()) / Layout::kRowHeight;
+  const int last =
+      std::min((clipY + clipH - table_.OriginY() + Layout::kRowHeight - 1) / Layout::kRowHeight,
+               table_.RowCount());
+  if (first >= last) return;
+  table_.PrepareRows(first, last);
+  for (int row = first; row < last; ++row) DrawRow(row, clipX + clipW);
+}
+
+void Flx_Table::Rows::DrawRow(int row, int last) {
+  const int top = table_.OriginY() + row * Layout::kRowHeight;
+  const bool focused = Fl::focus() == this;
+  Fl_Color fill = Theme::kSurface;
+  if (row == hoverRow_) fill = Theme::kRowHover;
+  if (row == table_.current_) fill = focused ? Theme::kSelected : Theme::kSelectedUnfocused;
+  fl_color(fill);
+  fl_rectf(x(), top, w(), Layout::kRowHeight - 1);
+  fl_color(Theme::kFaintLine);
+  fl_xyline(x(), top + Layout::kRowHeight - 1, x() + w() - 1);
+  int left = table_.OriginX();
+  for (int column = 0; column < table_.ColumnCount(); ++column) {
+    const int width = table_.widths_[static_cast<std::size_t>(column)];
+    if (left >= last) break;
+    if (fl_not_clipped(left, top, width, Layout::kRowHeight)) {
+      fl_push_clip(left, top, width, Layout::kRowHeight);
+      table_.DrawCell({row, column, left, top, width, Layout::kRowHeight - 1,
+                       row == hoverRow_ && column == hoverColumn_});
+      fl_pop_clip();
+    }
+    left += width;
+  }
+}
+
+int Flx_Table::Rows::RowAtMouse() const {
+  const int row = (Fl::event_y() - table_.OriginY()) / Layout::kRowHeight;
+  return Fl::event_y() >= y() && row < table_.RowCount() ? row : -1;
+}
+
+void Flx_Table::Rows::Hover(int row, int column) {
+  if (row == hoverRow_ && column == hoverColumn_) return;
+  RedrawRow(hoverRow_);
+  hoverRow_ = row;
+  hoverColumn_ = column;
+  RedrawRow(hoverRow_);
+  ShowTip();
+}
+
+void Flx_Table::Rows::ShowTip() {
+  tip_.clear();
+  if (hoverRow_ >= 0 && hoverColumn_ >= 0) tip_ = table_.CellTip(hoverRow_, hoverColumn_);
+  if (tip_.empty()) {
+    Fl_Tooltip::enter_area(this, 0, 0, 0, 0, nullptr);
+    return;
+  }
+  Fl_Tooltip::enter_area(
+      this, table_.ColumnX(hoverColumn_), table_.OriginY() + hoverRow_ * Layout::kRowHeight - y(),
+      table_.widths_[static_cast<std::size_t>(hoverColumn_)], Layout::kRowHeight, tip_.c_str());
+}
+
+void Flx_Table::Rows::OpenMenu(int x, int y) {
+  Hover(-1, -1);
+  if (table_.OnMenu) table_.OnMenu(x, y);
+}
+
+int Flx_Table::Rows::HandlePush() {
+  take_focus();
+  const int row = RowAtMouse();
+  const int column = table_.ColumnAt(Fl::event_x());
+  table_.SelectRow(row);
+  pushedRow_ = -1;
+  if (Fl::event_button() == FL_RIGHT_MOUSE) {
+    OpenMenu(Fl::event_x(), Fl::event_y());
+  } else if (Fl::event_button() == FL_LEFT_MOUSE && row >= 0 && column >= 0 &&
+             table_.IsButton(row, column)) {
+    pushedRow_ = row;
+    pushedColumn_ = column;
+  }
+  return 1;
+}
+
+int Flx_Table::Rows::HandleKey() {
+  const int key = Fl::event_key();
+  const int current = table_.current_;
+  const int page = std::max(1, h() / Layout::kRowHeight - 1);
+  if (key == FL_Menu || (key == FL_F + 10 && Fl::event_state(FL_SHIFT))) {
+    table_.SelectRow(current);
+    OpenMenu(x() + Layout::kRowHeight,
+             current < 0 ? y() : table_.OriginY() + (current + 1) * Layout::kRowHeight);
+    return 1;
+  }
+  if (HasModifier()) return 0;
+  switch (key) {
+    case FL_Up:
+      table_.SelectRow(std::max(0, current - 1));
+      return 1;
+    case FL_Down:
+      table_.SelectRow(current + 1);
+      return 1;
+    case FL_Home:
+      table_.SelectRow(0);
+      return 1;
+    case FL_End:
+      table_.SelectRow(table_.RowCount() - 1);
+      return 1;
+    case FL_Page_Up:
+      table_.SelectRow(std::max(0, current - page));
+      return 1;
+    case FL_Page_Down:
+      table_.SelectRow(std::max(0, current) + page);
+      return 1;
+    case FL_Left:
+      table_.ScrollTo(table_.scroll_->xposition() - Layout::kRowHeight,
+                      table_.scroll_->yposition());
+      return 1;
+    case FL_Right:
+      table_.ScrollTo(table_.scroll_->xposition() + Layout::kRowHeight,
+                      table_.scroll_->yposition());
+      return 1;
+    case FL_Escape:
+      if (!table_.EscapeDeselects()) return 0;
+      table_.SelectRow(-1);
+      return 1;
+    default:
+      return 0;
+  }
+}
+
+int Flx_Table::Rows::HandleWheel() {
+  const bool sideways = Fl::event_dx() != 0 || Fl::event_state(FL_SHIFT);
+  const int steps = (Fl::event_dy() + Fl::event_dx()) * kWheelRows * Layout::kRowHeight;
+  table_.ScrollTo(table_.scroll_->xposition() + (sideways ? steps : 0),
+                  table_.scroll_->yposition() + (sideways ? 0 : steps));
+  Hover(RowAtMouse(), table_.ColumnAt(Fl::event_x()));
+  return 1;
+}
+
+int Flx_Table::Rows::handle(int event) {
+  switch (event) {
+    case FL_ENTER:
+    case FL_MOVE:
+      Hover(RowAtMouse(), table_.ColumnAt(Fl::event_x()));
+      return 1;
+    case FL_LEAVE:
+      Hover(-1, -1);
+      return 1;
+    case FL_PUSH:
+      return HandlePush();
+    case FL_DRAG:
+      return 1;
+    case FL_RELEASE: {
+      const bool same = pushedRow_ >= 0 && RowAtMouse() == pushedRow_ &&
+                        table_.ColumnAt(Fl::event_x()) == pushedColumn_;
+      pushedRow_ = -1;
+      if (same && table_.OnCell) table_.OnCell(RowAtMouse(), pushedColumn_);
+      return 1;
+    }
+    case FL_MOUSEWHEEL:
+      return HandleWheel();
+    case FL_FOCUS:
+    case FL_UNFOCUS:
+      table_.redraw();
+      return 1;
+    case FL_KEYBOARD:
+      return HandleKey();
+    default:
+      return Fl_Widget::handle(event);
+  }
+}

@@ -1,0 +1,159 @@
+// Sizes and positions of the main window, in pixels. Plain numbers without toolkit headers, so that
+// tests compute where to click.
+#ifndef KR_UI_FLTK_LAYOUT_H
+#define KR_UI_FLTK_LAYOUT_H
+
+namespace Layout {
+
+// The main window.
+inline constexpr int kWindowX = 100;
+inline constexpr int kWindowY = 100;
+inline constexpr int kWindowWidth = 1000;
+inline constexpr int kWindowHeight = 448;
+inline constexpr int kMinWidth = 720;
+inline constexpr int kMinHeight = 320;
+
+inline constexpr int kMargin = 8;  // between the window's edge and what it holds
+inline constexpr int kGap = 6;     // between neighbours
+
+inline constexpr int kFontSize = 12;
+inline constexpr int kSmallFontSize = 11;
+inline constexpr int kMenuSpacing = 5;  // pixels more than the toolkit leaves between menu items
+
+// The tool row: groups of square buttons from the left, the last group at the right edge.
+inline constexpr int kToolRowHeight = 42;
+inline constexpr int kToolSize = 32;
+inline constexpr int kToolGroupGap = 13;  // holds the separator
+inline constexpr int kToolCount = 20;
+// In the order of Tool.
+enum Tool {
+  kAddDyna,
+  kAddRestart,
+  kAddVorel,
+  kAddInc,
+  kAddFolder,
+  kSubmit,
+  kResubmit,
+  kDeleteJob,
+  kDeleteAll,
+  kMoveUp,
+  kMoveDown,
+  kAddGroup,
+  kRenameGroup,
+  kDeleteGroup,
+  kViewSummary,
+  kRunPost,
+  kReadLog,
+  kConfig,
+  kHelp,
+  kAbout
+};
+inline constexpr int kToolGroupStart[] = {kAddDyna,  kSubmit,      kDeleteJob,
+                                          kAddGroup, kViewSummary, kConfig};
+inline constexpr int kToolGroups = 6;
+
+constexpr int ToolGroup(int tool) {
+  int group = 0;
+  while (group + 1 < kToolGroups && kToolGroupStart[group + 1] <= tool) ++group;
+  return group;
+}
+constexpr int ToolX(int tool, int windowWidth) {
+  if (ToolGroup(tool) == kToolGroups - 1)
+    return windowWidth - kMargin - (kToolCount - tool) * kToolSize;
+  return kMargin + tool * kToolSize + ToolGroup(tool) * kToolGroupGap;
+}
+inline constexpr int kToolY = 5;
+
+// The settings: a row for the solver, one for the command, one (two when the window is narrow) for
+// the control parameters. The submit button stands at the right of the first two.
+inline constexpr int kFieldHeight = 24;
+inline constexpr int kFieldRow = kFieldHeight + kGap;
+inline constexpr int kSettingsY = kToolRowHeight + kMargin;
+inline constexpr int kLabelWidth = 64;
+inline constexpr int kFieldX = kMargin + kLabelWidth + kGap;
+inline constexpr int kSolverKindWidth = 132;
+inline constexpr int kBrowseWidth = 28;
+inline constexpr int kSubmitWidth = 124;
+inline constexpr int kSubmitHeight = 2 * kFieldHeight + kGap;
+inline constexpr int kInlineCaptionWidth = 940;  // from this window width on the caption is inline
+inline constexpr int kCaptionWidth = 200;
+inline constexpr int kCaptionRow = 20;
+inline constexpr int kMemoryLabel = 56;
+inline constexpr int kMemoryField = 60;
+inline constexpr int kAutoWidth = 56;
+inline constexpr int kCpuLabel = 132;
+inline constexpr int kCpuField = 40;
+inline constexpr int kPauseLabel = 130;
+inline constexpr int kPauseField = 40;
+inline constexpr int kSecondLabel = 26;
+inline constexpr int kParameterGap = 12;
+
+constexpr bool InlineCaption(int windowWidth) {
+  return windowWidth >= kInlineCaptionWidth;
+}
+constexpr int SolverRowY() {
+  return kSettingsY;
+}
+constexpr int CommandRowY() {
+  return kSettingsY + kFieldRow;
+}
+constexpr int ParameterRowY(int windowWidth) {
+  return kSettingsY + 2 * kFieldRow + (InlineCaption(windowWidth) ? 0 : kCaptionRow);
+}
+constexpr int MemoryX(int windowWidth) {
+  return kMargin + (InlineCaption(windowWidth) ? kCaptionWidth : 0) + kMemoryLabel;
+}
+constexpr int AutoX(int windowWidth) {
+  return MemoryX(windowWidth) + kMemoryField + kGap;
+}
+constexpr int CpuX(int windowWidth) {
+  return AutoX(windowWidth) + kAutoWidth + kParameterGap + kCpuLabel;
+}
+constexpr int PauseX(int windowWidth) {
+  return CpuX(windowWidth) + kCpuField + kParameterGap + kPauseLabel;
+}
+constexpr int SubmitX(int windowWidth) {
+  return windowWidth - kMargin - kSubmitWidth;
+}
+
+// Group tabs, the job table and the status line.
+inline constexpr int kTabHeight = 28;
+inline constexpr int kTabMinWidth = 76;
+inline constexpr int kTabMaxWidth = 200;
+inline constexpr int kTabPadding = 12;
+constexpr int TabsY(int windowWidth) {
+  return ParameterRowY(windowWidth) + kFieldHeight + kMargin;
+}
+constexpr int TableY(int windowWidth) {
+  return TabsY(windowWidth) + kTabHeight;
+}
+inline constexpr int kHeaderHeight = 26;
+// What the columns of the job table are made for; others share what a window has more or less.
+inline constexpr int kColumnWidths[] = {160, 192, 110, 68, 70, 92, 70, 76, 64, 98};
+// A window in which they have just these widths.
+inline constexpr int kColumnsWindowWidth = 1000 + 2 * kMargin + 2;
+constexpr int ColumnX(int column) {
+  int x = kMargin + 1;
+  for (int before = 0; before < column; ++before) x += kColumnWidths[before];
+  return x;
+}
+static_assert(ColumnX(10) == kColumnsWindowWidth - kMargin - 1);
+inline constexpr int kRowHeight = 24;
+inline constexpr int kScrollbarSize = 14;
+inline constexpr int kStatusHeight = 26;
+// The middle of a row of the table, counted from the first visible one.
+constexpr int RowY(int row, int windowWidth) {
+  return TableY(windowWidth) + 1 + kHeaderHeight + row * kRowHeight + kRowHeight / 2;
+}
+
+// Dialogs and message boxes.
+inline constexpr int kButtonWidth = 84;
+inline constexpr int kButtonHeight = 26;
+inline constexpr int kBoxPadding = 16;
+inline constexpr int kBoxIcon = 40;
+inline constexpr int kBoxMinWidth = 320;
+inline constexpr int kBoxTextWidth = 420;
+
+}  // namespace Layout
+
+#endif

@@ -1,0 +1,42 @@
+#include "ui/fltk/ModalWindow.h"
+
+#include <FL/Fl.H>
+
+#include "ui/fltk/Theme.h"
+
+ModalWindow::ModalWindow(int w, int h) : Fl_Double_Window(w, h) {
+  color(Theme::kWindow);
+  set_modal();
+}
+
+void ModalWindow::Open(Fl_Window* parent, Fl_Widget* focus) {
+  CentreOver(*this, parent);
+  show();
+  if (focus) Fl::focus(focus);
+}
+
+void ModalWindow::Run(Fl_Window* parent, Fl_Widget* focus) {
+  Open(parent, focus);
+  while (shown()) Fl::wait();
+}
+
+void CentreOver(Fl_Window& window, Fl_Window* parent) {
+  int x = Fl::x(), y = Fl::y(), w = Fl::w(), h = Fl::h();
+  if (parent && parent->shown()) {
+    x = parent->x();
+    y = parent->y();
+    w = parent->w();
+    h = parent->h();
+  }
+  window.position(static_cast<int>(x + (w - window.w()) * 0.5),
+                  static_cast<int>(y + (h - window.h()) * 0.5));
+}
+
+std::string PlainLabel(const std::string& uiText) {
+  std::string out;
+  for (const char c : uiText) {
+    if (c == '@') out += c;
+    out += c;
+  }
+  return out;
+}

@@ -1,0 +1,28 @@
+// A small modal window in the middle of its parent.
+#ifndef KR_UI_FLTK_MODALWINDOW_H
+#define KR_UI_FLTK_MODALWINDOW_H
+
+#include <FL/Fl_Double_Window.H>
+
+#include <string>
+
+// Lives on the stack of the function that runs it. Interface thread.
+class ModalWindow : public Fl_Double_Window {
+ public:
+  ModalWindow(int w, int h);
+
+  // Shows the window over the parent (or the screen's middle) and handles events until it is
+  // hidden.
+  void Run(Fl_Window* parent, Fl_Widget* focus);
+
+  // The first half of Run, for those that look at something while events are handled.
+  void Open(Fl_Window* parent, Fl_Widget* focus);
+};
+
+// Moves a window so that its middle lies over the parent's.
+void CentreOver(Fl_Window& window, Fl_Window* parent);
+
+// A label that shows the text as it stands ("@" has no special meaning).
+std::string PlainLabel(const std::string& uiText);
+
+#endif

@@ -1,0 +1,86 @@
+#include "ui/text/Language.h"
+
+#include "ui/text/LanguageTexts.h"
+#include "ui/text/Text.h"
+
+namespace {
+
+const std::string kNone;
+
+void SetChinese(const char* key, const char* chinese, bool asItStands, TextTable& texts) {
+  const std::string text = ToCodePage936(chinese);
+  texts.Set(key, asItStands ? text : ConvertedText936(text));
+}
+
+}  // namespace
+
+const std::string& TextTable::Stored(const std::string& key) const {
+  const auto found = texts_.find(key);
+  return found == texts_.end() ? kNone : found->second.stored;
+}
+
+const std::string& TextTable::Get(const std::string& key) const {
+  const auto found = texts_.find(key);
+  if (found == texts_.end()) return kNone;
+  const Text& text = found->second;
+  if (!text.shown) text.shown = codePage936_ ? FromCodePage936(text.stored) : text.stored;
+  return *text.shown;
+}
+
+std::string TextTable::Word(const std::string& english) const {
+  std::string known = Known(english);
+  for (std::size_t at = english.find(": "); known.empty() && at != std::string::npos;) {
+    const std::size_t end = at + 2;
+    known = Known(english.substr(0, end));
+    if (!known.empty()) known += ToUi(english.substr(end));
+    at = english.find(": ", end);
+  }
+  return known.empty() ? ToUi(english) : known;
+}
+
+std::string TextTable::Known(const std::string& english) const {
+  std::string pattern;
+  std::vector<std::string> values;
+  for (std::size_t at = 0; at < english.size();) {
+    const std::size_t close = english[at] == '[' ? english.find(']', at) : std::string::npos;
+    if (close == std::string::npos) {
+      pattern += english[at++];
+    } else {
+      values.push_back(ToUi(english.substr(at + 1, close - at - 1)));
+      pattern += "[%s]";
+      at = close + 1;
+    }
+  }
+  return Fill(Get(pattern), values);
+}
+
+std::string TextTable::Fill(const std::string& pattern, const std::vector<std::string>& values) {
+  std::string out;
+  auto value = values.begin();
+  for (std::size_t at = 0; at < pattern.size(); ++at) {
+    if (pattern.compare(at, 2, "%s") != 0) {
+      out += pattern[at];
+      continue;
+    }
+    if (value != values.end()) out += *value++;
+    ++at;
+  }
+  return out;
+}
+
+void FillTexts(int language, const std::string& title, TextTable& texts) {
+  if (language != 0 && language != 1) return;
+  const bool chinese = language == 1;
+  if (chinese) texts.UseCodePage936();
+  texts.Set(title, title);
+  for (const auto rows : {MainTexts(), MoreTexts()}) {
+    for (const TextRow& row : rows) {
+      if (chinese)
+        SetChinese(row.key, row.chinese, row.asItStands, texts);
+      else
+        texts.Set(row.key, row.english);
+    }
+  }
+  if (!chinese) return;
+  for (const WordRow& row : ChineseWords()) SetChinese(row.english, row.chinese, false, texts);
+}

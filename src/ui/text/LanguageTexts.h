@@ -1,0 +1,25 @@
+// The rows of the language tables, in UTF-8. Included by the tables only.
+#ifndef KR_UI_TEXT_LANGUAGETEXTS_H
+#define KR_UI_TEXT_LANGUAGETEXTS_H
+
+#include <span>
+
+struct TextRow {
+  const char* key;
+  const char* english;
+  const char* chinese;
+  bool asItStands = false;  // the Chinese text does not pass the conversion of the others
+};
+
+// The main window's own texts, and what was added to them; in the order in which they are set.
+std::span<const TextRow> MainTexts();
+std::span<const TextRow> MoreTexts();
+
+// English words, or patterns with "[%s]", of the rooms below the interface.
+struct WordRow {
+  const char* english;
+  const char* chinese;
+};
+std::span<const WordRow> ChineseWords();
+
+#endif

@@ -1,0 +1,115 @@
+// What the core and the drivers say, in Chinese.
+#include "ui/text/LanguageTexts.h"
+
+namespace {
+
+constexpr WordRow kWords[] = {
+    // Job status.
+    {"Queued", "排队中"},
+    {"Waiting", "等待中"},
+    {"Running", "运行中"},
+    {"Finished", "已完成"},
+    {"Aborted", "已中止"},
+
+    // Titles and filters of choosers.
+    {"Select Single LS-DYNA Solver", "选择单精度 LS-DYNA 求解器"},
+    {"Select Double LS-DYNA Solver", "选择双精度 LS-DYNA 求解器"},
+    {"Select UTILITYBATCH", "选择 UTILITYBATCH"},
+    {"Select VOREL", "选择 VOREL"},
+    {"Select INCSolver", "选择 INCSolver"},
+    {"Select DYNA File (LS-DYNA)", "选择 DYNA 文件 (LS-DYNA)"},
+    {"Select DAT File (VOREL)", "选择 DAT 文件 (VOREL)"},
+    {"Select FIN File (INC)", "选择 FIN 文件 (INC)"},
+    {"LS-DYNA Solver (*.exe)|*.exe|", "LS-DYNA 求解器 (*.exe)|*.exe|"},
+    {"Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|",
+     "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"},
+    {"Dat File (*.dat)|*.dat|All Files (*.*)|*|", "Dat 文件 (*.dat)|*.dat|所有文件 (*.*)|*|"},
+    {"Fin File (*.fin)|*.fin|All Files (*.*)|*|", "Fin 文件 (*.fin)|*.fin|所有文件 (*.*)|*|"},
+
+    // Labels and hints of reports.
+    {"File Name : ", "文件名："},
+    {"Total CPU Time : ", "总 CPU 时间："},
+    {"THE TOTAL TIME: ", "总时间："},
+    {"(more lines are in the file)", "（其余各行请见文件）"},
+    {"Please check the duplicate node in the model.", "请检查模型中的重复节点。"},
+    {"Vertical slope occurs in the loading curve. Please check the abscissa of duplicate loading "
+     "curve.",
+     "加载曲线出现垂直斜率，请检查加载曲线中重复的横坐标。"},
+    {"Plasticity algorithm did not converge for MAT36. Please check the material parameters in the "
+     "model, or if penetration occurs in the model.",
+     "MAT36 材料的塑性算法不收敛，请检查模型的材料参数，或检查模型中是否存在穿透。"},
+    {"Please check the solving parameters in the thermal analysis.", "请检查热分析的求解参数。"},
+    {"Please decrease the minimum time step TMIN or increase the temperature increment DTEMP.",
+     "请减小最小时间步长 TMIN，或增大温度增量 DTEMP。"},
+    {"Please check the element with zero or negative Jacobian in the model.",
+     "请检查模型中雅可比为零或为负的单元。"},
+    {"The node velocity is out of range. Please reduce the loading velocity, pressure or time "
+     "step. Please check if the penetration occurs in the model.",
+     "节点速度超出范围，请减小加载速度、压力或时间步长，并检查模型中是否存在穿透。"},
+    {"Please check if penetration occurs in the contact interface.",
+     "请检查接触界面是否存在穿透。"},
+    {"Nonlinear solving did not converge. Please check the solver parameters.",
+     "非线性求解不收敛，请检查求解器参数。"},
+
+    // Lines of the log and reasons of aborted jobs.
+    {"Solver [%s] does not exist", "求解器 [%s] 不存在"},
+    {"Job file [%s] does not exist", "任务文件 [%s] 不存在"},
+    {"Job restart file [%s] does not exist", "重启动文件 [%s] 不存在"},
+    {"File [%s] does not exist", "文件 [%s] 不存在"},
+    {"File name [%s] cannot be written on a command line", "文件名 [%s] 不能写入命令行"},
+    {"Folder [%s] cannot be entered", "无法进入文件夹 [%s]"},
+    {"No message file been generated when run job [%s]", "运行任务 [%s] 时没有生成消息文件"},
+    {"Job [%s] did not end normally: its message file has no line of normal termination",
+     "任务 [%s] 未正常结束：其消息文件中没有正常终止行"},
+    {"Job [%s] did not end normally: its output [%s] cannot be read",
+     "任务 [%s] 未正常结束：无法读取其输出 [%s]"},
+    {"Job [%s] did not end normally: its message file cannot be read",
+     "任务 [%s] 未正常结束：无法读取其消息文件"},
+    {"Job [%s] did not end normally: the solver reports an error termination",
+     "任务 [%s] 未正常结束：求解器报告出错终止"},
+    {"Job [%s] did not end normally: its output has no total time",
+     "任务 [%s] 未正常结束：其输出中没有总时间"},
+    {"Job [%s] did not end normally: there is no result in [%s]",
+     "任务 [%s] 未正常结束：[%s] 中没有结果"},
+    {"Job [%s] did not end normally: ", "任务 [%s] 未正常结束："},
+    {"Run job [%s] failed: ", "运行任务 [%s] 失败："},
+    {"Remove old message file [%s] failed", "删除旧的消息文件 [%s] 失败"},
+    {"Remove old OUT file [%s] failed", "删除旧的 OUT 文件 [%s] 失败"},
+    {"Remove old LIN file [%s] failed", "删除旧的 LIN 文件 [%s] 失败"},
+    {"Rename message file [%s] failed", "重命名消息文件 [%s] 失败"},
+    {"Remove adapt dump file [%s] failed", "删除 adaptdmp 文件 [%s] 失败"},
+    {"Prepare deck [%s] failed, it stays as it was", "处理关键字文件 [%s] 失败，文件保持原样"},
+    {"Prepare deck [%s] failed, the old deck is [%s]", "处理关键字文件 [%s] 失败，原文件为 [%s]"},
+    {"Add stage [%s] failed: its job is not Queued any more",
+     "添加工步 [%s] 失败：其任务已不在排队"},
+    {"Job [%s] waits for the positioning library, which another job uses",
+     "任务 [%s] 正在等待被另一任务占用的定位库"},
+    {"LS-DYNA version is below R7.0.0 for the job [%s]  ", "任务 [%s] 的 LS-DYNA 版本低于 R7.0.0"},
+    {"Auto Position [%s] open write dyna file failed", "自动定位 [%s]：无法写入 dyna 文件"},
+    {"No access token for the INC solver: set inc_token in the section SOLVER of the settings file",
+     "没有 INC 求解器的访问令牌：请在设置文件的 SOLVER 节中设置 inc_token"},
+    {"Positioning library [%s] cannot be used (it does not exist): jobs run without automatic "
+     "positioning",
+     "无法使用定位库 [%s]（不存在）：任务将在没有自动定位的情况下运行"},
+    {"Read file [%s] failed", "读取文件 [%s] 失败"},
+    {"Write file [%s] failed", "写入文件 [%s] 失败"},
+    {"Directory [%s] is not writable", "文件夹 [%s] 不可写"},
+    {"Write tmp file [%s] failed", "写入任务传递文件 [%s] 失败"},
+    {"Read settings file [%s] failed", "读取设置文件 [%s] 失败"},
+    {"Read group file [%s] failed", "读取任务组文件 [%s] 失败"},
+    {"Read host file [%s] failed", "读取主机文件 [%s] 失败"},
+    {"Write settings file [%s] failed", "写入设置文件 [%s] 失败"},
+    {"Write group file [%s] failed", "写入任务组文件 [%s] 失败"},
+    {"Write host file [%s] failed", "写入主机文件 [%s] 失败"},
+    {"View text file [%s] failed", "查看文本文件 [%s] 失败"},
+    {"Run post-processor [%s] failed", "运行后处理器 [%s] 失败"},
+    {"Not find running job, stop running job failed", "没有正在运行的任务，无法停止"},
+    {"Job data error or job file is empty", "任务数据错误或任务文件为空"},
+    {"BG_SWITCH file [%s] does not exist", "BG_SWITCH 文件 [%s] 不存在"},
+};
+
+}  // namespace
+
+std::span<const WordRow> ChineseWords() {
+  return kWords;
+}

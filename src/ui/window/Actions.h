@@ -1,0 +1,52 @@
+// Everything that the main window can do, for its tools, menus and keys.
+#ifndef KR_UI_WINDOW_ACTIONS_H
+#define KR_UI_WINDOW_ACTIONS_H
+
+#include "ui/fltk/Layout.h"
+
+// The tools first, in their order in the tool row.
+enum class Action {
+  kAddDyna = Layout::kAddDyna,
+  kAddRestart,
+  kAddVorel,
+  kAddInc,
+  kAddFolder,
+  kSubmit,
+  kResubmit,
+  kDeleteJob,
+  kDeleteAll,
+  kMoveUp,
+  kMoveDown,
+  kAddGroup,
+  kRenameGroup,
+  kDeleteGroup,
+  kViewSummary,
+  kRunPost,
+  kReadLog,
+  kConfig,
+  kHelp,
+  kAbout,
+  kViewMessage,
+  kStages,
+  kStop,
+  kRefresh,
+  kMppSettings,
+  kNextGroup,
+  kPreviousGroup,
+  kExit
+};
+
+struct ActionInfo {
+  Action action;
+  const char* icon;     // null: no tool
+  const char* tipKey;   // of the tool's tooltip
+  const char* menuKey;  // null: in no menu
+  int shortcut;         // FLTK's key with modifiers; 0: none
+};
+
+const ActionInfo& InfoOf(Action action);
+
+// The action of the key that is being handled, its second key too. False when no action has it.
+bool ActionOfKey(Action& action);
+
+#endif

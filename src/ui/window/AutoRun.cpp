@@ -1,0 +1,85 @@
+#include "ui/window/AutoRun.h"
+
+#include <FL/Fl.H>
+
+#include <algorithm>
+
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr double kLookSeconds = 0.2;  // only while a submitted group runs
+
+// A field of the report stays on its line and in its column.
+std::string ReportField(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
+  return text;
+}
+
+}  // namespace
+
+std::string ReportText(const JobGroup& group, const Application& application) {
+  std::string text;
+  group.ReadJobs([&](int, const JobFile& job) {
+    std::string word;
+    JobStatusWord(job.status, word);
+    std::string solver;
+    for (const auto& known : application.Solvers()) {
+      if (known->solverType == job.GetSolverType()) solver = known->displayName;
+    }
+    const std::string last =
+        job.status == JobStatus::kAborted ? job.RunMessage() : job.MessageFile();
+    const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
+    text += ReportField(file) + "\t" + word + "\t" + ReportField(solver) + "\t" +
+            ReportField(last) + "\n";
+  });
+  return text;
+}
+
+AutoRun::AutoRun(Application& application, Flx_AppWnd& window, const ProgramOptions& options)
+    : application_(application), window_(window), options_(options) {}
+
+AutoRun::~AutoRun() {
+  Fl::remove_timeout(Look, this);
+}
+
+void AutoRun::AfterTick() {
+  if (!options_.submit || group_ || done_) return;
+  const bool handedOver = FileDirWrapper::FileExists(application_.SettingsAndFiles().handOverFile);
+  if (handedOver || application_.Intake().Busy()) {
+    // Big decks take their time: look again soon, not at the next poll only.
+    if (!handedOver && !Fl::has_timeout(Look, this)) Fl::add_timeout(kLookSeconds, Look, this);
+    return;
+  }
+  group_ = application_.Manager().CurrentGroup();
+  if (!group_) return;
+  window_.Perform(Action::kSubmit);
+  Fl::add_timeout(kLookSeconds, Look, this);
+}
+
+void AutoRun::Look(void* self) {
+  auto* run = static_cast<AutoRun*>(self);
+  if (!run->group_) return run->AfterTick();
+  if (run->Ended()) return run->Finish();
+  Fl::repeat_timeout(kLookSeconds, Look, self);
+}
+
+bool AutoRun::Ended() {
+  bool queued = false;
+  group_->ReadJobs([&](int, const JobFile& job) {
+    queued = queued || job.status == JobStatus::kQueued;
+    began_ = began_ || job.status != JobStatus::kQueued;
+  });
+  began_ = began_ || group_->Running();
+  return !group_->Running() && (began_ || !queued);
+}
+
+void AutoRun::Finish() {
+  done_ = true;
+  if (!options_.report.empty() &&
+      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_, application_)))
+    application_.SettingsAndFiles().Log().Report("Write report file [%s] failed",
+                                                 OrNull(options_.report));
+  if (options_.quitWhenDone) window_.Leave();
+}

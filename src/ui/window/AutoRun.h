@@ -1,0 +1,41 @@
+// Runs the current group without a user, as the program's options ask for.
+#ifndef KR_UI_WINDOW_AUTORUN_H
+#define KR_UI_WINDOW_AUTORUN_H
+
+#include <memory>
+#include <string>
+
+#include "core/JobGroup.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "ui/window/ProgramOptions.h"
+
+// Submits the current group when the jobs of the command line are in it, watches it until its queue
+// has ended, writes the report and ends the program, each as far as it was asked for. Interface
+// thread.
+class AutoRun {
+ public:
+  // All outlive the object.
+  AutoRun(Application& application, Flx_AppWnd& window, const ProgramOptions& options);
+  ~AutoRun();
+
+  // After each look at the hand-over file.
+  void AfterTick();
+
+ private:
+  static void Look(void* self);
+  bool Ended();
+  void Finish();
+
+  Application& application_;
+  Flx_AppWnd& window_;
+  const ProgramOptions options_;
+  std::shared_ptr<JobGroup> group_;  // the submitted one
+  bool began_ = false;               // its thread was seen at work
+  bool done_ = false;
+};
+
+// One line a job: file, status word, solver name, and the message file or, of an aborted job, the
+// reason; between tabs.
+std::string ReportText(const JobGroup& group, const Application& application);
+
+#endif

@@ -1,0 +1,172 @@
+#include "ui/window/Flx_AppWnd.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/fl_draw.H>
+
+#include "ui/fltk/EventFilter.h"
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/Theme.h"
+#include "ui/help/ComnChmDialog.h"
+#include "ui/help/TextWindow.h"
+
+namespace {
+
+// The narrowest window has room for all tools and for the control parameters.
+static_assert(Layout::ToolX(Layout::kReadLog, Layout::kMinWidth) + Layout::kToolSize <
+              Layout::ToolX(Layout::kConfig, Layout::kMinWidth));
+static_assert(Layout::PauseX(Layout::kInlineCaptionWidth) + Layout::kPauseField <
+              Layout::kInlineCaptionWidth - Layout::kMargin);
+
+// The strip under the tools, with the lines between their groups.
+class ToolRow : public Fl_Group {
+ public:
+  ToolRow(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
+    color(Theme::kSurface);
+    resizable(nullptr);
+  }
+
+  void draw() override {
+    if (damage() & ~FL_DAMAGE_CHILD) {
+      fl_color(color());
+      fl_rectf(x(), y(), w(), h());
+      fl_color(Theme::kLine);
+      fl_xyline(x(), y() + h() - 1, x() + w() - 1);
+      for (int group = 1; group + 1 < Layout::kToolGroups; ++group) {
+        const int line =
+            Layout::ToolX(Layout::kToolGroupStart[group], w()) - Layout::kToolGroupGap / 2 - 1;
+        fl_color(Theme::kLine);
+        fl_yxline(line, y() + 9, y() + h() - 10);
+      }
+    }
+    draw_children();
+  }
+};
+
+}  // namespace
+
+Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTable& texts)
+    : Fl_Double_Window(Layout::kWindowX, Layout::kWindowY, Layout::kWindowWidth,
+                       Layout::kWindowHeight),
+      application_(application),
+      notes_(notes),
+      texts_(texts) {
+  copy_label(texts_.Get(application_.Title()).c_str());
+  xclass("Kestrun");
+  color(Theme::kWindow);
+  MakeTools();
+  settings_ = new SettingsRow(0, Layout::kToolRowHeight, w(),
+                              Layout::TabsY(w()) - Layout::kToolRowHeight, application_, texts_);
+  tabs_ = new GroupTabs(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
+                        Layout::kTabHeight);
+  status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
+                          texts_.Get("ui_cancel"));
+  end();
+  resizable(nullptr);
+  size_range(Layout::kMinWidth, Layout::kMinHeight);
+  ConnectParts();
+  FilterEvents(this);
+  Refresh();
+  if (Table()) Table()->TakeFocus();
+}
+
+Flx_AppWnd::~Flx_AppWnd() {
+  FilterEvents(nullptr);
+  Fl::remove_timeout(TakeDropped, this);
+  application_.Manager().SetObserver(nullptr);
+  notes_.OnChanges = nullptr;
+  application_.TextFallback = nullptr;
+  TextWindow::CloseAll();
+  ComnChmDialog::CloseViewer();
+}
+
+void Flx_AppWnd::MakeTools() {
+  auto* row = new ToolRow(0, 0, w(), Layout::kToolRowHeight);
+  for (int tool = 0; tool < Layout::kToolCount; ++tool) {
+    const ActionInfo& info = InfoOf(static_cast<Action>(tool));
+    auto* button = new ToolButton(Layout::ToolX(tool, w()), Layout::kToolY, Layout::kToolSize,
+                                  Layout::kToolSize, info.icon);
+    button->callback(
+        [](Fl_Widget* pressed, void* self) {
+          auto* window = static_cast<Flx_AppWnd*>(self);
+          for (int index = 0; index < Layout::kToolCount; ++index) {
+            if (window->tools_[static_cast<std::size_t>(index)] == pressed)
+              return window->Perform(static_cast<Action>(index));
+          }
+        },
+        this);
+    tools_.push_back(button);
+  }
+  row->end();
+}
+
+void Flx_AppWnd::ConnectParts() {
+  callback([](Fl_Widget*, void* self) { static_cast<Flx_AppWnd*>(self)->Perform(Action::kExit); },
+           this);
+  settings_->OnSubmit = [this] { Perform(Action::kSubmit); };
+  settings_->OnMpp = [this] { Perform(Action::kMppSettings); };
+  settings_->OnHint = [this](const std::string& hint) { Say(hint, StatusBar::Tone::kError); };
+  settings_->OnJobEdited = [this] {
+    if (Table()) Table()->RowChanged(Table()->CurrentRow());
+  };
+  tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
+  tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
+  tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
+  status_->OnCancel = [this] { application_.Intake().Cancel(); };
+  application_.TextFallback = [this](const std::string& path) {
+    return TextWindow::Show(path, texts_);
+  };
+  notes_.OnChanges = [this](const QueueChanges& changes) { TakeChanges(changes); };
+  application_.Manager().SetObserver(&notes_);
+}
+
+std::string Flx_AppWnd::SolverName(int type) const {
+  for (const auto& solver : application_.Solvers()) {
+    if (solver->solverType == type) return solver->displayName;
+  }
+  return {};
+}
+
+void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
+  begin();
+  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
+                             [this](int type) { return SolverName(type); });
+  end();
+  table->hide();
+  table->OnSelect = [this] { ShowCurrentJob(); };
+  table->OnMenu = [this](int x, int y) { OpenJobMenu(x, y); };
+  table->OnCell = [this](int row, int column) { CellPressed(row, column); };
+  if (!tables_.empty()) table->CopyColumns(*tables_.front());
+  tables_.push_back(table);
+}
+
+JobTable* Flx_AppWnd::Table() const {
+  const auto index = static_cast<std::size_t>(application_.Manager().CurrentGroupIndex());
+  return index < tables_.size() ? tables_[index] : nullptr;
+}
+
+std::shared_ptr<JobFile> Flx_AppWnd::CurrentJob() const {
+  return Table() ? Table()->CurrentJob() : nullptr;
+}
+
+void Flx_AppWnd::LayOut() {
+  using namespace Layout;
+  tools_.front()->parent()->resize(0, 0, w(), kToolRowHeight);
+  for (int tool = 0; tool < kToolCount; ++tool)
+    tools_[static_cast<std::size_t>(tool)]->position(ToolX(tool, w()), kToolY);
+  settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
+  tabs_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kTabHeight);
+  status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);
+  const int y = TableY(w());
+  if (JobTable* table = Table())
+    table->resize(kMargin, y - 1, w() - 2 * kMargin, h() - kStatusHeight - kMargin - y + 1);
+}
+
+void Flx_AppWnd::resize(int x, int y, int newWidth, int newHeight) {
+  const bool same = newWidth == w() && newHeight == h();
+  Fl_Double_Window::resize(x, y, newWidth, newHeight);
+  if (!same && status_) {
+    LayOut();
+    redraw();
+  }
+}

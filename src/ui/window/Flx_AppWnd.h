@@ -1,0 +1,137 @@
+// The program's main window.
+#ifndef KR_UI_WINDOW_FLX_APPWND_H
+#define KR_UI_WINDOW_FLX_APPWND_H
+
+#include <FL/Fl_Double_Window.H>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/Application.h"
+#include "ui/dialogs/ComnMsgBox.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/fltk/ToolButton.h"
+#include "ui/text/Language.h"
+#include "ui/window/Actions.h"
+#include "ui/window/GroupTabs.h"
+#include "ui/window/JobTable.h"
+#include "ui/window/QueueNotes.h"
+#include "ui/window/SettingsRow.h"
+#include "ui/window/StatusBar.h"
+
+// Tools, settings, group tabs, one job table a group, and a status line. Every action first stores
+// what is being typed, checks whether it makes sense, asks or tells the user, changes the queue
+// through the manager, and brings the window up to date. Interface thread.
+class Flx_AppWnd : public Fl_Double_Window {
+ public:
+  // The application and the notes outlive the window. `texts` holds the language's texts.
+  Flx_AppWnd(Application& application, QueueNotes& notes, const TextTable& texts);
+  ~Flx_AppWnd() override;
+
+  // Main-window texts by key, in the language's encoding; a missing key gives an empty text.
+  void SetText(const std::string& key, const std::string& text) { texts_.Set(key, text); }
+  const std::string& GetText(const std::string& key) const { return texts_.Stored(key); }
+  const TextTable& Texts() const { return texts_; }
+
+  void Perform(Action action);
+
+  // Brings settings, tabs, tables and the status line up to date.
+  void Refresh();
+
+  // Ends the program without a question: running jobs are stopped, at most 30 seconds.
+  void Leave();
+
+  void resize(int x, int y, int w, int h) override;
+  int handle(int event) override;
+
+ private:
+  struct Counts {
+    int of[5] = {};  // by status
+    int total = 0;
+  };
+
+  void MakeTools();
+  void MakeTable(const std::shared_ptr<JobGroup>& group);
+  void ConnectParts();
+  void LayOut();
+  JobTable* Table() const;  // of the current group; null when there is none
+  std::shared_ptr<JobGroup> Group() const { return application_.Manager().CurrentGroup(); }
+  std::shared_ptr<JobFile> CurrentJob() const;
+  std::string SolverName(int type) const;
+
+  // Flx_AppWnd_State.cpp: keeping up with the queue.
+  void TakeChanges(const QueueChanges& changes);
+  void ShowIntake(const QueueChanges& changes);
+  void SyncTables();
+  void ShowTabs();
+  void ShowState();
+  void ShowTools();
+  std::string ToolTip(Action action) const;
+  void ShowCurrentJob();
+  void SwitchToGroup(int index);
+  void StepGroup(int by);
+  Counts Count(const JobGroup& group) const;
+  void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
+
+  // Flx_AppWnd_Actions.cpp
+  void AddJobs(int solverType);
+  void AddFolder();
+  void FocusTable();
+  static void TakeDropped(void* self);
+  // Files become jobs of this kind (JobRequest::kind), by their endings when it is left open.
+  void AddFiles(const std::vector<std::string>& paths, int kind = JobRequest().kind);
+  void InformOfFiles(const char* key, const std::vector<std::string>& paths);
+  void Submit();
+  void Resubmit();
+  void DeleteJob();
+  void DeleteAll();
+  void MoveJob(bool up);
+  void AddGroup();
+  void RenameGroup();
+  void DeleteGroup();
+  void ViewMessage();
+  void ViewSummary();
+  void OpenStages();
+  void StopRunning();
+  void ShowHelp();
+  void Exit();
+  // Tells the group (-1: all) to stop and waits with a small window. False when something still
+  // runs after 30 seconds; says so.
+  bool StopAndWait(int group);
+  void RunDialog(Flx_Base_Dialog& dialog);
+  void Inform(const std::string& text);
+  bool Ask(const std::string& text);
+
+  // Flx_AppWnd_Dialogs.cpp
+  void AddRestart();
+  void RunPost();
+  void OpenMppSettings();
+  void Configure();
+  void ShowAbout();
+
+  // Flx_AppWnd_Keys.cpp
+  void OpenJobMenu(int x, int y);
+  void OpenGroupMenu(int x, int y);
+  void PopUp(const std::vector<Action>& actions, int x, int y);  // kExit separates
+  bool SolverEnabledFor(Action action) const;                    // true for actions of no solver
+  bool CanPerform(Action action) const;
+  void CellPressed(int row, int column);
+
+  Application& application_;
+  QueueNotes& notes_;
+  TextTable texts_;
+  std::vector<ToolButton*> tools_;
+  SettingsRow* settings_ = nullptr;
+  GroupTabs* tabs_ = nullptr;
+  std::vector<JobTable*> tables_;  // in the order of the groups
+  StatusBar* status_ = nullptr;
+  Flx_Base_Dialog* dialog_ = nullptr;  // the one that runs
+  std::string dropped_;                // a text that was dropped and is not looked at yet
+  bool leaving_ = false;
+  // Lines of the log that come before this moment were explained in better words already.
+  std::chrono::steady_clock::time_point explainedUntil_;
+};
+
+#endif

@@ -1,0 +1,394 @@
+// What the main window does.
+
+#include <FL/Fl.H>
+
+#include <algorithm>
+
+#include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/Flx_MultipleStages.h"
+#include "ui/dialogs/Flx_RenameGroup.h"
+#include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/help/ComnChmDialog.h"
+#include "ui/text/Text.h"
+#include "ui/window/DropTarget.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "ui/window/StopWindow.h"
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr std::size_t kMostListed = 8;  // names in a message
+
+}  // namespace
+
+void Flx_AppWnd::Perform(Action action) {
+  if (!CanPerform(action)) return;
+  // What is not valid stays in its field; the hint says why.
+  settings_->Commit();
+  switch (action) {
+    case Action::kAddDyna:
+      return AddJobs(Settings::kLsDynaSingle);
+    case Action::kAddVorel:
+      return AddJobs(Settings::kVorel);
+    case Action::kAddInc:
+      return AddJobs(Settings::kInc);
+    case Action::kAddRestart:
+      return AddRestart();
+    case Action::kAddFolder:
+      return AddFolder();
+    case Action::kSubmit:
+      return Submit();
+    case Action::kResubmit:
+      return Resubmit();
+    case Action::kDeleteJob:
+      return DeleteJob();
+    case Action::kDeleteAll:
+      return DeleteAll();
+    case Action::kMoveUp:
+      return MoveJob(true);
+    case Action::kMoveDown:
+      return MoveJob(false);
+    case Action::kAddGroup:
+      return AddGroup();
+    case Action::kRenameGroup:
+      return RenameGroup();
+    case Action::kDeleteGroup:
+      return DeleteGroup();
+    case Action::kReadLog:
+      application_.ViewTextFile(application_.SettingsAndFiles().Log().Path());
+      return;
+    case Action::kRunPost:
+      return RunPost();
+    case Action::kConfig:
+      return Configure();
+    case Action::kMppSettings:
+      return OpenMppSettings();
+    case Action::kAbout:
+      return ShowAbout();
+    case Action::kHelp:
+      return ShowHelp();
+    case Action::kViewMessage:
+      return ViewMessage();
+    case Action::kViewSummary:
+      return ViewSummary();
+    case Action::kStages:
+      return OpenStages();
+    case Action::kStop:
+      return StopRunning();
+    case Action::kRefresh:
+      return Refresh();
+    case Action::kNextGroup:
+      return StepGroup(1);
+    case Action::kPreviousGroup:
+      return StepGroup(-1);
+    case Action::kExit:
+      return Exit();
+    default:
+      return;
+  }
+}
+
+void Flx_AppWnd::Inform(const std::string& text) {
+  if (leaving_) return;
+  ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kInformation, ComnMsgBox::kOk, this);
+  box.SetButtonTexts(texts_.Get("ui_ok"), "");
+  box.DoModal();
+}
+
+bool Flx_AppWnd::Ask(const std::string& text) {
+  if (leaving_) return false;
+  ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kQuestion, ComnMsgBox::kYesNo, this);
+  box.SetButtonTexts(texts_.Get("ui_yes"), texts_.Get("ui_no"));
+  return box.DoModal() == ComnMsgBox::kPressedYes;
+}
+
+void Flx_AppWnd::AddJobs(int solverType) {
+  const auto& solvers = application_.Solvers();
+  const auto solver = std::find_if(solvers.begin(), solvers.end(),
+                                   [&](const auto& one) { return one->solverType == solverType; });
+  if (solver == solvers.end()) return;
+  ComnFileDialog dialog;
+  dialog.SetParentWindow(this);
+  dialog.SetOpen(true);
+  dialog.SetMultiple(true);
+  dialog.SetCaption(texts_.Word((*solver)->selectJobFileTitle));
+  dialog.SetFilter(texts_.Word((*solver)->jobFileFilter));
+  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
+  // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
+  // chosen for.
+  const int kind = solverType == Settings::kLsDynaSingle ? JobRequest().kind : solverType;
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) AddFiles(dialog.GetPathNames(), kind);
+}
+
+void Flx_AppWnd::AddFolder() {
+  ComnFolder dialog;
+  dialog.SetParentWindow(this);
+  dialog.SetTitle(texts_.Get("lab_addk_in_folder"));
+  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) AddFiles({dialog.GetPath()});
+}
+
+// The button that has opened a chooser would take the next keys.
+void Flx_AppWnd::FocusTable() {
+  if (Table() && !leaving_) Table()->TakeFocus();
+}
+
+void Flx_AppWnd::TakeDropped(void* self) {
+  auto* window = static_cast<Flx_AppWnd*>(self);
+  std::vector<std::string> paths;
+  for (const std::string& path : DroppedPaths(window->dropped_)) paths.push_back(FromUi(path));
+  if (!paths.empty()) window->AddFiles(paths);
+}
+
+void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& paths) {
+  std::string text = texts_.Get(key);
+  for (std::size_t index = 0; index < paths.size() && index < kMostListed; ++index)
+    text += "\n" + ToUi(paths[index]);
+  if (paths.size() > kMostListed)
+    text += "\n" + texts_.Format("ui_more_files", std::to_string(paths.size() - kMostListed));
+  Inform(text);
+}
+
+// Of folders, the keyword files become jobs.
+void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, int kind) {
+  const auto group = Group();
+  if (!group) return;
+  std::vector<std::string> files;
+  std::vector<std::string> missing;
+  std::vector<std::string> refused;
+  bool emptyFolder = false;
+  for (const std::string& path : paths) {
+    if (FileDirWrapper::IsFolder(path)) {
+      const std::vector<std::string> found = KeywordFiles(path);
+      emptyFolder = emptyFolder || found.empty();
+      files.insert(files.end(), found.begin(), found.end());
+      application_.SettingsAndFiles().Set(&Settings::last_path, path);
+    } else if (FileDirWrapper::FileExists(path)) {
+      files.push_back(path);
+      std::string folder;
+      if (FileDirWrapper::DirOf(path, folder))
+        application_.SettingsAndFiles().Set(&Settings::last_path, folder);
+    } else {
+      missing.push_back(path);
+    }
+  }
+  for (const std::string& file : files) {
+    if (!application_.SolverEnabled(kind > 0 ? kind : SolverTypeOfFile(file))) {
+      refused.push_back(file);
+      continue;
+    }
+    JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
+    request.kind = kind;
+    request.jobFile = file;
+    request.groupId = group->Id();
+    application_.Intake().Add(request);
+  }
+  if (!missing.empty()) InformOfFiles("ui_missing_files", missing);
+  if (!refused.empty()) InformOfFiles("ui_disabled_files", refused);
+  if (emptyFolder && files.empty() && missing.empty()) Inform(texts_.Get("ui_no_keyword_files"));
+}
+
+void Flx_AppWnd::Submit() {
+  const auto group = Group();
+  if (!group) return;
+  const std::string name = ToUi(group->Name());
+  const bool again = group->Running();
+  const bool queued = Count(*group).of[JobStatus::kQueued] > 0;
+  if (group->Submit()) {
+    Say(texts_.Format(queued ? "ui_submitted" : "ui_submit_none", name));
+  } else {
+    Say(texts_.Format(again ? "ui_submit_again" : "ui_submit_failed", name),
+        again ? StatusBar::Tone::kPlain : StatusBar::Tone::kError);
+  }
+  ShowTabs();
+}
+
+void Flx_AppWnd::Resubmit() {
+  const auto job = CurrentJob();
+  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  const int row = Table()->CurrentRow();
+  if (!Group()->Resubmit(row)) return Inform(texts_.Get("msg_resubmit"));
+  Table()->RowChanged(row);
+  Say(texts_.Get("ui_resubmitted"));
+}
+
+void Flx_AppWnd::DeleteJob() {
+  const auto job = CurrentJob();
+  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  if (!Ask(texts_.Get("msg_ask_del"))) return;
+  const int row = Table()->CurrentRow();
+  if (CurrentJob() == job) Group()->RemoveJob(row);
+  Refresh();
+}
+
+void Flx_AppWnd::DeleteAll() {
+  const auto group = Group();
+  if (!group || group->JobCount() == 0 || !Ask(texts_.Get("msg_ask_delall"))) return;
+  if (group->Running() && !StopAndWait(application_.Manager().IndexOf(group.get()))) return;
+  // From the end: nothing has to move up.
+  for (int row = group->JobCount() - 1; row >= 0; --row) group->RemoveJob(row);
+  Refresh();
+}
+
+void Flx_AppWnd::MoveJob(bool up) {
+  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
+  const int row = Table()->CurrentRow();
+  if (!Group()->MoveJob(row, up)) return Say(texts_.Get("ui_not_moved"));
+  Table()->RowsChanged();
+  Table()->SelectRow(row + (up ? -1 : 1));
+}
+
+void Flx_AppWnd::AddGroup() {
+  JobGroupManager& manager = application_.Manager();
+  int number = 1;
+  while (manager.IndexOfName("Group" + std::to_string(number)) >= 0) ++number;
+  const int index = manager.AddGroup("Group" + std::to_string(number));
+  if (index < 0) return;
+  Refresh();
+  SwitchToGroup(index);
+}
+
+void Flx_AppWnd::RunDialog(Flx_Base_Dialog& dialog) {
+  dialog_ = &dialog;
+  dialog.Run();
+  dialog_ = nullptr;
+  Refresh();
+}
+
+void Flx_AppWnd::RenameGroup() {
+  const auto group = Group();
+  if (!group) return;
+  std::string name;
+  {
+    Flx_RenameGroup dialog(this, application_.language, group->Name());
+    RunDialog(dialog);
+    name = dialog.NewName();
+  }
+  JobGroupManager& manager = application_.Manager();
+  if (name.empty() || name == group->Name()) return;
+  if (manager.IndexOfName(name) >= 0) return Inform(texts_.Get("msg_name_exist"));
+  if (!JobGroupManager::ValidGroupName(name)) return Inform(texts_.Get("ui_bad_name"));
+  group->SetName(name);
+  Refresh();
+}
+
+void Flx_AppWnd::DeleteGroup() {
+  JobGroupManager& manager = application_.Manager();
+  const auto group = Group();
+  if (!group || manager.GroupCount() < 2 || !Ask(texts_.Get("msg_ask_del_group"))) return;
+  if (group->Running() && !StopAndWait(manager.IndexOf(group.get()))) return;
+  const int index = manager.IndexOf(group.get());
+  manager.RemoveGroup(index);
+  if (manager.CurrentGroupIndex() < 0) manager.SetCurrentGroup(0);
+  Refresh();
+  if (Table()) Table()->TakeFocus();
+}
+
+void Flx_AppWnd::ViewMessage() {
+  const auto job = CurrentJob();
+  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  int status = 0;
+  bool multiStage = false;
+  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& read) {
+    status = read.status;
+    multiStage = !read.stages.empty();
+  });
+  if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
+  if (status != JobStatus::kRunning && status != JobStatus::kFinished &&
+      status != JobStatus::kAborted)
+    return Inform(texts_.Get("msg_view_job"));
+  const std::string path = job->MessageFile();
+  if (path.empty() || !FileDirWrapper::FileExists(path))
+    return Inform(texts_.Get("msg_not_found_msg"));
+  application_.ViewTextFile(path);
+}
+
+void Flx_AppWnd::ViewSummary() {
+  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
+  JobOutput output;
+  bool multiStage = false;
+  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& read) {
+    output = OutputOf(read);
+    multiStage = !read.stages.empty();
+  });
+  if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
+  if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
+    return Inform(texts_.Get("msg_view_info"));
+  Flx_ShowInfo dialog(this, application_.language, output);
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::OpenStages() {
+  const auto job = CurrentJob();
+  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  bool multiStage = false;
+  Group()->ReadJob(Table()->CurrentRow(),
+                   [&](const JobFile& read) { multiStage = !read.stages.empty(); });
+  if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
+  Flx_MultipleStages dialog(
+      this, application_.language,
+      {application_, texts_, Group(), job, [this](int type) { return ToUi(SolverName(type)); }});
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::StopRunning() {
+  const auto group = Group();
+  if (!group || !group->Running()) return Say(texts_.Get("ui_nothing_runs"));
+  if (StopAndWait(application_.Manager().IndexOf(group.get()))) Say(texts_.Get("ui_stopped"));
+  Refresh();
+}
+
+bool Flx_AppWnd::StopAndWait(int group) {
+  JobGroupManager& manager = application_.Manager();
+  const auto one = manager.GroupAt(group);
+  manager.RequestStop(group);
+  const bool stopped =
+      WaitWhileStopping(this, texts_.Get("ui_stopping_title"), texts_.Get("ui_stopping_text"),
+                        [&] { return one ? one->Running() : manager.IsAnyGroupRunning(); });
+  if (!stopped) Inform(texts_.Get("ui_not_stopped"));
+  return stopped;
+}
+
+// A language without texts has no help file; the viewer says so.
+void Flx_AppWnd::ShowHelp() {
+  const int language = application_.language;
+  std::string path;
+  if (language == 0 || language == 1) {
+    path =
+        FileDirWrapper::Join(application_.ProgramFolder(), language == 0 ? "English" : "Chinese");
+    path = FileDirWrapper::Join(path, "Kestrun.chm");
+  }
+  ComnChmDialog dialog(texts_);
+  dialog.SetParentWindow(this);
+  dialog.SetChmFile(path);
+  dialog.Show("1.htm");
+}
+
+void Flx_AppWnd::Exit() {
+  JobGroupManager& manager = application_.Manager();
+  if (manager.IsAnyJobActive()) {
+    if (!Ask(texts_.Get("msg_ask_exit"))) return;
+  }
+  if (manager.IsAnyGroupRunning() && !StopAndWait(-1)) return;
+  Leave();
+}
+
+void Flx_AppWnd::Leave() {
+  if (leaving_) return;
+  leaving_ = true;
+  settings_->Commit();
+  application_.running = false;
+  application_.Intake().Cancel();
+  if (application_.Manager().IsAnyGroupRunning()) StopAndWait(-1);
+  // An open menu waits for an answer of its own.
+  if (Fl_Window* menu = Fl::grab()) {
+    Fl::e_keysym = FL_Escape;
+    menu->handle(FL_KEYBOARD);
+  }
+  // Dialogs that wait for their window to close end with it.
+  while (Fl_Window* window = Fl::first_window()) window->hide();
+}

@@ -1,0 +1,61 @@
+// The main window's actions that open dialogs of settings, and the post-processor.
+
+#include <algorithm>
+
+#include "core/PostResult.h"
+#include "ui/dialogs/Flx_About.h"
+#include "ui/dialogs/Flx_Configuration.h"
+#include "ui/dialogs/Flx_MppSettings.h"
+#include "ui/dialogs/Flx_RestartJob.h"
+#include "ui/text/Text.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "util/files/FileDirWrapper.h"
+
+void Flx_AppWnd::AddRestart() {
+  const auto group = Group();
+  if (!group) return;
+  JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
+  {
+    Flx_RestartJob dialog(this, application_);
+    RunDialog(dialog);
+    request.restartFile = dialog.RestartFile();
+    request.jobFile = dialog.InputFile();
+  }
+  if (request.restartFile.empty()) return;
+  request.groupId = group->Id();
+  application_.Intake().Add(request);
+}
+
+void Flx_AppWnd::RunPost() {
+  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
+  PostSource source;
+  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& job) { source = PostSourceOf(job); });
+  if (source.folder.empty()) return Inform(texts_.Get("msg_curpath_empty"));
+  if (source.status != JobStatus::kFinished) return Inform(texts_.Get("msg_run_post"));
+  if (IsCompensation(source)) return Inform(texts_.Get("msg_open_scp"));
+  const std::vector<std::string> paths = PostResults(source);
+  if (paths.empty()) return Inform(texts_.Get("msg_not_run_post"));
+  const auto result = std::find_if(paths.begin(), paths.end(), FileDirWrapper::FileExists);
+  if (result == paths.end())
+    return Inform(texts_.Get("msg_not_exist") + "\n" + ToUi(paths.front()));
+  Say(texts_.Format("ui_post_opens", ToUi(*result)));
+  application_.OpenResult(*result);
+}
+
+void Flx_AppWnd::OpenMppSettings() {
+  Flx_MppSettings dialog(this, application_);
+  dialog.OnGroup = [this] { Refresh(); };
+  dialog.OnNote = [this](const std::string& text) { Say(text); };
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::Configure() {
+  Flx_Configuration dialog(this, application_);
+  dialog.OnSwitched = [this] { Refresh(); };
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::ShowAbout() {
+  Flx_About dialog(this, application_.language, application_.SettingsAndFiles().workFolder);
+  RunDialog(dialog);
+}

@@ -1,0 +1,129 @@
+// Keys, menus, cells and drops of the main window.
+
+#include <FL/Fl.H>
+#include <FL/Fl_Menu_Item.H>
+
+#include "ui/fltk/Theme.h"
+#include "ui/window/Flx_AppWnd.h"
+
+namespace {
+
+constexpr Action kSeparator = Action::kExit;
+
+}  // namespace
+
+int Flx_AppWnd::handle(int event) {
+  switch (event) {
+    case FL_DND_ENTER:
+    case FL_DND_DRAG:
+      Fl::belowmouse(this);  // not a widget of it
+      return 1;
+    case FL_DND_LEAVE:
+    case FL_DND_RELEASE:
+      return 1;
+    case FL_PASTE:
+      // Later: the program that the drag came from waits for this event's end.
+      dropped_ = Fl::event_text() ? Fl::event_text() : "";
+      Fl::add_timeout(0, TakeDropped, this);
+      return 1;
+    case FL_KEYBOARD:  // what the widget with the focus did not take
+    case FL_SHORTCUT: {
+      Action action;
+      if (ActionOfKey(action)) return Perform(action), 1;
+      if (event == FL_SHORTCUT && Fl::event_key() == FL_Escape) {
+        // Does not close the window; it leads back to the table.
+        if (Table()) Table()->TakeFocus();
+        return 1;
+      }
+      break;
+    }
+    default:
+      break;
+  }
+  return Fl_Double_Window::handle(event);
+}
+
+bool Flx_AppWnd::SolverEnabledFor(Action action) const {
+  switch (action) {
+    case Action::kAddDyna:
+    case Action::kAddRestart:
+    case Action::kAddFolder:
+      return application_.SolverEnabled(Settings::kLsDynaSingle);
+    case Action::kAddVorel:
+      return application_.SolverEnabled(Settings::kVorel);
+    case Action::kAddInc:
+      return application_.SolverEnabled(Settings::kInc);
+    default:
+      return true;
+  }
+}
+
+bool Flx_AppWnd::CanPerform(Action action) const {
+  if (!SolverEnabledFor(action)) return false;
+  switch (action) {
+    case Action::kDeleteAll:
+      return Group() && Group()->JobCount() > 0;
+    case Action::kDeleteGroup:
+      return application_.Manager().GroupCount() > 1;
+    default:
+      return true;
+  }
+}
+
+void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
+  std::vector<Fl_Menu_Item> items;
+  std::vector<Action> meanings;
+  for (const Action action : actions) {
+    if (action == kSeparator) {
+      if (!items.empty()) items.back().flags |= FL_MENU_DIVIDER;
+      continue;
+    }
+    const ActionInfo& info = InfoOf(action);
+    Fl_Menu_Item item = {};
+    item.text = texts_.Get(info.menuKey).c_str();
+    item.shortcut_ = info.shortcut;
+    item.flags = CanPerform(action) ? 0 : FL_MENU_INACTIVE;
+    item.labeltype_ = Theme::kMenuLabel;
+    item.labelsize_ = Layout::kFontSize;
+    items.push_back(item);
+    meanings.push_back(action);
+  }
+  items.push_back(Fl_Menu_Item{});
+  const Fl_Menu_Item* picked = items.front().popup(x, y);
+  if (picked && picked->text) Perform(meanings[static_cast<std::size_t>(picked - items.data())]);
+}
+
+void Flx_AppWnd::OpenJobMenu(int x, int y) {
+  if (CurrentJob()) {
+    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,  Action::kStages,
+           kSeparator,           Action::kSubmit,      Action::kResubmit, Action::kStop,
+           kSeparator,           Action::kMoveUp,      Action::kMoveDown, kSeparator,
+           Action::kDeleteJob,   Action::kDeleteAll,   kSeparator,        Action::kAddDyna,
+           Action::kAddRestart,  Action::kAddVorel,    Action::kAddInc,   Action::kAddFolder},
+          x, y);
+  } else {
+    PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
+           Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
+           Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kReadLog},
+          x, y);
+  }
+}
+
+void Flx_AppWnd::OpenGroupMenu(int x, int y) {
+  PopUp({Action::kRenameGroup, Action::kAddGroup, Action::kDeleteGroup, kSeparator, Action::kSubmit,
+         Action::kStop},
+        x, y);
+}
+
+void Flx_AppWnd::CellPressed(int row, int column) {
+  if (column == JobTable::kMessage) return Perform(Action::kViewMessage);
+  if (column == JobTable::kStages) return Perform(Action::kStages);
+  if (column == JobTable::kSummary) return Perform(Action::kViewSummary);
+  if (column != JobTable::kForce) return;
+  bool on = false;
+  Group()->ReadJob(row, [&](const JobFile& job) {
+    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) on = dyna->useSFile;
+  });
+  if (!Group()->SetUseSFile(row, !on)) Say(texts_.Get("ui_running_fixed"), StatusBar::Tone::kError);
+  Table()->RowChanged(row);
+}

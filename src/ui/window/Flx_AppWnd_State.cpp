@@ -1,0 +1,161 @@
+// How the main window keeps up with the queue.
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+
+#include "ui/text/Text.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "util/files/FileDirWrapper.h"
+
+void Flx_AppWnd::Refresh() {
+  SyncTables();
+  LayOut();
+  for (JobTable* table : tables_) table == Table() ? table->show() : table->hide();
+  if (Table()) Table()->RowsChanged();
+  ShowCurrentJob();
+  ShowTabs();
+  ShowState();
+  ShowTools();
+}
+
+void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
+  JobTable* table = Table();
+  const int shown = table ? table->Group()->Id() : 0;
+  if (table && changes.groups.count(shown)) table->RowsChanged();
+  if (const auto rows = changes.rows.find(shown); table && rows != changes.rows.end()) {
+    for (const int row : rows->second) table->RowChanged(row);
+  }
+  const bool jobs = !changes.groups.empty() || !changes.rows.empty();
+  if (jobs || changes.settings) settings_->Refresh();
+  if (jobs || changes.running) {
+    ShowTabs();
+    ShowState();
+  }
+  if (jobs || changes.running || changes.settings) ShowTools();
+  if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
+  if (changes.intake) ShowIntake(changes);
+  if (!changes.message.empty() && std::chrono::steady_clock::now() > explainedUntil_)
+    status_->ShowMessage(texts_.Word(changes.message), StatusBar::Tone::kError);
+}
+
+void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {
+  if (changes.done >= changes.total) {
+    status_->SetProgress({}, -1);
+    return;
+  }
+  std::string name;
+  FileDirWrapper::FileNameOf(changes.file, name, true);
+  const std::string text = texts_.Format("ui_reading", std::to_string(changes.done + 1),
+                                         std::to_string(changes.total), ToUi(name));
+  const int percent = (changes.done * 100 + std::clamp(changes.percent, 0, 100)) / changes.total;
+  status_->SetProgress(text, percent);
+}
+
+void Flx_AppWnd::SyncTables() {
+  JobGroupManager& manager = application_.Manager();
+  std::vector<JobTable*> old;
+  old.swap(tables_);
+  for (int index = 0; index < manager.GroupCount(); ++index) {
+    const std::shared_ptr<JobGroup> group = manager.GroupAt(index);
+    const auto found = std::find_if(old.begin(), old.end(),
+                                    [&](const JobTable* table) { return table->Group() == group; });
+    if (found == old.end()) {
+      MakeTable(group);
+    } else {
+      tables_.push_back(*found);
+      old.erase(found);
+    }
+  }
+  for (JobTable* table : old) {
+    table->hide();
+    Fl::delete_widget(table);
+  }
+}
+
+void Flx_AppWnd::ShowTabs() {
+  JobGroupManager& manager = application_.Manager();
+  std::vector<GroupTabs::Tab> tabs;
+  for (int index = 0; index < manager.GroupCount(); ++index) {
+    if (const auto group = manager.GroupAt(index))
+      tabs.push_back({ToUi(group->Name()), group->JobCount(), group->Running()});
+  }
+  tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
+}
+
+Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
+  Counts counts;
+  group.ReadJobs([&](int, const JobFile& job) {
+    ++counts.total;
+    if (job.status >= JobStatus::kQueued && job.status <= JobStatus::kAborted)
+      ++counts.of[job.status];
+  });
+  return counts;
+}
+
+void Flx_AppWnd::ShowState() {
+  static const char* const kKeys[] = {"ui_count_queued", "ui_count_waiting", "ui_count_running",
+                                      "ui_count_finished", "ui_count_aborted"};
+  const auto group = Group();
+  const Counts counts = group ? Count(*group) : Counts();
+  if (counts.total == 0) return status_->SetState(texts_.Get("ui_count_none"));
+  std::string text = counts.total == 1
+                         ? texts_.Get("ui_count_job")
+                         : texts_.Format("ui_count_jobs", std::to_string(counts.total));
+  std::string details;
+  for (int status = 0; status <= JobStatus::kAborted; ++status) {
+    if (counts.of[status] == 0) continue;
+    details += (details.empty() ? ": " : ", ") +
+               texts_.Format(kKeys[status], std::to_string(counts.of[status]));
+  }
+  status_->SetState(text + details);
+}
+
+std::string Flx_AppWnd::ToolTip(Action action) const {
+  const ActionInfo& info = InfoOf(action);
+  std::string tip = texts_.Get(info.tipKey);
+  if (info.shortcut)
+    tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
+  return SolverEnabledFor(action) ? tip : texts_.Format("ui_tip_disabled", tip);
+}
+
+void Flx_AppWnd::ShowTools() {
+  for (int tool = 0; tool < Layout::kToolCount; ++tool) {
+    ToolButton* button = tools_[static_cast<std::size_t>(tool)];
+    const Action action = static_cast<Action>(tool);
+    button->SetTip(ToolTip(action));
+    const bool can = CanPerform(action);
+    if (can != (button->active() != 0)) can ? button->activate() : button->deactivate();
+  }
+  const bool dyna = SolverEnabledFor(Action::kAddDyna);
+  texts_.Set("ui_empty_hint", texts_.Stored(dyna ? "ui_empty_hint_dyna" : "ui_empty_hint_drop"));
+}
+
+void Flx_AppWnd::ShowCurrentJob() {
+  if (JobTable* table = Table()) settings_->SetJob(table->Group(), table->CurrentRow());
+}
+
+void Flx_AppWnd::SwitchToGroup(int index) {
+  JobGroupManager& manager = application_.Manager();
+  if (index < 0 || index >= manager.GroupCount()) return;
+  settings_->Commit();
+  JobTable* before = Table();
+  manager.SetCurrentGroup(index);
+  if (JobTable* now = Table(); before && now && now != before) now->CopyColumns(*before);
+  Refresh();
+  if (Table()) Table()->TakeFocus();
+}
+
+void Flx_AppWnd::StepGroup(int by) {
+  const int count = application_.Manager().GroupCount();
+  if (count > 1) SwitchToGroup((application_.Manager().CurrentGroupIndex() + by + count) % count);
+}
+
+void Flx_AppWnd::Say(const std::string& text, StatusBar::Tone tone) {
+  constexpr auto kExplained = std::chrono::milliseconds(500);
+  // What a plain message announces may still fail, and that must be seen.
+  if (tone == StatusBar::Tone::kError && !text.empty())
+    explainedUntil_ = std::chrono::steady_clock::now() + kExplained;
+  status_->ShowMessage(text, tone);
+}

@@ -1,0 +1,227 @@
+#include "ui/window/JobTable.h"
+
+#include <FL/fl_draw.H>
+
+#include <algorithm>
+
+#include "ui/dialogs/CellDrawing.h"
+#include "ui/fltk/Layout.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Text.h"
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr int kCheckSize = 13;
+
+bool HasEnded(int status) {
+  return status == JobStatus::kFinished || status == JobStatus::kAborted;
+}
+
+bool CanViewMessage(int status) {
+  return status == JobStatus::kRunning || HasEnded(status);
+}
+
+}  // namespace
+
+JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
+                   const TextTable& texts, std::function<std::string(int type)> solverName)
+    : Flx_Table(x, y, w, h),
+      group_(std::move(group)),
+      texts_(texts),
+      solverName_(std::move(solverName)) {
+  struct Shape {
+    const char* key;
+    int least, share;  // width, and share of what is left over
+  };
+  const Shape shapes[kColumns] = {{"lab_job_name", 90, 3}, {"lab_in_folder", 90, 5},
+                                  {"lab_solv", 110, 0},    {"lab_mstage", 68, 0},
+                                  {"lab_memory", 66, 0},   {"lab_status", 92, 0},
+                                  {"lab_messag", 70, 0},   {"lab_result", 76, 0},
+                                  {"lab_iforce", 64, 0},   {"lab_other_para", 92, 3}};
+  for (int column = 0; column < kColumns; ++column) {
+    const Shape& shape = shapes[column];
+    AddColumn({texts.Get(shape.key), Layout::kColumnWidths[column], shape.least, shape.share});
+  }
+}
+
+std::shared_ptr<JobFile> JobTable::CurrentJob() const {
+  return group_->GetJob(CurrentRow());
+}
+
+int JobTable::RowCount() const {
+  return group_->JobCount();
+}
+
+JobTable::Row JobTable::ReadRow(int index) const {
+  Row row;
+  int solverType = 0;
+  group_->ReadJob(index, [&](const JobFile& job) {
+    row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
+    row.folder = job.Folder();
+    row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
+    row.statusValue = job.status;
+    JobStatusWord(job.status, row.status);
+    row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
+    row.multiStage = !job.stages.empty();
+    row.other = job.extraOptions;
+    solverType = job.GetSolverType();
+    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) {
+      row.dyna = true;
+      row.force = dyna->useSFile;
+    }
+  });
+  row.solver = ToUi(solverName_(solverType));
+  std::string name;
+  FileDirWrapper::FileNameOf(row.path, name, true);
+  row.name = ToUi(name);
+  row.path = ToUi(row.path);
+  row.folder = ToUi(row.folder);
+  row.other = ToUi(row.other);
+  row.reason = texts_.Word(row.reason);
+  row.status = texts_.Word(row.status);
+  return row;
+}
+
+void JobTable::PrepareRows(int first, int last) {
+  firstRow_ = first;
+  shown_.clear();
+  for (int index = first; index < last; ++index) shown_.push_back(ReadRow(index));
+}
+
+const std::string& JobTable::CellText(const Row& row, int column) const {
+  switch (column) {
+    case kName:
+      return row.name;
+    case kFolder:
+      return row.folder;
+    case kSolver:
+      return row.solver;
+    case kStages:
+      return texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
+    case kMemory:
+      return row.memory;
+    case kStatus:
+      return row.status;
+    case kMessage:
+    case kSummary:
+      return texts_.Get("lab_view");
+    case kForce:
+      return row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
+    default:
+      return row.other;
+  }
+}
+
+void JobTable::DrawCell(const Cell& cell) {
+  const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
+  const std::string& text = CellText(row, cell.column);
+  const CellArea area = {cell.x, cell.y, cell.w, cell.h};
+  CellDrawing::UseFont();
+  fl_color(Theme::kText);
+  switch (cell.column) {
+    case kFolder:
+      fl_color(Theme::kMuted);
+      CellDrawing::Words(area, text, true);
+      break;
+    case kStages:
+      if (row.multiStage) {
+        CellDrawing::Link(area, text, true, cell.hovered);
+      } else {
+        fl_color(Theme::kMuted);
+        CellDrawing::Words(area, text);
+      }
+      break;
+    case kStatus:
+      CellDrawing::StatusWord(area, text, row.statusValue);
+      break;
+    case kMessage:
+      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.statusValue),
+                        cell.hovered);
+      break;
+    case kSummary:
+      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.statusValue), cell.hovered);
+      break;
+    case kForce:
+      DrawCheck(cell, row);
+      break;
+    default:
+      CellDrawing::Words(area, text);
+  }
+}
+
+void JobTable::DrawCheck(const Cell& cell, const Row& row) {
+  if (!row.dyna) {
+    fl_color(Theme::kDisabledText);
+    CellDrawing::Words({cell.x, cell.y, cell.w, cell.h}, CellText(row, kForce));
+    return;
+  }
+  const bool enabled = row.statusValue != JobStatus::kRunning;
+  const int x = cell.x + CellDrawing::kPadding;
+  const int y = cell.y + (cell.h - kCheckSize) / 2;
+  const Fl_Color on = enabled ? Theme::kAccent : Theme::kDisabledText;
+  const Fl_Color line = enabled && cell.hovered ? Theme::kAccent : Theme::kLine;
+  Theme::DrawRounded(x, y, kCheckSize, kCheckSize, row.force ? on : Theme::kSurface,
+                     row.force ? on : line);
+  if (row.force) {
+    fl_color(Theme::kSurface);
+    fl_line_style(FL_SOLID, 2);
+    fl_line(x + 3, y + 6, x + 5, y + 9, x + 9, y + 3);
+    fl_line_style(0);
+  }
+  fl_color(enabled ? Theme::kText : Theme::kDisabledText);
+  constexpr int kIndent = kCheckSize + 5;
+  CellDrawing::Words({cell.x + kIndent, cell.y, cell.w - kIndent, cell.h}, CellText(row, kForce));
+}
+
+void JobTable::DrawEmpty(int x, int y, int w, int h) {
+  const std::string& title = texts_.Get("ui_empty_title");
+  const std::string& hint = texts_.Get("ui_empty_hint");
+  fl_color(Theme::kText);
+  fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
+  fl_draw(title.c_str(), x, y + h / 2 - 22, w, 20, FL_ALIGN_CENTER, nullptr, 0);
+  fl_color(Theme::kMuted);
+  CellDrawing::UseFont();
+  fl_draw(FitHead(hint, w - 2 * CellDrawing::kPadding).c_str(), x, y + h / 2, w, 20,
+          FL_ALIGN_CENTER, nullptr, 0);
+}
+
+bool JobTable::IsButton(int row, int column) {
+  switch (column) {
+    case kMessage:
+    case kSummary:
+      return true;  // says why when there is nothing to view
+    case kStages:
+      return ReadRow(row).multiStage;
+    case kForce:
+      return ReadRow(row).dyna;
+    default:
+      return false;
+  }
+}
+
+std::string JobTable::CellTip(int index, int column) {
+  const Row row = ReadRow(index);
+  switch (column) {
+    case kName:
+    case kFolder:
+      return row.path;
+    case kStatus:
+      return row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
+    case kForce:
+      return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
+    case kOther:
+      return row.other;
+    default:
+      return {};
+  }
+}
+
+int JobTable::NeededWidth(int column) {
+  int needed = 0;
+  for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
+    needed = std::max(needed, CellDrawing::Width(CellText(ReadRow(index), column)));
+  if (column == kStatus) needed += CellDrawing::kStateIcon;
+  if (column == kForce) needed += kCheckSize;
+  return std::max(needed, 60);
+}

@@ -1,0 +1,70 @@
+// The jobs of one group as a table.
+#ifndef KR_UI_WINDOW_JOBTABLE_H
+#define KR_UI_WINDOW_JOBTABLE_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/JobGroup.h"
+#include "ui/fltk/Flx_Table.h"
+#include "ui/text/Language.h"
+
+// Reads the group's jobs when it draws them and keeps nothing but the rows on the screen. Interface
+// thread.
+class JobTable : public Flx_Table {
+ public:
+  enum Column {
+    kName,
+    kFolder,
+    kSolver,
+    kStages,
+    kMemory,
+    kStatus,
+    kMessage,
+    kSummary,
+    kForce,
+    kOther,
+    kColumns
+  };
+
+  // `solverName` gives the name of a solver type. The texts outlive the table.
+  JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, const TextTable& texts,
+           std::function<std::string(int type)> solverName);
+
+  const std::shared_ptr<JobGroup>& Group() const { return group_; }
+
+  // Null when no row is current.
+  std::shared_ptr<JobFile> CurrentJob() const;
+
+ protected:
+  int RowCount() const override;
+  void PrepareRows(int first, int last) override;
+  void DrawCell(const Cell& cell) override;
+  void DrawEmpty(int x, int y, int w, int h) override;
+  bool IsButton(int row, int column) override;
+  std::string CellTip(int row, int column) override;
+  int NeededWidth(int column) override;
+
+ private:
+  // What a row shows, in UTF-8.
+  struct Row {
+    std::string name, path, folder, solver, memory, status, other, reason;
+    int statusValue = 0;
+    bool multiStage = false;
+    bool dyna = false;
+    bool force = false;
+  };
+  Row ReadRow(int index) const;
+  const std::string& CellText(const Row& row, int column) const;
+  void DrawCheck(const Cell& cell, const Row& row);
+
+  std::shared_ptr<JobGroup> group_;
+  const TextTable& texts_;
+  std::function<std::string(int)> solverName_;
+  int firstRow_ = 0;  // the row of shown_[0]
+  std::vector<Row> shown_;
+};
+
+#endif

@@ -1,0 +1,58 @@
+// Carries what the queue tells from its threads to the interface thread.
+#ifndef KR_UI_WINDOW_QUEUENOTES_H
+#define KR_UI_WINDOW_QUEUENOTES_H
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "core/QueueObserver.h"
+
+// What changed since the interface looked last.
+struct QueueChanges {
+  std::map<int, std::set<int>> rows;  // job indices by group id
+  std::set<int> groups;               // groups whose list changed
+  bool running = false;               // a group's thread began or ended
+  bool settings = false;
+  bool intake = false;
+  int done = 0, total = 0, percent = 0;  // of the intake
+  std::string file;
+  std::string message;  // the last line of the log
+};
+
+// The observer's calls only take a note and wake the interface, once until it has looked. What
+// takes the interface long to show is shown less often, so that thousands of changes do not keep it
+// busy. Outlives the manager that it observes.
+class QueueNotes : public QueueObserver {
+ public:
+  QueueNotes() = default;
+  ~QueueNotes() override;
+
+  // Called on the interface thread after something changed. Set before the manager observes.
+  std::function<void(const QueueChanges& changes)> OnChanges;
+
+  void JobStatusChanged(int groupId, int jobIndex, int status) override;
+  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override;
+  void JobsChanged(int groupId) override;
+  void GroupRunChanged(int groupId) override;
+  void SettingsChanged() override;
+  void IntakeProgress(int done, int total, const std::string& file, int percent) override;
+  void Logged(const std::string& message) override;
+
+ private:
+  template <typename Note>
+  void Take(Note note);
+  static void Wake(void* self);
+  static void DeliverLater(void* self);
+  void Deliver();
+
+  std::mutex mutex_;
+  QueueChanges changes_;
+  bool awake_ = false;  // the interface has been woken and has not looked yet
+  std::chrono::steady_clock::time_point next_;  // not delivered before; interface thread
+};
+
+#endif

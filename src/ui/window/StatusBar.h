@@ -1,0 +1,44 @@
+// The line at the bottom of the main window.
+#ifndef KR_UI_WINDOW_STATUSBAR_H
+#define KR_UI_WINDOW_STATUSBAR_H
+
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Group.H>
+
+#include <functional>
+#include <string>
+
+// From the left: what the queue does, the last message for a while, the reading of decks with its
+// progress and a button that gives it up. Texts are UTF-8. Interface thread.
+class StatusBar : public Fl_Group {
+ public:
+  enum class Tone { kPlain, kError };
+
+  StatusBar(int x, int y, int w, int h, const std::string& cancelText);
+  ~StatusBar() override;
+
+  void SetState(const std::string& text);
+  // Shown for some seconds; an error longer. An empty text takes the message away.
+  void ShowMessage(const std::string& text, Tone tone);
+  // A negative percentage ends the display.
+  void SetProgress(const std::string& text, int percent);
+
+  std::function<void()> OnCancel;
+
+  void draw() override;
+  void resize(int x, int y, int w, int h) override;
+
+ private:
+  static void MessageTimeout(void* self);
+  int ProgressX() const;
+
+  Fl_Button* cancel_;
+  std::string state_;
+  std::string message_;
+  std::string tip_;  // the texts that the line is too short for
+  Tone tone_ = Tone::kPlain;
+  std::string progressText_;
+  int percent_ = -1;
+};
+
+#endif

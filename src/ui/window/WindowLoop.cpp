@@ -1,0 +1,55 @@
+#include "ui/window/WindowLoop.h"
+
+#include <FL/Fl.H>
+
+#include "core/Application.h"
+#include "ui/fltk/Icons.h"
+#include "ui/fltk/Theme.h"
+#include "ui/fltk/ToolkitTexts.h"
+#include "ui/text/Language.h"
+#include "ui/window/AutoRun.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "ui/window/ProgramOptions.h"
+#include "ui/window/QueueNotes.h"
+#include "ui/window/Termination.h"
+
+namespace {
+
+struct PollData {
+  Application& application;
+  AutoRun& autoRun;
+};
+
+void Poll(void* data) {
+  auto* poll = static_cast<PollData*>(data);
+  if (!poll->application.Tick()) return;
+  poll->autoRun.AfterTick();
+  Fl::repeat_timeout(Application::kPollSeconds, Poll, data);
+}
+
+}  // namespace
+
+void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
+               const std::string& failure) {
+  Fl::lock();  // other threads wake the event loop
+  Theme::Apply(application.language);
+  SetProgramIcon();
+  TextTable texts;
+  FillTexts(application.language, application.Title(), texts);
+  SetToolkitTexts(texts);
+  Flx_AppWnd window(application, notes, texts);
+  AutoRun autoRun(application, window, options);
+  OnTermination([&window] { window.Leave(); });
+  PollData poll{application, autoRun};
+  Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
+  window.show();
+  if (!failure.empty()) application.Manager().Observer().Logged(failure);
+  OnDisplayLost([&application] {
+    application.SettingsAndFiles().Log().NoteLine("The display is gone; Kestrun ends");
+    application.Shutdown();
+  });
+  Fl::run();
+  Fl::remove_timeout(Poll, &poll);
+  OnTermination(nullptr);
+  OnDisplayLost(nullptr);
+}

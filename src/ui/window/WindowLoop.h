@@ -1,0 +1,16 @@
+// The main window from its opening to its end. Interface thread.
+#ifndef KR_UI_WINDOW_WINDOWLOOP_H
+#define KR_UI_WINDOW_WINDOWLOOP_H
+
+#include <string>
+
+class Application;
+class QueueNotes;
+struct ProgramOptions;
+
+// Shows the window and handles events, the polls among them, until it is closed. `failure`, when
+// not empty, stands in its status bar.
+void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
+               const std::string& failure);
+
+#endif
