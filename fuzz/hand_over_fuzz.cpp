@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include "core/HandOverFormat.h"
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "core/HostFileText.h"
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 #include "ScratchSettings.h"
 
 // The hosts as they can stand in the file, without line breaks and blanks behind them.

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "core/ApplicationSystem.h"
 #include "core/HandOver.h"
 #include "core/JobGroupManager.h"
 #include "core/JobIntake.h"
 #include "core/SettingsAndPaths.h"
+#include "core/SystemServices.h"
 #include "solvers/JobSolver.h"
 
 // One a process. Interface thread.

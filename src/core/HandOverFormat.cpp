@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 

@@ -1,7 +1,7 @@
 // The host file and the group file.
 #include "core/HostFileText.h"
 #include "core/SettingsAndPaths.h"
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 
 namespace {
 

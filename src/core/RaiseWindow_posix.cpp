@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "core/ApplicationSystem.h"
+#include "core/SystemServices.h"
 
 namespace {
 

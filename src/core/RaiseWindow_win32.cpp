@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "core/ApplicationSystem.h"
+#include "core/SystemServices.h"
 
 bool RaiseWindow(const std::string& title) {
   const HWND window = FindWindowA(nullptr, title.c_str());

@@ -5,7 +5,7 @@
 #include <variant>
 
 #include "core/SettingsAndPaths.h"
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 #include "util/text/StrWrapper.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "jobs/DeckReader.h"
+#include "jobs/DeckLines.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "util/files/FileDirWrapper.h"
@@ -66,7 +66,7 @@ std::optional<double> Number(const std::string& field) {
 class EndTimeSearch {
  public:
   void Read(const std::string& deck) {
-    DeckReader reader;
+    DeckLines reader;
     if (!reader.Open(deck)) return;
     std::string_view line;
     bool more = reader.NextCard(line);
@@ -114,7 +114,7 @@ class EndTimeSearch {
 
   // Hands out the lines below a keyword; the next keyword is then in `line`. False at the end.
   template <typename Take>
-  static bool ReadCards(DeckReader& reader, std::string_view& line, const Take& take) {
+  static bool ReadCards(DeckLines& reader, std::string_view& line, const Take& take) {
     while (reader.NextLine(line)) {
       if (line.starts_with('*')) return true;
       if (!line.starts_with('$')) take(line);

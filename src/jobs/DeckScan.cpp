@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "jobs/DeckReader.h"
+#include "jobs/DeckLines.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 
@@ -93,7 +93,7 @@ std::uint64_t CardMemory(std::string_view rest) {
 
 class DeckScanner {
  public:
-  DeckScanner(DeckReader& reader, DeckFacts& facts) : reader_(reader), facts_(facts) {}
+  DeckScanner(DeckLines& reader, DeckFacts& facts) : reader_(reader), facts_(facts) {}
 
   void ScanAll() {
     for (std::string_view line; reader_.NextCard(line);) {
@@ -217,7 +217,7 @@ class DeckScanner {
     }
   }
 
-  DeckReader& reader_;
+  DeckLines& reader_;
   DeckFacts& facts_;
   bool insideCase_ = false;
 };
@@ -230,7 +230,7 @@ Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts&
     if (hooks.report) hooks.report("File [" + shown + "] does not exist");
     return Outcome::kFailed;
   }
-  DeckReader reader;
+  DeckLines reader;
   reader.SetProgress(hooks.progress);
   bool readable = reader.Open(path);
   if (readable) {

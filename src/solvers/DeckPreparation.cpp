@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "jobs/DeckReader.h"
+#include "jobs/DeckLines.h"
 #include "jobs/StageDecks.h"
 #include "solvers/KeywordCards.h"
 #include "solvers/NewFile.h"
@@ -36,7 +36,7 @@ struct DeckResults {
 };
 
 // The name behind an INCLUDE card, when a comment between says that it is a result.
-void ReadInclude(DeckReader& reader, std::vector<std::string>& results) {
+void ReadInclude(DeckLines& reader, std::vector<std::string>& results) {
   constexpr int kMostComments = 1000;
   bool isResult = false;
   std::string name;
@@ -57,7 +57,7 @@ void ReadInclude(DeckReader& reader, std::vector<std::string>& results) {
   if (isResult && !name.empty()) results.push_back(name);
 }
 
-DeckResults FindResults(DeckReader& reader) {
+DeckResults FindResults(DeckLines& reader) {
   DeckResults results;
   for (std::string_view line; reader.NextCard(line);) {
     if (line[0] != '*') continue;
@@ -72,7 +72,7 @@ DeckResults FindResults(DeckReader& reader) {
   return results;
 }
 
-void ReadNodes(DeckReader& reader, CardFormat format, NodeSet& nodes) {
+void ReadNodes(DeckLines& reader, CardFormat format, NodeSet& nodes) {
   for (std::string_view line; reader.NextLine(line);) {
     if (line.empty() || line[0] == '$') continue;
     if (line[0] == '*') {
@@ -83,7 +83,7 @@ void ReadNodes(DeckReader& reader, CardFormat format, NodeSet& nodes) {
   }
 }
 
-void ReadResult(DeckReader& reader, CardFormat format, NodeSet& nodes) {
+void ReadResult(DeckLines& reader, CardFormat format, NodeSet& nodes) {
   for (std::string_view line; reader.NextCard(line);) {
     if (line[0] != '*') continue;
     const Keyword keyword = ParseKeyword(line, format);
@@ -294,7 +294,7 @@ bool PrepareDeck(const std::string& deckPath,
                  const std::atomic<bool>& stop) {
   const std::string deck = FileDirWrapper::AbsolutePath(deckPath);
   const auto goOn = [&stop](std::uint64_t, std::uint64_t) { return !stop; };
-  DeckReader deckReader;
+  DeckLines deckReader;
   deckReader.SetProgress(goOn);
   const bool opened = deckReader.Open(deck);
   const DeckResults results = opened ? FindResults(deckReader) : DeckResults();
@@ -308,7 +308,7 @@ bool PrepareDeck(const std::string& deckPath,
   NodeSet nodes;
   for (const std::string& name : results.files) {
     const std::string file = IncludedPath(deck, name);
-    DeckReader reader;
+    DeckLines reader;
     reader.SetProgress(goOn);
     const bool found = reader.Open(file);
     if (found) ReadResult(reader, results.format, nodes);

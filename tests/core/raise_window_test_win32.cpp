@@ -1,7 +1,7 @@
 // The window of a real second process, raised as a second copy of the program does it.
 #include <windows.h>
 
-#include "core/ApplicationSystem.h"
+#include "core/SystemServices.h"
 #include "CoreFixture.h"
 #include "util/process/PTWrapper.h"
 

@@ -1,6 +1,6 @@
 // Jobs with stages: how decks become them, how they are changed, and how a group runs them.
 #include "core/JobIntake.h"
-#include "core/StopSwitch.h"
+#include "core/SenseSwitch.h"
 #include "GroupFixture.h"
 
 namespace {
@@ -120,15 +120,15 @@ TEST_F(Stages, StopEndsTheStageThatRunsAndResubmitGoesOnFromIt) {
 }
 
 TEST_F(Stages, TheRequestToStopGoesToTheStageThatRuns) {
-  EXPECT_EQ(AskSolverToStop(*manager_), StopSwitch::kNoJob);
+  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kNoJob);
   const auto job = JobWith({"", "run 60"});
   for (const char* other : {"main/bg_switch", "stage0/bg_switch"}) home_.Write(other, "");
   Group()->AddJob(job);
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return HasMessages(*job->stages[1]); }));
-  EXPECT_EQ(AskSolverToStop(*manager_), StopSwitch::kNoSwitch);
+  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kNoSwitch);
   home_.Write("stage1/bg_switch", "");
-  EXPECT_EQ(AskSolverToStop(*manager_), StopSwitch::kAsked);
+  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kAsked);
   EXPECT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Statuses(), (std::vector<int>{3, 3})) << "it wrote its dump and ended well";
   EXPECT_FALSE(std::filesystem::exists(home_ / "main/d3kil"));

@@ -9,9 +9,9 @@
 
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/Theme.h"
+#include "ui/text/Encoding.h"
+#include "ui/text/InterfaceTexts.h"
 #include "ui/text/Language.h"
-#include "ui/text/LanguageTexts.h"
-#include "ui/text/Text.h"
 
 namespace {
 

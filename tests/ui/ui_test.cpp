@@ -7,7 +7,7 @@
 #include "ui/dialogs/DialogLayout.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/text/Language.h"
-#include "ui/window/DropTarget.h"
+#include "ui/window/KeywordFiles.h"
 #include "ui/window/ProgramOptions.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "ui/fltk/Icons.h"
 #include "ui/fltk/Layout.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace CellDrawing {
 

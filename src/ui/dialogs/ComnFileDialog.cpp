@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ui/fltk/FileChooser.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 

@@ -4,7 +4,7 @@
 #include <FL/Fl_Tooltip.H>
 
 #include "ui/dialogs/ComnMsgBox.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/Icons.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

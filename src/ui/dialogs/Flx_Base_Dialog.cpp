@@ -5,7 +5,7 @@
 #include "ui/dialogs/DialogWidgets.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 Flx_Base_Dialog::~Flx_Base_Dialog() {
   // Widgets that fired last must not wait in the queue for the next dialog.

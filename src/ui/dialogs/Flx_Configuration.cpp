@@ -6,7 +6,7 @@
 #include <FL/Fl_Input.H>
 
 #include "ui/dialogs/ComnFileDialog.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

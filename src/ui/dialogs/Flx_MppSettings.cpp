@@ -6,10 +6,10 @@
 
 #include <algorithm>
 
-#include "core/StopSwitch.h"
+#include "core/SenseSwitch.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/MpiKinds.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 
@@ -155,8 +155,8 @@ bool Flx_MppSettings::Initialise() {
   ShowGroups();
   auto* area = Find<Fl_Scroll>("ID_SCROLL1");
   area->type(Fl_Scroll::VERTICAL);
-  hosts_ = std::make_unique<HostTable>(*area, settings_,
-                                       [this](const std::string& key) { return Shown(key); });
+  hosts_ = std::make_unique<HostEditor>(*area, settings_,
+                                        [this](const std::string& key) { return Shown(key); });
   hosts_->Rebuild();
   ShowCurrentGroup();
   auto* close = Find<Fl_Button>("ID_BUTTON3");
@@ -265,8 +265,8 @@ void Flx_MppSettings::ReloadHostFile() {
 }
 
 void Flx_MppSettings::StopRunning() {
-  const StopSwitch result = AskSolverToStop(application_.Manager());
-  if (result == StopSwitch::kAsked && OnNote) OnNote(Shown("asked"));
-  if (result != StopSwitch::kNoSwitch) return;
+  const SenseSwitch result = AskSolverToStop(application_.Manager());
+  if (result == SenseSwitch::kAsked && OnNote) OnNote(Shown("asked"));
+  if (result != SenseSwitch::kNoSwitch) return;
   InformOver(Window(), ToUi(application_.Title()), Shown("lab_mpp_bg_exist"), Shown("ok"));
 }

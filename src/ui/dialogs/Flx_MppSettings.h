@@ -14,7 +14,7 @@
 #include "core/Application.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
-#include "ui/dialogs/HostTable.h"
+#include "ui/dialogs/HostEditor.h"
 
 // A field is stored when it is left, a choice at once. The group that is chosen becomes the current
 // one, so that what is shown and what "Stop Running" stops belong together.
@@ -60,7 +60,7 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   Fl_Choice* mpi_ = nullptr;
   Fl_Input* memory_ = nullptr;
   ChoiceEntries groupEntries_, mpiEntries_;
-  std::unique_ptr<HostTable> hosts_;
+  std::unique_ptr<HostEditor> hosts_;
 };
 
 #endif

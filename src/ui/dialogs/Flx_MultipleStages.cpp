@@ -11,7 +11,7 @@
 #include "ui/dialogs/DialogRow.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

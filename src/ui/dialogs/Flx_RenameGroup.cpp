@@ -3,7 +3,7 @@
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Input.H>
 
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

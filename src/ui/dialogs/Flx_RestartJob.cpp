@@ -7,7 +7,7 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

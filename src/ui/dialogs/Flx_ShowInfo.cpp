@@ -16,8 +16,8 @@
 
 #include "ui/dialogs/DialogRow.h"
 #include "ui/fltk/Theme.h"
+#include "ui/text/Encoding.h"
 #include "ui/text/Language.h"
-#include "ui/text/Text.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "ui/dialogs/CellDrawing.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,

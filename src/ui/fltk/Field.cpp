@@ -5,7 +5,7 @@
 
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "ui/fltk/Flx_Table.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

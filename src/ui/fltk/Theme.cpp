@@ -8,7 +8,7 @@
 #include "jobs/JobFile.h"
 #include "ui/fltk/Layout.h"
 #include "ui/fltk/ThemeFonts.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "ui/help/ComnChmDialog.h"
 
 #include "ui/dialogs/ComnMsgBox.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "ui/text/Language.h"
 
-#include "ui/text/LanguageTexts.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
+#include "ui/text/InterfaceTexts.h"
 
 namespace {
 

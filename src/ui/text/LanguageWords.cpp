@@ -1,5 +1,5 @@
 // What the core and the drivers say, in Chinese.
-#include "ui/text/LanguageTexts.h"
+#include "ui/text/InterfaceTexts.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "ui/fltk/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/ComnChmDialog.h"
-#include "ui/help/TextWindow.h"
+#include "ui/help/TextViewer.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
-  TextWindow::CloseAll();
+  TextViewer::CloseAll();
   ComnChmDialog::CloseViewer();
 }
 
@@ -114,7 +114,7 @@ void Flx_AppWnd::ConnectParts() {
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
   status_->OnCancel = [this] { application_.Intake().Cancel(); };
   application_.TextFallback = [this](const std::string& path) {
-    return TextWindow::Show(path, texts_);
+    return TextViewer::Show(path, texts_);
   };
   notes_.OnChanges = [this](const QueueChanges& changes) { TakeChanges(changes); };
   application_.Manager().SetObserver(&notes_);

@@ -9,10 +9,10 @@
 #include "ui/dialogs/Flx_RenameGroup.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
 #include "ui/help/ComnChmDialog.h"
-#include "ui/text/Text.h"
-#include "ui/window/DropTarget.h"
+#include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
-#include "ui/window/StopWindow.h"
+#include "ui/window/KeywordFiles.h"
+#include "ui/window/StoppingWindow.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

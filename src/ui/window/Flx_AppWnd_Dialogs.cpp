@@ -7,7 +7,7 @@
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
 #include "ui/dialogs/Flx_RestartJob.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
 

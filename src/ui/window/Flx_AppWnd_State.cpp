@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
 

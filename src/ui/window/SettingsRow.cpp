@@ -9,7 +9,7 @@
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include "ui/fltk/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include "ui/fltk/ToolkitTexts.h"
 #include "ui/text/Language.h"
 #include "ui/window/AutoRun.h"
+#include "ui/window/EndRequests.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/ProgramOptions.h"
 #include "ui/window/QueueNotes.h"
-#include "ui/window/Termination.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   SetToolkitTexts(texts);
   Flx_AppWnd window(application, notes, texts);
   AutoRun autoRun(application, window, options);
-  OnTermination([&window] { window.Leave(); });
+  OnEndRequest([&window] { window.Leave(); });
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
@@ -50,6 +50,6 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   });
   Fl::run();
   Fl::remove_timeout(Poll, &poll);
-  OnTermination(nullptr);
+  OnEndRequest(nullptr);
   OnDisplayLost(nullptr);
 }

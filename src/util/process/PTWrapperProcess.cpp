@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "util/process/ProcessKill.h"
+#include "util/process/ProcessByName.h"
 #include "util/process/PTWrapper.h"
 
 namespace {

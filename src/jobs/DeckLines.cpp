@@ -1,4 +1,4 @@
-#include "jobs/DeckReader.h"
+#include "jobs/DeckLines.h"
 
 #include <algorithm>
 #include <bit>
@@ -62,13 +62,13 @@ const char* FindCard(const char* from, const char* end) {
 
 }  // namespace
 
-bool DeckReader::Open(const std::string& path) {
+bool DeckLines::Open(const std::string& path) {
   if (!file_.Open(path)) return false;
   buffer_ = std::make_unique_for_overwrite<char[]>(kBlock);
   return true;
 }
 
-bool DeckReader::Fill() {
+bool DeckLines::Fill() {
   if (progress_ && done_ >= nextProgress_ && !stopped_) {
     stopped_ = !progress_(done_, file_.Size());
     nextProgress_ = done_ + kProgressStep;
@@ -83,7 +83,7 @@ bool DeckReader::Fill() {
   return size > 0;
 }
 
-bool DeckReader::NextCard(std::string_view& line) {
+bool DeckLines::NextCard(std::string_view& line) {
   if (again_ && !last_.empty() && BeginsCard(last_[0])) return NextLine(line);
   again_ = false;
   while (next_ != end_ || Fill()) {
@@ -101,7 +101,7 @@ bool DeckReader::NextCard(std::string_view& line) {
   return false;
 }
 
-bool DeckReader::NextLine(std::string_view& line) {
+bool DeckLines::NextLine(std::string_view& line) {
   if (!again_) {
     if (next_ == end_ && !Fill()) return false;
     TakeLine();
@@ -111,7 +111,7 @@ bool DeckReader::NextLine(std::string_view& line) {
   return true;
 }
 
-void DeckReader::TakeLine() {
+void DeckLines::TakeLine() {
   const char* lineEnd = LineEnd(next_, end_);
   if (lineEnd != nullptr) {
     last_ = {next_, static_cast<std::size_t>(lineEnd - next_)};

@@ -2,7 +2,7 @@
 
 #include <shellapi.h>
 
-#include "core/ApplicationSystem.h"
+#include "core/SystemServices.h"
 
 // The system keeps the environment safe for threads.
 void ReserveEnvironment() {}

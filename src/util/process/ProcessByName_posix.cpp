@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "util/process/ProcessKill.h"
+#include "util/process/ProcessByName.h"
 #include "util/process/ProcessTable_posix.h"
 #include "util/process/PTWrapper.h"
 

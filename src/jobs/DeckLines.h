@@ -1,6 +1,6 @@
 // Reads a keyword deck line by line, passing quickly over what is not a keyword or a comment.
-#ifndef KR_JOBS_DECKREADER_H
-#define KR_JOBS_DECKREADER_H
+#ifndef KR_JOBS_DECKLINES_H
+#define KR_JOBS_DECKLINES_H
 
 #include <cstdint>
 #include <functional>
@@ -13,7 +13,7 @@
 
 // Lines come without their end (LF or CRLF) and cut to kLongestLine bytes. A line is valid until
 // the next call. Memory is bounded whatever the file holds. One thread at a time.
-class DeckReader {
+class DeckLines {
  public:
   static constexpr std::size_t kLongestLine = 4096;
 

@@ -1,4 +1,4 @@
-#include "core/TextLines.h"
+#include "core/SmallTextFile.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // What the application does in a different way on each system.
-#ifndef KR_CORE_APPLICATIONSYSTEM_H
-#define KR_CORE_APPLICATIONSYSTEM_H
+#ifndef KR_CORE_SYSTEMSERVICES_H
+#define KR_CORE_SYSTEMSERVICES_H
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // What is dropped on the window, and the keyword files of a folder.
-#ifndef KR_UI_WINDOW_DROPTARGET_H
-#define KR_UI_WINDOW_DROPTARGET_H
+#ifndef KR_UI_WINDOW_KEYWORDFILES_H
+#define KR_UI_WINDOW_KEYWORDFILES_H
 
 #include <string>
 #include <vector>

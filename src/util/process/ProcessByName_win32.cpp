@@ -2,7 +2,7 @@
 // After windows.h, whose types they need.
 #include <tlhelp32.h>
 
-#include "util/process/ProcessKill.h"
+#include "util/process/ProcessByName.h"
 #include "util/process/PTWrapper.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "core/ApplicationSystem.h"
+#include "core/SystemServices.h"
 #include "solvers/JobSolver.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/ChildStart_posix.h"

@@ -1,6 +1,6 @@
 // Small text files of our own, read whole.
-#ifndef KR_CORE_TEXTLINES_H
-#define KR_CORE_TEXTLINES_H
+#ifndef KR_CORE_SMALLTEXTFILE_H
+#define KR_CORE_SMALLTEXTFILE_H
 
 #include <string>
 #include <vector>

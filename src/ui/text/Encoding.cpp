@@ -1,4 +1,4 @@
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 #include <FL/fl_draw.H>
 #include <FL/fl_utf8.h>

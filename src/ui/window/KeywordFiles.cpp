@@ -1,4 +1,4 @@
-#include "ui/window/DropTarget.h"
+#include "ui/window/KeywordFiles.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,6 +1,6 @@
 // The hosts of distributed runs in a scrolling area: names and CPUs to edit, and what a group uses.
-#ifndef KR_UI_DIALOGS_HOSTTABLE_H
-#define KR_UI_DIALOGS_HOSTTABLE_H
+#ifndef KR_UI_DIALOGS_HOSTEDITOR_H
+#define KR_UI_DIALOGS_HOSTEDITOR_H
 
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
@@ -15,13 +15,13 @@
 
 // Every change of a row is stored in the host file at once. A row that is not valid is not stored;
 // its field says why. Interface thread.
-class HostTable {
+class HostEditor {
  public:
   // Gives a text by its key, in UTF-8; see Flx_MppSettings for the keys.
   using Texts = std::function<std::string(const std::string& key)>;
 
   // The area is empty; both outlive the table.
-  HostTable(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts);
+  HostEditor(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts);
 
   // Makes the rows from the host lines anew.
   void Rebuild();

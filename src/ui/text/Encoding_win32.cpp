@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Every text of the main window, in both languages.
-#include "ui/text/LanguageTexts.h"
+#include "ui/text/InterfaceTexts.h"
 
 #include <algorithm>
 

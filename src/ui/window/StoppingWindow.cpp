@@ -1,4 +1,4 @@
-#include "ui/window/StopWindow.h"
+#include "ui/window/StoppingWindow.h"
 
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>

@@ -1,6 +1,6 @@
 // The rows of the language tables, in UTF-8. Included by the tables only.
-#ifndef KR_UI_TEXT_LANGUAGETEXTS_H
-#define KR_UI_TEXT_LANGUAGETEXTS_H
+#ifndef KR_UI_TEXT_INTERFACETEXTS_H
+#define KR_UI_TEXT_INTERFACETEXTS_H
 
 #include <span>
 

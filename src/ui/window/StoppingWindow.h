@@ -1,6 +1,6 @@
 // Waits for groups to stop while the program stays alive.
-#ifndef KR_UI_WINDOW_STOPWINDOW_H
-#define KR_UI_WINDOW_STOPWINDOW_H
+#ifndef KR_UI_WINDOW_STOPPINGWINDOW_H
+#define KR_UI_WINDOW_STOPPINGWINDOW_H
 
 #include <FL/Fl_Window.H>
 

@@ -1,4 +1,4 @@
-#include "core/StopSwitch.h"
+#include "core/SenseSwitch.h"
 
 #include "util/files/FileDirWrapper.h"
 
@@ -18,13 +18,13 @@ const JobFile& Runner(const JobFile& job) {
 
 }  // namespace
 
-StopSwitch AskSolverToStop(JobGroupManager& manager) {
+SenseSwitch AskSolverToStop(JobGroupManager& manager) {
   AppLog& log = manager.Settings().Log();
   const std::shared_ptr<JobGroup> group = manager.CurrentGroup();
   const int active = group ? group->ActiveJob() : -1;
   if (active < 0) {
     log.ReportLine("Not find running job, stop running job failed");
-    return StopSwitch::kNoJob;
+    return SenseSwitch::kNoJob;
   }
   std::string jobFile;
   std::string folder;
@@ -35,16 +35,16 @@ StopSwitch AskSolverToStop(JobGroupManager& manager) {
   });
   if (jobFile.empty()) {
     log.ReportLine("Job data error or job file is empty");
-    return StopSwitch::kBadJob;
+    return SenseSwitch::kBadJob;
   }
   const std::string switchFile =
       folder.empty() ? std::string() : FileDirWrapper::Join(folder, kSwitchFile);
   if (switchFile.empty() || !FileDirWrapper::FileExists(switchFile)) {
     log.Report("BG_SWITCH file [%s] does not exist", OrNull(switchFile));
-    return StopSwitch::kNoSwitch;
+    return SenseSwitch::kNoSwitch;
   }
   const std::string stopFile = FileDirWrapper::Join(folder, kStopFile);
-  if (FileDirWrapper::WriteFileWhole(stopFile, kStopWithRestartFile)) return StopSwitch::kAsked;
+  if (FileDirWrapper::WriteFileWhole(stopFile, kStopWithRestartFile)) return SenseSwitch::kAsked;
   log.Report("Write file [%s] failed", stopFile.c_str());
-  return StopSwitch::kFailed;
+  return SenseSwitch::kFailed;
 }

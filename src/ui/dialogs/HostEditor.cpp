@@ -1,4 +1,4 @@
-#include "ui/dialogs/HostTable.h"
+#include "ui/dialogs/HostEditor.h"
 
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
@@ -13,7 +13,7 @@
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 namespace {
 
@@ -39,11 +39,11 @@ bool SameNameAndCpus(const HostLine& one, const HostLine& other) {
 
 }  // namespace
 
-HostTable::HostTable(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts)
+HostEditor::HostEditor(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts)
     : area_(area), settings_(settings), texts_(std::move(texts)) {}
 
 // Deleted later, since one of them may be calling.
-void HostTable::Clear() {
+void HostEditor::Clear() {
   std::vector<Fl_Widget*> old(heads_.begin(), heads_.end());
   for (const Row& row : rows_) old.insert(old.end(), {row.name, row.cpus, row.uses, row.remove});
   for (Fl_Widget* widget : {static_cast<Fl_Widget*>(add_), static_cast<Fl_Widget*>(note_)}) {
@@ -58,7 +58,7 @@ void HostTable::Clear() {
   more_.clear();
 }
 
-Fl_Box* HostTable::MakeBox(int x, int width, const std::string& label) {
+Fl_Box* HostEditor::MakeBox(int x, int width, const std::string& label) {
   const int top = area_.y() + Fl::box_dy(area_.box());
   auto* box = new Fl_Box(area_.x() + kInset + x, top, width, kHeadHeight);
   box->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
@@ -68,13 +68,13 @@ Fl_Box* HostTable::MakeBox(int x, int width, const std::string& label) {
   return box;
 }
 
-void HostTable::MakeHeads() {
+void HostEditor::MakeHeads() {
   heads_ = {MakeBox(0, kNameWidth, texts_("host_name")),
             MakeBox(kCpusX, kCpusWidth, texts_("host_cpus")),
             MakeBox(kUsesX, kUsesWidth, texts_("host_uses"))};
 }
 
-HostTable::Row HostTable::MakeRow(const std::string& line) {
+HostEditor::Row HostEditor::MakeRow(const std::string& line) {
   HostLine host;
   ParseHostLine(line, host);
   const int x = area_.x() + kInset;
@@ -87,16 +87,16 @@ HostTable::Row HostTable::MakeRow(const std::string& line) {
     input->color(Theme::kSurface);
     input->textsize(Layout::kFontSize);
     input->when(FL_WHEN_RELEASE | FL_WHEN_ENTER_KEY);
-    input->callback([](Fl_Widget*, void* self) { static_cast<HostTable*>(self)->Store(); }, this);
+    input->callback([](Fl_Widget*, void* self) { static_cast<HostEditor*>(self)->Store(); }, this);
   }
   ShowTip(*row.remove, texts_("host_remove"));
   row.remove->callback(
-      [](Fl_Widget* button, void* self) { static_cast<HostTable*>(self)->RemoveRow(button); },
+      [](Fl_Widget* button, void* self) { static_cast<HostEditor*>(self)->RemoveRow(button); },
       this);
   return row;
 }
 
-void HostTable::Rebuild() {
+void HostEditor::Rebuild() {
   Clear();
   area_.scroll_to(0, 0);
   area_.begin();
@@ -113,14 +113,14 @@ void HostTable::Rebuild() {
   add_ = new Fl_Button(area_.x() + kInset, 0, kAddWidth, kRowHeight);
   add_->copy_label(texts_("host_add").c_str());
   add_->labelsize(Layout::kFontSize);
-  add_->callback([](Fl_Widget*, void* self) { static_cast<HostTable*>(self)->AddRow(); }, this);
+  add_->callback([](Fl_Widget*, void* self) { static_cast<HostEditor*>(self)->AddRow(); }, this);
   note_ = MakeBox(0, kRowWidth, {});
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_TOP | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);
   area_.end();
   ShowGroup(groupText_);
 }
 
-void HostTable::Place() {
+void HostEditor::Place() {
   int y = heads_.front()->y() + kHeadHeight;  // moves while the area scrolls
   for (const Row& row : rows_) {
     for (Fl_Widget* widget :
@@ -140,7 +140,7 @@ void HostTable::Place() {
   area_.redraw();
 }
 
-void HostTable::AddRow() {
+void HostEditor::AddRow() {
   area_.begin();
   rows_.push_back(MakeRow({}));
   area_.end();
@@ -156,7 +156,7 @@ void HostTable::AddRow() {
   row.name->take_focus();
 }
 
-void HostTable::RemoveRow(const Fl_Widget* button) {
+void HostEditor::RemoveRow(const Fl_Widget* button) {
   for (std::size_t index = 0; index < rows_.size(); ++index) {
     const Row row = rows_[index];
     if (row.remove != button) continue;
@@ -174,14 +174,14 @@ void HostTable::RemoveRow(const Fl_Widget* button) {
   }
 }
 
-bool HostTable::Check(Fl_Input& input, bool valid, const char* hintKey) const {
+bool HostEditor::Check(Fl_Input& input, bool valid, const char* hintKey) const {
   input.textcolor(valid ? Theme::kText : Theme::kError);
   ShowTip(input, valid ? std::string() : texts_(hintKey));
   input.redraw();
   return valid;
 }
 
-std::string HostTable::LineOf(const Row& row) const {
+std::string HostEditor::LineOf(const Row& row) const {
   const std::string name = FromUi(row.name->value());
   const auto cpus = WholeNumber(row.cpus->value(), 0, kMostCpus);
   const bool isNew = row.stored.empty() && name.empty();
@@ -195,7 +195,7 @@ std::string HostTable::LineOf(const Row& row) const {
   return SameNameAndCpus(before, now) ? row.stored : FormatHostLine(now);
 }
 
-void HostTable::Store() {
+void HostEditor::Store() {
   std::vector<std::string> lines;
   std::vector<std::string> shown;
   for (const Row& row : rows_) {
@@ -218,13 +218,13 @@ void HostTable::Store() {
   }
 }
 
-void HostTable::ShowNote(const std::string& text, bool problem) {
+void HostEditor::ShowNote(const std::string& text, bool problem) {
   note_->labelcolor(problem ? Theme::kError : Theme::kMuted);
   note_->copy_label(PlainLabel(text).c_str());
   Place();
 }
 
-void HostTable::ShowGroup(const std::string& groupText) {
+void HostEditor::ShowGroup(const std::string& groupText) {
   groupText_ = groupText;
   if (!note_) return;
   const Settings& settings = settings_.Get();

@@ -1,6 +1,6 @@
 // Shows a text file where the system has no viewer.
-#ifndef KR_UI_HELP_TEXTWINDOW_H
-#define KR_UI_HELP_TEXTWINDOW_H
+#ifndef KR_UI_HELP_TEXTVIEWER_H
+#define KR_UI_HELP_TEXTVIEWER_H
 
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Double_Window.H>
@@ -14,7 +14,7 @@
 
 // A window that stays beside the main window, reads only, and follows the file while it grows. Of a
 // big file it shows the end. Deletes itself when it is closed. Interface thread.
-class TextWindow : public Fl_Double_Window {
+class TextViewer : public Fl_Double_Window {
  public:
   static constexpr std::int64_t kMostBytes = 8 * 1024 * 1024;
 
@@ -24,11 +24,11 @@ class TextWindow : public Fl_Double_Window {
   // Before the program ends.
   static void CloseAll();
 
-  ~TextWindow() override;
+  ~TextViewer() override;
   int handle(int event) override;
 
  private:
-  TextWindow(const std::string& path, const TextTable& texts);
+  TextViewer(const std::string& path, const TextTable& texts);
 
   void PlaceBeside(Fl_Window* other);
   void ShowOverDialog();

@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <string_view>
 
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 
 // Byte strings are UTF-8 here. File names that are not valid UTF-8 come back unchanged; FLTK draws
 // their odd bytes as single characters.

@@ -1,4 +1,4 @@
-#include "ui/window/Termination.h"
+#include "ui/window/EndRequests.h"
 
 #include <fcntl.h>
 #include <FL/Fl.H>
@@ -45,7 +45,7 @@ void ReadSignals(int fd, void*) {
 
 }  // namespace
 
-void OnTermination(const std::function<void()>& leave) {
+void OnEndRequest(const std::function<void()>& leave) {
   Leave() = leave;
   if (g_wakeUp[0] >= 0 || pipe2(g_wakeUp, O_CLOEXEC | O_NONBLOCK) != 0) return;
   Fl::add_fd(g_wakeUp[0], FL_READ, ReadSignals);

@@ -1,4 +1,4 @@
-#include "ui/help/TextWindow.h"
+#include "ui/help/TextViewer.h"
 
 #include <FL/Fl.H>
 #include <FL/Fl_Button.H>
@@ -11,7 +11,7 @@
 #include "ui/fltk/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Text.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 
@@ -24,8 +24,8 @@ constexpr int kTitleBar = 24;  // of the window manager, above the window's own 
 constexpr int kFooter = Layout::kButtonHeight + 2 * Layout::kMargin;
 constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
-std::vector<TextWindow*>& OpenWindows() {
-  static std::vector<TextWindow*> windows;
+std::vector<TextViewer*>& OpenWindows() {
+  static std::vector<TextViewer*> windows;
   return windows;
 }
 
@@ -58,14 +58,14 @@ std::string Cleaned(const std::string& bytes, std::string& rest) {
 
 }  // namespace
 
-bool TextWindow::Show(const std::string& path, const TextTable& texts) {
-  for (TextWindow* window : OpenWindows()) {
+bool TextViewer::Show(const std::string& path, const TextTable& texts) {
+  for (TextViewer* window : OpenWindows()) {
     if (window->path_ != path) continue;
     window->Follow();
     window->ShowOverDialog();
     return true;
   }
-  auto* window = new TextWindow(path, texts);
+  auto* window = new TextViewer(path, texts);
   if (!window->Load()) {
     delete window;
     return false;
@@ -76,7 +76,7 @@ bool TextWindow::Show(const std::string& path, const TextTable& texts) {
 }
 
 // While a dialog is open, only its own windows hear of keys and clicks.
-void TextWindow::ShowOverDialog() {
+void TextViewer::ShowOverDialog() {
   if (Fl::modal() && Fl::modal() != this) {
     hide();
     set_modal();
@@ -85,7 +85,7 @@ void TextWindow::ShowOverDialog() {
 }
 
 // Over the other window, as far as the screen has room.
-void TextWindow::PlaceBeside(Fl_Window* other) {
+void TextViewer::PlaceBeside(Fl_Window* other) {
   int left, top, width, height;
   Fl::screen_work_area(left, top, width, height);
   CentreOver(*this, other);
@@ -93,11 +93,11 @@ void TextWindow::PlaceBeside(Fl_Window* other) {
            std::clamp(y(), top + kTitleBar, std::max(top + kTitleBar, top + height - h())));
 }
 
-void TextWindow::CloseAll() {
+void TextViewer::CloseAll() {
   while (!OpenWindows().empty()) delete OpenWindows().back();
 }
 
-TextWindow::TextWindow(const std::string& path, const TextTable& texts)
+TextViewer::TextViewer(const std::string& path, const TextTable& texts)
     : Fl_Double_Window(kWidth, kHeight), path_(path), texts_(texts) {
   OpenWindows().push_back(this);
   copy_label(ToUi(path).c_str());
@@ -123,9 +123,9 @@ TextWindow::TextWindow(const std::string& path, const TextTable& texts)
     return made;
   };
   auto* reload = button("ui_text_reload", 2,
-                        [](Fl_Widget*, void* self) { static_cast<TextWindow*>(self)->Load(); });
+                        [](Fl_Widget*, void* self) { static_cast<TextViewer*>(self)->Load(); });
   button("ui_text_close", 1,
-         [](Fl_Widget*, void* self) { Fl::delete_widget(static_cast<TextWindow*>(self)); });
+         [](Fl_Widget*, void* self) { Fl::delete_widget(static_cast<TextViewer*>(self)); });
   note_->size(reload->x() - 2 * Layout::kMargin, Layout::kButtonHeight);
   footer->end();
   footer->resizable(note_);
@@ -136,34 +136,34 @@ TextWindow::TextWindow(const std::string& path, const TextTable& texts)
   Fl::add_timeout(kFollowSeconds, Tick, this);
 }
 
-TextWindow::~TextWindow() {
+TextViewer::~TextViewer() {
   Fl::remove_timeout(Tick, this);
   std::erase(OpenWindows(), this);
   display_->buffer(nullptr);
 }
 
-void TextWindow::Tick(void* self) {
-  auto* window = static_cast<TextWindow*>(self);
+void TextViewer::Tick(void* self) {
+  auto* window = static_cast<TextViewer*>(self);
   if (window->shown()) window->Follow();
   Fl::repeat_timeout(kFollowSeconds, Tick, self);
 }
 
-int TextWindow::handle(int event) {
+int TextViewer::handle(int event) {
   if (event == FL_SHORTCUT && Fl::event_key() == FL_F + 5) return Load(), 1;
   return Fl_Double_Window::handle(event);
 }
 
 // The insertion point stays at the end until the user clicks or moves it somewhere else.
-bool TextWindow::AtEnd() const {
+bool TextViewer::AtEnd() const {
   return display_->insert_position() >= buffer_.length();
 }
 
-void TextWindow::ScrollToEnd() {
+void TextViewer::ScrollToEnd() {
   display_->insert_position(buffer_.length());
   display_->show_insert_position();
 }
 
-bool TextWindow::Append(std::int64_t from, std::int64_t to) {
+bool TextViewer::Append(std::int64_t from, std::int64_t to) {
   std::ifstream file(path_, std::ios::binary);
   if (!file || !file.seekg(from)) return false;
   std::string bytes(static_cast<std::size_t>(to - from), '\0');
@@ -177,7 +177,7 @@ bool TextWindow::Append(std::int64_t from, std::int64_t to) {
   return true;
 }
 
-bool TextWindow::Load() {
+bool TextViewer::Load() {
   std::int64_t created, accessed, size = 0;
   gone_ = !IOWrapperTxt::FileStatInfo(path_, created, accessed, modified_, size);
   buffer_.text("");
@@ -189,7 +189,7 @@ bool TextWindow::Load() {
   return !gone_;
 }
 
-bool TextWindow::Follow() {
+bool TextViewer::Follow() {
   std::int64_t created, accessed, modified = 0, size = 0;
   if (!IOWrapperTxt::FileStatInfo(path_, created, accessed, modified, size)) {
     if (!gone_) {
@@ -214,7 +214,7 @@ bool TextWindow::Follow() {
   return true;
 }
 
-void TextWindow::ShowSize() {
+void TextViewer::ShowSize() {
   std::string note = texts_.Format("ui_text_size", std::to_string(size_));
   if (skipped_ > 0)
     note += "   " + texts_.Format("ui_text_cut", std::to_string(kMostBytes / (1024 * 1024)));

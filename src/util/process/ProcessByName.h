@@ -1,6 +1,6 @@
 // Ending one process at once, for PTWrapperProcess::Terminate(exeName). Any thread.
-#ifndef KR_UTIL_PROCESS_PROCESSKILL_H
-#define KR_UTIL_PROCESS_PROCESSKILL_H
+#ifndef KR_UTIL_PROCESS_PROCESSBYNAME_H
+#define KR_UTIL_PROCESS_PROCESSBYNAME_H
 
 #include <cstdint>
 

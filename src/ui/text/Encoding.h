@@ -8,8 +8,8 @@
 //    layout (FillTexts, Flx_Base_Dialog::SetLayouts and SetTexts), and UTF-8 again where the
 //    toolkit draws them (TextTable::Get, Flx_Base_Dialog::Shown, the label type of dialogs);
 //  - what FLTK gives and takes is UTF-8.
-#ifndef KR_UI_TEXT_TEXT_H
-#define KR_UI_TEXT_TEXT_H
+#ifndef KR_UI_TEXT_ENCODING_H
+#define KR_UI_TEXT_ENCODING_H
 
 #include <string>
 

@@ -1,5 +1,0 @@
-#include "ui/window/Termination.h"
-
-void OnTermination(const std::function<void()>&) {}
-
-void OnDisplayLost(const std::function<void()>&) {}
