@@ -14,6 +14,7 @@
 #include "jobs/StageDecks.h"
 #include "solvers/OutputAnalysis.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -181,11 +182,7 @@ bool InspectMessage(const std::string& path, Findings& findings) {
 }
 
 bool HasEnding(const std::string& path, std::string_view ending) {
-  if (path.size() < ending.size()) return false;
-  return std::equal(
-      ending.begin(), ending.end(), path.end() - std::ssize(ending), [](char wanted, char c) {
-        return wanted == (c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c);
-      });
+  return Upper(path).ends_with(ending);
 }
 
 // The output of a job; a file that is no job is taken for an output itself.

@@ -1,12 +1,12 @@
 #include "core/Application.h"
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <set>
 #include <system_error>
 
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -16,12 +16,6 @@ constexpr int kHandOverFailed = 9;
 constexpr char kProgramName[] = "kestrun";
 constexpr char kFirstCopyMutex[] = "Global\\KESTRUN_FIRST_COPY_";
 constexpr char kSolverOption[] = "#solver=";
-
-std::string LowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
-}
 
 // The first argument that names a mode decides, whatever it says.
 int SolverModeOf(int argc, const char* const* argv) {
@@ -136,8 +130,7 @@ bool Application::AnotherCopyRuns(bool isFirst) {
   std::vector<PTWrapperProcessInfo> processes;
   PTWrapperProcess::FindRunningProcessName(processes);
   std::erase_if(processes, [isFirst](const PTWrapperProcessInfo& process) {
-    return LowerCase(process.exeName).find(kProgramName) == std::string::npos ||
-           (isFirst && IsSibling(process));
+    return !Holds(Lower(process.exeName), kProgramName) || (isFirst && IsSibling(process));
   });
   if (processes.size() < 2) return false;
   std::set<std::string> users;

@@ -1,11 +1,11 @@
 #include "core/JobIntake.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -58,8 +58,7 @@ std::shared_ptr<JobFileDyna> NewStage(const JobFileDyna& job, const std::string&
 int SolverTypeOfFile(const std::string& path) {
   std::string ending;
   FileDirWrapper::ExtensionOf(path, ending);
-  std::transform(ending.begin(), ending.end(), ending.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  ending = Lower(ending);
   if (ending == "dat") return Settings::kVorel;
   if (ending == "fin") return Settings::kInc;
   return Settings::kLsDynaSingle;

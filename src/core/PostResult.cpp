@@ -1,29 +1,19 @@
 #include "core/PostResult.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "jobs/JobArguments.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
-
-bool Holds(const std::string& text, const char* part) {
-  return text.find(part) != std::string::npos;
-}
-
-std::string UpperCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return text;
-}
 
 void Take(const JobFile& job, PostSource& source) {
   source.solverType = job.GetSolverType();
   source.jobFile = job.jobFile;
   source.folder = job.Folder();
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
-  source.simulationType = dyna ? UpperCase(dyna->simulationType) : std::string();
+  source.simulationType = dyna ? Upper(dyna->simulationType) : std::string();
   source.deckIdentifier = dyna && dyna->deckIdentifierFlag == 1 ? dyna->deckIdentifier : "";
 }
 

@@ -12,6 +12,7 @@
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -20,14 +21,6 @@ constexpr std::size_t kMostDecks = 100;
 constexpr std::size_t kMostParameters = 10000;
 constexpr std::size_t kFieldWidth = 10;
 constexpr std::size_t kLongFieldWidth = 20;
-
-std::string Upper(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
 
 // The index-th field of a card: between commas where the card has any, else by columns.
 std::string Field(std::string_view card, std::size_t index, std::size_t width) {
@@ -40,9 +33,7 @@ std::string Field(std::string_view card, std::size_t index, std::size_t width) {
     }
     field = card.substr(0, card.find(','));
   }
-  std::string trimmed;
-  StrWrapperTxt::Trim(std::string(field), trimmed);
-  return trimmed;
+  return std::string(Trimmed(field));
 }
 
 // Also numbers as old programs write them: 1.0D-3, 1.0-3.

@@ -8,6 +8,7 @@
 
 #include "jobs/DeckLines.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -27,20 +28,6 @@ struct DeckFacts {
   std::vector<std::string> includes;
 };
 
-std::string Trimmed(std::string_view text) {
-  std::string trimmed;
-  StrWrapperTxt::Trim(std::string(text), trimmed);
-  return trimmed;
-}
-
-char Upper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 // `prefix` in upper case.
 bool HasPrefix(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() &&
@@ -59,10 +46,6 @@ bool EndsWord(std::string_view rest) {
   return rest.empty() || rest[0] == ' ' || rest[0] == '\t' || rest[0] == ',';
 }
 
-bool Holds(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
-
 // Megabytes of a number that is given in megabytes, or in words of four bytes.
 std::uint64_t ToMegabytes(std::string_view number, bool inMegabytes) {
   const std::uint64_t value = StrWrapperTxt::LeadingUnsigned(std::string(number));
@@ -72,7 +55,7 @@ std::uint64_t ToMegabytes(std::string_view number, bool inMegabytes) {
 // The memory on a KEYWORD card: a number right behind the keyword, or "MEMORY=" and a number
 // anywhere. A card may name other things too.
 std::uint64_t CardMemory(std::string_view rest) {
-  const std::string text = Trimmed(rest);
+  const std::string_view text = Trimmed(rest);
   if (text.empty()) return 0;
   if (IsDigit(text[0]) || text[0] == '+') {
     const std::size_t unit = text.find_first_not_of("+0123456789 \t");
@@ -80,8 +63,7 @@ std::uint64_t CardMemory(std::string_view rest) {
                        (unit + 1 == text.size() || std::isalpha(text[unit + 1] & 0x7f) == 0);
     return ToMegabytes(text, alone);
   }
-  std::string upper = text;
-  std::transform(upper.begin(), upper.end(), upper.begin(), Upper);
+  const std::string upper = Upper(text);
   const std::size_t key = upper.find("MEMORY");
   if (key == std::string::npos) return 0;
   const std::size_t number = upper.find_first_not_of(" \t=", key + 6);
@@ -118,7 +100,7 @@ class DeckScanner {
     } else if (Holds(line, "RCMD-SOLVER")) {
       ReadRecommendedSolver(Trimmed(line.substr(colon + 1)));
     } else if (Holds(line, "RUNFIRST")) {
-      const int stage = StrWrapperTxt::LeadingInt(Trimmed(line.substr(colon + 1)));
+      const int stage = StrWrapperTxt::LeadingInt(std::string(line.substr(colon + 1)));
       facts_.firstStage = std::max(stage, 1) - 1;
     } else if (Holds(line, "SPC WORKS IN ALL STAGES")) {
       ReadKeepDeck(line.substr(colon + 1));
@@ -133,10 +115,10 @@ class DeckScanner {
       const std::size_t key = line.find(kKey);
       start = key < 10 ? key + kKey.size() : 9;
     }
-    return Trimmed(line.substr(start));
+    return std::string(Trimmed(line.substr(start)));
   }
 
-  void ReadRecommendedSolver(const std::string& value) {
+  void ReadRecommendedSolver(std::string_view value) {
     if (value == "SINGLE") facts_.solverType = Settings::kLsDynaSingle;
     if (value == "DOUBLE") facts_.solverType = Settings::kLsDynaDouble;
     if (value == "ORLASOLVER") facts_.solverType = Settings::kUtilityBatch;
@@ -210,7 +192,7 @@ class DeckScanner {
     for (int i = 0; i < kMostLines && NextData(line); ++i) {
       name += Trimmed(line);
       if (!name.ends_with(" +")) break;
-      name = Trimmed(std::string_view(name).substr(0, name.size() - 2));
+      name = std::string(Trimmed(std::string_view(name).substr(0, name.size() - 2)));
     }
     if (!name.empty() && !insideCase_ && facts_.includes.size() < kMostIncludes) {
       facts_.includes.push_back(name);

@@ -3,15 +3,14 @@
 #include <algorithm>
 
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
 bool IsDeckName(const std::string& name) {
   std::string ending;
   FileDirWrapper::ExtensionOf(name, ending);
-  for (char& c : ending) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
+  ending = Lower(ending);
   return ending == "dyn" || ending == "k" || ending == "key";
 }
 

@@ -13,15 +13,9 @@
 #include "solvers/NewFile.h"
 #include "solvers/NodeSet.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/StrWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
-
-std::string Trimmed(std::string_view text) {
-  std::string trimmed;
-  StrWrapperTxt::Trim(std::string(text), trimmed);
-  return trimmed;
-}
 
 bool SaysResult(std::string_view comment) {
   constexpr std::string_view kWords = "result from previous case";
@@ -52,7 +46,7 @@ void ReadInclude(DeckLines& reader, std::vector<std::string>& results) {
     }
     name += Trimmed(line);
     if (!name.ends_with(" +")) break;
-    name = Trimmed(std::string_view(name).substr(0, name.size() - 2));
+    name = std::string(Trimmed(std::string_view(name).substr(0, name.size() - 2)));
   }
   if (isResult && !name.empty()) results.push_back(name);
 }

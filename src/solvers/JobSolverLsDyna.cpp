@@ -5,12 +5,9 @@
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
-
-bool Holds(const std::string& text, const char* part) {
-  return text.find(part) != std::string::npos;
-}
 
 // False, without a message, for a type that has no executable for distributed runs.
 bool SolverPath(const JobFileDyna& job, std::string& path) {

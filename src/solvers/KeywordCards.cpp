@@ -4,13 +4,11 @@
 #include <charconv>
 #include <system_error>
 
+#include "util/text/PlainText.h"
+
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-
-char Upper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 
 std::string UpperWithoutBlanks(std::string_view text) {
   std::string upper;
@@ -18,12 +16,6 @@ std::string UpperWithoutBlanks(std::string_view text) {
     if (kBlanks.find(c) == std::string_view::npos) upper += Upper(c);
   }
   return upper;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  const std::size_t start = text.find_first_not_of(kBlanks);
-  if (start == std::string_view::npos) return {};
-  return text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
 }
 
 std::optional<CardFormat> FormatOfSign(char sign) {

@@ -8,23 +8,12 @@
 #include "solvers/LineBlocks.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/StrWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
 constexpr std::string_view kKept = ".krb";
 constexpr std::size_t kLongestReason = 200;
-
-bool Holds(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
-
-std::string Lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
 
 std::string NameOf(const std::string& path) {
   std::string name;
@@ -32,14 +21,10 @@ std::string NameOf(const std::string& path) {
   return name;
 }
 
-bool EndsWith(const std::string& text, std::string_view end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 // A file's name without what this program puts behind the name of a deck.
 std::string WithoutOurEnding(const std::string& name) {
   for (const std::string_view ending : {".console.txt", ".bak", "~~"}) {
-    if (EndsWith(name, ending)) return name.substr(0, name.size() - ending.size());
+    if (name.ends_with(ending)) return name.substr(0, name.size() - ending.size());
   }
   return name;
 }
@@ -49,7 +34,7 @@ bool IsInput(const JobFile& job, const std::string& file) {
   const std::string name = WithoutOurEnding(NameOf(file));
   const std::string lower = Lower(name);
   for (const std::string_view ending : {".k", ".dyn", ".key"}) {
-    if (EndsWith(lower, ending)) return true;
+    if (lower.ends_with(ending)) return true;
   }
   if (name == NameOf(job.jobFile) || name == NameOf(job.restartFile)) return true;
   const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
@@ -74,7 +59,7 @@ std::vector<std::string> MessageFiles(const JobFile& job) {
   std::vector<std::string> files = FilesInFolder(job, "mes");
   std::erase_if(files, [](const std::string& file) {
     const std::string name = NameOf(file);
-    return (!Holds(name, "mes0") && !Holds(name, "messag")) || EndsWith(Lower(name), kKept);
+    return (!Holds(name, "mes0") && !Holds(name, "messag")) || Lower(name).ends_with(kKept);
   });
   return files;
 }
@@ -85,9 +70,7 @@ std::string Words(std::string_view line) {
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < ' ') c = ' ';
   }
-  std::string words;
-  StrWrapperTxt::Trim(text, words);
-  return words;
+  return std::string(Trimmed(text));
 }
 
 bool SaysNormal(std::string_view line) {

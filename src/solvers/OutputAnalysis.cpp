@@ -8,6 +8,7 @@
 #include "solvers/Hints.h"
 #include "solvers/LineBlocks.h"
 #include "solvers/ReportText.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {

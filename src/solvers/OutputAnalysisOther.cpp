@@ -8,6 +8,7 @@
 #include "solvers/OutputAnalysis.h"
 #include "solvers/ReportText.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {

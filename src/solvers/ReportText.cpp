@@ -41,13 +41,3 @@ void AppendLines(const GatheredLines& from, const AnalysisHooks& hooks,
   from.AppendTo(to, hooks);
   if (from.Full()) to.push_back(Translated(hooks, kLeftOut));
 }
-
-bool Holds(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
-}

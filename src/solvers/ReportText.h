@@ -40,9 +40,4 @@ std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes);
 void AppendLines(const GatheredLines& from, const AnalysisHooks& hooks,
                  std::vector<std::string>& to);
 
-bool Holds(std::string_view text, std::string_view part);
-
-// Without blanks and tabs at both ends.
-std::string_view Trimmed(std::string_view text);
-
 #endif

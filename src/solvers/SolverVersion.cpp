@@ -12,24 +12,13 @@
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
 #include "util/process/PTWrapper.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
 
 constexpr std::chrono::milliseconds kReportTime{2000};
 constexpr std::uint64_t kMostReportBytes = 1024 * 1024;
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-std::string Upper(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
 
 std::optional<int> NumberAt(const std::string& text, std::size_t position) {
   if (position >= text.size() || !IsDigit(text[position])) return std::nullopt;

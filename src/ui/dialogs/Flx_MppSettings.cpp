@@ -11,7 +11,7 @@
 #include "ui/dialogs/MpiKinds.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/StrWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -70,7 +70,7 @@ constexpr std::int32_t kMostMemory = 2147483647;  // what the settings file can 
 std::uint64_t Megabytes(const std::string& text) {
   const std::size_t begin = std::min(text.find_first_not_of(" \t"), text.size());
   std::uint64_t value = 0;
-  for (std::size_t at = begin; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
+  for (std::size_t at = begin; at < text.size() && IsDigit(text[at]); ++at)
     value =
         std::min<std::uint64_t>(value * 10 + static_cast<unsigned>(text[at] - '0'), kMostMemory);
   return value;

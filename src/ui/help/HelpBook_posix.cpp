@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -16,15 +15,15 @@
 
 #include "ui/help/HelpPage.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 extern char** environ;
 
 namespace {
 
 std::string PageName(const std::string& name) {
-  std::string out;
-  for (const char c : name)
-    out += c == '\\' ? '/' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  std::string out = Lower(name);
+  std::replace(out.begin(), out.end(), '\\', '/');
   const std::size_t begin = out.find_first_not_of('/');
   return begin == std::string::npos ? std::string() : out.substr(begin);
 }

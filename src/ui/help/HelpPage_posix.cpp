@@ -8,6 +8,8 @@
 #include <map>
 #include <string_view>
 
+#include "util/text/PlainText.h"
+
 namespace {
 
 constexpr std::size_t kMostAttributes = 20;
@@ -19,11 +21,6 @@ constexpr int kMostCells = 40;                    // in a row
 constexpr char kTableWidth[] = " width=\"94%\"";  // wider ones reach below the scroll bar
 constexpr int kMostDepth = 8;                     // of the contents
 constexpr std::size_t kMostLines = 2000;
-
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
 
 bool IsSpace(char c) {
   return std::isspace(static_cast<unsigned char>(c)) != 0;

@@ -1,15 +1,15 @@
 #include "ui/window/KeywordFiles.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
 int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const int lower = std::tolower(static_cast<unsigned char>(c));
+  if (IsDigit(c)) return c - '0';
+  const char lower = Lower(c);
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
@@ -49,8 +49,7 @@ std::string PathOf(const std::string& line) {
 bool IsKeywordFile(const std::string& path) {
   std::string ending;
   if (!FileDirWrapper::ExtensionOf(path, ending)) return false;
-  for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return ending == "k" || ending == "dyn";
+  return SameButForCase(ending, "k") || SameButForCase(ending, "dyn");
 }
 
 }  // namespace

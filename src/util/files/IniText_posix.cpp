@@ -2,45 +2,38 @@
 
 #include <algorithm>
 
+#include "util/text/PlainText.h"
+
 namespace {
 
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\v\f\x1A";
 
-std::string_view Trimmed(std::string_view text) {
+std::string_view WithoutIniBlanks(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                            [](char x, char y) { return Lower(x) == Lower(y); });
-}
-
 // The name goes up to the last ']' of the line; what follows that is ignored. A line with no ']' is
 // an ordinary one.
 std::optional<std::string_view> SectionName(std::string_view line) {
-  const std::string_view text = Trimmed(line);
+  const std::string_view text = WithoutIniBlanks(line);
   const std::size_t close = text.rfind(']');
   if (text.empty() || text.front() != '[' || close == std::string_view::npos) return std::nullopt;
-  return Trimmed(text.substr(1, close - 1));
+  return WithoutIniBlanks(text.substr(1, close - 1));
 }
 
 std::string_view KeyName(std::string_view line) {
-  const std::string_view text = Trimmed(line);
+  const std::string_view text = WithoutIniBlanks(line);
   if (text.empty() || text.front() == ';') return {};
-  return Trimmed(text.substr(0, text.find('=')));
+  return WithoutIniBlanks(text.substr(0, text.find('=')));
 }
 
 std::optional<std::string_view> ValueOf(std::string_view line) {
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) return std::nullopt;
-  return Trimmed(line.substr(equals + 1));
+  return WithoutIniBlanks(line.substr(equals + 1));
 }
 
 }  // namespace
@@ -83,13 +76,13 @@ std::vector<std::string_view> IniText::Sections() const {
 }
 
 bool IniText::Set(std::string_view section, std::string_view key, std::string_view value) {
-  const std::string_view sectionName = Trimmed(section);
-  const std::string_view keyName = Trimmed(key);
+  const std::string_view sectionName = WithoutIniBlanks(section);
+  const std::string_view keyName = WithoutIniBlanks(key);
   // Such a key could be written again and again, but never found.
   if (sectionName.empty() || keyName.empty() || keyName.find('=') != std::string_view::npos ||
       keyName.front() == ';' || keyName.front() == '[')
     return false;
-  const std::string assigned = "=" + std::string(Trimmed(value));
+  const std::string assigned = "=" + std::string(WithoutIniBlanks(value));
 
   const std::size_t header = FindSection(sectionName);
   if (header == kNone) {
@@ -100,12 +93,12 @@ bool IniText::Set(std::string_view section, std::string_view key, std::string_vi
   const std::size_t line = FindKey(header, keyName);
   if (line != kNone) {
     std::string& text = lines_[line].text;
-    if (ValueOf(text) == Trimmed(value)) return false;
+    if (ValueOf(text) == WithoutIniBlanks(value)) return false;
     text = std::string(KeyName(text)) + assigned;
     return true;
   }
   std::size_t at = EndOfSection(header);
-  while (at > header + 1 && Trimmed(lines_[at - 1].text).empty()) --at;
+  while (at > header + 1 && WithoutIniBlanks(lines_[at - 1].text).empty()) --at;
   Insert(at, std::string(keyName) + assigned);
   return true;
 }
@@ -126,11 +119,11 @@ bool IniText::RemoveSection(std::string_view section) {
 }
 
 std::size_t IniText::FindSection(std::string_view name) const {
-  const std::string_view wanted = Trimmed(name);
+  const std::string_view wanted = WithoutIniBlanks(name);
   if (wanted.empty()) return kNone;
   for (std::size_t i = 0; i < lines_.size(); ++i) {
     const auto found = SectionName(lines_[i].text);
-    if (found && SameName(*found, wanted)) return i;
+    if (found && SameButForCase(*found, wanted)) return i;
   }
   return kNone;
 }
@@ -142,11 +135,11 @@ std::size_t IniText::EndOfSection(std::size_t header) const {
 }
 
 std::size_t IniText::FindKey(std::size_t header, std::string_view name) const {
-  const std::string_view wanted = Trimmed(name);
+  const std::string_view wanted = WithoutIniBlanks(name);
   if (header == kNone || wanted.empty()) return kNone;
   const std::size_t end = EndOfSection(header);
   for (std::size_t i = header + 1; i < end; ++i) {
-    if (SameName(KeyName(lines_[i].text), wanted)) return i;
+    if (SameButForCase(KeyName(lines_[i].text), wanted)) return i;
   }
   return kNone;
 }

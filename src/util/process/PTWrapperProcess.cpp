@@ -1,18 +1,8 @@
 #include <algorithm>
-#include <cctype>
 
 #include "util/process/ProcessByName.h"
 #include "util/process/PTWrapper.h"
-
-namespace {
-
-bool EqualIgnoringCase(const std::string& a, const std::string& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-    return std::tolower(x) == std::tolower(y);
-  });
-}
-
-}  // namespace
+#include "util/text/PlainText.h"
 
 bool PTWrapperProcess::Terminate(const std::string& exeName) {
   std::vector<PTWrapperProcessInfo> list;
@@ -29,7 +19,7 @@ bool PTWrapperProcess::GetLoginUser(std::string& user) {
   std::vector<PTWrapperProcessInfo> list;
   FindRunningProcessName(list);
   return std::any_of(list.begin(), list.end(), [&](const PTWrapperProcessInfo& process) {
-    return EqualIgnoringCase(process.exeName, "explorer.exe") &&
+    return SameButForCase(process.exeName, "explorer.exe") &&
            GetProcessUser(process.processId, user);
   });
 }

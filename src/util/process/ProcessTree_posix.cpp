@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds kPoliteTime{700};
 constexpr std::chrono::milliseconds kConsoleTime{250};
 constexpr std::chrono::milliseconds kScanPause{10};
 
-bool Holds(const std::unordered_map<pid_t, std::uint64_t>& set, const ProcessKey& key) {
+bool HasProcess(const std::unordered_map<pid_t, std::uint64_t>& set, const ProcessKey& key) {
   const auto found = set.find(key.pid);
   return found != set.end() && found->second == key.start;
 }
@@ -67,7 +67,7 @@ void ProcessTree::MarkConsoleParents() {
 }
 
 bool ProcessTree::IsConsole(const ProcessEntry& process) const {
-  return Holds(consoles_, process.key);
+  return HasProcess(consoles_, process.key);
 }
 
 bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
@@ -75,7 +75,7 @@ bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
 }
 
 bool ProcessTree::IsRelated(const ProcessEntry& process) const {
-  return Holds(members_, process.key) || members_.contains(process.parent) ||
+  return HasProcess(members_, process.key) || members_.contains(process.parent) ||
          sessions_.contains(process.session);
 }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "util/text/PlainText.h"
+
 namespace {
 
 bool IsBlank(char c) {
@@ -21,7 +23,7 @@ Number ParseLeading(const std::string& text) {
   std::size_t i = text.find_first_not_of(" \t\n\v\f\r");
   if (i == std::string::npos) return number;
   if (text[i] == '-' || text[i] == '+') number.negative = text[i++] == '-';
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+  for (; i < text.size() && IsDigit(text[i]); ++i) {
     const auto digit = static_cast<unsigned long long>(text[i] - '0');
     number.magnitude =
         number.magnitude > (kMax - digit) / 10 ? kMax : number.magnitude * 10 + digit;
@@ -74,13 +76,8 @@ std::size_t TakeArgument(const std::string& line, std::size_t i, std::string& ar
 }  // namespace
 
 bool StrWrapperTxt::Trim(const std::string& in, std::string& out) {
-  const std::size_t first = in.find_first_not_of(" \t");
-  if (first == std::string::npos) {
-    out.clear();
-    return false;
-  }
-  out = in.substr(first, in.find_last_not_of(" \t") - first + 1);
-  return true;
+  out = std::string(Trimmed(in));  // a copy: `out` may be `in`
+  return !out.empty();
 }
 
 void StrWrapperTxt::SeparateString(const std::string& line, std::vector<std::string>& pieces,

@@ -1,0 +1,31 @@
+// Plain questions about text. Letters and digits are those of ASCII, whatever the locale; other
+// bytes stay as they are. Any thread.
+#ifndef KR_UTIL_TEXT_PLAINTEXT_H
+#define KR_UTIL_TEXT_PLAINTEXT_H
+
+#include <string>
+#include <string_view>
+
+constexpr bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+constexpr char Upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+constexpr char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string Upper(std::string_view text);
+std::string Lower(std::string_view text);
+
+bool SameButForCase(std::string_view a, std::string_view b);
+
+bool Holds(std::string_view text, std::string_view part);
+
+// Without blanks and tabs at both ends.
+std::string_view Trimmed(std::string_view text);
+
+#endif
