@@ -12,6 +12,7 @@
 #endif
 
 #include "util/files/FileDirWrapper.h"
+#include "util/files/FileLock.h"
 
 namespace {
 
@@ -59,6 +60,11 @@ int Behave(const std::string& behaviour) {
     if (!signal.OpenEventSignal(name)) signal.CreateEventSignal(name);
     MakeFile(file);
     if (what == "take") return signal.WaitForEventSignal(-1);
+    SleepLong();
+  }
+  FileLock lock;
+  if (what == "lock" && lock.Take(name, 0) == FileLock::Result::kTaken) {
+    MakeFile(file);
     SleepLong();
   }
   if (what == "set") return signal.OpenEventSignal(name) && signal.SetEventSignal() ? 0 : 1;

@@ -4,6 +4,7 @@
 //   own NAME FILE             owns the mutex, makes the file, and sleeps
 //   take NAME FILE            makes the file, waits for the event, and ends with the wait's result
 //   hold NAME FILE            holds the event open, makes the file, and sleeps
+//   lock PATH FILE            takes the lock, makes the file, and sleeps
 //   set NAME                  opens the event and sets it
 //   tree DEPTH FILE           starts DEPTH more of itself, each the child of the one before it;
 //   each

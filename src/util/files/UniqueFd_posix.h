@@ -22,6 +22,7 @@ class UniqueFd {
 
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
+  int Detach() { return std::exchange(fd_, -1); }
   void Reset() {
     if (fd_ >= 0) close(std::exchange(fd_, -1));
   }
