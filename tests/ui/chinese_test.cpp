@@ -21,7 +21,7 @@ TEST(CodePage936, NoTextLosesACharacter) {
   const auto sources = std::filesystem::path(__FILE__).parent_path() / "../../src/ui";
   if (!std::filesystem::exists(sources)) GTEST_SKIP() << "the sources are elsewhere";
   int chinese = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(sources)) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(sources)) {
     std::ifstream file(entry.path());
     for (std::string line; std::getline(file, line);) {
       const std::string there = ToCodePage936(line);
@@ -75,24 +75,22 @@ TEST(ChineseTexts, TranslateWhatTheCoreSays) {
 
 class Sample : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Button> kButton{"ID_BUTTON1"};
   explicit Sample(int language) : Flx_Base_Dialog(nullptr, language) {
-    SetLayouts(Layout("Memory"), Layout("内存"));
-    SetTexts("key", "Memory", "内存");
-  }
-  using Flx_Base_Dialog::Window;
-
- private:
-  static std::string Layout(const std::string& text) {
-    const std::string quoted = '"' + text + '"';
-    return "ID_WINDOW,Window," + quoted + ",1,2,300,200,1,1,49,49,1,0,14,56,1,99,\"\",0\n" +
-           "ID_BUTTON1,Button," + quoted + ",5,6,80,24,2,3,49,49,0,0,12,56,0,99," + quoted + ",0\n";
+    const LineTexts chinese[] = {{"ID_WINDOW", "内存"}, {kButton.id, "内存", "内存"}};
+    const DialogText texts[] = {{"key", "Memory", "内存"}};
+    SetLayouts(
+        "ID_WINDOW,Window,\"Memory\",1,2,300,200,1,1,49,49,1,0,14,56,1,99,\"\",0\n"
+        "ID_BUTTON1,Button,\"Memory\",5,6,80,24,2,3,49,49,0,0,12,56,0,99,\"Tip\",0\n",
+        chinese);
+    SetTexts(texts);
   }
 };
 
 TEST(ChineseDialogs, HandLabelsOnInTheCodePage) {
   Sample dialog(1);
   ASSERT_TRUE(dialog.Build());
-  const Fl_Widget* button = dialog.FindWidget("ID_BUTTON1");
+  const Fl_Widget* button = dialog.Find(Sample::kButton);
   EXPECT_EQ(dialog.Window()->label(), kMemory936);
   EXPECT_EQ(button->label(), kMemory936);
   EXPECT_EQ(button->labeltype(), Theme::kLabel936) << "decodes when it draws";
@@ -105,8 +103,8 @@ TEST(ChineseDialogs, HandLabelsOnInTheCodePage) {
 TEST(ChineseDialogs, OtherLanguagesStay) {
   Sample english(0);
   ASSERT_TRUE(english.Build());
-  EXPECT_STREQ(english.FindWidget("ID_BUTTON1")->label(), "Memory");
-  EXPECT_EQ(english.FindWidget("ID_BUTTON1")->labeltype(), FL_NORMAL_LABEL);
+  EXPECT_STREQ(english.Find(Sample::kButton)->label(), "Memory");
+  EXPECT_EQ(english.Find(Sample::kButton)->labeltype(), FL_NORMAL_LABEL);
   for (const int language : {2, -1, 936}) {
     Sample none(language);
     EXPECT_FALSE(none.Build());

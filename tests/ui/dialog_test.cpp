@@ -37,7 +37,6 @@ class Built : public Flx_Base_Dialog {
         lines);
     built_ = Build();
   }
-  using Flx_Base_Dialog::Window;
   bool built_ = false;
 };
 
@@ -73,10 +72,11 @@ TEST(DialogBuilder, MakesEachTypeWithItsAttributes) {
   EXPECT_TRUE(Is<Fl_Menu_Button>(dialog, "Menu_Button") && Is<Fl_Menu_Bar>(dialog, "Menu_Bar"));
   EXPECT_TRUE(Is<Fl_Help_View>(dialog, "Help_View") && Is<Fl_Scrollbar>(dialog, "Scrollbar"));
   for (const char* id : {"Button", "Check_Button", "Round_Button"})
-    EXPECT_EQ(dialog.Find<Fl_Button>(id)->down_box(), 14) << id;
-  EXPECT_EQ(dialog.Find<Fl_Choice>("Choice")->down_box(), 14);
-  EXPECT_EQ(dialog.Find<Fl_Menu_Button>("Menu_Button")->down_box(), FL_NO_BOX) << "not of a choice";
-  const auto* round = dialog.Find<Fl_Round_Button>("Round_Button");
+    EXPECT_EQ(dialog.Find(WidgetName<Fl_Button>{id})->down_box(), 14) << id;
+  EXPECT_EQ(dialog.Find(WidgetName<Fl_Choice>{"Choice"})->down_box(), 14);
+  EXPECT_EQ(dialog.Find(WidgetName<Fl_Menu_Button>{"Menu_Button"})->down_box(), FL_NO_BOX)
+      << "not of a choice";
+  const auto* round = dialog.Find(WidgetName<Fl_Round_Button>{"Round_Button"});
   EXPECT_EQ(round->type(), Fl_Round_Button(0, 0, 1, 1).type()) << "99 keeps it";
   EXPECT_EQ(dialog.FindWidget("ID_SUB")->type(), 0);
   EXPECT_EQ(round->labelsize(), 12);

@@ -36,6 +36,17 @@ TEST(DialogLayout, ReadsFieldsAsTheyStand) {
   EXPECT_EQ(lines[3].tooltip, "");
 }
 
+TEST(DialogLayout, KeepsGeometryInAnotherLanguage) {
+  const LineTexts texts[] = {{"ID_BUTTON1", "确定, x", "提示"}, {"ID_BOX", "", "提示"}};
+  EXPECT_EQ(TranslatedLayout("ID_BUTTON1,Button,\"A, b\",1,2,3,4,2,3,49,49,0,0,12,56,0,99,,5\n"
+                             "# a comment, \"x\"\nID_BOX,Box,\"Gone\",7\n"
+                             "ID_OTHER,Box,\"Stays\",1,2,3",
+                             texts),
+            "ID_BUTTON1,Button,\"确定, x\",1,2,3,4,2,3,49,49,0,0,12,56,0,99,\"提示\",5\n"
+            "# a comment, \"x\"\nID_BOX,Box,\"\",7,,,,,,,,,,,,,,\"提示\"\n"
+            "ID_OTHER,Box,\"Stays\",1,2,3\n");
+}
+
 TEST(DialogLayout, CutsWhatIsTooLong) {
   const std::string longLabel(2000, 'x');
   const auto lines = ParseLayout("ID_A,Box,\"" + longLabel + "\",5\nID_B,Box,\"y\",7\n");

@@ -1,6 +1,7 @@
 #include "ui/dialogs/DialogLayout.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "util/text/StrWrapper.h"
 
@@ -11,6 +12,22 @@ constexpr std::size_t kLongestId = 31;
 constexpr std::size_t kLongestType = 63;
 constexpr std::size_t kLongestLabel = 255;
 constexpr std::size_t kTextFields = 3;
+constexpr std::size_t kLabelField = 2;
+constexpr std::size_t kTooltipField = 17;
+
+// The fields of a line with their quotes.
+std::vector<std::string> RawFields(const std::string& line) {
+  std::vector<std::string> fields(1);
+  bool quoted = false;
+  for (const char c : line) {
+    if (c == '"') quoted = !quoted;
+    if (c == ',' && !quoted)
+      fields.emplace_back();
+    else
+      fields.back() += c;
+  }
+  return fields;
+}
 
 std::string FieldValue(const std::string& raw) {
   const std::size_t open = raw.find('"');
@@ -25,7 +42,7 @@ LayoutLine MakeLine(const std::vector<std::string>& fields) {
   LayoutLine line;
   line.id = fields[0].substr(0, kLongestId);
   line.typeName = "Fl_" + fields[1].substr(0, kLongestType);
-  line.label = fields[2].substr(0, kLongestLabel);
+  line.label = fields[kLabelField].substr(0, kLongestLabel);
   line.x = number(4);
   line.y = number(5);
   line.width = number(6);
@@ -39,26 +56,15 @@ LayoutLine MakeLine(const std::vector<std::string>& fields) {
   line.labelColor = number(15);
   line.align = number(16);
   line.subtype = number(17);
-  if (fields.size() >= 18) line.tooltip = fields[17];
+  if (fields.size() > kTooltipField) line.tooltip = fields[kTooltipField];
   return line;
 }
 
 }  // namespace
 
 std::vector<std::string> SplitLayoutLine(const std::string& line) {
-  std::vector<std::string> fields;
-  std::string field;
-  bool quoted = false;
-  for (const char c : line) {
-    if (c == '"') quoted = !quoted;
-    if (c == ',' && !quoted) {
-      fields.push_back(FieldValue(field));
-      field.clear();
-    } else {
-      field += c;
-    }
-  }
-  fields.push_back(FieldValue(field));
+  std::vector<std::string> fields = RawFields(line);
+  for (std::string& field : fields) field = FieldValue(field);
   return fields;
 }
 
@@ -74,4 +80,22 @@ std::vector<LayoutLine> ParseLayout(const std::string& text) {
     lines.push_back(MakeLine(fields));
   }
   return lines;
+}
+
+std::string TranslatedLayout(const std::string& text, std::span<const LineTexts> lines) {
+  std::string out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line); out += line + '\n') {
+    const std::string id = line.substr(0, line.find(','));
+    const auto texts = std::find_if(lines.begin(), lines.end(),
+                                    [&](const LineTexts& one) { return one.id == id; });
+    if (texts == lines.end()) continue;
+    std::vector<std::string> fields = RawFields(line);
+    fields.resize(std::max(fields.size(), kTooltipField + 1));
+    fields[kLabelField] = std::string("\"") + texts->label + '"';
+    fields[kTooltipField] = std::string("\"") + texts->tooltip + '"';
+    line.clear();
+    for (const std::string& field : fields) line += (line.empty() ? "" : ",") + field;
+  }
+  return out;
 }

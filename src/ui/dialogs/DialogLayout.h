@@ -2,6 +2,7 @@
 #ifndef KR_UI_DIALOGS_DIALOGLAYOUT_H
 #define KR_UI_DIALOGS_DIALOGLAYOUT_H
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,5 +37,16 @@ std::vector<std::string> SplitLayoutLine(const std::string& line);
 // The lines that describe widgets, in order. Comments ("#"), empty lines and lines without id, type
 // or label are left out; lines are cut at 1,023 bytes.
 std::vector<LayoutLine> ParseLayout(const std::string& text);
+
+// What a line of a layout says in another language.
+struct LineTexts {
+  const char* id;
+  const char* label;
+  const char* tooltip = "";
+};
+
+// The layout with these labels and tooltips, so that geometry and attributes stand once for all
+// languages. Lines without texts here stay as they are.
+std::string TranslatedLayout(const std::string& text, std::span<const LineTexts> lines);
 
 #endif

@@ -12,11 +12,11 @@
 namespace {
 
 constexpr int kPictureSize = 96;
-constexpr char kBuildDate[] = "Jun 15 2017";
-constexpr const char* kSystem =
+constexpr char kBuilt[] = "Jun 15 2017";
+constexpr const char* kRunsOn =
     FileDirWrapper::kSeparator == '\\' ? "64-bit Windows" : "64-bit Linux";
 
-const char kEnglishLayout[] =
+const char kLayout[] =
     R"layout(ID_WINDOW,Window,"About Kestrun 2016 R1",779,213,375,328,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"",15,11,180,109,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_LABEL2,Box,"Kestrun 2016",205,26,160,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
@@ -33,52 +33,43 @@ ID_LABEL12,Box,"Settings, hosts, groups and log are in the folder",15,238,345,24
 ID_LABEL13,Box,"",15,254,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_BUTTON1,Button,"OK",260,286,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )layout";
-const char kChineseLayout[] =
-    R"layout(ID_WINDOW,Window,"关于 Kestrun 2016 R1",779,213,375,328,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"",15,11,180,109,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"Kestrun 2016",205,26,160,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL3,Box,"",205,50,160,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL4,Box,"64-bit Windows",205,74,160,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL5,Box,"将求解任务分组排队，依次启动求解器，",15,117,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL6,Box,"监视运行过程并判断运行结果。",15,133,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL7,Box,"求解器：LS-DYNA (SMP 和 MPP)、INC、Vorel、批处理程序。",15,152,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL8,Box,"求解器和 MPI 不属于本程序，",15,168,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL9,Box,"其名称归各自所有者所有。",15,184,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL10,Box,"本程序部分基于 FLTK 项目的成果",15,203,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL11,Box,"(http://www.fltk.org)。",15,219,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL12,Box,"设置、主机、任务组和日志保存在以下文件夹：",15,238,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL13,Box,"",15,254,345,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON1,Button,"确定",260,286,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-)layout";
+
+constexpr LineTexts kChinese[] = {
+    {"ID_WINDOW", "关于 Kestrun 2016 R1"},
+    {"ID_LABEL5", "将求解任务分组排队，依次启动求解器，"},
+    {"ID_LABEL6", "监视运行过程并判断运行结果。"},
+    {"ID_LABEL7", "求解器：LS-DYNA (SMP 和 MPP)、INC、Vorel、批处理程序。"},
+    {"ID_LABEL8", "求解器和 MPI 不属于本程序，"},
+    {"ID_LABEL9", "其名称归各自所有者所有。"},
+    {"ID_LABEL10", "本程序部分基于 FLTK 项目的成果"},
+    {"ID_LABEL11", "(http://www.fltk.org)。"},
+    {"ID_LABEL12", "设置、主机、任务组和日志保存在以下文件夹："},
+    {"ID_BUTTON1", "确定"},
+};
 
 }  // namespace
 
 Flx_About::Flx_About(Fl_Window* parent, int language, const std::string& workFolder)
     : Flx_Base_Dialog(parent, language), workFolder_(workFolder) {
-  SetLayouts(kEnglishLayout, kChineseLayout);
+  SetLayouts(kLayout, kChinese);
 }
 
 bool Flx_About::Initialise() {
-  auto* picture = Find<Fl_Box>("ID_LABEL1");
-  auto* title = Find<Fl_Box>("ID_LABEL2");
-  auto* date = Find<Fl_Box>("ID_LABEL3");
-  auto* system = Find<Fl_Box>("ID_LABEL4");
-  auto* folder = Find<Fl_Box>("ID_LABEL13");
-  auto* ok = Find<Fl_Button>("ID_BUTTON1");
-  if (!picture || !title || !date || !system || !folder || !ok) return false;
-  picture->image(ProgramPicture(kPictureSize));
-  title->labelfont(FL_HELVETICA_BOLD);
-  ShowLabel(*date, kBuildDate);
-  ShowLabel(*system, kSystem);
+  if (!HasAll(kPicture, kProgram, kBuildDate, kSystem, kWorkFolder, kOk)) return false;
+  Find(kPicture)->image(ProgramPicture(kPictureSize));
+  Find(kProgram)->labelfont(FL_HELVETICA_BOLD);
+  ShowLabel(*Find(kBuildDate), kBuilt);
+  ShowLabel(*Find(kSystem), kRunsOn);
+  Fl_Box* folder = Find(kWorkFolder);
   fl_font(folder->labelfont(), folder->labelsize());
   ShowLabel(*folder, FitTail(ToUi(workFolder_), folder->w()));
   ShowTip(*folder, ToUi(workFolder_));
-  ok->shortcut(FL_Enter);
+  Find(kOk)->shortcut(FL_Enter);
   CentreOnParent();
-  ok->take_focus();
+  Find(kOk)->take_focus();
   return true;
 }
 
 int Flx_About::HandleWidget(Fl_Widget* widget) {
-  return widget == FindWidget("ID_BUTTON1") ? 0 : -1;
+  return widget == Find(kOk) ? 0 : -1;
 }

@@ -6,8 +6,18 @@
 
 #include "ui/dialogs/Flx_Base_Dialog.h"
 
+class Fl_Box;
+class Fl_Button;
+
 class Flx_About : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Box> kPicture{"ID_LABEL1"};
+  static constexpr WidgetName<Fl_Box> kProgram{"ID_LABEL2"};
+  static constexpr WidgetName<Fl_Box> kBuildDate{"ID_LABEL3"};
+  static constexpr WidgetName<Fl_Box> kSystem{"ID_LABEL4"};
+  static constexpr WidgetName<Fl_Box> kWorkFolder{"ID_LABEL13"};
+  static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON1"};
+
   // `workFolder` is in the system's code page.
   Flx_About(Fl_Window* parent, int language, const std::string& workFolder);
 

@@ -99,15 +99,16 @@ const char* Flx_Base_Dialog::GetText(const std::string& key) const {
   return found == texts_.end() ? nullptr : found->second.c_str();
 }
 
-void Flx_Base_Dialog::SetLayouts(const std::string& english, const std::string& chinese) {
+void Flx_Base_Dialog::SetLayouts(const std::string& english, std::span<const LineTexts> chinese) {
   if (language_ == 0) SetLayout(english);
-  if (Chinese()) SetLayout(ToCodePage936(chinese));
+  if (Chinese()) SetLayout(ToCodePage936(TranslatedLayout(english, chinese)));
 }
 
-void Flx_Base_Dialog::SetTexts(const std::string& key, const std::string& english,
-                               const std::string& chinese) {
-  if (language_ == 0) SetText(key, english);
-  if (Chinese()) SetText(key, ToCodePage936(chinese));
+void Flx_Base_Dialog::SetTexts(std::span<const DialogText> texts) {
+  for (const DialogText& text : texts) {
+    if (language_ == 0) SetText(text.key, text.english);
+    if (Chinese()) SetText(text.key, ToCodePage936(text.chinese));
+  }
 }
 
 std::string Flx_Base_Dialog::Decoded(const std::string& text) const {

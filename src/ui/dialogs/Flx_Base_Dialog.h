@@ -7,21 +7,37 @@
 
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "ui/dialogs/DialogLayout.h"
 
-// A dialog is made on the stack, given its layouts and texts by its constructor, and run. Widgets
-// keep FLTK's default callback: what fires comes out of FLTK's queue and is handed to HandleWidget.
+// A widget of a dialog by its name in the code: the id of its line in the layout, and what it is.
+template <typename Kind>
+struct WidgetName {
+  const char* id;
+};
+
+// A text that a dialog shows beside its layout, in UTF-8.
+struct DialogText {
+  const char* key;
+  const char* english;
+  const char* chinese;
+};
+
+// A dialog is made on the stack, given its layout and texts by its constructor, and run. Its class
+// names the widgets that the code uses; its layout has the geometry of both languages. Widgets keep
+// FLTK's default callback: what fires comes out of FLTK's queue and is handed to HandleWidget.
 //
 // Chinese texts are UTF-8 literals in the sources and code page 936 in the dialog and in the labels
 // of its widgets, which have a label type that decodes while it draws. So:
-//   SetLayouts(kEnglishLayout, kChineseLayout);            // in the constructor
-//   SetTexts("no_file", "No file.", "...");
-//   widget->label(ConvertText(GetText("no_file")));        // labels of the layout's widgets
-//   list->add(Shown("no_file").c_str());                   // all else that FLTK shows: UTF-8
-//   ShowLabel(*widget, ToUi(path));                        // labels with other text than our own
+//   static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON1"};  // in the class
+//   SetLayouts(kLayout, kChinese);                                // in the constructor
+//   SetTexts(kTexts);
+//   Find(kClose)->label(ConvertText(GetText("close")));  // labels of the layout's widgets
+//   list->add(Shown("no_file").c_str());                 // all else that FLTK shows: UTF-8
+//   ShowLabel(*widget, ToUi(path));                      // labels with other text than our own
 //
 // Interface thread.
 class Flx_Base_Dialog {
@@ -45,8 +61,8 @@ class Flx_Base_Dialog {
   // In the language's encoding.
   void SetLayout(const std::string& text) { layout_ = text; }
 
-  // The one of the dialog's language.
-  void SetLayouts(const std::string& english, const std::string& chinese);
+  // The layout in the dialog's language, from the English one and what its lines are in Chinese.
+  void SetLayouts(const std::string& english, std::span<const LineTexts> chinese);
 
   // Builds the window; returns Initialise's result, false without a layout.
   bool Build();
@@ -54,16 +70,20 @@ class Flx_Base_Dialog {
   // Build, then events until HandleWidget ends the dialog or its window is closed.
   void Run();
 
-  // Null when the layout has no such id.
+  // Null when the layout has no such id; by name also when it is another kind of widget.
   Fl_Widget* FindWidget(const std::string& id) const;
   template <typename Kind>
-  Kind* Find(const std::string& id) const {
-    return dynamic_cast<Kind*>(FindWidget(id));
+  Kind* Find(WidgetName<Kind> name) const {
+    return dynamic_cast<Kind*>(FindWidget(name.id));
+  }
+  template <typename... Kinds>
+  bool HasAll(WidgetName<Kinds>... names) const {
+    return (Find(names) && ...);
   }
 
   // The first text given for a key stays. In the language's encoding; null for an unknown key.
   void SetText(const std::string& key, const std::string& text) { texts_.emplace(key, text); }
-  void SetTexts(const std::string& key, const std::string& english, const std::string& chinese);
+  void SetTexts(std::span<const DialogText> texts);
   const char* GetText(const std::string& key) const;
 
   // The text of a key in UTF-8; empty for an unknown key.
@@ -77,8 +97,10 @@ class Flx_Base_Dialog {
 
   void CentreOnParent();
 
- protected:
+  // Null before Build.
   Fl_Window* Window() const { return window_.get(); }
+
+ protected:
   Fl_Window* Parent() const { return parent_; }
   int Language() const { return language_; }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-const char kEnglishLayout[] =
+const char kLayout[] =
     R"(ID_WINDOW,Window,"Configuration",978,435,650,130,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"Text Editor",5,36,70,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_CHOICE1,Choice,"",89,9,150,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
@@ -22,17 +22,21 @@ ID_BUTTON2,Button,"Close",560,100,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_CHECKBOX1,Check_Button,"Output d3dump",8,66,127,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
 ID_CHECKBOX2,Check_Button,"Delete adaptdmp",8,93,152,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
 )";
-const char kChineseLayout[] =
-    R"(ID_WINDOW,Window,"配置",978,435,650,130,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"文本编辑器",5,36,70,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",89,9,150,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL2,Box,"语言",5,10,76,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT1,Input,"",89,35,530,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON1,Button,"...",620,34,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"关闭",560,100,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_CHECKBOX1,Check_Button,"输出 d3dump",8,66,127,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
-ID_CHECKBOX2,Check_Button,"删除 adaptdmp",8,93,152,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
-)";
+
+constexpr LineTexts kChinese[] = {
+    {"ID_WINDOW", "配置"},  {"ID_LABEL1", "文本编辑器"},     {"ID_LABEL2", "语言"},
+    {"ID_BUTTON2", "关闭"}, {"ID_CHECKBOX1", "输出 d3dump"}, {"ID_CHECKBOX2", "删除 adaptdmp"},
+};
+
+// By key, in English and Chinese.
+constexpr DialogText kTexts[] = {
+    {"text_editor_title", "Select Text Editor", "选择文本编辑器"},
+    {"msg_language_applied", "Language will be applied after restart",
+     "语言设置将在重新启动程序后生效"},
+    {"ok", "OK", "确定"},
+    {"editor_filter", "Text Editor (*.exe)|*.exe|", "文本编辑器 (*.exe)|*.exe|"},
+    {"all_filter", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|"},
+};
 
 }  // namespace
 
@@ -40,61 +44,51 @@ Flx_Configuration::Flx_Configuration(Fl_Window* parent, Application& application
     : Flx_Base_Dialog(parent, application.language),
       application_(application),
       settings_(application.SettingsAndFiles()) {
-  SetLayouts(kEnglishLayout, kChineseLayout);
-  SetTexts("text_editor_title", "Select Text Editor", "选择文本编辑器");
-  SetTexts("msg_language_applied", "Language will be applied after restart",
-           "语言设置将在重新启动程序后生效");
-  SetTexts("ok", "OK", "确定");
-  SetTexts("editor_filter", "Text Editor (*.exe)|*.exe|", "文本编辑器 (*.exe)|*.exe|");
-  SetTexts("all_filter", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|");
+  SetLayouts(kLayout, kChinese);
+  SetTexts(kTexts);
 }
 
 bool Flx_Configuration::Initialise() {
-  auto* editor = Find<Fl_Input>("ID_INPUT1");
-  auto* language = Find<Fl_Choice>("ID_CHOICE1");
-  auto* browse = Find<Fl_Button>("ID_BUTTON1");
-  auto* close = Find<Fl_Button>("ID_BUTTON2");
-  auto* dump = Find<Fl_Check_Button>("ID_CHECKBOX1");
-  auto* adaptive = Find<Fl_Check_Button>("ID_CHECKBOX2");
-  if (!editor || !language || !browse || !close || !dump || !adaptive) return false;
+  if (!HasAll(kLanguage, kEditor, kChooseEditor, kOutputDump, kDeleteAdaptive, kClose))
+    return false;
   // The same in both, so that everyone finds the way back.
-  languages_.Show(*language, {"English", "Chinese"}, settings_.Get().language);
-  language->when(FL_WHEN_RELEASE_ALWAYS);
+  languages_.Show(*Find(kLanguage), {"English", "Chinese"}, settings_.Get().language);
+  Find(kLanguage)->when(FL_WHEN_RELEASE_ALWAYS);
   ShowSettings();
-  SetTabOrder(*Window(), {language, editor, browse, dump, adaptive, close});
-  close->shortcut(FL_Enter);
+  SetTabOrder(*Window(), {Find(kLanguage), Find(kEditor), Find(kChooseEditor), Find(kOutputDump),
+                          Find(kDeleteAdaptive), Find(kClose)});
+  Find(kClose)->shortcut(FL_Enter);
   CentreOnParent();
-  close->take_focus();
+  Find(kClose)->take_focus();
   return true;
 }
 
 void Flx_Configuration::ShowSettings() {
   const Settings& settings = settings_.Get();
-  Find<Fl_Check_Button>("ID_CHECKBOX1")->value(settings.output_dump);
-  Find<Fl_Check_Button>("ID_CHECKBOX2")->value(settings.no_adapdump);
-  ShowStored(*Find<Fl_Input>("ID_INPUT1"), ToUi(settings.viewer));
+  Find(kOutputDump)->value(settings.output_dump);
+  Find(kDeleteAdaptive)->value(settings.no_adapdump);
+  ShowStored(*Find(kEditor), ToUi(settings.viewer));
 }
 
 int Flx_Configuration::HandleWidget(Fl_Widget* widget) {
-  if (widget == FindWidget("ID_BUTTON2")) endCode_ = 1;
-  if (widget == FindWidget("ID_CHOICE1")) ChooseLanguage();
-  if (widget == FindWidget("ID_BUTTON1")) ChooseEditor();
-  if (widget == FindWidget("ID_INPUT1")) {
-    auto* editor = Find<Fl_Input>("ID_INPUT1");
-    settings_.Set(&Settings::viewer, PathIn(*editor));
-    editor->clear_changed();
+  if (widget == Find(kClose)) endCode_ = 1;
+  if (widget == Find(kLanguage)) ChooseLanguage();
+  if (widget == Find(kChooseEditor)) ChooseEditor();
+  if (widget == Find(kEditor)) {
+    settings_.Set(&Settings::viewer, PathIn(*Find(kEditor)));
+    Find(kEditor)->clear_changed();
   }
-  if (widget == FindWidget("ID_CHECKBOX1")) {
-    const bool on = Find<Fl_Check_Button>("ID_CHECKBOX1")->value() == 1;
+  if (widget == Find(kOutputDump)) {
+    const bool on = Find(kOutputDump)->value() == 1;
     if (settings_.Set(&Settings::output_dump, on) && OnSwitched) OnSwitched();
   }
-  if (widget == FindWidget("ID_CHECKBOX2"))
-    settings_.Set(&Settings::no_adapdump, Find<Fl_Check_Button>("ID_CHECKBOX2")->value() == 1);
+  if (widget == Find(kDeleteAdaptive))
+    settings_.Set(&Settings::no_adapdump, Find(kDeleteAdaptive)->value() == 1);
   return endCode_ > 0 ? 0 : -1;
 }
 
 void Flx_Configuration::ChooseLanguage() {
-  settings_.Set(&Settings::language, Find<Fl_Choice>("ID_CHOICE1")->value());
+  settings_.Set(&Settings::language, Find(kLanguage)->value());
   InformOver(Window(), ToUi(application_.Title()), Shown("msg_language_applied"), Shown("ok"));
 }
 
@@ -109,5 +103,5 @@ void Flx_Configuration::ChooseEditor() {
   dialog.SetInitDir(folder);
   if (!dialog.DoModal()) return;
   settings_.Set(&Settings::viewer, dialog.GetPathName());
-  Find<Fl_Input>("ID_INPUT1")->value(ToUi(dialog.GetPathName()).c_str());
+  Find(kEditor)->value(ToUi(dialog.GetPathName()).c_str());
 }

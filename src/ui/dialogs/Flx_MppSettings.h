@@ -20,6 +20,22 @@
 // one, so that what is shown and what "Stop Running" stops belong together.
 class Flx_MppSettings : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Check_Button> kUseMpp{"ID_CHECKBOX1"};
+  static constexpr WidgetName<Fl_Choice> kMpi{"ID_CHOICE2"};
+  static constexpr WidgetName<Fl_Choice> kGroup{"ID_CHOICE1"};
+  static constexpr WidgetName<Fl_Input> kMemory{"ID_INPUT1"};
+  static constexpr WidgetName<Fl_Input> kMpiParam{"ID_INPUT2"};
+  static constexpr WidgetName<Fl_Input> kMppParam{"ID_INPUT3"};
+  static constexpr WidgetName<Fl_Input> kSingleSolver{"ID_INPUT4"};
+  static constexpr WidgetName<Fl_Button> kChooseSingle{"ID_BUTTON5"};
+  static constexpr WidgetName<Fl_Input> kDoubleSolver{"ID_INPUT5"};
+  static constexpr WidgetName<Fl_Button> kChooseDouble{"ID_BUTTON6"};
+  static constexpr WidgetName<Fl_Scroll> kHosts{"ID_SCROLL1"};
+  static constexpr WidgetName<Fl_Button> kEditHosts{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Button> kReloadHosts{"ID_BUTTON4"};
+  static constexpr WidgetName<Fl_Button> kStop{"ID_BUTTON1"};
+  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON3"};
+
   Flx_MppSettings(Fl_Window* parent, Application& application);
 
   bool Initialise() override;
@@ -32,33 +48,29 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   std::function<void(const std::string& text)> OnNote;
 
  private:
-  struct PathOrText {
-    const char* id;
-    std::string Settings::*field;
+  // A field and the setting that it shows.
+  struct TextField {
+    WidgetName<Fl_Input> input;
+    std::string Settings::*setting;
     bool path;
   };
-  static const PathOrText kTexts[];
+  static const TextField kTextFields[];
 
-  void SetAllTexts();
-  bool FindWidgets();
   void ShowSettings();
   void ShowGroups();
   void ShowCurrentGroup();
   void ChooseGroup();
   void ChooseMpi();
   void StoreMemory();
-  void StoreText(const PathOrText& text);
-  void ChooseProgram(const PathOrText& text, const char* titleKey);
+  void StoreText(const TextField& field);
+  void ChooseProgram(WidgetName<Fl_Input> input, std::string Settings::*setting,
+                     const char* titleKey);
   void EditHostFile();
   void ReloadHostFile();
   void StopRunning();
 
   Application& application_;
   SettingsAndPaths& settings_;
-  Fl_Check_Button* useMpp_ = nullptr;
-  Fl_Choice* groups_ = nullptr;
-  Fl_Choice* mpi_ = nullptr;
-  Fl_Input* memory_ = nullptr;
   ChoiceEntries groupEntries_, mpiEntries_;
   std::unique_ptr<HostEditor> hosts_;
 };

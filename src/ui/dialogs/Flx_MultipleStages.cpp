@@ -3,6 +3,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
+#include <FL/Fl_Choice.H>
 #include <FL/fl_draw.H>
 
 #include "core/JobInformation.h"
@@ -19,7 +20,7 @@ namespace {
 constexpr int kLeastWidth = 716;  // the buttons of the last row beside each other
 constexpr int kLeastHeight = 240;
 
-const char kEnglishLayout[] =
+const char kLayout[] =
     R"(ID_WINDOW,Window,"Multiple Stages",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
@@ -34,43 +35,49 @@ ID_BUTTON5,Button,"View Message",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"View t
 ID_BUTTON6,Button,"View Summary",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the information about the selected stage",0,0,0,0
 ID_BUTTON7,Button,"Close",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
-const char kChineseLayout[] =
-    R"(ID_WINDOW,Window,"多工步任务",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"起始工步",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"跳过此工步之前的各工步",0,0,14,56
-ID_LABEL3,Box,"",396,264,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON1,Button,"添加...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"添加关键字文件作为后续工步",0,0,0,0
-ID_BUTTON2,Button,"删除",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"删除所选工步",0,0,0,0
-ID_BUTTON3,Button,"上移",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"提前运行所选工步",0,0,0,0
-ID_BUTTON4,Button,"下移",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"推后运行所选工步",0,0,0,0
-ID_BUTTON5,Button,"查看消息文件",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的消息文件",0,0,0,0
-ID_BUTTON6,Button,"查看摘要",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"查看所选工步的任务信息",0,0,0,0
-ID_BUTTON7,Button,"关闭",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-)";
+
+constexpr LineTexts kChinese[] = {
+    {"ID_WINDOW", "多工步任务"},
+    {"ID_LABEL2", "起始工步"},
+    {"ID_CHOICE1", "", "跳过此工步之前的各工步"},
+    {"ID_BUTTON1", "添加...", "添加关键字文件作为后续工步"},
+    {"ID_BUTTON2", "删除", "删除所选工步"},
+    {"ID_BUTTON3", "上移", "提前运行所选工步"},
+    {"ID_BUTTON4", "下移", "推后运行所选工步"},
+    {"ID_BUTTON5", "查看消息文件", "查看所选工步的消息文件"},
+    {"ID_BUTTON6", "查看摘要", "查看所选工步的任务信息"},
+    {"ID_BUTTON7", "关闭"},
+};
+
+// By key, in English and Chinese.
+constexpr DialogText kTexts[] = {
+    {"lab_ms_file", "File", "文件"},
+    {"lab_ms_type", "Type", "类型"},
+    {"lab_ms_solv", "Solver", "求解器"},
+    {"lab_ms_memory", "Memory", "内存"},
+    {"lab_ms_stat", "Status", "状态"},
+    {"lab_ms_msg", "Message", "消息"},
+    {"lab_ms_result", "Summary", "摘要"},
+    {"lab_ms_view", "View...", "查看..."},
+    {"tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件"},
+    {"tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息"},
+    {"skipped", "Skipped: the run begins with a later stage.", "已跳过：从后面的工步开始运行。"},
+    {"only_queued", "Stages can be changed while the job is Queued.",
+     "仅在任务排队时可以更改各工步。"},
+    {"gone", "The job has been removed.", "任务已被删除。"},
+    {"add_title", "Select Stage Decks", "选择工步关键字文件"},
+};
+
+void Activate(Fl_Widget* widget, bool on) {
+  if (on != (widget->active() != 0)) on ? widget->activate() : widget->deactivate();
+}
 
 }  // namespace
 
 Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject subject)
     : Flx_Base_Dialog(parent, language), subject_(std::move(subject)) {
-  SetLayouts(kEnglishLayout, kChineseLayout);
-  SetTexts("lab_ms_file", "File", "文件");
-  SetTexts("lab_ms_type", "Type", "类型");
-  SetTexts("lab_ms_solv", "Solver", "求解器");
-  SetTexts("lab_ms_memory", "Memory", "内存");
-  SetTexts("lab_ms_stat", "Status", "状态");
-  SetTexts("lab_ms_msg", "Message", "消息");
-  SetTexts("lab_ms_result", "Summary", "摘要");
-  SetTexts("lab_ms_view", "View...", "查看...");
-  SetTexts("tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件");
-  SetTexts("tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息");
-  SetTexts("skipped", "Skipped: the run begins with a later stage.",
-           "已跳过：从后面的工步开始运行。");
-  SetTexts("only_queued", "Stages can be changed while the job is Queued.",
-           "仅在任务排队时可以更改各工步。");
-  SetTexts("gone", "The job has been removed.", "任务已被删除。");
-  SetTexts("add_title", "Select Stage Decks", "选择工步关键字文件");
+  SetLayouts(kLayout, kChinese);
+  SetTexts(kTexts);
 }
 
 Flx_MultipleStages::~Flx_MultipleStages() {
@@ -78,22 +85,23 @@ Flx_MultipleStages::~Flx_MultipleStages() {
 }
 
 bool Flx_MultipleStages::Initialise() {
-  first_ = Find<Fl_Choice>("ID_CHOICE1");
-  auto* hint = Find<Fl_Box>("ID_LABEL3");
-  auto* close = Find<Fl_Button>("ID_BUTTON7");
-  if (!first_ || !hint || !close || !MakeTable()) return false;
-  close->shortcut(FL_Enter);
+  if (!HasAll(kDeck, kTable, kFirstStageLabel, kFirstStage, kHint, kAdd, kRemove, kMoveUp,
+              kMoveDown, kViewMessage, kViewSummary, kClose) ||
+      !subject_.group || !subject_.job)
+    return false;
+  MakeTable();
+  Find(kClose)->shortcut(FL_Enter);
+  Fl_Box* hint = Find(kHint);
   hint->labelcolor(Theme::kMuted);
-  Fl_Widget* deck = FindWidget("ID_LABEL1");
+  Fl_Box* deck = Find(kDeck);
   fl_font(deck->labelfont(), deck->labelsize());
   ShowLabel(*deck, FitTail(ToUi(subject_.job->jobFile), deck->w()));
   ShowTip(*deck, ToUi(subject_.job->jobFile));
-  KeepRow(*Window(), {FindWidget("ID_LABEL2"), first_, hint}, hint->x() + hint->w());
+  KeepRow(*Window(), {Find(kFirstStageLabel), Find(kFirstStage), hint}, hint->x() + hint->w());
   KeepRow(*Window(),
-          {FindWidget("ID_BUTTON1"), FindWidget("ID_BUTTON2"), FindWidget("ID_BUTTON3"),
-           FindWidget("ID_BUTTON4"), FindWidget("ID_BUTTON5"), FindWidget("ID_BUTTON6"),
-           FindWidget("ID_BUTTON7")},
-          FindWidget("ID_BUTTON6")->x() + FindWidget("ID_BUTTON6")->w());
+          {Find(kAdd), Find(kRemove), Find(kMoveUp), Find(kMoveDown), Find(kViewMessage),
+           Find(kViewSummary), Find(kClose)},
+          Find(kViewSummary)->x() + Find(kViewSummary)->w());
   Window()->resizable(table_);
   Window()->size_range(kLeastWidth, kLeastHeight);
   CentreOnParent();
@@ -104,9 +112,7 @@ bool Flx_MultipleStages::Initialise() {
 }
 
 // The table takes the place of the layout's group.
-bool Flx_MultipleStages::MakeTable() {
-  Fl_Widget* place = FindWidget("ID_GROUP1");
-  if (!place || !subject_.group || !subject_.job) return false;
+void Flx_MultipleStages::MakeTable() {
   StageTable::Texts texts;
   const char* const keys[StageTable::kColumns] = {"lab_ms_file",   "lab_ms_type", "lab_ms_solv",
                                                   "lab_ms_memory", "lab_ms_stat", "lab_ms_msg",
@@ -118,6 +124,7 @@ bool Flx_MultipleStages::MakeTable() {
   texts.summaryTip = Shown("tip_ms_view_info");
   texts.skipped = Shown("skipped");
   texts.reason = subject_.texts.Get("ui_code");
+  Fl_Group* place = Find(kTable);
   place->hide();
   table_ = new StageTable(place->x(), place->y(), place->w(), place->h(), subject_.group,
                           subject_.job, texts, subject_.solverName, subject_.texts);
@@ -127,12 +134,6 @@ bool Flx_MultipleStages::MakeTable() {
     if (column == StageTable::kMessage) ViewMessage(row);
     if (column == StageTable::kSummary) ViewSummary(row);
   };
-  return true;
-}
-
-void Flx_MultipleStages::Activate(const char* id, bool on) {
-  Fl_Widget* widget = FindWidget(id);
-  if (widget && on != (widget->active() != 0)) on ? widget->activate() : widget->deactivate();
 }
 
 void Flx_MultipleStages::QueueChanged() {
@@ -164,36 +165,36 @@ void Flx_MultipleStages::Update() {
   const bool queued = status == JobStatus::kQueued;
   const int row = table_->CurrentRow();
   const int count = static_cast<int>(names.size());
-  Activate("ID_BUTTON1", queued);
-  Activate("ID_BUTTON2", queued && row >= 0 && count > 1);
-  Activate("ID_BUTTON3", queued && row > 0);
-  Activate("ID_BUTTON4", queued && row >= 0 && row + 1 < count);
-  Activate("ID_BUTTON5", row >= 0);
-  Activate("ID_BUTTON6", row >= 0);
-  Activate("ID_CHOICE1", status >= 0 && status != JobStatus::kRunning);
+  Activate(Find(kAdd), queued);
+  Activate(Find(kRemove), queued && row >= 0 && count > 1);
+  Activate(Find(kMoveUp), queued && row > 0);
+  Activate(Find(kMoveDown), queued && row >= 0 && row + 1 < count);
+  Activate(Find(kViewMessage), row >= 0);
+  Activate(Find(kViewSummary), row >= 0);
+  Activate(Find(kFirstStage), status >= 0 && status != JobStatus::kRunning);
   const char* const hint = status < 0 ? "gone" : queued ? nullptr : "only_queued";
-  FindWidget("ID_LABEL3")->label(hint ? ConvertText(GetText(hint)) : "");
+  Find(kHint)->label(hint ? ConvertText(GetText(hint)) : "");
 }
 
 void Flx_MultipleStages::ShowFirstStage(const std::vector<std::string>& names, int first) {
   if (names != names_) {
     names_ = names;
-    firstEntries_.Show(*first_, names_, first);
+    firstEntries_.Show(*Find(kFirstStage), names_, first);
   }
-  if (first != first_->value()) first_->value(first);
+  if (first != Find(kFirstStage)->value()) Find(kFirstStage)->value(first);
 }
 
 int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
-  const auto is = [&](const char* id) { return widget == FindWidget(id); };
-  if (is("ID_BUTTON7")) return 0;
+  if (widget == Find(kClose)) return 0;
   const int row = table_->CurrentRow();
-  if (is("ID_BUTTON1")) AddStages();
-  if (is("ID_BUTTON2")) RemoveStage();
-  if (is("ID_BUTTON3")) MoveStage(true);
-  if (is("ID_BUTTON4")) MoveStage(false);
-  if (is("ID_BUTTON5")) ViewMessage(row);
-  if (is("ID_BUTTON6")) ViewSummary(row);
-  if (is("ID_CHOICE1")) subject_.group->SetFirstStage(table_->JobIndex(), first_->value());
+  if (widget == Find(kAdd)) AddStages();
+  if (widget == Find(kRemove)) RemoveStage();
+  if (widget == Find(kMoveUp)) MoveStage(true);
+  if (widget == Find(kMoveDown)) MoveStage(false);
+  if (widget == Find(kViewMessage)) ViewMessage(row);
+  if (widget == Find(kViewSummary)) ViewSummary(row);
+  if (widget == Find(kFirstStage))
+    subject_.group->SetFirstStage(table_->JobIndex(), Find(kFirstStage)->value());
   Update();
   return -1;
 }

@@ -2,8 +2,6 @@
 #ifndef KR_UI_DIALOGS_FLX_MULTIPLESTAGES_H
 #define KR_UI_DIALOGS_FLX_MULTIPLESTAGES_H
 
-#include <FL/Fl_Choice.H>
-
 #include <functional>
 #include <memory>
 #include <string>
@@ -15,10 +13,27 @@
 #include "ui/dialogs/StageTable.h"
 #include "ui/text/Language.h"
 
+class Fl_Box;
+class Fl_Button;
+class Fl_Choice;
+
 // Stages are added, removed and moved while the job is Queued; the first one to run is chosen at
 // any time but during a run. Follows the run.
 class Flx_MultipleStages : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Box> kDeck{"ID_LABEL1"};
+  static constexpr WidgetName<Fl_Group> kTable{"ID_GROUP1"};  // the place of the table
+  static constexpr WidgetName<Fl_Box> kFirstStageLabel{"ID_LABEL2"};
+  static constexpr WidgetName<Fl_Choice> kFirstStage{"ID_CHOICE1"};
+  static constexpr WidgetName<Fl_Box> kHint{"ID_LABEL3"};
+  static constexpr WidgetName<Fl_Button> kAdd{"ID_BUTTON1"};
+  static constexpr WidgetName<Fl_Button> kRemove{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Button> kMoveUp{"ID_BUTTON3"};
+  static constexpr WidgetName<Fl_Button> kMoveDown{"ID_BUTTON4"};
+  static constexpr WidgetName<Fl_Button> kViewMessage{"ID_BUTTON5"};
+  static constexpr WidgetName<Fl_Button> kViewSummary{"ID_BUTTON6"};
+  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON7"};
+
   struct Subject {
     Application& application;
     const TextTable& texts;  // of the main window
@@ -35,11 +50,10 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
   void QueueChanged() override;
 
  private:
-  bool MakeTable();
+  void MakeTable();
   void Update();
   static void UpdateLater(void* self);
   void ShowFirstStage(const std::vector<std::string>& names, int first);
-  void Activate(const char* id, bool on);
   void AddStages();
   void RemoveStage();
   void MoveStage(bool up);
@@ -49,7 +63,6 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
 
   const Subject subject_;
   StageTable* table_ = nullptr;
-  Fl_Choice* first_ = nullptr;
   ChoiceEntries firstEntries_;
   std::vector<std::string> names_;  // as the choice shows them
 };

@@ -7,47 +7,45 @@
 
 namespace {
 
-const char kEnglishLayout[] =
+const char kLayout[] =
     R"(ID_WINDOW,Window,"Rename Group",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"Group Name",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON1,Button,"OK",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
-const char kChineseLayout[] =
-    R"(ID_WINDOW,Window,"重命名任务组",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"任务组名称",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON1,Button,"确定",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"取消",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-)";
+
+constexpr LineTexts kChinese[] = {
+    {"ID_WINDOW", "重命名任务组"},
+    {"ID_LABEL1", "任务组名称"},
+    {"ID_BUTTON1", "确定"},
+    {"ID_BUTTON2", "取消"},
+};
 
 }  // namespace
 
 Flx_RenameGroup::Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name)
     : Flx_Base_Dialog(parent, language), name_(name) {
-  SetLayouts(kEnglishLayout, kChineseLayout);
+  SetLayouts(kLayout, kChinese);
 }
 
 bool Flx_RenameGroup::Initialise() {
-  auto* input = Find<Fl_Input>("ID_INPUT1");
-  auto* ok = Find<Fl_Button>("ID_BUTTON1");
-  if (!input || !ok) return false;
+  if (!HasAll(kName, kOk, kCancel)) return false;
+  Fl_Input* input = Find(kName);
   input->value(ToUi(name_).c_str());
   input->position(input->size(), 0);
-  ok->shortcut(FL_Enter);
+  Find(kOk)->shortcut(FL_Enter);
   CentreOnParent();
   input->take_focus();
   return true;
 }
 
 int Flx_RenameGroup::HandleWidget(Fl_Widget* widget) {
-  if (widget == FindWidget("ID_BUTTON2")) return 0;
-  if (widget != FindWidget("ID_BUTTON1")) return -1;
-  auto* input = Find<Fl_Input>("ID_INPUT1");
-  const std::string name = FromUi(input->value());
+  if (widget == Find(kCancel)) return 0;
+  if (widget != Find(kOk)) return -1;
+  const std::string name = FromUi(Find(kName)->value());
   if (name.empty()) {
-    input->take_focus();
+    Find(kName)->take_focus();
     return -1;
   }
   newName_ = name;

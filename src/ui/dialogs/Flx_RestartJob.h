@@ -7,10 +7,22 @@
 #include "core/Application.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 
+class Fl_Button;
+class Fl_Check_Button;
+class Fl_Input;
+
 // The input file belongs to the job only while its box is ticked. Files may come into being later:
 // paths of files that are not there now are red, but taken.
 class Flx_RestartJob : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Input> kRestart{"ID_INPUT1"};
+  static constexpr WidgetName<Fl_Button> kChooseRestart{"ID_BUTTON1"};
+  static constexpr WidgetName<Fl_Check_Button> kUseInput{"ID_CHECKBOX1"};
+  static constexpr WidgetName<Fl_Input> kInput{"ID_INPUT2"};
+  static constexpr WidgetName<Fl_Button> kChooseInput{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON3"};
+  static constexpr WidgetName<Fl_Button> kCancel{"ID_BUTTON4"};
+
   Flx_RestartJob(Fl_Window* parent, Application& application);
 
   bool Initialise() override;
@@ -21,11 +33,11 @@ class Flx_RestartJob : public Flx_Base_Dialog {
   const std::string& InputFile() const { return inputFile_; }
 
  private:
-  void Choose(const char* inputId, const char* titleKey, const std::string& filter);
+  void Choose(WidgetName<Fl_Input> input, const char* titleKey, const char* filterKey);
   void ShowInputUse();
-  void MarkMissing(const char* inputId);
+  void MarkMissing(Fl_Input& input);
   bool TakeFiles();
-  void AskFor(const char* inputId, const char* key);
+  void AskFor(WidgetName<Fl_Input> input, const char* key);
 
   Application& application_;
   std::string restartFile_;

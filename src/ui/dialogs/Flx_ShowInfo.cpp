@@ -36,20 +36,30 @@ constexpr int kBarGap = 14;
 // turn formatting off, the toolkit reads behind the end of empty lines.)
 constexpr char kNoFormat = '\x01';
 
-const char kEnglishLayout[] =
+const char kLayout[] =
     R"(ID_WINDOW,Window,"Show Job Information",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
 ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )";
-const char kChineseLayout[] =
-    R"(ID_WINDOW,Window,"查看任务信息",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"成功",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
-ID_BUTTON1,Button,"关闭",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-)";
+
+constexpr LineTexts kChinese[] = {
+    {"ID_WINDOW", "查看任务信息"},
+    {"ID_LABEL2", "成功"},
+    {"ID_BUTTON1", "关闭"},
+};
+
+// By key, in English and Chinese.
+constexpr DialogText kTexts[] = {
+    {"successful", "Successful", "成功"},
+    {"failed", "Failed", "失败"},
+    {"reading", "Reading the files of the run...", "正在读取运行结果文件..."},
+    {"close", "Close", "关闭"},
+    {"cancel", "Cancel", "取消"},
+    {"no_thread", "The files of the run cannot be read now. Please try again.",
+     "现在无法读取运行结果文件，请稍后再试。"},
+};
 
 // A line of a report, without characters that would control the list.
 std::string ListLine(std::string text) {
@@ -73,14 +83,8 @@ struct Flx_ShowInfo::Reading {
 
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
     : Flx_Base_Dialog(parent, language), output_(std::move(output)) {
-  SetLayouts(kEnglishLayout, kChineseLayout);
-  SetTexts("successful", "Successful", "成功");
-  SetTexts("failed", "Failed", "失败");
-  SetTexts("reading", "Reading the files of the run...", "正在读取运行结果文件...");
-  SetTexts("close", "Close", "关闭");
-  SetTexts("cancel", "Cancel", "取消");
-  SetTexts("no_thread", "The files of the run cannot be read now. Please try again.",
-           "现在无法读取运行结果文件，请稍后再试。");
+  SetLayouts(kLayout, kChinese);
+  SetTexts(kTexts);
 }
 
 Flx_ShowInfo::~Flx_ShowInfo() {
@@ -89,19 +93,17 @@ Flx_ShowInfo::~Flx_ShowInfo() {
 }
 
 bool Flx_ShowInfo::Initialise() {
-  auto* lamp = Find<Fl_Box>("ID_LABEL1");
-  auto* word = Find<Fl_Box>("ID_LABEL2");
-  auto* list = Find<Fl_Browser>("ID_LIST1");
-  auto* close = Find<Fl_Button>("ID_BUTTON1");
-  if (!lamp || !word || !list || !close) return false;
+  if (!HasAll(kLamp, kResult, kLines, kClose)) return false;
   const bool finished = output_.status == JobStatus::kFinished;
-  lamp->color(finished ? kGreenLamp : kRedLamp);
-  word->label(ConvertText(GetText(finished ? "successful" : "failed")));
+  Find(kLamp)->color(finished ? kGreenLamp : kRedLamp);
+  Find(kResult)->label(ConvertText(GetText(finished ? "successful" : "failed")));
+  Fl_Browser* list = Find(kLines);
   list->format_char(kNoFormat);
   list->textfont(FL_COURIER);  // solvers write in columns
   list->textsize(kLayoutLabelSize);
+  Fl_Button* close = Find(kClose);
   close->shortcut(FL_Enter);
-  KeepRow(*Window(), {lamp, word}, Window()->w() - 1);
+  KeepRow(*Window(), {Find(kLamp), Find(kResult)}, Window()->w() - 1);
   MakeBar(*close);
   KeepRow(*Window(), {bar_, close}, 0);
   Window()->resizable(list);
@@ -113,7 +115,7 @@ bool Flx_ShowInfo::Initialise() {
 }
 
 int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
-  return widget == FindWidget("ID_BUTTON1") ? 0 : -1;
+  return widget == Find(kClose) ? 0 : -1;
 }
 
 // Beside the button, while files are read.
@@ -155,7 +157,7 @@ void Flx_ShowInfo::StartReading() {
       reading->changed.notify_all();
     }).detach();
   } catch (const std::system_error&) {
-    Find<Fl_Browser>("ID_LIST1")->add(Shown("no_thread").c_str());
+    Find(kLines)->add(Shown("no_thread").c_str());
     return;
   }
   {
@@ -177,18 +179,18 @@ void Flx_ShowInfo::Look(void* self) {
 bool Flx_ShowInfo::ShowWhenRead() {
   const std::lock_guard<std::mutex> lock(reading_->mutex);
   if (!reading_->done) return false;
-  auto* list = Find<Fl_Browser>("ID_LIST1");
+  auto* list = Find(kLines);
   list->clear();
   for (const std::string& line : reading_->lines) list->add(ListLine(line).c_str());
   bar_->hide();
-  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("close")));
+  Find(kClose)->label(ConvertText(GetText("close")));
   return true;
 }
 
 void Flx_ShowInfo::ShowProgress() {
   bar_->value(static_cast<float>(reading_->percent));
   if (bar_->visible()) return;
-  Find<Fl_Browser>("ID_LIST1")->add(Shown("reading").c_str());
-  Find<Fl_Button>("ID_BUTTON1")->label(ConvertText(GetText("cancel")));
+  Find(kLines)->add(Shown("reading").c_str());
+  Find(kClose)->label(ConvertText(GetText("cancel")));
   bar_->show();
 }

@@ -10,10 +10,18 @@
 #include "core/JobInformation.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 
+class Fl_Box;
+class Fl_Browser;
+
 // The files are read on a thread of its own, since they may be big; a bar shows how far it is and
 // the button cancels it.
 class Flx_ShowInfo : public Flx_Base_Dialog {
  public:
+  static constexpr WidgetName<Fl_Box> kLamp{"ID_LABEL1"};
+  static constexpr WidgetName<Fl_Box> kResult{"ID_LABEL2"};
+  static constexpr WidgetName<Fl_Browser> kLines{"ID_LIST1"};
+  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON1"};
+
   Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output);
   ~Flx_ShowInfo() override;
 

@@ -33,11 +33,39 @@ constexpr int kRemoveX = kUsesX + kUsesWidth + kInset;
 constexpr int kRowWidth = kRemoveX + kRemoveWidth;
 constexpr int kAddWidth = 110;
 
+constexpr DialogText kHostTexts[] = {
+    {"host_name", "Host", "主机"},
+    {"host_cpus", "CPUs", "CPU 数"},
+    {"host_uses", "Group uses", "该组使用"},
+    {"host_unused", "not used", "不使用"},
+    {"host_add", "Add Host", "添加主机"},
+    {"host_remove", "Remove this host", "删除该主机"},
+    {"host_bad_name", "A host's name is one word that does not begin with #.",
+     "主机名中不能有空格，且不能以 # 开头。"},
+    {"host_bad_cpus", "The number of CPUs is a whole number, 0 to 100000.",
+     "CPU 数为 0 到 100000 之间的整数。"},
+    {"host_newer",
+     "The host file has been changed by another program and was read again. Please repeat "
+     "your change.",
+     "主机文件已被其他程序修改，现已重新读取。请重新修改。"},
+    {"host_failed", "The host file could not be written; nothing was changed.",
+     "无法写入主机文件，未作任何修改。"},
+    {"hosts_own", "The group uses the CPUs of the table.", "该组使用表中的 CPU 数。"},
+    {"hosts_group", "The group has its own numbers of CPUs: ", "该组有自己的 CPU 数："},
+    {"hosts_misfit", "The group's own numbers of CPUs do not fit these hosts and are not used: ",
+     "该组自己的 CPU 数与主机数不符，未采用："},
+    {"hosts_none", "The launcher gets no host list; MPI Param says where the solver runs.",
+     "不向启动程序传递主机列表，由 MPI 参数指定运行位置。"},
+    {"hosts_more", "Hosts that are in the file only: ", "仅在文件中列出的主机数："},
+};
+
 bool SameNameAndCpus(const HostLine& one, const HostLine& other) {
   return one.name == other.name && one.cpus == other.cpus;
 }
 
 }  // namespace
+
+const std::span<const DialogText> HostEditor::kTexts = kHostTexts;
 
 HostEditor::HostEditor(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts)
     : area_(area), settings_(settings), texts_(std::move(texts)) {}

@@ -8,16 +8,20 @@
 #include <FL/Fl_Scroll.H>
 
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "core/SettingsAndPaths.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
 
 // Every change of a row is stored in the host file at once. A row that is not valid is not stored;
 // its field says why. Interface thread.
 class HostEditor {
  public:
-  // Gives a text by its key, in UTF-8; see Flx_MppSettings for the keys.
+  // What it says; the dialog that holds it sets these texts.
+  static const std::span<const DialogText> kTexts;
+  // Gives one of them by its key, in UTF-8.
   using Texts = std::function<std::string(const std::string& key)>;
 
   // The area is empty; both outlive the table.
