@@ -55,10 +55,9 @@ std::string ViewerCommand(const std::string& viewer) {
 }
 
 bool StartProgram(const std::string& commandLine) {
-  PTWrapperProcess process;
-  // Drivers change the folder and the environment that the program would inherit.
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  return process.Create({}, commandLine, {}, true, 0, {}, true);
+  PTWrapperProcessStart start;
+  start.commandLine = commandLine;
+  return PTWrapperProcess().Create(start);
 }
 
 // Some systems allow double quotes in file names.
@@ -90,7 +89,6 @@ Application* Application::Get() {
 }
 
 bool Application::Initialise(int argc, const char* const* argv) {
-  ReserveEnvironment();
   FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), programFolder_);
   settings_ = std::make_unique<SettingsAndPaths>(title_);
   if (AnotherCopyRuns(BecomeFirstCopy())) {
@@ -149,8 +147,6 @@ void Application::ReadFiles() {
   settings_->ReadHostFile();
   settings_->ReadGroupFile();
   language = settings_->Get().language;
-  PTWrapperProcess::SetConsoleHost(FileDirWrapper::Join(programFolder_, "krconsole"));
-  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
 }
 
 void Application::MakeGroups() {
@@ -209,17 +205,22 @@ bool Application::ViewTextFile(const std::string& path) {
   const std::string viewer = ViewerCommand(settings_->Get().viewer);
   if (TextFallback && !ProgramExists(viewer)) return TextFallback(path);
 
-  const std::string commandLine = viewer + ' ' + InQuotes(path);
-  PTWrapperProcess::SetConsoleProgram(settings_->Get().xterm_path);
+  PTWrapperProcessStart start;
+  start.commandLine = viewer + ' ' + InQuotes(path);
+  start.title = "ORLA/Kestrun Text";
+  start.creationFlags = PTWrapperProcess::kNewConsole;
+  start.console.terminal = settings_->Get().xterm_path;
   try {
     if (ProgramExists(viewer)) {
-      StartOffThread([this, commandLine] { StartViewer(commandLine); });
+      StartOffThread([this, start] {
+        if (!PTWrapperProcess().Create(start)) ReportNoViewer(start.commandLine);
+      });
       return true;
     }
   } catch (const std::system_error&) {
     // No thread to be had; reported like any other failure.
   }
-  ReportNoViewer(commandLine);
+  ReportNoViewer(start.commandLine);
   return false;
 }
 
@@ -228,16 +229,6 @@ void Application::StartOffThread(std::function<void()> start) {
     return one.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
   });
   starts_.push_back(std::async(std::launch::async, std::move(start)));
-}
-
-void Application::StartViewer(const std::string& commandLine) {
-  PTWrapperProcess process;
-  // Drivers change the folder and the environment that the viewer would inherit.
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  if (!process.Create({}, commandLine, "ORLA/Kestrun Text", true, PTWrapperProcess::kNewConsole, {},
-                      true)) {
-    ReportNoViewer(commandLine);
-  }
 }
 
 void Application::ReportNoViewer(const std::string& commandLine) {

@@ -73,7 +73,6 @@ class Application {
   void MakeGroups();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
   void StartOffThread(std::function<void()> start);
-  void StartViewer(const std::string& commandLine);
   void ReportNoViewer(const std::string& commandLine);
 
   const std::string version_ = "2016 R1";

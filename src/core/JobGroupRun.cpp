@@ -123,7 +123,7 @@ int JobGroup::RunJob(JobFile& job) {
   context.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
   context.note = [this](const std::string& line) { manager_.Settings().Log().NoteLine(line); };
   context.runErrorCode = &manager_.runErrorCode;
-  PTWrapperProcess::SetConsoleProgram(context.settings.xterm_path);
+  context.console.terminal = context.settings.xterm_path;
 
   int status = JobStatus::kAborted;
   try {

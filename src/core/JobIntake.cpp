@@ -18,14 +18,6 @@ int KindOf(const JobRequest& request, const std::string& deck) {
   return type == Settings::kLsDynaSingle ? request.kind : type;
 }
 
-// A relative path of another program can only mean our current folder, which a driver may have
-// changed for the moment of starting a solver.
-std::string Absolute(const std::string& path) {
-  if (path.empty() || FileDirWrapper::AbsolutePath(path) == path) return path;
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  return FileDirWrapper::AbsolutePath(path);
-}
-
 void ApplyPrecision(const JobRequest& request, JobFileDyna& job) {
   if (request.kind == kDynaSingle) job.solverType = Settings::kLsDynaSingle;
   if (request.kind == kDynaDouble) job.solverType = Settings::kLsDynaDouble;
@@ -194,7 +186,7 @@ std::shared_ptr<JobGroup> JobIntake::GroupFor(const JobRequest& request) const {
 std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned burst) {
   const Settings settings = manager_.Settings().Snapshot();
   const std::string deck =
-      Absolute(request.inputFile.empty() ? request.jobFile : request.inputFile);
+      FileDirWrapper::AbsolutePath(request.inputFile.empty() ? request.jobFile : request.inputFile);
   std::shared_ptr<JobFile> job;
   switch (KindOf(request, deck)) {
     case kVorel:
@@ -211,7 +203,7 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   if (!job || GivenUp(burst)) return nullptr;
   if (request.memory != 0) job->memory = request.memory;
   job->jobFile = deck;
-  job->restartFile = Absolute(request.restartFile);
+  job->restartFile = FileDirWrapper::AbsolutePath(request.restartFile);
   job->pause = request.pause;
   job->ncpu = request.ncpu;
   auto* const dyna = dynamic_cast<JobFileDyna*>(job.get());
@@ -274,7 +266,7 @@ bool JobIntake::ReadStage(JobFileDyna& stage, const JobRequest& request, const S
 
 void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
   const Settings settings = manager_.Settings().Snapshot();
-  const std::string deck = Absolute(request.jobFile);
+  const std::string deck = FileDirWrapper::AbsolutePath(request.jobFile);
   const auto group = GroupFor(request);
   const auto withJob = [&](const std::function<void(int, const JobFileDyna&)>& act) {
     if (!group) return;

@@ -4,10 +4,6 @@
 
 #include <string>
 
-// Gives the variables that drivers set for their solvers a place in the environment, so that later
-// changes do not move it under other threads. Before there are threads.
-void ReserveEnvironment();
-
 // Whether the program that a command line begins with can be found.
 bool ProgramExists(const std::string& commandLine);
 

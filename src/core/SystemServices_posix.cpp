@@ -1,19 +1,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <vector>
 
 #include "core/SystemServices.h"
-#include "solvers/JobSolver.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/ChildStart_posix.h"
 #include "util/text/DateTimeWrapper.h"
 #include "util/text/StrWrapper.h"
-
-void ReserveEnvironment() {
-  setenv("LSTC_MEMORY", "", 0);
-}
 
 bool ProgramExists(const std::string& commandLine) {
   std::vector<std::string> words;
@@ -31,13 +25,9 @@ bool OpenWithDesktop(const std::string& path) {
   ChildStart start;
   start.program = opener;
   start.args = {opener, path};
+  start.environment = CurrentEnvironment();
   pid_t pid = 0;
-  {
-    // Drivers change the folder and the environment that the program would inherit.
-    const std::lock_guard<std::mutex> lock(SolverStartMutex());
-    start.environment = CurrentEnvironment();
-    if (StartChild(start, pid) != 0) return false;
-  }
+  if (StartChild(start, pid) != 0) return false;
   for (int look = 0; look < kLooks; ++look) {
     int status = 0;
     if (waitpid(pid, &status, WNOHANG) == pid) return ExitCodeOf(status) == 0;

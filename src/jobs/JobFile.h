@@ -24,6 +24,7 @@ bool JobStatusWord(int status, std::string& word);
 struct JobRunContext {
   Settings settings;      // a copy made when the run began
   std::string groupText;  // the group's host assignment
+  PTWrapperConsole console;
   // Takes one line for the application log; any thread.
   std::function<void(const std::string& line)> report;
   // The same for a line that is no fault; may be null.

@@ -28,11 +28,6 @@ int JobSolver::Run(JobFile& job, const JobRunContext& context) {
   return Finish(job);
 }
 
-std::mutex& SolverStartMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
-
 std::vector<std::unique_ptr<JobSolver>> MakeSolvers() {
   std::vector<std::unique_ptr<JobSolver>> solvers;
   solvers.push_back(std::make_unique<JobSolverLsDyna>(false));

@@ -42,10 +42,6 @@ class JobSolver {
   int enabled = 1;
 };
 
-// Held by every driver from before it sets the environment and the current folder until its
-// process is created and the folder is restored: both belong to the whole process.
-std::mutex& SolverStartMutex();
-
 // One driver for each of the types 0 to 4, in this order.
 std::vector<std::unique_ptr<JobSolver>> MakeSolvers();
 

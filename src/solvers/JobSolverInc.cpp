@@ -35,8 +35,11 @@ bool JobSolverInc::Start(JobFile& job) {
 
   std::string arguments;
   if (!job.BuildArguments(arguments)) return false;
-  return StartProcess(
-      job, {solver, QuotedPath(solver) + ' ' + arguments, "ORLA-KR/INCSolver", std::nullopt});
+  PTWrapperProcessStart start;
+  start.program = solver;
+  start.commandLine = QuotedPath(solver) + ' ' + arguments;
+  start.title = "ORLA-KR/INCSolver";
+  return StartProcess(job, start);
 }
 
 int JobSolverInc::Finish(JobFile& job) {

@@ -69,11 +69,11 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   std::string arguments;
   if (job.abort || !job.BuildArguments(arguments)) return false;
   const bool mpp = job.run->settings.use_mpp;
-  ProcessStart start;
+  PTWrapperProcessStart start;
   start.program = mpp ? std::string() : solver;
   start.commandLine = QuotedPath(mpp ? MpiLauncher(job.run->settings) : solver) + ' ' + arguments;
   start.title = "ORLA-KR/LS-DYNA";
-  start.memoryMode = MemoryMode(*dyna);
+  start.variables = {{"LSTC_MEMORY", MemoryMode(*dyna)}};
   return StartProcess(job, start);
 }
 

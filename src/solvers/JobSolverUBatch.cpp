@@ -30,7 +30,7 @@ bool JobSolverUBatch::Start(JobFile& job) {
   const std::string old = MessageFile(job);
   if (!old.empty()) RemoveOldFile(job, old, "message");
 
-  ProcessStart start;
+  PTWrapperProcessStart start;
   start.program = solver;
   start.commandLine = QuotedPath(solver) + " \"" + job.jobFile + '"';
   if (!job.extraOptions.empty()) start.commandLine += ' ' + job.extraOptions;

@@ -35,8 +35,11 @@ bool JobSolverVorel::Start(JobFile& job) {
 
   std::string arguments;
   if (!job.BuildArguments(arguments)) return false;
-  return StartProcess(
-      job, {solver, QuotedPath(solver) + ' ' + arguments, "ORLA-KR/VOREL", std::nullopt});
+  PTWrapperProcessStart start;
+  start.program = solver;
+  start.commandLine = QuotedPath(solver) + ' ' + arguments;
+  start.title = "ORLA-KR/VOREL";
+  return StartProcess(job, start);
 }
 
 int JobSolverVorel::Finish(JobFile& job) {

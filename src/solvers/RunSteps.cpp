@@ -1,31 +1,9 @@
 #include "solvers/RunSteps.h"
 
 #include "jobs/JobArguments.h"
-#include "solvers/JobSolver.h"
-#include "solvers/SolverEnvironment.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
-
-// Makes a folder current and goes back at the end of its life.
-class FolderVisit {
- public:
-  explicit FolderVisit(const std::string& folder) {
-    FileDirWrapper::CurrentDir(before_);
-    entered_ = FileDirWrapper::SetCurrentDir(folder);
-  }
-  ~FolderVisit() {
-    if (!before_.empty()) FileDirWrapper::SetCurrentDir(before_);
-  }
-  FolderVisit(const FolderVisit&) = delete;
-  FolderVisit& operator=(const FolderVisit&) = delete;
-
-  bool Entered() const { return entered_; }
-
- private:
-  std::string before_;
-  bool entered_ = false;
-};
 
 // The access token of a solver's command line is nobody's business.
 std::string WithoutToken(std::string text, const std::string& token) {
@@ -105,27 +83,18 @@ void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind
   Report(job, std::string("Remove old ") + kind + " file [" + path + "] failed");
 }
 
-bool StartProcess(JobFile& job, const ProcessStart& start) {
-  const std::string folder = job.Folder();
+bool StartProcess(JobFile& job, PTWrapperProcessStart start) {
   const std::string& mainFile = job.jobFile.empty() ? job.restartFile : job.jobFile;
+  start.folder = job.Folder();
+  start.outputFile = mainFile + ".console.txt";
+  start.creationFlags = PTWrapperProcess::kNewConsole;
+  start.console = job.run->console;
   if (!job.process.Terminate()) Report(job, job.process.LastError());
-
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  if (job.abort) return false;  // stopped while another group was starting
-  if (start.memoryMode && !SetSolverVariable("LSTC_MEMORY", *start.memoryMode)) {
-    Report(job, "Set LSTC_MEMORY=" + *start.memoryMode + " failed");
+  if (!FileDirWrapper::IsFolder(start.folder)) {
+    return Fail(job, RunError::kNotStarted,
+                "Folder [" + ShownPath(start.folder) + "] cannot be entered");
   }
-  const FolderVisit visit(folder);
-  if (!visit.Entered()) {
-    return Fail(job, RunError::kNotStarted, "Folder [" + ShownPath(folder) + "] cannot be entered");
-  }
-  PTWrapperProcess::SetConsoleProgram(job.run->settings.xterm_path);
-  job.process.SetOutputFile(mainFile + ".console.txt");
-  if (job.process.Create(start.program, start.commandLine, start.title, false,
-                         PTWrapperProcess::kNewConsole, folder, true)) {
-    return true;
-  }
-  return Fail(job, RunError::kNotStarted, job.process.LastError());
+  return job.process.Create(start) || Fail(job, RunError::kNotStarted, job.process.LastError());
 }
 
 int NotNormal(JobFile& job, const std::string& words) {

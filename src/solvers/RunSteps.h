@@ -2,7 +2,6 @@
 #ifndef KR_SOLVERS_RUNSTEPS_H
 #define KR_SOLVERS_RUNSTEPS_H
 
-#include <optional>
 #include <string>
 
 #include "jobs/JobFile.h"
@@ -53,15 +52,9 @@ bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted = f
 // Removes a file when it is there. `kind` is the word of the message: "message", "OUT", "LIN".
 void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind);
 
-struct ProcessStart {
-  std::string program;      // empty: the first word of the command line, looked up in PATH
-  std::string commandLine;  // the whole
-  std::string title;        // of the console
-  std::optional<std::string> memoryMode;  // what LSTC_MEMORY is set to, when it is
-};
-
-// Ends what the job's process object still holds and starts the process in the job's folder.
-bool StartProcess(JobFile& job, const ProcessStart& start);
+// Ends what the job's process object still holds and starts the process in the job's folder, with a
+// console of its own. The driver says program, command line, title and variables.
+bool StartProcess(JobFile& job, PTWrapperProcessStart start);
 
 // "Job [..] did not end normally: " with the words; leaves kNotNormal. The status to return.
 int NotNormal(JobFile& job, const std::string& words);

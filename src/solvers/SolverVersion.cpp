@@ -7,7 +7,6 @@
 
 #include "jobs/JobArguments.h"
 #include "solvers/AbortableWait.h"
-#include "solvers/JobSolver.h"
 #include "solvers/LineBlocks.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
@@ -106,11 +105,14 @@ struct InfoProcess : PTWrapperProcess {
 
 // Unseen: a console would be gone before anyone could read it, and takes the keys meanwhile.
 bool StartInfo(const std::string& solver, const std::string& folder, PTWrapperProcess& process) {
-  // Drivers change the environment that the solver inherits.
-  const std::lock_guard<std::mutex> lock(SolverStartMutex());
-  process.SetChildFolder(folder);
-  return process.Create(solver, QuotedPath(solver) + " info", "ORLA-KR/LS-DYNA", false,
-                        PTWrapperProcess::kNewConsole, {}, false);
+  PTWrapperProcessStart start;
+  start.program = solver;
+  start.commandLine = QuotedPath(solver) + " info";
+  start.title = "ORLA-KR/LS-DYNA";
+  start.creationFlags = PTWrapperProcess::kNewConsole;
+  start.showWindow = false;
+  start.folder = folder;
+  return process.Create(start);
 }
 
 }  // namespace

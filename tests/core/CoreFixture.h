@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -18,38 +17,11 @@
 
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #ifdef _WIN32
 #include "ScratchAppData_win32.h"
 #endif
-
-// Sets or removes a variable of the environment until the end of the scope.
-class ScopedVariable {
- public:
-  ScopedVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
-    if (const char* before = std::getenv(name)) before_ = before;
-    Set(value);
-  }
-  ~ScopedVariable() { Set(before_); }
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-
- private:
-  void Set(const std::optional<std::string>& value) const {
-#ifdef _WIN32
-    _putenv_s(name_, value ? value->c_str() : "");
-#else
-    if (value) {
-      setenv(name_, value->c_str(), 1);
-    } else {
-      unsetenv(name_);
-    }
-#endif
-  }
-
-  const char* name_;
-  std::optional<std::string> before_;
-};
 
 inline bool WaitUntil(const std::function<bool()>& condition,
                       std::chrono::milliseconds limit = std::chrono::seconds(20)) {

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "solvers/JobSolver.h"
-#include "solvers/SolverEnvironment.h"
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
@@ -56,8 +56,6 @@ inline bool Has(const Lines& lines, const std::string& line) {
 class SolverTest : public testing::Test {
  protected:
   SolverTest() {
-    // Consoles are the process tests' business.
-    SetSolverVariable("DISPLAY", "");
     context_.settings.solver_path.fill(StandinSolver());
     context_.settings.mpp_solver_s = StandinSolver();
     context_.runErrorCode = &runErrorCode_;
@@ -106,6 +104,7 @@ class SolverTest : public testing::Test {
     EXPECT_TRUE(Has(log_, message));
   }
 
+  const ScopedVariable noDisplay_{"DISPLAY", ""};  // consoles are the process tests' business
   TempFolder folder_;
   JobRunContext context_;
   std::atomic<int> runErrorCode_{0};

@@ -15,19 +15,9 @@ namespace fs = std::filesystem;
 
 class DistributedTest : public SolverTest {};
 
-// PATH with a folder in front, until the end of the test.
-class PathBefore {
- public:
-  explicit PathBefore(const std::string& folder, bool alone = false) : old_(std::getenv("PATH")) {
-    SetSolverVariable("PATH", alone ? folder : folder + ":" + old_);
-  }
-  ~PathBefore() { SetSolverVariable("PATH", old_); }
-  PathBefore(const PathBefore&) = delete;
-  PathBefore& operator=(const PathBefore&) = delete;
-
- private:
-  std::string old_;
-};
+std::string PathAfter(const std::string& folder) {
+  return folder + ":" + std::getenv("PATH");
+}
 
 TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   const std::string launcher = "/usr/bin/mpiexec.hydra";
@@ -37,7 +27,7 @@ TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   const std::string wrapper =
       folder_.Write("bin/mpiexec", "#!/bin/sh\nexec " + launcher + " \"$@\"\n");
   chmod(wrapper.c_str(), 0755);
-  const PathBefore path(folder_ / "bin");
+  const ScopedVariable path("PATH", PathAfter(folder_ / "bin"));
   context_.settings.use_mpp = true;
   context_.settings.mpi = 9;
   context_.settings.mpi_param = "-n 4";
@@ -82,7 +72,7 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
                                    " \"$@\" &\nuntil test -e mes0001; do sleep 0.05; done\n"
                                    "kill -9 $$\n");
   chmod(wrapper.c_str(), 0755);
-  const PathBefore path(folder_.Path());
+  const ScopedVariable path("PATH", PathAfter(folder_.Path()));
   context_.settings.use_mpp = true;
   context_.settings.mpi = 9;
   context_.settings.mpi_param = "-n 2";
@@ -104,7 +94,7 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
 }
 
 TEST_F(DistributedTest, AMissingLauncherIsNamed) {
-  const PathBefore path(folder_.Path(), true);
+  const ScopedVariable path("PATH", folder_.Path());
   context_.settings.use_mpp = true;
   context_.settings.host_lines = {"A 0"};
   context_.settings.mpi = 3;

@@ -15,7 +15,6 @@ using Clock = std::chrono::steady_clock;
 class StageRunTest : public SolverTest {
  protected:
   StageRunTest() { UseLibrary("qvas_whole"); }
-  ~StageRunTest() override { SetSolverVariable("STANDIN_VERSION", ""); }
 
   void UseLibrary(const std::string& folder) {
     library_ = std::make_unique<PositioningLibrary>(std::string(KR_TEST_BIN_DIR) + "/" + folder);
@@ -229,7 +228,7 @@ TEST_F(StageSolverVersionTest, ReadsBothFormsOfTheSolversReport) {
   std::string before;
   FileDirWrapper::CurrentDir(before);
   for (const auto& c : cases) {
-    SetSolverVariable("STANDIN_VERSION", c.words);
+    const ScopedVariable version("STANDIN_VERSION", c.words);
     int major = 0;
     int revision = 0;
     EXPECT_TRUE(ReadSolverVersion(solver, major, revision)) << c.words;
@@ -256,7 +255,7 @@ TEST_F(StageSolverVersionTest, HotFormingNeedsANewSolver) {
   OwnSolver();
   int number = 0;
   for (const auto& c : cases) {
-    SetSolverVariable("STANDIN_VERSION", c.version);
+    const ScopedVariable version("STANDIN_VERSION", c.version);
     const auto job = Job(std::to_string(number++), "", Lines(c.runs ? 1 : 2));
     auto& last = dynamic_cast<JobFileDyna&>(*job->stages.back());
     last.simulationType = c.simulation;
@@ -271,7 +270,7 @@ TEST_F(StageSolverVersionTest, HotFormingNeedsANewSolver) {
 
 TEST_F(StageSolverVersionTest, AHotFormingJobIsItsOwnOnlyStage) {
   OwnSolver();
-  SetSolverVariable("STANDIN_VERSION", "R9.0.0 100000 new");
+  const ScopedVariable version("STANDIN_VERSION", "R9.0.0 100000 new");
   const auto job = Job("a", "$ qvas: auto\n", {});
   EXPECT_FALSE(RunsInStages(*job));
   job->simulationType = "HOT FORMING";

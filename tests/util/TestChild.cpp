@@ -16,16 +16,6 @@
 
 namespace {
 
-constexpr char kSwitch[] = "KR_TEST_CHILD";
-
-void SetSwitch(const std::string& behaviour) {
-#ifdef _WIN32
-  _putenv_s(kSwitch, behaviour.c_str());
-#else
-  setenv(kSwitch, behaviour.c_str(), 1);
-#endif
-}
-
 void SleepLong() {
   std::this_thread::sleep_for(std::chrono::minutes(1));
 }
@@ -41,6 +31,17 @@ void StartTree(int depth, const std::string& file) {
   }
   std::ofstream(file + std::to_string(depth)) << below.ProcessId() << '\n';
   SleepLong();
+}
+
+void Look(const std::string& file) {
+  std::string folder;
+  FileDirWrapper::CurrentDir(folder);
+  std::ofstream report(file);
+  report << folder << '\n';
+  for (const char* name : {"KR_WORD", "KR_EMPTY"}) {
+    const char* value = std::getenv(name);
+    report << (value != nullptr ? value : "none") << '\n';
+  }
 }
 
 int Behave(const std::string& behaviour) {
@@ -73,30 +74,40 @@ int Behave(const std::string& behaviour) {
     PTWrapperProcess left;
     return StartTestChild(left, "tree 0 " + name) ? 0 : 1;
   }
+  if (what == "look") {
+    Look(name);
+    return 0;
+  }
   return 99;
 }
 
 // Before the tests' own main.
 const struct Child {
   Child() {
-    const char* behaviour = std::getenv(kSwitch);
+    const char* behaviour = std::getenv(kTestChildSwitch);
     if (behaviour && *behaviour) std::_Exit(Behave(behaviour));
   }
 } child;
 
 }  // namespace
 
+PTWrapperProcessStart TestChildStart(const std::string& behaviour) {
+  PTWrapperProcessStart start;
+  start.program = FileDirWrapper::ProgramPath();
+  FileDirWrapper::QuotePath(start.program, start.commandLine);
+  start.showWindow = false;
+  start.variables = {{kTestChildSwitch, behaviour}};
+  return start;
+}
+
 bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
                     const std::string& launcher) {
-  SetSwitch(behaviour);
-  const std::string program = FileDirWrapper::ProgramPath();
-  std::string quoted;
-  FileDirWrapper::QuotePath(program, quoted);
-  const bool started = launcher.empty()
-                           ? process.Create(program, quoted, "", false, 0, "", false)
-                           : process.Create("", launcher + " " + quoted, "", false, 0, "", false);
-  SetSwitch("");
-  return started;
+  PTWrapperProcessStart start = TestChildStart(behaviour);
+  if (!launcher.empty()) {
+    start.program.clear();
+    start.commandLine = launcher + " " + start.commandLine;
+  }
+  return process.Create(start);
 }
 
 int OpenHandles() {

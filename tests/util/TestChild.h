@@ -10,6 +10,7 @@
 //   each
 //                             writes its id to FILE followed by its depth, and sleeps
 //   leave FILE                starts "tree 0 FILE" and ends
+//   look FILE                 writes its folder and what it finds in KR_WORD and KR_EMPTY
 #ifndef KR_TESTS_TESTCHILD_H
 #define KR_TESTS_TESTCHILD_H
 
@@ -18,6 +19,11 @@
 #include <string>
 
 #include "util/process/PTWrapper.h"
+
+// What starts such a child; more can be said about it.
+PTWrapperProcessStart TestChildStart(const std::string& behaviour);
+// The variable that makes a process of this program one.
+inline constexpr char kTestChildSwitch[] = "KR_TEST_CHILD";
 
 // `launcher` is a command line that runs the one that follows it.
 bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
@@ -15,29 +16,6 @@
 namespace {
 
 using Texts = std::vector<std::string>;
-
-class WithVariable {
- public:
-  WithVariable(const char* name, const std::string& value) : name_(name) {
-    if (const char* before = std::getenv(name)) before_ = before;
-    if (value.empty()) {
-      unsetenv(name);
-    } else {
-      setenv(name, value.c_str(), 1);
-    }
-  }
-  ~WithVariable() {
-    if (before_) {
-      setenv(name_, before_->c_str(), 1);
-    } else {
-      unsetenv(name_);
-    }
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> before_;
-};
 
 mode_t ModeOf(const std::string& path) {
   struct stat info {};
@@ -68,10 +46,10 @@ TEST(FoldersOnLinux, BackslashesInRealNamesStay) {
 
 TEST(FoldersOnLinux, UserFolders) {
   const TempFolder temp;
-  const WithVariable home("HOME", temp.Path());
+  const ScopedVariable home("HOME", temp.Path());
   std::string dir;
   {
-    const WithVariable config("XDG_CONFIG_HOME", "");
+    const ScopedVariable config("XDG_CONFIG_HOME", std::nullopt);
     FileDirWrapper::AppDataDir(dir);
     EXPECT_EQ(dir, temp / ".config");
     FileDirWrapper::DocumentsDir(dir);
@@ -80,7 +58,7 @@ TEST(FoldersOnLinux, UserFolders) {
     FileDirWrapper::DocumentsDir(dir);
     EXPECT_EQ(dir, temp / "Documents");
   }
-  const WithVariable config("XDG_CONFIG_HOME", temp / "conf/");
+  const ScopedVariable config("XDG_CONFIG_HOME", temp / "conf/");
   FileDirWrapper::CreateDirTree(temp / "conf");
   FileDirWrapper::AppDataDir(dir);
   EXPECT_EQ(dir, temp / "conf");
@@ -94,13 +72,13 @@ TEST(FoldersOnLinux, UserFolders) {
 TEST(FoldersOnLinux, TemporaryFolder) {
   const TempFolder temp;
   std::string dir;
-  const WithVariable runtime("XDG_RUNTIME_DIR", temp / "missing");
+  const ScopedVariable runtime("XDG_RUNTIME_DIR", temp / "missing");
   {
-    const WithVariable tmp("TMPDIR", temp.Path() + "/");
+    const ScopedVariable tmp("TMPDIR", temp.Path() + "/");
     FileDirWrapper::TempDir(dir);
     EXPECT_EQ(dir, temp.Path());
   }
-  const WithVariable tmp("TMPDIR", "");
+  const ScopedVariable tmp("TMPDIR", std::nullopt);
   FileDirWrapper::TempDir(dir);
   EXPECT_EQ(dir, "/tmp");
   FileDirWrapper::CreateDirTree(temp / "missing");

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <thread>
 
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
@@ -61,6 +63,43 @@ TEST(Process, RefusesWhatCannotBeStarted) {
   const std::string nowhere = folder / "no such folder";
   EXPECT_FALSE(process.Create(FileDirWrapper::ProgramPath(), "x", "", false, 0, nowhere, true));
   EXPECT_FALSE(process.IsActive());
+}
+
+std::vector<std::string> LinesOf(const std::string& file) {
+  std::istringstream text(TempFolder::Read(file));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(text, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(Process, FolderAndVariablesAreTheChildsAlone) {
+  const TempFolder folder;
+  const InFolder back(folder.Path());
+  const ScopedVariable word("KR_WORD", "ours");
+  const std::string seen = folder / "seen";
+  FileDirWrapper::CreateDirTree(folder / "job");
+  PTWrapperProcessStart start = TestChildStart("look " + seen);
+  start.folder = "job";
+  start.variables.insert(start.variables.end(), {{"KR_EMPTY", ""}, {"KR_WORD", "its"}});
+  PTWrapperProcess process;
+  ASSERT_TRUE(process.Create(start)) << process.LastError();
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(LinesOf(seen), (std::vector<std::string>{folder / "job", "its", ""}));
+  EXPECT_STREQ(std::getenv("KR_WORD"), "ours");
+  std::string current;
+  FileDirWrapper::CurrentDir(current);
+  EXPECT_EQ(current, folder.Path());
+
+  process.Terminate();
+  const ScopedVariable child(kTestChildSwitch, "look " + seen);
+  ASSERT_TRUE(process.Create(start.program, start.commandLine, "", false, 0, "job", false));
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(LinesOf(seen), (std::vector<std::string>{folder / "job", "ours", "none"}));
+  FileDirWrapper::CurrentDir(current);
+  EXPECT_EQ(current, folder / "job") << "this way we move too, and stay there";
 }
 
 TEST(Process, TerminatesFromAnotherThreadWhileItIsWaitedFor) {

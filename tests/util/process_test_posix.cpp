@@ -13,6 +13,7 @@
 #include <sstream>
 #include <thread>
 
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
@@ -38,29 +39,6 @@ bool IsAlive(pid_t pid) {
   return entry && entry->IsAlive();
 }
 
-class Variable {
- public:
-  Variable(const char* name, const std::string& value) : name_(name) {
-    const char* before = getenv(name);
-    had_ = before != nullptr;
-    if (before) before_ = before;
-    setenv(name, value.c_str(), 1);
-  }
-  ~Variable() {
-    if (had_)
-      setenv(name_, before_.c_str(), 1);
-    else
-      unsetenv(name_);
-  }
-  Variable(const Variable&) = delete;
-  Variable& operator=(const Variable&) = delete;
-
- private:
-  const char* name_;
-  bool had_ = false;
-  std::string before_;
-};
-
 // A loop in the shell's language that outlives any test, but not for ever: what a killed test run
 // leaves behind ends by itself.
 std::string Loop(const std::string& step) {
@@ -69,28 +47,31 @@ std::string Loop(const std::string& step) {
          step + "; done; done; done\n";
 }
 
-bool StartScript(PTWrapperProcess& process, const std::string& script, unsigned flags = 0,
-                 const std::string& folder = {}) {
-  return process.Create("", "/bin/sh \"" + script + "\"", "A title; 'of' $HOME", false, flags,
-                        folder, flags != 0);
+PTWrapperProcessStart ScriptStart(const std::string& script) {
+  PTWrapperProcessStart start;
+  start.commandLine = "/bin/sh \"" + script + "\"";
+  start.title = "A title; 'of' $HOME";
+  start.showWindow = false;
+  return start;
+}
+
+bool StartScript(PTWrapperProcess& process, const std::string& script) {
+  return process.Create(ScriptStart(script));
 }
 
 TEST(ProcessPosix, ChildIsCutOffFromUs) {
   const TempFolder folder;
-  const InFolder back(folder.Path());
   const std::string script = folder.Write(
       "look.sh",
       "ls /proc/self/fd | tr '\\n' ' '; readlink /proc/$$/fd/0; grep SigBlk /proc/self/status;"
-      "grep SigIgn /proc/self/status; cut -d' ' -f6 /proc/$$/stat; echo $$; pwd; echo "
-      "\"$KR_WORD\"");
-  const Variable word("KR_WORD", "a b");
+      "grep SigIgn /proc/self/status; cut -d' ' -f6 /proc/$$/stat; echo $$");
   const int stray = open("/dev/null", O_RDONLY);  // inheritable on purpose
   signal(SIGUSR1, SIG_IGN);
   PTWrapperProcess process;
-  process.SetOutputFile(folder / "out");
   folder.Write("out", "of the run before");
-  std::filesystem::create_directory(folder / "job");
-  ASSERT_TRUE(StartScript(process, script, 0, folder / "job"));
+  PTWrapperProcessStart start = ScriptStart(script);
+  start.outputFile = folder / "out";
+  ASSERT_TRUE(process.Create(start));
   ASSERT_TRUE(process.WaitProc());
   signal(SIGUSR1, SIG_DFL);
   close(stray);
@@ -106,11 +87,6 @@ TEST(ProcessPosix, ChildIsCutOffFromUs) {
   std::getline(lines, session);
   std::getline(lines, pid);
   EXPECT_EQ(session, pid);
-  std::getline(lines, line);
-  EXPECT_TRUE(std::filesystem::equivalent(line, folder / "job"));
-  std::getline(lines, line);
-  EXPECT_EQ(line, "a b");
-  EXPECT_TRUE(std::filesystem::equivalent(".", folder / "job")) << "the folder stays";
 }
 
 TEST(ProcessPosix, ExitStateOfASignalAndNoZombies) {
@@ -255,8 +231,9 @@ TEST(ProcessPosix, HostileOutputFilesStopNothing) {
   ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   for (const std::string& target : {folder / "fifo", folder.Path(), folder / "no/such/folder"}) {
     PTWrapperProcess process;
-    process.SetOutputFile(target);
-    ASSERT_TRUE(StartScript(process, script)) << target;
+    PTWrapperProcessStart start = ScriptStart(script);
+    start.outputFile = target;
+    ASSERT_TRUE(process.Create(start)) << target;
     EXPECT_TRUE(process.WaitProc());
     EXPECT_EQ(process.ExitCode(), 0);
   }
@@ -277,10 +254,14 @@ TEST(ProcessPosix, BackslashesLeadToTheProgramAndToItsOutput) {
   std::filesystem::create_directory("bin");
   std::filesystem::copy_file("/bin/sh", "bin/shell");
   PTWrapperProcess process;
-  process.SetOutputFile(R"(bin\out)");
-  ASSERT_TRUE(process.Create(R"(bin\shell)", "sh -c pwd", "", false, 0, "", false));
+  PTWrapperProcessStart start;
+  start.program = R"(bin\shell)";
+  start.commandLine = "sh -c pwd";
+  start.folder = R"(bin\..\bin)";
+  start.outputFile = R"(bin\out)";
+  ASSERT_TRUE(process.Create(start));
   EXPECT_TRUE(process.WaitProc());
-  EXPECT_EQ(TempFolder::Read("bin/out"), folder.Path() + "\n");
+  EXPECT_EQ(TempFolder::Read("bin/out"), (folder / "bin") + "\n");
 }
 
 class NoDescriptors {
@@ -345,11 +326,17 @@ class ConsolePosix : public testing::Test {
   }
   void SetUp() override {
     if (!getenv("DISPLAY") || FindProgram("xterm").empty()) GTEST_SKIP() << "no display or xterm";
-    PTWrapperProcess::SetConsoleHost(KR_TEST_BIN_DIR "/krconsole");
-    PTWrapperProcess::SetConsoleProgram("xterm");
-    process.SetOutputFile(folder / "out");
   }
   void TearDown() override { process.Terminate(); }
+
+  PTWrapperProcessStart InTerminal(const std::string& script) const {
+    PTWrapperProcessStart start = ScriptStart(script);
+    start.creationFlags = PTWrapperProcess::kNewConsole;
+    start.showWindow = true;
+    start.outputFile = folder / "out";
+    start.console.host = KR_TEST_BIN_DIR "/krconsole";
+    return start;
+  }
 
   // Among what this test program started; others on this machine may have such programs too.
   static pid_t Find(const std::string& name) {
@@ -377,13 +364,15 @@ class ConsolePosix : public testing::Test {
 PTWrapperProcess* ConsolePosix::server = nullptr;
 bool ConsolePosix::displayIsOurs = false;
 
-TEST_F(ConsolePosix, RunsInATerminalWithOurFolderAndEnvironment) {
-  const Variable word("KR_WORD", "a b");
-  const InFolder back(folder.Path());
-  const std::string script =
-      folder.Write("look.sh", "test -t 0 && test -t 1 && echo \"$KR_WORD $TERM\" > \"" +
-                                  (folder / "seen") + "\"; pwd > where; sleep 1; exit 42");
-  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole, folder.Path()));
+TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
+  const ScopedVariable word("KR_WORD", "ours");
+  const std::string script = folder.Write(
+      "look.sh", "test -t 0 && test -t 1 && echo \"$KR_WORD${KR_OTHER-not set} $TERM\" > \"" +
+                     (folder / "seen") + "\"; pwd > where; sleep 1; exit 42");
+  PTWrapperProcessStart start = InTerminal(script);
+  start.folder = folder.Path();
+  start.variables = {{"KR_OTHER", ""}, {"KR_WORD", "a b"}};
+  ASSERT_TRUE(process.Create(start));
   EXPECT_TRUE(process.IsActive());
   EXPECT_TRUE(ReadProcess(process.ChildId()));
   if (!FindProgram("xwininfo").empty()) {
@@ -407,7 +396,7 @@ TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
       folder.Write("polite.sh", "trap 'sleep 0.2; echo > \"" + (folder / "saved") +
                                     "\"; exit 0' TERM\necho > \"" + (folder / "up") + "\"\n" +
                                     Loop("sleep 0.05"));
-  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(process.Create(InTerminal(script)));
   ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
@@ -420,7 +409,7 @@ TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
 TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
   const std::string script = folder.Write(
       "go_on.sh", "trap '' HUP TERM\necho > \"" + (folder / "up") + "\"\nsleep 1\nexit 0");
-  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(process.Create(InTerminal(script)));
   ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t host = Find("krconsole");
   ASSERT_GT(host, 0);
@@ -434,7 +423,7 @@ TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
 TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {
   const std::string script =
       folder.Write("run.sh", "echo > \"" + (folder / "up") + "\"\n" + Loop("sleep 0.05"));
-  ASSERT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+  ASSERT_TRUE(process.Create(InTerminal(script)));
   ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
@@ -447,26 +436,29 @@ TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
   const std::string script = folder.Write("talk.sh", "echo hello; exit 5");
   const std::string broken = folder.Write("broken-terminal", "#!/bin/sh\nexit 3\n");
   chmod(broken.c_str(), 0700);
-  const auto run = [&] {
+  const auto run = [&](const std::string& terminal) {
     std::filesystem::remove(folder / "out");
-    EXPECT_TRUE(StartScript(process, script, PTWrapperProcess::kNewConsole));
+    PTWrapperProcessStart start = InTerminal(script);
+    start.console.terminal = terminal;
+    EXPECT_TRUE(process.Create(start));
     EXPECT_TRUE(process.WaitProc());
     EXPECT_EQ(process.ExitCode(), 5);
     EXPECT_TRUE(process.Terminate());
     return TempFolder::Read(folder / "out");
   };
   for (const std::string& terminal : {std::string("kr-no-such-terminal"), broken}) {
-    PTWrapperProcess::SetConsoleProgram(terminal);
-    EXPECT_EQ(run(), "hello\n") << terminal;
+    EXPECT_EQ(run(terminal), "hello\n") << terminal;
   }
-  PTWrapperProcess::SetConsoleProgram("xterm");
-  const Variable nowhere("DISPLAY", ":4711");
-  EXPECT_EQ(run(), "hello\n");
+  const ScopedVariable nowhere("DISPLAY", ":4711");
+  EXPECT_EQ(run("xterm"), "hello\n");
 }
 
 TEST_F(ConsolePosix, ProgramThatCannotRunIsReportedFromTheTerminal) {
   const std::string text = folder.Write("text.bin", "not a program");
-  EXPECT_FALSE(process.Create(text, "x", "t", false, PTWrapperProcess::kNewConsole, "", true));
+  PTWrapperProcessStart start = InTerminal({});
+  start.program = text;
+  start.commandLine = "x";
+  EXPECT_FALSE(process.Create(start));
   EXPECT_EQ(process.LastError(), "CreateProcess " + text + " x failed");
   EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out"));
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "util/text/ErrorRecord.h"
@@ -16,6 +17,34 @@ class PTWrapper : public ErrorReporting {};
 struct PTWrapperProcessInfo {
   std::int32_t processId = 0;
   std::string exeName;  // the executable file's name, no folder; not a script's or thread's name
+};
+
+// Where a new console comes from. On Windows it comes from the system.
+struct PTWrapperConsole {
+  // A name looked up in PATH, or a path; it must know "-T title -e command...".
+  std::string terminal = "xterm";
+  // The path of the console host program; empty: krconsole, beside the running program.
+  std::string host;
+};
+
+// What a child is started with. All of it is for the child alone: neither the current folder nor
+// the environment of this process changes, so that several threads may start children at once.
+struct PTWrapperProcessStart {
+  // A path; empty: the first word of the command line, looked up in PATH.
+  std::string program;
+  // The whole line, first word included; split by the Windows quoting rules.
+  std::string commandLine;
+  std::string title;           // of the console; empty: the program
+  unsigned creationFlags = 0;  // 0 or PTWrapperProcess::kNewConsole
+  bool showWindow = true;
+  std::string folder;  // its current folder; empty: ours
+  // Names and values that it has beyond our environment, or in place of ours. An empty value is
+  // one.
+  std::vector<std::pair<std::string, std::string>> variables;
+  // Takes the output of a child that has no console; empty: nothing does. Linux only: on Windows a
+  // child always has its console.
+  std::string outputFile;
+  PTWrapperConsole console;
 };
 
 // One child program. The object belongs to the thread that uses it, except Terminate(),
@@ -30,15 +59,14 @@ class PTWrapperProcess : public PTWrapper {
   PTWrapperProcess();
   ~PTWrapperProcess() override;  // leaves a running child alone
 
-  // Starts `commandLine` (the whole line, first word included; split by the Windows quoting rules)
-  // with `exePath` as its program, or the first word when `exePath` is empty. `workDir`, when not
-  // empty, becomes the current folder of this whole process and stays so. `label` is the title of
-  // the console. `flag` is not read.
-  //
   // With kNewConsole and `showWindow` the child gets a console of its own. On Linux that is the
-  // terminal program given to SetConsoleProgram, when there is a display and the program exists;
-  // else the child runs without one and its output goes to the file given to SetOutputFile (nowhere
-  // when there is none). Without kNewConsole it shares nothing with our own terminal either.
+  // terminal program, when there is a display and the program exists; else the child runs without
+  // one. Without kNewConsole it shares nothing with our own terminal either.
+  bool Create(const PTWrapperProcessStart& start);
+
+  // The same for who wants this whole process to move: `workDir`, when not empty, becomes its
+  // current folder, stays so, and is the child's too. `label` is the title, `flag` is not read. The
+  // program never calls this.
   bool Create(const std::string& exePath, const std::string& commandLine, const std::string& label,
               bool flag, unsigned creationFlags, const std::string& workDir, bool showWindow);
 
@@ -65,20 +93,6 @@ class PTWrapperProcess : public PTWrapper {
   // The id of the child that was started (the solver, not the terminal around it); 0 when none.
   std::int32_t ChildId() const;
 
-  // Where the output of a child without a console goes; used by the next Create. Linux only: on
-  // Windows a child always has its console.
-  void SetOutputFile(const std::string& path);
-
-  // The child's current folder, used by the next Create; this process stays where it is. Empty: our
-  // own.
-  void SetChildFolder(const std::string& folder);
-
-  // The terminal program for new consoles (a name looked up in PATH, or a path; it must know
-  // "-T title -e command..."), and the path of the console host program (krconsole). Process-wide.
-  // Do nothing on Windows.
-  static void SetConsoleProgram(const std::string& terminal);
-  static void SetConsoleHost(const std::string& path);
-
   // The processes of all users; replaces what the list held.
   static bool FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list);
   // Kills the first process, our own left out, whose executable name contains the text, with regard
@@ -91,6 +105,9 @@ class PTWrapperProcess : public PTWrapper {
   static bool GetLoginUser(std::string& user);
 
  private:
+  // `ownFolder`, when not empty, becomes this process's current folder.
+  bool Launch(const PTWrapperProcessStart& start, const std::string& ownFolder);
+
   struct Private;
   std::unique_ptr<Private> p_;
 };

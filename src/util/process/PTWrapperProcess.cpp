@@ -4,6 +4,22 @@
 #include "util/process/PTWrapper.h"
 #include "util/text/PlainText.h"
 
+bool PTWrapperProcess::Create(const PTWrapperProcessStart& start) {
+  return Launch(start, {});
+}
+
+bool PTWrapperProcess::Create(const std::string& exePath, const std::string& commandLine,
+                              const std::string& label, bool, unsigned creationFlags,
+                              const std::string& workDir, bool showWindow) {
+  PTWrapperProcessStart start;
+  start.program = exePath;
+  start.commandLine = commandLine;
+  start.title = label;
+  start.creationFlags = creationFlags;
+  start.showWindow = showWindow;
+  return Launch(start, workDir);
+}
+
 bool PTWrapperProcess::Terminate(const std::string& exeName) {
   std::vector<PTWrapperProcessInfo> list;
   if (exeName.empty() || !FindRunningProcessName(list)) return false;

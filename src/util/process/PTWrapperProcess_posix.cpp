@@ -32,17 +32,6 @@ constexpr int kSignalExitCode = 128;
 // it; what it starts inherits them.
 constexpr char kTokenVariable[] = "KR_RUN";
 
-struct ConsolePrograms {
-  std::mutex mutex;
-  std::string terminal = "xterm";
-  std::string host;
-};
-
-ConsolePrograms& Programs() {
-  static ConsolePrograms& programs = *new ConsolePrograms;  // used until the process ends
-  return programs;
-}
-
 std::string NewToken() {
   unsigned char bytes[16] = {};
   if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) {
@@ -61,8 +50,10 @@ std::string NewToken() {
   return token;
 }
 
-std::vector<std::string> EnvironmentWith(const std::string& token) {
+std::vector<std::string> EnvironmentFor(const PTWrapperProcessStart& what,
+                                        const std::string& token) {
   std::vector<std::string> environment = CurrentEnvironment();
+  for (const auto& [name, value] : what.variables) SetVariable(environment, name, value);
   const char* around = FindVariable(environment, kTokenVariable);
   SetVariable(environment, kTokenVariable, around ? std::string(around) + ":" + token : token);
   return environment;
@@ -81,10 +72,40 @@ UniqueFd OpenOutput(const std::string& path) {
   return fd;
 }
 
-std::string WorkingFolder() {
+std::string CurrentFolder() {
   std::string folder;
   FileDirWrapper::CurrentDir(folder);
   return folder;
+}
+
+// Seen from our folder, whatever the child's is.
+ChildStart Describe(const PTWrapperProcessStart& what, const std::string& token) {
+  ChildStart start;
+  StrWrapperTxt::SplitCommandLine(what.commandLine, start.args);
+  if (start.args.empty()) start.args.push_back(what.program);
+  start.program = FileDirWrapper::AbsolutePath(
+      what.program.empty() ? FindProgram(start.args.front()) : what.program);
+  start.folder = FileDirWrapper::AbsolutePath(what.folder);
+  start.environment = EnvironmentFor(what, token);
+  return start;
+}
+
+// Without one that could be used the terminal is empty.
+Console::Setup SetupOf(const PTWrapperProcessStart& what, const std::string& token) {
+  Console::Setup setup;
+  setup.title = what.title.empty() ? what.program : what.title;
+  setup.token = token;
+  setup.host = what.console.host;
+  if (setup.host.empty()) {
+    std::string folder;
+    FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
+    setup.host = FileDirWrapper::Join(folder, "krconsole");
+  }
+  const std::string terminal = FindProgram(what.console.terminal);
+  if (access(terminal.c_str(), X_OK) == 0 && access(setup.host.c_str(), X_OK) == 0) {
+    setup.terminal = terminal;
+  }
+  return setup;
 }
 
 }  // namespace
@@ -103,15 +124,13 @@ struct PTWrapperProcess::Private {
     void LetGo();
   };
 
-  bool StartInConsole(const ChildStart& start, const std::string& title, Child& started,
-                      bool& failed);
-  bool StartAlone(ChildStart start, Child& started) const;
+  static bool StartInConsole(const ChildStart& start, const Console::Setup& setup, Child& started,
+                             bool& failed);
+  static bool StartAlone(ChildStart start, const std::string& outputFile, Child& started);
   bool Forget(bool ended);
 
   std::mutex mutex;  // guards `child`
   std::optional<Child> child;
-  std::string outputFile;
-  std::string childFolder;
 };
 
 bool PTWrapperProcess::Private::Child::HasEnded() {
@@ -152,31 +171,14 @@ void PTWrapperProcess::Private::Child::LetGo() {
 }
 
 // False without `failed` when there is no console to have.
-bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const std::string& title,
+bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const Console::Setup& setup,
                                                Child& started, bool& failed) {
   failed = false;
   const char* display = std::getenv("DISPLAY");
-  if (!display || !*display) return false;
-  Console::Setup setup;
-  {
-    ConsolePrograms& programs = Programs();
-    const std::lock_guard<std::mutex> lock(programs.mutex);
-    setup.terminal = FindProgram(programs.terminal);
-    setup.host = programs.host;
-  }
-  if (setup.host.empty()) {
-    std::string folder;
-    FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
-    setup.host = FileDirWrapper::Join(folder, "krconsole");
-  }
-  if (setup.terminal.empty() || access(setup.terminal.c_str(), X_OK) != 0 ||
-      access(setup.host.c_str(), X_OK) != 0)
-    return false;
-  setup.title = title;
-  setup.token = started.token;
+  if (!display || !*display || setup.terminal.empty()) return false;
   auto console = std::make_unique<Console>();
   const Console::Outcome outcome =
-      console->Start(setup, {start.program, start.folder.empty() ? WorkingFolder() : start.folder,
+      console->Start(setup, {start.program, start.folder.empty() ? CurrentFolder() : start.folder,
                              start.args, start.environment});
   failed = outcome == Console::Outcome::kFailed;
   if (outcome != Console::Outcome::kStarted) return false;
@@ -185,7 +187,8 @@ bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const st
   return true;
 }
 
-bool PTWrapperProcess::Private::StartAlone(ChildStart start, Child& started) const {
+bool PTWrapperProcess::Private::StartAlone(ChildStart start, const std::string& outputFile,
+                                           Child& started) {
   const UniqueFd output = OpenOutput(outputFile);
   start.output = output.get();
   pid_t pid = 0;
@@ -208,40 +211,29 @@ PTWrapperProcess::~PTWrapperProcess() {
   if (p_->child) p_->child->LetGo();
 }
 
-bool PTWrapperProcess::Create(const std::string& exePath, const std::string& commandLine,
-                              const std::string& label, bool, unsigned creationFlags,
-                              const std::string& workDir, bool showWindow) try {
+bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::string& ownFolder) try {
   const std::lock_guard<std::mutex> lock(p_->mutex);
   SweepChildren();
   if (p_->child) {
     SetLastError("the process is opened");
     return false;
   }
-  if (!exePath.empty() && !FileDirWrapper::FileExists(exePath)) {
-    SetLastError("%s does not exist", exePath.c_str());
+  if (!what.program.empty() && !FileDirWrapper::FileExists(what.program)) {
+    SetLastError("%s does not exist", what.program.c_str());
     return false;
   }
 
-  ChildStart start;
-  StrWrapperTxt::SplitCommandLine(commandLine, start.args);
-  if (start.args.empty()) start.args.push_back(exePath);
-  start.program =
-      exePath.empty() ? FindProgram(start.args.front()) : file_system::ForSystem(exePath);
-
-  start.folder = file_system::ForSystem(p_->childFolder);
-
+  bool failed = !ownFolder.empty() && !FileDirWrapper::SetCurrentDir(ownFolder);
   Private::Child child;
   child.token = NewToken();
-  start.environment = EnvironmentWith(child.token);
-  const std::string title = label.empty() ? exePath : label;
-  bool failed =
-      start.program.empty() || (!workDir.empty() && !FileDirWrapper::SetCurrentDir(workDir));
+  const ChildStart start = Describe(what, child.token);
+  failed = failed || start.program.empty();
   bool started = false;
-  if (!failed && showWindow && (creationFlags & kNewConsole))
-    started = p_->StartInConsole(start, title, child, failed);
-  if (!failed && !started) started = p_->StartAlone(start, child);
+  if (!failed && what.showWindow && (what.creationFlags & kNewConsole))
+    started = Private::StartInConsole(start, SetupOf(what, child.token), child, failed);
+  if (!failed && !started) started = Private::StartAlone(start, what.outputFile, child);
   if (!started) {
-    SetLastError("CreateProcess %s %s failed", exePath.c_str(), commandLine.c_str());
+    SetLastError("CreateProcess %s %s failed", what.program.c_str(), what.commandLine.c_str());
     return false;
   }
   p_->child = std::move(child);
@@ -303,24 +295,4 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 std::int32_t PTWrapperProcess::ChildId() const {
   const std::lock_guard<std::mutex> lock(p_->mutex);
   return p_->child ? p_->child->key.pid : 0;
-}
-
-void PTWrapperProcess::SetOutputFile(const std::string& path) {
-  p_->outputFile = path;
-}
-
-void PTWrapperProcess::SetChildFolder(const std::string& folder) {
-  p_->childFolder = folder;
-}
-
-void PTWrapperProcess::SetConsoleProgram(const std::string& terminal) {
-  ConsolePrograms& programs = Programs();
-  const std::lock_guard<std::mutex> lock(programs.mutex);
-  programs.terminal = terminal;
-}
-
-void PTWrapperProcess::SetConsoleHost(const std::string& path) {
-  ConsolePrograms& programs = Programs();
-  const std::lock_guard<std::mutex> lock(programs.mutex);
-  programs.host = path;
 }

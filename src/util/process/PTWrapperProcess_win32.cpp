@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <exception>
+#include <map>
 #include <mutex>
 #include <utility>
 
@@ -68,10 +69,51 @@ bool HasEnded(HANDLE process) {
   return WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
 }
 
+std::wstring Wide(const std::string& text) {
+  const int bytes = static_cast<int>(text.size());
+  const int size = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), size);
+  return wide;
+}
+
+struct IgnoringCase {
+  bool operator()(const std::wstring& a, const std::wstring& b) const {
+    return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
+                                static_cast<int>(b.size()), TRUE) == CSTR_LESS_THAN;
+  }
+};
+using Variables = std::map<std::wstring, std::wstring, IgnoringCase>;
+
+// Names may begin with "=": there the system keeps the folders of the drives.
+Variables CurrentVariables() {
+  Variables variables;
+  wchar_t* const block = GetEnvironmentStringsW();
+  if (block == nullptr) return variables;
+  for (const wchar_t* at = block; *at != L'\0';) {
+    const std::wstring entry = at;
+    at += entry.size() + 1;
+    const std::size_t equals = entry.find(L'=', 1);
+    if (equals != std::wstring::npos) variables[entry.substr(0, equals)] = entry.substr(equals + 1);
+  }
+  FreeEnvironmentStringsW(block);
+  return variables;
+}
+
+// A block in the order that the system wants; empty when the child's variables are ours.
+std::wstring EnvironmentFor(const PTWrapperProcessStart& start) {
+  std::wstring block;
+  if (start.variables.empty()) return block;
+  Variables variables = CurrentVariables();
+  for (const auto& [name, value] : start.variables) variables[Wide(name)] = Wide(value);
+  for (const auto& [name, value] : variables) block += name + L'=' + value + L'\0';
+  return block + L'\0';
+}
+
 }  // namespace
 
 struct PTWrapperProcess::Private {
-  bool Start(const char* program, std::string& commandLine, STARTUPINFOA& startup, DWORD flags);
+  bool Start(const PTWrapperProcessStart& what, const std::string& program, STARTUPINFOA& startup);
   bool End(bool leftovers);
 
   std::mutex mutex;          // guards what follows
@@ -80,16 +122,19 @@ struct PTWrapperProcess::Private {
   Handle job;  // everything that the child starts, where the system lets us have one
   Handle pipeRead;
   Handle ioEvent;
-  std::string childFolder;
 };
 
 // Starts the child stopped, so that nothing of it escapes the job.
-bool PTWrapperProcess::Private::Start(const char* program, std::string& commandLine,
-                                      STARTUPINFOA& startup, DWORD flags) {
+bool PTWrapperProcess::Private::Start(const PTWrapperProcessStart& what, const std::string& program,
+                                      STARTUPINFOA& startup) {
+  std::string line = what.commandLine;
+  std::wstring environment = EnvironmentFor(what);
   PROCESS_INFORMATION info{};
-  if (!CreateProcessA(program, commandLine.empty() ? nullptr : commandLine.data(), nullptr, nullptr,
-                      TRUE, flags | CREATE_SUSPENDED, nullptr,
-                      childFolder.empty() ? nullptr : childFolder.c_str(), &startup, &info))
+  if (!CreateProcessA(program.empty() ? nullptr : program.c_str(),
+                      line.empty() ? nullptr : line.data(), nullptr, nullptr, TRUE,
+                      what.creationFlags | CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT,
+                      environment.empty() ? nullptr : environment.data(),
+                      what.folder.empty() ? nullptr : what.folder.c_str(), &startup, &info))
     return false;
   job = Handle(CreateJobObjectA(nullptr, nullptr));
   if (job && !AssignProcessToJobObject(job.get(), info.hProcess)) job.Close();
@@ -127,32 +172,30 @@ PTWrapperProcess::~PTWrapperProcess() {
   if (p_->process) CloseHandle(p_->process);
 }
 
-bool PTWrapperProcess::Create(const std::string& exePath, const std::string& commandLine,
-                              const std::string& label, bool, unsigned creationFlags,
-                              const std::string& workDir, bool showWindow) try {
+bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::string& ownFolder) try {
   const std::lock_guard<std::mutex> lock(p_->mutex);
   if (p_->process) {
     SetLastError("the process is opened");
     return false;
   }
-  if (!exePath.empty() && !FileDirWrapper::FileExists(exePath)) {
-    SetLastError("%s does not exist", exePath.c_str());
+  if (!what.program.empty() && !FileDirWrapper::FileExists(what.program)) {
+    SetLastError("%s does not exist", what.program.c_str());
     return false;
   }
-  if (exePath.size() > kMostPathBytes || commandLine.size() > kMostCommandBytes) {
-    SetLastError("CreateProcess %s %s failed: the command is too long", exePath.c_str(),
-                 commandLine.c_str());
+  if (what.program.size() > kMostPathBytes || what.commandLine.size() > kMostCommandBytes) {
+    SetLastError("CreateProcess %s %s failed: the command is too long", what.program.c_str(),
+                 what.commandLine.c_str());
     return false;
   }
 
-  std::string title = label.empty() ? exePath : label;
+  std::string title = what.title.empty() ? what.program : what.title;
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
-  if (!showWindow) {
+  if (!what.showWindow) {
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = SW_HIDE;
   }
-  if ((creationFlags & kNewConsole) && !title.empty()) startup.lpTitle = title.data();
+  if ((what.creationFlags & kNewConsole) && !title.empty()) startup.lpTitle = title.data();
 
   // Without the flag that would make them count: the child writes to its console.
   Pipe pipe;
@@ -168,13 +211,12 @@ bool PTWrapperProcess::Create(const std::string& exePath, const std::string& com
     return false;
   }
 
-  const bool inFolder = workDir.empty() || FileDirWrapper::SetCurrentDir(workDir);
-  const std::string program = exePath.empty() ? exePath : FileDirWrapper::ShortPath(exePath);
-  std::string line = commandLine;
-  const bool named = !program.empty() || !line.empty();  // the system reads through two nulls
-  if (!inFolder || !named ||
-      !p_->Start(program.empty() ? nullptr : program.c_str(), line, startup, creationFlags)) {
-    SetLastError("CreateProcess %s %s failed", program.c_str(), commandLine.c_str());
+  const bool inFolder = ownFolder.empty() || FileDirWrapper::SetCurrentDir(ownFolder);
+  const std::string program =
+      what.program.empty() ? what.program : FileDirWrapper::ShortPath(what.program);
+  const bool named = !program.empty() || !what.commandLine.empty();  // not two nulls
+  if (!inFolder || !named || !p_->Start(what, program, startup)) {
+    SetLastError("CreateProcess %s %s failed", program.c_str(), what.commandLine.c_str());
     return false;
   }
   p_->pipeRead = std::move(pipe.read);
@@ -238,12 +280,3 @@ std::int32_t PTWrapperProcess::ChildId() const {
   const std::lock_guard<std::mutex> lock(p_->mutex);
   return static_cast<std::int32_t>(p_->processId);
 }
-
-void PTWrapperProcess::SetChildFolder(const std::string& folder) {
-  p_->childFolder = folder;
-}
-
-// A child always has its console here.
-void PTWrapperProcess::SetOutputFile(const std::string&) {}
-void PTWrapperProcess::SetConsoleProgram(const std::string&) {}
-void PTWrapperProcess::SetConsoleHost(const std::string&) {}
