@@ -147,12 +147,24 @@ bool WriteKeys(const Settings& settings, const std::string& file) {
   });
 }
 
+// Two bytes a character, as some editors save texts; with or without a byte order mark.
+bool IsUtf16(const std::string& contents) {
+  if (contents.size() < 2) return false;
+  return contents.starts_with("\xFF\xFE") || contents.starts_with("\xFE\xFF") ||
+         (contents[0] == '\0') != (contents[1] == '\0');
+}
+
+// False for a file whose keys cannot be read, and would not be kept when others are written.
+bool ReadKeyText(const std::string& file, std::string& contents) {
+  return ReadWholeText(file, contents) && contents.size() <= kLargestFile && !IsUtf16(contents);
+}
+
 // The keys are changed in a copy whose contents then take the place of the file's: a full disk or a
 // crash between two keys leaves the old file. It may hold the user's access key. Copies of the
 // program that end at the same moment each have their own.
 bool ReplaceKeys(const Settings& settings, const std::string& file) {
   std::string contents;
-  if (FileDirWrapper::FileExists(file) && !ReadWholeText(file, contents)) return false;
+  if (FileDirWrapper::FileExists(file) && !ReadKeyText(file, contents)) return false;
   const std::string copy = file + '.' + std::to_string(PTWrapperProcess().ProcessId()) + ".new";
   const bool edited = FileDirWrapper::WritePrivateFile(copy, contents) &&
                       WriteKeys(settings, copy) && ReadWholeText(copy, contents);
@@ -166,7 +178,7 @@ void SettingsAndPaths::ReadSettings() {
   dirty_ = false;
   if (!FileDirWrapper::FileExists(settingsFile)) return;
   std::string contents;
-  if (!ReadWholeText(settingsFile, contents) || contents.size() > kLargestFile) {
+  if (!ReadKeyText(settingsFile, contents)) {
     log_.Report("Read settings file [%s] failed", OrNull(settingsFile));
     return;
   }

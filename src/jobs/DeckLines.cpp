@@ -14,6 +14,7 @@ namespace {
 // Big enough that system calls do not count, small enough to stay in the processor's cache.
 constexpr std::size_t kBlock = 256 * 1024;
 constexpr std::uint64_t kProgressStep = std::uint64_t{8} << 20;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool BeginsCard(char c) {
   return c == '*' || c == '$';
@@ -79,8 +80,11 @@ bool DeckLines::Fill() {
   if (count < 0) failed_ = true;
   const std::size_t size = count > 0 ? static_cast<std::size_t>(count) : 0;
   end_ = next_ + size;
+  if (done_ == 0 && std::string_view(next_, size).starts_with(kByteOrderMark)) {
+    next_ += kByteOrderMark.size();
+  }
   done_ += size;
-  return size > 0;
+  return next_ != end_;
 }
 
 bool DeckLines::NextCard(std::string_view& line) {

@@ -26,6 +26,7 @@ struct DeckFacts {
   std::string calculationMethod;
   std::optional<std::string> identifier;
   std::vector<std::string> includes;
+  std::size_t moreIncludes = 0;  // beyond what is kept
 };
 
 // `prefix` in upper case.
@@ -52,22 +53,44 @@ std::uint64_t ToMegabytes(std::string_view number, bool inMegabytes) {
   return inMegabytes ? value : value >> 18;
 }
 
+// Whether a text that begins with a number gives it in megabytes: it holds an "M", alone or in any
+// word ("800 MB", "12Mw"), but for the options behind it ("MEMORY2=100"). A small one counts as
+// well where it stands at the number.
+bool SaysMegabytes(std::string_view text) {
+  const std::size_t unit = text.find_first_not_of("+0123456789 \t");
+  if (unit != std::string_view::npos && text[unit] == 'm' &&
+      (unit + 1 == text.size() || std::isalpha(text[unit + 1] & 0x7f) == 0)) {
+    return true;
+  }
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find_first_of(" \t,"));
+    if (Holds(word, "M") && !Holds(word, "=")) return true;
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+  }
+  return false;
+}
+
+// Where the value of the option MEMORY begins, npos without one. MEMORY2 is another option.
+std::size_t MemoryOption(std::string_view upper) {
+  constexpr std::string_view kKey = "MEMORY";
+  for (std::size_t key = upper.find(kKey); key != std::string_view::npos;
+       key = upper.find(kKey, key + 1)) {
+    const std::size_t end = key + kKey.size();
+    const std::size_t number = upper.find_first_not_of(" \t=", end);
+    if (number != std::string_view::npos && number > end && IsDigit(upper[number])) return number;
+  }
+  return std::string_view::npos;
+}
+
 // The memory on a KEYWORD card: a number right behind the keyword, or "MEMORY=" and a number
 // anywhere. A card may name other things too.
 std::uint64_t CardMemory(std::string_view rest) {
   const std::string_view text = Trimmed(rest);
   if (text.empty()) return 0;
-  if (IsDigit(text[0]) || text[0] == '+') {
-    const std::size_t unit = text.find_first_not_of("+0123456789 \t");
-    const bool alone = unit != std::string::npos && Upper(text[unit]) == 'M' &&
-                       (unit + 1 == text.size() || std::isalpha(text[unit + 1] & 0x7f) == 0);
-    return ToMegabytes(text, alone);
-  }
+  if (IsDigit(text[0]) || text[0] == '+') return ToMegabytes(text, SaysMegabytes(text));
   const std::string upper = Upper(text);
-  const std::size_t key = upper.find("MEMORY");
-  if (key == std::string::npos) return 0;
-  const std::size_t number = upper.find_first_not_of(" \t=", key + 6);
-  if (number == std::string::npos || !IsDigit(upper[number])) return 0;
+  const std::size_t number = MemoryOption(upper);
+  if (number == std::string::npos) return 0;
   const std::size_t unit = upper.find_first_not_of("0123456789", number);
   return ToMegabytes(std::string_view(upper).substr(number),
                      unit != std::string::npos && upper[unit] == 'M');
@@ -194,8 +217,11 @@ class DeckScanner {
       if (!name.ends_with(" +")) break;
       name = std::string(Trimmed(std::string_view(name).substr(0, name.size() - 2)));
     }
-    if (!name.empty() && !insideCase_ && facts_.includes.size() < kMostIncludes) {
+    if (name.empty() || insideCase_) return;
+    if (facts_.includes.size() < kMostIncludes) {
       facts_.includes.push_back(name);
+    } else {
+      ++facts_.moreIncludes;
     }
   }
 
@@ -221,6 +247,10 @@ Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts&
     readable = !reader.Failed();
   }
   if (!readable && hooks.report) hooks.report("Read file [" + shown + "] failed");
+  if (readable && facts.moreIncludes > 0 && hooks.report) {
+    hooks.report("Deck [" + shown + "] includes more than " + std::to_string(kMostIncludes) +
+                 " files: " + std::to_string(facts.moreIncludes) + " are left out");
+  }
   return readable ? Outcome::kRead : Outcome::kFailed;
 }
 

@@ -160,6 +160,21 @@ TEST_F(SettingsFile, AnUnwritableFolderIsReportedAndNothingIsForgotten) {
   EXPECT_EQ(seen.Count("log Write group file [" + files_.groupFile + "] failed"), 1);
 }
 
+TEST_F(SettingsFile, OneOfTwoBytesACharacterIsSaidToBeUnreadableAndStays) {
+  using namespace std::string_literals;
+  const std::string utf16 = "\xFF\xFE[\0M\0P\0P\0]\0\n\0u\0s\0e\0_\0m\0p\0p\0=\0"s + "1\0"s;
+  for (const std::string& text : {utf16, utf16.substr(2)}) {
+    Write(files_.settingsFile, text);
+    RecordingObserver seen;
+    files_.Log().SetListener([&](const std::string& message) { seen.Logged(message); });
+    files_.ReadSettings();
+    EXPECT_EQ(seen.Count("log Read settings file [" + files_.settingsFile + "] failed"), 1);
+    files_.Set(&Settings::cpu_count, files_.Get().cpu_count + 1);
+    EXPECT_FALSE(files_.WriteSettings());
+    EXPECT_EQ(TempFolder::Read(files_.settingsFile), text);
+  }
+}
+
 // Removed by somebody while the program runs, as cleaners of home folders do.
 TEST_F(SettingsFile, ARemovedFolderIsMadeAnew) {
   std::filesystem::remove_all(files_.workFolder);

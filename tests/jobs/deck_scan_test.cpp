@@ -20,6 +20,13 @@ TEST_F(DeckTest, ReadsTheMemoryOnTheKeywordCard) {
       {"*KEYWORD 200000000", 762},
       {"*KEYWORD 200000000 memory2=50000000", 762},
       {"*keyword\t 200000000 ", 762},
+      {"*KEYWORD 800MB", 800},
+      {"*KEYWORD 800 MB", 800},
+      {"*KEYWORD 12Mw", 12},
+      {"*KEYWORD 200000000 MEMORY2=50000000", 762},
+      {"*KEYWORD MEMORY2=50M MEMORY=800M", 800},
+      {"*KEYWORD MEMORY2=50M", 0},
+      {"\xEF\xBB\xBF*KEYWORD 7M", 7},
       {"*KEYWORD_ID 64M", 64},
       {"*KEYWORD_JOBID   1048576", 4},
       {"*KEYWORD MEMORY=200M NCPU=4", 200},
@@ -92,6 +99,15 @@ TEST_F(DeckTest, CollectsIncludedFiles) {
   EXPECT_EQ(job->includes,
             (Names{"1234", "c id.k", "mesh.k", "after.k", "/long/name/ofa.k", "last.k"}));
   EXPECT_TRUE(job->caseRun);
+}
+
+TEST_F(DeckTest, SaysThatItLeftIncludesOut) {
+  std::string deck = "*KEYWORD\n";
+  for (int i = 0; i < 10002; ++i) deck += "*INCLUDE\na.k\n";
+  const auto job = Scanned(deck);
+  EXPECT_EQ(job->includes.size(), 10000u);
+  EXPECT_EQ(log_,
+            Names{"Deck [" + job->jobFile + "] includes more than 10000 files: 2 are left out"});
 }
 
 TEST_F(DeckTest, FindsCases) {
