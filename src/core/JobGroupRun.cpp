@@ -4,7 +4,7 @@
 
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
-#include "solvers/StageRun.h"
+#include "runs/JobRun.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
-#include "solvers/StageRun.h"
+#include "runs/JobRun.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Command lines as the child receives them: the stand-in under each solver's name echoes its own.
 #include <filesystem>
 
-#include "SolverFixture.h"
+#include "support/SolverFixture.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <filesystem>
 #include <thread>
 
-#include "SolverFixture.h"
 #include "solvers/MessageFiles.h"
+#include "support/SolverFixture.h"
 
 namespace {
 

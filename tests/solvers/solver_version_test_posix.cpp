@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
-#include "SolverFixture.h"
 #include "solvers/SolverVersion.h"
+#include "support/SolverFixture.h"
 
 namespace {
 

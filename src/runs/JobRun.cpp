@@ -1,4 +1,4 @@
-#include "solvers/StageRun.h"
+#include "runs/JobRun.h"
 
 #include <algorithm>
 #include <exception>

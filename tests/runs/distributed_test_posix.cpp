@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "SolverFixture.h"
+#include "runs/JobRun.h"
 #include "solvers/PositioningLibrary.h"
-#include "solvers/StageRun.h"
+#include "support/SolverFixture.h"
 #include "util/process/ProcessTable_posix.h"
 
 namespace {

@@ -2,9 +2,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "SolverFixture.h"
+#include "runs/JobRun.h"
 #include "solvers/SolverVersion.h"
-#include "solvers/StageRun.h"
+#include "support/SolverFixture.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Runs that go through stages: forming jobs with a list of decks, and hot-forming jobs.
-#ifndef KR_SOLVERS_STAGERUN_H
-#define KR_SOLVERS_STAGERUN_H
+#ifndef KR_RUNS_JOBRUN_H
+#define KR_RUNS_JOBRUN_H
 
 #include <atomic>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // Runs of real processes: the stand-in solver, driven as the groups do it.
-#ifndef KR_TESTS_SOLVERS_SOLVERFIXTURE_H
-#define KR_TESTS_SOLVERS_SOLVERFIXTURE_H
+#ifndef KR_TESTS_SOLVERFIXTURE_H
+#define KR_TESTS_SOLVERFIXTURE_H
 
 #include <gtest/gtest.h>
 
