@@ -43,7 +43,7 @@ bool JobSolverInc::Start(JobFile& job) {
 }
 
 int JobSolverInc::Finish(JobFile& job) {
-  LineBlocks blocks;
+  LineBlocks blocks(LineBlocks::LongLines::kInPieces);
   if (!blocks.Open(job.MessageFile())) {
     return NotNormal(job, "its output [" + job.MessageFile() + "] cannot be read");
   }

@@ -26,9 +26,12 @@ void LineBlocks::SetProgress(
 
 bool LineBlocks::Next(std::string_view& block) {
   while (Fill()) {
-    if (insideLongLine_) DropRestOfLongLine();
+    const bool inPieces = longLines_ == LongLines::kInPieces;
+    if (insideLongLine_ && !inPieces) DropRestOfLongLine();
     const std::string_view text(buffer_.get() + begin_, end_ - begin_);
-    std::size_t length = text.rfind('\n') + 1;  // 0 without a line end
+    // 0 without a line end. What ends a line in pieces comes alone.
+    std::size_t length = (insideLongLine_ ? text.find('\n') : text.rfind('\n')) + 1;
+    insideLongLine_ = insideLongLine_ && length == 0 && !atEnd_;
     if (length == 0) {
       if (atEnd_) {
         length = text.size();
@@ -39,7 +42,7 @@ bool LineBlocks::Next(std::string_view& block) {
     }
     if (length == 0) continue;
     block = text.substr(0, length);
-    begin_ += length;
+    begin_ += EndsInsideLine() ? length - kOverlap : length;
     return true;
   }
   return false;

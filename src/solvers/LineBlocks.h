@@ -13,8 +13,13 @@
 // Memory is bounded whatever the file holds. One thread at a time.
 class LineBlocks {
  public:
-  // Of a longer line only so much is handed out.
+  // A longer line is cut to so much, or handed out in pieces of so much.
   static constexpr std::size_t kLongestLine = 64 * 1024;
+  // A piece begins with this much of the one before, so that words lie whole in one of them.
+  static constexpr std::size_t kOverlap = 64;
+
+  enum class LongLines { kCut, kInPieces };
+  explicit LineBlocks(LongLines longLines = LongLines::kCut) : longLines_(longLines) {}
 
   bool Open(const std::string& path);
 
@@ -25,6 +30,9 @@ class LineBlocks {
   // False at the end of the file, when it cannot be read further and when the reading was ended.
   bool Next(std::string_view& block);
 
+  // The last block is a piece of a line, and so is the next: kInPieces only.
+  bool EndsInsideLine() const { return insideLongLine_ && longLines_ == LongLines::kInPieces; }
+
   bool Failed() const { return failed_; }
   bool Stopped() const { return stopped_; }
 
@@ -33,6 +41,7 @@ class LineBlocks {
   void DropRestOfLongLine();
   bool GoOn();
 
+  const LongLines longLines_;
   InputFile file_;
   std::function<bool(std::uint64_t, std::uint64_t)> progress_;
   std::unique_ptr<char[]> buffer_;

@@ -73,23 +73,41 @@ std::string Words(std::string_view line) {
   return std::string(Trimmed(text));
 }
 
-bool SaysNormal(std::string_view line) {
-  constexpr std::size_t kWithBothWords = 21;
-  return Holds(line, "N o r m a l") &&
-         (line.size() < kWithBothWords || Holds(line, "t e r m i n a t i o n"));
-}
-
 std::size_t LineStart(std::string_view block, std::size_t at) {
   return block.substr(0, at).rfind('\n') + 1;
 }
 
-bool HoldsNormalLine(std::string_view block) {
-  for (std::size_t at = 0; (at = block.find("N o r m a l", at)) != std::string_view::npos;) {
-    at = LineStart(block, at);
-    if (SaysNormal(TakeLine(block, at))) return true;
+// Looks for the line of normal termination in the blocks of a file, in their order.
+class NormalLine {
+ public:
+  // True when the block holds it, or is the piece of a long line that makes it whole.
+  bool IsIn(std::string_view block, bool endsInsideLine) {
+    if (endsInsideLine || insideLine_) {
+      const std::string_view piece = block.substr(0, block.find('\n'));
+      normal_ = normal_ || Holds(piece, kNormal);
+      termination_ = termination_ || Holds(piece, kTermination);
+      insideLine_ = endsInsideLine;
+      if (normal_ && termination_) return true;
+      if (!insideLine_) normal_ = termination_ = false;
+      return false;
+    }
+    for (std::size_t at = 0; (at = block.find(kNormal, at)) != std::string_view::npos;) {
+      at = LineStart(block, at);
+      const std::string_view line = TakeLine(block, at);
+      if (line.size() < kWithBothWords || Holds(line, kTermination)) return true;
+    }
+    return false;
   }
-  return false;
-}
+
+ private:
+  static constexpr std::string_view kNormal = "N o r m a l";
+  static constexpr std::string_view kTermination = "t e r m i n a t i o n";
+  static constexpr std::size_t kWithBothWords = kTermination.size();
+
+  bool insideLine_ = false;  // the last block was a piece of a line, and so is the next
+  bool normal_ = false;
+  bool termination_ = false;
+};
 
 // The first error's line and the one below it.
 std::string FirstError(std::string_view block) {
@@ -143,14 +161,15 @@ void RemoveAdaptDumps(const JobFile& job) {
 
 MessageVerdict ReadVerdict(const std::string& messageFile) {
   MessageVerdict verdict;
-  LineBlocks blocks;
+  LineBlocks blocks(LineBlocks::LongLines::kInPieces);
+  NormalLine normalLine;
   if (!blocks.Open(messageFile)) {
     verdict.reason = "its message file cannot be read";
     return verdict;
   }
   bool errorEnd = false;
   for (std::string_view block; blocks.Next(block);) {
-    if (HoldsNormalLine(block)) return {true, {}};
+    if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {true, {}};
     if (verdict.reason.empty()) verdict.reason = FirstError(block);
     errorEnd = errorEnd || Holds(block, "E r r o r");
   }
