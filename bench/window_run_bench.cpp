@@ -137,7 +137,8 @@ int main(int argc, char** argv) {
       kScrolledJobs, frame, bareFrame, frame / bareFrame);
   bare.hide();
 
-  while (group->JobCount() > kQueuedJobs) group->RemoveJob(group->JobCount() - 1);
+  const std::vector<JobId> jobs = group->JobIds();
+  for (std::size_t i = kQueuedJobs; i < jobs.size(); ++i) group->RemoveJob(jobs[i]);
   const std::string deck = program.Scratch() + "/long.k";
   std::ofstream(deck) << QueueProgram::kLongDeck;
   const double polls = PollPercent(program.Solver(), deck, seconds);

@@ -138,29 +138,26 @@ void JobGroup::SetText(const std::string& text) {
   text_ = text;
 }
 
-int JobGroup::IndexOf(const JobFile* job) const {
-  const auto found = std::find_if(jobs_.begin(), jobs_.end(),
-                                  [job](const auto& entry) { return entry.get() == job; });
-  return found == jobs_.end() ? -1 : static_cast<int>(found - jobs_.begin());
+JobFile* JobGroup::Find(JobId job) const {
+  const auto found = byId_.find(job);
+  return found == byId_.end() ? nullptr : found->second;
 }
 
-int JobGroup::FirstActive() const {
+std::size_t JobGroup::PlaceOf(const JobFile& job) const {
+  const auto found = std::find_if(jobs_.begin(), jobs_.end(),
+                                  [&job](const auto& entry) { return entry.get() == &job; });
+  return static_cast<std::size_t>(found - jobs_.begin());
+}
+
+JobFile* JobGroup::FirstActive() const {
   const auto found =
       std::find_if(jobs_.begin(), jobs_.end(), [](const auto& entry) { return IsActive(*entry); });
-  return found == jobs_.end() ? -1 : static_cast<int>(found - jobs_.begin());
+  return found == jobs_.end() ? nullptr : found->get();
 }
 
-bool JobGroup::InRange(int index) const {
-  return index >= 0 && static_cast<std::size_t>(index) < jobs_.size();
-}
-
-JobFile& JobGroup::At(int index) const {
-  return *jobs_[static_cast<std::size_t>(index)];
-}
-
-void JobGroup::SetStatus(int index, int status) {
-  At(index).status = status;
-  manager_.Observer().JobStatusChanged(id_, index, status);
+void JobGroup::SetStatus(JobFile& job, int status) {
+  job.status = status;
+  manager_.Observer().JobStatusChanged(id_, job.id, status);
 }
 
 void JobGroup::RequestStop() {
@@ -169,98 +166,104 @@ void JobGroup::RequestStop() {
     stop_ = true;
   }
   const ListLock lock(*this);
-  const int active = FirstActive();
-  if (active >= 0) SetAbort(At(active), true);
+  if (JobFile* const active = FirstActive()) SetAbort(*active, true);
 }
 
-int JobGroup::AddJob(std::shared_ptr<JobFile> job) {
-  if (!job) return -1;
+bool JobGroup::AddJob(std::shared_ptr<JobFile> job) {
+  if (!job) return false;
   const ListLock lock(*this);
+  if (!byId_.emplace(job->id, job.get()).second) return false;
   jobs_.push_back(std::move(job));
   manager_.Observer().JobsChanged(id_);
-  return static_cast<int>(jobs_.size()) - 1;
+  return true;
 }
 
-bool JobGroup::RemoveJob(int index) {
+bool JobGroup::RemoveJob(JobId job) {
   std::shared_ptr<JobFile> removed;  // freed without the lock
   const ListLock lock(*this);
-  if (!InRange(index)) return false;
-  removed = jobs_[static_cast<std::size_t>(index)];
-  if (IsActive(*removed)) SetAbort(*removed, true);
-  jobs_.erase(jobs_.begin() + index);
+  JobFile* const found = Find(job);
+  if (found == nullptr) return false;
+  if (IsActive(*found)) SetAbort(*found, true);
+  const auto place = jobs_.begin() + static_cast<std::ptrdiff_t>(PlaceOf(*found));
+  removed = std::move(*place);
+  jobs_.erase(place);
+  byId_.erase(job);
   manager_.Observer().JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::MoveJob(int index, bool up) {
+bool JobGroup::MoveJob(JobId job, bool up) {
   const ListLock lock(*this);
-  const int other = up ? index - 1 : index + 1;
-  if (!InRange(index) || !InRange(other)) return false;
-  if (At(index).status != JobStatus::kQueued) return false;
-  if (up && At(other).status != JobStatus::kQueued) return false;
-  std::swap(jobs_[static_cast<std::size_t>(index)], jobs_[static_cast<std::size_t>(other)]);
+  const JobFile* const found = Find(job);
+  if (found == nullptr || found->status != JobStatus::kQueued) return false;
+  const std::size_t place = PlaceOf(*found);
+  if (up ? place == 0 : place + 1 == jobs_.size()) return false;
+  const std::size_t other = up ? place - 1 : place + 1;
+  if (up && jobs_[other]->status != JobStatus::kQueued) return false;
+  std::swap(jobs_[place], jobs_[other]);
   manager_.Observer().JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::ChangeJob(int index, const std::function<bool(JobFile&)>& change) {
+bool JobGroup::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) {
   const ListLock lock(*this);
-  if (!InRange(index) || At(index).status == JobStatus::kRunning) return false;
-  if (!change(At(index))) return false;
+  JobFile* const found = Find(job);
+  if (found == nullptr || found->status == JobStatus::kRunning || !change(*found)) return false;
   manager_.Observer().JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::SetJobStatus(int index, int status) {
+bool JobGroup::SetJobStatus(JobId job, int status) {
   const ListLock lock(*this);
-  if (!InRange(index) || !IsStatus(status)) return false;
-  if (At(index).status == JobStatus::kRunning) return false;
-  if (status == JobStatus::kQueued) SetAbort(At(index), false);
-  SetStatus(index, status);
+  JobFile* const found = Find(job);
+  if (found == nullptr || !IsStatus(status)) return false;
+  if (found->status == JobStatus::kRunning) return false;
+  if (status == JobStatus::kQueued) SetAbort(*found, false);
+  SetStatus(*found, status);
   return true;
 }
 
-bool JobGroup::Resubmit(int index) {
+bool JobGroup::Resubmit(JobId job) {
   const ListLock lock(*this);
-  if (!InRange(index)) return false;
-  JobFile& job = At(index);
-  if (job.status != JobStatus::kFinished && job.status != JobStatus::kAborted) return false;
-  job.ResetForRun();
-  SetStatus(index, JobStatus::kQueued);
+  JobFile* const found = Find(job);
+  if (found == nullptr) return false;
+  if (found->status != JobStatus::kFinished && found->status != JobStatus::kAborted) return false;
+  found->ResetForRun();
+  SetStatus(*found, JobStatus::kQueued);
   return true;
 }
 
-bool JobGroup::SetMemory(int index, std::uint64_t megabytes) {
-  return ChangeJob(index, WithStages(Setter(&JobFile::memory, megabytes)));
+bool JobGroup::SetMemory(JobId job, std::uint64_t megabytes) {
+  return ChangeJob(job, WithStages(Setter(&JobFile::memory, megabytes)));
 }
 
-bool JobGroup::SetCpuCount(int index, int count) {
-  return ChangeJob(index, WithStages(Setter(&JobFile::ncpu, count)));
+bool JobGroup::SetCpuCount(JobId job, int count) {
+  return ChangeJob(job, WithStages(Setter(&JobFile::ncpu, count)));
 }
 
-bool JobGroup::SetPause(int index, int seconds) {
-  return ChangeJob(index, WithStages(Setter(&JobFile::pause, seconds)));
+bool JobGroup::SetPause(JobId job, int seconds) {
+  return ChangeJob(job, WithStages(Setter(&JobFile::pause, seconds)));
 }
 
-bool JobGroup::SetPrecision(int index, int solverType) {
+bool JobGroup::SetPrecision(JobId job, int solverType) {
   if (solverType < Settings::kLsDynaSingle || solverType > Settings::kUtilityBatch) return false;
-  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::solverType, solverType)));
+  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, solverType)));
 }
 
-bool JobGroup::SetUseSFile(int index, bool on) {
-  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::useSFile, on)));
+bool JobGroup::SetUseSFile(JobId job, bool on) {
+  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::useSFile, on)));
 }
 
-bool JobGroup::SetDump(int index, bool on) {
-  return ChangeJob(index, WithStages(DynaSetter(&JobFileDyna::dump, on)));
+bool JobGroup::SetDump(JobId job, bool on) {
+  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::dump, on)));
 }
 
-bool JobGroup::SetRestartFile(int index, const std::string& path) {
-  return ChangeJob(index, Setter(&JobFile::restartFile, path));
+bool JobGroup::SetRestartFile(JobId job, const std::string& path) {
+  return ChangeJob(job, Setter(&JobFile::restartFile, path));
 }
 
-bool JobGroup::SetExtraOptions(int index, const std::string& options) {
-  return ChangeJob(index, Setter(&JobFile::extraOptions, options));
+bool JobGroup::SetExtraOptions(JobId job, const std::string& options) {
+  return ChangeJob(job, Setter(&JobFile::extraOptions, options));
 }
 
 int JobGroup::JobCount() const {
@@ -268,25 +271,41 @@ int JobGroup::JobCount() const {
   return static_cast<int>(jobs_.size());
 }
 
-std::shared_ptr<JobFile> JobGroup::GetJob(int index) const {
+std::vector<JobId> JobGroup::JobIds() const {
   const ListLock lock(*this);
-  return InRange(index) ? jobs_[static_cast<std::size_t>(index)] : nullptr;
+  std::vector<JobId> ids;
+  ids.reserve(jobs_.size());
+  for (const std::shared_ptr<JobFile>& job : jobs_) ids.push_back(job->id);
+  return ids;
 }
 
-int JobGroup::ActiveJob() const {
+std::shared_ptr<JobFile> JobGroup::GetJob(JobId job) const {
   const ListLock lock(*this);
-  return FirstActive();
+  const JobFile* const found = Find(job);
+  return found == nullptr ? nullptr : jobs_[PlaceOf(*found)];
 }
 
-bool JobGroup::ReadJob(int index, const std::function<void(const JobFile&)>& read) const {
+JobId JobGroup::ActiveJob() const {
   const ListLock lock(*this);
-  if (!InRange(index)) return false;
-  read(At(index));
-  return true;
+  const JobFile* const active = FirstActive();
+  return active == nullptr ? JobId::kNone : active->id;
 }
 
-void JobGroup::ReadJobs(const std::function<void(int index, const JobFile&)>& read) const {
+bool JobGroup::ReadJob(JobId job, const std::function<void(const JobFile&)>& read) const {
   const ListLock lock(*this);
-  int index = 0;
-  for (const std::shared_ptr<JobFile>& job : jobs_) read(index++, *job);
+  const JobFile* const found = Find(job);
+  if (found != nullptr) read(*found);
+  return found != nullptr;
+}
+
+bool JobGroup::ReadActiveJob(const std::function<void(const JobFile&)>& read) const {
+  const ListLock lock(*this);
+  const JobFile* const active = FirstActive();
+  if (active != nullptr) read(*active);
+  return active != nullptr;
+}
+
+void JobGroup::ReadJobs(const std::function<void(const JobFile&)>& read) const {
+  const ListLock lock(*this);
+  for (const std::shared_ptr<JobFile>& job : jobs_) read(*job);
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "jobs/JobFile.h"
@@ -17,7 +18,8 @@ class JobGroupManager;
 
 // Owned by the manager; its thread keeps it alive until it ends. Operations may be called on any
 // thread; each list operation takes the mutex that all groups share, waits for it without limit and
-// lets go before it returns. They return false, with nothing changed, for an index out of range.
+// lets go before it returns. Jobs and stages are named by their id; for one that is not there an
+// operation returns false, with nothing changed.
 // Operations that change a field of a job refuse a job with status Running.
 //
 // A mutex that cannot be taken is recorded as the last error and reported in the log; the work goes
@@ -47,49 +49,55 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   void RequestStop();
   bool Running() const { return running_; }
 
-  int AddJob(std::shared_ptr<JobFile> job);  // the new index, -1 on failure
+  bool AddJob(std::shared_ptr<JobFile> job);  // at the end; false for one that is there already
   // A job that runs is told to abort; its thread ends the solver and goes on with the next job.
-  bool RemoveJob(int index);
+  bool RemoveJob(JobId job);
   // A queued job moves down past any job, and up past a queued one only.
-  bool MoveJob(int index, bool up);
-  bool SetJobStatus(int index, int status);
+  bool MoveJob(JobId job, bool up);
+  bool SetJobStatus(JobId job, int status);
   // Finished and Aborted jobs only: back to Queued.
-  bool Resubmit(int index);
+  bool Resubmit(JobId job);
 
   // Of a job with stages these set each stage too; for a single one there is ChangeStage.
-  bool SetMemory(int index, std::uint64_t megabytes);
-  bool SetCpuCount(int index, int count);
-  bool SetPause(int index, int seconds);
-  bool SetPrecision(int index, int solverType);  // LS-DYNA jobs: 0, 1 or 2
-  bool SetUseSFile(int index, bool on);          // LS-DYNA jobs
-  bool SetDump(int index, bool on);              // LS-DYNA jobs
+  bool SetMemory(JobId job, std::uint64_t megabytes);
+  bool SetCpuCount(JobId job, int count);
+  bool SetPause(JobId job, int seconds);
+  bool SetPrecision(JobId job, int solverType);  // LS-DYNA jobs: 0, 1 or 2
+  bool SetUseSFile(JobId job, bool on);          // LS-DYNA jobs
+  bool SetDump(JobId job, bool on);              // LS-DYNA jobs
 
   // Of the job alone.
-  bool SetRestartFile(int index, const std::string& path);
-  bool SetExtraOptions(int index, const std::string& options);
+  bool SetRestartFile(JobId job, const std::string& path);
+  bool SetExtraOptions(JobId job, const std::string& options);
 
   // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
   // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.
   // A run of all stages stays one.
-  int AddStage(int index, std::shared_ptr<JobFile> stage);  // the new, last, index; -1 on failure
-  bool RemoveStage(int index, int stage);
-  bool MoveStage(int index, int stage, bool up);
-  bool SetFirstStage(int index, int stage);
-  bool SetStageStatus(int index, int stage, int status);
+  bool AddStage(JobId job, std::shared_ptr<JobFile> stage);  // at the end
+  bool RemoveStage(JobId job, JobId stage);
+  bool MoveStage(JobId job, JobId stage, bool up);
+  bool SetFirstStage(JobId job, JobId stage);
+  bool SetStageStatus(JobId job, JobId stage, int status);
   // Changes fields of one stage, other than status and abort, while the mutex is held; false when
   // `change` says so.
-  bool ChangeStage(int index, int stage, const std::function<bool(JobFile&)>& change);
+  bool ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change);
 
   int JobCount() const;
-  std::shared_ptr<JobFile> GetJob(int index) const;  // null out of range
-  std::shared_ptr<JobFile> GetStage(int index, int stage) const;
-  // The first job with status Waiting or Running, -1 when there is none.
-  int ActiveJob() const;
+  std::vector<JobId> JobIds() const;  // in order
+  // The first job with status Waiting or Running.
+  JobId ActiveJob() const;
 
   // Calls `read` with the job while the mutex is held: no waiting, no calls back into the group.
-  bool ReadJob(int index, const std::function<void(const JobFile&)>& read) const;
+  bool ReadJob(JobId job, const std::function<void(const JobFile&)>& read) const;
+  bool ReadStage(JobId job, JobId stage, const std::function<void(const JobFile&)>& read) const;
+  // The same for the active job.
+  bool ReadActiveJob(const std::function<void(const JobFile&)>& read) const;
   // The same for all jobs in order.
-  void ReadJobs(const std::function<void(int index, const JobFile&)>& read) const;
+  void ReadJobs(const std::function<void(const JobFile&)>& read) const;
+
+  // Null when it is not there. The program reads jobs as above: what these give is not guarded.
+  std::shared_ptr<JobFile> GetJob(JobId job) const;
+  std::shared_ptr<JobFile> GetStage(JobId job, JobId stage) const;
 
  private:
   // Holds the job lists of all groups, within this process also where the mutex cannot be had.
@@ -119,18 +127,17 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   int RunJob(JobFile& job);
   int RunThroughDriver(JobFile& job, const JobRunContext& context);
   int RunThroughStages(JobFile& job, const JobRunContext& context);
-  void ShowStageStatus(JobFile& job, int stage, int status);
+  void ShowStageStatus(const JobFile& job, JobFile& stage, int status);
   void EndRun(const std::shared_ptr<JobFile>& job, int status);
 
   // With the list locked.
-  int IndexOf(const JobFile* job) const;
-  int FirstActive() const;
-  bool InRange(int index) const;
-  JobFile& At(int index) const;
-  void SetStatus(int index, int status);
+  JobFile* Find(JobId job) const;  // null when it is not there
+  std::size_t PlaceOf(const JobFile& job) const;
+  JobFile* FirstActive() const;
+  void SetStatus(JobFile& job, int status);
 
-  bool ChangeStages(int index, const std::function<bool(JobFile&)>& change);
-  bool ChangeJob(int index, const std::function<bool(JobFile&)>& change);
+  bool ChangeStages(JobId job, const std::function<bool(JobFile&)>& change);
+  bool ChangeJob(JobId job, const std::function<bool(JobFile&)>& change);
   bool TakeMutex() const;
   void RecordMutexError(const std::string& message) const;
   void RecordError(const std::string& message);
@@ -146,6 +153,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   std::atomic<bool> running_{false};
   std::atomic<bool> stop_{false};
   std::vector<std::shared_ptr<JobFile>> jobs_;
+  std::unordered_map<JobId, JobFile*> byId_;  // the same jobs
   std::string name_ = "NewGroup";
   std::string text_;
 };

@@ -31,11 +31,11 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
     observer_ = observer;
   }
 
-  void JobStatusChanged(int groupId, int jobIndex, int status) override {
-    Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, jobIndex, status); });
+  void JobStatusChanged(int groupId, JobId job, int status) override {
+    Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, job, status); });
   }
-  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override {
-    Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, jobIndex, stage, status); });
+  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override {
+    Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, job, stage, status); });
   }
   void JobsChanged(int groupId) override {
     Tell([&](QueueObserver& o) { o.JobsChanged(groupId); });
@@ -173,7 +173,7 @@ std::shared_ptr<JobGroup> JobGroupManager::CurrentGroup() const {
 bool JobGroupManager::IsAnyJobActive() const {
   const auto groups = Groups();
   return std::any_of(groups.begin(), groups.end(),
-                     [](const auto& group) { return group->ActiveJob() >= 0; });
+                     [](const auto& group) { return group->ActiveJob() != JobId::kNone; });
 }
 
 bool JobGroupManager::IsAnyGroupRunning() const {

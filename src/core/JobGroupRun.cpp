@@ -86,9 +86,9 @@ std::shared_ptr<JobFile> JobGroup::TakeNextJob(int& pause) {
     JobFile& job = *jobs_[i];
     if (job.status != JobStatus::kQueued) continue;
     pause = job.pause;
-    SetStatus(static_cast<int>(i), JobStatus::kWaiting);
+    SetStatus(job, JobStatus::kWaiting);
     if (!stop_) return jobs_[i];
-    SetStatus(static_cast<int>(i), JobStatus::kAborted);
+    SetStatus(job, JobStatus::kAborted);
   }
   running_ = false;
   return nullptr;
@@ -108,11 +108,10 @@ void JobGroup::WaitOutPause(const JobFile& job, int seconds) const {
 // False when the job is not to run: it was removed during the pause, or the group stopped.
 bool JobGroup::BeginRun(const std::shared_ptr<JobFile>& job) {
   const ListLock lock(*this);
-  const int index = IndexOf(job.get());
-  if (index < 0) return false;
-  SetStatus(index, JobStatus::kRunning);
+  if (Find(job->id) == nullptr) return false;
+  SetStatus(*job, JobStatus::kRunning);
   if (!stop_ && !job->abort) return true;
-  SetStatus(index, JobStatus::kAborted);
+  SetStatus(*job, JobStatus::kAborted);
   return false;
 }
 
@@ -153,6 +152,5 @@ int JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
 // Nothing is written for a job that was removed meanwhile.
 void JobGroup::EndRun(const std::shared_ptr<JobFile>& job, int status) {
   const ListLock lock(*this);
-  const int index = IndexOf(job.get());
-  if (index >= 0) SetStatus(index, status);
+  if (Find(job->id) != nullptr) SetStatus(*job, status);
 }

@@ -7,12 +7,11 @@
 
 namespace {
 
-bool IsStageOf(const JobFile& job, int stage) {
-  return stage >= 0 && static_cast<std::size_t>(stage) < job.stages.size();
-}
+using StageList = std::vector<std::shared_ptr<JobFile>>;
 
-std::shared_ptr<JobFile>& StageAt(JobFile& job, int stage) {
-  return job.stages[static_cast<std::size_t>(stage)];
+StageList::const_iterator StagePlace(const StageList& stages, JobId stage) {
+  return std::find_if(stages.begin(), stages.end(),
+                      [stage](const auto& entry) { return entry->id == stage; });
 }
 
 // Lets `change` rearrange the stages and finds the first one to run again. Where no stage was to be
@@ -20,10 +19,10 @@ std::shared_ptr<JobFile>& StageAt(JobFile& job, int stage) {
 template <typename Change>
 void KeepFirstStage(JobFile& job, Change change) {
   if (job.firstStage == 0) return change();
-  const std::shared_ptr<JobFile> first =
-      IsStageOf(job, job.firstStage) ? StageAt(job, job.firstStage) : nullptr;
+  const auto before = static_cast<std::size_t>(job.firstStage);
+  const JobId first = before < job.stages.size() ? job.stages[before]->id : JobId::kNone;
   change();
-  const auto found = std::find(job.stages.begin(), job.stages.end(), first);
+  const auto found = StagePlace(job.stages, first);
   const auto last = static_cast<int>(job.stages.size()) - 1;
   job.firstStage = found != job.stages.end() ? static_cast<int>(found - job.stages.begin())
                                              : std::clamp(job.firstStage, 0, std::max(last, 0));
@@ -31,81 +30,103 @@ void KeepFirstStage(JobFile& job, Change change) {
 
 }  // namespace
 
-bool JobGroup::ChangeStages(int index, const std::function<bool(JobFile&)>& change) {
-  return ChangeJob(index,
-                   [&](JobFile& job) { return job.status == JobStatus::kQueued && change(job); });
-}
-
-int JobGroup::AddStage(int index, std::shared_ptr<JobFile> stage) {
-  int added = -1;
-  ChangeStages(index, [&](JobFile& job) {
-    if (!stage || stage.get() == &job || dynamic_cast<JobFileDyna*>(&job) == nullptr) return false;
-    added = static_cast<int>(job.stages.size());
-    KeepFirstStage(job, [&] { job.stages.push_back(std::move(stage)); });
-    return true;
-  });
-  return added;
-}
-
-bool JobGroup::RemoveStage(int index, int stage) {
-  std::shared_ptr<JobFile> removed;  // freed without the lock
-  return ChangeStages(index, [&](JobFile& job) {
-    if (!IsStageOf(job, stage)) return false;
-    removed = StageAt(job, stage);
-    KeepFirstStage(job, [&] { job.stages.erase(job.stages.begin() + stage); });
-    return true;
-  });
-}
-
-bool JobGroup::MoveStage(int index, int stage, bool up) {
-  const int other = up ? stage - 1 : stage + 1;
-  return ChangeStages(index, [&](JobFile& job) {
-    if (!IsStageOf(job, stage) || !IsStageOf(job, other)) return false;
-    KeepFirstStage(job, [&] { std::swap(StageAt(job, stage), StageAt(job, other)); });
-    return true;
-  });
-}
-
-bool JobGroup::SetFirstStage(int index, int stage) {
-  return ChangeJob(index, [stage](JobFile& job) {
-    if (!IsStageOf(job, stage)) return false;
-    job.firstStage = stage;
-    return true;
-  });
-}
-
-bool JobGroup::ChangeStage(int index, int stage, const std::function<bool(JobFile&)>& change) {
+bool JobGroup::ChangeStages(JobId job, const std::function<bool(JobFile&)>& change) {
   return ChangeJob(
-      index, [&](JobFile& job) { return IsStageOf(job, stage) && change(*StageAt(job, stage)); });
+      job, [&](JobFile& found) { return found.status == JobStatus::kQueued && change(found); });
 }
 
-bool JobGroup::SetStageStatus(int index, int stage, int status) {
+bool JobGroup::AddStage(JobId job, std::shared_ptr<JobFile> stage) {
+  return ChangeStages(job, [&](JobFile& found) {
+    if (!stage || stage->id == job || dynamic_cast<JobFileDyna*>(&found) == nullptr) return false;
+    if (StagePlace(found.stages, stage->id) != found.stages.end()) return false;
+    KeepFirstStage(found, [&] { found.stages.push_back(std::move(stage)); });
+    return true;
+  });
+}
+
+bool JobGroup::RemoveStage(JobId job, JobId stage) {
+  std::shared_ptr<JobFile> removed;  // freed without the lock
+  return ChangeStages(job, [&](JobFile& found) {
+    const auto place = StagePlace(found.stages, stage);
+    if (place == found.stages.end()) return false;
+    removed = *place;
+    KeepFirstStage(found, [&] { found.stages.erase(place); });
+    return true;
+  });
+}
+
+bool JobGroup::MoveStage(JobId job, JobId stage, bool up) {
+  return ChangeStages(job, [&](JobFile& found) {
+    const auto place = StagePlace(found.stages, stage);
+    if (place == found.stages.end()) return false;
+    const auto index = static_cast<std::size_t>(place - found.stages.begin());
+    if (up ? index == 0 : index + 1 == found.stages.size()) return false;
+    KeepFirstStage(
+        found, [&] { std::swap(found.stages[index], found.stages[up ? index - 1 : index + 1]); });
+    return true;
+  });
+}
+
+bool JobGroup::SetFirstStage(JobId job, JobId stage) {
+  return ChangeJob(job, [stage](JobFile& found) {
+    const auto place = StagePlace(found.stages, stage);
+    if (place == found.stages.end()) return false;
+    found.firstStage = static_cast<int>(place - found.stages.begin());
+    return true;
+  });
+}
+
+bool JobGroup::ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change) {
+  return ChangeJob(job, [&](JobFile& found) {
+    const auto place = StagePlace(found.stages, stage);
+    return place != found.stages.end() && change(**place);
+  });
+}
+
+bool JobGroup::SetStageStatus(JobId job, JobId stage, int status) {
   const ListLock lock(*this);
+  const JobFile* const found = Find(job);
   std::string word;
-  if (!InRange(index) || !IsStageOf(At(index), stage) || !JobStatusWord(status, word)) return false;
-  if (At(index).status == JobStatus::kRunning) return false;
-  ShowStageStatus(At(index), stage, status);
+  if (found == nullptr || !JobStatusWord(status, word)) return false;
+  if (found->status == JobStatus::kRunning) return false;
+  const auto place = StagePlace(found->stages, stage);
+  if (place == found->stages.end()) return false;
+  ShowStageStatus(*found, **place, status);
   return true;
 }
 
-std::shared_ptr<JobFile> JobGroup::GetStage(int index, int stage) const {
+std::shared_ptr<JobFile> JobGroup::GetStage(JobId job, JobId stage) const {
   const ListLock lock(*this);
-  return InRange(index) && IsStageOf(At(index), stage) ? StageAt(At(index), stage) : nullptr;
+  const JobFile* const found = Find(job);
+  if (found == nullptr) return nullptr;
+  const auto place = StagePlace(found->stages, stage);
+  return place == found->stages.end() ? nullptr : *place;
+}
+
+bool JobGroup::ReadStage(JobId job, JobId stage,
+                         const std::function<void(const JobFile&)>& read) const {
+  bool found = false;
+  ReadJob(job, [&](const JobFile& owner) {
+    const auto place = StagePlace(owner.stages, stage);
+    found = place != owner.stages.end();
+    if (found) read(**place);
+  });
+  return found;
 }
 
 // Nobody is told of a job that was removed meanwhile.
-void JobGroup::ShowStageStatus(JobFile& job, int stage, int status) {
+void JobGroup::ShowStageStatus(const JobFile& job, JobFile& stage, int status) {
   const ListLock lock(*this);
-  StageAt(job, stage)->status = status;
-  const int index = IndexOf(&job);
-  if (index >= 0) manager_.Observer().StageStatusChanged(id_, index, stage, status);
+  stage.status = status;
+  if (Find(job.id) != nullptr)
+    manager_.Observer().StageStatusChanged(id_, job.id, stage.id, status);
 }
 
 int JobGroup::RunThroughStages(JobFile& job, const JobRunContext& context) {
   StageRunHooks hooks;
   hooks.solverFor = [this](int type) { return manager_.SolverFor(type); };
   hooks.setStageStatus = [this, &job](std::size_t stage, int status) {
-    ShowStageStatus(job, static_cast<int>(stage), status);
+    ShowStageStatus(job, *job.stages[stage], status);
   };
   hooks.autoPosition = &manager_.autoPosition;
   return RunStages(job, context, manager_.positioning_, hooks);

@@ -134,7 +134,7 @@ bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
 }
 
 void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
-  if (request.stageOf) return MakeAndAddStage(request, burst);
+  if (request.stageOf != JobId::kNone) return MakeAndAddStage(request, burst);
   const std::shared_ptr<JobFile> job = MakeJob(request, burst);
   if (!job) return;
   if (const auto group = GroupFor(request)) {
@@ -268,19 +268,14 @@ void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
   const Settings settings = manager_.Settings().Snapshot();
   const std::string deck = FileDirWrapper::AbsolutePath(request.jobFile);
   const auto group = GroupFor(request);
-  const auto withJob = [&](const std::function<void(int, const JobFileDyna&)>& act) {
-    if (!group) return;
-    group->ReadJobs([&](int index, const JobFile& job) {
-      if (&job != request.stageOf.get()) return;
-      if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) act(index, *dyna);
-    });
-  };
   std::shared_ptr<JobFileDyna> stage;
-  withJob([&](int, const JobFileDyna& job) { stage = NewStage(job, deck, settings); });
+  const auto read = [&](const JobFile& job) {
+    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job))
+      stage = NewStage(*dyna, deck, settings);
+  };
+  if (group) group->ReadJob(request.stageOf, read);
   if (stage && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
-  int jobIndex = -1;
-  withJob([&](int index, const JobFileDyna&) { jobIndex = index; });
-  if (stage && group->AddStage(jobIndex, stage) >= 0) return;
+  if (stage && group->AddStage(request.stageOf, stage)) return;
   manager_.Settings().Log().Report("Add stage [%s] failed: its job is not Queued any more",
                                    OrNull(deck));
 }

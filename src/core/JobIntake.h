@@ -26,7 +26,7 @@ struct JobRequest {
   std::string jobFile;      // the deck when there is no inputFile
   int groupId = 0;          // 0: the group that is current when the request is added
   // The deck becomes the last stage of this job instead of a job of its own.
-  std::shared_ptr<JobFile> stageOf;
+  JobId stageOf = JobId::kNone;
 };
 
 // The solver type that a job file's ending asks for; LS-DYNA's when it says nothing.

@@ -4,15 +4,17 @@
 
 #include <string>
 
+#include "jobs/JobId.h"
+
 // Calls come from any thread, some while the job mutex is held: note what changed and return.
 // Groups are named by JobGroup::Id(), which no other group of this process ever had.
 class QueueObserver {
  public:
   virtual ~QueueObserver() = default;
 
-  virtual void JobStatusChanged(int groupId, int jobIndex, int status) = 0;
-  // A stage of a multi-stage job has a new status. `jobIndex` is the job's place in its group.
-  virtual void StageStatusChanged(int groupId, int jobIndex, int stage, int status) = 0;
+  virtual void JobStatusChanged(int groupId, JobId job, int status) = 0;
+  // A stage of a multi-stage job has a new status.
+  virtual void StageStatusChanged(int groupId, JobId job, JobId stage, int status) = 0;
   // Jobs were added to, removed from or moved in the group, or fields of them changed.
   virtual void JobsChanged(int groupId) = 0;
   // A group's thread has begun or ended.

@@ -21,18 +21,17 @@ const JobFile& Runner(const JobFile& job) {
 SenseSwitch AskSolverToStop(JobGroupManager& manager) {
   AppLog& log = manager.Settings().Log();
   const std::shared_ptr<JobGroup> group = manager.CurrentGroup();
-  const int active = group ? group->ActiveJob() : -1;
-  if (active < 0) {
-    log.ReportLine("Not find running job, stop running job failed");
-    return SenseSwitch::kNoJob;
-  }
   std::string jobFile;
   std::string folder;
-  group->ReadJob(active, [&](const JobFile& job) {
+  const auto read = [&](const JobFile& job) {
     const JobFile& runner = Runner(job);
     jobFile = runner.jobFile;
     folder = runner.Folder();
-  });
+  };
+  if (!group || !group->ReadActiveJob(read)) {
+    log.ReportLine("Not find running job, stop running job failed");
+    return SenseSwitch::kNoJob;
+  }
   if (jobFile.empty()) {
     log.ReportLine("Job data error or job file is empty");
     return SenseSwitch::kBadJob;

@@ -6,6 +6,11 @@
 
 namespace {
 
+JobId NewId() {
+  static std::atomic<std::uint64_t> last{0};
+  return static_cast<JobId>(++last);
+}
+
 std::string MakeIdentifier() {
   std::tm now{};
   std::string time;
@@ -29,7 +34,7 @@ bool JobStatusWord(int status, std::string& word) {
 }
 
 JobFile::JobFile(const Settings& settings)
-    : identifier(MakeIdentifier()), pause(settings.pause_time) {}
+    : id(NewId()), identifier(MakeIdentifier()), pause(settings.pause_time) {}
 
 JobFile::~JobFile() = default;
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "jobs/JobId.h"
 #include "jobs/Settings.h"
 #include "util/process/PTWrapper.h"
 
@@ -50,6 +51,8 @@ class JobFile {
 
   // The arguments behind the solver's name. Needs `run`. False when there is no such command line.
   virtual bool BuildArguments(std::string& arguments) const = 0;
+
+  const JobId id;
 
   std::atomic<bool> abort{false};  // set by Stop, polled by the driver once a second
   std::string identifier;          // host address and time of creation; digits and "_" for IPv4

@@ -36,13 +36,14 @@ inline bool WaitUntil(const std::function<bool()>& condition,
 // Writes down what the core tells. Any thread.
 class RecordingObserver : public QueueObserver {
  public:
-  void JobStatusChanged(int groupId, int jobIndex, int status) override {
-    Note("status " + std::to_string(groupId) + " " + std::to_string(jobIndex) + " " +
-         std::to_string(status));
+  static std::string Text(JobId id) { return std::to_string(static_cast<std::uint64_t>(id)); }
+
+  void JobStatusChanged(int groupId, JobId job, int status) override {
+    Note("status " + std::to_string(groupId) + " " + Text(job) + " " + std::to_string(status));
   }
-  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override {
-    Note("stage " + std::to_string(groupId) + " " + std::to_string(jobIndex) + " " +
-         std::to_string(stage) + " " + std::to_string(status));
+  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override {
+    Note("stage " + std::to_string(groupId) + " " + Text(job) + " " + Text(stage) + " " +
+         std::to_string(status));
   }
   void JobsChanged(int groupId) override { Note("jobs " + std::to_string(groupId)); }
   void GroupRunChanged(int groupId) override { Note("run " + std::to_string(groupId)); }

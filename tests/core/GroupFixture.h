@@ -28,6 +28,14 @@ class GroupTest : public CoreTest {
 
   std::shared_ptr<JobGroup> Group(int index = 0) const { return manager_->GroupAt(index); }
 
+  // The job in this place of a group's list; kNone when there is none.
+  JobId Id(int index, int group = 0) const { return IdIn(*Group(group), index); }
+  static JobId IdIn(const JobGroup& group, int index) {
+    const std::vector<JobId> ids = group.JobIds();
+    const auto place = static_cast<std::size_t>(index);
+    return place < ids.size() ? ids[place] : JobId::kNone;
+  }
+
   // A job in a folder of its own, since the solver writes there. The commands are for the stand-in.
   std::shared_ptr<JobFileDyna> Job(const std::string& name, const std::string& command = {}) {
     std::filesystem::create_directories(home_ / name);
@@ -38,7 +46,7 @@ class GroupTest : public CoreTest {
 
   int Status(const JobGroup& group, int index) const {
     int status = -1;
-    group.ReadJob(index, [&](const JobFile& job) { status = job.status; });
+    group.ReadJob(IdIn(group, index), [&](const JobFile& job) { status = job.status; });
     return status;
   }
 

@@ -26,9 +26,8 @@ class ApplicationTest : public CoreTest {
     EXPECT_TRUE(application_->Tick());
     application_->Intake().Drain();
     std::vector<std::string> files;
-    application_->Manager().CurrentGroup()->ReadJobs([&](int, const JobFile& job) {
-      files.push_back(FileDirWrapper::AbsolutePath(job.jobFile));
-    });
+    application_->Manager().CurrentGroup()->ReadJobs(
+        [&](const JobFile& job) { files.push_back(FileDirWrapper::AbsolutePath(job.jobFile)); });
     return files;
   }
 

@@ -12,13 +12,13 @@ class GroupList : public GroupTest {
       job->status = status;
       job->extraOptions = std::to_string(jobs_.size());
       jobs_.push_back(job);
-      EXPECT_EQ(Group()->AddJob(job), static_cast<int>(jobs_.size()) - 1);
+      EXPECT_TRUE(Group()->AddJob(job));
     }
   }
 
   std::string Order() const {
     std::string order;
-    Group()->ReadJobs([&](int, const JobFile& job) { order += job.extraOptions; });
+    Group()->ReadJobs([&](const JobFile& job) { order += job.extraOptions; });
     return order;
   }
 
@@ -28,42 +28,43 @@ class GroupList : public GroupTest {
 TEST_F(GroupList, MovesQueuedJobsOnly) {
   Fill({JobStatus::kFinished, JobStatus::kQueued, JobStatus::kQueued, JobStatus::kAborted});
   JobGroup& group = *Group();
-  EXPECT_FALSE(group.MoveJob(1, true));  // past one that ran
-  EXPECT_TRUE(group.MoveJob(2, true));
+  EXPECT_FALSE(group.MoveJob(Id(1), true));  // past one that ran
+  EXPECT_TRUE(group.MoveJob(Id(2), true));
   EXPECT_EQ(Order(), "0213");
-  EXPECT_TRUE(group.MoveJob(2, false));  // down past any
+  EXPECT_TRUE(group.MoveJob(Id(2), false));  // down past any
   EXPECT_EQ(Order(), "0231");
-  EXPECT_FALSE(group.MoveJob(3, false));  // the last
-  EXPECT_FALSE(group.MoveJob(0, false));  // has run
-  EXPECT_FALSE(group.MoveJob(0, true));
-  EXPECT_FALSE(group.MoveJob(-1, false));
-  EXPECT_FALSE(group.MoveJob(4, true));
+  EXPECT_FALSE(group.MoveJob(Id(3), false));  // the last
+  EXPECT_FALSE(group.MoveJob(Id(0), false));  // has run
+  EXPECT_FALSE(group.MoveJob(Id(0), true));
+  EXPECT_FALSE(group.MoveJob(JobId::kNone, false));
   EXPECT_EQ(Order(), "0231");
 }
 
-TEST_F(GroupList, RefusesIndicesOutOfRangeAndRunningJobs) {
+TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
   Fill({JobStatus::kRunning, JobStatus::kWaiting});
   JobGroup& group = *Group();
-  for (const int index : {-1, 0, 2}) {
-    EXPECT_FALSE(group.SetMemory(index, 5)) << index;
-    EXPECT_FALSE(group.SetCpuCount(index, 5)) << index;
-    EXPECT_FALSE(group.SetPause(index, 5)) << index;
-    EXPECT_FALSE(group.SetPrecision(index, 1)) << index;
-    EXPECT_FALSE(group.SetUseSFile(index, true)) << index;
-    EXPECT_FALSE(group.SetDump(index, false)) << index;
-    EXPECT_FALSE(group.SetRestartFile(index, "r")) << index;
-    EXPECT_FALSE(group.SetExtraOptions(index, "x")) << index;
-    EXPECT_FALSE(group.SetJobStatus(index, JobStatus::kQueued)) << index;
-    EXPECT_FALSE(group.Resubmit(index)) << index;
+  const auto gone = std::make_shared<JobFileDyna>(files_.Get());
+  for (const JobId job : {JobId::kNone, jobs_[0]->id, gone->id}) {
+    EXPECT_FALSE(group.SetMemory(job, 5));
+    EXPECT_FALSE(group.SetCpuCount(job, 5));
+    EXPECT_FALSE(group.SetPause(job, 5));
+    EXPECT_FALSE(group.SetPrecision(job, 1));
+    EXPECT_FALSE(group.SetUseSFile(job, true));
+    EXPECT_FALSE(group.SetDump(job, false));
+    EXPECT_FALSE(group.SetRestartFile(job, "r"));
+    EXPECT_FALSE(group.SetExtraOptions(job, "x"));
+    EXPECT_FALSE(group.SetJobStatus(job, JobStatus::kQueued));
+    EXPECT_FALSE(group.Resubmit(job));
   }
-  EXPECT_FALSE(group.RemoveJob(2));
-  EXPECT_FALSE(group.GetJob(2));
-  EXPECT_EQ(group.AddJob(nullptr), -1);
-  EXPECT_EQ(group.ActiveJob(), 0);
-  EXPECT_TRUE(group.SetMemory(1, 5));
-  EXPECT_TRUE(group.SetDump(1, false));
-  EXPECT_FALSE(group.SetPrecision(1, Settings::kVorel));
-  EXPECT_FALSE(group.SetJobStatus(1, 5));
+  EXPECT_FALSE(group.RemoveJob(gone->id));
+  EXPECT_FALSE(group.GetJob(gone->id));
+  EXPECT_FALSE(group.AddJob(nullptr));
+  EXPECT_FALSE(group.AddJob(jobs_[0])) << "twice";
+  EXPECT_EQ(group.ActiveJob(), Id(0));
+  EXPECT_TRUE(group.SetMemory(Id(1), 5));
+  EXPECT_TRUE(group.SetDump(Id(1), false));
+  EXPECT_FALSE(group.SetPrecision(Id(1), Settings::kVorel));
+  EXPECT_FALSE(group.SetJobStatus(Id(1), 5));
   EXPECT_EQ(jobs_[1]->memory, 5u);
   EXPECT_FALSE(jobs_[1]->dump);
 }
@@ -73,14 +74,16 @@ TEST_F(GroupList, ResubmitMakesAJobNew) {
   jobs_[0]->abort = true;
   jobs_[0]->SetMessageFile("/old/messag.krb");
   jobs_[0]->SetRunError(2, "bad");
-  EXPECT_TRUE(Group()->Resubmit(0));
-  EXPECT_FALSE(Group()->Resubmit(1));
-  EXPECT_TRUE(Group()->Resubmit(2));
+  EXPECT_TRUE(Group()->Resubmit(Id(0)));
+  EXPECT_FALSE(Group()->Resubmit(Id(1)));
+  EXPECT_TRUE(Group()->Resubmit(Id(2)));
   EXPECT_EQ(jobs_[0]->status, JobStatus::kQueued);
   EXPECT_FALSE(jobs_[0]->abort);
   EXPECT_EQ(jobs_[0]->MessageFile(), "");
   EXPECT_EQ(jobs_[0]->RunErrorCode(), 0);
-  EXPECT_EQ(seen_.Count("status " + std::to_string(Group()->Id()) + " 0 0"), 1);
+  EXPECT_EQ(seen_.Count("status " + std::to_string(Group()->Id()) + " " +
+                        RecordingObserver::Text(jobs_[0]->id) + " 0"),
+            1);
 }
 
 TEST_F(GroupList, TheCurrentGroupFollowsRemovals) {

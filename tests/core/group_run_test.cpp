@@ -10,8 +10,8 @@ using Clock = std::chrono::steady_clock;
 class GroupRun : public GroupTest {
  protected:
   std::string StatusNote(int index, int status, int group = 0) const {
-    return "status " + std::to_string(Group(group)->Id()) + " " + std::to_string(index) + " " +
-           std::to_string(status);
+    return "status " + std::to_string(Group(group)->Id()) + " " +
+           RecordingObserver::Text(Id(index, group)) + " " + std::to_string(status);
   }
 
   std::vector<std::string> StatusNotes() const {
@@ -46,10 +46,10 @@ TEST_F(GroupRun, TakesTheJobsInOrderAndJudgesEach) {
                                       StatusNote(1, 1), StatusNote(1, 2), StatusNote(1, 4),
                                       StatusNote(2, 1), StatusNote(2, 2), StatusNote(2, 4)}));
   EXPECT_NE(manager_->runErrorCode, 0);
-  EXPECT_EQ(Group()->GetJob(0)->process.ExitCode(), -1);  // thousands of them may have ended
+  EXPECT_EQ(Group()->GetJob(Id(0))->process.ExitCode(), -1);  // thousands of them may have ended
   EXPECT_TRUE(WaitUntil([&] { return seen_.Count("run " + std::to_string(Group()->Id())) == 2; }));
 
-  ASSERT_TRUE(Group()->Resubmit(0));
+  ASSERT_TRUE(Group()->Resubmit(Id(0)));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
@@ -91,7 +91,7 @@ TEST_F(GroupRun, StopInThePauseAbortsWithoutASolver) {
   EXPECT_FALSE(manager_->IsAnyJobActive());
 
   job->pause = 0;
-  ASSERT_TRUE(Group()->Resubmit(0));
+  ASSERT_TRUE(Group()->Resubmit(Id(0)));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
@@ -122,7 +122,7 @@ TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {
   Group()->AddJob(Job("next"));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
-  ASSERT_TRUE(Group()->RemoveJob(0));
+  ASSERT_TRUE(Group()->RemoveJob(Id(0)));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_FALSE(std::filesystem::exists(removed->Folder() + "/messag"));
@@ -134,7 +134,7 @@ TEST_F(GroupRun, ARemovedRunningJobLosesItsSolverAndTheNextGoesOn) {
   Group()->AddJob(Job("next"));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForSolver(*removed));
-  ASSERT_TRUE(Group()->RemoveJob(0));
+  ASSERT_TRUE(Group()->RemoveJob(Id(0)));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_FALSE(removed->process.IsActive());
@@ -148,9 +148,9 @@ TEST_F(GroupRun, FollowsItsJobThroughReordering) {
   Group()->AddJob(Job("third"));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kRunning));
-  EXPECT_TRUE(Group()->MoveJob(2, true));
-  EXPECT_FALSE(Group()->MoveJob(1, true));
-  ASSERT_TRUE(Group()->RemoveJob(2));
+  EXPECT_TRUE(Group()->MoveJob(Id(2), true));
+  EXPECT_FALSE(Group()->MoveJob(Id(1), true));
+  ASSERT_TRUE(Group()->RemoveJob(Id(2)));
   Group()->AddJob(Job("late"));
   ASSERT_TRUE(WaitForEnd(*Group()));
   ASSERT_EQ(Group()->JobCount(), 3);
@@ -167,7 +167,9 @@ TEST_F(GroupRun, GroupsRunAtTheSameTimeEachInItsOwnFolder) {
   }
   ASSERT_TRUE(Group(0)->Submit());
   ASSERT_TRUE(Group(1)->Submit());
-  EXPECT_TRUE(WaitUntil([&] { return Group(0)->ActiveJob() >= 0 && Group(1)->ActiveJob() >= 0; }));
+  EXPECT_TRUE(WaitUntil([&] {
+    return Group(0)->ActiveJob() != JobId::kNone && Group(1)->ActiveJob() != JobId::kNone;
+  }));
   ASSERT_TRUE(WaitUntil([&] { return !manager_->IsAnyGroupRunning(); }));
   for (const auto& job : jobs) {
     EXPECT_EQ(job->status, JobStatus::kFinished);
@@ -210,13 +212,13 @@ TEST_F(GroupRun, ThreadsThatAllChangeOneGroupDoNotCollide) {
   });
   std::thread mover([&] {
     for (int i = 0; !end; i = (i + 1) % 8) {
-      Group()->MoveJob(i, i % 2 == 0);
-      Group()->SetMemory(i, 100);
-      if (i == 7) Group()->RemoveJob(3);
+      Group()->MoveJob(Id(i), i % 2 == 0);
+      Group()->SetMemory(Id(i), 100);
+      if (i == 7) Group()->RemoveJob(Id(3));
     }
   });
   while (!end) {
-    Group()->ReadJobs([](int, const JobFile& job) { EXPECT_LE(job.status, 4); });
+    Group()->ReadJobs([](const JobFile& job) { EXPECT_LE(job.status, 4); });
     manager_->IsAnyJobActive();
     manager_->SetObserver(nullptr);
     manager_->SetObserver(&seen_);
@@ -225,7 +227,7 @@ TEST_F(GroupRun, ThreadsThatAllChangeOneGroupDoNotCollide) {
   mover.join();
   Group()->Submit();
   ASSERT_TRUE(WaitForEnd(*Group()));
-  Group()->ReadJobs([](int, const JobFile& job) { EXPECT_EQ(job.status, JobStatus::kAborted); });
+  Group()->ReadJobs([](const JobFile& job) { EXPECT_EQ(job.status, JobStatus::kAborted); });
 }
 
 }  // namespace

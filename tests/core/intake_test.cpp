@@ -15,7 +15,7 @@ class Intake : public GroupTest {
     if (change) change(request);
     intake_.Add(request);
     intake_.Drain();
-    return std::dynamic_pointer_cast<Kind>(Group()->GetJob(Group()->JobCount() - 1));
+    return std::dynamic_pointer_cast<Kind>(Group()->GetJob(Id(Group()->JobCount() - 1)));
   }
 
   JobIntake intake_{*manager_};
@@ -84,7 +84,7 @@ TEST_F(Intake, KeepsTheOrderAndTellsHowFarItIs) {
   }
   intake_.Drain();
   std::vector<std::string> added;
-  Group()->ReadJobs([&](int, const JobFile& job) { added.push_back(job.jobFile); });
+  Group()->ReadJobs([&](const JobFile& job) { added.push_back(job.jobFile); });
   EXPECT_EQ(added, decks);
   EXPECT_FALSE(intake_.Busy());
   const std::vector<std::string> notes = seen_.Notes();
@@ -106,6 +106,29 @@ TEST_F(Intake, CancelGivesUpWhatIsNotAJobYet) {
   const int before = Group()->JobCount();
   EXPECT_TRUE(Make<JobFileDyna>(Deck("after.k")));
   EXPECT_EQ(Group()->JobCount(), before + 1);
+}
+
+// Its job may move at any moment.
+TEST_F(Intake, AStageJoinsItsJobWhereverThatMoves) {
+  const std::string deck = Deck("stage.k");
+  const auto job = Make<JobFileDyna>(Deck("main.k"));
+  const auto other = Make<JobFileDyna>(Deck("other.k"));
+  std::atomic<bool> end{false};
+  std::vector<std::thread> movers(4);
+  for (std::thread& mover : movers) {
+    mover = std::thread([&] {
+      while (!end) Group()->MoveJob(Id(0), false);
+    });
+  }
+  JobRequest request = MakeJobRequest(files_.Get());
+  request.jobFile = deck;
+  request.stageOf = job->id;
+  for (int i = 0; i < 800; ++i) intake_.Add(request);
+  intake_.Drain();
+  end = true;
+  for (std::thread& mover : movers) mover.join();
+  EXPECT_EQ(job->stages.size(), 800u);
+  EXPECT_TRUE(other->stages.empty()) << other->stages.size();
 }
 
 }  // namespace

@@ -16,18 +16,24 @@ class Stages : public GroupTest {
     return job;
   }
 
-  std::vector<std::string> StageNotes() const {
+  // Place and status of each change that was told of the job's stages.
+  std::vector<std::string> StageNotes(const JobFile& job) const {
     std::vector<std::string> notes;
-    const std::string start = "stage " + std::to_string(Group()->Id()) + " 0 ";
     for (const std::string& note : seen_.Notes()) {
-      if (note.starts_with(start)) notes.push_back(note.substr(start.size()));
+      for (std::size_t stage = 0; stage < job.stages.size(); ++stage) {
+        const std::string start = "stage " + std::to_string(Group()->Id()) + " " +
+                                  RecordingObserver::Text(job.id) + " " +
+                                  RecordingObserver::Text(job.stages[stage]->id) + " ";
+        if (note.starts_with(start))
+          notes.push_back(std::to_string(stage) + " " + note.substr(start.size()));
+      }
     }
     return notes;
   }
 
   std::vector<int> Statuses() const {
     std::vector<int> statuses;
-    Group()->ReadJob(0, [&](const JobFile& job) {
+    Group()->ReadJob(Id(0), [&](const JobFile& job) {
       for (const auto& stage : job.stages) statuses.push_back(stage->status);
     });
     return statuses;
@@ -42,59 +48,63 @@ class Stages : public GroupTest {
     request.jobFile = deck;
     intake.Add(request);
     intake.Drain();
-    return std::dynamic_pointer_cast<JobFileDyna>(Group()->GetJob(Group()->JobCount() - 1));
+    return std::dynamic_pointer_cast<JobFileDyna>(Group()->GetJob(Id(Group()->JobCount() - 1)));
   }
 };
 
 TEST_F(Stages, AreChangedOnlyWhileTheJobIsQueued) {
   JobGroup& group = *Group();
-  group.AddJob(Job("a"));
+  const auto job = Job("a");
+  const JobId id = job->id;
+  group.AddJob(job);
+  const auto stage = [&](std::size_t place) { return job->stages.at(place)->id; };
   std::vector<std::shared_ptr<JobFileDyna>> stages;
   for (int i = 0; i < 3; ++i) {
     stages.push_back(std::make_shared<JobFileDyna>(files_.Get()));
-    EXPECT_EQ(group.AddStage(0, stages.back()), i);
+    EXPECT_TRUE(group.AddStage(id, stages.back()));
   }
-  EXPECT_TRUE(group.MoveStage(0, 1, true));  // 1 0 2: no stage becomes skipped
-  EXPECT_EQ(group.GetJob(0)->firstStage, 0);
-  EXPECT_TRUE(group.MoveStage(0, 1, true));  // 0 1 2
-  EXPECT_TRUE(group.SetFirstStage(0, 1));
-  EXPECT_FALSE(group.SetFirstStage(0, 3));
-  EXPECT_TRUE(group.MoveStage(0, 1, true));  // 1 0 2
-  EXPECT_EQ(group.GetJob(0)->firstStage, 0);
-  EXPECT_TRUE(group.MoveStage(0, 0, false));  // 0 1 2
-  EXPECT_FALSE(group.MoveStage(0, 2, false));
-  EXPECT_FALSE(group.MoveStage(0, 0, true));
-  EXPECT_TRUE(group.RemoveStage(0, 0));  // 1 2
-  EXPECT_EQ(group.GetJob(0)->firstStage, 0);
-  EXPECT_EQ(group.GetStage(0, 0), stages[1]);
-  EXPECT_FALSE(group.GetStage(0, 2));
-  EXPECT_TRUE(group.SetFirstStage(0, 1));
-  EXPECT_TRUE(group.RemoveStage(0, 1));  // the first one to run itself, and the last
-  EXPECT_EQ(group.GetJob(0)->firstStage, 0);
+  EXPECT_TRUE(group.MoveStage(id, stage(1), true));  // 1 0 2: no stage becomes skipped
+  EXPECT_EQ(job->firstStage, 0);
+  EXPECT_TRUE(group.MoveStage(id, stage(1), true));  // 0 1 2
+  EXPECT_TRUE(group.SetFirstStage(id, stage(1)));
+  EXPECT_FALSE(group.SetFirstStage(id, id));
+  EXPECT_TRUE(group.MoveStage(id, stage(1), true));  // 1 0 2
+  EXPECT_EQ(job->firstStage, 0);
+  EXPECT_TRUE(group.MoveStage(id, stage(0), false));  // 0 1 2
+  EXPECT_FALSE(group.MoveStage(id, stage(2), false));
+  EXPECT_FALSE(group.MoveStage(id, stage(0), true));
+  EXPECT_TRUE(group.RemoveStage(id, stage(0)));  // 1 2
+  EXPECT_EQ(job->firstStage, 0);
+  EXPECT_EQ(group.GetStage(id, stage(0)), stages[1]);
+  EXPECT_FALSE(group.GetStage(id, stages[0]->id));
+  EXPECT_TRUE(group.SetFirstStage(id, stage(1)));
+  EXPECT_TRUE(group.RemoveStage(id, stage(1)));  // the first one to run itself, and the last
+  EXPECT_EQ(job->firstStage, 0);
 
-  EXPECT_TRUE(group.SetMemory(0, 700));
-  EXPECT_TRUE(group.ChangeStage(0, 0, [](JobFile& stage) {
-    stage.ncpu = 3;
+  EXPECT_TRUE(group.SetMemory(id, 700));
+  EXPECT_TRUE(group.ChangeStage(id, stage(0), [](JobFile& found) {
+    found.ncpu = 3;
     return true;
   }));
   EXPECT_EQ(stages[1]->memory, 700u);
   EXPECT_EQ(stages[1]->ncpu, 3);
-  EXPECT_TRUE(group.SetStageStatus(0, 0, JobStatus::kFinished));
-  EXPECT_EQ(StageNotes(), std::vector<std::string>{"0 3"});
+  EXPECT_TRUE(group.SetStageStatus(id, stage(0), JobStatus::kFinished));
+  EXPECT_EQ(StageNotes(*job), std::vector<std::string>{"0 3"});
 
   for (const int status : {JobStatus::kWaiting, JobStatus::kRunning}) {
-    group.GetJob(0)->status = status;
-    EXPECT_EQ(group.AddStage(0, stages[0]), -1);
-    EXPECT_FALSE(group.RemoveStage(0, 0));
-    EXPECT_FALSE(group.MoveStage(0, 0, false));
+    job->status = status;
+    EXPECT_FALSE(group.AddStage(id, stages[0]));
+    EXPECT_FALSE(group.RemoveStage(id, stage(0)));
+    EXPECT_FALSE(group.MoveStage(id, stage(0), false));
   }
-  EXPECT_FALSE(group.SetFirstStage(0, 0));
-  EXPECT_FALSE(group.SetStageStatus(0, 0, JobStatus::kQueued));
-  EXPECT_FALSE(group.ChangeStage(0, 0, [](JobFile&) { return true; }));
-  group.GetJob(0)->status = JobStatus::kQueued;
-  EXPECT_EQ(group.AddStage(0, group.GetJob(0)), -1);
-  EXPECT_EQ(group.AddStage(0, nullptr), -1);
-  EXPECT_EQ(group.AddStage(1, stages[0]), -1);
+  EXPECT_FALSE(group.SetFirstStage(id, stage(0)));
+  EXPECT_FALSE(group.SetStageStatus(id, stage(0), JobStatus::kQueued));
+  EXPECT_FALSE(group.ChangeStage(id, stage(0), [](JobFile&) { return true; }));
+  job->status = JobStatus::kQueued;
+  EXPECT_FALSE(group.AddStage(id, job));
+  EXPECT_FALSE(group.AddStage(id, nullptr));
+  EXPECT_FALSE(group.AddStage(stages[2]->id, stages[0]));
+  EXPECT_FALSE(group.AddStage(id, stages[1])) << "twice";
 }
 
 TEST_F(Stages, StopEndsTheStageThatRunsAndResubmitGoesOnFromIt) {
@@ -102,15 +112,15 @@ TEST_F(Stages, StopEndsTheStageThatRunsAndResubmitGoesOnFromIt) {
   Group()->AddJob(job);
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return HasMessages(*job->stages[1]); }));
-  EXPECT_FALSE(Group()->RemoveStage(0, 2));
+  EXPECT_FALSE(Group()->RemoveStage(job->id, job->stages[2]->id));
   EXPECT_TRUE(Group()->Stop());
   EXPECT_FALSE(job->stages[1]->process.IsActive());
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
-  EXPECT_EQ(StageNotes(), (std::vector<std::string>{"0 1", "0 2", "0 3", "1 1", "1 2", "1 4"}));
+  EXPECT_EQ(StageNotes(*job), (std::vector<std::string>{"0 1", "0 2", "0 3", "1 1", "1 2", "1 4"}));
 
   Deck("stage1/deck.k");
-  ASSERT_TRUE(Group()->SetFirstStage(0, 1));
-  ASSERT_TRUE(Group()->Resubmit(0));
+  ASSERT_TRUE(Group()->SetFirstStage(job->id, job->stages[1]->id));
+  ASSERT_TRUE(Group()->Resubmit(job->id));
   EXPECT_EQ(Statuses(), (std::vector<int>{3, 0, 0}));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForEnd(*Group()));
@@ -140,12 +150,12 @@ TEST_F(Stages, ARemovedJobLosesTheSolverOfItsStage) {
   Group()->AddJob(Job("next"));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return HasMessages(*removed->stages[0]); }));
-  ASSERT_TRUE(Group()->RemoveJob(0));
+  ASSERT_TRUE(Group()->RemoveJob(removed->id));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_FALSE(removed->stages[0]->process.IsActive());
   EXPECT_EQ(removed->stages[1]->status, JobStatus::kQueued);
-  EXPECT_EQ(StageNotes(), (std::vector<std::string>{"0 1", "0 2"}));
+  EXPECT_EQ(StageNotes(*removed), (std::vector<std::string>{"0 1", "0 2"}));
 }
 
 TEST_F(Stages, ADeckThatNamesStagesBecomesAJobWithThem) {

@@ -87,7 +87,7 @@ Flx_MultipleStages::~Flx_MultipleStages() {
 bool Flx_MultipleStages::Initialise() {
   if (!HasAll(kDeck, kTable, kFirstStageLabel, kFirstStage, kHint, kAdd, kRemove, kMoveUp,
               kMoveDown, kViewMessage, kViewSummary, kClose) ||
-      !subject_.group || !subject_.job)
+      !subject_.group)
     return false;
   MakeTable();
   Find(kClose)->shortcut(FL_Enter);
@@ -95,8 +95,10 @@ bool Flx_MultipleStages::Initialise() {
   hint->labelcolor(Theme::kMuted);
   Fl_Box* deck = Find(kDeck);
   fl_font(deck->labelfont(), deck->labelsize());
-  ShowLabel(*deck, FitTail(ToUi(subject_.job->jobFile), deck->w()));
-  ShowTip(*deck, ToUi(subject_.job->jobFile));
+  std::string path;
+  Read([&](const JobFile& job) { path = ToUi(job.jobFile); });
+  ShowLabel(*deck, FitTail(path, deck->w()));
+  ShowTip(*deck, path);
   KeepRow(*Window(), {Find(kFirstStageLabel), Find(kFirstStage), hint}, hint->x() + hint->w());
   KeepRow(*Window(),
           {Find(kAdd), Find(kRemove), Find(kMoveUp), Find(kMoveDown), Find(kViewMessage),
@@ -131,9 +133,13 @@ void Flx_MultipleStages::MakeTable() {
   Window()->add(table_);
   table_->OnSelect = [this] { Update(); };
   table_->OnCell = [this](int row, int column) {
-    if (column == StageTable::kMessage) ViewMessage(row);
-    if (column == StageTable::kSummary) ViewSummary(row);
+    if (column == StageTable::kMessage) ViewMessage(table_->StageAt(row));
+    if (column == StageTable::kSummary) ViewSummary(table_->StageAt(row));
   };
+}
+
+bool Flx_MultipleStages::Read(const std::function<void(const JobFile& job)>& read) const {
+  return subject_.group->ReadJob(subject_.job, read);
 }
 
 void Flx_MultipleStages::QueueChanged() {
@@ -150,17 +156,18 @@ void Flx_MultipleStages::Update() {
   int status = -1;  // no such job any more
   int first = 0;
   std::vector<std::string> names;
-  table_->Read([&](const JobFile& job) {
+  std::vector<JobId> stages;
+  Read([&](const JobFile& job) {
     status = job.status;
     first = job.firstStage;
     for (const auto& stage : job.stages) {
       std::string name;
       FileDirWrapper::FileNameOf(stage->jobFile, name, true);
       names.push_back(std::to_string(names.size() + 1) + "   " + ToUi(name));
+      stages.push_back(stage->id);
     }
   });
-  table_->RowsChanged();
-  table_->redraw();
+  table_->SetStages(std::move(stages));
   ShowFirstStage(names, first);
   const bool queued = status == JobStatus::kQueued;
   const int row = table_->CurrentRow();
@@ -186,15 +193,14 @@ void Flx_MultipleStages::ShowFirstStage(const std::vector<std::string>& names, i
 
 int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
   if (widget == Find(kClose)) return 0;
-  const int row = table_->CurrentRow();
   if (widget == Find(kAdd)) AddStages();
   if (widget == Find(kRemove)) RemoveStage();
   if (widget == Find(kMoveUp)) MoveStage(true);
   if (widget == Find(kMoveDown)) MoveStage(false);
-  if (widget == Find(kViewMessage)) ViewMessage(row);
-  if (widget == Find(kViewSummary)) ViewSummary(row);
+  if (widget == Find(kViewMessage)) ViewMessage(table_->CurrentStage());
+  if (widget == Find(kViewSummary)) ViewSummary(table_->CurrentStage());
   if (widget == Find(kFirstStage))
-    subject_.group->SetFirstStage(table_->JobIndex(), Find(kFirstStage)->value());
+    subject_.group->SetFirstStage(subject_.job, table_->StageAt(Find(kFirstStage)->value()));
   Update();
   return -1;
 }
@@ -220,33 +226,32 @@ void Flx_MultipleStages::AddStages() {
 }
 
 void Flx_MultipleStages::RemoveStage() {
-  subject_.group->RemoveStage(table_->JobIndex(), table_->CurrentRow());
+  subject_.group->RemoveStage(subject_.job, table_->CurrentStage());
 }
 
 void Flx_MultipleStages::MoveStage(bool up) {
-  const int row = table_->CurrentRow();
-  if (!subject_.group->MoveStage(table_->JobIndex(), row, up)) return;
-  table_->SelectRow(row + (up ? -1 : 1));
+  subject_.group->MoveStage(subject_.job, table_->CurrentStage(), up);
 }
 
-void Flx_MultipleStages::ViewMessage(int stage) {
-  const auto found = subject_.group->GetStage(table_->JobIndex(), stage);
-  if (!found) return;
+void Flx_MultipleStages::ViewMessage(JobId stage) {
   int status = 0;
-  table_->Read([&](const JobFile&) { status = found->status; });
+  std::string path;
+  const auto read = [&](const JobFile& found) {
+    status = found.status;
+    path = found.MessageFile();
+  };
+  if (!subject_.group->ReadStage(subject_.job, stage, read)) return;
   if (status == JobStatus::kQueued || status == JobStatus::kWaiting)
     return Inform(subject_.texts.Get("msg_view_job"));
-  const std::string path = found->MessageFile();
   if (path.empty() || !FileDirWrapper::FileExists(path))
     return Inform(subject_.texts.Get("msg_not_found_msg"));
   subject_.application.ViewTextFile(path);
 }
 
-void Flx_MultipleStages::ViewSummary(int stage) {
-  const auto found = subject_.group->GetStage(table_->JobIndex(), stage);
-  if (!found) return;
+void Flx_MultipleStages::ViewSummary(JobId stage) {
   JobOutput output;
-  table_->Read([&](const JobFile&) { output = OutputOf(*found); });
+  const auto read = [&](const JobFile& found) { output = OutputOf(found); };
+  if (!subject_.group->ReadStage(subject_.job, stage, read)) return;
   if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
     return Inform(subject_.texts.Get("msg_view_info"));
   Flx_ShowInfo dialog(Window(), subject_.application.language, output);

@@ -38,7 +38,7 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
     Application& application;
     const TextTable& texts;  // of the main window
     std::shared_ptr<JobGroup> group;
-    std::shared_ptr<JobFile> job;
+    JobId job;
     std::function<std::string(int type)> solverName;
   };
 
@@ -51,20 +51,21 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
 
  private:
   void MakeTable();
+  bool Read(const std::function<void(const JobFile& job)>& read) const;
   void Update();
   static void UpdateLater(void* self);
   void ShowFirstStage(const std::vector<std::string>& names, int first);
   void AddStages();
   void RemoveStage();
   void MoveStage(bool up);
-  void ViewMessage(int stage);
-  void ViewSummary(int stage);
+  void ViewMessage(JobId stage);
+  void ViewSummary(JobId stage);
   void Inform(const std::string& text);
 
   const Subject subject_;
   StageTable* table_ = nullptr;
   ChoiceEntries firstEntries_;
-  std::vector<std::string> names_;  // as the choice shows them
+  std::vector<std::string> names_;  // of the stages, as the choice shows them
 };
 
 #endif

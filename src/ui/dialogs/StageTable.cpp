@@ -9,12 +9,12 @@
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
-StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
-                       std::shared_ptr<JobFile> job, Texts texts,
-                       std::function<std::string(int type)> solverName, const TextTable& words)
+StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job,
+                       Texts texts, std::function<std::string(int type)> solverName,
+                       const TextTable& words)
     : Flx_Table(x, y, w, h),
       group_(std::move(group)),
-      job_(std::move(job)),
+      job_(job),
       texts_(std::move(texts)),
       solverName_(std::move(solverName)),
       words_(words) {
@@ -24,36 +24,33 @@ StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> gro
     AddColumn({texts_.heads[column], widths[column], 70, shares[column]});
 }
 
-int StageTable::JobIndex() const {
-  int found = -1;
-  group_->ReadJobs([&](int index, const JobFile& job) {
-    if (&job == job_.get()) found = index;
-  });
-  return found;
+JobId StageTable::StageAt(int row) const {
+  const auto index = static_cast<std::size_t>(row);
+  return row >= 0 && index < stages_.size() ? stages_[index] : JobId::kNone;
 }
 
-void StageTable::Read(const std::function<void(const JobFile& job)>& read) const {
-  group_->ReadJobs([&](int, const JobFile& job) {
-    if (&job == job_.get()) read(job);
-  });
+void StageTable::SetStages(std::vector<JobId> stages) {
+  const JobId before = CurrentStage();
+  stages_ = std::move(stages);
+  RowsChanged();
+  redraw();
+  const auto found = std::find(stages_.begin(), stages_.end(), before);
+  if (found != stages_.end() && CurrentStage() != before)
+    SelectRow(static_cast<int>(found - stages_.begin()));
 }
 
 int StageTable::RowCount() const {
-  int count = 0;
-  Read([&](const JobFile& job) { count = static_cast<int>(job.stages.size()); });
-  return count;
+  return static_cast<int>(stages_.size());
 }
 
-StageTable::Row StageTable::MakeRow(const JobFile& job, int index) const {
-  const JobFile& stage = *job.stages[static_cast<std::size_t>(index)];
+StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   Row row;
   row.path = ToUi(stage.jobFile);
   row.status = stage.status;
-  row.skipped = index < job.firstStage;
   if (stage.status == JobStatus::kAborted) row.reason = words_.Word(stage.RunMessage());
   std::string name;
   FileDirWrapper::FileNameOf(stage.jobFile, name, true);
-  row.cells[kFile] = std::to_string(index + 1) + "   " + ToUi(name);
+  row.cells[kFile] = ToUi(name);
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&stage);
   row.cells[kType] =
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;
@@ -66,28 +63,30 @@ StageTable::Row StageTable::MakeRow(const JobFile& job, int index) const {
   return row;
 }
 
-StageTable::Row StageTable::ReadRow(int index) const {
-  Row row;
-  Read([&](const JobFile& job) {
-    if (static_cast<std::size_t>(index) < job.stages.size()) row = MakeRow(job, index);
+// Rows of stages that have been removed meanwhile are empty.
+std::vector<StageTable::Row> StageTable::ReadRows(int first, int last) const {
+  std::vector<Row> rows(static_cast<std::size_t>(std::max(last - first, 0)));
+  group_->ReadJob(job_, [&](const JobFile& job) {
+    for (std::size_t index = 0; index < job.stages.size(); ++index) {
+      for (int row = first; row < last; ++row) {
+        if (StageAt(row) != job.stages[index]->id) continue;
+        Row& made = rows[static_cast<std::size_t>(row - first)];
+        made = MakeRow(*job.stages[index]);
+        made.cells[kFile] = std::to_string(row + 1) + "   " + made.cells[kFile];
+        made.skipped = static_cast<int>(index) < job.firstStage;
+      }
+    }
   });
-  return row;
+  return rows;
 }
 
 void StageTable::PrepareRows(int first, int last) {
   firstRow_ = first;
-  shown_.clear();
-  Read([&](const JobFile& job) {
-    const int count = static_cast<int>(job.stages.size());
-    for (int index = first; index < std::min(last, count); ++index)
-      shown_.push_back(MakeRow(job, index));
-  });
+  shown_ = ReadRows(first, last);
 }
 
 void StageTable::DrawCell(const Cell& cell) {
-  const auto shown = static_cast<std::size_t>(cell.row - firstRow_);
-  if (shown >= shown_.size()) return;
-  const Row& row = shown_[shown];
+  const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
   const CellArea area = {cell.x, cell.y, cell.w, cell.h};
   const std::string& text = row.cells[cell.column];
   const bool ended = row.status == JobStatus::kFinished || row.status == JobStatus::kAborted;

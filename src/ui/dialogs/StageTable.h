@@ -11,8 +11,8 @@
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/Language.h"
 
-// Reads the stages when it draws them. Stages before the first one to run are drawn pale. Interface
-// thread.
+// Its rows are the stages that it was told of last; what they show is read when they are drawn.
+// Stages before the first one to run are drawn pale. Interface thread.
 class StageTable : public Flx_Table {
  public:
   enum Column { kFile, kType, kSolver, kMemory, kStatus, kMessage, kSummary, kColumns };
@@ -28,14 +28,14 @@ class StageTable : public Flx_Table {
 
   // `solverName` gives the name of a solver type. `words` translates what the core says and
   // outlives the table.
-  StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
-             std::shared_ptr<JobFile> job, Texts texts,
+  StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job, Texts texts,
              std::function<std::string(int type)> solverName, const TextTable& words);
 
-  // The job's place in its group now, -1 when it is gone.
-  int JobIndex() const;
-  // Calls `read` with the job while it cannot change.
-  void Read(const std::function<void(const JobFile& job)>& read) const;
+  // Other stages, or what they show changed. The current one stays current wherever it moved.
+  void SetStages(std::vector<JobId> stages);
+  // kNone out of range.
+  JobId StageAt(int row) const;
+  JobId CurrentStage() const { return StageAt(CurrentRow()); }
 
  protected:
   int RowCount() const override;
@@ -54,15 +54,17 @@ class StageTable : public Flx_Table {
     int status = 0;
     bool skipped = false;
   };
-  Row MakeRow(const JobFile& job, int index) const;
-  Row ReadRow(int index) const;
+  Row MakeRow(const JobFile& stage) const;
+  std::vector<Row> ReadRows(int first, int last) const;
+  Row ReadRow(int row) const { return ReadRows(row, row + 1).front(); }
 
   const std::shared_ptr<JobGroup> group_;
-  const std::shared_ptr<JobFile> job_;
+  const JobId job_;
   const Texts texts_;
   const std::function<std::string(int)> solverName_;
   const TextTable& words_;
-  int firstRow_ = 0;  // the row of shown_[0]
+  std::vector<JobId> stages_;  // by row
+  int firstRow_ = 0;           // the row of shown_[0]
   std::vector<Row> shown_;
 };
 

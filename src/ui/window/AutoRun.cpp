@@ -21,7 +21,7 @@ std::string ReportField(std::string text) {
 
 std::string ReportText(const JobGroup& group, const Application& application) {
   std::string text;
-  group.ReadJobs([&](int, const JobFile& job) {
+  group.ReadJobs([&](const JobFile& job) {
     std::string word;
     JobStatusWord(job.status, word);
     std::string solver;
@@ -67,7 +67,7 @@ void AutoRun::Look(void* self) {
 
 bool AutoRun::Ended() {
   bool queued = false;
-  group_->ReadJobs([&](int, const JobFile& job) {
+  group_->ReadJobs([&](const JobFile& job) {
     queued = queued || job.status == JobStatus::kQueued;
     began_ = began_ || job.status != JobStatus::kQueued;
   });

@@ -107,7 +107,7 @@ void Flx_AppWnd::ConnectParts() {
   settings_->OnMpp = [this] { Perform(Action::kMppSettings); };
   settings_->OnHint = [this](const std::string& hint) { Say(hint, StatusBar::Tone::kError); };
   settings_->OnJobEdited = [this] {
-    if (Table()) Table()->RowChanged(Table()->CurrentRow());
+    if (Table()) Table()->JobChanged(Table()->CurrentJob());
   };
   tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
   tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
@@ -145,8 +145,8 @@ JobTable* Flx_AppWnd::Table() const {
   return index < tables_.size() ? tables_[index] : nullptr;
 }
 
-std::shared_ptr<JobFile> Flx_AppWnd::CurrentJob() const {
-  return Table() ? Table()->CurrentJob() : nullptr;
+JobId Flx_AppWnd::CurrentJob() const {
+  return Table() ? Table()->CurrentJob() : JobId::kNone;
 }
 
 void Flx_AppWnd::LayOut() {

@@ -58,7 +58,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void LayOut();
   JobTable* Table() const;  // of the current group; null when there is none
   std::shared_ptr<JobGroup> Group() const { return application_.Manager().CurrentGroup(); }
-  std::shared_ptr<JobFile> CurrentJob() const;
+  JobId CurrentJob() const;  // kNone: none is current
   std::string SolverName(int type) const;
 
   // Flx_AppWnd_State.cpp: keeping up with the queue.
@@ -73,6 +73,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void SwitchToGroup(int index);
   void StepGroup(int by);
   Counts Count(const JobGroup& group) const;
+  // Reads the current job; false, after telling the user, when there is none.
+  bool ReadCurrentJob(const std::function<void(const JobFile&)>& read);
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
 
   // Flx_AppWnd_Actions.cpp

@@ -208,20 +208,19 @@ void Flx_AppWnd::Submit() {
 }
 
 void Flx_AppWnd::Resubmit() {
-  const auto job = CurrentJob();
-  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
-  const int row = Table()->CurrentRow();
-  if (!Group()->Resubmit(row)) return Inform(texts_.Get("msg_resubmit"));
-  Table()->RowChanged(row);
+  const JobId job = CurrentJob();
+  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
+  if (!Group()->Resubmit(job)) return Inform(texts_.Get("msg_resubmit"));
+  Table()->JobChanged(job);
   Say(texts_.Get("ui_resubmitted"));
 }
 
 void Flx_AppWnd::DeleteJob() {
-  const auto job = CurrentJob();
-  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  const auto group = Group();
+  const JobId job = CurrentJob();
+  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
   if (!Ask(texts_.Get("msg_ask_del"))) return;
-  const int row = Table()->CurrentRow();
-  if (CurrentJob() == job) Group()->RemoveJob(row);
+  group->RemoveJob(job);
   Refresh();
 }
 
@@ -229,17 +228,15 @@ void Flx_AppWnd::DeleteAll() {
   const auto group = Group();
   if (!group || group->JobCount() == 0 || !Ask(texts_.Get("msg_ask_delall"))) return;
   if (group->Running() && !StopAndWait(application_.Manager().IndexOf(group.get()))) return;
-  // From the end: nothing has to move up.
-  for (int row = group->JobCount() - 1; row >= 0; --row) group->RemoveJob(row);
+  for (const JobId job : group->JobIds()) group->RemoveJob(job);
   Refresh();
 }
 
 void Flx_AppWnd::MoveJob(bool up) {
-  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
-  const int row = Table()->CurrentRow();
-  if (!Group()->MoveJob(row, up)) return Say(texts_.Get("ui_not_moved"));
-  Table()->RowsChanged();
-  Table()->SelectRow(row + (up ? -1 : 1));
+  const JobId job = CurrentJob();
+  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
+  if (!Group()->MoveJob(job, up)) return Say(texts_.Get("ui_not_moved"));
+  Table()->JobsChanged();
 }
 
 void Flx_AppWnd::AddGroup() {
@@ -288,33 +285,40 @@ void Flx_AppWnd::DeleteGroup() {
   if (Table()) Table()->TakeFocus();
 }
 
+bool Flx_AppWnd::ReadCurrentJob(const std::function<void(const JobFile&)>& read) {
+  const auto group = Group();
+  if (group && group->ReadJob(CurrentJob(), read)) return true;
+  Inform(texts_.Get("msg_no_cur_job"));
+  return false;
+}
+
 void Flx_AppWnd::ViewMessage() {
-  const auto job = CurrentJob();
-  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
   int status = 0;
   bool multiStage = false;
-  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& read) {
-    status = read.status;
-    multiStage = !read.stages.empty();
-  });
+  std::string path;
+  const auto read = [&](const JobFile& job) {
+    status = job.status;
+    multiStage = !job.stages.empty();
+    path = job.MessageFile();
+  };
+  if (!ReadCurrentJob(read)) return;
   if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
   if (status != JobStatus::kRunning && status != JobStatus::kFinished &&
       status != JobStatus::kAborted)
     return Inform(texts_.Get("msg_view_job"));
-  const std::string path = job->MessageFile();
   if (path.empty() || !FileDirWrapper::FileExists(path))
     return Inform(texts_.Get("msg_not_found_msg"));
   application_.ViewTextFile(path);
 }
 
 void Flx_AppWnd::ViewSummary() {
-  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
   JobOutput output;
   bool multiStage = false;
-  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& read) {
-    output = OutputOf(read);
-    multiStage = !read.stages.empty();
-  });
+  const auto read = [&](const JobFile& job) {
+    output = OutputOf(job);
+    multiStage = !job.stages.empty();
+  };
+  if (!ReadCurrentJob(read)) return;
   if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
   if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
     return Inform(texts_.Get("msg_view_info"));
@@ -323,11 +327,9 @@ void Flx_AppWnd::ViewSummary() {
 }
 
 void Flx_AppWnd::OpenStages() {
-  const auto job = CurrentJob();
-  if (!job) return Inform(texts_.Get("msg_no_cur_job"));
+  const JobId job = CurrentJob();
   bool multiStage = false;
-  Group()->ReadJob(Table()->CurrentRow(),
-                   [&](const JobFile& read) { multiStage = !read.stages.empty(); });
+  if (!ReadCurrentJob([&](const JobFile& read) { multiStage = !read.stages.empty(); })) return;
   if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
   Flx_MultipleStages dialog(
       this, application_.language,

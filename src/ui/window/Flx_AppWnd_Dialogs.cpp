@@ -27,9 +27,8 @@ void Flx_AppWnd::AddRestart() {
 }
 
 void Flx_AppWnd::RunPost() {
-  if (!CurrentJob()) return Inform(texts_.Get("msg_no_cur_job"));
   PostSource source;
-  Group()->ReadJob(Table()->CurrentRow(), [&](const JobFile& job) { source = PostSourceOf(job); });
+  if (!ReadCurrentJob([&](const JobFile& job) { source = PostSourceOf(job); })) return;
   if (source.folder.empty()) return Inform(texts_.Get("msg_curpath_empty"));
   if (source.status != JobStatus::kFinished) return Inform(texts_.Get("msg_run_post"));
   if (IsCompensation(source)) return Inform(texts_.Get("msg_open_scp"));

@@ -94,7 +94,7 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 }
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
-  if (CurrentJob()) {
+  if (CurrentJob() != JobId::kNone) {
     PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,  Action::kStages,
            kSeparator,           Action::kSubmit,      Action::kResubmit, Action::kStop,
            kSeparator,           Action::kMoveUp,      Action::kMoveDown, kSeparator,
@@ -120,10 +120,12 @@ void Flx_AppWnd::CellPressed(int row, int column) {
   if (column == JobTable::kStages) return Perform(Action::kStages);
   if (column == JobTable::kSummary) return Perform(Action::kViewSummary);
   if (column != JobTable::kForce) return;
+  const JobId pressed = Table()->JobAt(row);
   bool on = false;
-  Group()->ReadJob(row, [&](const JobFile& job) {
+  Group()->ReadJob(pressed, [&](const JobFile& job) {
     if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) on = dyna->useSFile;
   });
-  if (!Group()->SetUseSFile(row, !on)) Say(texts_.Get("ui_running_fixed"), StatusBar::Tone::kError);
-  Table()->RowChanged(row);
+  if (!Group()->SetUseSFile(pressed, !on))
+    Say(texts_.Get("ui_running_fixed"), StatusBar::Tone::kError);
+  Table()->JobChanged(pressed);
 }

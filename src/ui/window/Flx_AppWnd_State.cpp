@@ -13,7 +13,7 @@ void Flx_AppWnd::Refresh() {
   SyncTables();
   LayOut();
   for (JobTable* table : tables_) table == Table() ? table->show() : table->hide();
-  if (Table()) Table()->RowsChanged();
+  if (Table()) Table()->JobsChanged();
   ShowCurrentJob();
   ShowTabs();
   ShowState();
@@ -23,11 +23,11 @@ void Flx_AppWnd::Refresh() {
 void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   JobTable* table = Table();
   const int shown = table ? table->Group()->Id() : 0;
-  if (table && changes.groups.count(shown)) table->RowsChanged();
-  if (const auto rows = changes.rows.find(shown); table && rows != changes.rows.end()) {
-    for (const int row : rows->second) table->RowChanged(row);
+  if (table && changes.groups.count(shown)) table->JobsChanged();
+  if (const auto changed = changes.jobs.find(shown); table && changed != changes.jobs.end()) {
+    for (const JobId job : changed->second) table->JobChanged(job);
   }
-  const bool jobs = !changes.groups.empty() || !changes.rows.empty();
+  const bool jobs = !changes.groups.empty() || !changes.jobs.empty();
   if (jobs || changes.settings) settings_->Refresh();
   if (jobs || changes.running) {
     ShowTabs();
@@ -86,7 +86,7 @@ void Flx_AppWnd::ShowTabs() {
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
   Counts counts;
-  group.ReadJobs([&](int, const JobFile& job) {
+  group.ReadJobs([&](const JobFile& job) {
     ++counts.total;
     if (job.status >= JobStatus::kQueued && job.status <= JobStatus::kAborted)
       ++counts.of[job.status];
@@ -133,7 +133,7 @@ void Flx_AppWnd::ShowTools() {
 }
 
 void Flx_AppWnd::ShowCurrentJob() {
-  if (JobTable* table = Table()) settings_->SetJob(table->Group(), table->CurrentRow());
+  if (JobTable* table = Table()) settings_->SetJob(table->Group(), table->CurrentJob());
 }
 
 void Flx_AppWnd::SwitchToGroup(int index) {

@@ -43,20 +43,50 @@ JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
     const Shape& shape = shapes[column];
     AddColumn({texts.Get(shape.key), Layout::kColumnWidths[column], shape.least, shape.share});
   }
+  JobsChanged();
 }
 
-std::shared_ptr<JobFile> JobTable::CurrentJob() const {
-  return group_->GetJob(CurrentRow());
+JobId JobTable::JobAt(int row) const {
+  const auto index = static_cast<std::size_t>(row);
+  return row >= 0 && index < jobs_.size() ? jobs_[index] : JobId::kNone;
+}
+
+int JobTable::RowOf(JobId job) const {
+  const auto found = std::find(jobs_.begin(), jobs_.end(), job);
+  return found == jobs_.end() ? -1 : static_cast<int>(found - jobs_.begin());
+}
+
+JobId JobTable::CurrentJob() const {
+  return JobAt(CurrentRow());
+}
+
+void JobTable::JobsChanged() {
+  const JobId before = CurrentJob();
+  jobs_ = group_->JobIds();
+  RowsChanged();
+  if (CurrentJob() == before) return;
+  const int row = RowOf(before);
+  if (row >= 0) {
+    SelectRow(row);
+  } else if (OnSelect) {
+    OnSelect();  // another job in the same row
+  }
+}
+
+void JobTable::JobChanged(JobId job) {
+  for (int row = FirstVisibleRow(); row < LastVisibleRow(); ++row)
+    if (JobAt(row) == job) RowChanged(row);
 }
 
 int JobTable::RowCount() const {
-  return group_->JobCount();
+  return static_cast<int>(jobs_.size());
 }
 
+// Empty for a job that has been removed meanwhile.
 JobTable::Row JobTable::ReadRow(int index) const {
   Row row;
   int solverType = 0;
-  group_->ReadJob(index, [&](const JobFile& job) {
+  const auto read = [&](const JobFile& job) {
     row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
     row.folder = job.Folder();
     row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
@@ -70,7 +100,8 @@ JobTable::Row JobTable::ReadRow(int index) const {
       row.dyna = true;
       row.force = dyna->useSFile;
     }
-  });
+  };
+  if (!group_->ReadJob(JobAt(index), read)) return row;
   row.solver = ToUi(solverName_(solverType));
   std::string name;
   FileDirWrapper::FileNameOf(row.path, name, true);

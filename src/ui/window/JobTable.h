@@ -11,8 +11,8 @@
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/Language.h"
 
-// Reads the group's jobs when it draws them and keeps nothing but the rows on the screen. Interface
-// thread.
+// Its rows are the jobs that the group had when the table looked last; what they show is read when
+// they are drawn. The current job stays current wherever it moves. Interface thread.
 class JobTable : public Flx_Table {
  public:
   enum Column {
@@ -35,8 +35,15 @@ class JobTable : public Flx_Table {
 
   const std::shared_ptr<JobGroup>& Group() const { return group_; }
 
-  // Null when no row is current.
-  std::shared_ptr<JobFile> CurrentJob() const;
+  // kNone when no row is current.
+  JobId CurrentJob() const;
+  // kNone out of range.
+  JobId JobAt(int row) const;
+
+  // The group's list changed.
+  void JobsChanged();
+  // What a job shows changed.
+  void JobChanged(JobId job);
 
  protected:
   int RowCount() const override;
@@ -56,14 +63,16 @@ class JobTable : public Flx_Table {
     bool dyna = false;
     bool force = false;
   };
-  Row ReadRow(int index) const;
+  Row ReadRow(int row) const;
+  int RowOf(JobId job) const;  // -1 when it has none
   const std::string& CellText(const Row& row, int column) const;
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobGroup> group_;
   const TextTable& texts_;
   std::function<std::string(int)> solverName_;
-  int firstRow_ = 0;  // the row of shown_[0]
+  std::vector<JobId> jobs_;  // by row
+  int firstRow_ = 0;         // the row of shown_[0]
   std::vector<Row> shown_;
 };
 

@@ -59,12 +59,12 @@ void QueueNotes::Deliver() {
   next_ = ended + std::chrono::duration_cast<Clock::duration>(rest);
 }
 
-void QueueNotes::JobStatusChanged(int groupId, int jobIndex, int) {
-  Take([&](QueueChanges& changes) { changes.rows[groupId].insert(jobIndex); });
+void QueueNotes::JobStatusChanged(int groupId, JobId job, int) {
+  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
 }
 
-void QueueNotes::StageStatusChanged(int groupId, int jobIndex, int, int) {
-  Take([&](QueueChanges& changes) { changes.rows[groupId].insert(jobIndex); });
+void QueueNotes::StageStatusChanged(int groupId, JobId job, JobId, int) {
+  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
 }
 
 void QueueNotes::JobsChanged(int groupId) {

@@ -13,9 +13,9 @@
 
 // What changed since the interface looked last.
 struct QueueChanges {
-  std::map<int, std::set<int>> rows;  // job indices by group id
-  std::set<int> groups;               // groups whose list changed
-  bool running = false;               // a group's thread began or ended
+  std::map<int, std::set<JobId>> jobs;  // whose status changed, by group id
+  std::set<int> groups;                 // groups whose list changed
+  bool running = false;                 // a group's thread began or ended
   bool settings = false;
   bool intake = false;
   int done = 0, total = 0, percent = 0;  // of the intake
@@ -34,8 +34,8 @@ class QueueNotes : public QueueObserver {
   // Called on the interface thread after something changed. Set before the manager observes.
   std::function<void(const QueueChanges& changes)> OnChanges;
 
-  void JobStatusChanged(int groupId, int jobIndex, int status) override;
-  void StageStatusChanged(int groupId, int jobIndex, int stage, int status) override;
+  void JobStatusChanged(int groupId, JobId job, int status) override;
+  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override;
   void JobsChanged(int groupId) override;
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;

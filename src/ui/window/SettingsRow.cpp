@@ -127,22 +127,22 @@ void SettingsRow::ConnectFields() {
   memory_->Store = [this, &settings](const std::string& text) {
     const auto value = static_cast<std::uint64_t>(*WholeNumber(text, 0, kMostMemory));
     if (!HasJob()) settings.Set(&Settings::memory_size, value);
-    EditJob([&](JobGroup& group, int index) { return group.SetMemory(index, value); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetMemory(job, value); });
   };
   cpu_->Check = NumberCheck(1, kMostCpus, "ui_bad_cpu");
   cpu_->Store = [this, &settings](const std::string& text) {
     const int value = static_cast<int>(*WholeNumber(text, 1, kMostCpus));
     if (!HasJob()) settings.Set(&Settings::cpu_count, value);
-    EditJob([&](JobGroup& group, int index) { return group.SetCpuCount(index, value); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetCpuCount(job, value); });
   };
   pause_->Check = NumberCheck(0, kLongestPause, "ui_bad_pause");
   pause_->Store = [this, &settings](const std::string& text) {
     const int value = static_cast<int>(*WholeNumber(text, 0, kLongestPause));
     if (!HasJob()) settings.Set(&Settings::pause_time, value);
-    EditJob([&](JobGroup& group, int index) { return group.SetPause(index, value); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetPause(job, value); });
   };
   command_->Store = [this](const std::string& text) {
-    EditJob([&](JobGroup& group, int index) { return group.SetExtraOptions(index, FromUi(text)); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetExtraOptions(job, FromUi(text)); });
   };
   solver_->Store = [this](const std::string& text) { StoreSolver(TypedPath(text)); };
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
@@ -192,12 +192,12 @@ void SettingsRow::resize(int x, int y, int w, int h) {
 }
 
 bool SettingsRow::HasJob() const {
-  return group_ && index_ >= 0;
+  return group_ && job_ != JobId::kNone;
 }
 
-void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, int index) {
+void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, JobId job) {
   group_ = std::move(group);
-  index_ = index;
+  job_ = job;
   // Texts of another job, valid or not, must not be taken for this one's.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
   Refresh();
@@ -205,7 +205,7 @@ void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, int index) {
 
 SettingsRow::View SettingsRow::MakeView() const {
   View view;
-  view.job = HasJob() && group_->ReadJob(index_, [&](const JobFile& job) {
+  view.job = HasJob() && group_->ReadJob(job_, [&](const JobFile& job) {
     view.type = job.GetSolverType();
     view.running = job.status == JobStatus::kRunning;
     view.dyna = dynamic_cast<const JobFileDyna*>(&job) != nullptr;
@@ -300,9 +300,9 @@ bool SettingsRow::Commit() {
   return valid;
 }
 
-void SettingsRow::EditJob(const std::function<bool(JobGroup&, int)>& edit) {
+void SettingsRow::EditJob(const std::function<bool(JobGroup&, JobId)>& edit) {
   if (HasJob()) {
-    const bool done = edit(*group_, index_);
+    const bool done = edit(*group_, job_);
     if (!done && OnHint) OnHint(texts_.Get("ui_running_fixed"));
     if (OnJobEdited) OnJobEdited();
   }
@@ -313,7 +313,7 @@ void SettingsRow::ChooseKind(int type) {
   // A path that is being typed belongs to the program shown until now.
   solver_->Commit();
   if (HasJob()) {
-    EditJob([&](JobGroup& group, int index) { return group.SetPrecision(index, type); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetPrecision(job, type); });
   } else {
     kind_ = type;
     Refresh();
@@ -368,9 +368,9 @@ void SettingsRow::ToggleAuto() {
   application_.SettingsAndFiles().Set(&Settings::memory_auto, on);
   if (!on || !HasJob()) return;
   std::uint64_t fromDeck = 0;
-  group_->ReadJob(index_, [&](const JobFile& job) {
+  group_->ReadJob(job_, [&](const JobFile& job) {
     if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) fromDeck = dyna->deckMemory;
   });
   if (fromDeck > 0)
-    EditJob([&](JobGroup& group, int index) { return group.SetMemory(index, fromDeck); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetMemory(job, fromDeck); });
 }

@@ -24,9 +24,9 @@ class SettingsRow : public Fl_Group {
   // The application and the texts outlive the row.
   SettingsRow(int x, int y, int w, int h, Application& application, const TextTable& texts);
 
-  // The job to show; a null group or an index of -1: none. A text that is being typed for another
-  // job must have been committed.
-  void SetJob(std::shared_ptr<JobGroup> group, int index);
+  // The job to show; a null group or kNone: none. A text that is being typed for another job must
+  // have been committed.
+  void SetJob(std::shared_ptr<JobGroup> group, JobId job);
   // Shows what is stored; a text that is being typed stays.
   void Refresh();
   // Stores what is being typed. False when something is not valid; it stays as typed.
@@ -61,12 +61,12 @@ class SettingsRow : public Fl_Group {
   std::string SolverName(int type) const;
   const std::string& SolverPath(int type) const;
   // Runs a change of the current job and tells when the group refuses it.
-  void EditJob(const std::function<bool(JobGroup& group, int index)>& edit);
+  void EditJob(const std::function<bool(JobGroup& group, JobId job)>& edit);
 
   Application& application_;
   const TextTable& texts_;
   std::shared_ptr<JobGroup> group_;
-  int index_ = -1;
+  JobId job_ = JobId::kNone;
   int kind_ = 0;  // the solver type shown without a job
 
   Fl_Box* solverLabel_;
