@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <optional>
 
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"

@@ -2,7 +2,6 @@
 
 #include <climits>
 #include <clocale>
-#include <cstdlib>
 
 #include "util/text/DateTimeWrapper.h"
 #include "util/text/ErrorRecord.h"
@@ -18,21 +17,15 @@ Texts Split(const std::string& line) {
   return args;
 }
 
-TEST(Text, TrimDropsOnlyBlanksAndTabs) {
+TEST(Text, TrimAndSeparate) {
   std::string out = "old";
   EXPECT_TRUE(StrWrapperTxt::Trim(" \t a b\r\n \t", out));
   EXPECT_EQ(out, "a b\r\n");
   EXPECT_TRUE(StrWrapperTxt::Trim(out, out));
   EXPECT_FALSE(StrWrapperTxt::Trim("\t", out));
-  EXPECT_EQ(out, "");
-}
-
-TEST(Text, SeparateStringDropsEmptyPieces) {
   Texts pieces{"old"};
   StrWrapperTxt::SeparateString(",a,, b ,", pieces, ',');
   EXPECT_EQ(pieces, (Texts{"a", " b "}));
-  StrWrapperTxt::SeparateString("", pieces, ',');
-  EXPECT_TRUE(pieces.empty());
 }
 
 // Expected values are what CommandLineToArgvW gives.
@@ -72,93 +65,25 @@ TEST(Text, LeadingNumbersAreClamped) {
   EXPECT_EQ(StrWrapperTxt::LeadingUnsigned("-5"), 0u);
 }
 
-std::tm SampleTime() {
-  std::tm time{};
-  time.tm_year = 115;
-  time.tm_mon = 2;
-  time.tm_mday = 7;
-  time.tm_hour = 9;
-  time.tm_min = 5;
-  time.tm_wday = 6;
-  return time;
-}
-
 TEST(Dates, FixedFormats) {
-  const std::tm time = SampleTime();
+  std::tm time{};
+  ASSERT_TRUE(DateTimeWrapper::GMTime(1425719100, &time));
   std::string text;
-  EXPECT_TRUE(DateTimeWrapperStr::DateString(&time, text));
-  EXPECT_EQ(text, "2015-03-07");
-  EXPECT_TRUE(DateTimeWrapperStr::TimeString(&time, text));
-  EXPECT_EQ(text, "09:05:00");
   EXPECT_TRUE(DateTimeWrapperStr::DateTimeString(&time, text));
   EXPECT_EQ(text, "2015-03-07 09:05:00");
   EXPECT_TRUE(DateTimeWrapperStr::UnixStdFormat(&time, text));
   EXPECT_EQ(text, "Sat Mar  7 09:05:00 2015\n");
+  EXPECT_TRUE(DateTimeWrapperStr::WeekDayString(&time, text));
+  EXPECT_EQ(text, "Saturday");
+  const std::string format = "%H:%M" + std::string(20000, 'x');
+  EXPECT_TRUE(DateTimeWrapperStr::FormatString(format.c_str(), &time, text));
+  EXPECT_EQ(text, "09:05" + std::string(20000, 'x'));
   EXPECT_FALSE(DateTimeWrapperStr::DateTimeString(nullptr, text));
   EXPECT_EQ(text, "");
-}
-
-TEST(Dates, WildFieldsAreFolded) {
-  std::tm time{};
-  time.tm_year = INT_MAX;
-  time.tm_mon = INT_MAX;
-  time.tm_wday = -3;
-  time.tm_mday = 32;
-  time.tm_hour = 24;
-  time.tm_min = 60;
-  time.tm_sec = 61;
-  std::string text;
-  EXPECT_TRUE(DateTimeWrapperStr::DateTimeString(&time, text));
-  EXPECT_EQ(text,
-            "2147485547-" + std::to_string((INT_MAX + 1LL) % 13 + 100).substr(1) + "-00 00:00:01");
+  EXPECT_FALSE(DateTimeWrapper::LocalTime(LLONG_MAX, &time));
+  time.tm_mon = time.tm_wday = INT_MAX;  // no fault whatever stands in it
   EXPECT_TRUE(DateTimeWrapperStr::UnixStdFormat(&time, text));
   EXPECT_EQ(text.substr(0, 7), "??? ???");
-}
-
-TEST(Dates, SundayIsSevenNotZero) {
-  std::tm time = SampleTime();
-  std::string text;
-  const Texts expected{"",       "Monday",   "Tuesday", "Wednesday", "Thursday",
-                       "Friday", "Saturday", "Sunday",  ""};
-  for (int day = 0; day < 9; ++day) {
-    time.tm_wday = day;
-    EXPECT_TRUE(DateTimeWrapperStr::WeekDayString(&time, text));
-    EXPECT_EQ(text, expected[static_cast<std::size_t>(day)]);
-  }
-}
-
-TEST(Dates, FormatsOfAnyLength) {
-  const std::tm time = SampleTime();
-  std::string text;
-  EXPECT_TRUE(DateTimeWrapperStr::FormatString("%H:%M", &time, text));
-  EXPECT_EQ(text, "09:05");
-  std::string many;
-  std::string expected;
-  for (int i = 0; i < 5000; ++i) {
-    many += "%Y";
-    expected += "2015";
-  }
-  EXPECT_TRUE(DateTimeWrapperStr::FormatString(many.c_str(), &time, text));
-  EXPECT_EQ(text, expected);
-  EXPECT_FALSE(DateTimeWrapperStr::FormatString("", &time, text));
-  EXPECT_FALSE(DateTimeWrapperStr::FormatString("%Y", nullptr, text));
-  EXPECT_EQ(text, "");
-}
-
-TEST(Dates, ClockAndConversions) {
-  std::tm time{};
-  EXPECT_TRUE(DateTimeWrapper::GMTime(1425719100, &time));
-  std::string text;
-  DateTimeWrapperStr::DateTimeString(&time, text);
-  EXPECT_EQ(text, "2015-03-07 09:05:00");
-  EXPECT_FALSE(DateTimeWrapper::GMTime(0, nullptr));
-  EXPECT_FALSE(DateTimeWrapper::LocalTime(LLONG_MAX, &time));
-
-  const std::int64_t before = DateTimeWrapper::CurrentTime();
-  EXPECT_GT(before, 1425719100);
-  EXPECT_EQ(DateTimeWrapper::SleepUSec(999), 0u);
-  EXPECT_EQ(DateTimeWrapper::SleepMSec(1100), 0u);
-  EXPECT_GT(DateTimeWrapper::CurrentTime(), before);
 }
 
 class Reporter : public ErrorReporting {
@@ -168,26 +93,18 @@ class Reporter : public ErrorReporting {
 
 TEST(Errors, LastMessageIsKeptWholeAndPrinted) {
   Reporter reporter;
-  EXPECT_EQ(reporter.LastError(), "");
   Texts printed;
   reporter.SetErrorPrinterHandle(
       [](const char* message, void* data) { static_cast<Texts*>(data)->push_back(message); },
       &printed);
   const std::string big(4095, 'x');
-  reporter.SetLastError("%s", big.c_str());
-  EXPECT_EQ(reporter.LastError(), big);
   reporter.SetLastError("%s!%s", big.c_str(), big.c_str());
-  EXPECT_EQ(reporter.LastError(), big + "!" + big);
-  const char* none = nullptr;
-  reporter.SetLastError(none, 0);
   EXPECT_EQ(reporter.LastError(), big + "!" + big);
   reporter.SetLastError("%s", "");
   EXPECT_EQ(reporter.LastError(), "");
-  EXPECT_EQ(printed, (Texts{big, big + "!" + big}));
-
   reporter.SetErrorPrinterHandle(nullptr, nullptr);
   reporter.SetLastError("quiet");
-  EXPECT_EQ(printed.size(), 2u);
+  EXPECT_EQ(printed, Texts{big + "!" + big});
 }
 
 TEST(Errors, MessagesUseADecimalPoint) {
