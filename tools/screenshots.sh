@@ -35,7 +35,7 @@ manager=$!
 # Where things are in the main window, from the program's own header.
 c++ -std=c++20 -I "$root/src" -x c++ - -o "$scratch/places" <<'CODE'
 #include <cstdio>
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 using namespace Layout;
 int main() {
   const int w = kWindowWidth, tool = kToolSize / 2;

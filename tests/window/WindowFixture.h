@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "window/Desktop.h"
 
 // Seconds. The poll that takes jobs in comes every three seconds.

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "ui/fltk/Icons.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 

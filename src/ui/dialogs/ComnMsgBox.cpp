@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "ui/fltk/Icons.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/ToolButton.h"

@@ -8,7 +8,7 @@
 #include "jobs/HostLine.h"
 #include "jobs/JobArguments.h"
 #include "ui/dialogs/DialogTools.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/LineInput.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Numbers.h"

@@ -8,7 +8,7 @@
 
 #include "ui/fltk/Flx_HeaderButton.h"
 #include "ui/fltk/Flx_TableRows.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <FL/Fl_Tooltip.H>
 
 #include "jobs/JobFile.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/ThemeFonts.h"
 #include "ui/text/Encoding.h"
 

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <utility>
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/HelpPage.h"

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <vector>
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"

@@ -2,7 +2,7 @@
 #ifndef KR_UI_WINDOW_ACTIONS_H
 #define KR_UI_WINDOW_ACTIONS_H
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 
 // The tools first, in their order in the tool row.
 enum class Action {

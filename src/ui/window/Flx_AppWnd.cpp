@@ -5,7 +5,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/fltk/EventFilter.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/help/TextViewer.h"

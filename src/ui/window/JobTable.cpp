@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "ui/dialogs/CellDrawing.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"

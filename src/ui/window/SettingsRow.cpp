@@ -5,7 +5,7 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/MpiKinds.h"
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"

@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-#include "ui/fltk/Layout.h"
+#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 

@@ -1,7 +1,7 @@
 // Sizes and positions of the main window, in pixels. Plain numbers without toolkit headers, so that
 // tests compute where to click.
-#ifndef KR_UI_FLTK_LAYOUT_H
-#define KR_UI_FLTK_LAYOUT_H
+#ifndef KR_UI_WINDOW_LAYOUT_H
+#define KR_UI_WINDOW_LAYOUT_H
 
 namespace Layout {
 
