@@ -5,14 +5,14 @@
 #include <cmath>
 
 #include "ui/fltk/Icons.h"
-#include "ui/window/Layout.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 
 namespace CellDrawing {
 
 void UseFont() {
-  fl_font(FL_HELVETICA, Layout::kFontSize);
+  fl_font(FL_HELVETICA, Sizes::kFontSize);
 }
 
 void Words(const CellArea& cell, const std::string& text, bool keepEnd) {

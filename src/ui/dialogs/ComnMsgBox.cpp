@@ -8,14 +8,17 @@
 #include <algorithm>
 
 #include "ui/fltk/Icons.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/ToolButton.h"
 
 namespace {
 
-constexpr int kFooterHeight = Layout::kButtonHeight + 2 * Layout::kBoxPadding - 8;
+constexpr int kIconSize = 40;
+constexpr int kLeastWidth = 320;
+constexpr int kTextWidth = 420;  // of a line before it is broken
+constexpr int kFooterHeight = Sizes::kButtonHeight + 2 * Sizes::kBoxPadding - 8;
 
 // The two buttons and the one that was pressed.
 class BoxWindow : public ModalWindow {
@@ -59,11 +62,11 @@ class BoxWindow : public ModalWindow {
 };
 
 int ButtonWidth(const std::string& text) {
-  fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
+  fl_font(FL_HELVETICA_BOLD, Sizes::kFontSize);
   int width = 0;
   int height = 0;
   fl_measure(text.c_str(), width, height, 0);
-  return std::max(Layout::kButtonWidth, width + 2 * Layout::kBoxPadding);
+  return std::max(Sizes::kButtonWidth, width + 2 * Sizes::kBoxPadding);
 }
 
 }  // namespace
@@ -80,14 +83,14 @@ void ComnMsgBox::SetButtonTexts(const std::string& first, const std::string& sec
 }
 
 ComnMsgBox::Button ComnMsgBox::DoModal() {
-  using namespace Layout;
+  using namespace Sizes;
   fl_font(FL_HELVETICA, kFontSize);
-  int textWidth = kBoxTextWidth;
+  int textWidth = kTextWidth;
   int textHeight = 0;
   fl_measure(text_.c_str(), textWidth, textHeight, 0);
-  const int textX = 2 * kBoxPadding + kBoxIcon;
-  const int width = std::max(kBoxMinWidth, textX + textWidth + 2 * kBoxPadding);
-  const int bodyHeight = std::max(kBoxIcon, textHeight) + 2 * kBoxPadding;
+  const int textX = 2 * kBoxPadding + kIconSize;
+  const int width = std::max(kLeastWidth, textX + textWidth + 2 * kBoxPadding);
+  const int bodyHeight = std::max(kIconSize, textHeight) + 2 * kBoxPadding;
   BoxWindow window(width, bodyHeight + kFooterHeight);
   window.copy_label(caption_.c_str());
   window.xclass("KestrunMessage");
@@ -95,7 +98,7 @@ ComnMsgBox::Button ComnMsgBox::DoModal() {
   Fl_Box body(0, 0, width, bodyHeight);
   body.box(FL_FLAT_BOX);
   body.color(Theme::kSurface);
-  Fl_Box icon(kBoxPadding, kBoxPadding, kBoxIcon, kBoxIcon);
+  Fl_Box icon(kBoxPadding, kBoxPadding, kIconSize, kIconSize);
   icon.image(::Icon(icon_ == kQuestion ? "box_question" : "box_info"));
   Fl_Box text(textX, kBoxPadding, width - textX - kBoxPadding, bodyHeight - 2 * kBoxPadding);
   text.align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);

@@ -8,10 +8,10 @@
 #include "jobs/HostLine.h"
 #include "jobs/JobArguments.h"
 #include "ui/dialogs/DialogTools.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/LineInput.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Numbers.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 
@@ -90,7 +90,7 @@ Fl_Box* HostEditor::MakeBox(int x, int width, const std::string& label) {
   const int top = area_.y() + Fl::box_dy(area_.box());
   auto* box = new Fl_Box(area_.x() + kInset + x, top, width, kHeadHeight);
   box->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-  box->labelsize(Layout::kFontSize);
+  box->labelsize(Sizes::kFontSize);
   box->labelcolor(Theme::kMuted);
   box->copy_label(PlainLabel(label).c_str());
   return box;
@@ -113,7 +113,7 @@ HostEditor::Row HostEditor::MakeRow(const std::string& line) {
   row.cpus->value(line.empty() ? "1" : std::to_string(host.cpus).c_str());
   for (Fl_Input* input : {row.name, row.cpus}) {
     input->color(Theme::kSurface);
-    input->textsize(Layout::kFontSize);
+    input->textsize(Sizes::kFontSize);
     input->when(FL_WHEN_RELEASE | FL_WHEN_ENTER_KEY);
     input->callback([](Fl_Widget*, void* self) { static_cast<HostEditor*>(self)->Store(); }, this);
   }
@@ -140,7 +140,7 @@ void HostEditor::Rebuild() {
   }
   add_ = new Fl_Button(area_.x() + kInset, 0, kAddWidth, kRowHeight);
   add_->copy_label(texts_("host_add").c_str());
-  add_->labelsize(Layout::kFontSize);
+  add_->labelsize(Sizes::kFontSize);
   add_->callback([](Fl_Widget*, void* self) { static_cast<HostEditor*>(self)->AddRow(); }, this);
   note_ = MakeBox(0, kRowWidth, {});
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_TOP | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);

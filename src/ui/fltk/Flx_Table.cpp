@@ -8,7 +8,7 @@
 
 #include "ui/fltk/Flx_HeaderButton.h"
 #include "ui/fltk/Flx_TableRows.h"
-#include "ui/window/Layout.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 
 namespace {
@@ -63,18 +63,18 @@ class Area : public Fl_Scroll {
 
 Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
   box(FL_DOWN_FRAME);
-  heads_ = new Fl_Group(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
+  heads_ = new Fl_Group(x + kFrame, y + kFrame, w - 2 * kFrame, Sizes::kHeaderHeight);
   heads_->box(FL_FLAT_BOX);
   heads_->color(Theme::kHeader);
   heads_->clip_children(1);
   heads_->resizable(nullptr);
   heads_->end();
   // Its frame lies on the table's and on the line below the heads.
-  scroll_ = new Area(x, y + Layout::kHeaderHeight, w, h - Layout::kHeaderHeight);
+  scroll_ = new Area(x, y + Sizes::kHeaderHeight, w, h - Sizes::kHeaderHeight);
   scroll_->box(FL_DOWN_FRAME);
   scroll_->type(Fl_Scroll::BOTH);
-  scroll_->scrollbar.linesize(Layout::kRowHeight);
-  scroll_->hscrollbar.linesize(Layout::kRowHeight);
+  scroll_->scrollbar.linesize(Sizes::kRowHeight);
+  scroll_->hscrollbar.linesize(Sizes::kRowHeight);
   scroll_->color(Theme::kSurface);
   extent_ = new Extent(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
   rows_ = new Rows(*this, scroll_->x(), scroll_->y(), scroll_->w(), scroll_->h());
@@ -118,14 +118,14 @@ void Flx_Table::LayOut() {
   if (columns_.empty()) return;
   const int width = std::max(0, scroll_->w() - 2 * kFrame);
   const int height = std::max(0, scroll_->h() - 2 * kFrame);
-  const int rowsHeight = RowCount() * Layout::kRowHeight;
-  const auto leaveRoomBeside = [&] { viewWidth_ = std::max(0, width - Layout::kScrollbarSize); };
+  const int rowsHeight = RowCount() * Sizes::kRowHeight;
+  const auto leaveRoomBeside = [&] { viewWidth_ = std::max(0, width - Sizes::kScrollbarSize); };
   viewWidth_ = width;
   viewHeight_ = height;
   if (rowsHeight > height) leaveRoomBeside();
   totalWidth_ = SpreadColumns();
   if (totalWidth_ > viewWidth_) {
-    viewHeight_ = std::max(0, height - Layout::kScrollbarSize);
+    viewHeight_ = std::max(0, height - Sizes::kScrollbarSize);
     if (rowsHeight > viewHeight_) leaveRoomBeside();
     totalWidth_ = SpreadColumns();
   }
@@ -153,18 +153,17 @@ void Flx_Table::ScrollTo(int x, int y) {
 
 void Flx_Table::resize(int x, int y, int w, int h) {
   Fl_Widget::resize(x, y, w, h);
-  heads_->resize(x + kFrame, y + kFrame, w - 2 * kFrame, Layout::kHeaderHeight);
-  scroll_->resize(x, y + Layout::kHeaderHeight, w, std::max(0, h - Layout::kHeaderHeight));
+  heads_->resize(x + kFrame, y + kFrame, w - 2 * kFrame, Sizes::kHeaderHeight);
+  scroll_->resize(x, y + Sizes::kHeaderHeight, w, std::max(0, h - Sizes::kHeaderHeight));
   LayOut();
 }
 
 int Flx_Table::FirstVisibleRow() const {
-  return scroll_->yposition() / Layout::kRowHeight;
+  return scroll_->yposition() / Sizes::kRowHeight;
 }
 
 int Flx_Table::LastVisibleRow() const {
-  const int end =
-      (scroll_->yposition() + viewHeight_ + Layout::kRowHeight - 1) / Layout::kRowHeight;
+  const int end = (scroll_->yposition() + viewHeight_ + Sizes::kRowHeight - 1) / Sizes::kRowHeight;
   return std::min(end, RowCount());
 }
 
@@ -173,8 +172,8 @@ void Flx_Table::SelectRow(int row) {
   const int old = current_;
   current_ = row;
   if (row >= 0) {
-    const int top = row * Layout::kRowHeight;
-    const int bottom = top + Layout::kRowHeight - viewHeight_;
+    const int top = row * Sizes::kRowHeight;
+    const int bottom = top + Sizes::kRowHeight - viewHeight_;
     const int y = std::min(std::max(scroll_->yposition(), bottom), top);
     ScrollTo(scroll_->xposition(), y);
   }

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "ui/window/Layout.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 
 namespace {
@@ -44,9 +44,9 @@ void Flx_Table::Rows::Pin() {
 
 void Flx_Table::Rows::RedrawRow(int row) {
   if (row < 0 || !visible_r()) return;
-  const int top = table_.OriginY() + row * Layout::kRowHeight;
+  const int top = table_.OriginY() + row * Sizes::kRowHeight;
   const int from = std::max(top, y());
-  const int to = std::min(top + Layout::kRowHeight, y() + h());
+  const int to = std::min(top + Sizes::kRowHeight, y() + h());
   if (to > from) damage(FL_DAMAGE_USER1, x(), from, w(), to - from);
 }
 
@@ -60,9 +60,9 @@ void Flx_Table::Rows::draw() {
     table_.DrawEmpty(x(), y(), w(), h());
     return;
   }
-  const int first = (clipY - table_.OriginY()) / Layout::kRowHeight;
+  const int first = (clipY - table_.OriginY()) / Sizes::kRowHeight;
   const int last =
-      std::min((clipY + clipH - table_.OriginY() + Layout::kRowHeight - 1) / Layout::kRowHeight,
+      std::min((clipY + clipH - table_.OriginY() + Sizes::kRowHeight - 1) / Sizes::kRowHeight,
                table_.RowCount());
   if (first >= last) return;
   table_.PrepareRows(first, last);
@@ -70,22 +70,22 @@ void Flx_Table::Rows::draw() {
 }
 
 void Flx_Table::Rows::DrawRow(int row, int last) {
-  const int top = table_.OriginY() + row * Layout::kRowHeight;
+  const int top = table_.OriginY() + row * Sizes::kRowHeight;
   const bool focused = Fl::focus() == this;
   Fl_Color fill = Theme::kSurface;
   if (row == hoverRow_) fill = Theme::kRowHover;
   if (row == table_.current_) fill = focused ? Theme::kSelected : Theme::kSelectedUnfocused;
   fl_color(fill);
-  fl_rectf(x(), top, w(), Layout::kRowHeight - 1);
+  fl_rectf(x(), top, w(), Sizes::kRowHeight - 1);
   fl_color(Theme::kFaintLine);
-  fl_xyline(x(), top + Layout::kRowHeight - 1, x() + w() - 1);
+  fl_xyline(x(), top + Sizes::kRowHeight - 1, x() + w() - 1);
   int left = table_.OriginX();
   for (int column = 0; column < table_.ColumnCount(); ++column) {
     const int width = table_.widths_[static_cast<std::size_t>(column)];
     if (left >= last) break;
-    if (fl_not_clipped(left, top, width, Layout::kRowHeight)) {
-      fl_push_clip(left, top, width, Layout::kRowHeight);
-      table_.DrawCell({row, column, left, top, width, Layout::kRowHeight - 1,
+    if (fl_not_clipped(left, top, width, Sizes::kRowHeight)) {
+      fl_push_clip(left, top, width, Sizes::kRowHeight);
+      table_.DrawCell({row, column, left, top, width, Sizes::kRowHeight - 1,
                        row == hoverRow_ && column == hoverColumn_});
       fl_pop_clip();
     }
@@ -94,7 +94,7 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
 }
 
 int Flx_Table::Rows::RowAtMouse() const {
-  const int row = (Fl::event_y() - table_.OriginY()) / Layout::kRowHeight;
+  const int row = (Fl::event_y() - table_.OriginY()) / Sizes::kRowHeight;
   return Fl::event_y() >= y() && row < table_.RowCount() ? row : -1;
 }
 
@@ -115,8 +115,8 @@ void Flx_Table::Rows::ShowTip() {
     return;
   }
   Fl_Tooltip::enter_area(
-      this, table_.ColumnX(hoverColumn_), table_.OriginY() + hoverRow_ * Layout::kRowHeight - y(),
-      table_.widths_[static_cast<std::size_t>(hoverColumn_)], Layout::kRowHeight, tip_.c_str());
+      this, table_.ColumnX(hoverColumn_), table_.OriginY() + hoverRow_ * Sizes::kRowHeight - y(),
+      table_.widths_[static_cast<std::size_t>(hoverColumn_)], Sizes::kRowHeight, tip_.c_str());
 }
 
 void Flx_Table::Rows::OpenMenu(int x, int y) {
@@ -143,11 +143,11 @@ int Flx_Table::Rows::HandlePush() {
 int Flx_Table::Rows::HandleKey() {
   const int key = Fl::event_key();
   const int current = table_.current_;
-  const int page = std::max(1, h() / Layout::kRowHeight - 1);
+  const int page = std::max(1, h() / Sizes::kRowHeight - 1);
   if (key == FL_Menu || (key == FL_F + 10 && Fl::event_state(FL_SHIFT))) {
     table_.SelectRow(current);
-    OpenMenu(x() + Layout::kRowHeight,
-             current < 0 ? y() : table_.OriginY() + (current + 1) * Layout::kRowHeight);
+    OpenMenu(x() + Sizes::kRowHeight,
+             current < 0 ? y() : table_.OriginY() + (current + 1) * Sizes::kRowHeight);
     return 1;
   }
   if (HasModifier()) return 0;
@@ -171,12 +171,10 @@ int Flx_Table::Rows::HandleKey() {
       table_.SelectRow(std::max(0, current) + page);
       return 1;
     case FL_Left:
-      table_.ScrollTo(table_.scroll_->xposition() - Layout::kRowHeight,
-                      table_.scroll_->yposition());
+      table_.ScrollTo(table_.scroll_->xposition() - Sizes::kRowHeight, table_.scroll_->yposition());
       return 1;
     case FL_Right:
-      table_.ScrollTo(table_.scroll_->xposition() + Layout::kRowHeight,
-                      table_.scroll_->yposition());
+      table_.ScrollTo(table_.scroll_->xposition() + Sizes::kRowHeight, table_.scroll_->yposition());
       return 1;
     case FL_Escape:
       if (!table_.EscapeDeselects()) return 0;
@@ -189,7 +187,7 @@ int Flx_Table::Rows::HandleKey() {
 
 int Flx_Table::Rows::HandleWheel() {
   const bool sideways = Fl::event_dx() != 0 || Fl::event_state(FL_SHIFT);
-  const int steps = (Fl::event_dy() + Fl::event_dx()) * kWheelRows * Layout::kRowHeight;
+  const int steps = (Fl::event_dy() + Fl::event_dx()) * kWheelRows * Sizes::kRowHeight;
   table_.ScrollTo(table_.scroll_->xposition() + (sideways ? steps : 0),
                   table_.scroll_->yposition() + (sideways ? 0 : steps));
   Hover(RowAtMouse(), table_.ColumnAt(Fl::event_x()));

@@ -6,7 +6,7 @@
 #include <FL/Fl_Tooltip.H>
 
 #include "jobs/JobFile.h"
-#include "ui/window/Layout.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/ThemeFonts.h"
 #include "ui/text/Encoding.h"
 
@@ -52,7 +52,7 @@ void DrawMenuLabel(const Fl_Label* label, int x, int y, int w, int h, Fl_Align a
 void MeasureMenuLabel(const Fl_Label* label, int& w, int& h) {
   fl_font(label->font, label->size);
   fl_measure(label->value, w, h, 0);
-  h += Layout::kMenuSpacing;
+  h += Sizes::kMenuSpacing;
 }
 
 void DrawLabel936(const Fl_Label* label, int x, int y, int w, int h, Fl_Align align) {
@@ -75,7 +75,7 @@ void SetPalette(Fl_Color index, Fl_Color color) {
 
 void Theme::Apply(int language) {
   SetInterfaceFonts(language);
-  FL_NORMAL_SIZE = Layout::kFontSize;
+  FL_NORMAL_SIZE = Sizes::kFontSize;
   const auto part = [](Fl_Color color, int shift) { return static_cast<uchar>(color >> shift); };
   Fl::background(part(kWindow, 24), part(kWindow, 16), part(kWindow, 8));
   Fl::background2(part(kSurface, 24), part(kSurface, 16), part(kSurface, 8));
@@ -96,11 +96,11 @@ void Theme::Apply(int language) {
 
   Fl::set_labeltype(kMenuLabel, DrawMenuLabel, MeasureMenuLabel);
   Fl::set_labeltype(kLabel936, DrawLabel936, MeasureLabel936);
-  Fl::scrollbar_size(Layout::kScrollbarSize);
+  Fl::scrollbar_size(Sizes::kScrollbarSize);
   Fl::visible_focus(1);
   // One look for all windows; the toolkit's own chooser also leaves the process's locale alone.
   Fl::option(Fl::OPTION_FNFC_USES_GTK, false);
-  Fl_Tooltip::size(Layout::kFontSize);
+  Fl_Tooltip::size(Sizes::kFontSize);
   Fl_Tooltip::color(kText);
   Fl_Tooltip::textcolor(kSurface);
   Fl_Tooltip::delay(0.6F);

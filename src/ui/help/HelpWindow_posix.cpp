@@ -10,8 +10,8 @@
 #include <cstring>
 #include <utility>
 
-#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/HelpPage.h"
 
@@ -20,7 +20,7 @@ namespace {
 constexpr int kMinWidth = 480;
 constexpr int kMinHeight = 280;
 constexpr int kContentsWidth = 230;
-constexpr int kToolsHeight = Layout::kButtonHeight + 2 * Layout::kMargin;
+constexpr int kToolsHeight = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFindWidth = 180;
 constexpr int kTextSize = 13;
 constexpr int kContentsTextSize = 13;
@@ -44,7 +44,7 @@ bool IsWebAddress(const std::string& link) {
 }
 
 Fl_Button* MakeButton(int x, const std::string& label, Fl_Callback* call, void* self) {
-  auto* button = new Fl_Button(x, Layout::kMargin, Layout::kButtonWidth, Layout::kButtonHeight);
+  auto* button = new Fl_Button(x, Sizes::kMargin, Sizes::kButtonWidth, Sizes::kButtonHeight);
   button->copy_label(label.c_str());
   button->color(Theme::kSurface);
   button->callback(call, self);
@@ -135,15 +135,15 @@ void HelpWindow::MakeTools() {
     return by < 0 ? [](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->Step(-1); }
                   : [](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->Step(1); };
   };
-  back_ = MakeButton(Layout::kMargin, texts_.Get("ui_help_back"), step(-1), this);
-  forward_ = MakeButton(Layout::kMargin + Layout::kButtonWidth + Layout::kGap,
+  back_ = MakeButton(Sizes::kMargin, texts_.Get("ui_help_back"), step(-1), this);
+  forward_ = MakeButton(Sizes::kMargin + Sizes::kButtonWidth + Sizes::kGap,
                         texts_.Get("ui_help_forward"), step(1), this);
-  const int noteX = forward_->x() + forward_->w() + Layout::kMargin;
-  const int findX = w() - Layout::kMargin - kFindWidth;
-  note_ = new Fl_Box(noteX, Layout::kMargin, findX - 60 - noteX, Layout::kButtonHeight);
+  const int noteX = forward_->x() + forward_->w() + Sizes::kMargin;
+  const int findX = w() - Sizes::kMargin - kFindWidth;
+  note_ = new Fl_Box(noteX, Sizes::kMargin, findX - 60 - noteX, Sizes::kButtonHeight);
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
   note_->labelcolor(Theme::kMuted);
-  find_ = new Fl_Input(findX, Layout::kMargin, kFindWidth, Layout::kButtonHeight);
+  find_ = new Fl_Input(findX, Sizes::kMargin, kFindWidth, Sizes::kButtonHeight);
   find_->copy_label(texts_.Get("ui_help_find").c_str());
   find_->when(FL_WHEN_ENTER_KEY | FL_WHEN_NOT_CHANGED);
   find_->callback([](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->FindNext(); }, this);

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <vector>
 
-#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
@@ -21,7 +21,7 @@ constexpr double kFollowSeconds = 1.0;
 constexpr int kWidth = 820;
 constexpr int kHeight = 560;
 constexpr int kTitleBar = 24;  // of the window manager, above the window's own area
-constexpr int kFooter = Layout::kButtonHeight + 2 * Layout::kMargin;
+constexpr int kFooter = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
 std::vector<TextViewer*>& OpenWindows() {
@@ -107,16 +107,16 @@ TextViewer::TextViewer(const std::string& path, const TextTable& texts)
   display_->box(FL_FLAT_BOX);
   display_->buffer(buffer_);
   display_->textfont(FL_COURIER);
-  display_->textsize(Layout::kFontSize);
+  display_->textsize(Sizes::kFontSize);
   display_->textcolor(Theme::kText);
   auto* footer = new Fl_Group(0, kHeight - kFooter, kWidth, kFooter);
-  const int y = kHeight - kFooter + Layout::kMargin;
-  note_ = new Fl_Box(Layout::kMargin, y, 10, Layout::kButtonHeight);
+  const int y = kHeight - kFooter + Sizes::kMargin;
+  note_ = new Fl_Box(Sizes::kMargin, y, 10, Sizes::kButtonHeight);
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
   note_->labelcolor(Theme::kMuted);
   const auto button = [&](const char* key, int fromRight, Fl_Callback* call) {
-    const int x = kWidth - fromRight * (Layout::kButtonWidth + Layout::kMargin);
-    auto* made = new Fl_Button(x, y, Layout::kButtonWidth, Layout::kButtonHeight);
+    const int x = kWidth - fromRight * (Sizes::kButtonWidth + Sizes::kMargin);
+    auto* made = new Fl_Button(x, y, Sizes::kButtonWidth, Sizes::kButtonHeight);
     made->copy_label(texts_.Get(key).c_str());
     made->color(Theme::kSurface);
     made->callback(call, this);
@@ -126,7 +126,7 @@ TextViewer::TextViewer(const std::string& path, const TextTable& texts)
                         [](Fl_Widget*, void* self) { static_cast<TextViewer*>(self)->Load(); });
   button("ui_text_close", 1,
          [](Fl_Widget*, void* self) { Fl::delete_widget(static_cast<TextViewer*>(self)); });
-  note_->size(reload->x() - 2 * Layout::kMargin, Layout::kButtonHeight);
+  note_->size(reload->x() - 2 * Sizes::kMargin, Sizes::kButtonHeight);
   footer->end();
   footer->resizable(note_);
   end();

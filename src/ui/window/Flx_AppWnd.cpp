@@ -5,10 +5,10 @@
 #include <FL/fl_draw.H>
 
 #include "ui/fltk/EventFilter.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/help/TextViewer.h"
+#include "ui/window/Layout.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <cmath>
 
 #include "ui/fltk/Icons.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/window/Layout.h"
 
 namespace {
 

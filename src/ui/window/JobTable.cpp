@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "ui/dialogs/CellDrawing.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/window/Layout.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

@@ -3,22 +3,18 @@
 #ifndef KR_UI_WINDOW_LAYOUT_H
 #define KR_UI_WINDOW_LAYOUT_H
 
+#include "ui/fltk/Sizes.h"
+
 namespace Layout {
 
-// The main window.
+using namespace Sizes;
+
 inline constexpr int kWindowX = 100;
 inline constexpr int kWindowY = 100;
 inline constexpr int kWindowWidth = 1000;
 inline constexpr int kWindowHeight = 448;
 inline constexpr int kMinWidth = 720;
 inline constexpr int kMinHeight = 320;
-
-inline constexpr int kMargin = 8;  // between the window's edge and what it holds
-inline constexpr int kGap = 6;     // between neighbours
-
-inline constexpr int kFontSize = 12;
-inline constexpr int kSmallFontSize = 11;
-inline constexpr int kMenuSpacing = 5;  // pixels more than the toolkit leaves between menu items
 
 // The tool row: groups of square buttons from the left, the last group at the right edge.
 inline constexpr int kToolRowHeight = 42;
@@ -127,7 +123,6 @@ constexpr int TabsY(int windowWidth) {
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight;
 }
-inline constexpr int kHeaderHeight = 26;
 // What the columns of the job table are made for; others share what a window has more or less.
 inline constexpr int kColumnWidths[] = {160, 192, 110, 68, 70, 92, 70, 76, 64, 98};
 // A window in which they have just these widths.
@@ -138,21 +133,11 @@ constexpr int ColumnX(int column) {
   return x;
 }
 static_assert(ColumnX(10) == kColumnsWindowWidth - kMargin - 1);
-inline constexpr int kRowHeight = 24;
-inline constexpr int kScrollbarSize = 14;
 inline constexpr int kStatusHeight = 26;
 // The middle of a row of the table, counted from the first visible one.
 constexpr int RowY(int row, int windowWidth) {
   return TableY(windowWidth) + 1 + kHeaderHeight + row * kRowHeight + kRowHeight / 2;
 }
-
-// Dialogs and message boxes.
-inline constexpr int kButtonWidth = 84;
-inline constexpr int kButtonHeight = 26;
-inline constexpr int kBoxPadding = 16;
-inline constexpr int kBoxIcon = 40;
-inline constexpr int kBoxMinWidth = 320;
-inline constexpr int kBoxTextWidth = 420;
 
 }  // namespace Layout
 

@@ -5,11 +5,11 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/MpiKinds.h"
-#include "ui/window/Layout.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
+#include "ui/window/Layout.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ui/window/Layout.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
+#include "ui/window/Layout.h"
 
 namespace {
 

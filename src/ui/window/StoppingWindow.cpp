@@ -6,9 +6,9 @@
 
 #include <chrono>
 
-#include "ui/window/Layout.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
+#include "ui/window/Layout.h"
 
 namespace {
 
