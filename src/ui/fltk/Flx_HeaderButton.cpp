@@ -4,7 +4,6 @@
 #include <FL/fl_draw.H>
 #include <FL/Fl_Window.H>
 
-#include "ui/fltk/Flx_Table.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 
@@ -15,8 +14,8 @@ constexpr int kTextPadding = 8;
 
 }  // namespace
 
-Flx_HeaderButton::Flx_HeaderButton(Flx_Table& table, int column, const std::string& title)
-    : Fl_Button(0, 0, 10, 10), table_(table), column_(column), title_(title) {
+Flx_HeaderButton::Flx_HeaderButton(ColumnSizer& sizer, int column, const std::string& title)
+    : Fl_Button(0, 0, 10, 10), sizer_(sizer), column_(column), title_(title) {
   visible_focus(0);
 }
 
@@ -51,18 +50,18 @@ int Flx_HeaderButton::handle(int event) {
       if (Fl::event_button() != FL_LEFT_MOUSE || ColumnAtEdge() < 0) return 1;
       if (Fl::event_clicks() > 0) {
         Fl::event_clicks(0);
-        table_.FitColumn(ColumnAtEdge());
+        sizer_.FitColumn(ColumnAtEdge());
         return 1;
       }
       pushX_ = Fl::event_x();
-      table_.BeginColumnResize(ColumnAtEdge());
+      sizer_.BeginColumnResize(ColumnAtEdge());
       ShowResizeCursor();
       return 1;
     case FL_DRAG:
-      table_.ResizeColumn(Fl::event_x() - pushX_);
+      sizer_.ResizeColumn(Fl::event_x() - pushX_);
       return 1;
     case FL_RELEASE:
-      table_.EndColumnResize();
+      sizer_.EndColumnResize();
       return 1;
     default:
       return Fl_Widget::handle(event);

@@ -6,12 +6,22 @@
 
 #include <string>
 
-class Flx_Table;
+// What a head asks of its table while the user drags the right edge of a column.
+class ColumnSizer {
+ public:
+  virtual void BeginColumnResize(int column) = 0;
+  virtual void ResizeColumn(int byPixels) = 0;  // since the beginning
+  virtual void EndColumnResize() = 0;
+  virtual void FitColumn(int column) = 0;  // to its texts
+
+ protected:
+  ~ColumnSizer() = default;
+};
 
 // Its edges resize columns by dragging; a double click on an edge fits the column to its texts.
 class Flx_HeaderButton : public Fl_Button {
  public:
-  Flx_HeaderButton(Flx_Table& table, int column, const std::string& title);
+  Flx_HeaderButton(ColumnSizer& sizer, int column, const std::string& title);
 
   int handle(int event) override;
   void draw() override;
@@ -22,7 +32,7 @@ class Flx_HeaderButton : public Fl_Button {
   void ShowResizeCursor();
   void ShowDefaultCursor();
 
-  Flx_Table& table_;
+  ColumnSizer& sizer_;
   const int column_;
   const std::string title_;
   int pushX_ = 0;

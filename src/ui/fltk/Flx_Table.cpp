@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <numeric>
 
-#include "ui/fltk/Flx_HeaderButton.h"
 #include "ui/fltk/Flx_TableRows.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"

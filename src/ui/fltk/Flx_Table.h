@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-class Flx_HeaderButton;
+#include "ui/fltk/Flx_HeaderButton.h"
 
 struct TableColumn {
   std::string title;
@@ -21,7 +21,7 @@ struct TableColumn {
 // Base of the tables. Rows are not widgets: only those that can be seen are drawn, so the number of
 // rows does not matter. One row is current, or none. A derived class gives the rows and draws the
 // cells; its owner hears of what the user does through the functions below. Interface thread.
-class Flx_Table : public Fl_Group {
+class Flx_Table : public Fl_Group, private ColumnSizer {
  public:
   Flx_Table(int x, int y, int w, int h);
 
@@ -39,12 +39,6 @@ class Flx_Table : public Fl_Group {
 
   // Takes over the widths that the user gave to another table with the same columns.
   void CopyColumns(const Flx_Table& other);
-
-  // Used by the column heads: dragging the right edge of a column by a number of pixels.
-  void BeginColumnResize(int column);
-  void ResizeColumn(int byPixels);
-  void EndColumnResize();
-  void FitColumn(int column);
 
   // Moves the keyboard focus to the rows.
   void TakeFocus();
@@ -84,6 +78,10 @@ class Flx_Table : public Fl_Group {
  private:
   class Rows;
   class Extent;
+  void BeginColumnResize(int column) override;
+  void ResizeColumn(int byPixels) override;
+  void EndColumnResize() override;
+  void FitColumn(int column) override;
   void LayOut();
   void PlaceHeads();
   int SpreadColumns();          // over the view; returns the width of all
