@@ -12,11 +12,12 @@ namespace {
 
 // What went wrong before there was a window to tell it: jobs of the command line do not arrive, or
 // nothing can be kept, not even the log. Empty when all is well.
-std::string StartFailure(Application& application) {
+Message StartFailure(Application& application) {
   const SettingsAndPaths& settings = application.SettingsAndFiles();
-  if (application.exitCode != 0) return "Write tmp file [" + settings.handOverFile + "] failed";
+  if (application.exitCode != 0)
+    return Message(MessageId::kHandOverNotWritten, settings.handOverFile);
   if (FileDirWrapper::IsDirWritable(settings.workFolder)) return {};
-  return "Directory [" + settings.workFolder + "] is not writable";
+  return Message(MessageId::kFolderNotWritable, settings.workFolder);
 }
 
 }  // namespace
@@ -34,8 +35,8 @@ int RunProgram(std::vector<std::string> arguments) {
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
   const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data());
-  const std::string failure = StartFailure(application);
-  if (!failure.empty()) std::fprintf(stderr, "%s\n", failure.c_str());
+  const Message failure = StartFailure(application);
+  if (!failure.Empty()) std::fprintf(stderr, "%s\n", failure.English().c_str());
   if (first) RunWindow(application, notes, options, failure);
   return application.Shutdown();
 }

@@ -1,27 +1,20 @@
 #include "core/AppLog.h"
 
-#include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 
+#include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
 
-constexpr std::size_t kFormatBytes = 4096;
+constexpr std::size_t kMostBytes = 4095;
 
 std::string Now() {
   std::tm now{};
   std::string text;
   if (DateTimeWrapper::CurrentLocalTime(&now)) DateTimeWrapperStr::DateTimeString(&now, text);
-  return text;
-}
-
-std::string OneLine(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
   return text;
 }
 
@@ -38,28 +31,23 @@ void AppendLine(const std::string& path, const std::string& line) {
 
 }  // namespace
 
-void AppLog::Report(const char* format, ...) {
-  char text[kFormatBytes] = {};
-  std::va_list args;
-  va_start(args, format);
-  const int length = std::vsnprintf(text, sizeof(text), format, args);
-  va_end(args);
-  ReportLine(length < 0 ? format : text);
-}
-
-void AppLog::NoteLine(const std::string& line) {
+void AppLog::Note(const Message& message) {
+  const std::string line = OneLine(message.English()).substr(0, kMostBytes);
   const std::lock_guard<std::mutex> lock(mutex_);
-  AppendLine(path_, Now() + ">> " + OneLine(line) + '\n');
+  AppendLine(path_, Now() + ">> " + line + '\n');
 }
 
-void AppLog::ReportLine(const std::string& message) {
-  const std::string line = OneLine(message);
-  NoteLine(line);
+void AppLog::Report(const Message& message) {
+  Note(message);
   const std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
-  if (listener_) listener_(line);
+  if (listener_) listener_(message);
 }
 
-void AppLog::SetListener(std::function<void(const std::string& message)> listener) {
+MessageSink AppLog::Sink() {
+  return [this](const Message& message) { Report(message); };
+}
+
+void AppLog::SetListener(MessageSink listener) {
   const std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
   listener_ = std::move(listener);
 }

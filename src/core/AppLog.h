@@ -3,9 +3,10 @@
 #define KR_CORE_APPLOG_H
 
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <string>
+
+#include "messages/Message.h"
 
 // Any thread. A missing folder is made anew; a log that cannot be written is silently done without.
 class AppLog {
@@ -14,43 +15,34 @@ class AppLog {
 
   explicit AppLog(const std::string& path) : path_(path) {}
 
-  // Appends "DATE TIME>> MESSAGE". The formatted text is cut below 4,096 bytes.
-#if defined(__clang__)
-  __attribute__((format(printf, 2, 3)))
-#elif defined(__GNUC__)
-  __attribute__((format(gnu_printf, 2, 3)))
-#endif
-  void
-  Report(const char* format, ...);
+  // Appends "DATE TIME>> MESSAGE" in English, cut below 4,096 bytes. Line breaks in it become
+  // blanks: one line a message.
+  void Report(const Message& message);
 
-  // The message as it stands, any length. Line breaks in it become blanks: one line a message.
-  void ReportLine(const std::string& message);
+  // The same for what nobody needs to be told of now: the listener does not hear of it.
+  void Note(const Message& message);
 
-  // Writes a line that nobody needs to be told of now.
-  void NoteLine(const std::string& line);
+  // What other rooms are handed to report to.
+  MessageSink Sink();
+
+  void ReportLine(const std::string& line) { Report(Message(MessageId::kForeignWords, line)); }
+  void NoteLine(const std::string& line) { Note(Message(MessageId::kForeignWords, line)); }
 
   // Called with each reported message after it was written, on the reporting thread. Once this
   // returns, the former listener is not running any more. A listener must not wait for another
   // reporting thread.
-  void SetListener(std::function<void(const std::string& message)> listener);
+  void SetListener(MessageSink listener);
 
   // A log of more than kKeptBytes becomes "kr.log.old", in place of an older one. For the start.
   void StartNewWhenBig();
 
-  const std::string& Path() const {
-    return path_;
-  }
+  const std::string& Path() const { return path_; }
 
  private:
   std::string path_;
   std::mutex mutex_;                    // the file
   std::recursive_mutex listenerMutex_;  // held during calls; a listener may report something too
-  std::function<void(const std::string&)> listener_;
+  MessageSink listener_;
 };
-
-// For a "%s" argument: "Null" for an empty text.
-inline const char* OrNull(const std::string& text) {
-  return text.empty() ? "Null" : text.c_str();
-}
 
 #endif

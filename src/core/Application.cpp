@@ -102,7 +102,7 @@ bool Application::Initialise(int argc, const char* const* argv) {
   solvers_ = MakeSolvers();
   manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
   settings_->Log().SetListener(
-      [this](const std::string& message) { manager_->Observer().Logged(message); });
+      [this](const Message& message) { manager_->Observer().Logged(message); });
   SetSolverMode(SolverModeOf(argc, argv));
   MakeGroups();
   intake_ = std::make_unique<JobIntake>(*manager_);
@@ -199,7 +199,7 @@ int Application::Shutdown() {
 
 bool Application::ViewTextFile(const std::string& path) {
   if (!FileDirWrapper::FileExists(path)) {
-    settings_->Log().Report("File [%s] does not exist", OrNull(path));
+    settings_->Log().Report(Message(MessageId::kFileMissing, path));
     return false;
   }
   const std::string viewer = ViewerCommand(settings_->Get().viewer);
@@ -232,7 +232,7 @@ void Application::StartOffThread(std::function<void()> start) {
 }
 
 void Application::ReportNoViewer(const std::string& commandLine) {
-  settings_->Log().Report("View text file [%s] failed", commandLine.c_str());
+  settings_->Log().Report(Message(MessageId::kViewerFailed, commandLine));
 }
 
 void Application::OpenResult(const std::string& path) {
@@ -241,11 +241,11 @@ void Application::OpenResult(const std::string& path) {
       program.empty() ? InQuotes(path) : ViewerCommand(program) + ' ' + InQuotes(path);
   const auto start = [this, program, path, commandLine] {
     if (program.empty() ? OpenWithDesktop(path) : StartProgram(commandLine)) return;
-    settings_->Log().Report("Run post-processor [%s] failed", commandLine.c_str());
+    settings_->Log().Report(Message(MessageId::kPostProcessorFailed, commandLine));
   };
   try {
     StartOffThread(start);
   } catch (const std::system_error&) {
-    settings_->Log().Report("Run post-processor [%s] failed", commandLine.c_str());
+    settings_->Log().Report(Message(MessageId::kPostProcessorFailed, commandLine));
   }
 }

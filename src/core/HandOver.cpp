@@ -88,7 +88,7 @@ bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv
   const Result result = hand_over_file::Write(settings.handOverFile, text, true);
   settings.handOverEvent.SetEventSignal();
   if (result == Result::kDone) return true;
-  settings.Log().Report("Write tmp file [%s] failed", OrNull(settings.handOverFile));
+  settings.Log().Report(Message(MessageId::kHandOverNotWritten, settings.handOverFile));
   return false;
 }
 

@@ -27,7 +27,7 @@ std::string StorableName(const std::string& name) {
 void SettingsAndPaths::ReadHostFile() {
   std::string text;
   if (!ReadWholeText(hostFile, text)) {
-    log_.Report("Read host file [%s] failed", OrNull(hostFile));
+    log_.Report(Message(MessageId::kHostsUnreadable, hostFile));
     return;
   }
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -41,7 +41,7 @@ void SettingsAndPaths::WriteHostFile() {
 
 bool SettingsAndPaths::StoreHostFile(const std::string& text) {
   if (HasWorkFolder() && FileDirWrapper::WriteFileWhole(hostFile, text)) return true;
-  log_.Report("Write host file [%s] failed", OrNull(hostFile));
+  log_.Report(Message(MessageId::kHostsNotWritten, hostFile));
   return false;
 }
 
@@ -49,7 +49,7 @@ SettingsAndPaths::HostChange SettingsAndPaths::ChangeHosts(const std::vector<std
   std::string text = std::string(kHostHeader) + kLineEnd;
   if (FileDirWrapper::FileExists(hostFile)) {
     if (!ReadWholeText(hostFile, text)) {
-      log_.Report("Read host file [%s] failed", OrNull(hostFile));
+      log_.Report(Message(MessageId::kHostsUnreadable, hostFile));
       return HostChange::kFailed;
     }
     if (HostLinesOf(text) != settings_.host_lines) return HostChange::kFileIsNewer;
@@ -66,7 +66,7 @@ void SettingsAndPaths::ReadGroupFile() {
   if (!FileDirWrapper::FileExists(groupFile)) return;
   std::string text;
   if (!ReadWholeText(groupFile, text)) {
-    log_.Report("Read group file [%s] failed", OrNull(groupFile));
+    log_.Report(Message(MessageId::kGroupsUnreadable, groupFile));
     groupFileKept_ = true;
     return;
   }
@@ -84,6 +84,6 @@ void SettingsAndPaths::WriteGroupFile(const std::vector<GroupEntry>& groups) {
     text.append(StorableName(name)).append("=").append(OneLine(groupText)).append(kLineEnd);
   }
   if (groupFileKept_ || !HasWorkFolder() || !FileDirWrapper::WriteFileWhole(groupFile, text)) {
-    log_.Report("Write group file [%s] failed", OrNull(groupFile));
+    log_.Report(Message(MessageId::kGroupsNotWritten, groupFile));
   }
 }

@@ -49,7 +49,7 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void IntakeProgress(int done, int total, const std::string& file, int percent) override {
     Tell([&](QueueObserver& o) { o.IntakeProgress(done, total, file, percent); });
   }
-  void Logged(const std::string& message) override {
+  void Logged(const Message& message) override {
     Tell([&](QueueObserver& o) { o.Logged(message); });
   }
 

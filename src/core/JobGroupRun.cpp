@@ -128,7 +128,7 @@ int JobGroup::RunJob(JobFile& job) {
   try {
     status = RunThroughDriver(job, context);
   } catch (const std::exception& error) {
-    manager_.Settings().Log().Report("Run job [%s] failed: %s", OrNull(job.jobFile), error.what());
+    manager_.Settings().Log().Report(Message(MessageId::kRunFailed, job.jobFile, error.what()));
   }
   // The driver leaves an aborted solver running; it must not outlive its job, nor must what a
   // launcher that died meanwhile has started. One that has ended is let go, since each one held
@@ -144,8 +144,8 @@ int JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
   if (RunsInStages(job)) return RunThroughStages(job, context);
   JobSolver* driver = manager_.SolverFor(job.GetSolverType());
   if (driver != nullptr) return driver->Run(job, context);
-  manager_.Settings().Log().Report("No solver of type %d for job [%s]", job.GetSolverType(),
-                                   OrNull(job.jobFile));
+  manager_.Settings().Log().Report(
+      Message(MessageId::kNoSolverOfType, job.GetSolverType(), job.jobFile));
   return JobStatus::kAborted;
 }
 

@@ -140,7 +140,7 @@ void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
   if (const auto group = GroupFor(request)) {
     group->AddJob(job);
   } else {
-    manager_.Settings().Log().Report("No group for job [%s]", OrNull(job->jobFile));
+    manager_.Settings().Log().Report(Message(MessageId::kNoGroup, job->jobFile));
   }
 }
 
@@ -276,6 +276,5 @@ void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
   if (group) group->ReadJob(request.stageOf, read);
   if (stage && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
   if (stage && group->AddStage(request.stageOf, stage)) return;
-  manager_.Settings().Log().Report("Add stage [%s] failed: its job is not Queued any more",
-                                   OrNull(deck));
+  manager_.Settings().Log().Report(Message(MessageId::kStageTooLate, deck));
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jobs/JobId.h"
+#include "messages/Message.h"
 
 // Calls come from any thread, some while the job mutex is held: note what changed and return.
 // Groups are named by JobGroup::Id(), which no other group of this process ever had.
@@ -24,8 +25,8 @@ class QueueObserver {
   // Decks are being read: how many are done of how many, the one being read and its percentage.
   // done == total: nothing is being read any more.
   virtual void IntakeProgress(int done, int total, const std::string& file, int percent) = 0;
-  // A line of the application log.
-  virtual void Logged(const std::string& message) = 0;
+  // Something was reported to the application log.
+  virtual void Logged(const Message& message) = 0;
 };
 
 #endif

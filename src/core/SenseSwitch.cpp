@@ -29,21 +29,21 @@ SenseSwitch AskSolverToStop(JobGroupManager& manager) {
     folder = runner.Folder();
   };
   if (!group || !group->ReadActiveJob(read)) {
-    log.ReportLine("Not find running job, stop running job failed");
+    log.Report(Message(MessageId::kNoRunningJob));
     return SenseSwitch::kNoJob;
   }
   if (jobFile.empty()) {
-    log.ReportLine("Job data error or job file is empty");
+    log.Report(Message(MessageId::kNoJobFile));
     return SenseSwitch::kBadJob;
   }
   const std::string switchFile =
       folder.empty() ? std::string() : FileDirWrapper::Join(folder, kSwitchFile);
   if (switchFile.empty() || !FileDirWrapper::FileExists(switchFile)) {
-    log.Report("BG_SWITCH file [%s] does not exist", OrNull(switchFile));
+    log.Report(Message(MessageId::kNoSenseSwitch, switchFile));
     return SenseSwitch::kNoSwitch;
   }
   const std::string stopFile = FileDirWrapper::Join(folder, kStopFile);
   if (FileDirWrapper::WriteFileWhole(stopFile, kStopWithRestartFile)) return SenseSwitch::kAsked;
-  log.Report("Write file [%s] failed", stopFile.c_str());
+  log.Report(Message(MessageId::kFileNotWritten, stopFile));
   return SenseSwitch::kFailed;
 }

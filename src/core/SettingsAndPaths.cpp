@@ -36,7 +36,7 @@ SettingsAndPaths::SettingsAndPaths(const std::string& title)
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
       groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),
       log_(FileDirWrapper::Join(workFolder, "kr.log")) {
-  if (!HasWorkFolder()) log_.Report("Directory [%s] is not writable", OrNull(workFolder));
+  if (!HasWorkFolder()) log_.Report(Message(MessageId::kFolderNotWritable, workFolder));
   FileDirWrapper::DocumentsDir(settings_.last_path);
   OpenOrMakeEvent(handOverEvent);
 }

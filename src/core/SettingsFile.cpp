@@ -179,7 +179,7 @@ void SettingsAndPaths::ReadSettings() {
   if (!FileDirWrapper::FileExists(settingsFile)) return;
   std::string contents;
   if (!ReadKeyText(settingsFile, contents)) {
-    log_.Report("Read settings file [%s] failed", OrNull(settingsFile));
+    log_.Report(Message(MessageId::kSettingsUnreadable, settingsFile));
     return;
   }
   Settings read = settings_;
@@ -191,12 +191,12 @@ void SettingsAndPaths::ReadSettings() {
 
 bool SettingsAndPaths::WriteSettings() {
   if (!HasWorkFolder()) {
-    log_.Report("Directory [%s] is not writable", OrNull(workFolder));
+    log_.Report(Message(MessageId::kFolderNotWritable, workFolder));
     return false;
   }
   if (!dirty_ && FileDirWrapper::FileExists(settingsFile)) return true;
   if (!ReplaceKeys(settings_, settingsFile)) {
-    log_.Report("Write settings file [%s] failed", OrNull(settingsFile));
+    log_.Report(Message(MessageId::kSettingsNotWritten, settingsFile));
     return false;
   }
   dirty_ = false;

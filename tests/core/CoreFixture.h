@@ -51,7 +51,7 @@ class RecordingObserver : public QueueObserver {
   void IntakeProgress(int done, int total, const std::string&, int) override {
     Note("intake " + std::to_string(done) + "/" + std::to_string(total));
   }
-  void Logged(const std::string& message) override { Note("log " + message); }
+  void Logged(const Message& message) override { Note("log " + message.English()); }
 
   std::vector<std::string> Notes() const {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -149,7 +149,7 @@ TEST_F(SettingsFile, AnUnchangedFileKeepsItsBytes) {
 TEST_F(SettingsFile, AnUnwritableFolderIsReportedAndNothingIsForgotten) {
   BlockWorkFolder();
   RecordingObserver seen;
-  files_.Log().SetListener([&](const std::string& message) { seen.Logged(message); });
+  files_.Log().SetListener([&](const Message& message) { seen.Logged(message); });
   files_.Set(&Settings::cpu_count, 4);
   EXPECT_FALSE(files_.WriteSettings());
   EXPECT_TRUE(files_.Dirty());
@@ -166,7 +166,7 @@ TEST_F(SettingsFile, OneOfTwoBytesACharacterIsSaidToBeUnreadableAndStays) {
   for (const std::string& text : {utf16, utf16.substr(2)}) {
     Write(files_.settingsFile, text);
     RecordingObserver seen;
-    files_.Log().SetListener([&](const std::string& message) { seen.Logged(message); });
+    files_.Log().SetListener([&](const Message& message) { seen.Logged(message); });
     files_.ReadSettings();
     EXPECT_EQ(seen.Count("log Read settings file [" + files_.settingsFile + "] failed"), 1);
     files_.Set(&Settings::cpu_count, files_.Get().cpu_count + 1);
@@ -178,7 +178,7 @@ TEST_F(SettingsFile, OneOfTwoBytesACharacterIsSaidToBeUnreadableAndStays) {
 // Removed by somebody while the program runs, as cleaners of home folders do.
 TEST_F(SettingsFile, ARemovedFolderIsMadeAnew) {
   std::filesystem::remove_all(files_.workFolder);
-  files_.Log().ReportLine("still told");
+  files_.Log().Report(Message(MessageId::kForeignWords, "still told"));
   EXPECT_NE(TempFolder::Read(files_.Log().Path()).find(">> still told"), std::string::npos);
   std::filesystem::remove_all(files_.workFolder);
   files_.WriteGroupFile({{"G", "1,2"}});
@@ -267,8 +267,8 @@ TEST_F(SettingsFile, NoGroupNameCanBreakTheGroupFile) {
 }
 
 TEST_F(SettingsFile, TheLogTakesWhateverItIsGiven) {
-  files_.Log().Report("%s", std::string(10000, 'a').c_str());
-  files_.Log().ReportLine("two\nlines %s %n");
+  files_.Log().Report(Message(MessageId::kForeignWords, std::string(10000, 'a')));
+  files_.Log().Report(Message(MessageId::kForeignWords, "two\nlines %s %n"));
   std::string text = TempFolder::Read(files_.Log().Path());
   std::erase(text, '\r');
   EXPECT_NE(text.find(">> " + std::string(4095, 'a') + "\n"), std::string::npos);

@@ -38,6 +38,10 @@ std::string TextTable::Word(const std::string& english) const {
   return known.empty() ? ToUi(english) : known;
 }
 
+std::string TextTable::Say(const Message& message) const {
+  return codePage936_ ? message.Chinese(ToUi) : ToUi(message.English());
+}
+
 std::string TextTable::Known(const std::string& english) const {
   std::string pattern;
   std::vector<std::string> values;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "messages/Message.h"
+
 // An ordered map from key to text. Interface thread.
 //
 // Texts are kept in the language's encoding (code page 936 for Chinese). Get decodes them for the
@@ -34,6 +36,9 @@ class TextTable {
   // before it are known. Texts that are not known come back as they are; `english` is in the
   // system's code page.
   std::string Word(const std::string& english) const;
+
+  // What the rooms below the interface say, in this language, as UTF-8.
+  std::string Say(const Message& message) const;
 
   // From now on texts are in code page 936.
   void UseCodePage936() { codePage936_ = true; }

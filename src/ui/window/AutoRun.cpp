@@ -79,7 +79,7 @@ void AutoRun::Finish() {
   done_ = true;
   if (!options_.report.empty() &&
       !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_, application_)))
-    application_.SettingsAndFiles().Log().Report("Write report file [%s] failed",
-                                                 OrNull(options_.report));
+    application_.SettingsAndFiles().Log().Report(
+        Message(MessageId::kReportNotWritten, options_.report));
   if (options_.quitWhenDone) window_.Leave();
 }

@@ -62,6 +62,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::string SolverName(int type) const;
 
   // Flx_AppWnd_State.cpp: keeping up with the queue.
+  std::string Said(const Message& message) const;
   void TakeChanges(const QueueChanges& changes);
   void ShowIntake(const QueueChanges& changes);
   void SyncTables();

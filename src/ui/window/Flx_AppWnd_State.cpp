@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/SmallTextFile.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
@@ -18,6 +19,12 @@ void Flx_AppWnd::Refresh() {
   ShowTabs();
   ShowState();
   ShowTools();
+}
+
+// Until all rooms say values.
+std::string Flx_AppWnd::Said(const Message& message) const {
+  return message.Id() == MessageId::kForeignWords ? texts_.Word(message.English())
+                                                  : texts_.Say(message);
 }
 
 void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
@@ -36,8 +43,8 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (jobs || changes.running || changes.settings) ShowTools();
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
-  if (!changes.message.empty() && std::chrono::steady_clock::now() > explainedUntil_)
-    status_->ShowMessage(texts_.Word(changes.message), StatusBar::Tone::kError);
+  if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
+    status_->ShowMessage(OneLine(Said(changes.message)), StatusBar::Tone::kError);
 }
 
 void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {

@@ -89,6 +89,6 @@ void QueueNotes::IntakeProgress(int done, int total, const std::string& file, in
   });
 }
 
-void QueueNotes::Logged(const std::string& message) {
+void QueueNotes::Logged(const Message& message) {
   Take([&](QueueChanges& changes) { changes.message = message; });
 }

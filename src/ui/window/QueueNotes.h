@@ -20,7 +20,7 @@ struct QueueChanges {
   bool intake = false;
   int done = 0, total = 0, percent = 0;  // of the intake
   std::string file;
-  std::string message;  // the last line of the log
+  Message message;  // the last one of the log
 };
 
 // The observer's calls only take a note and wake the interface, once until it has looked. What
@@ -40,7 +40,7 @@ class QueueNotes : public QueueObserver {
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;
   void IntakeProgress(int done, int total, const std::string& file, int percent) override;
-  void Logged(const std::string& message) override;
+  void Logged(const Message& message) override;
 
  private:
   template <typename Note>

@@ -30,7 +30,7 @@ void Poll(void* data) {
 }  // namespace
 
 void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
-               const std::string& failure) {
+               const Message& failure) {
   Fl::lock();  // other threads wake the event loop
   Theme::Apply(application.language);
   SetProgramIcon();
@@ -43,9 +43,9 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
-  if (!failure.empty()) application.Manager().Observer().Logged(failure);
+  if (!failure.Empty()) application.Manager().Observer().Logged(failure);
   OnDisplayLost([&application] {
-    application.SettingsAndFiles().Log().NoteLine("The display is gone; Kestrun ends");
+    application.SettingsAndFiles().Log().Note(Message(MessageId::kDisplayGone));
     application.Shutdown();
   });
   Fl::run();

@@ -2,15 +2,15 @@
 #ifndef KR_UI_WINDOW_WINDOWLOOP_H
 #define KR_UI_WINDOW_WINDOWLOOP_H
 
-#include <string>
+#include "messages/Message.h"
 
 class Application;
 class QueueNotes;
 struct ProgramOptions;
 
 // Shows the window and handles events, the polls among them, until it is closed. `failure`, when
-// not empty, stands in its status bar.
+// there is one, stands in its status bar.
 void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
-               const std::string& failure);
+               const Message& failure);
 
 #endif

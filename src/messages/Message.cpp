@@ -1,0 +1,72 @@
+#include "messages/Message.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char kMasked[] = "***";
+
+// Each text of a row takes the same arguments in the same order, and no others.
+constexpr bool IsWhole(const MessageText& row) {
+  MessageArguments english(row.english);
+  MessageArguments chinese(row.chinese);
+  for (;;) {
+    const char letter = english.Next();
+    if (letter != chinese.Next()) return false;
+    if (letter == 0) return true;
+    if (std::string_view("psdm").find(letter) == std::string_view::npos) return false;
+  }
+}
+static_assert(std::ranges::all_of(kMessageTexts, IsWhole));
+
+void Mask(std::string& text, const std::string& secret) {
+  const std::size_t length = std::size(kMasked) - 1;
+  for (std::size_t at = 0; (at = text.find(secret, at)) != std::string::npos; at += length) {
+    text.replace(at, secret.size(), kMasked);
+  }
+}
+
+// Puts what `give` makes of each letter into the text.
+template <typename Give>
+std::string Filled(std::string_view text, const Give& give) {
+  std::string out;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '%')
+      out += give(text[++at]);
+    else
+      out += text[at];
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string Message::English() const {
+  return Text(&MessageText::english, [](const std::string& bytes) { return bytes; });
+}
+
+std::string Message::Chinese(const Decode& decode) const {
+  return Text(&MessageText::chinese, decode);
+}
+
+std::string Message::Text(const char* MessageText::*language, const Decode& decode) const {
+  auto argument = arguments_.begin();
+  return Filled(kMessageTexts[static_cast<std::size_t>(id_)].*language, [&](char letter) {
+    const Argument& value = *argument++;
+    if (letter == 'd') return std::to_string(std::get<std::int64_t>(value));
+    if (letter == 'm') return std::get<Inner>(value).front().Text(language, decode);
+    const std::string& text = std::get<std::string>(value);
+    return letter == 'p' && text.empty() ? std::string("Null") : decode(text);
+  });
+}
+
+Message Message::Without(const std::string& secret) const {
+  Message masked = *this;
+  if (secret.empty()) return masked;
+  for (Argument& argument : masked.arguments_) {
+    if (auto* text = std::get_if<std::string>(&argument)) Mask(*text, secret);
+    if (auto* inner = std::get_if<Inner>(&argument))
+      inner->front() = inner->front().Without(secret);
+  }
+  return masked;
+}
