@@ -30,4 +30,29 @@ TEST(Thread, CountsAsRunningUntilTerminated) {
   EXPECT_FALSE(thread.IsThreadRunning());
 }
 
+// Where a thread may not unwind its stack, ending it must not end the program.
+TEST(Thread, TerminatedInsideADestructor) {
+  static std::atomic<long> steps{0};
+  struct Slow {
+    ~Slow() {
+      ++steps;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  for (int i = 0; i < 8; ++i) {
+    steps = 0;
+    PTWrapperThread thread;
+    const auto destroy = [](void*) -> std::uint32_t {
+      for (;;) const Slow slow;
+    };
+    ASSERT_TRUE(thread.CreateThread(destroy, nullptr, 0));
+    ASSERT_TRUE(Becomes([] { return steps > 2; }));
+    EXPECT_TRUE(thread.TerminateThread());
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const long before = steps;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(steps, before);
+  }
+}
+
 }  // namespace

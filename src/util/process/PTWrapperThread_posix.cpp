@@ -1,10 +1,14 @@
 #include <pthread.h>
 #include <sched.h>
+#include <setjmp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdlib>
+#include <exception>
 #include <mutex>
 #include <optional>
 
@@ -18,6 +22,8 @@ struct Control {
   PTWrapperThread::Routine routine = nullptr;
   void* argument = nullptr;
   bool startSuspended = false;
+  std::atomic<bool> ending{false};  // by TerminateThread or ExitThread
+  jmp_buf leave{};                  // out of the routine, past its destructors
 
   std::mutex mutex;
   std::condition_variable begun;
@@ -53,11 +59,32 @@ class Running {
   for (;;) control.begun.wait(lock);
 }
 
+thread_local Control* ofThisThread = nullptr;
+std::terminate_handler formerTerminate = nullptr;
+
+// A thread that is ended unwinds its stack, which may not go through a destructor: the runtime
+// would end the whole program. Then the thread leaves the rest of its stack as it is, as a killed
+// one does on Windows.
+[[noreturn]] void LeaveOrTerminate() {
+  if (ofThisThread != nullptr && ofThisThread->ending) longjmp(ofThisThread->leave, 1);
+  if (formerTerminate != nullptr) formerTerminate();
+  std::abort();
+}
+
+void LetThreadsLeave() {
+  static const bool done = [] {
+    formerTerminate = std::set_terminate(LeaveOrTerminate);
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
 void* ThreadMain(void* start) {
   const std::unique_ptr<ControlPtr> control(static_cast<ControlPtr*>(start));
   const Running running(*control);
+  ofThisThread = control->get();
   if ((*control)->startSuspended) StayStopped(**control);
-  (*control)->routine((*control)->argument);
+  if (setjmp((*control)->leave) == 0) (*control)->routine((*control)->argument);
   return nullptr;
 }
 
@@ -122,6 +149,7 @@ bool PTWrapperThread::CreateThread(Routine routine, void* argument, int creation
     SetLastError("thread function is null");
     return false;
   }
+  LetThreadsLeave();
   auto control = std::make_shared<Control>();
   control->routine = routine;
   control->argument = argument;
@@ -168,6 +196,7 @@ bool PTWrapperThread::TerminateThread() {
   }
   {
     const std::lock_guard<std::mutex> lock(p_->control->mutex);
+    p_->control->ending = true;
     if (!p_->control->ended) pthread_cancel(p_->control->thread);
   }
   p_->control.reset();
@@ -183,6 +212,7 @@ bool PTWrapperThread::SuspenThread() {
 }
 
 void PTWrapperThread::ExitThread() {
+  if (ofThisThread != nullptr) ofThisThread->ending = true;
   pthread_exit(nullptr);
 }
 
