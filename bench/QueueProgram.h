@@ -30,7 +30,7 @@ class QueueProgram {
     Theme::Apply();
     const char* arguments[] = {self.c_str()};
     if (!application_.Initialise(1, arguments)) return;
-    application_.SettingsAndFiles().SetSolverPath(Settings::kLsDynaSingle, solver_);
+    application_.SettingsAndFiles().SetSolverPath(SolverKind::kLsDynaSingle, solver_);
     FillTexts(0, application_.Title(), texts_);
     ready_ = true;
   }

@@ -134,7 +134,7 @@ int main(int argc, char** argv) {
     probe.Print("the same, and a big deck is added");
   }
   JobOutput output;
-  output.solverType = Settings::kLsDynaSingle;
+  output.solverType = SolverKind::kLsDynaSingle;
   output.status = JobStatus::kAborted;
   output.folder = program.Scratch();
   output.jobFile = deck;

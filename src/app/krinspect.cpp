@@ -154,7 +154,7 @@ bool InspectDeck(const std::string& path, Findings& findings) {
       {"job_id", job.deckIdentifier},
       {"simulation_type", job.simulationType},
       {"calculation_method", job.calculationMethod},
-      {"solver_type", std::int64_t{job.solverType}},
+      {"solver_type", static_cast<std::int64_t>(job.solverType)},
       {"first_stage", std::int64_t{job.firstStage}},
       {"keep_deck", job.keepDeck},
       {"case_run", job.caseRun},

@@ -40,9 +40,9 @@ bool IsSibling(const PTWrapperProcessInfo& process) {
          PTWrapperProcess::GetProcessPath(process.processId, path) && path == ownPath;
 }
 
-bool IsEnabledIn(int mode, int solverType) {
-  if (mode == 1) return solverType != Settings::kInc;
-  if (mode == 2) return solverType == Settings::kInc;
+bool IsEnabledIn(int mode, SolverKind kind) {
+  if (mode == 1) return kind != SolverKind::kInc;
+  if (mode == 2) return kind == SolverKind::kInc;
   return true;
 }
 
@@ -165,9 +165,9 @@ void Application::SetSolverMode(int mode) {
   }
 }
 
-bool Application::SolverEnabled(int type) const {
-  return std::any_of(solvers_.begin(), solvers_.end(), [type](const auto& solver) {
-    return solver->solverType == type && solver->enabled != 0;
+bool Application::SolverEnabled(SolverKind kind) const {
+  return std::any_of(solvers_.begin(), solvers_.end(), [kind](const auto& solver) {
+    return solver->solverType == kind && solver->enabled != 0;
   });
 }
 

@@ -49,7 +49,7 @@ class Application {
   // 0 all drivers, 1 all but INC, 2 INC only.
   void SetSolverMode(int mode);
   int SolverMode() const { return solverMode_; }
-  bool SolverEnabled(int type) const;
+  bool SolverEnabled(SolverKind kind) const;
 
   const std::string& Title() const { return title_; }
   const std::string& Version() const { return version_; }

@@ -62,9 +62,9 @@ bool TakeSettings(SettingsAndPaths& settings, const Settings& wanted) {
   changed |= settings.Set(&Settings::cpu_count, wanted.cpu_count);
   changed |= settings.Set(&Settings::force, wanted.force);
   changed |= settings.Set(&Settings::output_dump, wanted.output_dump);
-  const std::string& inc = wanted.solver_path[Settings::kInc];
-  changed |= settings.Get().solver_path[Settings::kInc] != inc;
-  settings.SetSolverPath(Settings::kInc, inc);
+  const std::string& inc = wanted.SolverPath(SolverKind::kInc);
+  changed |= settings.Get().SolverPath(SolverKind::kInc) != inc;
+  settings.SetSolverPath(SolverKind::kInc, inc);
   return changed;
 }
 

@@ -56,8 +56,8 @@ class Reader {
   void SetSingleCpu(const std::string& value);
 
   void SetPrecision(const std::string& value);
-  void SetVorel(const std::string&) { Job().kind = 3; }
-  void SetInc(const std::string&) { Job().kind = 4; }
+  void SetVorel(const std::string&) { Job().kind = SolverKind::kVorel; }
+  void SetInc(const std::string&) { Job().kind = SolverKind::kInc; }
   void SetPause(const std::string& value) { Job().pause = StrWrapperTxt::LeadingInt(value); }
   void SetMemory(const std::string& value) { Job().memory = StrWrapperTxt::LeadingUnsigned(value); }
   void SetCpuCount(const std::string& value);
@@ -163,7 +163,7 @@ void Reader::SetSolverMode(const std::string& value) {
 }
 
 void Reader::SetSingleCpu(const std::string& value) {
-  std::string& path = Set().solver_path[Settings::kInc];
+  std::string& path = Set().SolverPath(SolverKind::kInc);
   std::string folder;
   if (path.empty() || !FileDirWrapper::DirOf(path, folder)) return;
   const bool single = StrWrapperTxt::LeadingInt(value) != 0;
@@ -172,7 +172,9 @@ void Reader::SetSingleCpu(const std::string& value) {
 
 void Reader::SetPrecision(const std::string& value) {
   const int number = StrWrapperTxt::LeadingInt(value);
-  Job().kind = number >= 0 && number <= 2 ? number : -1;
+  Job().kind.reset();  // by the file's ending
+  if (number == 1) Job().kind = SolverKind::kLsDynaSingle;
+  if (number == 2) Job().kind = SolverKind::kLsDynaDouble;
 }
 
 void Reader::SetCpuCount(const std::string& value) {

@@ -18,17 +18,9 @@ std::recursive_mutex& ProcessMutex() {
   return mutex;
 }
 
-bool IsActive(const JobFile& job) {
-  return job.status == JobStatus::kWaiting || job.status == JobStatus::kRunning;
-}
-
 void SetAbort(JobFile& job, bool abort) {
   job.abort = abort;
   for (const std::shared_ptr<JobFile>& stage : job.stages) SetAbort(*stage, abort);
-}
-
-bool IsStatus(int status) {
-  return status >= JobStatus::kQueued && status <= JobStatus::kAborted;
 }
 
 // A setter that does nothing for jobs of other kinds.
@@ -150,12 +142,12 @@ std::size_t JobGroup::PlaceOf(const JobFile& job) const {
 }
 
 JobFile* JobGroup::FirstActive() const {
-  const auto found =
-      std::find_if(jobs_.begin(), jobs_.end(), [](const auto& entry) { return IsActive(*entry); });
+  const auto found = std::find_if(jobs_.begin(), jobs_.end(),
+                                  [](const auto& entry) { return IsActive(entry->status); });
   return found == jobs_.end() ? nullptr : found->get();
 }
 
-void JobGroup::SetStatus(JobFile& job, int status) {
+void JobGroup::SetStatus(JobFile& job, JobStatus status) {
   job.status = status;
   manager_.Observer().JobStatusChanged(id_, job.id, status);
 }
@@ -183,7 +175,7 @@ bool JobGroup::RemoveJob(JobId job) {
   const ListLock lock(*this);
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
-  if (IsActive(*found)) SetAbort(*found, true);
+  if (IsActive(found->status)) SetAbort(*found, true);
   const auto place = jobs_.begin() + static_cast<std::ptrdiff_t>(PlaceOf(*found));
   removed = std::move(*place);
   jobs_.erase(place);
@@ -213,10 +205,10 @@ bool JobGroup::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change)
   return true;
 }
 
-bool JobGroup::SetJobStatus(JobId job, int status) {
+bool JobGroup::SetJobStatus(JobId job, JobStatus status) {
   const ListLock lock(*this);
   JobFile* const found = Find(job);
-  if (found == nullptr || !IsStatus(status)) return false;
+  if (found == nullptr) return false;
   if (found->status == JobStatus::kRunning) return false;
   if (status == JobStatus::kQueued) SetAbort(*found, false);
   SetStatus(*found, status);
@@ -227,7 +219,7 @@ bool JobGroup::Resubmit(JobId job) {
   const ListLock lock(*this);
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
-  if (found->status != JobStatus::kFinished && found->status != JobStatus::kAborted) return false;
+  if (!HasEnded(found->status)) return false;
   found->ResetForRun();
   SetStatus(*found, JobStatus::kQueued);
   return true;
@@ -245,9 +237,9 @@ bool JobGroup::SetPause(JobId job, int seconds) {
   return ChangeJob(job, WithStages(Setter(&JobFile::pause, seconds)));
 }
 
-bool JobGroup::SetPrecision(JobId job, int solverType) {
-  if (solverType < Settings::kLsDynaSingle || solverType > Settings::kUtilityBatch) return false;
-  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, solverType)));
+bool JobGroup::SetPrecision(JobId job, SolverKind kind) {
+  if (!RunsDecks(kind)) return false;
+  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, kind)));
 }
 
 bool JobGroup::SetUseSFile(JobId job, bool on) {

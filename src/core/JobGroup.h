@@ -54,7 +54,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   bool RemoveJob(JobId job);
   // A queued job moves down past any job, and up past a queued one only.
   bool MoveJob(JobId job, bool up);
-  bool SetJobStatus(JobId job, int status);
+  bool SetJobStatus(JobId job, JobStatus status);
   // Finished and Aborted jobs only: back to Queued.
   bool Resubmit(JobId job);
 
@@ -62,9 +62,9 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   bool SetMemory(JobId job, std::uint64_t megabytes);
   bool SetCpuCount(JobId job, int count);
   bool SetPause(JobId job, int seconds);
-  bool SetPrecision(JobId job, int solverType);  // LS-DYNA jobs: 0, 1 or 2
-  bool SetUseSFile(JobId job, bool on);          // LS-DYNA jobs
-  bool SetDump(JobId job, bool on);              // LS-DYNA jobs
+  bool SetPrecision(JobId job, SolverKind kind);  // LS-DYNA jobs: one that RunsDecks
+  bool SetUseSFile(JobId job, bool on);           // LS-DYNA jobs
+  bool SetDump(JobId job, bool on);               // LS-DYNA jobs
 
   // Of the job alone.
   bool SetRestartFile(JobId job, const std::string& path);
@@ -77,7 +77,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   bool RemoveStage(JobId job, JobId stage);
   bool MoveStage(JobId job, JobId stage, bool up);
   bool SetFirstStage(JobId job, JobId stage);
-  bool SetStageStatus(JobId job, JobId stage, int status);
+  bool SetStageStatus(JobId job, JobId stage, JobStatus status);
   // Changes fields of one stage, other than status and abort, while the mutex is held; false when
   // `change` says so.
   bool ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change);
@@ -124,17 +124,17 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   std::shared_ptr<JobFile> TakeNextJob(int& pause);
   void WaitOutPause(const JobFile& job, int seconds) const;
   bool BeginRun(const std::shared_ptr<JobFile>& job);
-  int RunJob(JobFile& job);
-  int RunThroughDriver(JobFile& job, const JobRunContext& context);
-  int RunThroughStages(JobFile& job, const JobRunContext& context);
-  void ShowStageStatus(const JobFile& job, JobFile& stage, int status);
-  void EndRun(const std::shared_ptr<JobFile>& job, int status);
+  JobStatus RunJob(JobFile& job);
+  JobStatus RunThroughDriver(JobFile& job, const JobRunContext& context);
+  JobStatus RunThroughStages(JobFile& job, const JobRunContext& context);
+  void ShowStageStatus(const JobFile& job, JobFile& stage, JobStatus status);
+  void EndRun(const std::shared_ptr<JobFile>& job, JobStatus status);
 
   // With the list locked.
   JobFile* Find(JobId job) const;  // null when it is not there
   std::size_t PlaceOf(const JobFile& job) const;
   JobFile* FirstActive() const;
-  void SetStatus(JobFile& job, int status);
+  void SetStatus(JobFile& job, JobStatus status);
 
   bool ChangeStages(JobId job, const std::function<bool(JobFile&)>& change);
   bool ChangeJob(JobId job, const std::function<bool(JobFile&)>& change);

@@ -31,10 +31,10 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
     observer_ = observer;
   }
 
-  void JobStatusChanged(int groupId, JobId job, int status) override {
+  void JobStatusChanged(int groupId, JobId job, JobStatus status) override {
     Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, job, status); });
   }
-  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override {
+  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override {
     Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, job, stage, status); });
   }
   void JobsChanged(int groupId) override {
@@ -215,9 +215,9 @@ bool JobGroupManager::Stop(int index) {
   return true;
 }
 
-JobSolver* JobGroupManager::SolverFor(int type) const {
+JobSolver* JobGroupManager::SolverFor(SolverKind kind) const {
   for (const std::unique_ptr<JobSolver>& solver : solvers_) {
-    if (solver->solverType == type) return solver.get();
+    if (solver->solverType == kind) return solver.get();
   }
   return nullptr;
 }

@@ -59,8 +59,8 @@ class JobGroupManager {
   bool Stop(int index);
 
   SettingsAndPaths& Settings() { return settings_; }
-  // The first driver of that type; null when there is none.
-  JobSolver* SolverFor(int type) const;
+  // The first driver of that kind; null when there is none.
+  JobSolver* SolverFor(SolverKind kind) const;
 
   // The positioning library works for a running job.
   std::atomic<bool> autoPosition{false};

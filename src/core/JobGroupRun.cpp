@@ -115,7 +115,7 @@ bool JobGroup::BeginRun(const std::shared_ptr<JobFile>& job) {
   return false;
 }
 
-int JobGroup::RunJob(JobFile& job) {
+JobStatus JobGroup::RunJob(JobFile& job) {
   JobRunContext context;
   context.settings = manager_.Settings().Snapshot();
   context.groupText = Text();
@@ -124,7 +124,7 @@ int JobGroup::RunJob(JobFile& job) {
   context.runErrorCode = &manager_.runErrorCode;
   context.console.terminal = context.settings.xterm_path;
 
-  int status = JobStatus::kAborted;
+  JobStatus status = JobStatus::kAborted;
   try {
     status = RunThroughDriver(job, context);
   } catch (const std::exception& error) {
@@ -140,17 +140,17 @@ int JobGroup::RunJob(JobFile& job) {
   return status;
 }
 
-int JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
+JobStatus JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
   if (RunsInStages(job)) return RunThroughStages(job, context);
   JobSolver* driver = manager_.SolverFor(job.GetSolverType());
   if (driver != nullptr) return driver->Run(job, context);
   manager_.Settings().Log().Report(
-      Message(MessageId::kNoSolverOfType, job.GetSolverType(), job.jobFile));
+      Message(MessageId::kNoSolverOfType, static_cast<int>(job.GetSolverType()), job.jobFile));
   return JobStatus::kAborted;
 }
 
 // Nothing is written for a job that was removed meanwhile.
-void JobGroup::EndRun(const std::shared_ptr<JobFile>& job, int status) {
+void JobGroup::EndRun(const std::shared_ptr<JobFile>& job, JobStatus status) {
   const ListLock lock(*this);
   if (Find(job->id) != nullptr) SetStatus(*job, status);
 }

@@ -83,11 +83,10 @@ bool JobGroup::ChangeStage(JobId job, JobId stage, const std::function<bool(JobF
   });
 }
 
-bool JobGroup::SetStageStatus(JobId job, JobId stage, int status) {
+bool JobGroup::SetStageStatus(JobId job, JobId stage, JobStatus status) {
   const ListLock lock(*this);
   const JobFile* const found = Find(job);
-  std::string word;
-  if (found == nullptr || !JobStatusWord(status, word)) return false;
+  if (found == nullptr) return false;
   if (found->status == JobStatus::kRunning) return false;
   const auto place = StagePlace(found->stages, stage);
   if (place == found->stages.end()) return false;
@@ -115,17 +114,17 @@ bool JobGroup::ReadStage(JobId job, JobId stage,
 }
 
 // Nobody is told of a job that was removed meanwhile.
-void JobGroup::ShowStageStatus(const JobFile& job, JobFile& stage, int status) {
+void JobGroup::ShowStageStatus(const JobFile& job, JobFile& stage, JobStatus status) {
   const ListLock lock(*this);
   stage.status = status;
   if (Find(job.id) != nullptr)
     manager_.Observer().StageStatusChanged(id_, job.id, stage.id, status);
 }
 
-int JobGroup::RunThroughStages(JobFile& job, const JobRunContext& context) {
+JobStatus JobGroup::RunThroughStages(JobFile& job, const JobRunContext& context) {
   StageRunHooks hooks;
-  hooks.solverFor = [this](int type) { return manager_.SolverFor(type); };
-  hooks.setStageStatus = [this, &job](std::size_t stage, int status) {
+  hooks.solverFor = [this](SolverKind kind) { return manager_.SolverFor(kind); };
+  hooks.setStageStatus = [this, &job](std::size_t stage, JobStatus status) {
     ShowStageStatus(job, *job.stages[stage], status);
   };
   hooks.autoPosition = &manager_.autoPosition;

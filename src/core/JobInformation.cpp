@@ -7,14 +7,10 @@
 
 namespace {
 
-bool IsDynaFamily(int solverType) {
-  return solverType >= 0 && solverType <= Settings::kUtilityBatch;
-}
-
 AnalysisReport Analyse(const JobOutput& output, const AnalysisHooks& hooks) {
-  if (IsDynaFamily(output.solverType)) return AnalyseMessageFile(output.messageFile, hooks);
-  if (output.solverType == Settings::kVorel) return AnalyseVorelOut(output.jobFile, hooks);
-  if (output.solverType == Settings::kInc)
+  if (RunsDecks(output.solverType)) return AnalyseMessageFile(output.messageFile, hooks);
+  if (output.solverType == SolverKind::kVorel) return AnalyseVorelOut(output.jobFile, hooks);
+  if (output.solverType == SolverKind::kInc)
     return AnalyseIncInfo(output.jobFile, output.status, hooks);
   return {};
 }
@@ -45,7 +41,7 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   if (report.outcome == AnalysisReport::Outcome::kEnded) return {};
   std::vector<std::string> lines = std::move(report.lines);
   for (std::string& line : lines) std::erase(line, '\n');
-  if (output.status == JobStatus::kFinished && IsDynaFamily(output.solverType))
+  if (output.status == JobStatus::kFinished && RunsDecks(output.solverType))
     AddModelSize(output.folder, hooks, lines);
   return lines;
 }

@@ -10,8 +10,8 @@
 
 // What is needed of a job to read its files without holding its group's mutex.
 struct JobOutput {
-  int solverType = 0;
-  int status = 0;
+  SolverKind solverType = SolverKind::kLsDynaSingle;
+  JobStatus status = JobStatus::kQueued;
   std::string jobFile;
   std::string folder;
   std::string messageFile;

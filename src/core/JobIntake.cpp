@@ -9,18 +9,10 @@
 
 namespace {
 
-enum Kind : int { kDynaSingle = 1, kDynaDouble = 2, kVorel = 3, kInc = 4 };
-
 // By the file's ending when the request leaves it open; only LS-DYNA restarts.
-int KindOf(const JobRequest& request, const std::string& deck) {
-  if (request.kind > 0 || !request.restartFile.empty()) return request.kind;
-  const int type = SolverTypeOfFile(deck);
-  return type == Settings::kLsDynaSingle ? request.kind : type;
-}
-
-void ApplyPrecision(const JobRequest& request, JobFileDyna& job) {
-  if (request.kind == kDynaSingle) job.solverType = Settings::kLsDynaSingle;
-  if (request.kind == kDynaDouble) job.solverType = Settings::kLsDynaDouble;
+SolverKind KindOf(const JobRequest& request, const std::string& deck) {
+  if (request.kind) return *request.kind;
+  return request.restartFile.empty() ? SolverKindOfFile(deck) : SolverKind::kLsDynaSingle;
 }
 
 int Percent(std::uint64_t done, std::uint64_t size) {
@@ -47,13 +39,13 @@ std::shared_ptr<JobFileDyna> NewStage(const JobFileDyna& job, const std::string&
 
 }  // namespace
 
-int SolverTypeOfFile(const std::string& path) {
+SolverKind SolverKindOfFile(const std::string& path) {
   std::string ending;
   FileDirWrapper::ExtensionOf(path, ending);
   ending = Lower(ending);
-  if (ending == "dat") return Settings::kVorel;
-  if (ending == "fin") return Settings::kInc;
-  return Settings::kLsDynaSingle;
+  if (ending == "dat") return SolverKind::kVorel;
+  if (ending == "fin") return SolverKind::kInc;
+  return SolverKind::kLsDynaSingle;
 }
 
 JobRequest MakeJobRequest(const Settings& settings) {
@@ -189,11 +181,11 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
       FileDirWrapper::AbsolutePath(request.inputFile.empty() ? request.jobFile : request.inputFile);
   std::shared_ptr<JobFile> job;
   switch (KindOf(request, deck)) {
-    case kVorel:
+    case SolverKind::kVorel:
       job = std::make_shared<JobFileVorel>(settings);
       job->memory = settings.memory_size;
       break;
-    case kInc:
+    case SolverKind::kInc:
       job = std::make_shared<JobFileInc>(settings);
       job->memory = settings.memory_size;
       break;
@@ -218,7 +210,7 @@ std::shared_ptr<JobFile> JobIntake::MakeDynaJob(const JobRequest& request, const
   job->useSFile = request.sGiven;
   job->dump = request.dump;
   if (!deck.empty() && !Scan(*job, burst)) return nullptr;
-  ApplyPrecision(request, *job);
+  job->solverType = request.kind.value_or(job->solverType);
   ApplyDeckMemory(*job, settings);
   return job;
 }
@@ -257,7 +249,7 @@ bool JobIntake::ReadStage(JobFileDyna& stage, const JobRequest& request, const S
                           unsigned burst) {
   const bool keepDeck = stage.keepDeck;
   if (!Scan(stage, burst)) return false;
-  ApplyPrecision(request, stage);
+  stage.solverType = request.kind.value_or(stage.solverType);
   stage.keepDeck = stage.keepDeck || keepDeck;
   const bool hasSay = settings.memory_auto && request.memory == 0 && stage.deckMemory != 0;
   if (hasSay) stage.memory = stage.deckMemory;

@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -14,10 +15,9 @@
 
 // A job that is to be made: a record of the hand-over file, or a file chosen in the window.
 struct JobRequest {
-  // -1 and 0: by the file's ending; 1, 2: LS-DYNA single, double; 3: Vorel; 4: INC.
-  int kind = -1;
-  int pause = 0;             // seconds
-  std::uint64_t memory = 0;  // megabytes; 0: the deck's or the settings' value
+  std::optional<SolverKind> kind;  // none: by the file's ending, and a deck's own wish
+  int pause = 0;                   // seconds
+  std::uint64_t memory = 0;        // megabytes; 0: the deck's or the settings' value
   bool sGiven = false;
   bool dump = true;
   int ncpu = 0;
@@ -29,8 +29,8 @@ struct JobRequest {
   JobId stageOf = JobId::kNone;
 };
 
-// The solver type that a job file's ending asks for; LS-DYNA's when it says nothing.
-int SolverTypeOfFile(const std::string& path);
+// The kind that a job file's ending asks for; LS-DYNA in single precision when it says nothing.
+SolverKind SolverKindOfFile(const std::string& path);
 
 // A request with the settings' pause and CPU count.
 JobRequest MakeJobRequest(const Settings& settings);

@@ -45,12 +45,12 @@ bool IsCompensation(const PostSource& source) {
 std::vector<std::string> PostResults(const PostSource& source) {
   const std::string base = PathWithoutExtension(source.jobFile);
   switch (source.solverType) {
-    case Settings::kInc:
+    case SolverKind::kInc:
       return {base + ".idx"};
-    case Settings::kVorel:
+    case SolverKind::kVorel:
       return {base + ".mes", base + ".dynain"};
-    case Settings::kLsDynaSingle:
-    case Settings::kLsDynaDouble:
+    case SolverKind::kLsDynaSingle:
+    case SolverKind::kLsDynaDouble:
       break;
     default:
       return {};

@@ -8,9 +8,9 @@
 #include "jobs/JobFile.h"
 
 struct PostSource {
-  int status = 0;  // of the job
+  JobStatus status = JobStatus::kQueued;  // of the job
   // Of the job, or of the last stage that has finished.
-  int solverType = 0;
+  SolverKind solverType = SolverKind::kLsDynaSingle;
   std::string jobFile;
   std::string folder;
   std::string simulationType;

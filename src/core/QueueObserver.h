@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jobs/JobId.h"
+#include "jobs/JobStatus.h"
 #include "messages/Message.h"
 
 // Calls come from any thread, some while the job mutex is held: note what changed and return.
@@ -13,9 +14,9 @@ class QueueObserver {
  public:
   virtual ~QueueObserver() = default;
 
-  virtual void JobStatusChanged(int groupId, JobId job, int status) = 0;
+  virtual void JobStatusChanged(int groupId, JobId job, JobStatus status) = 0;
   // A stage of a multi-stage job has a new status.
-  virtual void StageStatusChanged(int groupId, JobId job, JobId stage, int status) = 0;
+  virtual void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) = 0;
   // Jobs were added to, removed from or moved in the group, or fields of them changed.
   virtual void JobsChanged(int groupId) = 0;
   // A group's thread has begun or ended.

@@ -52,9 +52,7 @@ Settings SettingsAndPaths::Snapshot() const {
   return settings_;
 }
 
-void SettingsAndPaths::SetSolverPath(int index, const std::string& path) {
-  const auto slot = static_cast<std::size_t>(index);
-  if (index < 0 || slot >= settings_.solver_path.size()) return;
-  if (settings_.solver_path[slot] == path) return;
-  Edit([&](Settings& settings) { settings.solver_path[slot] = path; });
+void SettingsAndPaths::SetSolverPath(SolverKind kind, const std::string& path) {
+  if (settings_.SolverPath(kind) == path) return;
+  Edit([&](Settings& settings) { settings.SolverPath(kind) = path; });
 }

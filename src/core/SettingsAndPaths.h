@@ -39,7 +39,7 @@ class SettingsAndPaths {
     Edit([&](Settings& s) { s.*field = value; });
     return true;
   }
-  void SetSolverPath(int index, const std::string& path);
+  void SetSolverPath(SolverKind kind, const std::string& path);
   bool Dirty() const { return dirty_; }
 
   // A missing file leaves the defaults; afterwards the settings are not dirty. A number or switch

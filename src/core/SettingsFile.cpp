@@ -6,6 +6,7 @@
 
 #include "core/SettingsAndPaths.h"
 #include "core/SmallTextFile.h"
+#include "jobs/JobFile.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 #include "util/text/StrWrapper.h"
@@ -16,7 +17,7 @@ constexpr std::size_t kReadableBytes = 4095;
 constexpr std::size_t kLargestFile = 1024 * 1024;  // more is not looked into for keys
 
 using Field = std::variant<std::uint64_t Settings::*, int Settings::*, bool Settings::*,
-                           std::string Settings::*, Settings::Solver>;
+                           std::string Settings::*, SolverKind>;
 
 struct Key {
   const char* section;
@@ -39,11 +40,11 @@ const Key kKeys[] = {
     {"GENERAL", "xterm_path", &Settings::xterm_path, "xterm"},
     {"GENERAL", "language", &Settings::language},
     {"GENERAL", "group", &Settings::group},
-    {"SOLVER", "ls_dyna_s", Settings::kLsDynaSingle},
-    {"SOLVER", "ls_dyna_d", Settings::kLsDynaDouble},
-    {"SOLVER", "v_orel", Settings::kVorel},
-    {"SOLVER", "u_batch", Settings::kUtilityBatch},
-    {"SOLVER", "inc", Settings::kInc},
+    {"SOLVER", "ls_dyna_s", SolverKind::kLsDynaSingle},
+    {"SOLVER", "ls_dyna_d", SolverKind::kLsDynaDouble},
+    {"SOLVER", "v_orel", SolverKind::kVorel},
+    {"SOLVER", "u_batch", SolverKind::kUtilityBatch},
+    {"SOLVER", "inc", SolverKind::kInc},
     {"SOLVER", "mpp_solver_s", &Settings::mpp_solver_s},
     {"SOLVER", "mpp_solver_d", &Settings::mpp_solver_d},
     {"MPP", "use_mpp", &Settings::use_mpp},
@@ -91,9 +92,7 @@ struct Taker {
   void operator()(std::string Settings::*field) const {
     TakeText(settings.*field, value, whenEmpty);
   }
-  void operator()(Settings::Solver solver) const {
-    TakeText(settings.solver_path[solver], value, whenEmpty);
-  }
+  void operator()(SolverKind kind) const { TakeText(settings.SolverPath(kind), value, whenEmpty); }
 };
 
 struct Formatter {
@@ -105,9 +104,7 @@ struct Formatter {
   std::string operator()(int Settings::*field) const { return std::to_string(settings.*field); }
   std::string operator()(bool Settings::*field) const { return settings.*field ? "1" : "0"; }
   std::string operator()(std::string Settings::*field) const { return OneLine(settings.*field); }
-  std::string operator()(Settings::Solver solver) const {
-    return OneLine(settings.solver_path[solver]);
-  }
+  std::string operator()(SolverKind kind) const { return OneLine(settings.SolverPath(kind)); }
 };
 
 void ReadKey(const Key& key, const std::string& file, Settings& settings) {

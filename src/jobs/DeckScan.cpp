@@ -18,7 +18,7 @@ constexpr std::size_t kMostIncludes = 10000;
 // What one deck says.
 struct DeckFacts {
   std::uint64_t memory = 0;
-  std::optional<int> solverType;
+  std::optional<SolverKind> solverType;
   std::optional<int> firstStage;
   bool keepDeck = false;
   bool cases = false;
@@ -142,9 +142,9 @@ class DeckScanner {
   }
 
   void ReadRecommendedSolver(std::string_view value) {
-    if (value == "SINGLE") facts_.solverType = Settings::kLsDynaSingle;
-    if (value == "DOUBLE") facts_.solverType = Settings::kLsDynaDouble;
-    if (value == "ORLASOLVER") facts_.solverType = Settings::kUtilityBatch;
+    if (value == "SINGLE") facts_.solverType = SolverKind::kLsDynaSingle;
+    if (value == "DOUBLE") facts_.solverType = SolverKind::kLsDynaDouble;
+    if (value == "ORLASOLVER") facts_.solverType = SolverKind::kUtilityBatch;
   }
 
   void ReadKeepDeck(std::string_view value) {

@@ -38,7 +38,7 @@ void DropFirst(std::string& text) {
 }
 
 std::string SharedMemoryArguments(const JobFileDyna& job, const Settings& settings) {
-  const bool utilityBatch = job.solverType == Settings::kUtilityBatch;
+  const bool utilityBatch = job.solverType == SolverKind::kUtilityBatch;
   std::string text;
   if (!job.restartFile.empty()) text += " r=" + ShortQuotedPath(job.restartFile);
   if (!job.jobFile.empty()) text += " i=" + ShortQuotedPath(job.jobFile);
@@ -109,9 +109,9 @@ std::string MpiLauncher(const Settings& settings) {
   return settings.mpi == kPlatformMpi ? "mpirun" : "mpiexec";
 }
 
-std::string MppSolverPath(const Settings& settings, int solverType) {
-  if (solverType == Settings::kLsDynaSingle) return settings.mpp_solver_s;
-  if (solverType == Settings::kLsDynaDouble) return settings.mpp_solver_d;
+std::string MppSolverPath(const Settings& settings, SolverKind kind) {
+  if (kind == SolverKind::kLsDynaSingle) return settings.mpp_solver_s;
+  if (kind == SolverKind::kLsDynaDouble) return settings.mpp_solver_d;
   return {};
 }
 
@@ -146,10 +146,10 @@ bool JobFileDyna::BuildArguments(std::string& arguments) const {
   if (run == nullptr) return false;
   const Settings& settings = run->settings;
   arguments = SharedMemoryArguments(*this, settings);
-  if (!settings.use_mpp || solverType == Settings::kUtilityBatch) return true;
+  if (!settings.use_mpp || solverType == SolverKind::kUtilityBatch) return true;
   const HostList hosts = BuildHostList(settings, run->groupText);
   if (hosts.cpus < 1) return true;
-  if (solverType != Settings::kLsDynaSingle && solverType != Settings::kLsDynaDouble) {
+  if (solverType != SolverKind::kLsDynaSingle && solverType != SolverKind::kLsDynaDouble) {
     arguments.clear();
     return false;
   }
@@ -172,7 +172,7 @@ bool JobFileInc::BuildArguments(std::string& arguments) const {
   if (run == nullptr) return false;
   const Settings& settings = run->settings;
   if (settings.inc_token.empty()) return false;
-  const std::string folder = FolderOf(settings.solver_path[Settings::kInc]);
+  const std::string folder = FolderOf(settings.SolverPath(SolverKind::kInc));
   const std::string job = PathWithoutExtension(jobFile);
   arguments = ' ' + settings.inc_token + ' ' + QuotedPath(folder) + ' ' + QuotedPath(job);
   return true;

@@ -35,8 +35,8 @@ HostList BuildHostList(const Settings& settings, const std::string& groupText);
 // "mpirun" for Platform MPI, else "mpiexec".
 std::string MpiLauncher(const Settings& settings);
 
-// The executable of a distributed run; empty for solver types other than 0 and 1.
-std::string MppSolverPath(const Settings& settings, int solverType);
+// The executable of a distributed run; empty for kinds other than LS-DYNA.
+std::string MppSolverPath(const Settings& settings, SolverKind kind);
 
 // The path for a command line: between double quotes when it holds a blank or a tab.
 std::string QuotedPath(const std::string& path);

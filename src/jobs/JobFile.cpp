@@ -25,14 +25,6 @@ std::string MakeIdentifier() {
 
 }  // namespace
 
-bool JobStatusWord(int status, std::string& word) {
-  static const char* const kWords[] = {"Queued", "Waiting", "Running", "Finished", "Aborted"};
-  word.clear();
-  if (status < JobStatus::kQueued || status > JobStatus::kAborted) return false;
-  word = kWords[status];
-  return true;
-}
-
 JobFile::JobFile(const Settings& settings)
     : id(NewId()), identifier(MakeIdentifier()), pause(settings.pause_time) {}
 

@@ -11,15 +11,18 @@
 #include <vector>
 
 #include "jobs/JobId.h"
+#include "jobs/JobStatus.h"
 #include "jobs/Settings.h"
 #include "util/process/PTWrapper.h"
 
-namespace JobStatus {
-enum : int { kQueued = 0, kWaiting = 1, kRunning = 2, kFinished = 3, kAborted = 4 };
-}
+// Which program runs a job. The numbers are the order of the drivers and of Settings::solver_path.
+enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
 
-// The English word of a status in `word`. False for a value that has none.
-bool JobStatusWord(int status, std::string& word);
+// The kinds that run LS-DYNA decks: those of JobFileDyna.
+constexpr bool RunsDecks(SolverKind kind) {
+  return kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble ||
+         kind == SolverKind::kUtilityBatch;
+}
 
 // What a driver needs to know beyond the job, made by the group's thread for one run.
 struct JobRunContext {
@@ -46,8 +49,7 @@ class JobFile {
   JobFile(const JobFile&) = delete;
   JobFile& operator=(const JobFile&) = delete;
 
-  // An index of Settings::solver_path.
-  virtual int GetSolverType() const = 0;
+  virtual SolverKind GetSolverType() const = 0;
 
   // The arguments behind the solver's name. Needs `run`. False when there is no such command line.
   virtual bool BuildArguments(std::string& arguments) const = 0;
@@ -62,7 +64,7 @@ class JobFile {
   std::uint64_t memory = 0;  // megabytes; 0: not given
   int ncpu = 0;              // below 1: the settings' cpu_count
   int pause = 0;             // seconds before the run
-  int status = JobStatus::kQueued;
+  JobStatus status = JobStatus::kQueued;
   int firstStage = 0;  // index into `stages`
   std::vector<std::shared_ptr<JobFile>> stages;
 
@@ -97,15 +99,15 @@ class JobFile {
   std::string runMessage_;
 };
 
-// An LS-DYNA keyword deck, for LS-DYNA (types 0 and 1) or the utility batch program (2).
+// An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.
 class JobFileDyna : public JobFile {
  public:
   explicit JobFileDyna(const Settings& settings);
 
-  int GetSolverType() const override { return solverType; }
+  SolverKind GetSolverType() const override { return solverType; }
   bool BuildArguments(std::string& arguments) const override;
 
-  int solverType = Settings::kLsDynaSingle;
+  SolverKind solverType = SolverKind::kLsDynaSingle;
   bool useSFile = false;  // " s=" with the settings' force
   bool caseRun = false;   // the deck has cases
   bool dump = true;       // false: run with d=nodump whatever the settings say
@@ -126,7 +128,7 @@ class JobFileDyna : public JobFile {
 class JobFileVorel : public JobFile {
  public:
   using JobFile::JobFile;
-  int GetSolverType() const override { return Settings::kVorel; }
+  SolverKind GetSolverType() const override { return SolverKind::kVorel; }
   bool BuildArguments(std::string& arguments) const override;
 };
 
@@ -134,7 +136,7 @@ class JobFileVorel : public JobFile {
 class JobFileInc : public JobFile {
  public:
   using JobFile::JobFile;
-  int GetSolverType() const override { return Settings::kInc; }
+  SolverKind GetSolverType() const override { return SolverKind::kInc; }
   bool BuildArguments(std::string& arguments) const override;
 };
 

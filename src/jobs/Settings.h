@@ -3,14 +3,14 @@
 #define KR_JOBS_SETTINGS_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-struct Settings {
-  // Indices of solver_path; also the solver types of jobs and drivers.
-  enum Solver { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
+enum class SolverKind : int;  // jobs/JobFile.h
 
+struct Settings {
   // GENERAL
   std::uint64_t memory_size = 500;  // megabytes
   bool memory_auto = true;          // a deck's own memory request wins over memory_size
@@ -26,7 +26,13 @@ struct Settings {
   std::string group;
 
   // SOLVER
-  std::array<std::string, 10> solver_path;  // five keys; the rest stays empty
+  std::array<std::string, 10> solver_path;  // by solver kind; the rest stays empty
+  std::string& SolverPath(SolverKind kind) {
+    return solver_path.at(static_cast<std::size_t>(kind));
+  }
+  const std::string& SolverPath(SolverKind kind) const {
+    return solver_path.at(static_cast<std::size_t>(kind));
+  }
   std::string mpp_solver_s;
   std::string mpp_solver_d;
   std::string inc_token;  // read when present, never written, logged or shown

@@ -23,18 +23,18 @@ bool IsHotForming(const JobFile& job) {
   return dyna != nullptr && dyna->simulationType == kHotForming;
 }
 
-std::string SolverPath(const Settings& settings, int type) {
+std::string SolverPath(const Settings& settings, SolverKind kind) {
   const bool distributed =
-      settings.use_mpp && (type == Settings::kLsDynaSingle || type == Settings::kLsDynaDouble);
-  if (distributed) return MppSolverPath(settings, type);
-  return settings.solver_path.at(static_cast<std::size_t>(type));
+      settings.use_mpp && (kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble);
+  if (distributed) return MppSolverPath(settings, kind);
+  return settings.SolverPath(kind);
 }
 
 // Ends what a driver has left running, on every way out; after an abort also what a solver that
 // has ended by itself has left.
 class SolverEnd {
  public:
-  SolverEnd(JobFile& job, const int& status) : job_(job), status_(status) {}
+  SolverEnd(JobFile& job, const JobStatus& status) : job_(job), status_(status) {}
   ~SolverEnd() {
     const bool aborted = job_.abort && status_ == JobStatus::kAborted;
     const bool ended = aborted ? job_.process.TerminateAll() : job_.process.Terminate();
@@ -45,7 +45,7 @@ class SolverEnd {
 
  private:
   JobFile& job_;
-  const int& status_;
+  const JobStatus& status_;
 };
 
 // True while a session is wanted.
@@ -76,7 +76,7 @@ class StageRun {
     }
   }
 
-  int Run(PositioningLibrary& positioning) {
+  JobStatus Run(PositioningLibrary& positioning) {
     job_.SetRunError(0, {});
     job_.SetMessageFile({});
     if (!FirstStageExists() || !SolversAreNewEnough()) return JobStatus::kAborted;
@@ -87,7 +87,7 @@ class StageRun {
       return JobStatus::kAborted;
     }
     const AutoPositionFlag flag(hooks_.autoPosition, session.Wanted());
-    int status = JobStatus::kAborted;
+    JobStatus status = JobStatus::kAborted;
     for (std::size_t i = first_; i < stages_.size(); ++i) {
       status = RunStage(i, session);
       if (status == JobStatus::kAborted) break;
@@ -130,11 +130,11 @@ class StageRun {
   }
 
   // An aborted job leaves its mark on the stage that it has come to.
-  int RunStage(std::size_t index, PositioningSession& session) {
+  JobStatus RunStage(std::size_t index, PositioningSession& session) {
     JobFile& stage = *stages_[index];
     SetStatus(index, JobStatus::kWaiting);
     if (index > 0) WaitUnlessAborted(std::chrono::seconds(stage.pause), job_.abort);
-    int status = JobStatus::kAborted;
+    JobStatus status = JobStatus::kAborted;
     if (!job_.abort && !stage.abort) {
       session.Position(stage);
       SetStatus(index, JobStatus::kRunning);
@@ -145,16 +145,16 @@ class StageRun {
     return status;
   }
 
-  int RunThroughDriver(JobFile& stage) {
+  JobStatus RunThroughDriver(JobFile& stage) {
     const RunScope scope(stage, context_);
-    int status = JobStatus::kAborted;
+    JobStatus status = JobStatus::kAborted;
     const SolverEnd end(stage, status);
     try {
       JobSolver* const driver = hooks_.solverFor(stage.GetSolverType());
       if (driver != nullptr) return status = driver->Run(stage, context_);
       Fail(stage, RunError::kSolverMissing,
-           "No solver of type " + std::to_string(stage.GetSolverType()) + " for job [" +
-               ShownPath(stage.jobFile) + "]");
+           "No solver of type " + std::to_string(static_cast<int>(stage.GetSolverType())) +
+               " for job [" + ShownPath(stage.jobFile) + "]");
     } catch (const std::exception& error) {
       Fail(stage, RunError::kNotStarted,
            "Run job [" + ShownPath(stage.jobFile) + "] failed: " + error.what());
@@ -167,7 +167,7 @@ class StageRun {
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
   }
 
-  void SetStatus(std::size_t index, int status) {
+  void SetStatus(std::size_t index, JobStatus status) {
     if (stages_[index] != &job_) hooks_.setStageStatus(index, status);
   }
 
@@ -185,7 +185,7 @@ bool RunsInStages(const JobFile& job) {
   return !job.stages.empty() || IsHotForming(job);
 }
 
-int RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
-              const StageRunHooks& hooks) {
+JobStatus RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
+                    const StageRunHooks& hooks) {
   return StageRun(job, context, hooks).Run(positioning);
 }

@@ -10,11 +10,11 @@
 #include "solvers/PositioningLibrary.h"
 
 struct StageRunHooks {
-  // The driver of a solver type; null when there is none.
-  std::function<JobSolver*(int solverType)> solverFor;
+  // The driver of a kind; null when there is none.
+  std::function<JobSolver*(SolverKind kind)> solverFor;
   // Sets the status of one of the job's stages. Not called for a job without stages, which is its
   // own only stage.
-  std::function<void(std::size_t stage, int status)> setStageStatus;
+  std::function<void(std::size_t stage, JobStatus status)> setStageStatus;
   // True while the positioning library works for a job; may be null.
   std::atomic<bool>* autoPosition = nullptr;
 };
@@ -28,7 +28,7 @@ bool RunsInStages(const JobFile& job);
 //
 // Refuses to start on a solver that is too old for hot forming, when the positioning library cannot
 // write, and when the first stage to run is not there; the job then has the reason.
-int RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
-              const StageRunHooks& hooks);
+JobStatus RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
+                    const StageRunHooks& hooks);
 
 #endif

@@ -15,7 +15,7 @@ constexpr unsigned kPollMilliseconds = 1000;
 
 void JobSolver::Poll(JobFile&) {}
 
-int JobSolver::Run(JobFile& job, const JobRunContext& context) {
+JobStatus JobSolver::Run(JobFile& job, const JobRunContext& context) {
   const RunScope scope(job, context);
   job.SetRunError(0, {});
   job.SetMessageFile({});

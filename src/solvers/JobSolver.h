@@ -1,4 +1,4 @@
-// Solver drivers: one class a solver kind, one object a solver type.
+// Solver drivers: one object a solver kind.
 #ifndef KR_SOLVERS_JOBSOLVER_H
 #define KR_SOLVERS_JOBSOLVER_H
 
@@ -21,7 +21,7 @@ class JobSolver {
   virtual bool Start(JobFile& job) = 0;
 
   // Called after the process has ended: examines its output, tidies files; Finished or Aborted.
-  virtual int Finish(JobFile& job) = 0;
+  virtual JobStatus Finish(JobFile& job) = 0;
 
   // Called once a second while the process runs.
   virtual void Poll(JobFile& job);
@@ -29,9 +29,9 @@ class JobSolver {
   // The whole run of one job, on the calling thread: Finished or Aborted. Returns Aborted within
   // about a second after job.abort was set, with the solver still running: the caller ends it.
   // Leaves the code and the reason in the job and the context.
-  int Run(JobFile& job, const JobRunContext& context);
+  JobStatus Run(JobFile& job, const JobRunContext& context);
 
-  int solverType = 0;
+  SolverKind solverType = SolverKind::kLsDynaSingle;
   std::string displayName;
   std::string selectSolverTitle;
   std::string selectSolverTitle2;
@@ -42,7 +42,7 @@ class JobSolver {
   int enabled = 1;
 };
 
-// One driver for each of the types 0 to 4, in this order.
+// One driver for each kind, in their order.
 std::vector<std::unique_ptr<JobSolver>> MakeSolvers();
 
 #endif

@@ -8,7 +8,7 @@
 #include "solvers/RunSteps.h"
 
 JobSolverInc::JobSolverInc() {
-  solverType = Settings::kInc;
+  solverType = SolverKind::kInc;
   displayName = "INCSolver";
   selectSolverTitle = selectSolverTitle2 = "Select INCSolver";
   selectJobFileTitle = "Select FIN File (INC)";
@@ -19,7 +19,7 @@ JobSolverInc::JobSolverInc() {
 
 bool JobSolverInc::Start(JobFile& job) {
   if (dynamic_cast<JobFileInc*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.solver_path[Settings::kInc];
+  const std::string& solver = job.run->settings.SolverPath(SolverKind::kInc);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile)) ||
       !CheckCommandLinePath(job, FolderOf(solver))) {
@@ -42,7 +42,7 @@ bool JobSolverInc::Start(JobFile& job) {
   return StartProcess(job, start);
 }
 
-int JobSolverInc::Finish(JobFile& job) {
+JobStatus JobSolverInc::Finish(JobFile& job) {
   LineBlocks blocks(LineBlocks::LongLines::kInPieces);
   if (!blocks.Open(job.MessageFile())) {
     return NotNormal(job, "its output [" + job.MessageFile() + "] cannot be read");

@@ -10,7 +10,7 @@ class JobSolverInc : public JobSolver {
   JobSolverInc();
 
   bool Start(JobFile& job) override;
-  int Finish(JobFile& job) override;
+  JobStatus Finish(JobFile& job) override;
 };
 
 #endif

@@ -9,16 +9,15 @@
 
 namespace {
 
-// False, without a message, for a type that has no executable for distributed runs.
+// False, without a message, for a kind that has no executable for distributed runs.
 bool SolverPath(const JobFileDyna& job, std::string& path) {
   const Settings& settings = job.run->settings;
-  const int type = job.solverType;
+  const SolverKind kind = job.solverType;
   if (settings.use_mpp) {
-    path = MppSolverPath(settings, type);
-    return type == Settings::kLsDynaSingle || type == Settings::kLsDynaDouble;
+    path = MppSolverPath(settings, kind);
+    return kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble;
   }
-  if (type < 0 || type >= static_cast<int>(settings.solver_path.size())) return false;
-  path = settings.solver_path[static_cast<std::size_t>(type)];
+  path = settings.SolverPath(kind);
   return true;
 }
 
@@ -46,7 +45,7 @@ std::string MemoryMode(const JobFileDyna& job) {
 }  // namespace
 
 JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision) {
-  solverType = doublePrecision ? Settings::kLsDynaDouble : Settings::kLsDynaSingle;
+  solverType = doublePrecision ? SolverKind::kLsDynaDouble : SolverKind::kLsDynaSingle;
   displayName = doublePrecision ? "LS-DYNA (D)" : "LS-DYNA (S)";
   selectSolverTitle =
       doublePrecision ? "Select Double LS-DYNA Solver" : "Select Single LS-DYNA Solver";
@@ -77,9 +76,9 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   return StartProcess(job, start);
 }
 
-int JobSolverLsDyna::Finish(JobFile& job) {
+JobStatus JobSolverLsDyna::Finish(JobFile& job) {
   const std::string messageFile = FindMessageFile(job);
-  const int status = JudgeRun(job, messageFile);
+  const JobStatus status = JudgeRun(job, messageFile);
   if (!messageFile.empty() && job.run->settings.no_adapdump) RemoveAdaptDumps(job);
   return status;
 }

@@ -4,13 +4,13 @@
 
 #include "solvers/JobSolver.h"
 
-// Runs JobFileDyna jobs of types 0 and 1.
+// Runs JobFileDyna jobs of one precision.
 class JobSolverLsDyna : public JobSolver {
  public:
   explicit JobSolverLsDyna(bool doublePrecision);
 
   bool Start(JobFile& job) override;
-  int Finish(JobFile& job) override;
+  JobStatus Finish(JobFile& job) override;
   // Looks for the message file.
   void Poll(JobFile& job) override;
 };

@@ -13,7 +13,7 @@ std::string MessageFile(const JobFile& job) {
 }  // namespace
 
 JobSolverUBatch::JobSolverUBatch() {
-  solverType = Settings::kUtilityBatch;
+  solverType = SolverKind::kUtilityBatch;
   displayName = "UTILITYBATCH";
   selectSolverTitle = selectSolverTitle2 = "Select UTILITYBATCH";
   selectJobFileTitle = "Select DYNA File (LS-DYNA)";
@@ -24,7 +24,7 @@ JobSolverUBatch::JobSolverUBatch() {
 
 bool JobSolverUBatch::Start(JobFile& job) {
   if (dynamic_cast<JobFileDyna*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.solver_path[Settings::kUtilityBatch];
+  const std::string& solver = job.run->settings.SolverPath(SolverKind::kUtilityBatch);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, job.jobFile, true)) return false;
   const std::string old = MessageFile(job);
@@ -38,7 +38,7 @@ bool JobSolverUBatch::Start(JobFile& job) {
   return StartProcess(job, start);
 }
 
-int JobSolverUBatch::Finish(JobFile& job) {
+JobStatus JobSolverUBatch::Finish(JobFile& job) {
   return JudgeRun(job, MessageFile(job));
 }
 

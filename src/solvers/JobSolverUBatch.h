@@ -4,13 +4,13 @@
 
 #include "solvers/JobSolver.h"
 
-// Runs JobFileDyna jobs of type 2.
+// Runs JobFileDyna jobs of the kind kUtilityBatch.
 class JobSolverUBatch : public JobSolver {
  public:
   JobSolverUBatch();
 
   bool Start(JobFile& job) override;
-  int Finish(JobFile& job) override;
+  JobStatus Finish(JobFile& job) override;
   // Looks for the message file.
   void Poll(JobFile& job) override;
 };

@@ -15,7 +15,7 @@ std::string ResultFile(const JobFile& job) {
 }  // namespace
 
 JobSolverVorel::JobSolverVorel() {
-  solverType = Settings::kVorel;
+  solverType = SolverKind::kVorel;
   displayName = "VOREL";
   selectSolverTitle = selectSolverTitle2 = "Select VOREL";
   selectJobFileTitle = "Select DAT File (VOREL)";
@@ -26,7 +26,7 @@ JobSolverVorel::JobSolverVorel() {
 
 bool JobSolverVorel::Start(JobFile& job) {
   if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.solver_path[Settings::kVorel];
+  const std::string& solver = job.run->settings.SolverPath(SolverKind::kVorel);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
   job.SetMessageFile(VorelOutFile(job.jobFile));
@@ -42,7 +42,7 @@ bool JobSolverVorel::Start(JobFile& job) {
   return StartProcess(job, start);
 }
 
-int JobSolverVorel::Finish(JobFile& job) {
+JobStatus JobSolverVorel::Finish(JobFile& job) {
   InputFile result;
   if (result.Open(ResultFile(job)) && result.Size() > 0) return JobStatus::kFinished;
   return NotNormal(job, "there is no result in [" + ResultFile(job) + "]");

@@ -10,7 +10,7 @@ class JobSolverVorel : public JobSolver {
   JobSolverVorel();
 
   bool Start(JobFile& job) override;
-  int Finish(JobFile& job) override;
+  JobStatus Finish(JobFile& job) override;
 };
 
 #endif

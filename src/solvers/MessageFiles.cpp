@@ -180,7 +180,7 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
   return verdict;
 }
 
-int JudgeRun(JobFile& job, const std::string& messageFile) {
+JobStatus JudgeRun(JobFile& job, const std::string& messageFile) {
   job.SetMessageFile(messageFile);
   if (messageFile.empty()) {
     const std::string folder = job.Folder();

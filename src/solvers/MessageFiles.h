@@ -22,7 +22,7 @@ void RemoveAdaptDumps(const JobFile& job);
 // How the run ended by its message file, Finished or Aborted; renames the file to its name and
 // ".krb", which becomes the job's message file. Leaves code 2 and the reason with the job. An empty
 // path: code 3.
-int JudgeRun(JobFile& job, const std::string& messageFile);
+JobStatus JudgeRun(JobFile& job, const std::string& messageFile);
 
 // What a message file says about the end of its run.
 struct MessageVerdict {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "jobs/JobStatus.h"
+
 struct AnalysisHooks {
   // Bytes read and the file's size, now and then. Returning false ends the analysis.
   std::function<bool(std::uint64_t done, std::uint64_t size)> progress;
@@ -39,7 +41,7 @@ AnalysisReport AnalyseMessageFile(const std::string& messageFile, const Analysis
 
 // INC: the total time of a job that has finished. Vorel: the time between the first and the last
 // date of the output, and its error lines. Without the file, only its name.
-AnalysisReport AnalyseIncInfo(const std::string& jobFile, int status,
+AnalysisReport AnalyseIncInfo(const std::string& jobFile, JobStatus status,
                               const AnalysisHooks& hooks = {});
 AnalysisReport AnalyseVorelOut(const std::string& jobFile, const AnalysisHooks& hooks = {});
 

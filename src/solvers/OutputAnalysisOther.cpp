@@ -123,7 +123,8 @@ std::string VorelOutFile(const std::string& jobFile) {
   return Beside(jobFile, ".OUT");
 }
 
-AnalysisReport AnalyseIncInfo(const std::string& jobFile, int status, const AnalysisHooks& hooks) {
+AnalysisReport AnalyseIncInfo(const std::string& jobFile, JobStatus status,
+                              const AnalysisHooks& hooks) {
   const std::string infoFile = IncInfoFile(jobFile);
   if (status != JobStatus::kFinished) return NameOnly(infoFile, hooks);
   return AnalyseIncInfoFile(infoFile, hooks);

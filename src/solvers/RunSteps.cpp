@@ -97,7 +97,7 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start) {
   return job.process.Create(start) || Fail(job, RunError::kNotStarted, job.process.LastError());
 }
 
-int NotNormal(JobFile& job, const std::string& words) {
+JobStatus NotNormal(JobFile& job, const std::string& words) {
   Fail(job, RunError::kNotNormal,
        "Job [" + ShownPath(job.jobFile.empty() ? job.restartFile : job.jobFile) +
            "] did not end normally: " + words);

@@ -57,6 +57,6 @@ void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind
 bool StartProcess(JobFile& job, PTWrapperProcessStart start);
 
 // "Job [..] did not end normally: " with the words; leaves kNotNormal. The status to return.
-int NotNormal(JobFile& job, const std::string& words);
+JobStatus NotNormal(JobFile& job, const std::string& words);
 
 #endif

@@ -38,12 +38,13 @@ class RecordingObserver : public QueueObserver {
  public:
   static std::string Text(JobId id) { return std::to_string(static_cast<std::uint64_t>(id)); }
 
-  void JobStatusChanged(int groupId, JobId job, int status) override {
-    Note("status " + std::to_string(groupId) + " " + Text(job) + " " + std::to_string(status));
+  void JobStatusChanged(int groupId, JobId job, JobStatus status) override {
+    Note("status " + std::to_string(groupId) + " " + Text(job) + " " +
+         std::to_string(static_cast<int>(status)));
   }
-  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override {
+  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override {
     Note("stage " + std::to_string(groupId) + " " + Text(job) + " " + Text(stage) + " " +
-         std::to_string(status));
+         std::to_string(static_cast<int>(status)));
   }
   void JobsChanged(int groupId) override { Note("jobs " + std::to_string(groupId)); }
   void GroupRunChanged(int groupId) override { Note("run " + std::to_string(groupId)); }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "core/JobGroupManager.h"
 #include "CoreFixture.h"
@@ -19,7 +20,7 @@ inline std::string StandInSolver() {
 class GroupTest : public CoreTest {
  protected:
   GroupTest() {
-    files_.SetSolverPath(Settings::kLsDynaSingle, StandInSolver());
+    files_.SetSolverPath(SolverKind::kLsDynaSingle, StandInSolver());
     files_.Set(&Settings::pause_time, 0);
     manager_->SetObserver(&seen_);
     manager_->AddGroup("Group1");
@@ -44,13 +45,13 @@ class GroupTest : public CoreTest {
     return job;
   }
 
-  int Status(const JobGroup& group, int index) const {
-    int status = -1;
+  std::optional<JobStatus> Status(const JobGroup& group, int index) const {
+    std::optional<JobStatus> status;
     group.ReadJob(IdIn(group, index), [&](const JobFile& job) { status = job.status; });
     return status;
   }
 
-  bool WaitForStatus(const JobGroup& group, int index, int status) const {
+  bool WaitForStatus(const JobGroup& group, int index, JobStatus status) const {
     return WaitUntil([&] { return Status(group, index) == status; });
   }
 

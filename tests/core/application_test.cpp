@@ -72,9 +72,9 @@ TEST_F(ApplicationTest, TheFirstSolverArgumentChoosesTheMode) {
     ASSERT_TRUE(Start(arguments));
     EXPECT_EQ(application_->SolverMode(), mode);
     for (const auto& solver : application_->Solvers()) {
-      const bool isInc = solver->solverType == Settings::kInc;
+      const bool isInc = solver->solverType == SolverKind::kInc;
       const bool enabled = mode == 0 || (mode == 2) == isInc;
-      EXPECT_EQ(solver->enabled, enabled ? 1 : 0) << mode << " " << solver->solverType;
+      EXPECT_EQ(solver->enabled, enabled ? 1 : 0) << mode << " " << solver->displayName;
     }
   }
 }
@@ -116,7 +116,7 @@ TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
   RecordingObserver seen;
   application_->Manager().SetObserver(&seen);
   SettingsAndPaths& settings = application_->SettingsAndFiles();
-  settings.SetSolverPath(Settings::kInc, "/inc/x.exe");
+  settings.SetSolverPath(SolverKind::kInc, "/inc/x.exe");
   WriteHandOverFile(
       "#mpp=1\n#mpi_param=-a\n#mpp_param=-b\n#group=300,n1,2\n#solver=inc\n#single_cpu=0\n#krjob\n"
       "ncpu=7\ns=iface\nd=nodump\n/a.k\n");
@@ -136,7 +136,7 @@ TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
   EXPECT_EQ(now.cpu_count, 7);
   EXPECT_EQ(now.force, "iface");
   EXPECT_FALSE(now.output_dump);
-  EXPECT_NE(now.solver_path[Settings::kInc].find("KVIN_MC.EXE"), std::string::npos);
+  EXPECT_NE(now.SolverPath(SolverKind::kInc).find("KVIN_MC.EXE"), std::string::npos);
   application_->Manager().SetObserver(nullptr);
 }
 

@@ -6,8 +6,8 @@ namespace {
 class GroupList : public GroupTest {
  protected:
   // Adds a job for each status given.
-  void Fill(std::initializer_list<int> statuses) {
-    for (const int status : statuses) {
+  void Fill(std::initializer_list<JobStatus> statuses) {
+    for (const JobStatus status : statuses) {
       auto job = std::make_shared<JobFileDyna>(files_.Get());
       job->status = status;
       job->extraOptions = std::to_string(jobs_.size());
@@ -48,7 +48,7 @@ TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
     EXPECT_FALSE(group.SetMemory(job, 5));
     EXPECT_FALSE(group.SetCpuCount(job, 5));
     EXPECT_FALSE(group.SetPause(job, 5));
-    EXPECT_FALSE(group.SetPrecision(job, 1));
+    EXPECT_FALSE(group.SetPrecision(job, SolverKind::kLsDynaDouble));
     EXPECT_FALSE(group.SetUseSFile(job, true));
     EXPECT_FALSE(group.SetDump(job, false));
     EXPECT_FALSE(group.SetRestartFile(job, "r"));
@@ -63,8 +63,7 @@ TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
   EXPECT_EQ(group.ActiveJob(), Id(0));
   EXPECT_TRUE(group.SetMemory(Id(1), 5));
   EXPECT_TRUE(group.SetDump(Id(1), false));
-  EXPECT_FALSE(group.SetPrecision(Id(1), Settings::kVorel));
-  EXPECT_FALSE(group.SetJobStatus(Id(1), 5));
+  EXPECT_FALSE(group.SetPrecision(Id(1), SolverKind::kVorel));
   EXPECT_EQ(jobs_[1]->memory, 5u);
   EXPECT_FALSE(jobs_[1]->dump);
 }

@@ -218,7 +218,7 @@ TEST_F(GroupRun, ThreadsThatAllChangeOneGroupDoNotCollide) {
     }
   });
   while (!end) {
-    Group()->ReadJobs([](const JobFile& job) { EXPECT_LE(job.status, 4); });
+    Group()->ReadJobs([](const JobFile& job) { EXPECT_LE(job.status, JobStatus::kAborted); });
     manager_->IsAnyJobActive();
     manager_->SetObserver(nullptr);
     manager_->SetObserver(&seen_);

@@ -22,7 +22,7 @@ TEST(HandOverText, ARecordWithOnePathHasTheDefaultsOfTheSettings) {
   ASSERT_EQ(order.jobs.size(), 1u);
   const JobRequest& job = order.jobs[0];
   EXPECT_EQ(job.jobFile, "/a.k");
-  EXPECT_EQ(job.kind, -1);
+  EXPECT_EQ(job.kind, std::nullopt);
   EXPECT_EQ(job.pause, 9);
   EXPECT_EQ(job.ncpu, 3);
   EXPECT_EQ(job.memory, 0u);
@@ -37,7 +37,7 @@ TEST(HandOverText, EachJobKeySetsItsField) {
       "#krjob\r\n#vorel\r\nd=other\r\n/b.dat\r\n#krjob\r\n#inc\r\n/c.fin");
   ASSERT_EQ(order.jobs.size(), 3u);
   const JobRequest& full = order.jobs[0];
-  EXPECT_EQ(full.kind, 2);
+  EXPECT_EQ(full.kind, SolverKind::kLsDynaDouble);
   EXPECT_EQ(full.pause, 7);
   EXPECT_EQ(full.memory, 300u);
   EXPECT_EQ(full.ncpu, 6);
@@ -48,24 +48,25 @@ TEST(HandOverText, EachJobKeySetsItsField) {
   EXPECT_EQ(order.settings.cpu_count, 6);
   EXPECT_EQ(order.settings.force, "iff");
   EXPECT_FALSE(order.settings.output_dump);
-  EXPECT_EQ(order.jobs[1].kind, 3);
+  EXPECT_EQ(order.jobs[1].kind, SolverKind::kVorel);
   EXPECT_TRUE(order.jobs[1].dump);
   EXPECT_EQ(order.jobs[1].ncpu, 6);  // the settings' value by now
-  EXPECT_EQ(order.jobs[2].kind, 4);
+  EXPECT_EQ(order.jobs[2].kind, SolverKind::kInc);
 }
 
 TEST(HandOverText, PrecisionsBeyondTheKnownOnesGiveNoKind) {
-  const std::pair<const char*, int> cases[] = {{"0", 0}, {"x", 0}, {"1", 1}, {"3", -1}, {"-1", -1}};
+  const std::pair<const char*, std::optional<SolverKind>> cases[] = {
+      {"0", {}}, {"x", {}}, {"1", SolverKind::kLsDynaSingle}, {"3", {}}, {"-1", {}}};
   for (const auto& [value, kind] : cases) {
     const HandOverOrder order =
         Read(std::string("#krjob\n#vorel\n#dyna_precision=") + value + "\na\n");
-    EXPECT_EQ(order.jobs.at(0).kind, kind) << value;
+    EXPECT_TRUE(order.jobs.at(0).kind == kind) << value;
   }
 }
 
 TEST(HandOverText, SettingsLinesWorkWithoutARecordAndJobLinesDoNot) {
   Settings settings;
-  settings.solver_path[Settings::kInc] = "/solvers/old.exe";
+  settings.SolverPath(SolverKind::kInc) = "/solvers/old.exe";
   const HandOverOrder order = Read(
       "/lost.k\nncpu=9\ns=lost\nd=nodump\n#mpp=1\n#mpi_param=-x 1=2\n#mpp_param=p\n"
       "#group=350,node1,4\n#solver=dyna\n#solver=INC\n#single_cpu=1\n",
@@ -81,13 +82,13 @@ TEST(HandOverText, SettingsLinesWorkWithoutARecordAndJobLinesDoNot) {
   EXPECT_EQ(order.groupText, "350,node1,4");
   EXPECT_EQ(order.settings.memory2, 350u);
   EXPECT_EQ(order.solverMode, 1);
-  EXPECT_EQ(order.settings.solver_path[Settings::kInc],
+  EXPECT_EQ(order.settings.SolverPath(SolverKind::kInc),
             FileDirWrapper::Join(FileDirWrapper::kSeparator == '/' ? "/solvers" : "\\solvers",
                                  "KVIN_SC.EXE"));
-  EXPECT_NE(Read("#single_cpu=0\n", settings).settings.solver_path[Settings::kInc].find("KVIN_MC"),
+  EXPECT_NE(Read("#single_cpu=0\n", settings).settings.SolverPath(SolverKind::kInc).find("KVIN_MC"),
             std::string::npos);
   EXPECT_FALSE(Read("#mpp=true\n", order.settings).settings.use_mpp);
-  EXPECT_EQ(Read("#single_cpu=1\n").settings.solver_path[Settings::kInc], "");
+  EXPECT_EQ(Read("#single_cpu=1\n").settings.SolverPath(SolverKind::kInc), "");
 }
 
 TEST(HandOverText, EveryPathOfARecordBecomesAJobWithItsValues) {

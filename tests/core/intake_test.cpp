@@ -24,14 +24,19 @@ class Intake : public GroupTest {
 TEST_F(Intake, TheKindComesFromTheRequestThenTheEndingThenTheDeck) {
   const std::string asksForDouble = Deck("double.k", "$RCMD-SOLVER: DOUBLE\n");
   EXPECT_TRUE(Make<JobFileVorel>(home_.Write("a.DAT", "")));
-  EXPECT_TRUE(Make<JobFileInc>(home_.Write("a.fin", ""), [](JobRequest& r) { r.kind = 0; }));
-  EXPECT_TRUE(Make<JobFileInc>(home_.Write("b.dat", ""), [](JobRequest& r) { r.kind = 4; }));
-  EXPECT_EQ(Make<JobFileDyna>(Deck("plain.k"))->solverType, Settings::kLsDynaSingle);
-  EXPECT_EQ(Make<JobFileDyna>(asksForDouble)->solverType, Settings::kLsDynaDouble);
-  EXPECT_EQ(Make<JobFileDyna>(asksForDouble, [](JobRequest& r) { r.kind = 1; })->solverType,
-            Settings::kLsDynaSingle);
-  EXPECT_EQ(Make<JobFileDyna>(Deck("c.dat"), [](JobRequest& r) { r.kind = 2; })->solverType,
-            Settings::kLsDynaDouble);
+  EXPECT_TRUE(Make<JobFileInc>(home_.Write("a.fin", "")));
+  EXPECT_TRUE(
+      Make<JobFileInc>(home_.Write("b.dat", ""), [](JobRequest& r) { r.kind = SolverKind::kInc; }));
+  EXPECT_EQ(Make<JobFileDyna>(Deck("plain.k"))->solverType, SolverKind::kLsDynaSingle);
+  EXPECT_EQ(Make<JobFileDyna>(asksForDouble)->solverType, SolverKind::kLsDynaDouble);
+  EXPECT_EQ(
+      Make<JobFileDyna>(asksForDouble, [](JobRequest& r) { r.kind = SolverKind::kLsDynaSingle; })
+          ->solverType,
+      SolverKind::kLsDynaSingle);
+  EXPECT_EQ(
+      Make<JobFileDyna>(Deck("c.dat"), [](JobRequest& r) { r.kind = SolverKind::kLsDynaDouble; })
+          ->solverType,
+      SolverKind::kLsDynaDouble);
 }
 
 TEST_F(Intake, MemoryIsTheRequestsThenTheDecksThenTheSettings) {

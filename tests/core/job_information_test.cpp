@@ -50,7 +50,7 @@ TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
 TEST_F(Information, ReadsWhatEachSolverWrites) {
   output_.jobFile = folder_ / "part.v2.fin";
   folder_.Write("part.v2_INFO.OUT", "THE TOTAL TIME IS ABOUT   12.5 SECONDS\n");
-  output_.solverType = Settings::kInc;
+  output_.solverType = SolverKind::kInc;
   EXPECT_EQ(LastLine(2), "THE TOTAL TIME: ");
   EXPECT_EQ(LastLine(1), "   12.5 SECONDS");
 
@@ -58,19 +58,16 @@ TEST_F(Information, ReadsWhatEachSolverWrites) {
   folder_.Write("form.OUT",
                 "D A T E (MM/DD/YY): 01/10/15\nTIME(HH:MM:SS:.01): 10:00:00\n ERROR 7\n"
                 "D A T E (MM/DD/YY): 01/11/15\nTIME(HH:MM:SS:.01): 09:30:00\n");
-  output_.solverType = Settings::kVorel;
+  output_.solverType = SolverKind::kVorel;
   const auto lines = JobInformation(output_);
   EXPECT_NE(std::find(lines.begin(), lines.end(), "THE TOTAL TIME:  23 Hours 30 Minutes 0 Seconds"),
             lines.end());
-
-  output_.solverType = -1;
-  EXPECT_TRUE(JobInformation(output_).empty());
 }
 
 // The file that a post-processor opens.
 TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
   const Settings settings;
-  const auto stage = [&](const char* deck, const char* simulation, int status) {
+  const auto stage = [&](const char* deck, const char* simulation, JobStatus status) {
     auto made = std::make_shared<JobFileDyna>(settings);
     made->jobFile = deck;
     made->simulationType = simulation;
@@ -96,7 +93,7 @@ TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
   EXPECT_TRUE(IsCompensation(PostSourceOf(job)));
 
   JobFileDyna utility(settings);
-  utility.solverType = Settings::kUtilityBatch;
+  utility.solverType = SolverKind::kUtilityBatch;
   EXPECT_TRUE(PostResults(PostSourceOf(utility)).empty());
   JobFileInc inc(settings);
   inc.jobFile = "/decks/part.v2.fin";

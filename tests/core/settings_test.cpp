@@ -54,8 +54,8 @@ TEST_F(SettingsFile, ReadsEachKindOfValueByItsRule) {
   EXPECT_EQ(settings.xterm_path, "xterm");
   EXPECT_EQ(settings.force, "d3plotint");
   EXPECT_FALSE(settings.last_path.empty());
-  EXPECT_EQ(settings.solver_path[Settings::kUtilityBatch], "/b");
-  EXPECT_EQ(settings.solver_path[Settings::kVorel], "/v");
+  EXPECT_EQ(settings.SolverPath(SolverKind::kUtilityBatch), "/b");
+  EXPECT_EQ(settings.SolverPath(SolverKind::kVorel), "/v");
   EXPECT_EQ(settings.inc_token, "abc.def");
   EXPECT_TRUE(settings.use_mpp);
   EXPECT_EQ(settings.memory2, UINT64_MAX);
@@ -82,7 +82,7 @@ TEST_F(SettingsFile, ComesBackAsItWasWritten) {
     s.last_path = "/with blanks/and=equals;semicolon";
     s.last_solver_path = " blanks around ";
     s.group = "100,node 1,4";
-    s.solver_path[Settings::kInc] = longPath;
+    s.SolverPath(SolverKind::kInc) = longPath;
     s.use_mpp = true;
     s.mpi = 3;
     s.mpi_param = "\"-env X\" \"two words\"";

@@ -31,8 +31,8 @@ class Stages : public GroupTest {
     return notes;
   }
 
-  std::vector<int> Statuses() const {
-    std::vector<int> statuses;
+  std::vector<JobStatus> Statuses() const {
+    std::vector<JobStatus> statuses;
     Group()->ReadJob(Id(0), [&](const JobFile& job) {
       for (const auto& stage : job.stages) statuses.push_back(stage->status);
     });
@@ -91,7 +91,7 @@ TEST_F(Stages, AreChangedOnlyWhileTheJobIsQueued) {
   EXPECT_TRUE(group.SetStageStatus(id, stage(0), JobStatus::kFinished));
   EXPECT_EQ(StageNotes(*job), std::vector<std::string>{"0 3"});
 
-  for (const int status : {JobStatus::kWaiting, JobStatus::kRunning}) {
+  for (const JobStatus status : {JobStatus::kWaiting, JobStatus::kRunning}) {
     job->status = status;
     EXPECT_FALSE(group.AddStage(id, stages[0]));
     EXPECT_FALSE(group.RemoveStage(id, stage(0)));
@@ -121,11 +121,12 @@ TEST_F(Stages, StopEndsTheStageThatRunsAndResubmitGoesOnFromIt) {
   Deck("stage1/deck.k");
   ASSERT_TRUE(Group()->SetFirstStage(job->id, job->stages[1]->id));
   ASSERT_TRUE(Group()->Resubmit(job->id));
-  EXPECT_EQ(Statuses(), (std::vector<int>{3, 0, 0}));
+  EXPECT_EQ(Statuses(),
+            (std::vector{JobStatus::kFinished, JobStatus::kQueued, JobStatus::kQueued}));
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
-  EXPECT_EQ(Statuses(), (std::vector<int>{3, 3, 3}));
+  EXPECT_EQ(Statuses(), (std::vector<JobStatus>(3, JobStatus::kFinished)));
   EXPECT_EQ(job->MessageFile(), job->stages[2]->MessageFile());
 }
 
@@ -140,7 +141,8 @@ TEST_F(Stages, TheRequestToStopGoesToTheStageThatRuns) {
   home_.Write("stage1/bg_switch", "");
   EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kAsked);
   EXPECT_TRUE(WaitForEnd(*Group()));
-  EXPECT_EQ(Statuses(), (std::vector<int>{3, 3})) << "it wrote its dump and ended well";
+  EXPECT_EQ(Statuses(), (std::vector<JobStatus>(2, JobStatus::kFinished)))
+      << "it wrote its dump and ended well";
   EXPECT_FALSE(std::filesystem::exists(home_ / "main/d3kil"));
 }
 
@@ -179,11 +181,11 @@ TEST_F(Stages, ADeckThatNamesStagesBecomesAJobWithThem) {
   const auto& second = dynamic_cast<JobFileDyna&>(*job->stages[1]);
   EXPECT_EQ(first.jobFile, one);
   EXPECT_EQ(first.simulationType, "HOT FORMING");
-  EXPECT_EQ(first.solverType, Settings::kLsDynaDouble);
+  EXPECT_EQ(first.solverType, SolverKind::kLsDynaDouble);
   EXPECT_EQ(first.memory, 800u);
   EXPECT_EQ(first.restartFile, "");
   EXPECT_EQ(second.jobFile, two);
-  EXPECT_EQ(second.solverType, Settings::kLsDynaSingle);
+  EXPECT_EQ(second.solverType, SolverKind::kLsDynaSingle);
   EXPECT_EQ(second.memory, 500u);
   EXPECT_EQ(second.pause, 6);
   EXPECT_EQ(second.ncpu, 5);
@@ -192,10 +194,10 @@ TEST_F(Stages, ADeckThatNamesStagesBecomesAJobWithThem) {
   EXPECT_TRUE(second.keepDeck);
   EXPECT_EQ(second.restartFile, request.restartFile);
 
-  request.kind = 1;
+  request.kind = SolverKind::kLsDynaSingle;
   request.memory = 77;
   const auto forced = Make(request, deck);
-  EXPECT_EQ(forced->stages[0]->GetSolverType(), Settings::kLsDynaSingle);
+  EXPECT_EQ(forced->stages[0]->GetSolverType(), SolverKind::kLsDynaSingle);
   EXPECT_EQ(forced->stages[0]->memory, 77u);
 
   const auto incomplete = Make(request, home_.Write("bad.k", text + "*INCLUDE\ngone.k\n"));

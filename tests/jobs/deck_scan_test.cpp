@@ -53,7 +53,7 @@ TEST_F(DeckTest, ReadsControlComments) {
       "$ SPC WORKS IN ALL STAGES: YES\n");
   EXPECT_EQ(job->simulationType, "HOT FORMING");
   EXPECT_EQ(job->calculationMethod, "IMPLICIT");
-  EXPECT_EQ(job->solverType, Settings::kLsDynaDouble);
+  EXPECT_EQ(job->solverType, SolverKind::kLsDynaDouble);
   EXPECT_TRUE(job->hasRecommendedSolver);
   EXPECT_EQ(job->firstStage, 2);
   EXPECT_TRUE(job->hasFirstStage);
@@ -65,14 +65,14 @@ TEST_F(DeckTest, ReadsControlComments) {
       " $ CALC-METHOD: in the middle of a line\n");
   EXPECT_EQ(other->simulationType, "HOT FORMING");
   EXPECT_EQ(other->firstStage, 0);
-  EXPECT_EQ(other->solverType, Settings::kUtilityBatch);
+  EXPECT_EQ(other->solverType, SolverKind::kUtilityBatch);
   EXPECT_FALSE(other->keepDeck);
   EXPECT_EQ(other->calculationMethod, "");
 
   const auto plain = Scanned("$ RCMD-SOLVER: TRIPLE\n$ CALC-METHOD\n$ RUNFIRST\n*NODE\n$ nid\n");
   EXPECT_FALSE(plain->hasRecommendedSolver);
   EXPECT_FALSE(plain->hasFirstStage);
-  EXPECT_EQ(plain->solverType, Settings::kLsDynaSingle);
+  EXPECT_EQ(plain->solverType, SolverKind::kLsDynaSingle);
 }
 
 TEST_F(DeckTest, ReadsTheJobIdentifier) {
@@ -172,7 +172,7 @@ TEST_F(DeckTest, ScansStagesAndHandsFlagsDown) {
   EXPECT_TRUE(stage->useSFile && stage->caseRun && inner->useSFile && inner->caseRun);
   EXPECT_TRUE(lost->caseRun);
   EXPECT_EQ(stage->deckMemory, 9u);
-  EXPECT_EQ(stage->solverType, Settings::kLsDynaDouble);
+  EXPECT_EQ(stage->solverType, SolverKind::kLsDynaDouble);
   EXPECT_EQ(inner->simulationType, "HOT FORMING");
   EXPECT_EQ(log_, Names{"File [" + lost->jobFile + "] does not exist"});
 

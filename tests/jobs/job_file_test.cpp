@@ -14,12 +14,12 @@ namespace {
 TEST(JobStatus, HasWords) {
   const char* const words[] = {"Queued", "Waiting", "Running", "Finished", "Aborted"};
   std::string word;
-  for (int status = 0; status < 5; ++status) {
-    EXPECT_TRUE(JobStatusWord(status, word));
-    EXPECT_EQ(word, words[status]);
+  for (int number = 0; number < 5; ++number) {
+    EXPECT_TRUE(JobStatusWord(JobStatus{number}, word));
+    EXPECT_EQ(word, words[number]);
   }
-  EXPECT_FALSE(JobStatusWord(5, word));
-  EXPECT_FALSE(JobStatusWord(-1, word));
+  EXPECT_FALSE(JobStatusWord(JobStatus{5}, word));
+  EXPECT_FALSE(JobStatusWord(JobStatus{-1}, word));
 }
 
 TEST(JobFile, BeginsWithTheSettings) {
@@ -127,7 +127,7 @@ TEST_F(Arguments, FollowTheSwitches) {
   job_.dump = false;
   EXPECT_EQ(Built(), "i=/d/a.k ncpu=2 s=\"inter face\" d=nodump CASE jobid=7 x");
   job_.memory = 8;
-  job_.solverType = Settings::kUtilityBatch;
+  job_.solverType = SolverKind::kUtilityBatch;
   EXPECT_EQ(Built(), "i=/d/a.k s=\"inter face\" d=nodump CASE jobid=7 x");
 }
 
@@ -150,7 +150,7 @@ TEST_F(Arguments, OfADistributedRun) {
   settings_.memory2 = 203;
   settings_.mpi_param = "-np 12";
   settings_.mpp_param = "32ieee=yes";
-  job_.solverType = Settings::kLsDynaDouble;
+  job_.solverType = SolverKind::kLsDynaDouble;
   EXPECT_EQ(Built(), "-np 12 -hosts 2 A 4 B 8 \"/s/mpp d\" i=/d/a.k memory2=50m 32ieee=yes");
   settings_.mpi = 3;
   EXPECT_EQ(Built(), "-np 12 -hostlist A:4,B:8 \"/s/mpp d\" i=/d/a.k memory2=50m 32ieee=yes");
@@ -158,11 +158,11 @@ TEST_F(Arguments, OfADistributedRun) {
   EXPECT_EQ(Built(), "-np 12 \"/s/mpp d\" i=/d/a.k memory2=50m 32ieee=yes");
 
   std::string text;
-  job_.solverType = Settings::kInc;
+  job_.solverType = SolverKind::kInc;
   EXPECT_FALSE(job_.BuildArguments(text));
-  job_.solverType = Settings::kUtilityBatch;
+  job_.solverType = SolverKind::kUtilityBatch;
   EXPECT_EQ(Built(), "i=/d/a.k");
-  job_.solverType = Settings::kLsDynaSingle;
+  job_.solverType = SolverKind::kLsDynaSingle;
   settings_.host_lines = {"A 0", "B -1"};
   EXPECT_EQ(Built(), "i=/d/a.k memory2=50m");
 }
@@ -197,7 +197,7 @@ TEST_F(Arguments, OfTheOtherSolvers) {
   JobFileInc inc(settings_);
   inc.run = &context_;
   inc.jobFile = "/dir.d/part";
-  settings_.solver_path[Settings::kInc] = "/s p/KVIN_SC.EXE";
+  settings_.SolverPath(SolverKind::kInc) = "/s p/KVIN_SC.EXE";
   EXPECT_FALSE(inc.BuildArguments(text)) << "no token";
   settings_.inc_token = "token.0";
   EXPECT_TRUE(inc.BuildArguments(text));

@@ -85,7 +85,7 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
     job->abort = true;
   });
   StageRunHooks hooks;
-  hooks.solverFor = [this](int type) { return &Solver(type); };
+  hooks.solverFor = [this](SolverKind kind) { return &Solver(kind); };
   PositioningLibrary positioning(folder_.Path());
   EXPECT_EQ(RunStages(*job, context_, positioning, hooks), JobStatus::kAborted);
   stopper.join();

@@ -39,14 +39,14 @@ class StageRunTest : public SolverTest {
   }
 
   // Statuses of stages are written down among the library's calls.
-  int RunJob(JobFile& job) {
+  JobStatus RunJob(JobFile& job) {
     StageRunHooks hooks;
-    hooks.solverFor = [this](int type) { return &Solver(type); };
-    hooks.setStageStatus = [this, &job](std::size_t stage, int status) {
+    hooks.solverFor = [this](SolverKind kind) { return &Solver(kind); };
+    hooks.setStageStatus = [this, &job](std::size_t stage, JobStatus status) {
       job.stages[stage]->status = status;
       if (status == JobStatus::kRunning) sawAutoPosition_ = sawAutoPosition_ || autoPosition_;
       std::ofstream(Beside(job, "calls.txt"), std::ios::app)
-          << "stage " << stage << " " << status << '\n';
+          << "stage " << stage << " " << static_cast<int>(status) << '\n';
     };
     hooks.autoPosition = &autoPosition_;
     return RunStages(job, context_, *library_, hooks);
@@ -70,7 +70,7 @@ class StageRunTest : public SolverTest {
     std::filesystem::create_directory(folder_ / "solver with blank");
     const std::string copy = folder_ / ("solver with blank/" + name);
     std::filesystem::copy_file(StandinSolver(), copy);
-    context_.settings.solver_path[Settings::kLsDynaSingle] = copy;
+    context_.settings.SolverPath(SolverKind::kLsDynaSingle) = copy;
     return copy;
   }
 

@@ -40,7 +40,7 @@ class DriverTest : public SolverTest {
 };
 
 TEST_F(DriverTest, Inc) {
-  context_.settings.solver_path[4] = Program("KVIN SC.EXE");
+  context_.settings.SolverPath(SolverKind::kInc) = Program("KVIN SC.EXE");
   const auto job = MakeJob<JobFileInc>("part v2.x.fin");
   ExpectFailure(*job, 6,
                 "No access token for the INC solver: set inc_token in the section SOLVER of the "
@@ -65,7 +65,7 @@ TEST_F(DriverTest, Inc) {
   }
 
   // The token is not told, not even when the command line is.
-  context_.settings.solver_path[4] = folder_.Write("not a program.exe", "text");
+  context_.settings.SolverPath(SolverKind::kInc) = folder_.Write("not a program.exe", "text");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 6);
   log_.push_back(job->RunMessage());
@@ -73,7 +73,7 @@ TEST_F(DriverTest, Inc) {
 }
 
 TEST_F(DriverTest, IncRefusesAnotherToken) {
-  context_.settings.solver_path[4] = Program("KVIN_SC.EXE");
+  context_.settings.SolverPath(SolverKind::kInc) = Program("KVIN_SC.EXE");
   context_.settings.inc_token = "Secret.tooshort";
   const auto job = MakeJob<JobFileInc>("a.fin");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
@@ -83,7 +83,7 @@ TEST_F(DriverTest, IncRefusesAnotherToken) {
 }
 
 TEST_F(DriverTest, Vorel) {
-  context_.settings.solver_path[3] = Program("Vorel.exe");
+  context_.settings.SolverPath(SolverKind::kVorel) = Program("Vorel.exe");
   const auto job = MakeJob<JobFileVorel>("part.v2.dat");
   job->memory = 512;
   job->extraOptions = "-a \"b c\"";
@@ -106,9 +106,9 @@ TEST_F(DriverTest, Vorel) {
 }
 
 TEST_F(DriverTest, UtilityBatch) {
-  context_.settings.solver_path[2] = Program("Utility Batch.exe");
+  context_.settings.SolverPath(SolverKind::kUtilityBatch) = Program("Utility Batch.exe");
   const auto job = MakeJob<JobFileDyna>("a.b c.k", Deck(kEcho));
-  job->solverType = Settings::kUtilityBatch;
+  job->solverType = SolverKind::kUtilityBatch;
   job->memory = 100;
   folder_.Write("mes0000", "not its own");
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
@@ -122,14 +122,14 @@ TEST_F(DriverTest, UtilityBatch) {
   EXPECT_EQ(Received(), (Lines{folder_ / "a.b c.k", "-v", "2"}));
 
   const auto named = MakeJob<JobFileDyna>("messag", Deck("$ standin: no-message\n"));
-  named->solverType = Settings::kUtilityBatch;
+  named->solverType = SolverKind::kUtilityBatch;
   EXPECT_EQ(Run(*named), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 3) << "a deck is no message file";
   EXPECT_TRUE(Exists(named->jobFile));
 }
 
 TEST_F(DriverTest, ASolverWithBlanksInItsPath) {
-  context_.settings.solver_path[0] = Program("ls dyna.exe");
+  context_.settings.SolverPath(SolverKind::kLsDynaSingle) = Program("ls dyna.exe");
   const auto job = DynaJobWith(kEcho);
   job->ncpu = 2;
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
@@ -176,7 +176,7 @@ class PathTest : public DriverTest {
       return line.starts_with("i=") && FileDirWrapper::IsSameFile(line.substr(2), deck);
     }));
     EXPECT_EQ(job->MessageFile(), FileDirWrapper::Join(job->Folder(), "messag.krb"));
-    job->solverType = Settings::kUtilityBatch;
+    job->solverType = SolverKind::kUtilityBatch;
     EXPECT_TRUE(Has(RunAndReceive(*job), deck));
   }
 

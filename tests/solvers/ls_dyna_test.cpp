@@ -6,12 +6,12 @@
 
 namespace {
 
-TEST(Solvers, OneForEachType) {
+TEST(Solvers, OneForEachKindInTheirOrder) {
   const auto solvers = MakeSolvers();
   ASSERT_EQ(solvers.size(), 5u);
-  for (int type = 0; type < 5; ++type) {
-    EXPECT_EQ(solvers[static_cast<std::size_t>(type)]->solverType, type);
-    EXPECT_EQ(solvers[static_cast<std::size_t>(type)]->enabled, 1);
+  for (std::size_t i = 0; i < solvers.size(); ++i) {
+    EXPECT_EQ(solvers[i]->solverType, static_cast<SolverKind>(i));
+    EXPECT_EQ(solvers[i]->enabled, 1);
   }
 }
 
@@ -78,11 +78,11 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
   ExpectFailure(*job, 4, "Job restart file [" + none + "] does not exist");
 
   job = DynaJobWith("");
-  context_.settings.solver_path[0] = none;
+  context_.settings.SolverPath(SolverKind::kLsDynaSingle) = none;
   ExpectFailure(*job, 5, "Solver [" + none + "] does not exist");
-  context_.settings.solver_path[0].clear();
+  context_.settings.SolverPath(SolverKind::kLsDynaSingle).clear();
   ExpectFailure(*job, 5, "Solver [Null] does not exist");
-  context_.settings.solver_path[0] = folder_.Path();
+  context_.settings.SolverPath(SolverKind::kLsDynaSingle) = folder_.Path();
   const auto shortened = &FileDirWrapper::ShortPath;
   ExpectFailure(*job, 6,
                 "CreateProcess " + shortened(folder_.Path()) + " " + folder_.Path() +
@@ -94,10 +94,11 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
   log_.clear();
   context_.settings.use_mpp = true;
   JobFileDyna batch(context_.settings);
-  batch.solverType = Settings::kUtilityBatch;
-  EXPECT_EQ(Solver(0).Run(batch, context_), JobStatus::kAborted);
+  batch.solverType = SolverKind::kUtilityBatch;
+  EXPECT_EQ(Solver(SolverKind::kLsDynaSingle).Run(batch, context_), JobStatus::kAborted);
   JobFileVorel vorel(context_.settings);
-  EXPECT_EQ(Solver(0).Run(vorel, context_), JobStatus::kAborted) << "not a deck";
+  EXPECT_EQ(Solver(SolverKind::kLsDynaSingle).Run(vorel, context_), JobStatus::kAborted)
+      << "not a deck";
   EXPECT_TRUE(log_.empty());
 }
 
@@ -143,7 +144,7 @@ TEST_F(SolverTest, RunsAtOnceKeepTheirFoldersAndVariables) {
   constexpr int kRuns = 6;
   std::vector<std::thread> threads;
   std::vector<std::unique_ptr<JobFileDyna>> jobs;
-  std::vector<int> results(kRuns, -1);
+  std::vector<JobStatus> results(kRuns, JobStatus::kQueued);
   for (int i = 0; i < kRuns; ++i) {
     const std::string name = "run" + std::to_string(i);
     FileDirWrapper::CreateDirTree(folder_ / name);

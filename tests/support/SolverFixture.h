@@ -75,25 +75,25 @@ class SolverTest : public testing::Test {
     return DynaJob(folder_.Write("a.k", Deck(commands)));
   }
 
-  int Run(JobFile& job) { return Solver(job.GetSolverType()).Run(job, context_); }
+  JobStatus Run(JobFile& job) { return Solver(job.GetSolverType()).Run(job, context_); }
 
   // Aborts the run once the job has a message file, or after ten seconds.
-  int RunUntilItWrites(JobFile& job) {
+  JobStatus RunUntilItWrites(JobFile& job) {
     std::thread stopper([&job] {
       for (int i = 0; i < 500 && job.MessageFile().empty(); ++i) DateTimeWrapper::SleepMSec(20);
       EXPECT_FALSE(job.MessageFile().empty());
       job.abort = true;
     });
-    const int status = Run(job);
+    const JobStatus status = Run(job);
     stopper.join();
     return status;
   }
 
-  JobSolver& Solver(int type) const {
+  JobSolver& Solver(SolverKind kind) const {
     for (const std::unique_ptr<JobSolver>& solver : solvers_) {
-      if (solver->solverType == type) return *solver;
+      if (solver->solverType == kind) return *solver;
     }
-    throw std::out_of_range("solver type");
+    throw std::out_of_range("solver kind");
   }
 
   void ExpectFailure(JobFile& job, int code, const std::string& message) {

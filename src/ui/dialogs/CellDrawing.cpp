@@ -30,7 +30,7 @@ void Link(const CellArea& cell, const std::string& text, bool enabled, bool hove
   Words(cell, text);
 }
 
-void StatusWord(const CellArea& cell, const std::string& word, int status) {
+void StatusWord(const CellArea& cell, const std::string& word, JobStatus status) {
   if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(status)))
     icon->draw(cell.x + kPadding - 2, cell.y + (cell.h - kStateIcon) / 2);
   fl_color(Theme::StatusColor(status));

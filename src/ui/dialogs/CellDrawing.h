@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "jobs/JobStatus.h"
+
 struct CellArea {
   int x, y, w, h;
 };
@@ -25,7 +27,7 @@ void Words(const CellArea& cell, const std::string& text, bool keepEnd = false);
 void Link(const CellArea& cell, const std::string& text, bool enabled, bool hovered);
 
 // The icon and word of a job status.
-void StatusWord(const CellArea& cell, const std::string& word, int status);
+void StatusWord(const CellArea& cell, const std::string& word, JobStatus status);
 
 // Pixels that a text needs, padding included.
 int Width(const std::string& text);

@@ -153,7 +153,7 @@ void Flx_MultipleStages::UpdateLater(void* self) {
 }
 
 void Flx_MultipleStages::Update() {
-  int status = -1;  // no such job any more
+  std::optional<JobStatus> status;  // none: no such job any more
   int first = 0;
   std::vector<std::string> names;
   std::vector<JobId> stages;
@@ -178,8 +178,8 @@ void Flx_MultipleStages::Update() {
   Activate(Find(kMoveDown), queued && row >= 0 && row + 1 < count);
   Activate(Find(kViewMessage), row >= 0);
   Activate(Find(kViewSummary), row >= 0);
-  Activate(Find(kFirstStage), status >= 0 && status != JobStatus::kRunning);
-  const char* const hint = status < 0 ? "gone" : queued ? nullptr : "only_queued";
+  Activate(Find(kFirstStage), status && status != JobStatus::kRunning);
+  const char* const hint = !status ? "gone" : queued ? nullptr : "only_queued";
   Find(kHint)->label(hint ? ConvertText(GetText(hint)) : "");
 }
 
@@ -234,7 +234,7 @@ void Flx_MultipleStages::MoveStage(bool up) {
 }
 
 void Flx_MultipleStages::ViewMessage(JobId stage) {
-  int status = 0;
+  JobStatus status = JobStatus::kQueued;
   std::string path;
   const auto read = [&](const JobFile& found) {
     status = found.status;
@@ -252,8 +252,7 @@ void Flx_MultipleStages::ViewSummary(JobId stage) {
   JobOutput output;
   const auto read = [&](const JobFile& found) { output = OutputOf(found); };
   if (!subject_.group->ReadStage(subject_.job, stage, read)) return;
-  if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
-    return Inform(subject_.texts.Get("msg_view_info"));
+  if (!HasEnded(output.status)) return Inform(subject_.texts.Get("msg_view_info"));
   Flx_ShowInfo dialog(Window(), subject_.application.language, output);
   dialog.Run();
 }

@@ -10,7 +10,7 @@
 #include "util/files/FileDirWrapper.h"
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job,
-                       Texts texts, std::function<std::string(int type)> solverName,
+                       Texts texts, std::function<std::string(SolverKind kind)> solverName,
                        const TextTable& words)
     : Flx_Table(x, y, w, h),
       group_(std::move(group)),
@@ -89,7 +89,7 @@ void StageTable::DrawCell(const Cell& cell) {
   const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
   const CellArea area = {cell.x, cell.y, cell.w, cell.h};
   const std::string& text = row.cells[cell.column];
-  const bool ended = row.status == JobStatus::kFinished || row.status == JobStatus::kAborted;
+  const bool ended = HasEnded(row.status);
   CellDrawing::UseFont();
   fl_color(row.skipped ? Theme::kDisabledText : Theme::kText);
   switch (cell.column) {

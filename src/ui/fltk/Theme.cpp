@@ -5,7 +5,6 @@
 #include <FL/fl_message.H>
 #include <FL/Fl_Tooltip.H>
 
-#include "jobs/JobFile.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/ThemeFonts.h"
 #include "ui/text/Encoding.h"
@@ -118,7 +117,7 @@ void Theme::DrawFocus(int x, int y, int w, int h) {
   fl_rect(x, y, w, h);
 }
 
-Fl_Color Theme::StatusColor(int status) {
+Fl_Color Theme::StatusColor(JobStatus status) {
   switch (status) {
     case JobStatus::kWaiting:
       return kWaiting;
@@ -133,7 +132,7 @@ Fl_Color Theme::StatusColor(int status) {
   }
 }
 
-const char* Theme::StatusIcon(int status) {
+const char* Theme::StatusIcon(JobStatus status) {
   switch (status) {
     case JobStatus::kWaiting:
       return "state_waiting";

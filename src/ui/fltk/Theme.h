@@ -4,6 +4,8 @@
 
 #include <FL/Enumerations.H>
 
+#include "jobs/JobStatus.h"
+
 namespace Theme {
 
 constexpr Fl_Color Rgb(unsigned value) {
@@ -49,8 +51,8 @@ void DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line);
 void DrawFocus(int x, int y, int w, int h);
 
 // The word's colour and the icon of a job status.
-Fl_Color StatusColor(int status);
-const char* StatusIcon(int status);
+Fl_Color StatusColor(JobStatus status);
+const char* StatusIcon(JobStatus status);
 
 }  // namespace Theme
 

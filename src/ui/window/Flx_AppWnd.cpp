@@ -120,9 +120,9 @@ void Flx_AppWnd::ConnectParts() {
   application_.Manager().SetObserver(&notes_);
 }
 
-std::string Flx_AppWnd::SolverName(int type) const {
+std::string Flx_AppWnd::SolverName(SolverKind kind) const {
   for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType == type) return solver->displayName;
+    if (solver->solverType == kind) return solver->displayName;
   }
   return {};
 }
@@ -130,7 +130,7 @@ std::string Flx_AppWnd::SolverName(int type) const {
 void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   begin();
   auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
-                             [this](int type) { return SolverName(type); });
+                             [this](SolverKind kind) { return SolverName(kind); });
   end();
   table->hide();
   table->OnSelect = [this] { ShowCurrentJob(); };

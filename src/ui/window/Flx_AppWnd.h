@@ -5,7 +5,9 @@
 #include <FL/Fl_Double_Window.H>
 
 #include <chrono>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,7 +50,7 @@ class Flx_AppWnd : public Fl_Double_Window {
 
  private:
   struct Counts {
-    int of[5] = {};  // by status
+    std::map<JobStatus, int> of;
     int total = 0;
   };
 
@@ -59,7 +61,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   JobTable* Table() const;  // of the current group; null when there is none
   std::shared_ptr<JobGroup> Group() const { return application_.Manager().CurrentGroup(); }
   JobId CurrentJob() const;  // kNone: none is current
-  std::string SolverName(int type) const;
+  std::string SolverName(SolverKind kind) const;
 
   // Flx_AppWnd_State.cpp: keeping up with the queue.
   std::string Said(const Message& message) const;
@@ -79,12 +81,12 @@ class Flx_AppWnd : public Fl_Double_Window {
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
 
   // Flx_AppWnd_Actions.cpp
-  void AddJobs(int solverType);
+  void AddJobs(SolverKind kind);
   void AddFolder();
   void FocusTable();
   static void TakeDropped(void* self);
-  // Files become jobs of this kind (JobRequest::kind), by their endings when it is left open.
-  void AddFiles(const std::vector<std::string>& paths, int kind = JobRequest().kind);
+  // Files become jobs of this kind, by their endings when there is none.
+  void AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind = {});
   void InformOfFiles(const char* key, const std::vector<std::string>& paths);
   void Submit();
   void Resubmit();

@@ -27,11 +27,11 @@ void Flx_AppWnd::Perform(Action action) {
   settings_->Commit();
   switch (action) {
     case Action::kAddDyna:
-      return AddJobs(Settings::kLsDynaSingle);
+      return AddJobs(SolverKind::kLsDynaSingle);
     case Action::kAddVorel:
-      return AddJobs(Settings::kVorel);
+      return AddJobs(SolverKind::kVorel);
     case Action::kAddInc:
-      return AddJobs(Settings::kInc);
+      return AddJobs(SolverKind::kInc);
     case Action::kAddRestart:
       return AddRestart();
     case Action::kAddFolder:
@@ -102,10 +102,10 @@ bool Flx_AppWnd::Ask(const std::string& text) {
   return box.DoModal() == ComnMsgBox::kPressedYes;
 }
 
-void Flx_AppWnd::AddJobs(int solverType) {
+void Flx_AppWnd::AddJobs(SolverKind kind) {
   const auto& solvers = application_.Solvers();
   const auto solver = std::find_if(solvers.begin(), solvers.end(),
-                                   [&](const auto& one) { return one->solverType == solverType; });
+                                   [&](const auto& one) { return one->solverType == kind; });
   if (solver == solvers.end()) return;
   ComnFileDialog dialog;
   dialog.SetParentWindow(this);
@@ -116,10 +116,10 @@ void Flx_AppWnd::AddJobs(int solverType) {
   dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
   // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
   // chosen for.
-  const int kind = solverType == Settings::kLsDynaSingle ? JobRequest().kind : solverType;
+  const bool byEnding = kind == SolverKind::kLsDynaSingle;
   const bool chosen = dialog.DoModal();
   FocusTable();
-  if (chosen) AddFiles(dialog.GetPathNames(), kind);
+  if (chosen) AddFiles(dialog.GetPathNames(), byEnding ? std::nullopt : std::optional(kind));
 }
 
 void Flx_AppWnd::AddFolder() {
@@ -154,7 +154,7 @@ void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& 
 }
 
 // Of folders, the keyword files become jobs.
-void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, int kind) {
+void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind) {
   const auto group = Group();
   if (!group) return;
   std::vector<std::string> files;
@@ -177,7 +177,7 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, int kind) {
     }
   }
   for (const std::string& file : files) {
-    if (!application_.SolverEnabled(kind > 0 ? kind : SolverTypeOfFile(file))) {
+    if (!application_.SolverEnabled(kind.value_or(SolverKindOfFile(file)))) {
       refused.push_back(file);
       continue;
     }
@@ -293,7 +293,7 @@ bool Flx_AppWnd::ReadCurrentJob(const std::function<void(const JobFile&)>& read)
 }
 
 void Flx_AppWnd::ViewMessage() {
-  int status = 0;
+  JobStatus status = JobStatus::kQueued;
   bool multiStage = false;
   std::string path;
   const auto read = [&](const JobFile& job) {
@@ -303,9 +303,7 @@ void Flx_AppWnd::ViewMessage() {
   };
   if (!ReadCurrentJob(read)) return;
   if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
-  if (status != JobStatus::kRunning && status != JobStatus::kFinished &&
-      status != JobStatus::kAborted)
-    return Inform(texts_.Get("msg_view_job"));
+  if (status != JobStatus::kRunning && !HasEnded(status)) return Inform(texts_.Get("msg_view_job"));
   if (path.empty() || !FileDirWrapper::FileExists(path))
     return Inform(texts_.Get("msg_not_found_msg"));
   application_.ViewTextFile(path);
@@ -320,8 +318,7 @@ void Flx_AppWnd::ViewSummary() {
   };
   if (!ReadCurrentJob(read)) return;
   if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
-  if (output.status != JobStatus::kFinished && output.status != JobStatus::kAborted)
-    return Inform(texts_.Get("msg_view_info"));
+  if (!HasEnded(output.status)) return Inform(texts_.Get("msg_view_info"));
   Flx_ShowInfo dialog(this, application_.language, output);
   RunDialog(dialog);
 }
@@ -331,9 +328,9 @@ void Flx_AppWnd::OpenStages() {
   bool multiStage = false;
   if (!ReadCurrentJob([&](const JobFile& read) { multiStage = !read.stages.empty(); })) return;
   if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
-  Flx_MultipleStages dialog(
-      this, application_.language,
-      {application_, texts_, Group(), job, [this](int type) { return ToUi(SolverName(type)); }});
+  Flx_MultipleStages dialog(this, application_.language,
+                            {application_, texts_, Group(), job,
+                             [this](SolverKind kind) { return ToUi(SolverName(kind)); }});
   RunDialog(dialog);
 }
 

@@ -48,11 +48,11 @@ bool Flx_AppWnd::SolverEnabledFor(Action action) const {
     case Action::kAddDyna:
     case Action::kAddRestart:
     case Action::kAddFolder:
-      return application_.SolverEnabled(Settings::kLsDynaSingle);
+      return application_.SolverEnabled(SolverKind::kLsDynaSingle);
     case Action::kAddVorel:
-      return application_.SolverEnabled(Settings::kVorel);
+      return application_.SolverEnabled(SolverKind::kVorel);
     case Action::kAddInc:
-      return application_.SolverEnabled(Settings::kInc);
+      return application_.SolverEnabled(SolverKind::kInc);
     default:
       return true;
   }

@@ -95,15 +95,17 @@ Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
   Counts counts;
   group.ReadJobs([&](const JobFile& job) {
     ++counts.total;
-    if (job.status >= JobStatus::kQueued && job.status <= JobStatus::kAborted)
-      ++counts.of[job.status];
+    ++counts.of[job.status];
   });
   return counts;
 }
 
 void Flx_AppWnd::ShowState() {
-  static const char* const kKeys[] = {"ui_count_queued", "ui_count_waiting", "ui_count_running",
-                                      "ui_count_finished", "ui_count_aborted"};
+  static const std::map<JobStatus, const char*> kKeys = {
+      {JobStatus::kQueued, "ui_count_queued"},   {JobStatus::kWaiting, "ui_count_waiting"},
+      {JobStatus::kRunning, "ui_count_running"}, {JobStatus::kFinished, "ui_count_finished"},
+      {JobStatus::kAborted, "ui_count_aborted"},
+  };
   const auto group = Group();
   const Counts counts = group ? Count(*group) : Counts();
   if (counts.total == 0) return status_->SetState(texts_.Get("ui_count_none"));
@@ -111,10 +113,9 @@ void Flx_AppWnd::ShowState() {
                          ? texts_.Get("ui_count_job")
                          : texts_.Format("ui_count_jobs", std::to_string(counts.total));
   std::string details;
-  for (int status = 0; status <= JobStatus::kAborted; ++status) {
-    if (counts.of[status] == 0) continue;
-    details += (details.empty() ? ": " : ", ") +
-               texts_.Format(kKeys[status], std::to_string(counts.of[status]));
+  for (const auto& [status, count] : counts.of) {
+    details +=
+        (details.empty() ? ": " : ", ") + texts_.Format(kKeys.at(status), std::to_string(count));
   }
   status_->SetState(text + details);
 }

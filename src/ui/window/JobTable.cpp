@@ -14,18 +14,14 @@ namespace {
 
 constexpr int kCheckSize = 13;
 
-bool HasEnded(int status) {
-  return status == JobStatus::kFinished || status == JobStatus::kAborted;
-}
-
-bool CanViewMessage(int status) {
+bool CanViewMessage(JobStatus status) {
   return status == JobStatus::kRunning || HasEnded(status);
 }
 
 }  // namespace
 
 JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
-                   const TextTable& texts, std::function<std::string(int type)> solverName)
+                   const TextTable& texts, std::function<std::string(SolverKind kind)> solverName)
     : Flx_Table(x, y, w, h),
       group_(std::move(group)),
       texts_(texts),
@@ -85,7 +81,7 @@ int JobTable::RowCount() const {
 // Empty for a job that has been removed meanwhile.
 JobTable::Row JobTable::ReadRow(int index) const {
   Row row;
-  int solverType = 0;
+  SolverKind kind = SolverKind::kLsDynaSingle;
   const auto read = [&](const JobFile& job) {
     row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
     row.folder = job.Folder();
@@ -95,14 +91,14 @@ JobTable::Row JobTable::ReadRow(int index) const {
     row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
     row.multiStage = !job.stages.empty();
     row.other = job.extraOptions;
-    solverType = job.GetSolverType();
+    kind = job.GetSolverType();
     if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) {
       row.dyna = true;
       row.force = dyna->useSFile;
     }
   };
   if (!group_->ReadJob(JobAt(index), read)) return row;
-  row.solver = ToUi(solverName_(solverType));
+  row.solver = ToUi(solverName_(kind));
   std::string name;
   FileDirWrapper::FileNameOf(row.path, name, true);
   row.name = ToUi(name);

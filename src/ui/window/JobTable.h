@@ -29,9 +29,9 @@ class JobTable : public Flx_Table {
     kColumns
   };
 
-  // `solverName` gives the name of a solver type. The texts outlive the table.
+  // `solverName` gives the name of a solver kind. The texts outlive the table.
   JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, const TextTable& texts,
-           std::function<std::string(int type)> solverName);
+           std::function<std::string(SolverKind kind)> solverName);
 
   const std::shared_ptr<JobGroup>& Group() const { return group_; }
 
@@ -58,7 +58,7 @@ class JobTable : public Flx_Table {
   // What a row shows, in UTF-8.
   struct Row {
     std::string name, path, folder, solver, memory, status, other, reason;
-    int statusValue = 0;
+    JobStatus statusValue = JobStatus::kQueued;
     bool multiStage = false;
     bool dyna = false;
     bool force = false;
@@ -70,7 +70,7 @@ class JobTable : public Flx_Table {
 
   std::shared_ptr<JobGroup> group_;
   const TextTable& texts_;
-  std::function<std::string(int)> solverName_;
+  std::function<std::string(SolverKind)> solverName_;
   std::vector<JobId> jobs_;  // by row
   int firstRow_ = 0;         // the row of shown_[0]
   std::vector<Row> shown_;

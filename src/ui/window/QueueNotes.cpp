@@ -59,11 +59,11 @@ void QueueNotes::Deliver() {
   next_ = ended + std::chrono::duration_cast<Clock::duration>(rest);
 }
 
-void QueueNotes::JobStatusChanged(int groupId, JobId job, int) {
+void QueueNotes::JobStatusChanged(int groupId, JobId job, JobStatus) {
   Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
 }
 
-void QueueNotes::StageStatusChanged(int groupId, JobId job, JobId, int) {
+void QueueNotes::StageStatusChanged(int groupId, JobId job, JobId, JobStatus) {
   Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
 }
 

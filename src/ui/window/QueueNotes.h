@@ -34,8 +34,8 @@ class QueueNotes : public QueueObserver {
   // Called on the interface thread after something changed. Set before the manager observes.
   std::function<void(const QueueChanges& changes)> OnChanges;
 
-  void JobStatusChanged(int groupId, JobId job, int status) override;
-  void StageStatusChanged(int groupId, JobId job, JobId stage, int status) override;
+  void JobStatusChanged(int groupId, JobId job, JobStatus status) override;
+  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override;
   void JobsChanged(int groupId) override;
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;

@@ -27,7 +27,7 @@ void SetActive(Fl_Widget* widget, bool active) {
 }  // namespace
 
 struct SettingsRow::View {
-  int type = 0;
+  SolverKind kind = SolverKind::kLsDynaSingle;
   bool job = false;
   bool running = false;
   bool dyna = false;
@@ -102,7 +102,8 @@ void SettingsRow::ConnectFields() {
   kindChoice_->callback(
       [](Fl_Widget*, void* self) {
         auto* row = static_cast<SettingsRow*>(self);
-        row->ChooseKind(row->kindChoice_->value());
+        const auto place = static_cast<std::size_t>(row->kindChoice_->value());
+        row->ChooseKind(row->application_.Solvers().at(place)->solverType);
       },
       this);
   browse_->callback([](Fl_Widget*, void* self) { static_cast<SettingsRow*>(self)->ChooseSolver(); },
@@ -206,7 +207,7 @@ void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, JobId job) {
 SettingsRow::View SettingsRow::MakeView() const {
   View view;
   view.job = HasJob() && group_->ReadJob(job_, [&](const JobFile& job) {
-    view.type = job.GetSolverType();
+    view.kind = job.GetSolverType();
     view.running = job.status == JobStatus::kRunning;
     view.dyna = dynamic_cast<const JobFileDyna*>(&job) != nullptr;
     view.multiStage = !job.stages.empty();
@@ -217,52 +218,55 @@ SettingsRow::View SettingsRow::MakeView() const {
   });
   if (view.job) return view;
   const Settings& settings = application_.SettingsAndFiles().Get();
-  view.type = kind_;
+  view.kind = kind_;
   view.memory = settings.memory_size;
   view.ncpu = settings.cpu_count;
   view.pause = settings.pause_time;
   return view;
 }
 
-int SettingsRow::ShownType() const {
-  return MakeView().type;
+SolverKind SettingsRow::ShownKind() const {
+  return MakeView().kind;
 }
 
-std::string SettingsRow::SolverName(int type) const {
+std::string SettingsRow::SolverName(SolverKind kind) const {
   for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType == type) return solver->displayName;
+    if (solver->solverType == kind) return solver->displayName;
   }
   return {};
 }
 
-const std::string& SettingsRow::SolverPath(int type) const {
+const std::string& SettingsRow::SolverPath(SolverKind kind) const {
   const Settings& settings = application_.SettingsAndFiles().Get();
-  if (settings.use_mpp && type == Settings::kLsDynaSingle) return settings.mpp_solver_s;
-  if (settings.use_mpp && type == Settings::kLsDynaDouble) return settings.mpp_solver_d;
-  return settings.solver_path.at(static_cast<std::size_t>(type));
+  if (settings.use_mpp && kind == SolverKind::kLsDynaSingle) return settings.mpp_solver_s;
+  if (settings.use_mpp && kind == SolverKind::kLsDynaDouble) return settings.mpp_solver_d;
+  return settings.SolverPath(kind);
 }
 
 void SettingsRow::Refresh() {
   if (!application_.SolverEnabled(kind_)) {
-    kind_ = 0;
-    while (kind_ < Settings::kInc && !application_.SolverEnabled(kind_)) ++kind_;
+    for (const auto& solver : application_.Solvers()) {
+      kind_ = solver->solverType;
+      if (solver->enabled != 0) break;
+    }
   }
   ShowView(MakeView());
 }
 
 void SettingsRow::ShowView(const View& view) {
   const Settings& settings = application_.SettingsAndFiles().Get();
-  if (kindChoice_->value() != view.type) kindChoice_->value(view.type);
-  for (int type = 0; type < kindChoice_->size() - 1; ++type) {
-    const bool possible =
-        application_.SolverEnabled(type) && (!view.job || type <= Settings::kUtilityBatch);
-    kindChoice_->mode(type, possible ? 0 : FL_MENU_INACTIVE);
+  int place = 0;
+  for (const auto& solver : application_.Solvers()) {
+    const SolverKind kind = solver->solverType;
+    if (kind == view.kind && kindChoice_->value() != place) kindChoice_->value(place);
+    const bool possible = solver->enabled != 0 && (!view.job || RunsDecks(kind));
+    kindChoice_->mode(place++, possible ? 0 : FL_MENU_INACTIVE);
   }
   SetActive(kindChoice_, !view.job || (view.dyna && !view.running));
   SetTip(*kindChoice_, kindTip_,
          texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
-  solver_->Show(ToUi(SolverPath(view.type)));
-  solver_->SetTip(texts_.Format("ui_tip_solver", ToUi(SolverName(view.type))));
+  solver_->Show(ToUi(SolverPath(view.kind)));
+  solver_->SetTip(texts_.Format("ui_tip_solver", ToUi(SolverName(view.kind))));
 
   const bool editable = !view.running;
   memory_->Show(std::to_string(view.memory));
@@ -309,13 +313,13 @@ void SettingsRow::EditJob(const std::function<bool(JobGroup&, JobId)>& edit) {
   Refresh();
 }
 
-void SettingsRow::ChooseKind(int type) {
+void SettingsRow::ChooseKind(SolverKind kind) {
   // A path that is being typed belongs to the program shown until now.
   solver_->Commit();
   if (HasJob()) {
-    EditJob([&](JobGroup& group, JobId job) { return group.SetPrecision(job, type); });
+    EditJob([&](JobGroup& group, JobId job) { return group.SetPrecision(job, kind); });
   } else {
-    kind_ = type;
+    kind_ = kind;
     Refresh();
   }
 }
@@ -328,13 +332,13 @@ std::string SettingsRow::SolverHint(const std::string& path) const {
 
 void SettingsRow::StoreSolver(const std::string& path) {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  const int type = ShownType();
-  if (settings.Get().use_mpp && type == Settings::kLsDynaSingle) {
+  const SolverKind kind = ShownKind();
+  if (settings.Get().use_mpp && kind == SolverKind::kLsDynaSingle) {
     settings.Set(&Settings::mpp_solver_s, path);
-  } else if (settings.Get().use_mpp && type == Settings::kLsDynaDouble) {
+  } else if (settings.Get().use_mpp && kind == SolverKind::kLsDynaDouble) {
     settings.Set(&Settings::mpp_solver_d, path);
   } else {
-    settings.SetSolverPath(type, path);
+    settings.SetSolverPath(kind, path);
   }
   Refresh();
   // Stored all the same: the file may come later.
@@ -344,18 +348,18 @@ void SettingsRow::StoreSolver(const std::string& path) {
 void SettingsRow::ChooseSolver() {
   solver_->Commit();
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  const int type = ShownType();
+  const SolverKind kind = ShownKind();
   ComnFileDialog dialog;
   dialog.SetParentWindow(window());
   dialog.SetOpen(true);
   for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType != type) continue;
+    if (solver->solverType != kind) continue;
     dialog.SetCaption(texts_.Word(solver->selectSolverTitle));
     dialog.SetFilter(ComnFileDialog::ProgramFilter(texts_.Word(solver->solverFilter),
                                                    texts_.Get("ui_all_files")));
   }
   std::string folder = settings.Get().last_solver_path;
-  if (folder.empty()) FileDirWrapper::DirOf(SolverPath(type), folder);
+  if (folder.empty()) FileDirWrapper::DirOf(SolverPath(kind), folder);
   dialog.SetInitDir(folder);
   if (!dialog.DoModal()) return;
   const std::string path = dialog.GetPathName();

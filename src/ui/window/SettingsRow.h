@@ -51,15 +51,15 @@ class SettingsRow : public Fl_Group {
   void PlaceWidgets();
   void ShowView(const View& view);
   void ShowMpp();
-  void ChooseKind(int type);
+  void ChooseKind(SolverKind kind);
   void ChooseSolver();
   void StoreSolver(const std::string& path);
   std::string SolverHint(const std::string& path) const;
   void ToggleAuto();
   bool HasJob() const;
-  int ShownType() const;  // the solver type whose program is shown
-  std::string SolverName(int type) const;
-  const std::string& SolverPath(int type) const;
+  SolverKind ShownKind() const;  // whose program is shown
+  std::string SolverName(SolverKind kind) const;
+  const std::string& SolverPath(SolverKind kind) const;
   // Runs a change of the current job and tells when the group refuses it.
   void EditJob(const std::function<bool(JobGroup& group, JobId job)>& edit);
 
@@ -67,7 +67,7 @@ class SettingsRow : public Fl_Group {
   const TextTable& texts_;
   std::shared_ptr<JobGroup> group_;
   JobId job_ = JobId::kNone;
-  int kind_ = 0;  // the solver type shown without a job
+  SolverKind kind_ = SolverKind::kLsDynaSingle;  // shown without a job
 
   Fl_Box* solverLabel_;
   Fl_Choice* kindChoice_;
