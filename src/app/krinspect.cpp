@@ -207,7 +207,7 @@ bool InspectD3plot(const std::string& path, Findings& findings) {
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;
   if (!manager.Open(path, grids)) {
-    PrintError(path + ": " + manager.Reader().Error());
+    PrintError(path + ": " + manager.Reader().Error().English());
     return false;
   }
   const ptkUnstructuredGrid& grid = grids.Grid();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "d3plot/ptkPostD3plotManager.h"
+#include "solvers/ReportText.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -22,12 +23,12 @@ void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;
   if (!manager.Open(file, grids)) {
-    const std::string error = "  d3plot: " + manager.Reader().Error();
-    lines.push_back(hooks.decode ? hooks.decode(error) : error);
+    lines.push_back(Said(hooks, Message(MessageId::kReportNoModel, manager.Reader().Error())));
     return;
   }
-  lines.push_back("  Element Number is " + std::to_string(grids.Grid().NumberOfCells()));
-  lines.push_back("  Node Number is " + std::to_string(grids.Grid().NumberOfPoints()));
+  const ptkUnstructuredGrid& grid = grids.Grid();
+  lines.push_back(Said(hooks, Message(MessageId::kReportElements, grid.NumberOfCells())));
+  lines.push_back(Said(hooks, Message(MessageId::kReportNodes, grid.NumberOfPoints())));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ std::string WithoutTrailingSpace(const std::string& name) {
 
 bool ptkPostD3plotReader::Open(const std::string& fileName) {
   families_.clear();
-  if (fileName.size() >= kLongestBaseName) return Fail("The file name is too long");
+  if (fileName.size() >= kLongestBaseName) return Fail(MessageId::kResultNameTooLong);
   const std::string base = WithoutTrailingSpace(fileName);
   return Open(FindFamilies(base.empty() ? "d3plot" : base));
 }
@@ -23,14 +23,14 @@ bool ptkPostD3plotReader::Open(const std::string& fileName) {
 bool ptkPostD3plotReader::Open(std::vector<FileFamily> families) {
   families_ = std::move(families);
   format_ = WordFormat();
-  error_.clear();
+  error_ = Message();
   ResultFile file;
   unsigned char head[kFormatBytes];
   if (families_.empty() || !file.Open(families_[0].members[0].name.c_str())) {
-    return Fail("The file cannot be opened");
+    return Fail(MessageId::kResultUnreadable);
   }
-  if (!file.ReadAt(0, head, sizeof head)) return Fail("The file ends within its head");
-  return RecogniseFormat(head, format_) || Fail("The file is no d3plot file");
+  if (!file.ReadAt(0, head, sizeof head)) return Fail(MessageId::kResultHeadCut);
+  return RecogniseFormat(head, format_) || Fail(MessageId::kResultIsOther);
 }
 
 std::int64_t ptkPostD3plotReader::WordsInBaseFile() const {
@@ -78,7 +78,7 @@ bool ptkPostD3plotReader::ReadInteger(std::int64_t word, std::int64_t& value) co
   return true;
 }
 
-bool ptkPostD3plotReader::Fail(const std::string& reason) {
-  error_ = reason;
+bool ptkPostD3plotReader::Fail(PlainMessageId reason) {
+  error_ = Message(reason);
   return false;
 }

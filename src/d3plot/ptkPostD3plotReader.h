@@ -9,6 +9,7 @@
 #include "d3plot/FileFamily.h"
 #include "d3plot/ptkUnstructuredGrid.h"
 #include "d3plot/WordFormat.h"
+#include "messages/Message.h"
 
 // Finds the files of a database and the format of its words. What the words mean is up to the
 // reader of a version. An object belongs to one thread at a time; several may work at once.
@@ -30,7 +31,7 @@ class ptkPostD3plotReader {
 
   const std::vector<FileFamily>& Families() const { return families_; }
   const WordFormat& Format() const { return format_; }
-  const std::string& Error() const { return error_; }
+  const Message& Error() const { return error_; }
 
  protected:
   // Words of the first family's files, counted from 0 through all of them. False when they do not
@@ -40,12 +41,12 @@ class ptkPostD3plotReader {
   std::int64_t WordsInBaseFile() const;
   std::int64_t WordsInFamily() const;
 
-  bool Fail(const std::string& reason);
+  bool Fail(PlainMessageId reason);
 
  private:
   std::vector<FileFamily> families_;
   WordFormat format_;
-  std::string error_;
+  Message error_;
 };
 
 #endif

@@ -75,7 +75,7 @@ bool ptkPostD3plotReader10::ReadGrid(ptkUnstructuredGrid& grid) {
                            kThickShellWords * control.thickShells + kBeamWords * control.beams +
                            kShellWords * control.shells + control.numbering + 2 * control.adapted +
                            2 * control.particles;
-  if (end > WordsInFamily()) return Fail("The files are too short for the model in their head");
+  if (end > WordsInFamily()) return Fail(MessageId::kResultTooShort);
   if (end > WordsInBaseFile() && exact && !CheckContinuation(control, start)) return false;
 
   grid =
@@ -88,14 +88,14 @@ bool ptkPostD3plotReader10::ReadGrid(ptkUnstructuredGrid& grid) {
 bool ptkPostD3plotReader10::ReadControl(Control& control) {
   std::vector<unsigned char> words;
   if (WordsInBaseFile() < kControlWords || !ReadWords(0, kControlWords, words)) {
-    return Fail("The file ends within its head");
+    return Fail(MessageId::kResultHeadCut);
   }
   const auto value = [&](Word word) {
     return Format().Integer(words.data() + static_cast<std::size_t>(word) * Format().wordSize);
   };
   // 4 and more stand for three dimensions and say which sections the geometry has.
   const std::int64_t ndim = value(kNdim);
-  if (ndim < 2 || ndim > 9) return Fail("The number of dimensions is wrong");
+  if (ndim < 2 || ndim > 9) return Fail(MessageId::kResultDimensions);
   control.dimensions = ndim == 2 ? 2 : 3;
   control.materialTypes = ndim == 5 || ndim == 7;
   control.reducedBodies = ndim >= 8;
@@ -122,9 +122,9 @@ bool ptkPostD3plotReader10::CheckCounts(const Control& control) {
        {control.nodes, control.solids, control.thickShells, control.beams, control.shells,
         control.particles, control.fluidMaterials, control.numbering, control.adapted,
         control.extra}) {
-    if (count < 0 || count > kMostItems) return Fail("A number in the file's head is wrong");
+    if (count < 0 || count > kMostItems) return Fail(MessageId::kResultNumber);
   }
-  return control.Elements() <= kMostItems || Fail("A number in the file's head is wrong");
+  return control.Elements() <= kMostItems || Fail(MessageId::kResultNumber);
 }
 
 // The word at which the coordinates begin. `exact` is false when a section before them has a length
@@ -134,15 +134,15 @@ bool ptkPostD3plotReader10::FindNodes(const Control& control, std::int64_t& star
   exact = !control.reducedBodies;
   if (control.materialTypes) {
     std::int64_t count = 0;
-    if (!ReadInteger(start + 1, count)) return Fail("The file ends within its head");
-    if (count < 0 || count > kMostItems) return Fail("A number in the file's head is wrong");
+    if (!ReadInteger(start + 1, count)) return Fail(MessageId::kResultHeadCut);
+    if (count < 0 || count > kMostItems) return Fail(MessageId::kResultNumber);
     start += 2 + count;
   }
   start += control.fluidMaterials;
   if (control.particles > 0) {
     constexpr std::int64_t kMostFlags = 100;
     std::int64_t flags = 0;
-    if (!ReadInteger(start, flags)) return Fail("The file ends within its head");
+    if (!ReadInteger(start, flags)) return Fail(MessageId::kResultHeadCut);
     exact = exact && flags > 0 && flags < kMostFlags;
     if (exact) start += flags;
   }
@@ -154,7 +154,7 @@ bool ptkPostD3plotReader10::FindNodes(const Control& control, std::int64_t& star
 // cut short and states follow: then node numbers would be read from the middle of results.
 bool ptkPostD3plotReader10::CheckContinuation(const Control& control, std::int64_t nodes) {
   if (Families()[0].members[0].size % Format().wordSize != 0) {
-    return Fail("The file ends within the model");
+    return Fail(MessageId::kResultModelCut);
   }
   const std::int64_t solids = nodes + control.dimensions * control.nodes;
   const std::int64_t thickShells =
@@ -176,7 +176,7 @@ bool ptkPostD3plotReader10::CheckBlock(const Block& block, std::int64_t nodeCoun
     const std::int64_t element = block.count * i / samples - 1;
     if (!ReadWords(block.first + element * block.words, static_cast<std::size_t>(block.words),
                    words)) {
-      return Fail("The file ends within the model");
+      return Fail(MessageId::kResultModelCut);
     }
     const auto value = [&](std::int64_t word) {
       return Format().Integer(words.data() + static_cast<std::size_t>(word) * Format().wordSize);
@@ -184,7 +184,7 @@ bool ptkPostD3plotReader10::CheckBlock(const Block& block, std::int64_t nodeCoun
     const bool springToGround =
         block.words == kBeamWords && value(1) == 0 && value(kBeamWords - 1) > 0;
     for (int node = 0; node < (springToGround ? 1 : block.nodes); ++node) {
-      if (value(node) < 1 || value(node) > nodeCount) return Fail("The file ends within the model");
+      if (value(node) < 1 || value(node) > nodeCount) return Fail(MessageId::kResultModelCut);
     }
   }
   return true;

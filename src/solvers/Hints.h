@@ -2,10 +2,9 @@
 #ifndef KR_SOLVERS_HINTS_H
 #define KR_SOLVERS_HINTS_H
 
-#include <string>
+#include "messages/Message.h"
 
-// The English advice for a warning or an error. False, with `hint` untouched, for a number that has
-// none.
-bool LookUpHint(int number, std::string& hint);
+// The advice for a warning or an error. False, with `hint` untouched, for a number that has none.
+bool LookUpHint(int number, Message& hint);
 
 #endif

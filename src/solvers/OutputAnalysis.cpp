@@ -97,17 +97,17 @@ class MessageScan {
     report.cpuTime = cpuTime_;
     std::vector<std::string>& lines = report.lines;
     lines = {RuleShort(),
-             Translated(hooks_, "File Name : ") + Decoded(hooks_, messageFile),
+             Said(hooks_, Message(MessageId::kReportFileName, messageFile)),
              "",
-             Translated(hooks_, "Total CPU Time : ") + Decoded(hooks_, cpuTime_),
+             Said(hooks_, Message(MessageId::kReportCpuTime, cpuTime_)),
              "",
-             "Found " + std::to_string(errorCount_) + " errors\n",
-             warningCount_ < kMostWarnings
-                 ? "Found " + std::to_string(warningCount_) + " warnings\n"
-                 : "Found more than 20 warnings, list first 20 items here",
+             Said(hooks_, Message(MessageId::kReportErrors, errorCount_)),
+             Said(hooks_, warningCount_ < kMostWarnings
+                              ? Message(MessageId::kReportWarnings, warningCount_)
+                              : Message(MessageId::kReportManyWarnings)),
              ""};
-    AddList("List Errors :", errors_, lines);
-    AddList("List Warnings :", warnings_, lines);
+    AddList(MessageId::kReportErrorList, errors_, lines);
+    AddList(MessageId::kReportWarningList, warnings_, lines);
     return report;
   }
 
@@ -147,9 +147,9 @@ class MessageScan {
     constexpr std::size_t kLongestNumber = 32;
     if (text.size() <= numberAt) return;
     const std::string number(text.substr(numberAt, kLongestNumber));
-    std::string hint;
+    Message hint;
     if (LookUpHint(StrWrapperTxt::LeadingInt(number), hint)) {
-      message_->AddWords(Translated(hooks_, hint.c_str()));
+      message_->AddWords(Said(hooks_, hint));
     }
   }
 
@@ -174,11 +174,11 @@ class MessageScan {
     cpuTime_ = line.substr(open + 1, close - open - 1);
   }
 
-  void AddList(const char* title, const GatheredLines& list,
+  void AddList(PlainMessageId title, const GatheredLines& list,
                std::vector<std::string>& lines) const {
     if (list.Empty()) return;
     lines.push_back(RuleLong());
-    lines.push_back(title);
+    lines.push_back(Said(hooks_, Message(title)));
     lines.emplace_back();
     AppendLines(list, hooks_, lines);
   }
@@ -193,19 +193,19 @@ class MessageScan {
   std::string cpuTime_;
 };
 
-AnalysisReport Refused(const std::string& reason) {
+AnalysisReport Refused(const AnalysisHooks& hooks, const Message& reason) {
   AnalysisReport report;
-  report.lines = {RuleShort(), reason, "", RuleLong()};
+  report.lines = {RuleShort(), Said(hooks, reason), "", RuleLong()};
   return report;
 }
 
 }  // namespace
 
 AnalysisReport AnalyseMessageFile(const std::string& messageFile, const AnalysisHooks& hooks) {
-  if (messageFile.empty()) return Refused("Message file name is empty");
+  if (messageFile.empty()) return Refused(hooks, Message(MessageId::kReportNoName));
   LineBlocks blocks;
   if (!blocks.Open(messageFile))
-    return Refused("Open File [" + Decoded(hooks, messageFile) + "] failed!");
+    return Refused(hooks, Message(MessageId::kReportUnreadable, messageFile));
   blocks.SetProgress(hooks.progress);
   MessageScan scan(hooks);
   std::string_view block;

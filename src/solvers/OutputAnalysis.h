@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "jobs/JobStatus.h"
+#include "messages/Message.h"
 
 struct AnalysisHooks {
   // Bytes read and the file's size, now and then. Returning false ends the analysis.
   std::function<bool(std::uint64_t done, std::uint64_t size)> progress;
-  // Gives the words of the reports (labels and hints) in the interface's language.
-  std::function<std::string(const std::string& english)> translate;
-  // Gives file names and lines of files, byte strings in the system's code page, in the encoding of
-  // those words.
+  // Gives our own lines of the reports in the interface's language; empty: English.
+  std::function<std::string(const Message& message)> say;
+  // Gives lines of files, byte strings in the system's code page, in the encoding of those lines.
   std::function<std::string(const std::string& bytes)> decode;
 };
 
@@ -55,7 +55,7 @@ AnalysisReport AnalyseVorelOutFile(const std::string& outFile, const AnalysisHoo
 
 // " 23 Hours 30 Minutes 0 Seconds". Dates are MM/DD/YY, times HH:MM:SS with "pm" or not. Every
 // month counts 30 days, so the result is right only within one.
-std::string ElapsedText(const std::string& startDate, const std::string& startTime,
-                        const std::string& endDate, const std::string& endTime);
+Message ElapsedText(const std::string& startDate, const std::string& startTime,
+                    const std::string& endDate, const std::string& endTime);
 
 #endif

@@ -13,9 +13,6 @@
 
 namespace {
 
-constexpr char kFileName[] = "File Name : ";
-constexpr char kTotalTime[] = "THE TOTAL TIME: ";
-
 std::string Beside(const std::string& jobFile, const char* ending) {
   std::string folder;
   std::string name;
@@ -44,7 +41,7 @@ void ReadLines(const std::string& path, const AnalysisHooks& hooks, AnalysisRepo
 
 AnalysisReport NameOnly(const std::string& path, const AnalysisHooks& hooks) {
   AnalysisReport report;
-  report.lines.push_back(Translated(hooks, kFileName) + Decoded(hooks, path));
+  report.lines.push_back(Said(hooks, Message(MessageId::kReportFileName, path)));
   return report;
 }
 
@@ -60,8 +57,8 @@ class VorelScan {
   void Append(const AnalysisHooks& hooks, std::vector<std::string>& lines) const {
     // A run that has not ended has written its start only.
     if (dates_.count > 0 && times_.count > 1) {
-      lines.push_back(Translated(hooks, kTotalTime) +
-                      ElapsedText(dates_.first, times_.first, dates_.last, times_.last));
+      const Message elapsed = ElapsedText(dates_.first, times_.first, dates_.last, times_.last);
+      lines.push_back(Said(hooks, Message(MessageId::kReportTotalTime)) + Said(hooks, elapsed));
     }
     AppendLines(errors_, hooks, lines);
   }
@@ -142,7 +139,7 @@ AnalysisReport AnalyseIncInfoFile(const std::string& infoFile, const AnalysisHoo
   ReadLines(infoFile, hooks, report, [&](std::string_view line) {
     const std::size_t about = line.find(kAbout);
     if (about == std::string_view::npos || !Holds(line, kTotal)) return;
-    times.AddWords(Translated(hooks, kTotalTime));
+    times.AddWords(Said(hooks, Message(MessageId::kReportTotalTime)));
     times.Add(line.substr(about + kAbout.size()));
     times.Add("");
   });
@@ -166,8 +163,8 @@ AnalysisReport AnalyseVorelOutFile(const std::string& outFile, const AnalysisHoo
   return report;
 }
 
-std::string ElapsedText(const std::string& startDate, const std::string& startTime,
-                        const std::string& endDate, const std::string& endTime) {
+Message ElapsedText(const std::string& startDate, const std::string& startTime,
+                    const std::string& endDate, const std::string& endTime) {
   const auto [startMonth, startDay, startYear] = Numbers(startDate, '/');
   const auto [endMonth, endDay, endYear] = Numbers(endDate, '/');
   const auto [startHour, startMinute, startSecond] = ClockNumbers(startTime);
@@ -186,6 +183,5 @@ std::string ElapsedText(const std::string& startDate, const std::string& startTi
     minutes += 60;
     --hours;
   }
-  return " " + std::to_string(hours) + " Hours " + std::to_string(minutes) + " Minutes " +
-         std::to_string(seconds) + " Seconds";
+  return Message(MessageId::kReportElapsed, hours, minutes, seconds);
 }

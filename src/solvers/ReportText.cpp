@@ -4,7 +4,6 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
 constexpr std::size_t kLongestShown = 4096;
-constexpr char kLeftOut[] = "(more lines are in the file)";
 
 }  // namespace
 
@@ -28,8 +27,8 @@ void GatheredLines::AppendTo(std::vector<std::string>& lines, const AnalysisHook
     lines.push_back(line.words ? line.text : Decoded(hooks, line.text));
 }
 
-std::string Translated(const AnalysisHooks& hooks, const char* english) {
-  return hooks.translate ? hooks.translate(english) : english;
+std::string Said(const AnalysisHooks& hooks, const Message& message) {
+  return hooks.say ? hooks.say(message) : message.English();
 }
 
 std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes) {
@@ -39,5 +38,5 @@ std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes) {
 void AppendLines(const GatheredLines& from, const AnalysisHooks& hooks,
                  std::vector<std::string>& to) {
   from.AppendTo(to, hooks);
-  if (from.Full()) to.push_back(Translated(hooks, kLeftOut));
+  if (from.Full()) to.push_back(Said(hooks, Message(MessageId::kReportCut)));
 }

@@ -13,7 +13,7 @@
 class GatheredLines {
  public:
   void Add(std::string_view line);
-  // A line of ours between them, translated already.
+  // A line of ours between them, as it is shown.
   void AddWords(std::string_view words);
   bool Empty() const { return lines_.empty(); }
   bool Full() const { return full_; }
@@ -31,9 +31,9 @@ class GatheredLines {
   bool full_ = false;
 };
 
-std::string Translated(const AnalysisHooks& hooks, const char* english);
+std::string Said(const AnalysisHooks& hooks, const Message& message);
 
-// A file name or a line of a file.
+// A line of a file.
 std::string Decoded(const AnalysisHooks& hooks, const std::string& bytes);
 
 // Adds the lines, and a word on those that were left out.

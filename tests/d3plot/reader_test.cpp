@@ -19,7 +19,7 @@ struct Database {
   const ptkUnstructuredGrid::Cells& Kinds() const { return grids.Grid().CellsByKind(); }
   const WordFormat& Format() const { return manager.Reader().Format(); }
   const std::vector<FileFamily>& Families() const { return manager.Reader().Families(); }
-  const std::string& Error() const { return manager.Reader().Error(); }
+  std::string Error() const { return manager.Reader().Error().English(); }
 
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;

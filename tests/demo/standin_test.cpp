@@ -141,7 +141,7 @@ TEST_F(Standin, WritesTheDecksModelInBothPrecisions) {
     EXPECT_TRUE(Says("not read: *ELEMENT_SHELL_NURBS_PATCH"));
     ptkPostD3plotManager manager;
     ptkUnstructuredGridManager grids;
-    ASSERT_TRUE(manager.Open(folder_ / "d3plot", grids)) << manager.Reader().Error();
+    ASSERT_TRUE(manager.Open(folder_ / "d3plot", grids)) << manager.Reader().Error().English();
     EXPECT_EQ(manager.Reader().Format().doublePrecision, std::string(program).ends_with("_d"));
     EXPECT_EQ(grids.Grid().NumberOfPoints(), 8);
     const auto& kinds = grids.Grid().CellsByKind();

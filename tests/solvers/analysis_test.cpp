@@ -193,12 +193,12 @@ TEST_F(MessageAnalysis, CanBeWatchedEndedAndTranslated) {
     last = done;
     return true;
   };
-  hooks.translate = [](const std::string& english) { return "<" + english + ">"; };
+  hooks.say = [](const Message& message) { return "<" + message.English() + ">"; };
   hooks.decode = [](const std::string& bytes) { return "{" + bytes + "}"; };
   const AnalysisReport report = AnalyseMessageFile(path, hooks);
   EXPECT_GT(last, 0u);
-  EXPECT_EQ(report.lines[1], "<File Name : >{" + path + "}");
-  EXPECT_EQ(report.lines[3], "<Total CPU Time : >{}");
+  EXPECT_EQ(report.lines[1], "<File Name : " + path + ">");
+  EXPECT_EQ(report.lines[3], "<Total CPU Time : >");
   EXPECT_EQ(report.lines[11].front(), '<') << "a hint, decoded already";
   EXPECT_EQ(report.lines[12], "{t}");
   hooks.progress = [](std::uint64_t, std::uint64_t) { return false; };
@@ -208,16 +208,16 @@ TEST_F(MessageAnalysis, CanBeWatchedEndedAndTranslated) {
 }
 
 TEST(Hints, ByNumber) {
-  std::string hint = "untouched";
+  Message hint;
   EXPECT_FALSE(LookUpHint(40577, hint));
   EXPECT_FALSE(LookUpHint(0, hint));
-  EXPECT_EQ(hint, "untouched");
+  EXPECT_TRUE(hint.Empty());
   EXPECT_TRUE(LookUpHint(40575, hint));
-  std::string other;
+  Message other;
   EXPECT_TRUE(LookUpHint(40576, other));
   EXPECT_EQ(hint, other);
   for (const int number : {10170, 20444, 40045, 40352, 40359, 40373, 40500, 60004}) {
-    std::string next;
+    Message next;
     EXPECT_TRUE(LookUpHint(number, next));
     EXPECT_NE(next, other);
     other = next;
@@ -259,11 +259,11 @@ TEST(VorelAnalysis, FirstAndLastDateAndTheErrors) {
 }
 
 TEST(Elapsed, MonthsOfThirtyDays) {
-  EXPECT_EQ(ElapsedText("01/31/15", "10:00:00", "02/01/15", "10:00:00"),
+  EXPECT_EQ(ElapsedText("01/31/15", "10:00:00", "02/01/15", "10:00:00").English(),
             " 0 Hours 0 Minutes 0 Seconds");
-  EXPECT_EQ(ElapsedText("12/30/14", "23:59:58", "01/01/15", "00:00:01"),
+  EXPECT_EQ(ElapsedText("12/30/14", "23:59:58", "01/01/15", "00:00:01").English(),
             " 0 Hours 0 Minutes 3 Seconds");
-  EXPECT_EQ(ElapsedText("03/01/15", "11:00:30", "03/01/15", "01:00:00 pm"),
+  EXPECT_EQ(ElapsedText("03/01/15", "11:00:30", "03/01/15", "01:00:00 pm").English(),
             " 1 Hours 59 Minutes 30 Seconds");
   EXPECT_EQ(ElapsedText("99/99/99999999999999999", "::::", "", "x"),
             ElapsedText("99/99/2147483647", "", "", ""));

@@ -137,7 +137,7 @@ void Flx_ShowInfo::StartReading() {
   try {
     std::thread([reading = reading_] {
       AnalysisHooks hooks;
-      hooks.translate = [&](const std::string& english) { return reading->texts.Word(english); };
+      hooks.say = [&](const Message& message) { return reading->texts.Say(message); };
       hooks.decode = ToUi;
       hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
         if (size > 0)
@@ -149,7 +149,7 @@ void Flx_ShowInfo::StartReading() {
       try {
         lines = JobInformation(reading->output, hooks);
       } catch (const std::exception& error) {
-        lines = {error.what()};
+        lines = {hooks.say(Message(MessageId::kReportFailed, error.what()))};
       }
       const std::lock_guard<std::mutex> lock(reading->mutex);
       reading->lines = std::move(lines);

@@ -26,31 +26,6 @@ constexpr WordRow kWords[] = {
     {"Dat File (*.dat)|*.dat|All Files (*.*)|*|", "Dat 文件 (*.dat)|*.dat|所有文件 (*.*)|*|"},
     {"Fin File (*.fin)|*.fin|All Files (*.*)|*|", "Fin 文件 (*.fin)|*.fin|所有文件 (*.*)|*|"},
 
-    // Labels and hints of reports.
-    {"File Name : ", "文件名："},
-    {"Total CPU Time : ", "总 CPU 时间："},
-    {"THE TOTAL TIME: ", "总时间："},
-    {"(more lines are in the file)", "（其余各行请见文件）"},
-    {"Please check the duplicate node in the model.", "请检查模型中的重复节点。"},
-    {"Vertical slope occurs in the loading curve. Please check the abscissa of duplicate loading "
-     "curve.",
-     "加载曲线出现垂直斜率，请检查加载曲线中重复的横坐标。"},
-    {"Plasticity algorithm did not converge for MAT36. Please check the material parameters in the "
-     "model, or if penetration occurs in the model.",
-     "MAT36 材料的塑性算法不收敛，请检查模型的材料参数，或检查模型中是否存在穿透。"},
-    {"Please check the solving parameters in the thermal analysis.", "请检查热分析的求解参数。"},
-    {"Please decrease the minimum time step TMIN or increase the temperature increment DTEMP.",
-     "请减小最小时间步长 TMIN，或增大温度增量 DTEMP。"},
-    {"Please check the element with zero or negative Jacobian in the model.",
-     "请检查模型中雅可比为零或为负的单元。"},
-    {"The node velocity is out of range. Please reduce the loading velocity, pressure or time "
-     "step. Please check if the penetration occurs in the model.",
-     "节点速度超出范围，请减小加载速度、压力或时间步长，并检查模型中是否存在穿透。"},
-    {"Please check if penetration occurs in the contact interface.",
-     "请检查接触界面是否存在穿透。"},
-    {"Nonlinear solving did not converge. Please check the solver parameters.",
-     "非线性求解不收敛，请检查求解器参数。"},
-
     // Lines of the log and reasons of aborted jobs.
     {"Solver [%s] does not exist", "求解器 [%s] 不存在"},
     {"Job file [%s] does not exist", "任务文件 [%s] 不存在"},
