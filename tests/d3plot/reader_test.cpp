@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
-#include <thread>
 
 #include "d3plot/D3plotImage.h"
 #include "d3plot/ptkPostD3plotManager.h"
@@ -182,37 +181,15 @@ TEST(D3plot, NamesThatCannotBeOpened) {
   EXPECT_EQ(Database(" \t").Elements(), 1);
 }
 
-TEST(D3plot, TheProcessWideModel) {
+TEST(D3plot, TheProcessWideModelForgetsTheLastOne) {
   const TempFolder folder;
-  const std::string path = folder.Write("d3plot", D3plotImage(4, true, {.shells = 7}).Bytes());
-  EXPECT_EQ(ptkOpen(path), 0);
   ptkCreate();
-  EXPECT_EQ(ptkNodeCount() + ptkElementCount(), 0);
-  EXPECT_NE(ptkOpen(path), 0);
+  EXPECT_NE(ptkOpen(folder.Write("d3plot", D3plotImage(4, true, {.shells = 7}).Bytes())), 0);
   EXPECT_EQ(ptkElementCount(), 7);
   EXPECT_EQ(ptkNodeCount(), 12);
   EXPECT_EQ(ptkOpen(folder / "absent"), 0);
   EXPECT_EQ(ptkNodeCount() + ptkElementCount(), 0);
   ptkDestroy();
-  ptkDestroy();
-  EXPECT_EQ(ptkElementCount(), 0);
-}
-
-TEST(D3plot, SeveralThreadsAtOnce) {
-  const TempFolder folder;
-  std::vector<std::thread> threads;
-  std::vector<int> counts(4);
-  for (int i = 0; i < 4; ++i) {
-    const std::string name = "d3plot" + std::string(1, static_cast<char>('A' + i));
-    folder.Write(name, D3plotImage(i % 2 ? 4 : 8, i > 1, {.beams = i + 1}).Bytes());
-    threads.emplace_back([&, i, path = folder / name] {
-      for (int round = 0; round < 5; ++round) {
-        counts[static_cast<std::size_t>(i)] += Database(path).Elements();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(counts, (std::vector<int>{5, 10, 15, 20}));
 }
 
 TEST(D3plot, FilesOfRealSolvers) {
