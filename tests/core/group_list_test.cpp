@@ -68,23 +68,6 @@ TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
   EXPECT_FALSE(jobs_[1]->dump);
 }
 
-TEST_F(GroupList, ResubmitMakesAJobNew) {
-  Fill({JobStatus::kAborted, JobStatus::kQueued, JobStatus::kFinished});
-  jobs_[0]->abort = true;
-  jobs_[0]->SetMessageFile("/old/messag.krb");
-  jobs_[0]->SetRunError(2, "bad");
-  EXPECT_TRUE(Group()->Resubmit(Id(0)));
-  EXPECT_FALSE(Group()->Resubmit(Id(1)));
-  EXPECT_TRUE(Group()->Resubmit(Id(2)));
-  EXPECT_EQ(jobs_[0]->status, JobStatus::kQueued);
-  EXPECT_FALSE(jobs_[0]->abort);
-  EXPECT_EQ(jobs_[0]->MessageFile(), "");
-  EXPECT_EQ(jobs_[0]->RunErrorCode(), 0);
-  EXPECT_EQ(seen_.Count("status " + std::to_string(Group()->Id()) + " " +
-                        RecordingObserver::Text(jobs_[0]->id) + " 0"),
-            1);
-}
-
 TEST_F(GroupList, TheCurrentGroupFollowsRemovals) {
   for (const char* name : {"B", "C", "D"}) manager_->AddGroup(name);
   manager_->SetCurrentGroup(2);

@@ -147,19 +147,6 @@ TEST_F(DeckTest, LeavesTheJobWhenTheDeckCannotBeRead) {
                    "Read file [" + folder_.string() + "] failed"}));
 }
 
-TEST_F(DeckTest, CanBeEnded) {
-  const auto job = Job(Write("deck.k", "*KEYWORD 8M\n" + std::string(1 << 20, '1')));
-  std::uint64_t size = 0;
-  progress_ = [&](std::uint64_t, std::uint64_t bytes) {
-    size = bytes;
-    return false;
-  };
-  EXPECT_FALSE(Scan(*job));
-  EXPECT_EQ(job->deckMemory, 0u);
-  EXPECT_EQ(size, std::filesystem::file_size(job->jobFile));
-  EXPECT_TRUE(log_.empty());
-}
-
 TEST_F(DeckTest, ScansStagesAndHandsFlagsDown) {
   const auto job = Job(Write("main.k", "*CASE\n"));
   job->useSFile = true;

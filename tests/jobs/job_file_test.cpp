@@ -11,30 +11,6 @@
 
 namespace {
 
-TEST(JobStatus, HasWords) {
-  const char* const words[] = {"Queued", "Waiting", "Running", "Finished", "Aborted"};
-  std::string word;
-  for (int number = 0; number < 5; ++number) {
-    EXPECT_TRUE(JobStatusWord(JobStatus{number}, word));
-    EXPECT_EQ(word, words[number]);
-  }
-  EXPECT_FALSE(JobStatusWord(JobStatus{5}, word));
-  EXPECT_FALSE(JobStatusWord(JobStatus{-1}, word));
-}
-
-TEST(JobFile, BeginsWithTheSettings) {
-  Settings settings;
-  settings.pause_time = 7;
-  const JobFileDyna job(settings);
-  EXPECT_EQ(job.pause, 7);
-  EXPECT_EQ(job.status, JobStatus::kQueued);
-  EXPECT_FALSE(job.abort);
-  EXPECT_EQ(job.identifier.find_first_not_of("0123456789_"), std::string::npos) << job.identifier;
-  std::vector<std::string> numbers;
-  StrWrapperTxt::SeparateString(job.identifier, numbers, '_');
-  EXPECT_EQ(numbers.size(), 10u) << "address, date and time: " << job.identifier;
-}
-
 TEST(JobFile, KnowsItsFolder) {
   JobFileVorel job{Settings()};
   EXPECT_EQ(job.Folder(), "");

@@ -69,12 +69,4 @@ TEST_F(DeckTest, TheEndTimeOfIncludedDecks) {
   EXPECT_EQ(end.value, 12.5);
 }
 
-TEST_F(DeckTest, TheEndTimeOfARealDeck) {
-  const char* data = std::getenv("KESTRUN_TEST_DATA");
-  if (data == nullptr) GTEST_SKIP() << "KESTRUN_TEST_DATA is not set";
-  const auto job = Job(std::string(data) + "/decks/i.k");
-  ASSERT_TRUE(Scan(*job));
-  EXPECT_EQ(FindEndTime(*job).value, 5e-4);
-}
-
 }  // namespace

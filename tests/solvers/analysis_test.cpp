@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "jobs/JobFile.h"
-#include "solvers/Hints.h"
 #include "solvers/OutputAnalysis.h"
 #include "support/TempFolder.h"
 
@@ -86,17 +85,6 @@ TEST_F(MessageAnalysis, TheWholeReport) {
     EXPECT_EQ(report.warnings, 1);
     EXPECT_EQ(report.cpuTime, "   0 hours  0 minutes  2 seconds");
   }
-}
-
-TEST_F(MessageAnalysis, FilesThatCannotBeRead) {
-  EXPECT_EQ(AnalyseMessageFile("").lines,
-            (Lines{kRule63, "Message file name is empty", "", kRule64}));
-  for (const std::string& path : {folder / "absent", folder.Path()}) {
-    const AnalysisReport report = AnalyseMessageFile(path);
-    EXPECT_EQ(report.lines, (Lines{kRule63, "Open File [" + path + "] failed!", "", kRule64}));
-    EXPECT_EQ(report.outcome, Outcome::kNotRead);
-  }
-  EXPECT_EQ(Analyse("").lines.size(), 8u);
 }
 
 TEST_F(MessageAnalysis, OnlyTwentyWarningsAreListed) {
@@ -207,23 +195,6 @@ TEST_F(MessageAnalysis, CanBeWatchedEndedAndTranslated) {
   EXPECT_TRUE(ended.lines.empty());
 }
 
-TEST(Hints, ByNumber) {
-  Message hint;
-  EXPECT_FALSE(LookUpHint(40577, hint));
-  EXPECT_FALSE(LookUpHint(0, hint));
-  EXPECT_TRUE(hint.Empty());
-  EXPECT_TRUE(LookUpHint(40575, hint));
-  Message other;
-  EXPECT_TRUE(LookUpHint(40576, other));
-  EXPECT_EQ(hint, other);
-  for (const int number : {10170, 20444, 40045, 40352, 40359, 40373, 40500, 60004}) {
-    Message next;
-    EXPECT_TRUE(LookUpHint(number, next));
-    EXPECT_NE(next, other);
-    other = next;
-  }
-}
-
 TEST(IncAnalysis, TotalTimeOfFinishedJobs) {
   const TempFolder folder;
   const std::string job = folder / "part.v2.fin";
@@ -256,17 +227,6 @@ TEST(VorelAnalysis, FirstAndLastDateAndTheErrors) {
                "D A T E (MM/DD/YY): 01/10/15\nTIME(HH:MM:SS:.01): 10:00:00:.25\n"
                "TIME(HH:MM:SS:.01): 10:00:07:.25\nD A T E (MM/DD/YY): 01/10/15");
   EXPECT_EQ(AnalyseVorelOut(job).lines[1], "THE TOTAL TIME:  0 Hours 0 Minutes 7 Seconds");
-}
-
-TEST(Elapsed, MonthsOfThirtyDays) {
-  EXPECT_EQ(ElapsedText("01/31/15", "10:00:00", "02/01/15", "10:00:00").English(),
-            " 0 Hours 0 Minutes 0 Seconds");
-  EXPECT_EQ(ElapsedText("12/30/14", "23:59:58", "01/01/15", "00:00:01").English(),
-            " 0 Hours 0 Minutes 3 Seconds");
-  EXPECT_EQ(ElapsedText("03/01/15", "11:00:30", "03/01/15", "01:00:00 pm").English(),
-            " 1 Hours 59 Minutes 30 Seconds");
-  EXPECT_EQ(ElapsedText("99/99/99999999999999999", "::::", "", "x"),
-            ElapsedText("99/99/2147483647", "", "", ""));
 }
 
 }  // namespace

@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <random>
-#include <set>
 #include <thread>
 
 #include "solvers/DeckPreparation.h"
-#include "solvers/NodeSet.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -217,27 +214,6 @@ TEST_F(PreparationTest, KeepsEveryByteOfOddDecks) {
   std::string result = "*NODE\n";
   for (int i = 2; i < 40000; i += 2) result += std::to_string(i) + ",0.,0.,0.\n";
   EXPECT_TRUE(Prepared(deck, result) == expected);
-}
-
-TEST(NodeSet, HoldsWhatWasAdded) {
-  std::mt19937_64 random(1);
-  std::uniform_int_distribution<std::uint64_t> near(0, 300000);
-  NodeSet nodes;
-  std::set<std::uint64_t> expected = {0, ~std::uint64_t{0}, ~std::uint64_t{0} - 1};
-  for (const std::uint64_t node : expected) nodes.Add(node);
-  for (int i = 0; i < 200000; ++i) {
-    const std::uint64_t node = near(random);
-    nodes.Add(node);
-    expected.insert(node);
-    if (i % 50000 == 0) {
-      ASSERT_TRUE(nodes.Contains(node));
-    }
-  }
-  for (std::uint64_t node = 0; node < 300002; ++node) {
-    ASSERT_EQ(nodes.Contains(node), expected.count(node) == 1) << node;
-  }
-  EXPECT_TRUE(nodes.Contains(~std::uint64_t{0}) && nodes.Contains(~std::uint64_t{0} - 1));
-  EXPECT_FALSE(nodes.Contains(~std::uint64_t{0} - 2));
 }
 
 }  // namespace

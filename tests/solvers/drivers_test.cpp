@@ -72,16 +72,6 @@ TEST_F(DriverTest, Inc) {
   for (const std::string& line : log_) EXPECT_EQ(line.find("Secret"), std::string::npos) << line;
 }
 
-TEST_F(DriverTest, IncRefusesAnotherToken) {
-  context_.settings.SolverPath(SolverKind::kInc) = Program("KVIN_SC.EXE");
-  context_.settings.inc_token = "Secret.tooshort";
-  const auto job = MakeJob<JobFileInc>("a.fin");
-  EXPECT_EQ(Run(*job), JobStatus::kAborted);
-  const std::string info = TempFolder::Read(folder_ / "a_INFO.OUT");
-  EXPECT_NE(info.find("ACCESS TOKEN IS REFUSED"), std::string::npos);
-  EXPECT_EQ(info.find("Secret"), std::string::npos);
-}
-
 TEST_F(DriverTest, Vorel) {
   context_.settings.SolverPath(SolverKind::kVorel) = Program("Vorel.exe");
   const auto job = MakeJob<JobFileVorel>("part.v2.dat");
@@ -126,16 +116,6 @@ TEST_F(DriverTest, UtilityBatch) {
   EXPECT_EQ(Run(*named), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 3) << "a deck is no message file";
   EXPECT_TRUE(Exists(named->jobFile));
-}
-
-TEST_F(DriverTest, ASolverWithBlanksInItsPath) {
-  context_.settings.SolverPath(SolverKind::kLsDynaSingle) = Program("ls dyna.exe");
-  const auto job = DynaJobWith(kEcho);
-  job->ncpu = 2;
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
-  const Lines received = Received();
-  EXPECT_TRUE(Has(received, "ncpu=2"));
-  EXPECT_TRUE(Has(received, "i=" + FileDirWrapper::ShortPath(job->jobFile)));
 }
 
 TEST_F(DriverTest, RefusesNamesThatBreakACommandLine) {

@@ -102,18 +102,6 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
   EXPECT_TRUE(log_.empty());
 }
 
-TEST_F(SolverTest, PathsWithBlanksReachTheSolverWhole) {
-  const std::string deckFolder = folder_ / "my folder";
-  FileDirWrapper::CreateDirTree(deckFolder);
-  folder_.Write("my folder/a b.k", Deck("$ standin: echo\n"));
-  const auto job = DynaJob(FileDirWrapper::Join(deckFolder, "a b.k"));
-  EXPECT_EQ(Run(*job), JobStatus::kFinished);
-  EXPECT_TRUE(Exists(FileDirWrapper::Join(deckFolder, "messag.krb")));
-  const Lines echo = ReadLines(FileDirWrapper::Join(deckFolder, "standin_echo.txt"));
-  EXPECT_TRUE(Has(echo, "i=" + FileDirWrapper::ShortPath(job->jobFile)));
-  EXPECT_TRUE(Has(echo, "cwd=" + deckFolder));
-}
-
 TEST_F(SolverTest, ARestartNeedsNoDeck) {
   const auto first = DynaJobWith("");
   ASSERT_EQ(Run(*first), JobStatus::kFinished);
