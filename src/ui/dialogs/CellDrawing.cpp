@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "ui/fltk/Icons.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Encoding.h"
 
 namespace CellDrawing {
 

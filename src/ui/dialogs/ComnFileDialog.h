@@ -8,7 +8,8 @@
 #include <vector>
 
 // Captions and filters are UTF-8, paths are byte strings in the system's code page. Interface
-// thread; events of the program go on while the chooser is open.
+// thread; events of the program go on while the chooser is open. The program itself never chooses a
+// file to write: SetOpen(false), SetDefExt and SetDefFile are there for the sake of the interface.
 class ComnFileDialog {
  public:
   void SetParentWindow(Fl_Window* parent) { parent_ = parent; }

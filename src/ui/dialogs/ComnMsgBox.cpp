@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "ui/fltk/Icons.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
@@ -75,6 +76,13 @@ ComnMsgBox::ComnMsgBox(const std::string& caption, const std::string& text, Icon
                        Fl_Window* parent)
     : caption_(caption), text_(text), icon_(icon), type_(type), parent_(parent) {
   type == kOk ? SetButtonTexts("OK", "") : SetButtonTexts("Yes", "No");
+}
+
+void ComnMsgBox::Inform(Fl_Window* parent, const std::string& caption, const std::string& text,
+                        const std::string& button) {
+  ComnMsgBox box(caption, text, kInformation, kOk, parent);
+  box.SetButtonTexts(button, "");
+  box.DoModal();
 }
 
 void ComnMsgBox::SetButtonTexts(const std::string& first, const std::string& second) {

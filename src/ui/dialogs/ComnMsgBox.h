@@ -18,6 +18,10 @@ class ComnMsgBox {
   ComnMsgBox(const std::string& caption, const std::string& text, Icon icon, Type type,
              Fl_Window* parent);
 
+  // A message over the parent with one button.
+  static void Inform(Fl_Window* parent, const std::string& caption, const std::string& text,
+                     const std::string& button);
+
   // The words on the buttons; they are English without this.
   void SetButtonTexts(const std::string& first, const std::string& second);
 

@@ -4,8 +4,9 @@
 #include <FL/Fl_Button.H>
 #include <FL/fl_draw.H>
 
-#include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/Icons.h"
+#include "ui/fltk/Labels.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -63,7 +64,7 @@ bool Flx_About::Initialise() {
   Fl_Box* folder = Find(kWorkFolder);
   fl_font(folder->labelfont(), folder->labelsize());
   ShowLabel(*folder, FitTail(ToUi(workFolder_), folder->w()));
-  ShowTip(*folder, ToUi(workFolder_));
+  SetTip(*folder, ToUi(workFolder_));
   Find(kOk)->shortcut(FL_Enter);
   CentreOnParent();
   Find(kOk)->take_focus();

@@ -11,11 +11,9 @@ class Fl_Button;
 
 class Flx_About : public Flx_Base_Dialog {
  public:
-  static constexpr WidgetName<Fl_Box> kPicture{"ID_LABEL1"};
-  static constexpr WidgetName<Fl_Box> kProgram{"ID_LABEL2"};
-  static constexpr WidgetName<Fl_Box> kBuildDate{"ID_LABEL3"};
-  static constexpr WidgetName<Fl_Box> kSystem{"ID_LABEL4"};
-  static constexpr WidgetName<Fl_Box> kWorkFolder{"ID_LABEL13"};
+  // The widgets by their ids in the layout.
+  static constexpr WidgetName<Fl_Box> kPicture{"ID_LABEL1"}, kProgram{"ID_LABEL2"},
+      kBuildDate{"ID_LABEL3"}, kSystem{"ID_LABEL4"}, kWorkFolder{"ID_LABEL13"};
   static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON1"};
 
   // `workFolder` is in the system's code page.

@@ -2,10 +2,26 @@
 
 #include <FL/Fl.H>
 
+#include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/DialogWidgets.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+
+namespace {
+
+constexpr DialogText kCommonTexts[] = {
+    {"ok", "OK", "确定"},
+    {"all_files", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|"},
+};
+
+}  // namespace
+
+Flx_Base_Dialog::Flx_Base_Dialog(Fl_Window* parent, int language)
+    : parent_(parent), language_(language) {
+  SetTexts(kCommonTexts);
+}
 
 Flx_Base_Dialog::~Flx_Base_Dialog() {
   // Widgets that fired last must not wait in the queue for the next dialog.
@@ -130,6 +146,10 @@ void Flx_Base_Dialog::ShowLabel(Fl_Widget& widget, const std::string& uiText) {
   widget.labeltype(FL_NORMAL_LABEL);
   widget.copy_label(PlainLabel(uiText).c_str());
   widget.redraw_label();
+}
+
+void Flx_Base_Dialog::Inform(const std::string& caption, const std::string& uiText) {
+  ComnMsgBox::Inform(Window(), caption, uiText, Shown("ok"));
 }
 
 void Flx_Base_Dialog::CentreOnParent() {

@@ -43,7 +43,7 @@ struct DialogText {
 class Flx_Base_Dialog {
  public:
   // `language`: 0 English, 1 Chinese; a dialog of another one has no layout and does not open.
-  Flx_Base_Dialog(Fl_Window* parent, int language) : parent_(parent), language_(language) {}
+  Flx_Base_Dialog(Fl_Window* parent, int language);
   virtual ~Flx_Base_Dialog();
   Flx_Base_Dialog(const Flx_Base_Dialog&) = delete;
   Flx_Base_Dialog& operator=(const Flx_Base_Dialog&) = delete;
@@ -86,7 +86,7 @@ class Flx_Base_Dialog {
   void SetTexts(std::span<const DialogText> texts);
   const char* GetText(const std::string& key) const;
 
-  // The text of a key in UTF-8; empty for an unknown key.
+  // The text of a key in UTF-8; empty for an unknown key. Every dialog has "ok" and "all_files".
   std::string Shown(const std::string& key) const;
 
   // A copy that lives as long as the dialog, for labels of the layout's widgets and the title.
@@ -94,6 +94,9 @@ class Flx_Base_Dialog {
 
   // Gives a widget of the layout a label in UTF-8, shown as it stands.
   void ShowLabel(Fl_Widget& widget, const std::string& uiText);
+
+  // A message with one button over the dialog. UTF-8.
+  void Inform(const std::string& caption, const std::string& uiText);
 
   void CentreOnParent();
 

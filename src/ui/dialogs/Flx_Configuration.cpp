@@ -6,6 +6,8 @@
 #include <FL/Fl_Input.H>
 
 #include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -33,9 +35,7 @@ constexpr DialogText kTexts[] = {
     {"text_editor_title", "Select Text Editor", "选择文本编辑器"},
     {"msg_language_applied", "Language will be applied after restart",
      "语言设置将在重新启动程序后生效"},
-    {"ok", "OK", "确定"},
     {"editor_filter", "Text Editor (*.exe)|*.exe|", "文本编辑器 (*.exe)|*.exe|"},
-    {"all_filter", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|"},
 };
 
 }  // namespace
@@ -89,19 +89,16 @@ int Flx_Configuration::HandleWidget(Fl_Widget* widget) {
 
 void Flx_Configuration::ChooseLanguage() {
   settings_.Set(&Settings::language, Find(kLanguage)->value());
-  InformOver(Window(), ToUi(application_.Title()), Shown("msg_language_applied"), Shown("ok"));
+  Inform(ToUi(application_.Title()), Shown("msg_language_applied"));
 }
 
 void Flx_Configuration::ChooseEditor() {
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(Window());
-  dialog.SetOpen(true);
-  dialog.SetCaption(Shown("text_editor_title"));
-  dialog.SetFilter(ComnFileDialog::ProgramFilter(Shown("editor_filter"), Shown("all_filter")));
   std::string folder;
   FileDirWrapper::DirOf(settings_.Get().viewer, folder);
-  dialog.SetInitDir(folder);
-  if (!dialog.DoModal()) return;
-  settings_.Set(&Settings::viewer, dialog.GetPathName());
-  Find(kEditor)->value(ToUi(dialog.GetPathName()).c_str());
+  const std::string path = AskForFile(
+      {Window(), Shown("text_editor_title"),
+       ComnFileDialog::ProgramFilter(Shown("editor_filter"), Shown("all_files")), folder});
+  if (path.empty()) return;
+  settings_.Set(&Settings::viewer, path);
+  Find(kEditor)->value(ToUi(path).c_str());
 }

@@ -5,8 +5,8 @@
 #include <functional>
 
 #include "core/Application.h"
-#include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/fltk/ChoiceEntries.h"
 
 class Fl_Button;
 class Fl_Check_Button;
@@ -16,12 +16,12 @@ class Fl_Input;
 // What is changed is stored at once, a text when its field is left.
 class Flx_Configuration : public Flx_Base_Dialog {
  public:
+  // The widgets by their ids in the layout.
   static constexpr WidgetName<Fl_Choice> kLanguage{"ID_CHOICE1"};
   static constexpr WidgetName<Fl_Input> kEditor{"ID_INPUT1"};
-  static constexpr WidgetName<Fl_Button> kChooseEditor{"ID_BUTTON1"};
-  static constexpr WidgetName<Fl_Check_Button> kOutputDump{"ID_CHECKBOX1"};
-  static constexpr WidgetName<Fl_Check_Button> kDeleteAdaptive{"ID_CHECKBOX2"};
-  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Button> kChooseEditor{"ID_BUTTON1"}, kClose{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Check_Button> kOutputDump{"ID_CHECKBOX1"},
+      kDeleteAdaptive{"ID_CHECKBOX2"};
 
   Flx_Configuration(Fl_Window* parent, Application& application);
 

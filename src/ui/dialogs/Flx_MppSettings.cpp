@@ -8,9 +8,10 @@
 
 #include "core/SenseSwitch.h"
 #include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/MpiKinds.h"
 #include "ui/text/Encoding.h"
-#include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
 namespace {
@@ -65,12 +66,10 @@ constexpr LineTexts kChinese[] = {
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
     {"lab_mpp_bg_exist", "File bg_switch does not exists", "bg_switch 文件不存在"},
-    {"ok", "OK", "确定"},
     {"mpi_other", "Other (see MPI Param)", "其他 (见 MPI 参数)"},
     {"solver_s_title", "Select Single MPP LS-DYNA Solver", "选择单精度 MPP LS-DYNA 求解器"},
     {"solver_d_title", "Select Double MPP LS-DYNA Solver", "选择双精度 MPP LS-DYNA 求解器"},
     {"solver_filter", "LS-DYNA Solver (*.exe)|*.exe|", "LS-DYNA 求解器 (*.exe)|*.exe|"},
-    {"all_filter", "All Files (*.*)|*|", "所有文件 (*.*)|*|"},
     {"asked", "The running job was asked to write a restart file and end.",
      "已要求正在运行的任务写出重启动文件后结束。"},
 };
@@ -203,17 +202,11 @@ void Flx_MppSettings::StoreText(const TextField& field) {
 
 void Flx_MppSettings::ChooseProgram(WidgetName<Fl_Input> input, std::string Settings::*setting,
                                     const char* titleKey) {
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(Window());
-  dialog.SetOpen(true);
-  dialog.SetCaption(Shown(titleKey));
-  dialog.SetFilter(ComnFileDialog::ProgramFilter(Shown("solver_filter"), Shown("all_filter")));
-  std::string folder = settings_.Get().last_solver_path;
-  if (folder.empty()) FileDirWrapper::DirOf(settings_.Get().*setting, folder);
-  dialog.SetInitDir(folder);
-  if (!dialog.DoModal()) return;
-  const std::string path = dialog.GetPathName();
-  if (FileDirWrapper::DirOf(path, folder)) settings_.Set(&Settings::last_solver_path, folder);
+  const std::string filter =
+      ComnFileDialog::ProgramFilter(Shown("solver_filter"), Shown("all_files"));
+  const std::string path =
+      AskForProgram({Window(), Shown(titleKey), filter, {}}, settings_, settings_.Get().*setting);
+  if (path.empty()) return;
   settings_.Set(setting, path);
   Find(input)->value(ToUi(path).c_str());
 }
@@ -233,5 +226,5 @@ void Flx_MppSettings::StopRunning() {
   const SenseSwitch result = AskSolverToStop(application_.Manager());
   if (result == SenseSwitch::kAsked && OnNote) OnNote(Shown("asked"));
   if (result != SenseSwitch::kNoSwitch) return;
-  InformOver(Window(), ToUi(application_.Title()), Shown("lab_mpp_bg_exist"), Shown("ok"));
+  Inform(ToUi(application_.Title()), Shown("lab_mpp_bg_exist"));
 }

@@ -12,29 +12,23 @@
 #include <vector>
 
 #include "core/Application.h"
-#include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/dialogs/HostEditor.h"
+#include "ui/fltk/ChoiceEntries.h"
 
 // A field is stored when it is left, a choice at once. The group that is chosen becomes the current
 // one, so that what is shown and what "Stop Running" stops belong together.
 class Flx_MppSettings : public Flx_Base_Dialog {
  public:
+  // The widgets by their ids in the layout.
   static constexpr WidgetName<Fl_Check_Button> kUseMpp{"ID_CHECKBOX1"};
-  static constexpr WidgetName<Fl_Choice> kMpi{"ID_CHOICE2"};
-  static constexpr WidgetName<Fl_Choice> kGroup{"ID_CHOICE1"};
-  static constexpr WidgetName<Fl_Input> kMemory{"ID_INPUT1"};
-  static constexpr WidgetName<Fl_Input> kMpiParam{"ID_INPUT2"};
-  static constexpr WidgetName<Fl_Input> kMppParam{"ID_INPUT3"};
-  static constexpr WidgetName<Fl_Input> kSingleSolver{"ID_INPUT4"};
-  static constexpr WidgetName<Fl_Button> kChooseSingle{"ID_BUTTON5"};
-  static constexpr WidgetName<Fl_Input> kDoubleSolver{"ID_INPUT5"};
-  static constexpr WidgetName<Fl_Button> kChooseDouble{"ID_BUTTON6"};
+  static constexpr WidgetName<Fl_Choice> kMpi{"ID_CHOICE2"}, kGroup{"ID_CHOICE1"};
+  static constexpr WidgetName<Fl_Input> kMemory{"ID_INPUT1"}, kMpiParam{"ID_INPUT2"},
+      kMppParam{"ID_INPUT3"}, kSingleSolver{"ID_INPUT4"}, kDoubleSolver{"ID_INPUT5"};
+  static constexpr WidgetName<Fl_Button> kChooseSingle{"ID_BUTTON5"}, kChooseDouble{"ID_BUTTON6"},
+      kEditHosts{"ID_BUTTON2"}, kReloadHosts{"ID_BUTTON4"}, kStop{"ID_BUTTON1"},
+      kClose{"ID_BUTTON3"};
   static constexpr WidgetName<Fl_Scroll> kHosts{"ID_SCROLL1"};
-  static constexpr WidgetName<Fl_Button> kEditHosts{"ID_BUTTON2"};
-  static constexpr WidgetName<Fl_Button> kReloadHosts{"ID_BUTTON4"};
-  static constexpr WidgetName<Fl_Button> kStop{"ID_BUTTON1"};
-  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON3"};
 
   Flx_MppSettings(Fl_Window* parent, Application& application);
 

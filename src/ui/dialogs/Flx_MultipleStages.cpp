@@ -7,11 +7,12 @@
 #include <FL/fl_draw.H>
 
 #include "core/JobInformation.h"
-#include "ui/dialogs/ComnFileDialog.h"
-#include "ui/dialogs/ComnMsgBox.h"
-#include "ui/dialogs/DialogRow.h"
+#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -98,7 +99,7 @@ bool Flx_MultipleStages::Initialise() {
   std::string path;
   Read([&](const JobFile& job) { path = ToUi(job.jobFile); });
   ShowLabel(*deck, FitTail(path, deck->w()));
-  ShowTip(*deck, path);
+  SetTip(*deck, path);
   KeepRow(*Window(), {Find(kFirstStageLabel), Find(kFirstStage), hint}, hint->x() + hint->w());
   KeepRow(*Window(),
           {Find(kAdd), Find(kRemove), Find(kMoveUp), Find(kMoveDown), Find(kViewMessage),
@@ -208,15 +209,9 @@ int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
 // Their decks are read like those of new jobs, on another thread; the stages appear when they are.
 void Flx_MultipleStages::AddStages() {
   Application& application = subject_.application;
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(Window());
-  dialog.SetOpen(true);
-  dialog.SetMultiple(true);
-  dialog.SetCaption(Shown("add_title"));
-  dialog.SetFilter(subject_.texts.Get("ui_keyword_filter"));
-  dialog.SetInitDir(application.SettingsAndFiles().Get().last_path);
-  if (!dialog.DoModal()) return;
-  for (const std::string& path : dialog.GetPathNames()) {
+  const std::string& folder = application.SettingsAndFiles().Get().last_path;
+  for (const std::string& path : AskForFiles(
+           {Window(), Shown("add_title"), subject_.texts.Get("ui_keyword_filter"), folder})) {
     JobRequest request = MakeJobRequest(application.SettingsAndFiles().Get());
     request.jobFile = path;
     request.groupId = subject_.group->Id();
@@ -258,8 +253,5 @@ void Flx_MultipleStages::ViewSummary(JobId stage) {
 }
 
 void Flx_MultipleStages::Inform(const std::string& text) {
-  ComnMsgBox box(ToUi(subject_.application.Title()), text, ComnMsgBox::kInformation,
-                 ComnMsgBox::kOk, Window());
-  box.SetButtonTexts(subject_.texts.Get("ui_ok"), "");
-  box.DoModal();
+  Flx_Base_Dialog::Inform(ToUi(subject_.application.Title()), text);
 }

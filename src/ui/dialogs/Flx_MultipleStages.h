@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "core/Application.h"
-#include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/dialogs/StageTable.h"
+#include "ui/fltk/ChoiceEntries.h"
 #include "ui/text/Language.h"
 
 class Fl_Box;
@@ -21,18 +21,14 @@ class Fl_Choice;
 // any time but during a run. Follows the run.
 class Flx_MultipleStages : public Flx_Base_Dialog {
  public:
-  static constexpr WidgetName<Fl_Box> kDeck{"ID_LABEL1"};
+  // The widgets by their ids in the layout.
+  static constexpr WidgetName<Fl_Box> kDeck{"ID_LABEL1"}, kFirstStageLabel{"ID_LABEL2"},
+      kHint{"ID_LABEL3"};
   static constexpr WidgetName<Fl_Group> kTable{"ID_GROUP1"};  // the place of the table
-  static constexpr WidgetName<Fl_Box> kFirstStageLabel{"ID_LABEL2"};
   static constexpr WidgetName<Fl_Choice> kFirstStage{"ID_CHOICE1"};
-  static constexpr WidgetName<Fl_Box> kHint{"ID_LABEL3"};
-  static constexpr WidgetName<Fl_Button> kAdd{"ID_BUTTON1"};
-  static constexpr WidgetName<Fl_Button> kRemove{"ID_BUTTON2"};
-  static constexpr WidgetName<Fl_Button> kMoveUp{"ID_BUTTON3"};
-  static constexpr WidgetName<Fl_Button> kMoveDown{"ID_BUTTON4"};
-  static constexpr WidgetName<Fl_Button> kViewMessage{"ID_BUTTON5"};
-  static constexpr WidgetName<Fl_Button> kViewSummary{"ID_BUTTON6"};
-  static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON7"};
+  static constexpr WidgetName<Fl_Button> kAdd{"ID_BUTTON1"}, kRemove{"ID_BUTTON2"},
+      kMoveUp{"ID_BUTTON3"}, kMoveDown{"ID_BUTTON4"}, kViewMessage{"ID_BUTTON5"},
+      kViewSummary{"ID_BUTTON6"}, kClose{"ID_BUTTON7"};
 
   struct Subject {
     Application& application;

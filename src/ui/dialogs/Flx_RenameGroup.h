@@ -12,9 +12,9 @@ class Fl_Input;
 // Names are byte strings in the system's code page.
 class Flx_RenameGroup : public Flx_Base_Dialog {
  public:
+  // The widgets by their ids in the layout.
   static constexpr WidgetName<Fl_Input> kName{"ID_INPUT1"};
-  static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON1"};
-  static constexpr WidgetName<Fl_Button> kCancel{"ID_BUTTON2"};
+  static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON1"}, kCancel{"ID_BUTTON2"};
 
   Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name);
 

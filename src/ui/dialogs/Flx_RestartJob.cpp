@@ -4,9 +4,10 @@
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Input.H>
 
-#include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -44,7 +45,6 @@ constexpr DialogText kTexts[] = {
      "请选择输入文件，或取消勾选“输入文件 (I=)”。"},
     {"missing", "There is no such file now. The job needs it when it starts.",
      "该文件目前不存在，任务启动时必须存在。"},
-    {"ok", "OK", "确定"},
 };
 
 }  // namespace
@@ -92,24 +92,18 @@ void Flx_RestartJob::MarkMissing(Fl_Input& input) {
   const std::string path = PathIn(input);
   const bool missing = !path.empty() && !FileDirWrapper::FileExists(path);
   input.textcolor(missing ? Theme::kError : Theme::kText);
-  ShowTip(input, missing ? Shown("missing") : std::string());
+  SetTip(input, missing ? Shown("missing") : std::string());
   input.redraw();
 }
 
 void Flx_RestartJob::Choose(WidgetName<Fl_Input> input, const char* titleKey,
                             const char* filterKey) {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(Window());
-  dialog.SetOpen(true);
-  dialog.SetCaption(Shown(titleKey));
-  dialog.SetFilter(Shown(filterKey));
-  dialog.SetInitDir(settings.Get().last_path);
-  if (!dialog.DoModal()) return;
-  std::string folder;
-  if (FileDirWrapper::DirOf(dialog.GetPathName(), folder))
-    settings.Set(&Settings::last_path, folder);
-  Find(input)->value(ToUi(dialog.GetPathName()).c_str());
+  const std::string path =
+      AskForFile({Window(), Shown(titleKey), Shown(filterKey), settings.Get().last_path});
+  if (path.empty()) return;
+  KeepFolderOf(path, settings, &Settings::last_path);
+  Find(input)->value(ToUi(path).c_str());
   if (Find(input) == Find(kInput)) Find(kUseInput)->value(1);
   ShowInputUse();
   MarkMissing(*Find(input));
@@ -127,6 +121,6 @@ bool Flx_RestartJob::TakeFiles() {
 }
 
 void Flx_RestartJob::AskFor(WidgetName<Fl_Input> input, const char* key) {
-  InformOver(Window(), ToUi(application_.Title()), Shown(key), Shown("ok"));
+  Inform(ToUi(application_.Title()), Shown(key));
   Find(input)->take_focus();
 }

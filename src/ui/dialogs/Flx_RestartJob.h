@@ -15,13 +15,11 @@ class Fl_Input;
 // paths of files that are not there now are red, but taken.
 class Flx_RestartJob : public Flx_Base_Dialog {
  public:
-  static constexpr WidgetName<Fl_Input> kRestart{"ID_INPUT1"};
-  static constexpr WidgetName<Fl_Button> kChooseRestart{"ID_BUTTON1"};
+  // The widgets by their ids in the layout.
+  static constexpr WidgetName<Fl_Input> kRestart{"ID_INPUT1"}, kInput{"ID_INPUT2"};
+  static constexpr WidgetName<Fl_Button> kChooseRestart{"ID_BUTTON1"}, kChooseInput{"ID_BUTTON2"},
+      kOk{"ID_BUTTON3"}, kCancel{"ID_BUTTON4"};
   static constexpr WidgetName<Fl_Check_Button> kUseInput{"ID_CHECKBOX1"};
-  static constexpr WidgetName<Fl_Input> kInput{"ID_INPUT2"};
-  static constexpr WidgetName<Fl_Button> kChooseInput{"ID_BUTTON2"};
-  static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON3"};
-  static constexpr WidgetName<Fl_Button> kCancel{"ID_BUTTON4"};
 
   Flx_RestartJob(Fl_Window* parent, Application& application);
 

@@ -14,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-#include "ui/dialogs/DialogRow.h"
+#include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/Language.h"

@@ -17,8 +17,8 @@ class Fl_Browser;
 // the button cancels it.
 class Flx_ShowInfo : public Flx_Base_Dialog {
  public:
-  static constexpr WidgetName<Fl_Box> kLamp{"ID_LABEL1"};
-  static constexpr WidgetName<Fl_Box> kResult{"ID_LABEL2"};
+  // The widgets by their ids in the layout.
+  static constexpr WidgetName<Fl_Box> kLamp{"ID_LABEL1"}, kResult{"ID_LABEL2"};
   static constexpr WidgetName<Fl_Browser> kLines{"ID_LIST1"};
   static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON1"};
 

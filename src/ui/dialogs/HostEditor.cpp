@@ -7,12 +7,12 @@
 
 #include "jobs/HostLine.h"
 #include "jobs/JobArguments.h"
-#include "ui/dialogs/DialogTools.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/LineInput.h"
-#include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 
 namespace {
@@ -117,7 +117,7 @@ HostEditor::Row HostEditor::MakeRow(const std::string& line) {
     input->when(FL_WHEN_RELEASE | FL_WHEN_ENTER_KEY);
     input->callback([](Fl_Widget*, void* self) { static_cast<HostEditor*>(self)->Store(); }, this);
   }
-  ShowTip(*row.remove, texts_("host_remove"));
+  SetTip(*row.remove, texts_("host_remove"));
   row.remove->callback(
       [](Fl_Widget* button, void* self) { static_cast<HostEditor*>(self)->RemoveRow(button); },
       this);
@@ -204,7 +204,7 @@ void HostEditor::RemoveRow(const Fl_Widget* button) {
 
 bool HostEditor::Check(Fl_Input& input, bool valid, const char* hintKey) const {
   input.textcolor(valid ? Theme::kText : Theme::kError);
-  ShowTip(input, valid ? std::string() : texts_(hintKey));
+  SetTip(input, valid ? std::string() : texts_(hintKey));
   input.redraw();
   return valid;
 }

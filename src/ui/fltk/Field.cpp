@@ -3,9 +3,8 @@
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
 
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
-#include "ui/fltk/Tip.h"
-#include "ui/text/Encoding.h"
 
 namespace {
 
@@ -54,10 +53,6 @@ Field::Field(int x, int y, int w, int h) : LineInput(x, y, w, h) {
         field->Validate();
       },
       this);
-}
-
-void Field::SetTip(const std::string& text) {
-  ::SetTip(*this, tip_, text);
 }
 
 void Field::SetPlaceholder(const std::string& text) {

@@ -20,7 +20,6 @@ class Field : public LineInput {
   // Stores what was typed, if anything was and it is valid. False when it is not valid.
   bool Commit();
 
-  void SetTip(const std::string& text);
   // Shown faintly while the field is empty and not in use.
   void SetPlaceholder(const std::string& text);
 
@@ -38,7 +37,6 @@ class Field : public LineInput {
   bool Validate();
 
   std::string stored_;
-  std::string tip_;
   std::string placeholder_;
   bool edited_ = false;
   bool bad_ = false;

@@ -4,8 +4,8 @@
 #include <FL/fl_draw.H>
 #include <FL/Fl_Window.H>
 
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Encoding.h"
 
 namespace {
 

@@ -31,12 +31,3 @@ void CentreOver(Fl_Window& window, Fl_Window* parent) {
   window.position(static_cast<int>(x + (w - window.w()) * 0.5),
                   static_cast<int>(y + (h - window.h()) * 0.5));
 }
-
-std::string PlainLabel(const std::string& uiText) {
-  std::string out;
-  for (const char c : uiText) {
-    if (c == '@') out += c;
-    out += c;
-  }
-  return out;
-}

@@ -4,8 +4,6 @@
 
 #include <FL/Fl_Double_Window.H>
 
-#include <string>
-
 // Lives on the stack of the function that runs it. Interface thread.
 class ModalWindow : public Fl_Double_Window {
  public:
@@ -21,8 +19,5 @@ class ModalWindow : public Fl_Double_Window {
 
 // Moves a window so that its middle lies over the parent's.
 void CentreOver(Fl_Window& window, Fl_Window* parent);
-
-// A label that shows the text as it stands ("@" has no special meaning).
-std::string PlainLabel(const std::string& uiText);
 
 #endif

@@ -2,9 +2,9 @@
 
 #include <FL/Fl_Tooltip.H>
 
-void SetTip(Fl_Widget& widget, std::string& kept, const std::string& text) {
-  if (kept == text && (widget.tooltip() != nullptr) != text.empty()) return;
+void SetTip(Fl_Widget& widget, const std::string& text) {
+  const std::string now = widget.tooltip() ? widget.tooltip() : "";
+  if (now == text) return;
   if (Fl_Tooltip::current() == &widget) Fl_Tooltip::exit(&widget);
-  kept = text;
-  widget.tooltip(kept.empty() ? nullptr : kept.c_str());
+  widget.copy_tooltip(text.empty() ? nullptr : text.c_str());
 }

@@ -6,8 +6,8 @@
 
 #include <string>
 
-// Gives the widget a tooltip; empty: none. The toolkit keeps no copy: `kept` holds the text and
-// lives as long as the widget. A tooltip that is on the screen with another text goes away.
-void SetTip(Fl_Widget& widget, std::string& kept, const std::string& text);
+// A tooltip that the widget keeps, in UTF-8; empty: none. One that is on the screen with another
+// text goes away.
+void SetTip(Fl_Widget& widget, const std::string& text);
 
 #endif

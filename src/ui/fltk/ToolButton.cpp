@@ -4,9 +4,9 @@
 #include <FL/fl_draw.H>
 
 #include "ui/fltk/Icons.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/Encoding.h"
 
 namespace {
 
@@ -24,10 +24,6 @@ void TrackHover(Fl_Widget& widget, int event, bool& hovered) {
 ToolButton::ToolButton(int x, int y, int w, int h, const char* icon)
     : Fl_Button(x, y, w, h), icon_(icon) {
   box(FL_FLAT_BOX);
-}
-
-void ToolButton::SetTip(const std::string& text) {
-  ::SetTip(*this, tip_, text);
 }
 
 int ToolButton::handle(int event) {
@@ -55,7 +51,7 @@ PrimaryButton::PrimaryButton(int x, int y, int w, int h) : Fl_Button(x, y, w, h)
 
 void PrimaryButton::SetText(const std::string& uiText, const std::string& tip) {
   copy_label(uiText.c_str());
-  SetTip(*this, tip_, tip);
+  SetTip(*this, tip);
 }
 
 int PrimaryButton::handle(int event) {
@@ -85,7 +81,7 @@ void PrimaryButton::draw() {
 StateButton::StateButton(int x, int y, int w, int h) : Fl_Button(x, y, w, h) {}
 
 void StateButton::SetState(const std::string& uiText, bool on, const std::string& tip) {
-  SetTip(*this, tip_, tip);
+  SetTip(*this, tip);
   if (uiText == text_ && on == on_) return;
   text_ = uiText;
   on_ = on;

@@ -11,15 +11,11 @@ class ToolButton : public Fl_Button {
  public:
   ToolButton(int x, int y, int w, int h, const char* icon);
 
-  // The tooltip's text is kept.
-  void SetTip(const std::string& text);
-
   int handle(int event) override;
   void draw() override;
 
  private:
   const std::string icon_;
-  std::string tip_;
   bool hovered_ = false;
 };
 
@@ -33,7 +29,6 @@ class PrimaryButton : public Fl_Button {
   void draw() override;
 
  private:
-  std::string tip_;
   bool hovered_ = false;
 };
 
@@ -46,7 +41,7 @@ class StateButton : public Fl_Button {
   void draw() override;
 
  private:
-  std::string text_, tip_;
+  std::string text_;
   bool on_ = false;
 };
 

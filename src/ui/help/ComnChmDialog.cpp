@@ -27,8 +27,6 @@ bool ComnChmDialog::Fail(const char* key) {
   const TextTable& texts = texts_.Get(key).empty() ? EnglishTexts() : texts_;
   std::string text = texts.Get(key);
   if (!path_.empty()) text += "\n" + ToUi(path_);
-  ComnMsgBox box(texts.Get("tip_help"), text, ComnMsgBox::kInformation, ComnMsgBox::kOk, parent_);
-  box.SetButtonTexts(texts.Get("ui_ok"), "");
-  box.DoModal();
+  ComnMsgBox::Inform(parent_, texts.Get("tip_help"), text, texts.Get("ui_ok"));
   return false;
 }

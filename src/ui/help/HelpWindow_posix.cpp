@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"

@@ -12,7 +12,6 @@
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
-#include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 
 namespace {

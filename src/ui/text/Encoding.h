@@ -26,11 +26,4 @@ std::string FromCodePage936(const std::string& text);
 inline constexpr int kMostUnits = 1023;
 std::string ConvertedText936(const std::string& text);
 
-// The text as an entry for Fl_Menu_::add: "&", "@", "/" and "\" lose their special meaning.
-std::string MenuLabel(const std::string& uiText);
-
-// The text, or its head or tail with "..." so that it fits into `width` pixels in the current font.
-std::string FitHead(const std::string& uiText, int width);  // keeps the beginning
-std::string FitTail(const std::string& uiText, int width);  // keeps the end
-
 #endif

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/Flx_MultipleStages.h"
 #include "ui/dialogs/Flx_RenameGroup.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
@@ -90,9 +91,7 @@ void Flx_AppWnd::Perform(Action action) {
 
 void Flx_AppWnd::Inform(const std::string& text) {
   if (leaving_) return;
-  ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kInformation, ComnMsgBox::kOk, this);
-  box.SetButtonTexts(texts_.Get("ui_ok"), "");
-  box.DoModal();
+  ComnMsgBox::Inform(this, ToUi(application_.Title()), text, texts_.Get("ui_ok"));
 }
 
 bool Flx_AppWnd::Ask(const std::string& text) {
@@ -107,19 +106,14 @@ void Flx_AppWnd::AddJobs(SolverKind kind) {
   const auto solver = std::find_if(solvers.begin(), solvers.end(),
                                    [&](const auto& one) { return one->solverType == kind; });
   if (solver == solvers.end()) return;
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(this);
-  dialog.SetOpen(true);
-  dialog.SetMultiple(true);
-  dialog.SetCaption(texts_.Word((*solver)->selectJobFileTitle));
-  dialog.SetFilter(texts_.Word((*solver)->jobFileFilter));
-  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
+  const std::vector<std::string> paths = AskForFiles(
+      {this, texts_.Word((*solver)->selectJobFileTitle), texts_.Word((*solver)->jobFileFilter),
+       application_.SettingsAndFiles().Get().last_path});
+  FocusTable();
   // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
   // chosen for.
   const bool byEnding = kind == SolverKind::kLsDynaSingle;
-  const bool chosen = dialog.DoModal();
-  FocusTable();
-  if (chosen) AddFiles(dialog.GetPathNames(), byEnding ? std::nullopt : std::optional(kind));
+  AddFiles(paths, byEnding ? std::nullopt : std::optional(kind));
 }
 
 void Flx_AppWnd::AddFolder() {
@@ -169,9 +163,7 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, std::optional<S
       application_.SettingsAndFiles().Set(&Settings::last_path, path);
     } else if (FileDirWrapper::FileExists(path)) {
       files.push_back(path);
-      std::string folder;
-      if (FileDirWrapper::DirOf(path, folder))
-        application_.SettingsAndFiles().Set(&Settings::last_path, folder);
+      KeepFolderOf(path, application_.SettingsAndFiles(), &Settings::last_path);
     } else {
       missing.push_back(path);
     }

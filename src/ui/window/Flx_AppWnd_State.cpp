@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "core/SmallTextFile.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
@@ -132,7 +133,7 @@ void Flx_AppWnd::ShowTools() {
   for (int tool = 0; tool < Layout::kToolCount; ++tool) {
     ToolButton* button = tools_[static_cast<std::size_t>(tool)];
     const Action action = static_cast<Action>(tool);
-    button->SetTip(ToolTip(action));
+    SetTip(*button, ToolTip(action));
     const bool can = CanPerform(action);
     if (can != (button->active() != 0)) can ? button->activate() : button->deactivate();
   }

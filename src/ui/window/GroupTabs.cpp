@@ -8,8 +8,8 @@
 #include <cmath>
 
 #include "ui/fltk/Icons.h"
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Encoding.h"
 #include "ui/window/Layout.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ui/dialogs/ComnFileDialog.h"
-#include "ui/dialogs/DialogTools.h"
+#include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/MpiKinds.h"
 #include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
@@ -63,8 +63,9 @@ void SettingsRow::MakeFields() {
   solverLabel_ = MakeLabel("lab_solver");
   kindChoice_ = new Fl_Choice(0, 0, Layout::kSolverKindWidth, height);
   kindChoice_->color(Theme::kSurface);
-  for (const auto& solver : application_.Solvers())
-    kindChoice_->add(MenuLabel(ToUi(solver->displayName)).c_str());
+  std::vector<std::string> kinds;
+  for (const auto& solver : application_.Solvers()) kinds.push_back(ToUi(solver->displayName));
+  kinds_.Show(*kindChoice_, kinds, 0);
   solver_ = new Field(0, 0, 10, height);
   browse_ = new Fl_Button(0, 0, Layout::kBrowseWidth, height, "...");
   browse_->color(Theme::kSurface);
@@ -263,18 +264,17 @@ void SettingsRow::ShowView(const View& view) {
     kindChoice_->mode(place++, possible ? 0 : FL_MENU_INACTIVE);
   }
   SetActive(kindChoice_, !view.job || (view.dyna && !view.running));
-  SetTip(*kindChoice_, kindTip_,
-         texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
+  SetTip(*kindChoice_, texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
   solver_->Show(ToUi(SolverPath(view.kind)));
-  solver_->SetTip(texts_.Format("ui_tip_solver", ToUi(SolverName(view.kind))));
+  SetTip(*solver_, texts_.Format("ui_tip_solver", ToUi(SolverName(view.kind))));
 
   const bool editable = !view.running;
   memory_->Show(std::to_string(view.memory));
-  memory_->SetTip(texts_.Get(view.job ? "ui_tip_memory_job" : "ui_tip_memory"));
+  SetTip(*memory_, texts_.Get(view.job ? "ui_tip_memory_job" : "ui_tip_memory"));
   cpu_->Show(std::to_string(view.job && view.ncpu < 1 ? settings.cpu_count : view.ncpu));
-  cpu_->SetTip(texts_.Get(view.job ? "ui_tip_cpu_job" : "ui_tip_cpu"));
+  SetTip(*cpu_, texts_.Get(view.job ? "ui_tip_cpu_job" : "ui_tip_cpu"));
   pause_->Show(std::to_string(view.pause));
-  pause_->SetTip(texts_.Get(view.job ? "ui_tip_pause_job" : "ui_tip_pause"));
+  SetTip(*pause_, texts_.Get(view.job ? "ui_tip_pause_job" : "ui_tip_pause"));
   for (Field* field : {memory_, cpu_, pause_}) SetActive(field, editable);
   auto_->value(settings.memory_auto);
   auto_->tooltip(texts_.Get("ui_tip_auto").c_str());
@@ -282,7 +282,7 @@ void SettingsRow::ShowView(const View& view) {
   command_->Show(view.multiStage ? texts_.Get("lab_cmd_mstage") : ToUi(view.command));
   SetActive(command_, view.job && editable && !view.multiStage);
   command_->SetPlaceholder(view.job ? std::string() : texts_.Get("ui_tip_command_none"));
-  command_->SetTip(texts_.Get(view.job ? "ui_tip_command" : "ui_tip_command_none"));
+  SetTip(*command_, texts_.Get(view.job ? "ui_tip_command" : "ui_tip_command_none"));
   ShowMpp();
 }
 
@@ -347,24 +347,17 @@ void SettingsRow::StoreSolver(const std::string& path) {
 
 void SettingsRow::ChooseSolver() {
   solver_->Commit();
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
   const SolverKind kind = ShownKind();
-  ComnFileDialog dialog;
-  dialog.SetParentWindow(window());
-  dialog.SetOpen(true);
+  FileQuestion question{window(), {}, {}, {}};
   for (const auto& solver : application_.Solvers()) {
     if (solver->solverType != kind) continue;
-    dialog.SetCaption(texts_.Word(solver->selectSolverTitle));
-    dialog.SetFilter(ComnFileDialog::ProgramFilter(texts_.Word(solver->solverFilter),
-                                                   texts_.Get("ui_all_files")));
+    question.caption = texts_.Word(solver->selectSolverTitle);
+    question.filter = ComnFileDialog::ProgramFilter(texts_.Word(solver->solverFilter),
+                                                    texts_.Get("ui_all_files"));
   }
-  std::string folder = settings.Get().last_solver_path;
-  if (folder.empty()) FileDirWrapper::DirOf(SolverPath(kind), folder);
-  dialog.SetInitDir(folder);
-  if (!dialog.DoModal()) return;
-  const std::string path = dialog.GetPathName();
-  if (FileDirWrapper::DirOf(path, folder)) settings.Set(&Settings::last_solver_path, folder);
-  StoreSolver(path);
+  const std::string path =
+      AskForProgram(question, application_.SettingsAndFiles(), SolverPath(kind));
+  if (!path.empty()) StoreSolver(path);
 }
 
 void SettingsRow::ToggleAuto() {

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "core/Application.h"
+#include "ui/fltk/ChoiceEntries.h"
 #include "ui/fltk/Field.h"
 #include "ui/fltk/ToolButton.h"
 #include "ui/text/Language.h"
@@ -71,6 +72,7 @@ class SettingsRow : public Fl_Group {
 
   Fl_Box* solverLabel_;
   Fl_Choice* kindChoice_;
+  ChoiceEntries kinds_;
   Field* solver_;
   Fl_Button* browse_;
   Fl_Box* commandLabel_;
@@ -86,7 +88,6 @@ class SettingsRow : public Fl_Group {
   Field* pause_;
   Fl_Box* secondLabel_;
   StateButton* mpp_;
-  std::string kindTip_;
 };
 
 #endif

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/Encoding.h"
 #include "ui/window/Layout.h"
 
 namespace {
@@ -130,5 +130,5 @@ void StatusBar::draw() {
     draw_child(*cancel_);
   }
   fl_pop_clip();
-  SetTip(*this, tip_, cut);
+  SetTip(*this, cut);
 }

@@ -35,7 +35,6 @@ class StatusBar : public Fl_Group {
   Fl_Button* cancel_;
   std::string state_;
   std::string message_;
-  std::string tip_;  // the texts that the line is too short for
   Tone tone_ = Tone::kPlain;
   std::string progressText_;
   int percent_ = -1;

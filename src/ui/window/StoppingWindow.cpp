@@ -6,6 +6,7 @@
 
 #include <chrono>
 
+#include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/window/Layout.h"
