@@ -3,10 +3,12 @@
 #define KR_CORE_JOBGROUP_H
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -121,14 +123,10 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
 
   // The steps of the group's thread.
   void RunLoop();
-  std::shared_ptr<JobFile> TakeNextJob(int& pause);
-  void WaitOutPause(const JobFile& job, int seconds) const;
-  bool BeginRun(const std::shared_ptr<JobFile>& job);
-  JobStatus RunJob(JobFile& job);
-  JobStatus RunThroughDriver(JobFile& job, const JobRunContext& context);
-  JobStatus RunThroughStages(JobFile& job, const JobRunContext& context);
+  std::shared_ptr<JobFile> TakeNextJob(std::chrono::seconds& pause);
+  std::optional<JobRunContext> BeginRun(JobFile& job);
   void ShowStageStatus(const JobFile& job, JobFile& stage, JobStatus status);
-  void EndRun(const std::shared_ptr<JobFile>& job, JobStatus status);
+  void EndRun(JobFile& job, JobStatus status);
 
   // With the list locked.
   JobFile* Find(JobId job) const;  // null when it is not there

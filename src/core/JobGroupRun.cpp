@@ -1,6 +1,6 @@
-// The group's thread: takes the queued jobs one after another and runs them.
+// The group's thread: takes the queued jobs one after another, runs them and writes their ends
+// down.
 #include <chrono>
-#include <exception>
 
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
@@ -70,22 +70,28 @@ bool JobGroup::Stop() {
 
 void JobGroup::RunLoop() {
   manager_.Observer().GroupRunChanged(id_);
-  int pause = 0;
-  while (const std::shared_ptr<JobFile> job = TakeNextJob(pause)) {
-    WaitOutPause(*job, pause);
-    if (BeginRun(job)) EndRun(job, RunJob(*job));
+  JobRunSetup setup;
+  setup.solverFor = [this](SolverKind kind) { return manager_.SolverFor(kind); };
+  setup.positioning = &manager_.positioning_;
+  setup.autoPosition = &manager_.autoPosition;
+  while (const std::shared_ptr<JobFile> job = TakeNextJob(setup.pause)) {
+    setup.begin = [&] { return BeginRun(*job); };
+    setup.setStageStatus = [&](JobFile& stage, JobStatus status) {
+      ShowStageStatus(*job, stage, status);
+    };
+    EndRun(*job, RunJob(*job, setup));
   }
   manager_.Observer().GroupRunChanged(id_);
 }
 
 // Null at the end of the thread's work. The running flag is cleared with the list locked: a job
 // that is added and submitted afterwards gets a new thread, one added before is taken by this one.
-std::shared_ptr<JobFile> JobGroup::TakeNextJob(int& pause) {
+std::shared_ptr<JobFile> JobGroup::TakeNextJob(std::chrono::seconds& pause) {
   const ListLock lock(*this);
   for (std::size_t i = 0; i < jobs_.size() && !stop_; ++i) {
     JobFile& job = *jobs_[i];
     if (job.status != JobStatus::kQueued) continue;
-    pause = job.pause;
+    pause = std::chrono::seconds(job.pause);
     SetStatus(job, JobStatus::kWaiting);
     if (!stop_) return jobs_[i];
     SetStatus(job, JobStatus::kAborted);
@@ -94,63 +100,26 @@ std::shared_ptr<JobFile> JobGroup::TakeNextJob(int& pause) {
   return nullptr;
 }
 
-// Ends early when the group is stopped or the job is removed.
-void JobGroup::WaitOutPause(const JobFile& job, int seconds) const {
-  const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
-  for (;;) {
-    const Clock::time_point now = Clock::now();
-    if (now >= end || stop_ || job.abort) return;
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - now).count() + 1;
-    DateTimeWrapper::SleepMSec(left < kLookAgainMs ? static_cast<unsigned>(left) : kLookAgainMs);
+// Nothing when the job is not to run: it was removed during the pause, or the group stopped.
+std::optional<JobRunContext> JobGroup::BeginRun(JobFile& job) {
+  {
+    const ListLock lock(*this);
+    if (Find(job.id) == nullptr) return std::nullopt;
+    SetStatus(job, JobStatus::kRunning);
+    if (stop_) return std::nullopt;
   }
-}
-
-// False when the job is not to run: it was removed during the pause, or the group stopped.
-bool JobGroup::BeginRun(const std::shared_ptr<JobFile>& job) {
-  const ListLock lock(*this);
-  if (Find(job->id) == nullptr) return false;
-  SetStatus(*job, JobStatus::kRunning);
-  if (!stop_ && !job->abort) return true;
-  SetStatus(*job, JobStatus::kAborted);
-  return false;
-}
-
-JobStatus JobGroup::RunJob(JobFile& job) {
   JobRunContext context;
   context.settings = manager_.Settings().Snapshot();
   context.groupText = Text();
+  context.console.terminal = context.settings.xterm_path;
   context.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
   context.note = [this](const std::string& line) { manager_.Settings().Log().NoteLine(line); };
   context.runErrorCode = &manager_.runErrorCode;
-  context.console.terminal = context.settings.xterm_path;
-
-  JobStatus status = JobStatus::kAborted;
-  try {
-    status = RunThroughDriver(job, context);
-  } catch (const std::exception& error) {
-    manager_.Settings().Log().Report(Message(MessageId::kRunFailed, job.jobFile, error.what()));
-  }
-  // The driver leaves an aborted solver running; it must not outlive its job, nor must what a
-  // launcher that died meanwhile has started. One that has ended is let go, since each one held
-  // costs a descriptor and a queue may be long.
-  const bool aborted = job.abort && status == JobStatus::kAborted;
-  if (!(aborted ? job.process.TerminateAll() : job.process.Terminate()) && job.abort) {
-    manager_.Settings().Log().ReportLine(job.process.LastError());
-  }
-  return status;
-}
-
-JobStatus JobGroup::RunThroughDriver(JobFile& job, const JobRunContext& context) {
-  if (RunsInStages(job)) return RunThroughStages(job, context);
-  JobSolver* driver = manager_.SolverFor(job.GetSolverType());
-  if (driver != nullptr) return driver->Run(job, context);
-  manager_.Settings().Log().Report(
-      Message(MessageId::kNoSolverOfType, static_cast<int>(job.GetSolverType()), job.jobFile));
-  return JobStatus::kAborted;
+  return context;
 }
 
 // Nothing is written for a job that was removed meanwhile.
-void JobGroup::EndRun(const std::shared_ptr<JobFile>& job, JobStatus status) {
+void JobGroup::EndRun(JobFile& job, JobStatus status) {
   const ListLock lock(*this);
-  if (Find(job->id) != nullptr) SetStatus(*job, status);
+  if (Find(job.id) != nullptr) SetStatus(job, status);
 }

@@ -1,9 +1,8 @@
-// The stages of a group's jobs: changing them and running through them.
+// The stages of a group's jobs.
 #include <algorithm>
 
 #include "core/JobGroup.h"
 #include "core/JobGroupManager.h"
-#include "runs/JobRun.h"
 
 namespace {
 
@@ -119,14 +118,4 @@ void JobGroup::ShowStageStatus(const JobFile& job, JobFile& stage, JobStatus sta
   stage.status = status;
   if (Find(job.id) != nullptr)
     manager_.Observer().StageStatusChanged(id_, job.id, stage.id, status);
-}
-
-JobStatus JobGroup::RunThroughStages(JobFile& job, const JobRunContext& context) {
-  StageRunHooks hooks;
-  hooks.solverFor = [this](SolverKind kind) { return manager_.SolverFor(kind); };
-  hooks.setStageStatus = [this, &job](std::size_t stage, JobStatus status) {
-    ShowStageStatus(job, *job.stages[stage], status);
-  };
-  hooks.autoPosition = &manager_.autoPosition;
-  return RunStages(job, context, manager_.positioning_, hooks);
 }

@@ -24,7 +24,7 @@ constexpr bool RunsDecks(SolverKind kind) {
          kind == SolverKind::kUtilityBatch;
 }
 
-// What a driver needs to know beyond the job, made by the group's thread for one run.
+// What a driver needs to know beyond the job, made for one run.
 struct JobRunContext {
   Settings settings;      // a copy made when the run began
   std::string groupText;  // the group's host assignment
@@ -70,7 +70,7 @@ class JobFile {
 
   PTWrapperProcess process;
 
-  // Set by JobSolver::Run for the length of the run, on the group's thread.
+  // For the length of a run, on its thread.
   const JobRunContext* run = nullptr;
 
   // The folder that the job runs in: the job file's, or the restart file's when there is no job

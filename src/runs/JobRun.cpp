@@ -30,23 +30,29 @@ std::string SolverPath(const Settings& settings, SolverKind kind) {
   return settings.SolverPath(kind);
 }
 
-// Ends what a driver has left running, on every way out; after an abort also what a solver that
-// has ended by itself has left.
-class SolverEnd {
- public:
-  SolverEnd(JobFile& job, const JobStatus& status) : job_(job), status_(status) {}
-  ~SolverEnd() {
-    const bool aborted = job_.abort && status_ == JobStatus::kAborted;
-    const bool ended = aborted ? job_.process.TerminateAll() : job_.process.Terminate();
-    if (!ended && job_.abort) Report(job_, job_.process.LastError());
-  }
-  SolverEnd(const SolverEnd&) = delete;
-  SolverEnd& operator=(const SolverEnd&) = delete;
+bool IsForming(const JobFile& job) {
+  return !job.stages.empty() || IsHotForming(job);
+}
 
- private:
-  JobFile& job_;
-  const JobStatus& status_;
-};
+// A driver leaves an aborted solver running, and a launcher that died meanwhile what it has
+// started: neither may outlive its run. A solver that has ended is let go, since each one held
+// costs a descriptor and a queue may be long.
+void EndSolver(JobFile& stage, JobStatus status) {
+  const bool aborted = stage.abort && status == JobStatus::kAborted;
+  const bool ended = aborted ? stage.process.TerminateAll() : stage.process.Terminate();
+  if (!ended && stage.abort) Report(stage, stage.process.LastError());
+}
+
+// What is thrown is a reason like others.
+JobStatus Guarded(JobFile& job, const std::function<JobStatus()>& steps) {
+  try {
+    return steps();
+  } catch (const std::exception& error) {
+    Fail(job, RunError::kNotStarted,
+         "Run job [" + ShownPath(job.jobFile) + "] failed: " + error.what());
+    return JobStatus::kAborted;
+  }
+}
 
 // True while a session is wanted.
 class AutoPositionFlag {
@@ -64,10 +70,10 @@ class AutoPositionFlag {
   std::atomic<bool>* const flag_;
 };
 
-class StageRun {
+class JobRun {
  public:
-  StageRun(JobFile& job, const JobRunContext& context, const StageRunHooks& hooks)
-      : job_(job), context_(context), hooks_(hooks), scope_(job, context) {
+  JobRun(JobFile& job, const JobRunSetup& setup, const JobRunContext& context)
+      : job_(job), setup_(setup), context_(context), scope_(job, context) {
     for (const std::shared_ptr<JobFile>& stage : job.stages) stages_.push_back(stage.get());
     if (stages_.empty()) {
       stages_.push_back(&job);
@@ -76,17 +82,23 @@ class StageRun {
     }
   }
 
-  JobStatus Run(PositioningLibrary& positioning) {
-    job_.SetRunError(0, {});
-    job_.SetMessageFile({});
+  JobStatus Run() {
+    return Guarded(job_, [this] { return RunStages(); });
+  }
+
+ private:
+  JobStatus RunStages() {
     if (!FirstStageExists() || !SolversAreNewEnough()) return JobStatus::kAborted;
-    PositioningSession session(positioning, job_);
-    if (!session.Begin()) {
+    std::optional<PositioningSession> session;
+    if (setup_.positioning != nullptr && IsForming(job_)) {
+      session.emplace(*setup_.positioning, job_);
+    }
+    if (session && !session->Begin()) {
       Fail(job_, RunError::kNotStarted,
            "Auto Position [" + ShownPath(job_.jobFile) + "] open write dyna file failed");
       return JobStatus::kAborted;
     }
-    const AutoPositionFlag flag(hooks_.autoPosition, session.Wanted());
+    const AutoPositionFlag flag(setup_.autoPosition, session && session->Wanted());
     JobStatus status = JobStatus::kAborted;
     for (std::size_t i = first_; i < stages_.size(); ++i) {
       status = RunStage(i, session);
@@ -95,7 +107,6 @@ class StageRun {
     return status;
   }
 
- private:
   bool FirstStageExists() {
     if (first_ < stages_.size()) return true;
     return Fail(job_, RunError::kNotStarted,
@@ -130,35 +141,32 @@ class StageRun {
   }
 
   // An aborted job leaves its mark on the stage that it has come to.
-  JobStatus RunStage(std::size_t index, PositioningSession& session) {
+  JobStatus RunStage(std::size_t index, std::optional<PositioningSession>& session) {
     JobFile& stage = *stages_[index];
-    SetStatus(index, JobStatus::kWaiting);
+    SetStatus(stage, JobStatus::kWaiting);
     if (index > 0) WaitUnlessAborted(std::chrono::seconds(stage.pause), job_.abort);
     JobStatus status = JobStatus::kAborted;
     if (!job_.abort && !stage.abort) {
-      session.Position(stage);
-      SetStatus(index, JobStatus::kRunning);
+      if (session) session->Position(stage);
+      SetStatus(stage, JobStatus::kRunning);
       status = RunThroughDriver(stage);
       if (&stage != &job_) TakeResultOf(stage);
     }
-    SetStatus(index, status);
+    SetStatus(stage, status);
     return status;
   }
 
   JobStatus RunThroughDriver(JobFile& stage) {
     const RunScope scope(stage, context_);
-    JobStatus status = JobStatus::kAborted;
-    const SolverEnd end(stage, status);
-    try {
-      JobSolver* const driver = hooks_.solverFor(stage.GetSolverType());
-      if (driver != nullptr) return status = driver->Run(stage, context_);
+    const JobStatus status = Guarded(stage, [&] {
+      JobSolver* const driver = setup_.solverFor(stage.GetSolverType());
+      if (driver != nullptr) return driver->Run(stage, context_);
       Fail(stage, RunError::kSolverMissing,
            "No solver of type " + std::to_string(static_cast<int>(stage.GetSolverType())) +
                " for job [" + ShownPath(stage.jobFile) + "]");
-    } catch (const std::exception& error) {
-      Fail(stage, RunError::kNotStarted,
-           "Run job [" + ShownPath(stage.jobFile) + "] failed: " + error.what());
-    }
+      return JobStatus::kAborted;
+    });
+    EndSolver(stage, status);
     return status;
   }
 
@@ -167,13 +175,13 @@ class StageRun {
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
   }
 
-  void SetStatus(std::size_t index, JobStatus status) {
-    if (stages_[index] != &job_) hooks_.setStageStatus(index, status);
+  void SetStatus(JobFile& stage, JobStatus status) {
+    if (&stage != &job_) setup_.setStageStatus(stage, status);
   }
 
   JobFile& job_;
+  const JobRunSetup& setup_;
   const JobRunContext& context_;
-  const StageRunHooks& hooks_;
   const RunScope scope_;
   std::vector<JobFile*> stages_;
   std::size_t first_ = 0;
@@ -181,11 +189,11 @@ class StageRun {
 
 }  // namespace
 
-bool RunsInStages(const JobFile& job) {
-  return !job.stages.empty() || IsHotForming(job);
-}
-
-JobStatus RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
-                    const StageRunHooks& hooks) {
-  return StageRun(job, context, hooks).Run(positioning);
+JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
+  job.SetRunError(0, {});
+  job.SetMessageFile({});
+  WaitUnlessAborted(setup.pause, job.abort);
+  const std::optional<JobRunContext> context = setup.begin();
+  if (!context || job.abort) return JobStatus::kAborted;
+  return JobRun(job, setup, *context).Run();
 }

@@ -1,34 +1,45 @@
-// Runs that go through stages: forming jobs with a list of decks, and hot-forming jobs.
+// One run of one job, from its pause to its verdict: the only way in which jobs are run. It needs
+// no list of jobs and no window; who runs a job hands it what it needs.
 #ifndef KR_RUNS_JOBRUN_H
 #define KR_RUNS_JOBRUN_H
 
 #include <atomic>
-#include <cstddef>
+#include <chrono>
 #include <functional>
+#include <optional>
 
 #include "solvers/JobSolver.h"
 #include "solvers/PositioningLibrary.h"
 
-struct StageRunHooks {
+// What a run needs beyond its job. The functions are called on the run's thread.
+struct JobRunSetup {
+  std::chrono::seconds pause{0};
+
+  // The pause is over: shows the job as Running and says what it runs with. Nothing when it is not
+  // to run after all.
+  std::function<std::optional<JobRunContext>()> begin;
+
   // The driver of a kind; null when there is none.
   std::function<JobSolver*(SolverKind kind)> solverFor;
-  // Sets the status of one of the job's stages. Not called for a job without stages, which is its
-  // own only stage.
-  std::function<void(std::size_t stage, JobStatus status)> setStageStatus;
-  // True while the positioning library works for a job; may be null.
+
+  // Sets the status of one of the job's stages. Not called for a job without stages.
+  std::function<void(JobFile& stage, JobStatus status)> setStageStatus;
+
+  // Positions the stages of forming jobs; null: nothing does.
+  PositioningLibrary* positioning = nullptr;
+  // True while it works for the job; may be null.
   std::atomic<bool>* autoPosition = nullptr;
 };
 
-// A job with stages, or one whose simulation type is exactly "HOT FORMING".
-bool RunsInStages(const JobFile& job);
-
-// The whole run, on the calling thread: Finished or Aborted, as the last stage that ran ended. The
-// job's message file and run error are that stage's. Nothing of a solver is left when it returns,
-// whether the job, or the stage that runs, ended or was aborted.
+// The whole run, on the calling thread: Finished or Aborted, as the last stage that ran ended. A
+// job without stages is its own only stage. The job's message file, run error code and reason are
+// that stage's. Nothing of a solver is left when it returns, whether the job, or the stage that
+// runs, ended or was aborted; an abort is seen within a second.
 //
-// Refuses to start on a solver that is too old for hot forming, when the positioning library cannot
-// write, and when the first stage to run is not there; the job then has the reason.
-JobStatus RunStages(JobFile& job, const JobRunContext& context, PositioningLibrary& positioning,
-                    const StageRunHooks& hooks);
+// Beside the drivers' reasons there are "No solver of type %d for job [%s]" and "Run job [%s]
+// failed: %s", for what was thrown. A forming job (one with stages, or whose simulation type is
+// exactly "HOT FORMING") does not start on a solver that is too old for hot forming, when the
+// positioning library cannot write, and when the first stage to run is not there.
+JobStatus RunJob(JobFile& job, const JobRunSetup& setup);
 
 #endif

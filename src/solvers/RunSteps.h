@@ -1,4 +1,4 @@
-// The steps that the drivers share. All run on the thread of the job's group, during a run.
+// The steps that the drivers share. All run on the run's thread, during a run.
 #ifndef KR_SOLVERS_RUNSTEPS_H
 #define KR_SOLVERS_RUNSTEPS_H
 

@@ -3,7 +3,6 @@
 
 namespace {
 
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
@@ -18,14 +17,6 @@ class GroupRun : public GroupTest {
     std::vector<std::string> notes = seen_.Notes();
     std::erase_if(notes, [](const std::string& note) { return !note.starts_with("status"); });
     return notes;
-  }
-
-  static bool IsProcess(int id) {
-    std::vector<PTWrapperProcessInfo> processes;
-    PTWrapperProcess::FindRunningProcessName(processes);
-    return std::any_of(
-        processes.begin(), processes.end(),
-        [id](const PTWrapperProcessInfo& process) { return process.processId == id; });
   }
 
   bool WaitForSolver(const JobFile& job) const {
@@ -96,23 +87,6 @@ TEST_F(GroupRun, StopInThePauseAbortsWithoutASolver) {
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_EQ(Status(*Group(), 1), JobStatus::kFinished);
-}
-
-TEST_F(GroupRun, StopWhileRunningEndsTheSolverThatWillNotGoAndItsChild) {
-  auto job = Job("stubborn", "ignore-term\n$ standin: child\n$ standin: hang");
-  Group()->AddJob(job);
-  ASSERT_TRUE(Group()->Submit());
-  const std::string childFile = home_ / "stubborn/standin_child.pid";
-  ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(childFile).ends_with('\n'); }));
-  const int child = std::stoi(TempFolder::Read(childFile));
-  EXPECT_TRUE(IsProcess(child));
-  EXPECT_TRUE(job->process.IsActive());
-  const auto begin = Clock::now();
-  EXPECT_TRUE(Group()->Stop());
-  EXPECT_LT(Clock::now() - begin, milliseconds(4500));  // the poll's second, two to end it
-  EXPECT_FALSE(job->process.IsActive());
-  EXPECT_FALSE(IsProcess(child));
-  EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
 }
 
 TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {

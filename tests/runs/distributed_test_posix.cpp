@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "runs/JobRun.h"
-#include "solvers/PositioningLibrary.h"
 #include "support/SolverFixture.h"
 #include "util/process/ProcessTable_posix.h"
 
@@ -84,10 +83,10 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
     ranks = CountRanks("i=" + job->jobFile);
     job->abort = true;
   });
-  StageRunHooks hooks;
-  hooks.solverFor = [this](SolverKind kind) { return &Solver(kind); };
-  PositioningLibrary positioning(folder_.Path());
-  EXPECT_EQ(RunStages(*job, context_, positioning, hooks), JobStatus::kAborted);
+  JobRunSetup setup;
+  setup.begin = [this] { return context_; };
+  setup.solverFor = [this](SolverKind kind) { return &Solver(kind); };
+  EXPECT_EQ(RunJob(*job, setup), JobStatus::kAborted);
   stopper.join();
   EXPECT_GE(ranks, 2);
   EXPECT_EQ(CountRanks("i=" + job->jobFile), 0);

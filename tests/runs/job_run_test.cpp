@@ -1,4 +1,4 @@
-// Runs in stages, with a positioning library that writes down its calls.
+// Whole runs without a group, with a positioning library that writes down its calls.
 #include <filesystem>
 #include <fstream>
 
@@ -12,12 +12,17 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
-class StageRunTest : public SolverTest {
+class JobRunTest : public SolverTest {
  protected:
-  StageRunTest() { UseLibrary("qvas_whole"); }
+  JobRunTest() {
+    UseLibrary("qvas_whole");
+    setup_.autoPosition = &autoPosition_;
+    setup_.solverFor = [this](SolverKind kind) { return &Solver(kind); };
+  }
 
   void UseLibrary(const std::string& folder) {
     library_ = std::make_unique<PositioningLibrary>(std::string(KR_TEST_BIN_DIR) + "/" + folder);
+    setup_.positioning = library_.get();
   }
 
   // A job in a folder of its own whose stages run in folders of theirs.
@@ -39,19 +44,23 @@ class StageRunTest : public SolverTest {
   }
 
   // Statuses of stages are written down among the library's calls.
-  JobStatus RunJob(JobFile& job) {
-    StageRunHooks hooks;
-    hooks.solverFor = [this](SolverKind kind) { return &Solver(kind); };
-    hooks.setStageStatus = [this, &job](std::size_t stage, JobStatus status) {
-      job.stages[stage]->status = status;
+  JobStatus RunWhole(JobFile& job) {
+    JobRunSetup setup = setup_;
+    setup.begin = [this] { return context_; };
+    setup.setStageStatus = [this, &job](JobFile& stage, JobStatus status) {
+      stage.status = status;
       if (status == JobStatus::kRunning) sawAutoPosition_ = sawAutoPosition_ || autoPosition_;
       std::ofstream(Beside(job, "calls.txt"), std::ios::app)
-          << "stage " << stage << " " << static_cast<int>(status) << '\n';
+          << "stage " << NumberOf(job, stage) << " " << static_cast<int>(status) << '\n';
     };
-    hooks.autoPosition = &autoPosition_;
-    return RunStages(job, context_, *library_, hooks);
+    return RunJob(job, setup);
   }
 
+  static std::ptrdiff_t NumberOf(const JobFile& job, const JobFile& stage) {
+    return std::find_if(job.stages.begin(), job.stages.end(),
+                        [&](const auto& one) { return one.get() == &stage; }) -
+           job.stages.begin();
+  }
   static std::string Beside(const JobFile& job, const std::string& name) {
     return FileDirWrapper::Join(job.Folder(), name);
   }
@@ -74,14 +83,15 @@ class StageRunTest : public SolverTest {
     return copy;
   }
 
+  JobRunSetup setup_;
   std::unique_ptr<PositioningLibrary> library_;
   std::atomic<bool> autoPosition_{false};
   std::atomic<bool> sawAutoPosition_{false};
 };
 
-TEST_F(StageRunTest, EachStageIsPositionedBeforeItRuns) {
+TEST_F(JobRunTest, EachStageIsPositionedBeforeItRuns) {
   const auto job = Job("a", "$ qvas: auto\n", {"", ""});
-  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
   EXPECT_EQ(Calls(*job),
             (Lines{"begin", "data main.k", "auto?", "open", "stage 0 1", "main main.k",
                    "position stage0.k", "stage 0 2", "stage 0 3", "stage 1 1", "main main.k",
@@ -93,9 +103,9 @@ TEST_F(StageRunTest, EachStageIsPositionedBeforeItRuns) {
   EXPECT_EQ(job->run, nullptr);
 }
 
-TEST_F(StageRunTest, AStageThatFailsIsTheLast) {
+TEST_F(JobRunTest, AStageThatFailsIsTheLast) {
   const auto job = Job("a", "$ qvas: auto\n", {"", "$ standin: fail\n", ""});
-  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   const Lines calls = Calls(*job);
   EXPECT_EQ(Lines(calls.end() - 4, calls.end()), (Lines{"stage 1 2", "stage 1 4", "close", "end"}));
   EXPECT_EQ(job->stages[2]->status, JobStatus::kQueued);
@@ -104,22 +114,22 @@ TEST_F(StageRunTest, AStageThatFailsIsTheLast) {
   EXPECT_EQ(runErrorCode_, 2);
 }
 
-TEST_F(StageRunTest, WhenNothingIsToBePositioned) {
+TEST_F(JobRunTest, WhenNothingIsToBePositioned) {
   const auto plain = Job("plain", "", {""});
-  EXPECT_EQ(RunJob(*plain), JobStatus::kFinished);
+  EXPECT_EQ(RunWhole(*plain), JobStatus::kFinished);
   EXPECT_EQ(Calls(*plain),
             (Lines{"begin", "data main.k", "auto?", "end", "stage 0 1", "stage 0 2", "stage 0 3"}));
 
   const auto restart = Job("restart", "$ qvas: auto\n", {""});
   restart->restartFile = folder_ / "d3dump01";
-  EXPECT_EQ(RunJob(*restart), JobStatus::kFinished);
+  EXPECT_EQ(RunWhole(*restart), JobStatus::kFinished);
   EXPECT_EQ(Calls(*restart), (Lines{"stage 0 1", "stage 0 2", "stage 0 3"}));
   EXPECT_FALSE(sawAutoPosition_);
 }
 
-TEST_F(StageRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
+TEST_F(JobRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
   const auto job = Job("a", "$ qvas: auto\n$ qvas: cannot open\n", {""});
-  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   const std::string message = "Auto Position [" + job->jobFile + "] open write dyna file failed";
   EXPECT_TRUE(Has(log_, message));
   EXPECT_EQ(job->RunMessage(), message);
@@ -128,12 +138,12 @@ TEST_F(StageRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
   EXPECT_FALSE(Exists(Beside(*job->stages[0], "messag.krb")));
 }
 
-TEST_F(StageRunTest, WithoutAWholeLibraryJobsRunAndTheLogSaysSoOnce) {
+TEST_F(JobRunTest, WithoutAWholeLibraryJobsRunAndTheLogSaysSoOnce) {
   for (const char* folder : {"qvas_broken", "no such folder"}) {
     UseLibrary(folder);
     for (const char* name : {"a", "b"}) {
       const auto job = Job(std::string(folder) + name, "$ qvas: auto\n", {""});
-      EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+      EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
       EXPECT_EQ(Calls(*job), (Lines{"stage 0 1", "stage 0 2", "stage 0 3"}));
     }
   }
@@ -141,25 +151,26 @@ TEST_F(StageRunTest, WithoutAWholeLibraryJobsRunAndTheLogSaysSoOnce) {
   EXPECT_EQ(CountInLog("it has no qvAsPositionEnd"), 1);
 }
 
-TEST_F(StageRunTest, BeginsAtTheFirstStageToRunAndPausesByPlaceInTheList) {
+TEST_F(JobRunTest, BeginsAtTheFirstStageToRunAndPausesByPlaceInTheList) {
   const auto job = Job("a", "", {"", "", ""});
   job->stages[0]->pause = 1000;
   job->stages[1]->status = JobStatus::kFinished;
   job->stages[2]->pause = 2;
   job->firstStage = 2;
   const auto begin = Clock::now();
-  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
   EXPECT_GE(Clock::now() - begin, seconds(2));
   EXPECT_EQ(job->stages[0]->status, JobStatus::kQueued);
   EXPECT_EQ(job->stages[1]->status, JobStatus::kFinished);
 
   job->firstStage = 3;
-  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   EXPECT_EQ(job->RunMessage(), "Job [" + job->jobFile + "] is to begin at stage 4 but has 3");
 }
 
-TEST_F(StageRunTest, AnAbortEndsTheStageOrThePause) {
-  const auto job = Job("a", "$ qvas: auto\n", {"$ standin: hang\n$ standin: child\n", ""});
+TEST_F(JobRunTest, AnAbortEndsTheStageOrThePause) {
+  const auto job = Job("a", "$ qvas: auto\n",
+                       {"$ standin: ignore-term\n$ standin: child\n$ standin: hang\n", ""});
   const auto abortWhen = [&job](const std::function<bool()>& ready) {
     return std::thread([&job, ready] {
       for (int i = 0; i < 500 && !ready(); ++i) DateTimeWrapper::SleepMSec(20);
@@ -170,7 +181,7 @@ TEST_F(StageRunTest, AnAbortEndsTheStageOrThePause) {
   };
   const std::string child = Beside(*job->stages[0], "standin_child.pid");
   std::thread stopper = abortWhen([&] { return !ReadLines(child).empty(); });
-  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   stopper.join();
   EXPECT_EQ(job->stages[0]->status, JobStatus::kAborted);
   EXPECT_EQ(job->stages[1]->status, JobStatus::kQueued);
@@ -187,7 +198,7 @@ TEST_F(StageRunTest, AnAbortEndsTheStageOrThePause) {
   folder_.Write("a/0/stage0.k", Deck(""));
   job->stages[1]->pause = 1000;
   stopper = abortWhen([&] { return Has(Calls(*job), "stage 1 1"); });
-  EXPECT_EQ(RunJob(*job), JobStatus::kAborted);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   stopper.join();
   const Lines calls = Calls(*job);
   EXPECT_EQ(Lines(calls.end() - 5, calls.end()),
@@ -195,14 +206,57 @@ TEST_F(StageRunTest, AnAbortEndsTheStageOrThePause) {
   EXPECT_FALSE(Exists(Beside(*job->stages[1], "messag.krb")));
 }
 
-TEST_F(StageRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
+TEST_F(JobRunTest, NothingStartsInAnAbortedPauseOrWhenTheJobIsNotWanted) {
+  const auto job = Job("a", "", {});
+  setup_.pause = seconds(1000);
+  std::thread stopper([&job] {
+    DateTimeWrapper::SleepMSec(50);
+    job->abort = true;
+  });
+  EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
+  stopper.join();
+
+  job->abort = false;
+  setup_.pause = seconds(1);
+  setup_.begin = [] { return std::nullopt; };
+  const auto begin = Clock::now();
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
+  EXPECT_GE(Clock::now() - begin, seconds(1));
+  EXPECT_FALSE(Exists(Beside(*job, "messag.krb")));
+}
+
+TEST_F(JobRunTest, ReasonsThatNoDriverCouldGiveStayWithTheJobAndItsStage) {
+  class Throwing : public JobSolver {
+    bool Start(JobFile&) override { throw std::runtime_error("no more room"); }
+    JobStatus Finish(JobFile&) override { return JobStatus::kFinished; }
+  } throwing;
+  for (const Lines& stages : {Lines(), Lines{"", ""}}) {
+    const auto job = Job(stages.empty() ? "plain" : "staged", "", stages);
+    const JobFile& first = stages.empty() ? *job : *job->stages[0];
+    const auto expectReason = [&](int code, const std::string& reason) {
+      EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
+      EXPECT_EQ(runErrorCode_, code);
+      EXPECT_TRUE(Has(log_, reason));
+      for (const JobFile* one : {static_cast<const JobFile*>(job.get()), &first}) {
+        EXPECT_EQ(one->RunErrorCode(), code);
+        EXPECT_EQ(one->RunMessage(), reason);
+      }
+    };
+    setup_.solverFor = [](SolverKind) { return nullptr; };
+    expectReason(5, "No solver of type 0 for job [" + first.jobFile + "]");
+    setup_.solverFor = [&](SolverKind) { return &throwing; };
+    expectReason(6, "Run job [" + first.jobFile + "] failed: no more room");
+  }
+}
+
+TEST_F(JobRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
   const auto first = Job("a", "$ qvas: auto\n", {"$ standin: run 3\n"});
   const auto waiting = Job("b", "$ qvas: auto\n", {""});
   const auto aborted = Job("c", "$ qvas: auto\n", {""});
-  std::thread firstThread([&] { EXPECT_EQ(RunJob(*first), JobStatus::kFinished); });
+  std::thread firstThread([&] { EXPECT_EQ(RunWhole(*first), JobStatus::kFinished); });
   while (!Has(Calls(*first), "stage 0 2")) DateTimeWrapper::SleepMSec(20);
-  std::thread waitingThread([&] { EXPECT_EQ(RunJob(*waiting), JobStatus::kFinished); });
-  std::thread abortedThread([&] { EXPECT_EQ(RunJob(*aborted), JobStatus::kAborted); });
+  std::thread waitingThread([&] { EXPECT_EQ(RunWhole(*waiting), JobStatus::kFinished); });
+  std::thread abortedThread([&] { EXPECT_EQ(RunWhole(*aborted), JobStatus::kAborted); });
   while (CountInLog("waits for the positioning library") < 2) DateTimeWrapper::SleepMSec(20);
   aborted->abort = true;
   abortedThread.join();
@@ -215,9 +269,9 @@ TEST_F(StageRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
 
 // The solver must answer within a time that is not ours to choose, so these run alone under Wine,
 // where programs start slowly.
-class StageSolverVersionTest : public StageRunTest {};
+class JobRunVersionTest : public JobRunTest {};
 
-TEST_F(StageSolverVersionTest, ReadsBothFormsOfTheSolversReport) {
+TEST_F(JobRunVersionTest, ReadsBothFormsOfTheSolversReport) {
   const std::string solver = OwnSolver();
   const struct {
     const char* words;
@@ -225,8 +279,6 @@ TEST_F(StageSolverVersionTest, ReadsBothFormsOfTheSolversReport) {
     int revision;
   } cases[] = {
       {"R6.1.2 85139 old", 6, 85139}, {"R7.0.0 79069 new", 7, 79069}, {"R13.1.1 138 new", 13, 138}};
-  std::string before;
-  FileDirWrapper::CurrentDir(before);
   for (const auto& c : cases) {
     const ScopedVariable version("STANDIN_VERSION", c.words);
     int major = 0;
@@ -235,14 +287,11 @@ TEST_F(StageSolverVersionTest, ReadsBothFormsOfTheSolversReport) {
     EXPECT_EQ(major, c.major);
     EXPECT_EQ(revision, c.revision);
   }
-  std::string after;
-  FileDirWrapper::CurrentDir(after);
-  EXPECT_EQ(after, before);
   int number = 0;
   EXPECT_FALSE(ReadSolverVersion(solver + ".missing", number, number));
 }
 
-TEST_F(StageSolverVersionTest, HotFormingNeedsANewSolver) {
+TEST_F(JobRunVersionTest, HotFormingNeedsANewSolver) {
   const struct {
     const char* version;
     const char* simulation;
@@ -259,7 +308,7 @@ TEST_F(StageSolverVersionTest, HotFormingNeedsANewSolver) {
     const auto job = Job(std::to_string(number++), "", Lines(c.runs ? 1 : 2));
     auto& last = dynamic_cast<JobFileDyna&>(*job->stages.back());
     last.simulationType = c.simulation;
-    EXPECT_EQ(RunJob(*job), c.runs ? JobStatus::kFinished : JobStatus::kAborted) << c.version;
+    EXPECT_EQ(RunWhole(*job), c.runs ? JobStatus::kFinished : JobStatus::kAborted) << c.version;
     const std::string message =
         "LS-DYNA version is below R7.0.0 for the job [" + last.jobFile + "]  ";
     EXPECT_EQ(Has(log_, message), !c.runs);
@@ -268,15 +317,15 @@ TEST_F(StageSolverVersionTest, HotFormingNeedsANewSolver) {
   }
 }
 
-TEST_F(StageSolverVersionTest, AHotFormingJobIsItsOwnOnlyStage) {
+TEST_F(JobRunVersionTest, AHotFormingJobIsItsOwnOnlyStage) {
   OwnSolver();
   const ScopedVariable version("STANDIN_VERSION", "R9.0.0 100000 new");
   const auto job = Job("a", "$ qvas: auto\n", {});
-  EXPECT_FALSE(RunsInStages(*job));
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
+  EXPECT_EQ(Calls(*job), Lines()) << "not yet one";
   job->simulationType = "HOT FORMING";
   job->firstStage = 4;
-  ASSERT_TRUE(RunsInStages(*job));
-  EXPECT_EQ(RunJob(*job), JobStatus::kFinished);
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
   EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open", "main main.k",
                                 "position main.k", "close", "end"}));
   EXPECT_EQ(job->MessageFile(), Beside(*job, "messag.krb"));
