@@ -23,7 +23,7 @@ class QueueProgram {
     scratch_ = (std::filesystem::temp_directory_path() / "window-bench-XXXXXX").string();
     if (mkdtemp(scratch_.data()) == nullptr) return;
     setenv("XDG_CONFIG_HOME", scratch_.c_str(), 1);
-    setenv("TMPDIR", scratch_.c_str(), 1);
+    setenv("KESTRUN_HANDOVER_FOLDER", (scratch_ + "/handover").c_str(), 1);
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
     solver_ = (self.parent_path() / "standin_solver").string();
     Fl::lock();

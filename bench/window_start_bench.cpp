@@ -105,7 +105,7 @@ int main(int argc, char** argv) {
   char scratch[] = "/tmp/window-start-XXXXXX";
   if (mkdtemp(scratch) == nullptr) return 1;
   setenv("XDG_CONFIG_HOME", scratch, 1);
-  setenv("TMPDIR", scratch, 1);
+  setenv("KESTRUN_HANDOVER_FOLDER", (std::string(scratch) + "/handover").c_str(), 1);
 
   std::vector<double> bare;
   std::vector<double> real;

@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const JobRequest& job : order.jobs) {
     if (job.kind == SolverKind::kUtilityBatch || job.groupId != 0) std::abort();
   }
-  std::vector<std::string> remarks;
+  std::vector<Message> remarks;
   const std::string own = MakeHandOverText(LinesOf(text), remarks);
   if (ReadHandOverText(own, Settings()).remarks.size() > own.size()) std::abort();
   return 0;

@@ -48,6 +48,7 @@ inc_token=demo.0123456789abcdefg
 memory2=200
 CONFIG
 export XDG_CONFIG_HOME=$scratch/config TMPDIR=$scratch/tmp
+export KESTRUN_HANDOVER_FOLDER=$scratch/handover
 echo "Work folder: $scratch"
 
 if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then

@@ -108,6 +108,7 @@ start_program() {
     '[MPP]' use_mpp=0 memory2=200 >"$work/kr_init.config"
   printf '%s\n' "node1 16" "node2 16" >"$work/kr_host.txt"
   export XDG_CONFIG_HOME=$scratch/config$suffix TMPDIR=$scratch/tmp
+  export KESTRUN_HANDOVER_FOLDER=$scratch/handover$suffix
   "$bin/kestrun" &
   program=$!
   main=$(window_of Kestrun)
@@ -127,10 +128,6 @@ fill_queue() {
   deck pan/pan.fin pan.fin 3
   deck bracket/bracket.dat bracket.dat 2
   "$bin/kestrun" "${decks[@]}"
-  for _ in $(seq 100); do
-    [ -e "$scratch/tmp/~kestrun_tmp_2014 R1.txt" ] || break
-    sleep 0.1
-  done
   sleep 1
   key ctrl+Return
   for _ in $(seq 400); do

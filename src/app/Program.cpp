@@ -12,12 +12,13 @@ namespace {
 
 // What went wrong before there was a window to tell it: jobs of the command line do not arrive, or
 // nothing can be kept, not even the log. Empty when all is well.
-Message StartFailure(Application& application) {
-  const SettingsAndPaths& settings = application.SettingsAndFiles();
-  if (application.exitCode != 0)
-    return Message(MessageId::kHandOverNotWritten, settings.handOverFile);
-  if (FileDirWrapper::IsDirWritable(settings.workFolder)) return {};
-  return Message(MessageId::kFolderNotWritable, settings.workFolder);
+std::vector<Message> StartFailures(Application& application) {
+  std::vector<Message> failures = application.Failures();
+  const std::string& folder = application.SettingsAndFiles().workFolder;
+  if (failures.empty() && !FileDirWrapper::IsDirWritable(folder)) {
+    failures.push_back(Message(MessageId::kFolderNotWritable, folder));
+  }
+  return failures;
 }
 
 }  // namespace
@@ -34,9 +35,15 @@ int RunProgram(std::vector<std::string> arguments) {
   }
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-  const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data());
-  const Message failure = StartFailure(application);
-  if (!failure.Empty()) std::fprintf(stderr, "%s\n", failure.English().c_str());
-  if (first) RunWindow(application, notes, options, failure);
+  const StartRequest request = {.hasWindow = true, .ownRun = options.IsForOwnRun()};
+  const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data(), request);
+  const std::vector<Message> failures = StartFailures(application);
+  for (const Message& failure : failures) std::fprintf(stderr, "%s\n", failure.English().c_str());
+  // A script waits for the end.
+  const bool nothingToRun =
+      options.quitWhenDone && application.exitCode != 0 && !application.JobsWait();
+  if (first && !nothingToRun) {
+    RunWindow(application, notes, options, failures.empty() ? Message() : failures.back());
+  }
   return application.Shutdown();
 }

@@ -5,6 +5,7 @@
 #include <set>
 #include <system_error>
 
+#include "core/HandOverPlace.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -12,9 +13,8 @@ namespace {
 
 Application* theApplication = nullptr;
 
-constexpr int kHandOverFailed = 9;
+constexpr std::chrono::seconds kTakerPatience{20};
 constexpr char kProgramName[] = "kestrun";
-constexpr char kFirstCopyMutex[] = "Global\\KESTRUN_FIRST_COPY_";
 constexpr char kSolverOption[] = "#solver=";
 
 // The first argument that names a mode decides, whatever it says.
@@ -70,6 +70,22 @@ std::string InQuotes(const std::string& path) {
   return quoted + '"';
 }
 
+// True when something changed.
+bool TakeSettings(SettingsAndPaths& settings, const Settings& wanted) {
+  bool changed = settings.Set(&Settings::use_mpp, wanted.use_mpp);
+  changed |= settings.Set(&Settings::mpi_param, wanted.mpi_param);
+  changed |= settings.Set(&Settings::mpp_param, wanted.mpp_param);
+  changed |= settings.Set(&Settings::group, wanted.group);
+  changed |= settings.Set(&Settings::memory2, wanted.memory2);
+  changed |= settings.Set(&Settings::cpu_count, wanted.cpu_count);
+  changed |= settings.Set(&Settings::force, wanted.force);
+  changed |= settings.Set(&Settings::output_dump, wanted.output_dump);
+  const std::string& inc = wanted.SolverPath(SolverKind::kInc);
+  changed |= settings.Get().SolverPath(SolverKind::kInc) != inc;
+  settings.SetSolverPath(SolverKind::kInc, inc);
+  return changed;
+}
+
 }  // namespace
 
 Application::Application() : title_("Kestrun " + version_) {
@@ -88,16 +104,24 @@ Application* Application::Get() {
   return theApplication;
 }
 
-bool Application::Initialise(int argc, const char* const* argv) {
+bool Application::Initialise(int argc, const char* const* argv, const StartRequest& request) {
   FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), programFolder_);
   settings_ = std::make_unique<SettingsAndPaths>(title_);
+  writer_ = std::make_unique<HandOverWriter>(*settings_);
   if (AnotherCopyRuns(BecomeFirstCopy())) {
-    HandOver(argc, argv, true);
-    RaiseWindow(title_);
+    if (request.ownRun) {
+      Fail(ExitCode::kRefused, Message(MessageId::kOwnRunRefused));
+    } else {
+      HandOverToRunningCopy(argc, argv);
+    }
+    return false;
+  }
+  if (request.hasWindow && !HasDisplay()) {
+    Fail(ExitCode::kNoDisplay, Message(MessageId::kNoDisplay));
     return false;
   }
   settings_->Log().StartNewWhenBig();
-  HandOver(argc, argv, false);
+  HandOver(argc, argv);
   ReadFiles();
   solvers_ = MakeSolvers();
   manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
@@ -106,19 +130,14 @@ bool Application::Initialise(int argc, const char* const* argv) {
   SetSolverMode(SolverModeOf(argc, argv));
   MakeGroups();
   intake_ = std::make_unique<JobIntake>(*manager_);
-  reader_ = std::make_unique<HandOverReader>(*this);
+  reader_ = std::make_unique<HandOverReader>(
+      *settings_, [this](HandOverOrder order) { TakeOver(std::move(order)); });
   return true;
 }
 
 // False when another copy of this user has been first, or when it cannot be told.
 bool Application::BecomeFirstCopy() {
-  std::string user;
-  if (!PTWrapperProcess::GetCurrProcessUser(user)) return false;
-  if (firstCopy_.CreateMutexSignal(kFirstCopyMutex + user, false) == 0) return false;
-  constexpr int kOwned = 0;
-  constexpr int kOwnedAfterADeath = 2;
-  const int wait = firstCopy_.WaitForMutexSignal(0);
-  return wait == kOwned || wait == kOwnedAfterADeath;
+  return firstCopy_.Take(FirstCopyLock(settings_->workFolder), 0) == FileLock::Result::kTaken;
 }
 
 // Two processes of the program that belong to one user; this one is normally one of them. Copies
@@ -138,8 +157,42 @@ bool Application::AnotherCopyRuns(bool isFirst) {
   });
 }
 
-void Application::HandOver(int argc, const char* const* argv, bool readerRuns) {
-  if (!WriteHandOver(*settings_, argc, argv, readerRuns)) exitCode = kHandOverFailed;
+void Application::HandOver(int argc, const char* const* argv) {
+  writer_->Write(argc, argv);
+  AddFaultsOfWriter();
+}
+
+void Application::HandOverToRunningCopy(int argc, const char* const* argv) {
+  writer_->Write(argc, argv);
+  RaiseWindow(title_);
+  writer_->WaitUntilTaken(kTakerPatience);
+  AddFaultsOfWriter();
+}
+
+void Application::GiveUpJobs() {
+  writer_->WaitUntilTaken(std::chrono::seconds(0));
+  AddFaultsOfWriter();
+}
+
+void Application::AddFaultsOfWriter() {
+  failures_ = writer_->Faults();
+  if (!failures_.empty()) exitCode = ExitCode::kNotHandedOver;
+}
+
+void Application::Fail(int code, const Message& failure) {
+  exitCode = code;
+  failures_.push_back(failure);
+  settings_->Log().Report(failure);
+}
+
+void Application::TakeOver(HandOverOrder order) {
+  const bool changed = TakeSettings(*settings_, order.settings);
+  if (order.solverMode) SetSolverMode(*order.solverMode);
+  const std::shared_ptr<JobGroup> group = manager_->CurrentGroup();
+  if (order.groupText && group) group->SetText(*order.groupText);
+  if (settings_->Dirty()) settings_->WriteSettings();
+  if (changed || order.groupText || order.solverMode) manager_->Observer().SettingsChanged();
+  for (JobRequest& job : order.jobs) intake_->Add(std::move(job));
 }
 
 void Application::ReadFiles() {
@@ -190,6 +243,7 @@ int Application::Shutdown() {
   if (!settings_) return exitCode;
   if (manager_) manager_->RequestStop(-1);
   if (intake_) intake_->Cancel();
+  if (manager_) writer_->TakeBack();
   settings_->WriteGroupFile(GroupEntries());
   settings_->WriteHostFile();
   settings_->WriteSettings();

@@ -14,6 +14,23 @@
 #include "core/SettingsAndPaths.h"
 #include "core/SystemServices.h"
 #include "solvers/JobSolver.h"
+#include "util/files/FileLock.h"
+
+// What the process ends with when something went wrong.
+namespace ExitCode {
+enum : int {
+  kNoDisplay = 1,
+  kNotFinished = 4,  // a run without a user in which not every job has finished
+  kRefused = 8,      // options that another copy's run cannot have
+  kNotHandedOver = 9,
+};
+}
+
+// How this copy was started.
+struct StartRequest {
+  bool hasWindow = false;  // the first copy takes no jobs when no window can be shown
+  bool ownRun = false;     // options that only the first copy can fulfil
+};
 
 // One a process. Interface thread.
 class Application {
@@ -25,8 +42,17 @@ class Application {
   static Application* Get();
 
   // Makes the work folder, looks for another copy of this user, hands it the jobs of the command
-  // line, or reads all files and makes the groups. False: another copy runs; end without a window.
-  bool Initialise(int argc, const char* const* argv);
+  // line and waits until it has them, or reads all files and makes the groups. False: end without a
+  // window, as another copy runs or no window can be shown.
+  bool Initialise(int argc, const char* const* argv, const StartRequest& request = {});
+
+  // What went wrong at the start; empty when all is well.
+  const std::vector<Message>& Failures() const { return failures_; }
+
+  // The jobs of the command line wait for the next tick.
+  bool JobsWait() const { return writer_ && writer_->Waits(); }
+  // They are not to be run any more, since nothing takes them: a failure like those above.
+  void GiveUpJobs();
 
   // Writes the group, host and settings files, in that order, and stops what still runs, for which
   // it waits up to 30 seconds. After the window is gone; for a second copy too. Returns the exit
@@ -68,7 +94,11 @@ class Application {
  private:
   bool BecomeFirstCopy();
   static bool AnotherCopyRuns(bool isFirst);
-  void HandOver(int argc, const char* const* argv, bool readerRuns);
+  void HandOver(int argc, const char* const* argv);
+  void HandOverToRunningCopy(int argc, const char* const* argv);
+  void AddFaultsOfWriter();
+  void Fail(int code, const Message& failure);
+  void TakeOver(HandOverOrder order);
   void ReadFiles();
   void MakeGroups();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
@@ -78,13 +108,15 @@ class Application {
   const std::string version_ = "2016 R1";
   const std::string title_;
   std::string programFolder_;
-  PTWrapperSignal firstCopy_;  // a mutex, held by the copy of this user that has the window
+  std::vector<Message> failures_;
+  FileLock firstCopy_;  // held by the copy of this user that has the window
   int solverMode_ = 0;
   bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;
   std::unique_ptr<JobGroupManager> manager_;
   std::unique_ptr<JobIntake> intake_;
+  std::unique_ptr<HandOverWriter> writer_;  // of the jobs of the command line
   std::unique_ptr<HandOverReader> reader_;
   std::vector<std::future<void>>
       starts_;  // of other programs; their end is waited for by the destructor

@@ -1,174 +1,238 @@
 #include "core/HandOver.h"
 
-#include <chrono>
-
-#include "core/Application.h"
-#include "core/HandOverFile.h"
-#include "core/HandOverFormat.h"
+#include "core/SettingsAndPaths.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/FileLock.h"
 #include "util/text/DateTimeWrapper.h"
+
+// The right to touch the file, until the end of the scope.
+class HandOverGuard {
+ public:
+  enum class Event { kTaken, kNotGivenBack, kKept };
+
+  explicit HandOverGuard(SettingsAndPaths& files) : files_(files) {}
+  ~HandOverGuard();
+  HandOverGuard(const HandOverGuard&) = delete;
+  HandOverGuard& operator=(const HandOverGuard&) = delete;
+
+  // Each waits up to so many milliseconds. The event comes first: it is what most wait for.
+  Event TakeEvent(long milliseconds);
+  Event Found() const { return found_; }  // kKept when it was not asked for
+  // Without an event there must be the lock; with it, a file system without locks will do.
+  bool TakeLock(long milliseconds);
+  // Gives the event back in the place of a holder that did not.
+  void GiveEventBack() { givesBack_ = true; }
+
+ private:
+  SettingsAndPaths& files_;
+  FileLock lock_;
+  Event found_ = Event::kKept;
+  bool givesBack_ = false;
+};
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using hand_over_file::Result;
 
-constexpr std::chrono::seconds kWriterPatience{10};
-constexpr unsigned kWriterLooksMs = 100;
-constexpr long kEventWaitMs = 20;
-constexpr int kTakeOverPolls = 4;  // about ten seconds of polls
-constexpr std::size_t kLargestFile = 32 * 1024 * 1024;
-constexpr char kNoEvent[] = "EVENT handle is null";
+constexpr long kWriterEventMs = 3000;
+constexpr long kWriterLockMs = 10000;
+constexpr long kTakeBackLockMs = 1000;
+constexpr long kReaderWaitMs = 20;
+constexpr unsigned kTakenLookMs = 50;
+constexpr int kMostMissed = 4;          // about ten seconds of polls
+constexpr int kPollsWithoutEvent = 20;  // about a minute
+constexpr std::size_t kMegabyte = 1024 * 1024;
+constexpr std::size_t kLargestFile = 8 * kMegabyte;
 
-enum Wait : int { kTaken = 0, kTimedOut = 1 };
-
-bool HasEvent(SettingsAndPaths& settings) {
-  if (settings.handOverEvent.IsEventSignalCreated()) return true;
-  settings.handOverEvent.WaitForEventSignal(0);  // records the error
-  return false;
-}
-
-// Takes the event when the file is free to be written: no other process is at it, and nobody has
-// still to read it. False after the writer's patience, with the event taken if it could be had.
-bool TakeFreeFile(SettingsAndPaths& settings, bool readerRuns) {
-  const Clock::time_point limit = Clock::now() + kWriterPatience;
-  while (Clock::now() < limit) {
-    if (settings.handOverEvent.WaitForEventSignal(kEventWaitMs) == kTaken) {
-      if (!readerRuns || !hand_over_file::Exists(settings.handOverFile)) return true;
-      settings.handOverEvent.SetEventSignal();
-    }
-    DateTimeWrapper::SleepMSec(kWriterLooksMs);
-  }
-  settings.handOverEvent.WaitForEventSignal(kEventWaitMs);
-  return false;
+Message EventIsKept(const SettingsAndPaths& files) {
+  return Message(MessageId::kHandOverEventKept, files.handOverEvent.LastError());
 }
 
 // A file too big to be read would stand in the way of all that come after it.
-void PutBigFileAside(SettingsAndPaths& settings) {
-  const std::string& path = settings.handOverFile;
-  const std::string aside = path + ".big";
-  if (!hand_over_file::PutAsideWhenBigger(path, kLargestFile, aside)) return;
-  settings.Log().ReportLine("Hand-over file [" + path + "] is too big; put aside as [" + aside +
-                            "]");
-}
-
-// True when something changed.
-bool TakeSettings(SettingsAndPaths& settings, const Settings& wanted) {
-  bool changed = settings.Set(&Settings::use_mpp, wanted.use_mpp);
-  changed |= settings.Set(&Settings::mpi_param, wanted.mpi_param);
-  changed |= settings.Set(&Settings::mpp_param, wanted.mpp_param);
-  changed |= settings.Set(&Settings::group, wanted.group);
-  changed |= settings.Set(&Settings::memory2, wanted.memory2);
-  changed |= settings.Set(&Settings::cpu_count, wanted.cpu_count);
-  changed |= settings.Set(&Settings::force, wanted.force);
-  changed |= settings.Set(&Settings::output_dump, wanted.output_dump);
-  const std::string& inc = wanted.SolverPath(SolverKind::kInc);
-  changed |= settings.Get().SolverPath(SolverKind::kInc) != inc;
-  settings.SetSolverPath(SolverKind::kInc, inc);
-  return changed;
+bool PutBigFileAside(SettingsAndPaths& files, const std::string& path) {
+  const std::string aside = files.handOverFile + ".big";
+  if (!hand_over_file::PutAsideWhenBigger(path, kLargestFile, aside)) return false;
+  files.Log().Report(
+      Message(MessageId::kHandOverTooBig, files.handOverFile, kLargestFile / kMegabyte, aside));
+  return true;
 }
 
 }  // namespace
 
-bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv, bool readerRuns) {
+HandOverGuard::~HandOverGuard() {
+  lock_.Release();
+  if (found_ == Event::kTaken || givesBack_) files_.handOverEvent.SetEventSignal();
+}
+
+HandOverGuard::Event HandOverGuard::TakeEvent(long milliseconds) {
+  constexpr int kSignalled = 0;
+  constexpr int kTimedOut = 1;
+  const int result = files_.handOverEvent.WaitForEventSignal(milliseconds);
+  found_ = result == kSignalled  ? Event::kTaken
+           : result == kTimedOut ? Event::kNotGivenBack
+                                 : Event::kKept;
+  return found_;
+}
+
+bool HandOverGuard::TakeLock(long milliseconds) {
+  const FileLock::Result result = lock_.Take(files_.handOverFile + ".lock", milliseconds);
+  return result == FileLock::Result::kTaken ||
+         (result == FileLock::Result::kFailed && found_ == Event::kTaken);
+}
+
+bool HandOverWriter::Write(int argc, const char* const* argv) {
   if (argc <= 1) return true;
-  std::vector<std::string> remarks;
+  std::vector<Message> remarks;
   const std::string text = MakeHandOverText({argv + 1, argv + argc}, remarks);
-  for (const std::string& remark : remarks) settings.Log().ReportLine(remark);
-
-  if (!HasEvent(settings)) {
-    settings.Log().ReportLine(kNoEvent);
-    return false;
-  }
-  if (!TakeFreeFile(settings, readerRuns)) {
-    settings.Log().ReportLine("Hand-over file was not free in time; going on");
-  }
-  PutBigFileAside(settings);
-  // What is there has not been read: it must not be lost.
-  const Result result = hand_over_file::Write(settings.handOverFile, text, true);
-  settings.handOverEvent.SetEventSignal();
-  if (result == Result::kDone) return true;
-  settings.Log().Report(Message(MessageId::kHandOverNotWritten, settings.handOverFile));
-  return false;
+  for (const Message& remark : remarks) Fault(remark);
+  // What a reader would leave out.
+  for (const Message& remark : ReadHandOverText(text, files_.Get()).remarks) Fault(remark);
+  if (!Append(text)) Fault(Message(MessageId::kHandOverNotWritten, files_.handOverFile));
+  return faults_.empty();
 }
 
-bool HandOverReader::Poll() {
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
-  if (!HasEvent(settings)) {
-    ReportOnce(kNoEvent);
+bool HandOverWriter::Append(const std::string& text) {
+  HandOverGuard guard(files_);
+  if (!Enter(guard, kWriterLockMs)) {
+    Fault(Message(MessageId::kHandOverBusy, files_.handOverFile));
     return false;
   }
-  if (!TakeEvent()) return true;
-  PutBigFileAside(settings);
+  PutBigFileAside(files_, files_.handOverFile);
+  const Result result =
+      hand_over_file::Append(files_.handOverFile, text, RecordsOf(text), kLargestFile, record_);
+  if (result == Result::kRefused) Fault(Message(MessageId::kHandOverRefused, files_.handOverFile));
+  if (result == Result::kTooBig) {
+    Fault(Message(MessageId::kHandOverFull, files_.handOverFile, kLargestFile / kMegabyte));
+  }
+  return result == Result::kDone;
+}
+
+bool HandOverWriter::Enter(HandOverGuard& guard, long lockMs) {
+  const HandOverGuard::Event event = guard.TakeEvent(kWriterEventMs);
+  if (event == HandOverGuard::Event::kKept) files_.Log().Report(EventIsKept(files_));
+  if (!guard.TakeLock(lockMs)) return false;
+  if (event != HandOverGuard::Event::kNotGivenBack) return true;
+  files_.Log().Report(Message(MessageId::kHandOverEventLost));
+  guard.GiveEventBack();
+  return true;
+}
+
+void HandOverWriter::Fault(const Message& fault) {
+  faults_.push_back(fault);
+  files_.Log().Report(fault);
+}
+
+bool HandOverWriter::Waits() const {
+  return record_.IsIn(files_.handOverFile);
+}
+
+bool HandOverWriter::WaitUntilTaken(std::chrono::milliseconds patience) {
+  const Clock::time_point end = Clock::now() + patience;
+  while (Waits()) {
+    if (Clock::now() < end) {
+      DateTimeWrapper::SleepMSec(kTakenLookMs);
+      continue;
+    }
+    const bool back = TakeBack();
+    if (!back && !Waits()) return true;
+    Fault(back ? Message(MessageId::kHandOverNotTaken) : Message(MessageId::kHandOverMaybeTaken));
+    return false;
+  }
+  return true;
+}
+
+bool HandOverWriter::TakeBack() {
+  if (!Waits()) return false;
+  HandOverGuard guard(files_);
+  return Enter(guard, kTakeBackLockMs) && record_.TakeBack(files_.handOverFile);
+}
+
+HandOverReader::HandOverReader(SettingsAndPaths& files, Apply apply)
+    : files_(files), apply_(std::move(apply)), taken_(files.handOverFile + ".taken") {}
+
+void HandOverReader::Poll() {
+  if (!handled_.empty() && !RemoveTaken()) return;
+  if (hand_over_file::Exists(taken_) || TakeAway()) ReadTaken();
+}
+
+bool HandOverReader::TakeAway() {
+  HandOverGuard guard(files_);
+  if (!MayGoOn(guard) || PutBigFileAside(files_, files_.handOverFile)) return false;
+  const Result result = hand_over_file::TakeAway(files_.handOverFile, kLargestFile, taken_);
+  if (result == Result::kMissing) reported_ = {};
+  if (result == Result::kRefused || result == Result::kFailed)
+    ReportOnce(Message(MessageId::kHandOverRefused, files_.handOverFile));
+  return result == Result::kDone;
+}
+
+// The event is given time to come back: whoever holds it may be at the file without our lock.
+bool HandOverReader::MayGoOn(HandOverGuard& guard) {
+  LookAtEvent(guard);
+  const HandOverGuard::Event event = guard.Found();
+  const bool isMissing = event == HandOverGuard::Event::kNotGivenBack;
+  if ((isMissing && missed_ + 1 < kMostMissed) || !guard.TakeLock(kReaderWaitMs)) {
+    if (++missed_ == kMostMissed)
+      ReportOnce(Message(MessageId::kHandOverBusy, files_.handOverFile));
+    return false;
+  }
+  if (isMissing) {
+    guard.GiveEventBack();
+    ReportEvent(Message(MessageId::kHandOverEventLost));
+  }
+  if (event == HandOverGuard::Event::kTaken) reportedEvent_ = {};
+  // Who does not give it back now is not waited for with the next poll.
+  missed_ = isMissing ? kMostMissed - 1 : 0;
+  return true;
+}
+
+// One that is kept from us may cost half a second, which the window must not stand still often.
+void HandOverReader::LookAtEvent(HandOverGuard& guard) {
+  if (pollsWithoutEvent_ > 0) {
+    --pollsWithoutEvent_;
+    return;
+  }
+  if (guard.TakeEvent(kReaderWaitMs) != HandOverGuard::Event::kKept) return;
+  pollsWithoutEvent_ = kPollsWithoutEvent;
+  ReportEvent(EventIsKept(files_));
+}
+
+void HandOverReader::ReadTaken() {
   hand_over_file::Contents contents;
-  const Result result = hand_over_file::Read(settings.handOverFile, kLargestFile, contents);
-  const bool isNew = result == Result::kDone && contents.identity != handled_;
-  if (result == Result::kDone && !isNew) RemoveFile();
-  settings.handOverEvent.SetEventSignal();
-
-  if (result == Result::kMissing) reported_.clear();
-  if (result == Result::kRefused || result == Result::kFailed) {
-    ReportOnce("Hand-over file [" + settings.handOverFile + "] refused");
+  const Result result = hand_over_file::Read(taken_, kLargestFile, contents);
+  if (result == Result::kTooBig && PutBigFileAside(files_, taken_)) return;
+  if (result != Result::kDone) {
+    ReportOnce(Message(MessageId::kHandOverRefused, taken_));
+    return;
   }
-  if (isNew) Apply(contents);
+  HandOverOrder order = ReadHandOverText(contents.text, files_.Get());
+  for (const Message& remark : order.remarks) files_.Log().Report(remark);
+  apply_(std::move(order));
+  handled_ = contents.identity;
+  RemoveTaken();
+}
+
+// A file that cannot be removed now is known by its identity, so that its jobs are not added again.
+bool HandOverReader::RemoveTaken() {
+  hand_over_file::Contents now;
+  const bool isThere =
+      hand_over_file::Read(taken_, kLargestFile, now) == Result::kDone && now.identity == handled_;
+  if (isThere && !FileDirWrapper::RemoveFile(taken_)) {
+    ReportOnce(Message(MessageId::kHandOverNotRemoved, taken_));
+    return false;
+  }
+  handled_.clear();
   return true;
 }
 
-// A holder that died never gives the event back.
-bool HandOverReader::TakeEvent() {
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
-  if (settings.handOverEvent.WaitForEventSignal(kEventWaitMs) == kTaken) {
-    missedTicks_ = 0;
-    return true;
-  }
-  if (++missedTicks_ < kTakeOverPolls) return false;
-  missedTicks_ = 0;
-  settings.Log().ReportLine("Hand-over event was not given back; taken over");
-  return true;
-}
-
-void HandOverReader::ReportOnce(const std::string& message) {
+void HandOverReader::ReportOnce(const Message& message) {
   if (reported_ == message) return;
   reported_ = message;
-  application_.SettingsAndFiles().Log().ReportLine(message);
+  files_.Log().Report(message);
 }
 
-void HandOverReader::Apply(const hand_over_file::Contents& contents) {
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
-  HandOverOrder order = ReadHandOverText(contents.text, settings.Get());
-  for (const std::string& remark : order.remarks) settings.Log().ReportLine(remark);
-
-  const bool changed = TakeSettings(settings, order.settings);
-  if (order.solverMode) application_.SetSolverMode(*order.solverMode);
-  const std::shared_ptr<JobGroup> group = application_.Manager().CurrentGroup();
-  if (order.groupText && group) group->SetText(*order.groupText);
-  if (settings.Dirty()) settings.WriteSettings();
-  if (changed || order.groupText || order.solverMode) {
-    application_.Manager().Observer().SettingsChanged();
-  }
-
-  for (JobRequest& job : order.jobs) application_.Intake().Add(std::move(job));
-  handled_ = contents.identity;
-  RemoveHandled();
-}
-
-// Only the file that was read: a newer one is for the next poll.
-void HandOverReader::RemoveHandled() {
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
-  if (settings.handOverEvent.WaitForEventSignal(kEventWaitMs) != kTaken) return;
-  hand_over_file::Contents now;
-  const Result result = hand_over_file::Read(settings.handOverFile, kLargestFile, now);
-  if (result == Result::kDone && now.identity == handled_) RemoveFile();
-  settings.handOverEvent.SetEventSignal();
-}
-
-// One that cannot be removed now is known by its identity, so that its jobs are not added again. A
-// removed one is forgotten: the next file may be made in its place, as big and at the same moment.
-void HandOverReader::RemoveFile() {
-  const std::string& path = application_.SettingsAndFiles().handOverFile;
-  if (FileDirWrapper::RemoveFile(path)) {
-    handled_.clear();
-  } else {
-    ReportOnce("Remove tmp file [" + path + "] failed");
-  }
+void HandOverReader::ReportEvent(const Message& message) {
+  if (reportedEvent_ == message) return;
+  reportedEvent_ = message;
+  files_.Log().Report(message);
 }

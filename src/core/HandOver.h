@@ -1,50 +1,86 @@
 // The hand-over file: how jobs reach the running copy from outside.
 //
-// A text file of key=value lines in the user's temporary folder; the help describes the keys. The
-// event "Global\KESTRUN_TEMP_FILE_READWRITE" guards it between processes. A process that died while
-// holding the event must not stop the others: waits are bounded, and an event that nobody gives
-// back for ten seconds is taken over, which the log says.
+// A text file of key=value lines in a folder of the user (HandOverPlace.h); the help describes the
+// keys. Processes are kept apart by the event "Global\KESTRUN_TEMP_FILE_READWRITE", which other
+// programs know too, and by a lock beside the file, which is this user's alone and goes with its
+// holder. An event that is not given back, or that somebody keeps from us, stops nobody: the log
+// says so, and the lock is enough. A file that a reader has taken away is its alone; should it die
+// before the jobs are in the queue, the next reader finds them.
 #ifndef KR_CORE_HANDOVER_H
 #define KR_CORE_HANDOVER_H
 
+#include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
-class Application;
+#include "core/HandOverFile.h"
+#include "core/HandOverFormat.h"
+
+class HandOverGuard;
 class SettingsAndPaths;
 
-namespace hand_over_file {
-struct Contents;
-}
-
-// Writes the arguments from the second on, relative paths made absolute. Waits up to ten seconds
-// while another process is at the file or, when `readerRuns`, while a file that the running copy
-// has not read yet is there; then writes behind what is there. Any process. False when the file
-// could not be written: "Write tmp file [%s] failed", or nobody could read it for want of the
-// event: "EVENT handle is null".
-bool WriteHandOver(SettingsAndPaths& settings, int argc, const char* const* argv,
-                   bool readerRuns = true);
-
-// One look at the file on the interface thread; never blocks for longer than a few milliseconds.
-// Applies settings lines, gives the jobs to the application's intake and deletes the file. A file
-// that belongs to another user, that others may write, or that is a link is refused and reported
-// once. Returns false when the event is missing ("EVENT handle is null").
-class HandOverReader {
+// What one process hands over. One thread; what went wrong is in the log too.
+class HandOverWriter {
  public:
-  explicit HandOverReader(Application& application) : application_(application) {}
-  bool Poll();
+  explicit HandOverWriter(SettingsAndPaths& files) : files_(files) {}  // outlives the object
+
+  // Adds the arguments from the second on to the file, relative paths made absolute. Waits up to
+  // some seconds for other processes. False when something will not arrive, see Faults: all of it
+  // ("Write tmp file [%s] failed"), or single arguments that cannot be handed over.
+  bool Write(int argc, const char* const* argv);
+
+  // No reader has taken away yet what was written.
+  bool Waits() const;
+  // For what the running copy is to take. False when it did not in time: the jobs are taken back
+  // then, or it is said that they could not be.
+  bool WaitUntilTaken(std::chrono::milliseconds patience);
+  // Nobody will run the jobs. False when a reader has them, or may get them.
+  bool TakeBack();
+
+  const std::vector<Message>& Faults() const { return faults_; }
 
  private:
-  bool TakeEvent();
-  void Apply(const hand_over_file::Contents& contents);
-  void RemoveHandled();
-  void RemoveFile();
-  void ReportOnce(const std::string& message);
+  bool Append(const std::string& text);
+  bool Enter(HandOverGuard& guard, long lockMs);
+  void Fault(const Message& fault);
 
-  Application& application_;
-  int missedTicks_ = 0;   // polls in a row that found the event taken
-  std::string handled_;   // the file whose jobs were added, until it is removed
-  std::string reported_;  // the last complaint about the file
+  SettingsAndPaths& files_;
+  hand_over_file::Record record_;
+  std::vector<Message> faults_;
+};
+
+// The running copy's reader.
+class HandOverReader {
+ public:
+  using Apply = std::function<void(HandOverOrder order)>;
+
+  // `apply` puts an order into effect; when it returns, its jobs are the queue's. `files` outlives
+  // the object.
+  HandOverReader(SettingsAndPaths& files, Apply apply);
+
+  // One look at the file, which never blocks for longer than some ten milliseconds, but for half a
+  // second once a minute where somebody keeps the event from us. A file that belongs to another
+  // user, that others may write, or that is a link is refused; that is reported once.
+  void Poll();
+
+ private:
+  bool TakeAway();
+  bool MayGoOn(HandOverGuard& guard);
+  void LookAtEvent(HandOverGuard& guard);
+  void ReadTaken();
+  bool RemoveTaken();
+  void ReportOnce(const Message& message);
+  void ReportEvent(const Message& message);
+
+  SettingsAndPaths& files_;
+  const Apply apply_;
+  const std::string taken_;    // the name of the file while it is read
+  int missed_ = 0;             // polls in a row that found the event or the lock taken
+  int pollsWithoutEvent_ = 0;  // until the event is asked for again
+  std::string handled_;        // the file whose jobs were added, until it is removed
+  Message reported_;           // the last complaint about the file
+  Message reportedEvent_;      // and about the event
 };
 
 #endif

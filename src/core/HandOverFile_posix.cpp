@@ -3,7 +3,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 
 #include "core/HandOverFile.h"
 #include "util/files/UniqueFd_posix.h"
@@ -38,15 +41,12 @@ bool ReadAll(int fd, std::size_t limit, std::string& text) {
   }
 }
 
-bool WriteAll(int fd, const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t put = write(fd, text.data() + done, text.size() - done);
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return false;
-    done += static_cast<std::size_t>(put);
-  }
-  return true;
+bool WriteAt(int fd, off_t place, const std::string& text) {
+  ssize_t put = -1;
+  do {
+    put = pwrite(fd, text.data(), text.size(), place);
+  } while (put < 0 && errno == EINTR);
+  return put == static_cast<ssize_t>(text.size());
 }
 
 // Text of another program may lack the end of its last line.
@@ -55,30 +55,98 @@ bool EndsInMidLine(int fd, off_t size) {
   return size > 0 && pread(fd, &last, 1, size - 1) == 1 && last != '\n';
 }
 
+bool IsYoung(const struct stat& info) {
+  constexpr std::time_t kSeconds = 2;
+  return std::abs(std::time(nullptr) - info.st_mtim.tv_sec) <= kSeconds;
+}
+
+bool IsSame(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 Result WhyNotOpened(const std::string& path) {
   return Exists(path) ? Result::kRefused : Result::kMissing;
 }
 
 }  // namespace
 
+// The open file keeps its number from being given to another one.
+struct Record::Place {
+  UniqueFd file;
+  std::vector<off_t> beginnings;
+};
+
+Record::Record() = default;
+Record::~Record() = default;
+Record::Record(Record&& other) noexcept = default;
+Record& Record::operator=(Record&& other) noexcept = default;
+
+bool Record::IsIn(const std::string& path) const {
+  struct stat ours {
+  }, there{};
+  return place_ && fstat(place_->file.get(), &ours) == 0 && lstat(path.c_str(), &there) == 0 &&
+         IsSame(ours, there);
+}
+
+bool Record::TakeBack(const std::string& path) {
+  if (!IsIn(path)) return false;
+  for (const off_t place : place_->beginnings) {
+    if (!WriteAt(place_->file.get(), place, {kNotValid})) return false;
+  }
+  return true;
+}
+
 bool Exists(const std::string& path) {
   struct stat info {};
   return lstat(path.c_str(), &info) == 0;
 }
 
+Result Append(const std::string& path, const std::string& text,
+              const std::vector<std::size_t>& beginnings, std::size_t limit, Record& record) {
+  UniqueFd fd(open(path.c_str(), O_RDWR | O_CREAT | kSafely, S_IRUSR | S_IWUSR));
+  struct stat info {};
+  if (!fd) return Exists(path) ? Result::kRefused : Result::kFailed;
+  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
+  if (!IsTrusted(info)) return Result::kRefused;
+  const std::string joint = EndsInMidLine(fd.get(), info.st_size) ? "\n" : "";
+  std::string whole = joint + text;
+  if (static_cast<std::uintmax_t>(info.st_size) + whole.size() > limit) return Result::kTooBig;
+
+  auto place = std::make_unique<Record::Place>();
+  for (const std::size_t at : beginnings) {
+    place->beginnings.push_back(info.st_size + static_cast<off_t>(joint.size() + at));
+    whole[joint.size() + at] = kNotValid;
+  }
+  bool written = WriteAt(fd.get(), info.st_size, whole);
+  for (std::size_t i = 0; written && i < beginnings.size(); ++i) {
+    written = WriteAt(fd.get(), place->beginnings[i], text.substr(beginnings[i], 1));
+  }
+  if (!written) return ftruncate(fd.get(), info.st_size), Result::kFailed;
+  place->file = std::move(fd);
+  record.place_ = std::move(place);
+  return Result::kDone;
+}
+
+Result TakeAway(const std::string& path, std::size_t limit, const std::string& taken) {
+  const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
+  if (!fd) return WhyNotOpened(path);
+  struct stat info {};
+  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
+  if (!IsTrusted(info)) return Result::kRefused;
+  if (static_cast<std::uintmax_t>(info.st_size) > limit) return Result::kTooBig;
+  if (EndsInMidLine(fd.get(), info.st_size) && IsYoung(info)) return Result::kGrowing;
+  return rename(path.c_str(), taken.c_str()) == 0 ? Result::kDone : Result::kFailed;
+}
+
 Result Read(const std::string& path, std::size_t limit, Contents& contents) {
   contents = {};
-  struct stat info {};
   const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
-  if (!fd) {
-    if (lstat(path.c_str(), &info) == 0) contents.identity = IdentityOf(info);
-    return WhyNotOpened(path);
-  }
+  if (!fd) return WhyNotOpened(path);
+  struct stat info {};
   if (fstat(fd.get(), &info) != 0) return Result::kFailed;
+  if (!IsTrusted(info)) return Result::kRefused;
+  if (static_cast<std::uintmax_t>(info.st_size) > limit) return Result::kTooBig;
   contents.identity = IdentityOf(info);
-  if (!IsTrusted(info) || static_cast<std::uintmax_t>(info.st_size) > limit) {
-    return Result::kRefused;
-  }
   return ReadAll(fd.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
 }
 
@@ -87,20 +155,6 @@ bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::s
   return lstat(path.c_str(), &info) == 0 && IsTrusted(info) &&
          static_cast<std::uintmax_t>(info.st_size) > limit &&
          rename(path.c_str(), aside.c_str()) == 0;
-}
-
-Result Write(const std::string& path, const std::string& text, bool append) {
-  const UniqueFd fd(open(path.c_str(), O_RDWR | O_CREAT | kSafely, S_IRUSR | S_IWUSR));
-  struct stat info {};
-  if (!fd) return Exists(path) ? Result::kRefused : Result::kFailed;
-  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
-  if (!IsTrusted(info)) return Result::kRefused;
-  const off_t keep = append ? info.st_size : 0;
-  const std::string joint = EndsInMidLine(fd.get(), keep) ? "\n" : "";
-  const bool written = ftruncate(fd.get(), keep) == 0 && lseek(fd.get(), keep, SEEK_SET) == keep &&
-                       WriteAll(fd.get(), joint + text);
-  if (!written && ftruncate(fd.get(), keep) != 0) return Result::kFailed;
-  return written ? Result::kDone : Result::kFailed;
 }
 
 }  // namespace hand_over_file

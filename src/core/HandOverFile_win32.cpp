@@ -77,10 +77,17 @@ std::uint64_t SizeOf(const BY_HANDLE_FILE_INFORMATION& info) {
   return Joined(info.nFileSizeHigh, info.nFileSizeLow);
 }
 
-std::string IdentityOf(const BY_HANDLE_FILE_INFORMATION& info) {
+// Of the file, whatever is written into it. The number of a file that is gone may be given to a new
+// one by some file systems.
+std::string NumberOf(const BY_HANDLE_FILE_INFORMATION& info) {
   return std::to_string(info.dwVolumeSerialNumber) + ':' +
          std::to_string(Joined(info.nFileIndexHigh, info.nFileIndexLow)) + ':' +
-         std::to_string(SizeOf(info)) + ':' +
+         std::to_string(
+             Joined(info.ftCreationTime.dwHighDateTime, info.ftCreationTime.dwLowDateTime));
+}
+
+std::string IdentityOf(const BY_HANDLE_FILE_INFORMATION& info) {
+  return NumberOf(info) + ':' + std::to_string(SizeOf(info)) + ':' +
          std::to_string(
              Joined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime));
 }
@@ -96,26 +103,39 @@ bool ReadAll(HANDLE file, std::size_t limit, std::string& text) {
   }
 }
 
-bool WriteAll(HANDLE file, const std::string& text) {
+bool SeekTo(HANDLE file, std::uint64_t place) {
+  LARGE_INTEGER where;
+  where.QuadPart = static_cast<LONGLONG>(place);
+  return SetFilePointerEx(file, where, nullptr, FILE_BEGIN) != 0;
+}
+
+bool WriteAt(HANDLE file, std::uint64_t place, const std::string& text) {
   DWORD put = 0;
-  return WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &put, nullptr) &&
+  return SeekTo(file, place) &&
+         WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &put, nullptr) &&
          put == text.size();
 }
 
 bool CutAt(HANDLE file, std::uint64_t size) {
-  LARGE_INTEGER place;
-  place.QuadPart = static_cast<LONGLONG>(size);
-  return SetFilePointerEx(file, place, nullptr, FILE_BEGIN) && SetEndOfFile(file);
+  return SeekTo(file, size) && SetEndOfFile(file);
 }
 
 // Text of another program may lack the end of its last line.
 bool EndsInMidLine(HANDLE file, std::uint64_t size) {
-  LARGE_INTEGER place;
-  place.QuadPart = static_cast<LONGLONG>(size) - 1;
   char last = '\n';
   DWORD got = 0;
-  return size > 0 && SetFilePointerEx(file, place, nullptr, FILE_BEGIN) &&
-         ReadFile(file, &last, 1, &got, nullptr) && got == 1 && last != '\n';
+  return size > 0 && SeekTo(file, size - 1) && ReadFile(file, &last, 1, &got, nullptr) &&
+         got == 1 && last != '\n';
+}
+
+bool IsYoung(const BY_HANDLE_FILE_INFORMATION& info) {
+  constexpr std::uint64_t kSpan = 20000000;  // two seconds, in units of 100 nanoseconds
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  const std::uint64_t current = Joined(now.dwHighDateTime, now.dwLowDateTime);
+  const FILETIME& time = info.ftLastWriteTime;
+  const std::uint64_t written = Joined(time.dwHighDateTime, time.dwLowDateTime);
+  return (current > written ? current - written : written - current) <= kSpan;
 }
 
 HANDLE Open(const std::string& path, DWORD access, DWORD disposition) {
@@ -124,57 +144,123 @@ HANDLE Open(const std::string& path, DWORD access, DWORD disposition) {
 }
 
 // A virus scanner may hold what was written a moment ago.
-HANDLE OpenToWrite(const std::string& path) {
+HANDLE OpenToWrite(const std::string& path, DWORD disposition) {
   constexpr int kMostTries = 50;
   constexpr DWORD kBetweenTries = 20;  // milliseconds
   HANDLE file = INVALID_HANDLE_VALUE;
   for (int i = 0; i < kMostTries && file == INVALID_HANDLE_VALUE; ++i) {
     if (i > 0) Sleep(kBetweenTries);
-    file = Open(path, GENERIC_READ | GENERIC_WRITE | READ_CONTROL, OPEN_ALWAYS);
+    file = Open(path, GENERIC_READ | GENERIC_WRITE | READ_CONTROL, disposition);
     if (file == INVALID_HANDLE_VALUE && GetLastError() != ERROR_SHARING_VIOLATION) break;
   }
   return file;
 }
 
+// A file that somebody is writing is looked at again with the next poll.
+Result WhyNotOpened() {
+  return GetLastError() == ERROR_ACCESS_DENIED ? Result::kRefused : Result::kMissing;
+}
+
+Result Check(const Handle& file, std::size_t limit, BY_HANDLE_FILE_INFORMATION& info) {
+  if (!GetFileInformationByHandle(file.get(), &info)) return Result::kFailed;
+  if (!IsTrusted(file.get(), info)) return Result::kRefused;
+  return SizeOf(info) > limit ? Result::kTooBig : Result::kDone;
+}
+
 }  // namespace
+
+// Nothing is held open, which would keep the file's name after its end.
+struct Record::Place {
+  std::string file;
+  std::vector<std::uint64_t> beginnings;
+};
+
+Record::Record() = default;
+Record::~Record() = default;
+Record::Record(Record&& other) noexcept = default;
+Record& Record::operator=(Record&& other) noexcept = default;
+
+bool Record::IsIn(const std::string& path) const {
+  if (!place_) return false;
+  constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const Handle file(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kAll, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  BY_HANDLE_FILE_INFORMATION info;
+  return file && GetFileInformationByHandle(file.get(), &info) && NumberOf(info) == place_->file;
+}
+
+bool Record::TakeBack(const std::string& path) {
+  if (!IsIn(path)) return false;
+  const Handle file(OpenToWrite(path, OPEN_EXISTING));
+  if (!file) return false;
+  for (const std::uint64_t place : place_->beginnings) {
+    if (!WriteAt(file.get(), place, {kNotValid})) return false;
+  }
+  return true;
+}
 
 bool Exists(const std::string& path) {
   return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+Result Append(const std::string& path, const std::string& text,
+              const std::vector<std::size_t>& beginnings, std::size_t limit, Record& record) {
+  const Handle file(OpenToWrite(path, OPEN_ALWAYS));
+  if (!file) return Exists(path) ? Result::kRefused : Result::kFailed;
+  BY_HANDLE_FILE_INFORMATION info;
+  const Result state = Check(file, limit, info);
+  if (state != Result::kDone) return state;
+  const std::uint64_t size = SizeOf(info);
+  const std::string joint = EndsInMidLine(file.get(), size) ? "\n" : "";
+  std::string whole = joint + text;
+  if (size + whole.size() > limit) return Result::kTooBig;
+
+  auto place = std::make_unique<Record::Place>();
+  place->file = NumberOf(info);
+  for (const std::size_t at : beginnings) {
+    place->beginnings.push_back(size + joint.size() + at);
+    whole[joint.size() + at] = kNotValid;
+  }
+  bool written = WriteAt(file.get(), size, whole);
+  for (std::size_t i = 0; written && i < beginnings.size(); ++i) {
+    written = WriteAt(file.get(), place->beginnings[i], text.substr(beginnings[i], 1));
+  }
+  if (!written) return CutAt(file.get(), size), Result::kFailed;
+  record.place_ = std::move(place);
+  return Result::kDone;
+}
+
+Result TakeAway(const std::string& path, std::size_t limit, const std::string& taken) {
+  {
+    const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
+    if (!file) return WhyNotOpened();
+    BY_HANDLE_FILE_INFORMATION info;
+    const Result state = Check(file, limit, info);
+    if (state != Result::kDone) return state;
+    if (EndsInMidLine(file.get(), SizeOf(info)) && IsYoung(info)) return Result::kGrowing;
+  }
+  if (MoveFileExA(path.c_str(), taken.c_str(), MOVEFILE_REPLACE_EXISTING)) return Result::kDone;
+  return GetLastError() == ERROR_SHARING_VIOLATION ? Result::kGrowing : Result::kFailed;
+}
+
 Result Read(const std::string& path, std::size_t limit, Contents& contents) {
   contents = {};
   const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
-  // One that a writer holds open is looked at again with the next poll.
-  if (!file) {
-    return GetLastError() == ERROR_ACCESS_DENIED ? Result::kRefused : Result::kMissing;
-  }
+  if (!file) return WhyNotOpened();
   BY_HANDLE_FILE_INFORMATION info;
-  if (!GetFileInformationByHandle(file.get(), &info)) return Result::kFailed;
+  const Result state = Check(file, limit, info);
+  if (state != Result::kDone) return state;
   contents.identity = IdentityOf(info);
-  if (!IsTrusted(file.get(), info) || SizeOf(info) > limit) return Result::kRefused;
   return ReadAll(file.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
 }
 
 bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside) {
-  const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
-  BY_HANDLE_FILE_INFORMATION info;
-  return file && GetFileInformationByHandle(file.get(), &info) && IsTrusted(file.get(), info) &&
-         SizeOf(info) > limit &&
-         MoveFileExA(path.c_str(), aside.c_str(), MOVEFILE_REPLACE_EXISTING);
-}
-
-Result Write(const std::string& path, const std::string& text, bool append) {
-  const Handle file(OpenToWrite(path));
-  if (!file) return Exists(path) ? Result::kRefused : Result::kFailed;
-  BY_HANDLE_FILE_INFORMATION info;
-  if (!GetFileInformationByHandle(file.get(), &info)) return Result::kFailed;
-  if (!IsTrusted(file.get(), info)) return Result::kRefused;
-  const std::uint64_t keep = append ? SizeOf(info) : 0;
-  const std::string joint = EndsInMidLine(file.get(), keep) ? "\n" : "";
-  const bool written = CutAt(file.get(), keep) && WriteAll(file.get(), joint + text);
-  if (!written) CutAt(file.get(), keep);
-  return written ? Result::kDone : Result::kFailed;
+  {
+    const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
+    BY_HANDLE_FILE_INFORMATION info;
+    if (!file || Check(file, limit, info) != Result::kTooBig) return false;
+  }
+  return MoveFileExA(path.c_str(), aside.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
 }
 
 }  // namespace hand_over_file

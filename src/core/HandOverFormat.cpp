@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 
+#include "core/HandOverFile.h"
 #include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
@@ -11,9 +12,8 @@
 namespace {
 
 constexpr std::size_t kLongestLine = 65536;
-// Of one file. Each job of a record has all its texts.
-constexpr std::size_t kMostJobs = 200000;
-constexpr std::size_t kMostJobBytes = 256 * 1024 * 1024;
+// Of one file: each job of a record has all its texts.
+constexpr std::size_t kMostJobBytes = 32 * 1024 * 1024;
 constexpr std::size_t kMostRemarks = 100;
 constexpr char kRecord[] = "#krjob";
 
@@ -40,8 +40,9 @@ class Reader {
   explicit Reader(HandOverOrder& order) : order_(order) {}
 
   void Take(const std::string& text);
+  void SkipRecord();
   void EndRecord();
-  void Remark(const std::string& text);
+  void Remark(Message remark);
 
  private:
   using Effect = void (Reader::*)(const std::string& value);
@@ -72,6 +73,7 @@ class Reader {
 
   HandOverOrder& order_;
   std::optional<Record> record_;
+  bool skips_ = false;  // the lines of a record that is not valid
   std::size_t jobBytes_ = 0;
   std::size_t remarks_ = 0;
 };
@@ -108,6 +110,7 @@ void Reader::Take(const std::string& text) {
   if (text.find_first_not_of(" \t") == std::string::npos) return;
   const Line line = SplitLine(text);
   if (line.key == kRecord) return BeginRecord();
+  if (skips_) return;
   const auto setting = SettingsKeys().find(line.key);
   if (setting != SettingsKeys().end()) return (this->*setting->second)(line.value);
   if (!record_) return;
@@ -116,25 +119,37 @@ void Reader::Take(const std::string& text) {
   record_->paths.push_back(text);
 }
 
+void Reader::SkipRecord() {
+  EndRecord();
+  skips_ = true;
+  Remark(Message(MessageId::kHandOverNotFinished));
+}
+
 void Reader::BeginRecord() {
   EndRecord();
+  skips_ = false;
   record_.emplace();
   record_->job = MakeJobRequest(order_.settings);
 }
 
-// The "i" value and each path line are a job of their own, with all values of the record.
+// The "i" value and each path line are a job of their own, with all values of the record; a path
+// line that leads to the file of the "i" value is the same job.
 void Reader::EndRecord() {
   if (!record_) return;
   std::vector<std::string> paths = std::move(record_->paths);
   const std::string input = std::exchange(record_->job.inputFile, {});
-  if (!input.empty() && std::find(paths.begin(), paths.end(), input) == paths.end()) {
+  const auto isInput = [&](const std::string& path) {
+    return path == input || FileDirWrapper::IsSameFile(path, input);
+  };
+  if (!input.empty() && std::none_of(paths.begin(), paths.end(), isInput)) {
     paths.insert(paths.begin(), input);
   }
   if (paths.empty() && !record_->job.restartFile.empty()) paths.emplace_back();
   for (const std::string& path : paths) {
     jobBytes_ += path.size() + record_->job.restartFile.size();
-    if (order_.jobs.size() >= kMostJobs || jobBytes_ > kMostJobBytes) {
-      Remark("Hand-over file holds too many jobs; [" + path + "] left out");
+    if (order_.jobs.size() >= kMostHandOverJobs || jobBytes_ > kMostJobBytes) {
+      Remark(
+          Message(MessageId::kHandOverTooManyJobs, kMostHandOverJobs, kMostJobBytes >> 20, path));
       continue;
     }
     order_.jobs.push_back(record_->job);
@@ -144,9 +159,9 @@ void Reader::EndRecord() {
 }
 
 // A file of nothing but faults must not fill the log.
-void Reader::Remark(const std::string& text) {
-  if (++remarks_ < kMostRemarks) order_.remarks.push_back(text);
-  if (remarks_ == kMostRemarks) order_.remarks.push_back("Hand-over file: more lines left out");
+void Reader::Remark(Message remark) {
+  if (++remarks_ < kMostRemarks) order_.remarks.push_back(std::move(remark));
+  if (remarks_ == kMostRemarks) order_.remarks.push_back(Message(MessageId::kHandOverMoreLines));
 }
 
 void Reader::SetGroup(const std::string& value) {
@@ -215,9 +230,13 @@ HandOverOrder ReadHandOverText(const std::string& text, const Settings& settings
   HandOverOrder order;
   order.settings = settings;
   Reader reader(order);
+  std::string notValid = kRecord;
+  notValid.front() = hand_over_file::kNotValid;
   for (const std::string& line : LinesOf(text)) {
-    if (line.size() > kLongestLine || line.find('\0') != std::string::npos) {
-      reader.Remark("Hand-over line [" + OneLine(line.substr(0, 200)) + "] is not text; left out");
+    if (line == notValid) {
+      reader.SkipRecord();
+    } else if (line.size() > kLongestLine || line.find('\0') != std::string::npos) {
+      reader.Remark(Message(MessageId::kHandOverNoText, OneLine(line.substr(0, 200))));
     } else {
       reader.Take(line);
     }
@@ -227,16 +246,25 @@ HandOverOrder ReadHandOverText(const std::string& text, const Settings& settings
 }
 
 std::string MakeHandOverText(const std::vector<std::string>& arguments,
-                             std::vector<std::string>& remarks) {
+                             std::vector<Message>& remarks) {
   std::string text;
   if (arguments.empty() || arguments.front() != kRecord) text = std::string(kRecord) + '\n';
   for (const std::string& argument : arguments) {
     if (argument.empty()) continue;
     if (argument.find_first_of("\r\n") != std::string::npos) {
-      remarks.push_back("Argument [" + OneLine(argument) + "] holds a line break; left out");
+      remarks.push_back(Message(MessageId::kArgumentWithBreak, OneLine(argument)));
     } else {
       text += MakeLine(argument) + '\n';
     }
   }
   return text;
+}
+
+std::vector<std::size_t> RecordsOf(const std::string& text) {
+  const std::string line = std::string(kRecord) + '\n';
+  std::vector<std::size_t> records;
+  for (std::size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1)) {
+    if (at == 0 || text[at - 1] == '\n') records.push_back(at);
+  }
+  return records;
 }

@@ -122,6 +122,10 @@ void AskForActivation(const Connection& x, Window window) {
 
 }  // namespace
 
+bool HasDisplay() {
+  return Connection().get() != nullptr;
+}
+
 bool RaiseWindow(const std::string& title) {
   const Connection x;
   if (x.get() == nullptr) return false;

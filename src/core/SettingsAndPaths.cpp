@@ -1,5 +1,6 @@
 #include "core/SettingsAndPaths.h"
 
+#include "core/HandOverPlace.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -11,12 +12,8 @@ std::string WorkFolder(const std::string& title) {
   return FileDirWrapper::AbsolutePath(folder);
 }
 
-std::string HandOverPath() {
-  std::string folder;
-  FileDirWrapper::TempDir(folder);
-  // The year in this name is older than the version and known to other programs.
-  return FileDirWrapper::Join(folder, "~kestrun_tmp_2014 R1.txt");
-}
+// The year in this name is older than the version and known to other programs.
+constexpr char kHandOverFile[] = "~kestrun_tmp_2014 R1.txt";
 
 constexpr char kHandOverEvent[] = "Global\\KESTRUN_TEMP_FILE_READWRITE";
 constexpr int kCreatedNew = 1;
@@ -32,7 +29,7 @@ void OpenOrMakeEvent(PTWrapperSignal& signal) {
 SettingsAndPaths::SettingsAndPaths(const std::string& title)
     : workFolder(WorkFolder(title)),
       settingsFile(FileDirWrapper::Join(workFolder, "kr_init.config")),
-      handOverFile(HandOverPath()),
+      handOverFile(FileDirWrapper::Join(HandOverFolder(), kHandOverFile)),
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
       groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),
       log_(FileDirWrapper::Join(workFolder, "kr.log")) {

@@ -10,6 +10,9 @@ bool ProgramExists(const std::string& commandLine);
 // Opens a file with the program that the desktop has for it. May take a few seconds; any thread.
 bool OpenWithDesktop(const std::string& path);
 
+// Whether windows can be shown.
+bool HasDisplay();
+
 // Shows the top-level window with this title and brings it to the front. False when there is none.
 bool RaiseWindow(const std::string& title);
 

@@ -81,6 +81,12 @@ class CoreTest : public testing::Test {
     return home_.Write(name, "*KEYWORD\n" + commands + "*CONTROL_TERMINATION\n       1.0\n*END\n");
   }
 
+  static std::vector<std::string> Words(const std::vector<Message>& messages) {
+    std::vector<std::string> words;
+    for (const Message& message : messages) words.push_back(message.English());
+    return words;
+  }
+
   static bool LogHolds(SettingsAndPaths& settings, const std::string& text) {
     return TempFolder::Read(settings.Log().Path()).find(text) != std::string::npos;
   }
@@ -92,7 +98,8 @@ class CoreTest : public testing::Test {
   ScopedVariable config_{"XDG_CONFIG_HOME", home_ / "config"};
   ScopedVariable runtime_{"XDG_RUNTIME_DIR", std::nullopt};
   ScopedVariable temp_{"TMPDIR", home_.Path()};
-  ScopedVariable windowsTemp_{"TMP", home_.Path()};
+  ScopedVariable handOver_{"KESTRUN_HANDOVER_FOLDER", home_ / "handover"};
+  ScopedVariable windowsHandOver_{"TMP", home_.Path()};
 #ifdef _WIN32
   ScratchAppData appData_{home_ / "config"};
 #endif

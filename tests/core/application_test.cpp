@@ -18,7 +18,7 @@ class ApplicationTest : public CoreTest {
 
   // What another program does.
   void WriteHandOverFile(const std::string& text) {
-    std::ofstream(HandOverFile(), std::ios::binary) << text;
+    std::ofstream(HandOverFile(), std::ios::binary | std::ios::app) << text;
   }
 
   // The files of the jobs in the current group after one look at the hand-over file.
@@ -91,23 +91,20 @@ TEST_F(ApplicationTest, ItsOwnArgumentsArriveAsJobs) {
   EXPECT_EQ(JobsAfterTick().size(), 2u);
 }
 
-TEST_F(ApplicationTest, AFileThatWaitsAtTheStartIsNotLost) {
+TEST_F(ApplicationTest, JobsThatWereNotTakenYetEndWithTheProgram) {
+  ASSERT_TRUE(Start({"/a.k"}));
+  EXPECT_TRUE(application_->JobsWait());
+  WriteHandOverFile("#krjob\n/of another program.k\n");
+  EXPECT_EQ(application_->Shutdown(), 0);
   ASSERT_TRUE(Start());
-  WriteHandOverFile("#krjob\n/early.k");
-  const auto begin = std::chrono::steady_clock::now();
-  ASSERT_TRUE(Start({"/own.k"}));
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
-  EXPECT_EQ(JobsAfterTick().size(), 2u);
+  EXPECT_EQ(JobsAfterTick().size(), 1u);
 }
 
-TEST_F(ApplicationTest, AFileTooBigToReadIsPutAsideForTheNext) {
-  ASSERT_TRUE(Start());
-  const std::string big(std::size_t{40} << 20, 'x');
-  WriteHandOverFile(big);
-  EXPECT_TRUE(JobsAfterTick().empty());
-  EXPECT_EQ(std::filesystem::file_size(HandOverFile() + ".big"), big.size());
-  WriteHandOverFile(big);
-  ASSERT_TRUE(Start({"/own.k"}));
+TEST_F(ApplicationTest, AnArgumentThatCannotBeALineIsAFailure) {
+  ASSERT_TRUE(Start({"/a.k", "/two\nlines.k"}));
+  EXPECT_EQ(application_->exitCode, 9);
+  EXPECT_EQ(Words(application_->Failures()),
+            std::vector<std::string>{"Argument [/two lines.k] holds a line break; left out"});
   EXPECT_EQ(JobsAfterTick().size(), 1u);
 }
 
@@ -138,51 +135,6 @@ TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
   EXPECT_FALSE(now.output_dump);
   EXPECT_NE(now.SolverPath(SolverKind::kInc).find("KVIN_MC.EXE"), std::string::npos);
   application_->Manager().SetObserver(nullptr);
-}
-
-TEST_F(ApplicationTest, ASecondWriterWaitsUntilTheFirstFileWasRead) {
-  ASSERT_TRUE(Start());
-  WriteHandOverFile("#krjob\n/first.k\n");
-  SettingsAndPaths second(kTitle);
-  std::atomic<bool> written{false};
-  std::thread writer([&] {
-    const char* arguments[] = {"kestrun", "/second.k"};
-    written = WriteHandOver(second, 2, arguments);
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  EXPECT_FALSE(written);
-  EXPECT_EQ(JobsAfterTick().size(), 1u);
-  writer.join();
-  EXPECT_TRUE(written);
-  EXPECT_EQ(JobsAfterTick().size(), 2u);
-}
-
-TEST_F(ApplicationTest, AnEventThatIsNeverGivenBackIsTakenOver) {
-  ASSERT_TRUE(Start());
-  PTWrapperSignal holder;
-  ASSERT_TRUE(holder.OpenEventSignal("Global\\KESTRUN_TEMP_FILE_READWRITE"));
-  ASSERT_EQ(holder.WaitForEventSignal(1000), 0);  // and then dies
-  WriteHandOverFile("#krjob\n/a.k\n");
-  for (int poll = 1; poll <= 3; ++poll) EXPECT_TRUE(JobsAfterTick().empty()) << poll;
-  EXPECT_EQ(JobsAfterTick().size(), 1u);
-  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "taken over"));
-  EXPECT_EQ(holder.WaitForEventSignal(1000), 0);
-  holder.SetEventSignal();
-}
-
-TEST_F(ApplicationTest, WithoutTheEventTheFileIsLeftAlone) {
-  ASSERT_TRUE(Start());
-  SettingsAndPaths& settings = application_->SettingsAndFiles();
-  settings.handOverEvent.CloseEventSignal();
-  WriteHandOverFile("#krjob\n/a.k\n");
-  HandOverReader reader(*application_);
-  EXPECT_FALSE(reader.Poll());
-  EXPECT_FALSE(reader.Poll());
-  EXPECT_EQ(settings.handOverEvent.LastError(), "EVENT handle is null");
-  const char* arguments[] = {"kestrun", "/b.k"};
-  EXPECT_FALSE(WriteHandOver(settings, 2, arguments)) << "nobody would read it";
-  EXPECT_TRUE(LogHolds(settings, "EVENT handle is null"));
-  EXPECT_EQ(TempFolder::Read(HandOverFile()), "#krjob\n/a.k\n");
 }
 
 TEST_F(ApplicationTest, AMissingTextFileIsNotShown) {

@@ -1,22 +1,28 @@
 // Real second processes: this test program, started again, is another copy of the program.
 #include <cstdlib>
 #include <filesystem>
+#include <future>
+#include <map>
 
 #include "core/Application.h"
 #include "CoreFixture.h"
 
 namespace {
 
-constexpr char kBehaviour[] = "KR_TEST_COPY";  // "wait", or the configuration folder of a real copy
+// "wait", or the configuration folder of a real copy, a semicolon, and its argument.
+constexpr char kBehaviour[] = "KR_TEST_COPY";
+constexpr char kOwnRun[] = "--submit";
 constexpr int kStaysOpen = 100;
 
-int RunCopy([[maybe_unused]] const std::string& configuration) {
+int RunCopy(const std::string& behaviour) {
+  const std::size_t end = behaviour.find(';');
 #ifdef _WIN32
-  const ScratchAppData appData(configuration);
+  const ScratchAppData appData(behaviour.substr(0, end));
 #endif
+  const std::string argument = behaviour.substr(end + 1);
   Application application;
-  const char* arguments[] = {"kestrun", "/a.k", "/b.k"};
-  if (application.Initialise(3, arguments)) return kStaysOpen;
+  const char* arguments[] = {"kestrun", argument.c_str(), "/b.k"};
+  if (application.Initialise(3, arguments, {.ownRun = argument == kOwnRun})) return kStaysOpen;
   return application.Shutdown();
 }
 
@@ -54,11 +60,21 @@ class SecondCopy : public CoreTest {
     std::filesystem::copy_file(FileDirWrapper::ProgramPath(), program);
     return Start(process, program, "wait");
   }
-  int ExitCodeOfACopy() {
+  // Starts another copy, which a running one must look out for.
+  bool StartCopy(PTWrapperProcess& process, const std::string& argument) {
+    return Start(process, FileDirWrapper::ProgramPath(), home_ / "config" + ";" + argument);
+  }
+  static int ExitCodeOf(PTWrapperProcess& process, Application* running) {
+    auto end = std::async(std::launch::async, [&process] { return process.WaitProc(); });
+    while (end.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) {
+      if (running) running->Tick();
+    }
+    return end.get() ? process.ExitCode() : -1;
+  }
+  int ExitCodeOfACopy(Application* running, const std::string& argument = "/a.k") {
     PTWrapperProcess process;
-    EXPECT_TRUE(Start(process, FileDirWrapper::ProgramPath(), home_ / "config"));
-    EXPECT_TRUE(process.WaitProc());
-    return process.ExitCode();
+    EXPECT_TRUE(StartCopy(process, argument));
+    return ExitCodeOf(process, running);
   }
 };
 
@@ -72,11 +88,25 @@ TEST_F(SecondCopy, HandsOverAndEndsAndChangesNoSettings) {
   ASSERT_TRUE(StartNamed(first, "kestrun_a"));
   ASSERT_TRUE(StartNamed(second, "KESTRUN_B"));
   int code = -1;
-  EXPECT_TRUE(WaitUntil([&] { return (code = ExitCodeOfACopy()) != kStaysOpen; }));
+  EXPECT_TRUE(WaitUntil([&] { return (code = ExitCodeOfACopy(&running)) != kStaysOpen; }));
   EXPECT_EQ(code, 0);
-  EXPECT_TRUE(running.Tick());
+  EXPECT_EQ(ExitCodeOfACopy(&running, kOwnRun), 8);
+
+  constexpr int kCopies = 10;
+  PTWrapperProcess copies[kCopies];
+  for (int i = 0; i < kCopies; ++i)
+    EXPECT_TRUE(StartCopy(copies[i], "/" + std::to_string(i) + ".k"));
+  for (PTWrapperProcess& one : copies) EXPECT_EQ(ExitCodeOf(one, &running), 0);
   running.Intake().Drain();
-  EXPECT_GE(running.Manager().CurrentGroup()->JobCount(), 2);
+  std::map<std::string, int> times;
+  running.Manager().CurrentGroup()->ReadJobs([&](const JobFile& job) {
+    std::string name;
+    FileDirWrapper::FileNameOf(job.jobFile, name, false);
+    ++times[name];
+  });
+  for (int i = 0; i < kCopies; ++i) EXPECT_EQ(times[std::to_string(i)], 1) << i;
+  EXPECT_EQ(times["b"], kCopies + 1);
+  EXPECT_EQ(times["a"], 1);
   SettingsAndPaths stored(kTitle);
   stored.ReadSettings();
   EXPECT_EQ(stored.Get().cpu_count, 12);
@@ -84,7 +114,7 @@ TEST_F(SecondCopy, HandsOverAndEndsAndChangesNoSettings) {
   EXPECT_TRUE(first.Terminate());
   EXPECT_TRUE(second.Terminate());
   running.Shutdown();
-  EXPECT_EQ(ExitCodeOfACopy(), kStaysOpen) << "alone again";
+  EXPECT_EQ(ExitCodeOfACopy(nullptr), kStaysOpen) << "alone again";
 }
 
 }  // namespace

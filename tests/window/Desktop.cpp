@@ -128,6 +128,7 @@ Copy Desktop::Start(const std::vector<std::string>& arguments,
       Spawn(words,
             {"DISPLAY=" + display_, "HOME=" + folder, "XDG_CONFIG_HOME=" + folder + "/config",
              "TMPDIR=" + folder + "/tmp", "XDG_RUNTIME_DIR=" + folder + "/tmp",
+             "KESTRUN_HANDOVER_FOLDER=" + folder + "/handover",
              // The toolkit and the fonts keep memory until the end.
              "ASAN_OPTIONS=detect_leaks=0"},
             copy.output);

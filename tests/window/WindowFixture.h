@@ -55,7 +55,7 @@ class WindowFixture : public ::testing::Test {
     return copy;
   }
 
-  std::string HandOver() const { return desktop_.Scratch() / "home/tmp/~kestrun_tmp_2014 R1.txt"; }
+  std::string HandOver() const { return desktop_.Scratch() / "home/handover/~kestrun_tmp_2014 R1.txt"; }
 
   bool WaitUntilTaken() const {
     const bool gone = Desktop::WaitFor([&] { return !Exists(HandOver()); }, kPoll);

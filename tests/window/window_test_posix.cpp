@@ -28,7 +28,7 @@ TEST_F(Window, OptionsSubmitReportAndQuit) {
   const std::string report = desktop_.Scratch() / "report.txt";
   const Copy copy =
       desktop_.Start({"--submit", "--report=" + report, "--quit-when-done", good, bad});
-  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 0) << TempFolder::Read(copy.output);
+  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 4) << TempFolder::Read(copy.output);
   const std::string text = TempFolder::Read(report);
   EXPECT_EQ(text.rfind(good + "\tFinished\tLS-DYNA (S)\t" + FolderOf(good) + "/messag.krb\n" + bad +
                            "\tAborted\tLS-DYNA (S)\t",
@@ -98,10 +98,17 @@ TEST_F(Window, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
 }
 
 TEST_F(Window, JobsThatCannotBeHandedOverAreTold) {
-  std::filesystem::create_directory(HandOver());
-  const Copy copy = desktop_.Start({desktop_.Deck("refused", "")});
+  std::filesystem::create_directories(HandOver());
+  const std::string deck = desktop_.Deck("refused", "");
+  const Copy script = desktop_.Start({"--submit", "--quit-when-done", deck});
+  EXPECT_EQ(desktop_.WaitExit(script, 5), 9);
+  const Copy copy = desktop_.Start({deck});
   ASSERT_TRUE(desktop_.OpenMain());
-  EXPECT_EQ(TempFolder::Read(copy.output), "Write tmp file [" + HandOver() + "] failed\n");
+  for (const Copy& one : {script, copy}) {
+    EXPECT_EQ(TempFolder::Read(one.output), "Hand-over file [" + HandOver() +
+                                                "] refused\nWrite tmp file [" + HandOver() +
+                                                "] failed\n");
+  }
   kill(copy.pid, SIGTERM);
   EXPECT_EQ(desktop_.WaitExit(copy, 10), 9);
 }

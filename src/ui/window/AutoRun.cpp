@@ -3,12 +3,14 @@
 #include <FL/Fl.H>
 
 #include <algorithm>
+#include <cstdio>
 
 #include "util/files/FileDirWrapper.h"
 
 namespace {
 
 constexpr double kLookSeconds = 0.2;  // only while a submitted group runs
+constexpr std::chrono::seconds kTakingPatience{9};
 
 // A field of the report stays on its line and in its column.
 std::string ReportField(std::string text) {
@@ -45,16 +47,30 @@ AutoRun::~AutoRun() {
 }
 
 void AutoRun::AfterTick() {
-  if (!options_.submit || group_ || done_) return;
-  const bool handedOver = FileDirWrapper::FileExists(application_.SettingsAndFiles().handOverFile);
-  if (handedOver || application_.Intake().Busy()) {
-    // Big decks take their time: look again soon, not at the next poll only.
-    if (!handedOver && !Fl::has_timeout(Look, this)) Fl::add_timeout(kLookSeconds, Look, this);
-    return;
-  }
+  if (!options_.submit || group_ || done_ || !JobsAreIn()) return;
   group_ = application_.Manager().CurrentGroup();
-  if (!group_) return;
-  window_.Perform(Action::kSubmit);
+  if (group_) Submit();
+}
+
+// False when it is to be asked again with the next look.
+bool AutoRun::JobsAreIn() {
+  if (application_.JobsWait()) {
+    if (std::chrono::steady_clock::now() - begin_ < kTakingPatience) return false;
+    done_ = true;
+    application_.GiveUpJobs();
+    if (options_.quitWhenDone) window_.Leave();
+    return false;
+  }
+  if (!application_.Intake().Busy()) return true;
+  // Big decks take their time: look again soon, not at the next poll only.
+  if (!Fl::has_timeout(Look, this)) Fl::add_timeout(kLookSeconds, Look, this);
+  return false;
+}
+
+// Past the window's action, which may ask a user something.
+void AutoRun::Submit() {
+  began_ = !group_->Submit();
+  window_.Refresh();
   Fl::add_timeout(kLookSeconds, Look, this);
 }
 
@@ -77,9 +93,33 @@ bool AutoRun::Ended() {
 
 void AutoRun::Finish() {
   done_ = true;
+  if (options_.quitWhenDone && !AllFinished()) Fail();
   if (!options_.report.empty() &&
-      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_, application_)))
-    application_.SettingsAndFiles().Log().Report(
-        Message(MessageId::kReportNotWritten, options_.report));
+      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_, application_))) {
+    const Message message(MessageId::kReportNotWritten, options_.report);
+    application_.SettingsAndFiles().Log().Report(message);
+    std::fprintf(stderr, "%s\n", message.English().c_str());
+    Fail();
+  }
   if (options_.quitWhenDone) window_.Leave();
+}
+
+bool AutoRun::AllFinished() const {
+  bool all = true;
+  group_->ReadJobs([&](const JobFile& job) { all = all && job.status == JobStatus::kFinished; });
+  return all;
+}
+
+void AutoRun::Fail() {
+  if (application_.exitCode == 0) application_.exitCode = ExitCode::kNotFinished;
+}
+
+void AutoRun::Interrupted() {
+  if (application_.Manager().IsAnyGroupRunning()) Fail();
+}
+
+void AutoRun::Conclude() {
+  if (done_ || !options_.submit) return;
+  if (group_) return Finish();
+  if (options_.quitWhenDone) Fail();
 }

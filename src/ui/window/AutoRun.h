@@ -2,6 +2,7 @@
 #ifndef KR_UI_WINDOW_AUTORUN_H
 #define KR_UI_WINDOW_AUTORUN_H
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -10,8 +11,8 @@
 #include "ui/window/ProgramOptions.h"
 
 // Submits the current group when the jobs of the command line are in it, watches it until its queue
-// has ended, writes the report and ends the program, each as far as it was asked for. Interface
-// thread.
+// has ended, writes the report and ends the program, each as far as it was asked for. What went
+// wrong is the program's exit code. Interface thread.
 class AutoRun {
  public:
   // All outlive the object.
@@ -21,14 +22,24 @@ class AutoRun {
   // After each look at the hand-over file.
   void AfterTick();
 
+  // Something other than the user wants the program to end, before it does.
+  void Interrupted();
+  // The window is gone, whyever.
+  void Conclude();
+
  private:
   static void Look(void* self);
+  bool JobsAreIn();
+  void Submit();
   bool Ended();
   void Finish();
+  void Fail();
+  bool AllFinished() const;
 
   Application& application_;
   Flx_AppWnd& window_;
   const ProgramOptions options_;
+  const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::shared_ptr<JobGroup> group_;  // the submitted one
   bool began_ = false;               // its thread was seen at work
   bool done_ = false;

@@ -40,5 +40,11 @@ std::string UsageText(const std::string& title) {
          "                     file, status, solver and message file or reason, between tabs\n"
          "  --quit-when-done   end the program when the submitted jobs have ended\n"
          "  --help             print this text\n"
-         "  --version          print the version\n";
+         "  --version          print the version\n"
+         "\n"
+         "Exit code: 0 all is well; 1 no window can be shown; 4 not every job has finished, or "
+         "the\n"
+         "report cannot be written; 8 --submit, --report or --quit-when-done, but the program "
+         "runs\n"
+         "already; 9 not every job file could be handed over.\n";
 }

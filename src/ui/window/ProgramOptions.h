@@ -11,6 +11,9 @@ struct ProgramOptions {
   bool quitWhenDone = false;  // --quit-when-done: end the program then
   bool help = false;          // --help
   bool version = false;       // --version
+
+  // What only the copy that has the window can do.
+  bool IsForOwnRun() const { return submit || quitWhenDone || !report.empty(); }
 };
 
 // Takes the options out of the arguments; the rest, the program's name first, goes on as it is.

@@ -39,7 +39,10 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   SetToolkitTexts(texts);
   Flx_AppWnd window(application, notes, texts);
   AutoRun autoRun(application, window, options);
-  OnEndRequest([&window] { window.Leave(); });
+  OnEndRequest([&window, &autoRun] {
+    autoRun.Interrupted();
+    window.Leave();
+  });
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
@@ -49,6 +52,7 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
     application.Shutdown();
   });
   Fl::run();
+  autoRun.Conclude();
   Fl::remove_timeout(Poll, &poll);
   OnEndRequest(nullptr);
   OnDisplayLost(nullptr);

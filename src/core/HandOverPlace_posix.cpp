@@ -1,0 +1,71 @@
+#include "core/HandOverPlace.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr char kMoved[] = "KESTRUN_HANDOVER_FOLDER";
+
+// From the user database alone: HOME is often another one, or missing, where no person logged in.
+std::string HomeOfUser() {
+  std::vector<char> buffer(16384);
+  passwd entry{};
+  passwd* found = nullptr;
+  if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0) return {};
+  const std::string home = found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
+  return FileDirWrapper::IsFolder(home) ? home : std::string();
+}
+
+std::string HostName() {
+  utsname system{};
+  std::string name = uname(&system) == 0 ? system.nodename : "";
+  std::replace(name.begin(), name.end(), '/', '_');
+  return name.empty() ? "localhost" : name;
+}
+
+// The folder itself, no link to one.
+bool MakeOwnFolder(const std::string& path) {
+  std::string parent;
+  if (!FileDirWrapper::DirOf(path, parent)) return false;
+  FileDirWrapper::CreateDirTree(parent);
+  mkdir(path.c_str(), S_IRWXU);
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != geteuid()) {
+    return false;
+  }
+  const bool isOpen = (info.st_mode & 077) != 0;
+  if (isOpen && chmod(path.c_str(), S_IRWXU) != 0) return false;
+  return faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+std::vector<std::string> Places() {
+  const char* moved = std::getenv(kMoved);
+  if (moved != nullptr && *moved == '/') return {moved};
+  std::vector<std::string> places;
+  const std::string home = HomeOfUser();
+  if (!home.empty()) places.push_back(home + "/.config/orla/handover-" + HostName());
+  places.push_back("/dev/shm/kr-" + std::to_string(geteuid()));
+  return places;
+}
+
+}  // namespace
+
+std::string HandOverFolder() {
+  const std::vector<std::string> places = Places();
+  const auto usable = std::find_if(places.begin(), places.end(), MakeOwnFolder);
+  return usable == places.end() ? places.front() : *usable;
+}
+
+std::string FirstCopyLock(const std::string&) {
+  return FileDirWrapper::Join(HandOverFolder(), "kr_running.lock");
+}
