@@ -15,6 +15,7 @@ endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Counted into -Wconversion by Clang, but not by GCC.
   kr_compile(-Wno-sign-conversion)
+  kr_compile(-Wthread-safety)  # what util/signals/Mutex.h says of locks
 endif()
 if(MSVC)
   kr_compile(/W4 /permissive- /utf-8 /Zc:__cplusplus)

@@ -33,13 +33,13 @@ void AppendLine(const std::string& path, const std::string& line) {
 
 void AppLog::Note(const Message& message) {
   const std::string line = OneLine(message.English()).substr(0, kMostBytes);
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   AppendLine(path_, Now() + ">> " + line + '\n');
 }
 
 void AppLog::Report(const Message& message) {
   Note(message);
-  const std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
+  const RecursiveLock lock(listenerMutex_);
   if (listener_) listener_(message);
 }
 
@@ -48,12 +48,12 @@ MessageSink AppLog::Sink() {
 }
 
 void AppLog::SetListener(MessageSink listener) {
-  const std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
+  const RecursiveLock lock(listenerMutex_);
   listener_ = std::move(listener);
 }
 
 void AppLog::StartNewWhenBig() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   std::int64_t created = 0;
   std::int64_t accessed = 0;
   std::int64_t modified = 0;

@@ -3,10 +3,10 @@
 #define KR_CORE_APPLOG_H
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 #include "messages/Message.h"
+#include "util/signals/Mutex.h"
 
 // Any thread. A missing folder is made anew; a log that cannot be written is silently done without.
 class AppLog {
@@ -39,10 +39,10 @@ class AppLog {
   const std::string& Path() const { return path_; }
 
  private:
-  std::string path_;
-  std::mutex mutex_;                    // the file
-  std::recursive_mutex listenerMutex_;  // held during calls; a listener may report something too
-  MessageSink listener_;
+  const std::string path_;
+  Mutex mutex_;                   // of the file
+  RecursiveMutex listenerMutex_;  // held during calls; a listener may report something too
+  MessageSink listener_ KR_GUARDED_BY(listenerMutex_);
 };
 
 #endif

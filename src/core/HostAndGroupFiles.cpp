@@ -30,8 +30,8 @@ void SettingsAndPaths::ReadHostFile() {
     log_.Report(Message(MessageId::kHostsUnreadable, hostFile));
     return;
   }
-  const std::lock_guard<std::mutex> lock(mutex_);
   settings_.host_lines = HostLinesOf(text);
+  Publish();
 }
 
 void SettingsAndPaths::WriteHostFile() {
@@ -55,8 +55,8 @@ SettingsAndPaths::HostChange SettingsAndPaths::ChangeHosts(const std::vector<std
     if (HostLinesOf(text) != settings_.host_lines) return HostChange::kFileIsNewer;
   }
   if (!StoreHostFile(WithHostLines(text, hosts))) return HostChange::kFailed;
-  const std::lock_guard<std::mutex> lock(mutex_);
   settings_.host_lines = hosts;
+  Publish();
   return HostChange::kDone;
 }
 

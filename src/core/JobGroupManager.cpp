@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <shared_mutex>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
@@ -27,7 +26,7 @@ std::string ProgramFolder() {
 class JobGroupManager::ObserverRelay : public QueueObserver {
  public:
   void Set(QueueObserver* observer) {
-    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    const WriteLock lock(mutex_);
     observer_ = observer;
   }
 
@@ -56,12 +55,12 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
  private:
   template <typename Call>
   void Tell(Call call) {
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const ReadLock lock(mutex_);
     if (observer_ != nullptr) call(*observer_);
   }
 
-  std::shared_mutex mutex_;
-  QueueObserver* observer_ = nullptr;
+  SharedMutex mutex_;
+  QueueObserver* observer_ KR_GUARDED_BY(mutex_) = nullptr;
 };
 
 JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
@@ -95,7 +94,7 @@ bool JobGroupManager::ValidGroupName(const std::string& name) {
 int JobGroupManager::AddGroup(const std::string& name) {
   auto group = std::make_shared<JobGroup>(*this);
   group->SetName(name);
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   groups_.push_back(std::move(group));
   return static_cast<int>(groups_.size()) - 1;
 }
@@ -104,7 +103,7 @@ bool JobGroupManager::RemoveGroup(int index) {
   const std::shared_ptr<JobGroup> group = GroupAt(index);
   if (!group) return false;
   group->RequestStop();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto found = std::find(groups_.begin(), groups_.end(), group);
   if (found == groups_.end()) return false;
   groups_.erase(found);
@@ -115,7 +114,7 @@ bool JobGroupManager::RemoveGroup(int index) {
 }
 
 std::shared_ptr<JobGroup> JobGroupManager::GroupAt(int index) const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return nullptr;
   return groups_[static_cast<std::size_t>(index)];
 }
@@ -128,7 +127,7 @@ std::shared_ptr<JobGroup> JobGroupManager::GroupById(int id) const {
 }
 
 std::vector<std::shared_ptr<JobGroup>> JobGroupManager::Groups() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return groups_;
 }
 
@@ -155,12 +154,12 @@ int JobGroupManager::IndexOfName(const std::string& name) const {
 }
 
 int JobGroupManager::CurrentGroupIndex() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return current_;
 }
 
 bool JobGroupManager::SetCurrentGroup(int index) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return false;
   current_ = index;
   return true;
@@ -188,7 +187,7 @@ std::vector<std::shared_ptr<JobGroup>> JobGroupManager::GroupsToStop(int index) 
     const std::shared_ptr<JobGroup> group = GroupAt(index);
     return group ? std::vector{group} : std::vector<std::shared_ptr<JobGroup>>{};
   }
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   std::vector<std::shared_ptr<JobGroup>> groups = groups_;
   for (const std::weak_ptr<JobGroup>& former : removed_) {
     if (std::shared_ptr<JobGroup> group = former.lock()) groups.push_back(std::move(group));

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "core/SettingsAndPaths.h"
 #include "solvers/JobSolver.h"
 #include "solvers/PositioningLibrary.h"
+#include "util/signals/Mutex.h"
 
 // Owned by the application. Groups are added and removed on the interface thread; everything may be
 // read on any thread.
@@ -79,12 +79,10 @@ class JobGroupManager {
   const std::unique_ptr<ObserverRelay> relay_;
   const std::shared_ptr<RunningThreads> threads_;
   PositioningLibrary positioning_;
-  // The members below. Never held while a group is asked for something: groups ask the manager
-  // while they hold the job mutex.
-  mutable std::mutex mutex_;
-  std::vector<std::shared_ptr<JobGroup>> groups_;
-  std::vector<std::weak_ptr<JobGroup>> removed_;
-  int current_ = -1;
+  mutable Mutex mutex_;  // never held while a group is asked for something
+  std::vector<std::shared_ptr<JobGroup>> groups_ KR_GUARDED_BY(mutex_);
+  std::vector<std::weak_ptr<JobGroup>> removed_ KR_GUARDED_BY(mutex_);
+  int current_ KR_GUARDED_BY(mutex_) = -1;
 };
 
 #endif

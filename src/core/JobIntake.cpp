@@ -60,7 +60,7 @@ JobIntake::JobIntake(JobGroupManager& manager) : manager_(manager), worker_([thi
 JobIntake::~JobIntake() {
   Cancel();
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     end_ = true;
   }
   changed_.notify_all();
@@ -72,7 +72,7 @@ void JobIntake::Add(JobRequest request) {
     if (const auto group = manager_.CurrentGroup()) request.groupId = group->Id();
   }
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     waiting_.push_back(std::move(request));
     ++total_;
   }
@@ -82,7 +82,7 @@ void JobIntake::Add(JobRequest request) {
 void JobIntake::Cancel() {
   int total = 0;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     ++burst_;
     done_ += static_cast<int>(waiting_.size());
     waiting_.clear();
@@ -95,13 +95,13 @@ void JobIntake::Cancel() {
 }
 
 bool JobIntake::Busy() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return reading_ || !waiting_.empty();
 }
 
 void JobIntake::Drain() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  changed_.wait(lock, [this] { return !reading_ && waiting_.empty(); });
+  MutexLock lock(mutex_);
+  while (reading_ || !waiting_.empty()) lock.Wait(changed_);
 }
 
 void JobIntake::Work() {
@@ -115,8 +115,8 @@ void JobIntake::Work() {
 }
 
 bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  changed_.wait(lock, [this] { return end_ || !waiting_.empty(); });
+  MutexLock lock(mutex_);
+  while (!end_ && waiting_.empty()) lock.Wait(changed_);
   if (end_) return false;
   request = std::move(waiting_.front());
   waiting_.pop_front();
@@ -141,19 +141,19 @@ void JobIntake::EndRequest() {
   int done = 0;
   int total = 0;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     done = ++done_;
     total = total_;
     if (waiting_.empty()) done_ = total_ = 0;
   }
   manager_.Observer().IntakeProgress(done, total, {}, 100);
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   reading_ = false;
   changed_.notify_all();
 }
 
 bool JobIntake::GivenUp(unsigned burst) const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return burst != burst_;
 }
 
@@ -161,7 +161,7 @@ void JobIntake::TellProgress(const std::string& file, int percent) {
   int done = 0;
   int total = 0;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     done = done_;
     total = total_;
   }

@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 
 #include "core/JobGroupManager.h"
+#include "util/signals/Mutex.h"
 
 // A job that is to be made: a record of the hand-over file, or a file chosen in the window.
 struct JobRequest {
@@ -71,14 +71,14 @@ class JobIntake {
   void EndRequest();
 
   JobGroupManager& manager_;
-  mutable std::mutex mutex_;  // all below but the thread
+  mutable Mutex mutex_;
   std::condition_variable changed_;
-  std::deque<JobRequest> waiting_;
-  bool reading_ = false;
-  unsigned burst_ = 0;  // counts the calls of Cancel
-  int done_ = 0;        // of the requests since nothing was to do
-  int total_ = 0;
-  bool end_ = false;
+  std::deque<JobRequest> waiting_ KR_GUARDED_BY(mutex_);
+  bool reading_ KR_GUARDED_BY(mutex_) = false;
+  unsigned burst_ KR_GUARDED_BY(mutex_) = 0;  // counts the calls of Cancel
+  int done_ KR_GUARDED_BY(mutex_) = 0;        // of the requests since nothing was to do
+  int total_ KR_GUARDED_BY(mutex_) = 0;
+  bool end_ KR_GUARDED_BY(mutex_) = false;
   std::thread worker_;
 };
 

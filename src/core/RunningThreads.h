@@ -4,33 +4,37 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
+
+#include "util/signals/Mutex.h"
 
 // Shared by the manager and its groups' threads: leaving is the last thing a thread does with
 // anything of ours. Any thread.
 class RunningThreads {
  public:
   void Enter() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     ++count_;
   }
 
   void Leave() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     --count_;
     left_.notify_all();
   }
 
   // True once no thread is left.
   bool WaitForNone(std::chrono::milliseconds limit) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return left_.wait_for(lock, limit, [this] { return count_ == 0; });
+    const auto end = std::chrono::steady_clock::now() + limit;
+    MutexLock lock(mutex_);
+    while (count_ != 0 && lock.WaitUntil(left_, end)) {
+    }
+    return count_ == 0;
   }
 
  private:
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable left_;
-  int count_ = 0;
+  int count_ KR_GUARDED_BY(mutex_) = 0;
 };
 
 #endif

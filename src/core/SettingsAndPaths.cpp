@@ -35,6 +35,7 @@ SettingsAndPaths::SettingsAndPaths(const std::string& title)
       log_(FileDirWrapper::Join(workFolder, "kr.log")) {
   if (!HasWorkFolder()) log_.Report(Message(MessageId::kFolderNotWritable, workFolder));
   FileDirWrapper::DocumentsDir(settings_.last_path);
+  Publish();
   OpenOrMakeEvent(handOverEvent);
 }
 
@@ -45,8 +46,13 @@ bool SettingsAndPaths::HasWorkFolder() const {
 }
 
 Settings SettingsAndPaths::Snapshot() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return settings_;
+  const MutexLock lock(mutex_);
+  return published_;
+}
+
+void SettingsAndPaths::Publish() {
+  const MutexLock lock(mutex_);
+  published_ = settings_;
 }
 
 void SettingsAndPaths::SetSolverPath(SolverKind kind, const std::string& path) {

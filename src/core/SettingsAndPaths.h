@@ -2,7 +2,6 @@
 #ifndef KR_CORE_SETTINGSANDPATHS_H
 #define KR_CORE_SETTINGSANDPATHS_H
 
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "core/AppLog.h"
 #include "jobs/Settings.h"
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 
 // One object, owned by the application; the interface thread's, except Snapshot() and Log().
 class SettingsAndPaths {
@@ -28,9 +28,9 @@ class SettingsAndPaths {
   // Changes settings and marks them changed (dirty).
   template <typename Change>
   void Edit(Change change) {
-    std::lock_guard<std::mutex> lock(mutex_);
     change(settings_);
     dirty_ = true;
+    Publish();
   }
   // Stores a value when it differs; only then the settings become dirty. True when it differed.
   template <typename T>
@@ -78,8 +78,11 @@ class SettingsAndPaths {
   bool HasWorkFolder() const;  // makes it when it is missing; true when it can be written to
   bool StoreHostFile(const std::string& text);
 
-  mutable std::mutex mutex_;
+  void Publish();
+
   Settings settings_;
+  mutable Mutex mutex_;
+  Settings published_ KR_GUARDED_BY(mutex_);  // the same, for other threads
   bool dirty_ = false;
   bool groupFileKept_ = false;  // it is there but could not be read
   AppLog log_;

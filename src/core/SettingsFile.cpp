@@ -182,8 +182,8 @@ void SettingsAndPaths::ReadSettings() {
   Settings read = settings_;
   for (const Key& key : kKeys) ReadKey(key, settingsFile, read);
   for (const Key& key : kReadOnlyKeys) ReadKey(key, settingsFile, read);
-  const std::lock_guard<std::mutex> lock(mutex_);
   settings_ = std::move(read);
+  Publish();
 }
 
 bool SettingsAndPaths::WriteSettings() {

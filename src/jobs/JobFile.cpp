@@ -35,27 +35,27 @@ std::string JobFile::Folder() const {
 }
 
 std::string JobFile::MessageFile() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return messageFile_;
 }
 
 void JobFile::SetMessageFile(const std::string& path) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   messageFile_ = path;
 }
 
 int JobFile::RunErrorCode() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return runErrorCode_;
 }
 
 std::string JobFile::RunMessage() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return runMessage_;
 }
 
 void JobFile::SetRunError(int code, const std::string& message) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   runErrorCode_ = code;
   runMessage_ = message;
 }

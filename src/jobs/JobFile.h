@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "jobs/JobStatus.h"
 #include "jobs/Settings.h"
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 
 // Which program runs a job. The numbers are the order of the drivers and of Settings::solver_path.
 enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
@@ -93,10 +93,10 @@ class JobFile {
   void ResetForRun();
 
  private:
-  mutable std::mutex mutex_;
-  std::string messageFile_;
-  int runErrorCode_ = 0;
-  std::string runMessage_;
+  mutable Mutex mutex_;
+  std::string messageFile_ KR_GUARDED_BY(mutex_);
+  int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
+  std::string runMessage_ KR_GUARDED_BY(mutex_);
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.

@@ -12,7 +12,8 @@
 void WaitUnlessAborted(std::chrono::milliseconds time, const std::atomic<bool>& abort,
                        const std::function<bool()>& done = {});
 
-// Does not own the mutex when `abort` came first.
+// For turns, whose mutex guards nothing of ours but says whose turn it is. Does not own the mutex
+// when `abort` came first.
 std::unique_lock<std::mutex> LockUnlessAborted(std::mutex& mutex, const std::atomic<bool>& abort);
 
 #endif

@@ -10,7 +10,7 @@ PositioningLibrary::PositioningLibrary(const std::string& folder)
     : path_(FileDirWrapper::Join(folder, SharedLibrary::FileName("qvas"))) {}
 
 const PositioningFunctions* PositioningLibrary::Functions(const JobFile& job) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!tried_) {
     tried_ = true;
     std::string error;
@@ -36,7 +36,7 @@ bool PositioningLibrary::Load(std::string& error) {
     return false;
   }
   if (!library_.Load(path_, error)) return false;
-  const auto find = [&](auto& function, const char* name) {
+  const auto find = [&](auto& function, const char* name) KR_REQUIRES(mutex_) {
     using Function = std::remove_reference_t<decltype(function)>;
     function = reinterpret_cast<Function>(library_.Find(name));
     if (function == nullptr && error.empty()) error = std::string("it has no ") + name;

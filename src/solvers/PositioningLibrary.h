@@ -7,6 +7,7 @@
 
 #include "jobs/JobFile.h"
 #include "util/process/SharedLibrary.h"
+#include "util/signals/Mutex.h"
 
 // Its functions. Paths are zero-terminated texts.
 struct PositioningFunctions {
@@ -31,15 +32,17 @@ class PositioningLibrary {
   friend class PositioningSession;
   // Null without the library.
   const PositioningFunctions* Functions(const JobFile& job);
-  bool Load(std::string& error);
+  bool Load(std::string& error) KR_REQUIRES(mutex_);
 
   const std::string path_;
-  std::mutex mutex_;  // the three below
-  bool tried_ = false;
-  bool loaded_ = false;
-  SharedLibrary library_;
-  PositioningFunctions functions_;  // fixed once loaded
-  std::mutex session_;              // the library has one session for all
+  Mutex mutex_;
+  bool tried_ KR_GUARDED_BY(mutex_) = false;
+  bool loaded_ KR_GUARDED_BY(mutex_) = false;
+  SharedLibrary library_ KR_GUARDED_BY(mutex_);
+  PositioningFunctions functions_ KR_GUARDED_BY(mutex_);  // fixed once loaded
+  // A turn, which guards nothing of ours: the library has one session for all. A session object
+  // holds it for as long as it lasts.
+  std::mutex session_;
 };
 
 // What the library does for one job. Used on the job's thread; ends with the object whatever

@@ -9,7 +9,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
-#include <mutex>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -18,6 +17,7 @@
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/Language.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -75,10 +75,10 @@ struct Flx_ShowInfo::Reading {
   TextTable texts;                 // the thread's own
   std::atomic<bool> ended{false};  // the dialog is gone
   std::atomic<int> percent{0};
-  std::mutex mutex;  // both below
+  Mutex mutex;
   std::condition_variable changed;
-  std::vector<std::string> lines;
-  bool done = false;
+  std::vector<std::string> lines KR_GUARDED_BY(mutex);
+  bool done KR_GUARDED_BY(mutex) = false;
 };
 
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
@@ -151,7 +151,7 @@ void Flx_ShowInfo::StartReading() {
       } catch (const std::exception& error) {
         lines = {hooks.say(Message(MessageId::kReportFailed, error.what()))};
       }
-      const std::lock_guard<std::mutex> lock(reading->mutex);
+      const MutexLock lock(reading->mutex);
       reading->lines = std::move(lines);
       reading->done = true;
       reading->changed.notify_all();
@@ -161,8 +161,10 @@ void Flx_ShowInfo::StartReading() {
     return;
   }
   {
-    std::unique_lock<std::mutex> lock(reading_->mutex);
-    reading_->changed.wait_for(lock, kAtOnce, [this] { return reading_->done; });
+    const auto end = std::chrono::steady_clock::now() + kAtOnce;
+    MutexLock lock(reading_->mutex);
+    while (!reading_->done && lock.WaitUntil(reading_->changed, end)) {
+    }
   }
   if (ShowWhenRead()) return;
   ShowProgress();
@@ -177,7 +179,7 @@ void Flx_ShowInfo::Look(void* self) {
 }
 
 bool Flx_ShowInfo::ShowWhenRead() {
-  const std::lock_guard<std::mutex> lock(reading_->mutex);
+  const MutexLock lock(reading_->mutex);
   if (!reading_->done) return false;
   auto* list = Find(kLines);
   list->clear();

@@ -23,13 +23,13 @@ template <typename Note>
 void QueueNotes::Take(Note note) {
   bool wake = false;
   {
-    std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     note(changes_);
     wake = !std::exchange(awake_, true);
   }
   // A full queue of wake-ups: the next note tries again.
   if (wake && Fl::awake(Wake, this) != 0) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     awake_ = false;
   }
 }
@@ -48,7 +48,7 @@ void QueueNotes::DeliverLater(void* self) {
 void QueueNotes::Deliver() {
   QueueChanges changes;
   {
-    std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     awake_ = false;
     std::swap(changes, changes_);
   }

@@ -5,11 +5,11 @@
 #include <chrono>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 
 #include "core/QueueObserver.h"
+#include "util/signals/Mutex.h"
 
 // What changed since the interface looked last.
 struct QueueChanges {
@@ -49,9 +49,10 @@ class QueueNotes : public QueueObserver {
   static void DeliverLater(void* self);
   void Deliver();
 
-  std::mutex mutex_;
-  QueueChanges changes_;
-  bool awake_ = false;  // the interface has been woken and has not looked yet
+  Mutex mutex_;
+  QueueChanges changes_ KR_GUARDED_BY(mutex_);
+  // The interface has been woken and has not looked yet.
+  bool awake_ KR_GUARDED_BY(mutex_) = false;
   std::chrono::steady_clock::time_point next_;  // not delivered before; interface thread
 };
 

@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <mutex>
 
 #include "util/files/FileReplace_posix.h"
 #include "util/files/FileSystemCalls.h"
 #include "util/files/IniText_posix.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -70,8 +70,8 @@ std::string ini_service::ReadValue(const std::string& section, const std::string
 void ini_service::Write(const std::string& section, const std::string* key,
                         const std::string* value, const std::string& fileName) {
   // Two threads that change two keys of one file must not undo each other's change.
-  static std::mutex guard;
-  const std::lock_guard<std::mutex> lock(guard);
+  static Mutex guard;
+  const MutexLock lock(guard);
   std::string bytes;
   if (Load(fileName, bytes) == Loaded::kUnreadable) return;
   IniText text(bytes);

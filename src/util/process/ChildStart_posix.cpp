@@ -9,9 +9,9 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <mutex>
 
 #include "util/files/FileSystemCalls.h"
+#include "util/signals/Mutex.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -77,8 +77,8 @@ void KeepChildrenCollectable() {
 }
 
 struct LetGo {
-  std::mutex mutex;
-  std::vector<pid_t> pids;
+  Mutex mutex;
+  std::vector<pid_t> pids KR_GUARDED_BY(mutex);
 };
 
 LetGo& LetGoChildren() {
@@ -148,12 +148,12 @@ int ExitCodeOf(int waitStatus) {
 
 void LetChildGo(pid_t pid) {
   LetGo& children = LetGoChildren();
-  const std::lock_guard<std::mutex> lock(children.mutex);
+  const MutexLock lock(children.mutex);
   children.pids.push_back(pid);
 }
 
 void SweepChildren() {
   LetGo& children = LetGoChildren();
-  const std::lock_guard<std::mutex> lock(children.mutex);
+  const MutexLock lock(children.mutex);
   std::erase_if(children.pids, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
 }

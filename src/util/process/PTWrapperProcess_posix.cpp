@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 #include <exception>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -18,6 +17,7 @@
 #include "util/process/Console_posix.h"
 #include "util/process/ProcessTree_posix.h"
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -127,10 +127,10 @@ struct PTWrapperProcess::Private {
   static bool StartInConsole(const ChildStart& start, const Console::Setup& setup, Child& started,
                              bool& failed);
   static bool StartAlone(ChildStart start, const std::string& outputFile, Child& started);
-  bool Forget(bool ended);
+  bool Forget(bool ended) KR_REQUIRES(mutex);
 
-  std::mutex mutex;  // guards `child`
-  std::optional<Child> child;
+  Mutex mutex;
+  std::optional<Child> child KR_GUARDED_BY(mutex);
 };
 
 bool PTWrapperProcess::Private::Child::HasEnded() {
@@ -212,7 +212,7 @@ PTWrapperProcess::~PTWrapperProcess() {
 }
 
 bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::string& ownFolder) try {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   SweepChildren();
   if (p_->child) {
     SetLastError("the process is opened");
@@ -247,7 +247,7 @@ bool PTWrapperProcess::WaitProc() {
   for (bool first = true;; first = false) {
     UniqueFd news;
     {
-      const std::lock_guard<std::mutex> lock(p_->mutex);
+      const MutexLock lock(p_->mutex);
       if (!p_->child && first) {
         SetLastError("the process is not opened");
         return false;
@@ -264,26 +264,26 @@ bool PTWrapperProcess::WaitProc() {
 
 bool PTWrapperProcess::IsActive() const {
   SweepChildren();
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   return p_->child && !p_->child->HasEnded();
 }
 
 bool PTWrapperProcess::Terminate() {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->child || p_->Forget(p_->child->HasEnded() || p_->child->EndTree())) return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
 }
 
 bool PTWrapperProcess::TerminateAll() {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->child || p_->Forget(p_->child->EndTree())) return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
 }
 
 int PTWrapperProcess::ExitCode() const {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->child) return -1;
   return p_->child->HasEnded() ? *p_->child->exitCode : kStillActive;
 }
@@ -293,6 +293,6 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 }
 
 std::int32_t PTWrapperProcess::ChildId() const {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   return p_->child ? p_->child->key.pid : 0;
 }

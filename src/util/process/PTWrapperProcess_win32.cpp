@@ -2,11 +2,11 @@
 
 #include <exception>
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -113,15 +113,18 @@ std::wstring EnvironmentFor(const PTWrapperProcessStart& start) {
 }  // namespace
 
 struct PTWrapperProcess::Private {
-  bool Start(const PTWrapperProcessStart& what, const std::string& program, STARTUPINFOA& startup);
-  bool End(bool leftovers);
+  bool Start(const PTWrapperProcessStart& what, const std::string& program, STARTUPINFOA& startup)
+      KR_REQUIRES(mutex);
+  bool End(bool leftovers) KR_REQUIRES(mutex);
 
-  std::mutex mutex;          // guards what follows
-  HANDLE process = nullptr;  // forgotten by Terminate, never closed: its id cannot be taken over
-  DWORD processId = 0;
-  Handle job;  // everything that the child starts, where the system lets us have one
-  Handle pipeRead;
-  Handle ioEvent;
+  Mutex mutex;
+  // Forgotten by Terminate, never closed: its id cannot be taken over.
+  HANDLE process KR_GUARDED_BY(mutex) = nullptr;
+  DWORD processId KR_GUARDED_BY(mutex) = 0;
+  // Everything that the child starts, where the system lets us have one.
+  Handle job KR_GUARDED_BY(mutex);
+  Handle pipeRead KR_GUARDED_BY(mutex);
+  Handle ioEvent KR_GUARDED_BY(mutex);
 };
 
 // Starts the child stopped, so that nothing of it escapes the job.
@@ -173,7 +176,7 @@ PTWrapperProcess::~PTWrapperProcess() {
 }
 
 bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::string& ownFolder) try {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (p_->process) {
     SetLastError("the process is opened");
     return false;
@@ -230,7 +233,7 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
 bool PTWrapperProcess::WaitProc() {
   HANDLE process = nullptr;
   {
-    const std::lock_guard<std::mutex> lock(p_->mutex);
+    const MutexLock lock(p_->mutex);
     process = p_->process;
   }
   if (!process) {
@@ -239,33 +242,33 @@ bool PTWrapperProcess::WaitProc() {
   }
   if (WaitForSingleObject(process, INFINITE) != WAIT_FAILED) return true;
   SetLastError("Invalid thread handle\n");
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   p_->process = nullptr;
   p_->processId = 0;
   return false;
 }
 
 bool PTWrapperProcess::IsActive() const {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   return p_->process && !HasEnded(p_->process);
 }
 
 bool PTWrapperProcess::Terminate() {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->process || p_->End(false)) return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
 }
 
 bool PTWrapperProcess::TerminateAll() {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->process || p_->End(true)) return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
 }
 
 int PTWrapperProcess::ExitCode() const {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   if (!p_->process) return -1;
   DWORD code = kStillActive;
   GetExitCodeProcess(p_->process, &code);
@@ -277,6 +280,6 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 }
 
 std::int32_t PTWrapperProcess::ChildId() const {
-  const std::lock_guard<std::mutex> lock(p_->mutex);
+  const MutexLock lock(p_->mutex);
   return static_cast<std::int32_t>(p_->processId);
 }

@@ -9,10 +9,10 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <exception>
-#include <mutex>
 #include <optional>
 
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -25,11 +25,11 @@ struct Control {
   std::atomic<bool> ending{false};  // by TerminateThread or ExitThread
   jmp_buf leave{};                  // out of the routine, past its destructors
 
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable begun;
-  pthread_t thread{};
-  pid_t systemId = 0;  // 0 until it runs
-  bool ended = false;
+  pthread_t thread KR_GUARDED_BY(mutex){};
+  pid_t systemId KR_GUARDED_BY(mutex) = 0;  // 0 until it runs
+  bool ended KR_GUARDED_BY(mutex) = false;
 };
 
 using ControlPtr = std::shared_ptr<Control>;
@@ -38,12 +38,12 @@ using ControlPtr = std::shared_ptr<Control>;
 class Running {
  public:
   explicit Running(ControlPtr control) : control_(std::move(control)) {
-    const std::lock_guard<std::mutex> lock(control_->mutex);
+    const MutexLock lock(control_->mutex);
     control_->systemId = gettid();
     control_->begun.notify_all();
   }
   ~Running() {
-    const std::lock_guard<std::mutex> lock(control_->mutex);
+    const MutexLock lock(control_->mutex);
     control_->ended = true;
   }
   Running(const Running&) = delete;
@@ -55,8 +55,8 @@ class Running {
 
 // Until the thread is ended from outside: nothing resumes a thread.
 [[noreturn]] void StayStopped(Control& control) {
-  std::unique_lock<std::mutex> lock(control.mutex);
-  for (;;) control.begun.wait(lock);
+  MutexLock lock(control.mutex);
+  for (;;) lock.Wait(control.begun);
 }
 
 thread_local Control* ofThisThread = nullptr;
@@ -161,7 +161,7 @@ bool PTWrapperThread::CreateThread(Routine routine, void* argument, int creation
   pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
   int error = 0;
   {
-    const std::lock_guard<std::mutex> lock(control->mutex);
+    const MutexLock lock(control->mutex);
     error = pthread_create(&control->thread, &attributes, ThreadMain, start.get());
   }
   pthread_attr_destroy(&attributes);
@@ -181,10 +181,11 @@ bool PTWrapperThread::SetThreadPriority(int priority) {
     return false;
   }
   Control& control = *p_->control;
-  std::unique_lock<std::mutex> lock(control.mutex);
-  control.begun.wait(lock, [&] { return control.systemId != 0; });
-  if (!control.ended && ApplyPriority(control.systemId, priority)) return true;
-  lock.unlock();
+  {
+    MutexLock lock(control.mutex);
+    while (control.systemId == 0) lock.Wait(control.begun);
+    if (!control.ended && ApplyPriority(control.systemId, priority)) return true;
+  }
   SetLastError("Set thread priority failed");
   return false;
 }
@@ -195,7 +196,7 @@ bool PTWrapperThread::TerminateThread() {
     return false;
   }
   {
-    const std::lock_guard<std::mutex> lock(p_->control->mutex);
+    const MutexLock lock(p_->control->mutex);
     p_->control->ending = true;
     if (!p_->control->ended) pthread_cancel(p_->control->thread);
   }
@@ -206,7 +207,7 @@ bool PTWrapperThread::TerminateThread() {
 bool PTWrapperThread::SuspenThread() {
   if (!p_->control) return true;
   const int signal = SuspendSignal();
-  const std::lock_guard<std::mutex> lock(p_->control->mutex);
+  const MutexLock lock(p_->control->mutex);
   if (!p_->control->ended) pthread_kill(p_->control->thread, signal);
   return true;
 }

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "util/process/PTWrapper.h"
+#include "util/signals/Mutex.h"
 #include "util/signals/SignalObject.h"
 
 namespace {
@@ -13,9 +14,9 @@ constexpr int kWaitError = static_cast<int>(WaitResult::kFailed);
 
 // A released semaphore's handle is forgotten, not closed: the object lives on with the process.
 void Forget(std::unique_ptr<SemaphoreObject> semaphore) {
-  static std::mutex mutex;
-  static std::vector<std::unique_ptr<SemaphoreObject>> forgotten;
-  const std::lock_guard<std::mutex> lock(mutex);
+  static Mutex mutex;
+  static std::vector<std::unique_ptr<SemaphoreObject>> forgotten KR_GUARDED_BY(mutex);
+  const MutexLock lock(mutex);
   forgotten.push_back(std::move(semaphore));
 }
 

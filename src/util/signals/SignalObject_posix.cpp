@@ -4,11 +4,11 @@
 #include <condition_variable>
 #include <limits>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
 
+#include "util/signals/Mutex.h"
 #include "util/signals/SharedFile_posix.h"
 
 namespace {
@@ -38,7 +38,7 @@ struct NamedObject {
 
   const SignalKind kind;
   const std::unique_ptr<SharedFile> file;
-  std::mutex mutex;
+  Mutex mutex;
 };
 
 // Units to take: a semaphore's, or an event's one.
@@ -46,7 +46,7 @@ struct NamedCounter : NamedObject {
   using NamedObject::NamedObject;
 
   WaitResult TryTake() {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const MutexLock lock(mutex);
     const SharedFile::StateLock stateLock(*file);
     SignalState state;
     if (!stateLock || !file->Read(state)) return WaitResult::kFailed;
@@ -66,13 +66,13 @@ struct NamedCounter : NamedObject {
   }
 
   bool SetValue(std::int32_t value) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const MutexLock lock(mutex);
     const SharedFile::StateLock stateLock(*file);
     return stateLock && file->Write({value, 1});
   }
 
   bool Add(long count) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const MutexLock lock(mutex);
     const SharedFile::StateLock stateLock(*file);
     SignalState state;
     if (!stateLock || !file->Read(state)) return false;
@@ -86,16 +86,16 @@ struct NamedMutex : NamedObject {
   using NamedObject::NamedObject;
 
   std::condition_variable changed;
-  std::thread::id owner;  // none, or a thread of this process
-  unsigned depth = 0;
+  std::thread::id owner KR_GUARDED_BY(mutex);  // none, or a thread of this process
+  unsigned depth KR_GUARDED_BY(mutex) = 0;
 
   WaitResult Wait(long milliseconds);
   bool Release();
   void AbandonByThisThread();
 
  private:
-  WaitResult TakeOver();
-  void LetGo();
+  WaitResult TakeOver() KR_REQUIRES(mutex);
+  void LetGo() KR_REQUIRES(mutex);
 };
 
 // The mutexes that a thread owns; its end abandons them.
@@ -122,7 +122,7 @@ thread_local OwnedMutexes ownedMutexes;
 WaitResult NamedMutex::Wait(long milliseconds) {
   const Clock::time_point deadline = DeadlineAfter(milliseconds);
   std::optional<SharedFile::Watch> watch;
-  std::unique_lock<std::mutex> lock(mutex);
+  MutexLock lock(mutex);
   if (owner == std::this_thread::get_id()) {
     ++depth;
     return WaitResult::kSignalled;
@@ -132,15 +132,15 @@ WaitResult NamedMutex::Wait(long milliseconds) {
     if (!ownedHere && file->TryOwn()) return TakeOver();
     if (Clock::now() >= deadline) return WaitResult::kTimedOut;
     if (ownedHere) {
-      changed.wait_until(lock, SleepEnd(deadline, kLongestSleep));
+      lock.WaitUntil(changed, SleepEnd(deadline, kLongestSleep));
       continue;
     }
-    lock.unlock();
+    lock.Unlock();
     if (watch)
       watch->Sleep(SleepEnd(deadline, kOwnerLook));
     else
       watch.emplace(*file);  // and look once more before the first sleep
-    lock.lock();
+    lock.Lock();
   }
 }
 
@@ -155,7 +155,7 @@ WaitResult NamedMutex::TakeOver() {
 }
 
 bool NamedMutex::Release() {
-  const std::lock_guard<std::mutex> lock(mutex);
+  const MutexLock lock(mutex);
   if (owner != std::this_thread::get_id()) return false;
   if (--depth > 0) return true;
   file->Write({0, 0});
@@ -164,7 +164,7 @@ bool NamedMutex::Release() {
 }
 
 void NamedMutex::AbandonByThisThread() {
-  const std::lock_guard<std::mutex> lock(mutex);
+  const MutexLock lock(mutex);
   if (owner == std::this_thread::get_id()) LetGo();
 }
 
@@ -182,7 +182,7 @@ class Registry {
                               const SignalState& initial, bool& existed) {
     existed = false;
     const std::string path = SharedFile::PathOf(name);
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto known = objects_.find(path);
     if (known != objects_.end()) {
       if (const std::shared_ptr<NamedObject> object = known->second.lock()) {
@@ -199,8 +199,8 @@ class Registry {
   }
 
  private:
-  std::mutex mutex_;
-  std::map<std::string, std::weak_ptr<NamedObject>> objects_;
+  Mutex mutex_;
+  std::map<std::string, std::weak_ptr<NamedObject>> objects_ KR_GUARDED_BY(mutex_);
 };
 
 Registry& Objects() {

@@ -3,14 +3,15 @@
 #include <clocale>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <vector>
 
+#include "util/signals/Mutex.h"
+
 struct ErrorReporting::Record {
-  std::mutex mutex;  // waits of one object may fail in several threads at once
-  ErrorPrinter printer = nullptr;
-  void* userData = nullptr;
-  std::string lastError;
+  Mutex mutex;  // waits of one object may fail in several threads at once
+  ErrorPrinter printer KR_GUARDED_BY(mutex) = nullptr;
+  void* userData KR_GUARDED_BY(mutex) = nullptr;
+  std::string lastError KR_GUARDED_BY(mutex);
 };
 
 namespace {
@@ -20,8 +21,8 @@ constexpr std::size_t kStackBuffer = 4096;
 // Changing the locale races with every other thread that formats numbers, so it is changed only
 // when it has to be.
 void UseCLocale() {
-  static std::mutex guard;
-  const std::lock_guard<std::mutex> lock(guard);
+  static Mutex guard;
+  const MutexLock lock(guard);
   const char* current = std::setlocale(LC_ALL, nullptr);
   if (current == nullptr || std::strcmp(current, "C") != 0) std::setlocale(LC_ALL, "C");
 }
@@ -52,12 +53,12 @@ ErrorReporting::ErrorReporting() : record_(std::make_unique<Record>()) {}
 ErrorReporting::~ErrorReporting() = default;
 
 std::string ErrorReporting::LastError() const {
-  const std::lock_guard<std::mutex> lock(record_->mutex);
+  const MutexLock lock(record_->mutex);
   return record_->lastError;
 }
 
 void ErrorReporting::SetErrorPrinterHandle(ErrorPrinter printer, void* userData) {
-  const std::lock_guard<std::mutex> lock(record_->mutex);
+  const MutexLock lock(record_->mutex);
   record_->printer = printer;
   record_->userData = userData;
 }
@@ -72,7 +73,7 @@ void ErrorReporting::SetLastError(const char* format, ...) {
   ErrorPrinter printer = nullptr;
   void* userData = nullptr;
   {
-    const std::lock_guard<std::mutex> lock(record_->mutex);
+    const MutexLock lock(record_->mutex);
     record_->lastError = text;
     printer = record_->printer;
     userData = record_->userData;
