@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "ui/dialogs/CellDrawing.h"
+#include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"

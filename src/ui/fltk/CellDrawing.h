@@ -1,6 +1,6 @@
 // What the cells of the tables look like. Interface thread, while a table draws.
-#ifndef KR_UI_DIALOGS_CELLDRAWING_H
-#define KR_UI_DIALOGS_CELLDRAWING_H
+#ifndef KR_UI_FLTK_CELLDRAWING_H
+#define KR_UI_FLTK_CELLDRAWING_H
 
 #include <FL/Enumerations.H>
 

@@ -1,4 +1,4 @@
-#include "ui/dialogs/CellDrawing.h"
+#include "ui/fltk/CellDrawing.h"
 
 #include <FL/fl_draw.H>
 
