@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
@@ -94,7 +95,7 @@ void StageTable::DrawCell(const Cell& cell) {
   fl_color(row.skipped ? Theme::kDisabledText : Theme::kText);
   switch (cell.column) {
     case kStatus:
-      return CellDrawing::StatusWord(area, text, row.status);
+      return DrawStatus(area, row.status, text);
     case kMessage:
       return CellDrawing::Link(area, text, ended || row.status == JobStatus::kRunning,
                                cell.hovered);
@@ -133,5 +134,5 @@ int StageTable::NeededWidth(int column) {
   int needed = 0;
   for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
     needed = std::max(needed, CellDrawing::Width(ReadRow(index).cells[column]));
-  return std::max(needed + (column == kStatus ? CellDrawing::kStateIcon : 0), 60);
+  return std::max(needed + (column == kStatus ? CellDrawing::kIconSize : 0), 60);
 }

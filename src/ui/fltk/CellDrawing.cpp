@@ -30,11 +30,10 @@ void Link(const CellArea& cell, const std::string& text, bool enabled, bool hove
   Words(cell, text);
 }
 
-void StatusWord(const CellArea& cell, const std::string& word, JobStatus status) {
-  if (Fl_RGB_Image* icon = Icon(Theme::StatusIcon(status)))
-    icon->draw(cell.x + kPadding - 2, cell.y + (cell.h - kStateIcon) / 2);
-  fl_color(Theme::StatusColor(status));
-  Words({cell.x + kStateIcon, cell.y, cell.w - kStateIcon, cell.h}, word);
+void IconAndWords(const CellArea& cell, const std::string& icon, const std::string& text) {
+  if (Fl_RGB_Image* image = Icon(icon))
+    image->draw(cell.x + kPadding - 2, cell.y + (cell.h - kIconSize) / 2);
+  Words({cell.x + kIconSize, cell.y, cell.w - kIconSize, cell.h}, text);
 }
 
 int Width(const std::string& text) {

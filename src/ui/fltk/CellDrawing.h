@@ -6,8 +6,6 @@
 
 #include <string>
 
-#include "jobs/JobStatus.h"
-
 struct CellArea {
   int x, y, w, h;
 };
@@ -15,7 +13,7 @@ struct CellArea {
 namespace CellDrawing {
 
 inline constexpr int kPadding = 8;
-inline constexpr int kStateIcon = 16;
+inline constexpr int kIconSize = 16;
 inline const std::string kNothing = "\xE2\x80\x93";  // an en dash
 
 void UseFont();
@@ -26,8 +24,8 @@ void Words(const CellArea& cell, const std::string& text, bool keepEnd = false);
 // A text that can be pressed.
 void Link(const CellArea& cell, const std::string& text, bool enabled, bool hovered);
 
-// The icon and word of a job status.
-void StatusWord(const CellArea& cell, const std::string& word, JobStatus status);
+// An icon and behind it a text in the current colour.
+void IconAndWords(const CellArea& cell, const std::string& icon, const std::string& text);
 
 // Pixels that a text needs, padding included.
 int Width(const std::string& text);

@@ -116,33 +116,3 @@ void Theme::DrawFocus(int x, int y, int w, int h) {
   fl_color(kFocus);
   fl_rect(x, y, w, h);
 }
-
-Fl_Color Theme::StatusColor(JobStatus status) {
-  switch (status) {
-    case JobStatus::kWaiting:
-      return kWaiting;
-    case JobStatus::kRunning:
-      return kRunning;
-    case JobStatus::kFinished:
-      return kFinished;
-    case JobStatus::kAborted:
-      return kAborted;
-    default:
-      return kQueued;
-  }
-}
-
-const char* Theme::StatusIcon(JobStatus status) {
-  switch (status) {
-    case JobStatus::kWaiting:
-      return "state_waiting";
-    case JobStatus::kRunning:
-      return "state_running";
-    case JobStatus::kFinished:
-      return "state_finished";
-    case JobStatus::kAborted:
-      return "state_aborted";
-    default:
-      return "state_queued";
-  }
-}

@@ -4,8 +4,6 @@
 
 #include <FL/Enumerations.H>
 
-#include "jobs/JobStatus.h"
-
 namespace Theme {
 
 constexpr Fl_Color Rgb(unsigned value) {
@@ -49,10 +47,6 @@ void DrawRounded(int x, int y, int w, int h, Fl_Color fill, Fl_Color line);
 
 // The frame of the widget that has the keyboard.
 void DrawFocus(int x, int y, int w, int h);
-
-// The word's colour and the icon of a job status.
-Fl_Color StatusColor(JobStatus status);
-const char* StatusIcon(JobStatus status);
 
 }  // namespace Theme
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
@@ -161,7 +162,7 @@ void JobTable::DrawCell(const Cell& cell) {
       }
       break;
     case kStatus:
-      CellDrawing::StatusWord(area, text, row.statusValue);
+      DrawStatus(area, row.statusValue, text);
       break;
     case kMessage:
       CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.statusValue),
@@ -249,7 +250,7 @@ int JobTable::NeededWidth(int column) {
   int needed = 0;
   for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
     needed = std::max(needed, CellDrawing::Width(CellText(ReadRow(index), column)));
-  if (column == kStatus) needed += CellDrawing::kStateIcon;
+  if (column == kStatus) needed += CellDrawing::kIconSize;
   if (column == kForce) needed += kCheckSize;
   return std::max(needed, 60);
 }
