@@ -6,7 +6,6 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogLayout.h"
 #include "ui/fltk/Numbers.h"
-#include "ui/text/Language.h"
 #include "ui/window/KeywordFiles.h"
 #include "ui/window/ProgramOptions.h"
 
@@ -47,15 +46,6 @@ TEST(DialogLayout, KeepsGeometryInAnotherLanguage) {
             "ID_OTHER,Box,\"Stays\",1,2,3\n");
 }
 
-TEST(DialogLayout, CutsWhatIsTooLong) {
-  const std::string longLabel(2000, 'x');
-  const auto lines = ParseLayout("ID_A,Box,\"" + longLabel + "\",5\nID_B,Box,\"y\",7\n");
-  ASSERT_EQ(lines.size(), 2U);
-  EXPECT_EQ(lines[0].label.size(), 255U);
-  EXPECT_EQ(lines[0].x, 0);  // behind the cut
-  EXPECT_EQ(lines[1].x, 7);
-}
-
 TEST(DropTarget, UnderstandsAddressesAndPlainPaths) {
   const auto paths = DroppedPaths(
       "file:///data/door%20inner.k\r\n# comment\r\nfile://localhost/a%25b\nfile:/c\nhttp://host/x\n"
@@ -91,20 +81,6 @@ TEST(ProgramOptions, TakesItsOwnAndLeavesTheRest) {
   EXPECT_EQ(options.report, FileDirWrapper::AbsolutePath("out.txt"));
   const std::vector<std::string> expected = {"--submit", "a.k", "#solver=dyna", "--odd"};
   EXPECT_EQ(arguments, expected);
-}
-
-TEST(Language, UnknownLanguagesAndKeysGiveEmptyTexts) {
-  TextTable texts;
-  FillTexts(2, "Title", texts);
-  EXPECT_EQ(texts.Get("lab_submit"), "");
-  EXPECT_EQ(texts.Get("Title"), "");
-  EXPECT_EQ(texts.Format("ui_reading", "1", "2", "x"), "");
-  FillTexts(0, "Title", texts);
-  EXPECT_EQ(texts.Get("lab_addk_in_folder"), "Add all LS-DYNA jobs in the folder");
-  EXPECT_EQ(texts.Get("Title"), "Title");
-  EXPECT_EQ(texts.Format("ui_reading", "1", "2"), "Reading 1 of 2: ");
-  texts.Set("lab_submit", "Go");
-  EXPECT_EQ(texts.Get("lab_submit"), "Go");
 }
 
 TEST(ComnFileDialog, TranslatesFilters) {

@@ -61,19 +61,4 @@ TEST_F(ChineseWindow, TakesAndKeepsChineseNames) {
   EXPECT_EQ(TempFolder::Read(desktop_.Groups()), "门板 дверь=\nGroup1=\n");
 }
 
-TEST_F(ChineseWindow, ALanguageThatIsNoneHasNoTextsAndNoDialogs) {
-  const Copy copy = StartIn(2);
-  desktop_.Key("F2");
-  usleep(700000);
-  EXPECT_TRUE(desktop_.Windows("KestrunDialog", 0).empty());
-  desktop_.Key("ctrl+r");
-  EXPECT_TRUE(desktop_.Answer("Return")) << "a message without words";
-  desktop_.Key("F1");
-  usleep(500000);
-  EXPECT_TRUE(Desktop::Runs(copy));
-  kill(copy.pid, SIGTERM);
-  EXPECT_EQ(desktop_.WaitExit(copy, 10), 0);
-  EXPECT_NE(TempFolder::Read(desktop_.Settings()).find("language=2"), std::string::npos);
-}
-
 }  // namespace

@@ -219,36 +219,4 @@ TEST_F(Dialogs, RestartJobsRunWithTheirFiles) {
   EXPECT_EQ(Log().find("Aborted"), std::string::npos);
 }
 
-TEST_F(Dialogs, ThePostProcessorOpensTheResultOfAFinishedJob) {
-  const std::string opened = desktop_.Scratch() / "opened";
-  const std::string program = desktop_.Scratch().Write(
-      "my post.sh", "#!/bin/sh\nprintf '%s' \"$1\" > '" + opened + ".new'\nmv '" + opened +
-                        ".new' '" + opened + "'\n");
-  chmod(program.c_str(), 0755);
-  std::ofstream(desktop_.Settings(), std::ios::app)
-      << "[EXTERNAL_APP]\npost_processor=" << program << "\n";
-  const std::string deck = desktop_.Deck("shown", "");
-  StartWith({deck});
-  const auto run = [&] { ClickTool(Layout::kRunPost); };
-  run();  // no job is selected
-  EXPECT_TRUE(desktop_.Answer("Return"));
-  desktop_.Key("Down");  // a pressed tool leaves the keys to the table
-  run();                 // still queued
-  EXPECT_TRUE(desktop_.Answer("Return"));
-  desktop_.Key("ctrl+Return");
-  ASSERT_TRUE(Desktop::WaitFor([&] { return HasRun(deck); }, kRun));
-  usleep(500000);
-  const std::string result = FolderOf(deck) + "/d3plot";
-  std::filesystem::remove(result);
-  run();  // no result
-  EXPECT_TRUE(desktop_.Answer("Return"));
-  EXPECT_FALSE(Exists(opened));
-  std::ofstream(result) << "plot";
-  run();
-  EXPECT_TRUE(Desktop::WaitFor([&] { return Exists(opened); }, 10));
-  EXPECT_EQ(TempFolder::Read(opened), result);
-  Quit();
-  EXPECT_TRUE(Stored("post_processor=" + program)) << Settings();
-}
-
 }  // namespace

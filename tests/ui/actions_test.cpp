@@ -1,0 +1,282 @@
+// What the main window does at the press of a tool or key: questions, messages and what comes of
+// them.
+
+#include "ui/WindowFixture.h"
+
+#include <FL/Fl_Button.H>
+#include <FL/Fl_File_Input.H>
+#include <FL/Fl_Return_Button.H>
+#include <sys/stat.h>
+
+#include "ui/help/TextViewer.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class ActionsTest : public WindowTest {
+ protected:
+  using WindowTest::WindowTest;
+
+  // A column of all rows.
+  Lines Column(int column) {
+    Lines cells;
+    for (std::string row : Rows()) {
+      for (int before = 0; before < column; ++before) row.erase(0, row.find('|') + 1);
+      cells.push_back(row.substr(0, row.find('|')));
+    }
+    return cells;
+  }
+  Lines Names() { return Column(JobTable::kName); }
+  Lines Statuses() { return Column(JobTable::kStatus); }
+  std::string FolderOf(const std::string& deck) { return deck.substr(0, deck.rfind('/')); }
+  bool Began(const std::string& deck) {
+    return Until([&] { return std::filesystem::exists(FolderOf(deck) + "/messag"); });
+  }
+  // Presses a key that opens a box, and a button in it; what the box says.
+  std::string AnswerToKey(int key, int state, const char* button) {
+    return Answer([&] { PressKey(key, state); }, button);
+  }
+  std::string AnswerToTool(const char* tip, const char* button) {
+    return Answer([&] { PressTool(tip); }, button);
+  }
+  void RenameTo(Fl_Window& dialog, const std::string& name) {
+    TypeInto(Find<Fl_Input>(dialog), name);
+    Press(Find<Fl_Button>(dialog, "OK"));
+  }
+  std::string StoredGroups() { return TempFolder::Read(Files().workFolder + "/kr_groups.txt"); }
+};
+
+TEST_F(ActionsTest, DeletingAsks) {
+  AddJob("dropped");
+  AddJob("kept");
+  EXPECT_EQ(AnswerToKey(FL_Delete, 0, "OK"), Say("msg_no_cur_job"));
+  PressKey(FL_Home);
+  EXPECT_EQ(AnswerToKey(FL_Delete, 0, "Yes"), Say("msg_ask_del"));
+  EXPECT_EQ(AnswerToTool("tip_delete_job", "No"), Say("msg_ask_del"));
+  EXPECT_EQ(Names(), Lines{"kept.k"});
+}
+
+TEST_F(ActionsTest, JobsAreMovedUpAndDown) {
+  for (const char* name : {"/w/1.k", "/w/2.k", "/w/3.k"}) Add(MakeJob<JobFileDyna>(name));
+  PressKey(FL_Home);
+  PressKey(FL_Up, FL_CTRL);
+  EXPECT_TRUE(LineSays(Say("ui_not_moved")));
+  PressKey(FL_Down, FL_CTRL);
+  EXPECT_EQ(Names(), (Lines{"2.k", "1.k", "3.k"}));
+  PressCell(Table(), 2, "Solver");
+  PressTool("tip_move_up");
+  PressTool("tip_move_up");
+  EXPECT_EQ(Names(), (Lines{"3.k", "2.k", "1.k"}));
+  EXPECT_EQ(Table().CurrentRow(), 0) << "the job stays the current one";
+}
+
+TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
+  const std::string running = AddJob("running", "run 60");
+  AddJob("queued");
+  PressKey('.', FL_CTRL);
+  EXPECT_TRUE(LineSays(Say("ui_nothing_runs")));
+  PressKey(FL_Enter, FL_CTRL);
+  ASSERT_TRUE(Began(running));
+  EXPECT_EQ(Statuses()[0], "Running");
+  PressKey('.', FL_CTRL);
+  EXPECT_FALSE(Group()->Running());
+  EXPECT_EQ(Statuses(), (Lines{"Aborted", "Queued"}));
+
+  // Once more, until all are deleted.
+  PressKey(FL_Home);
+  PressKey('r', FL_CTRL);
+  std::filesystem::remove(FolderOf(running) + "/messag");
+  PressKey(FL_Enter, FL_CTRL);
+  ASSERT_TRUE(Began(running));
+  EXPECT_EQ(AnswerToTool("tip_delete_all", "No"), Say("msg_ask_delall"));
+  EXPECT_TRUE(Group()->Running());
+  AnswerToTool("tip_delete_all", "Yes");
+  EXPECT_FALSE(Group()->Running());
+  EXPECT_EQ(Group()->JobCount(), 0);
+  EXPECT_FALSE(Tool("tip_delete_all").active());
+}
+
+TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {
+  const std::string deck = AddJob("long", "run 60");
+  PressKey(FL_Enter, FL_CTRL);
+  ASSERT_TRUE(Began(deck));
+  EXPECT_EQ(AnswerToKey('q', FL_CTRL, "No"), Say("msg_ask_exit"));
+  EXPECT_TRUE(window_->shown());
+  EXPECT_TRUE(Group()->Running());
+  AnswerToKey('q', FL_CTRL, "Yes");
+  EXPECT_FALSE(window_->shown());
+  EXPECT_FALSE(Group()->Running());
+}
+
+TEST_F(ActionsTest, GroupsAreAddedRenamedDeletedAndKept) {
+  EXPECT_FALSE(Tool("tip_del_group").active()) << "the only one stays";
+  Talk([&] { PressKey(FL_F + 2); }, {[&](Fl_Window& dialog) { RenameTo(dialog, "Door panels"); }});
+  PressKey('t', FL_CTRL);  // the second one is Group1 again
+  PressKey('t', FL_CTRL);
+  EXPECT_EQ(Drawing(*window_).Text(Part<GroupTabs>()), "Door panels Group1 Group2");
+  for (const auto& [name, hint] :
+       {std::pair{"Door panels", "msg_name_exist"}, std::pair{"#1", "ui_bad_name"}}) {
+    std::string told;
+    Talk([&] { PressTool("tip_rename_group"); },
+         {[&, name = name](Fl_Window& dialog) { RenameTo(dialog, name); },
+          [&](Fl_Window& box) {
+            told = Drawing(box).Text(box);
+            Key(box, FL_Enter);
+          }});
+    EXPECT_TRUE(told.starts_with(Say(hint))) << told;
+  }
+  Talk([&] { Press(Part<GroupTabs>(), "Door panels", FL_LEFT_MOUSE, true); },
+       {[&](Fl_Window& dialog) { RenameTo(dialog, "Door panels 2"); }});
+  PressKey(FL_Tab, FL_CTRL);
+  EXPECT_EQ(AnswerToTool("tip_del_group", "No"), Say("msg_ask_del_group"));
+  AnswerToTool("tip_del_group", "Yes");
+  EXPECT_EQ(Close(), 0);
+  Start();
+  EXPECT_EQ(Drawing(*window_).Text(Part<GroupTabs>()), "Door panels 2 Group2");
+}
+
+TEST_F(ActionsTest, OutputIsShownOnceThereIsSome) {
+  AddJob("shown");
+  EXPECT_EQ(AnswerToKey('m', FL_CTRL, "OK"), Say("msg_no_cur_job"));
+  PressKey(FL_Home);
+  EXPECT_EQ(AnswerToKey('m', FL_CTRL, "OK"), Say("msg_view_job"));
+  EXPECT_EQ(AnswerToKey('i', FL_CTRL, "OK"), Say("msg_view_info"));
+  EXPECT_EQ(AnswerToKey('e', FL_CTRL, "OK"), Say("msg_not_mstages"));
+  EXPECT_EQ(AnswerToKey('r', FL_CTRL, "OK"), Say("msg_resubmit"));
+  Run();
+  PressKey('m', FL_CTRL);
+  auto* viewer = dynamic_cast<TextViewer*>(Fl::first_window());
+  ASSERT_TRUE(viewer);
+  EXPECT_NE(std::string(viewer->label()).find("/messag.krb"), std::string::npos);
+  Key(*viewer, FL_Escape);
+  Fl::check();
+  for (const int key : {FL_Enter, FL_Escape}) {
+    Talk([&] { PressTool("ui_menu_info"); }, {[&](Fl_Window& dialog) {
+           EXPECT_STREQ(dialog.label(), "Show Job Information");
+           Key(dialog, key);
+         }});
+  }
+  PressKey(FL_Escape);
+  EXPECT_TRUE(window_->shown()) << "Escape closes no main window";
+  PressKey(FL_Home);
+  PressKey('r', FL_CTRL);
+  EXPECT_EQ(Statuses(), Lines{"Queued"});
+}
+
+TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAFinishedJob) {
+  const std::string opened = home_ / "opened";
+  const std::string program =
+      home_.Write("my post.sh", "#!/bin/sh\nprintf '%s' \"$1\" > '" + opened + ".new'\nmv '" +
+                                    opened + ".new' '" + opened + "'\n");
+  chmod(program.c_str(), 0755);
+  Files().Set(&Settings::post_processor, program);
+  const std::string deck = AddJob("shown");
+  EXPECT_EQ(AnswerToTool("tip_run_post", "OK"), Say("msg_no_cur_job"));
+  PressKey(FL_Down);  // a pressed tool leaves the keys to the table
+  EXPECT_EQ(AnswerToTool("tip_run_post", "OK"), Say("msg_run_post"));
+  Run();
+  const std::string result = FolderOf(deck) + "/d3plot";
+  std::filesystem::remove(result);
+  AnswerToTool("tip_run_post", "OK");
+  EXPECT_FALSE(std::filesystem::exists(opened));
+  std::ofstream(result) << "plot";
+  PressTool("tip_run_post");
+  EXPECT_TRUE(Until([&] { return std::filesystem::exists(opened); }));
+  EXPECT_EQ(TempFolder::Read(opened), result);
+}
+
+TEST_F(ActionsTest, FilesAreChosen) {
+  const std::string deck = MakeDeck("chosen"), other = MakeDeck("in_folder");
+  home_.Write("one step", "");
+  const auto choose = [&](const std::string& path) {
+    return [&, path](Fl_Window& chooser) {
+      EXPECT_NEAR(chooser.x() + chooser.w() / 2, window_->x() + window_->w() / 2, 1);
+      Fl_File_Input& name = Find<Fl_File_Input>(chooser);
+      name.take_focus();
+      name.value(path.c_str());
+      name.do_callback();
+      Key(chooser, FL_Enter);
+    };
+  };
+  Talk([&] { PressKey('o', FL_CTRL); }, {choose(deck)});
+  Talk([&] { PressTool("tip_addvorel"); }, {choose(home_ / "one step")});
+  Talk([&] { PressKey('o', FL_CTRL | FL_SHIFT); },
+       {choose(FolderOf(other)), [&](Fl_Window& chooser) { Key(chooser, FL_Enter); }});
+  Talk([&] { PressTool("tip_adddyn"); }, {[&](Fl_Window& chooser) { Key(chooser, FL_Escape); }});
+  application_->Intake().Drain();
+  EXPECT_TRUE(Until([&] { return Names() == Lines{"chosen.k", "one step", "in_folder.k"}; }));
+  EXPECT_EQ(Column(JobTable::kSolver)[1], "VOREL") << "also without an ending";
+  PressKey(' ');  // the keys are the table's again
+  EXPECT_EQ(Fl::modal(), nullptr);
+}
+
+TEST_F(ActionsTest, OneSolversWindowAddsNothingElse) {
+  Start({"#solver=inc"});
+  EXPECT_FALSE(Tool("tip_adddyn").active());
+  EXPECT_TRUE(Tool("tip_addinc").active());
+  PressKey('o', FL_CTRL);
+  EXPECT_EQ(Fl::modal(), nullptr);
+  EXPECT_NE(Drawing(*window_).Text(Table()).find(Say("ui_empty_hint_drop")), std::string::npos);
+}
+
+TEST_F(ActionsTest, DroppedFilesAndFoldersBecomeJobs) {
+  const auto drop = [&](const std::string& addresses) {
+    static std::string text;
+    text = addresses;
+    Fl::e_text = text.data();
+    Fl::e_length = static_cast<int>(text.size());
+    window_->handle(FL_PASTE);
+  };
+  std::string told;
+  home_.Write("a file.k", "");
+  const std::string folder = FolderOf(MakeDeck("folder"));
+  drop("file://" + home_ / "a%20file.k" + "\nfile://" + folder + "\nfile:///gone.k");
+  Talk([&] { Until([&] { return !told.empty(); }); }, {[&](Fl_Window& box) {
+         told = Drawing(box).Text(box);
+         Key(box, FL_Enter);
+       }});
+  EXPECT_NE(told.find("/gone.k"), std::string::npos) << told;
+  EXPECT_TRUE(Until([&] { return Names() == Lines{"a file.k", "folder.k"}; }));
+}
+
+TEST_F(ActionsTest, EverySizeShowsAllSettings) {
+  AddJob("sized");
+  for (const auto& [width, height] :
+       {std::pair{Layout::kMinWidth, Layout::kMinHeight}, std::pair{939, 760}, std::pair{940, 320},
+        std::pair{1590, 990}}) {
+    window_->size(width, height);
+    PressKey('t', FL_CTRL);
+    PressKey(FL_Tab, FL_CTRL);
+    std::vector<Fl_Widget*> settings = WidgetsOf(Part<SettingsRow>());
+    for (const Fl_Widget* one : settings) {
+      EXPECT_LE(one->x() + one->w(), width);
+      for (const Fl_Widget* other : settings) {
+        const bool apart = one->x() + one->w() <= other->x() ||
+                           other->x() + other->w() <= one->x() ||
+                           one->y() + one->h() <= other->y() || other->y() + other->h() <= one->y();
+        EXPECT_TRUE(apart || one == other) << width << " " << settings.size();
+      }
+    }
+    EXPECT_EQ(Line(), "1 job: 1 queued");
+  }
+}
+
+class NoLanguage : public ActionsTest {
+ protected:
+  NoLanguage() : ActionsTest(2) {}
+};
+
+TEST_F(NoLanguage, HasNoTextsAndNoDialogs) {
+  PressKey(FL_F + 2);
+  EXPECT_EQ(Fl::modal(), nullptr);
+  std::string told = "none";
+  Talk([&] { PressKey('r', FL_CTRL); }, {[&](Fl_Window& box) {
+         told = Drawing(box).Text(box);
+         Key(box, FL_Enter);
+       }});
+  EXPECT_EQ(told, "");
+  EXPECT_EQ(HeadsOf(Table()), "|||||||||");
+}
+
+}  // namespace

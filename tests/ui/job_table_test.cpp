@@ -1,0 +1,153 @@
+// The job table: what its columns say, and what a user does with rows, cells and columns.
+
+#include "ui/WindowFixture.h"
+
+#include <FL/fl_draw.H>
+
+#include "ui/fltk/Flx_HeaderButton.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class JobTableTest : public WindowTest {
+ protected:
+  using WindowTest::WindowTest;
+
+  // Jobs of every kind and status; they are only looked at.
+  void AddOneOfEach() {
+    const auto dyna = [&](const char* path, JobStatus status) {
+      return MakeJob<JobFileDyna>(path, status);
+    };
+    auto shared = dyna("/w/queued.k", JobStatus::kQueued);
+    shared->memory = 500;
+    shared->extraOptions = "q=1";
+    Add(shared);
+    auto precise = dyna("/w/sub/running.k", JobStatus::kRunning);
+    precise->solverType = SolverKind::kLsDynaDouble;
+    precise->useSFile = true;
+    Add(precise);
+    auto batch = dyna("", JobStatus::kFinished);
+    batch->solverType = SolverKind::kUtilityBatch;
+    batch->restartFile = "/w/d3dump01";
+    batch->memory = 77;
+    Add(batch);
+    auto stages = dyna("/w/stages.k", JobStatus::kAborted);
+    stages->stages.push_back(dyna("/w/one.k", JobStatus::kQueued));
+    Add(stages);
+    Add(MakeJob<JobFileVorel>("/w/step.dat", JobStatus::kWaiting));
+    Add(MakeJob<JobFileInc>("/w/part.v2.fin", JobStatus::kAborted));
+  }
+
+  std::string TipOf(int row, const std::string& title) {
+    MoveToCell(Table(), row, title);
+    return Tip();
+  }
+};
+
+TEST_F(JobTableTest, SaysWhatEachJobIs) {
+  EXPECT_EQ(Drawing(*window_).In(Table()).back().text, Say("ui_empty_hint"));
+  AddOneOfEach();
+  EXPECT_EQ(HeadsOf(Table()),
+            "Job Name|In Folder|Solver|MStages|Memory|Status|Message|Summary|I Force|Other Param");
+  EXPECT_EQ(Rows(), (Lines{"queued.k|/w|LS-DYNA (S)|No|500|Queued|(View...)|(View...)|No|q=1",
+                           "running.k|/w/sub|LS-DYNA (D)|No|–|Running|View...|(View...)|(Yes)|",
+                           "d3dump01|/w|UTILITYBATCH|No|77|Finished|View...|View...|No|",
+                           "stages.k|/w|LS-DYNA (S)|Yes...|–|Aborted|(View...)|(View...)|No|",
+                           "step.dat|/w|VOREL|No|–|Waiting|(View...)|(View...)|(–)|",
+                           "part.v2.fin|/w|INCSolver|No|–|Aborted|View...|View...|(–)|"}));
+  EXPECT_EQ(TipOf(1, "Job Name"), "/w/sub/running.k");
+  EXPECT_EQ(TipOf(0, "Other Param"), "q=1");
+  EXPECT_EQ(TipOf(0, "I Force"), Say("ui_tip_iforce"));
+  EXPECT_EQ(TipOf(4, "I Force"), "");
+}
+
+TEST_F(JobTableTest, TellsWhyAJobWasAborted) {
+  AddJob("bad", "fail");
+  Run();
+  EXPECT_EQ(TipOf(0, "Status").substr(0, 8), "Reason: ");
+}
+
+TEST_F(JobTableTest, CellsAreButtons) {
+  AddOneOfEach();
+  const auto told = [&](int row, const char* title) {
+    return Answer([&] { PressCell(Table(), row, title); }, "OK");
+  };
+  EXPECT_EQ(told(0, "Message"), Say("msg_view_job"));
+  EXPECT_EQ(told(3, "Message"), Say("msg_view_mstage"));
+  EXPECT_EQ(told(5, "Message"), Say("msg_not_found_msg"));
+  EXPECT_EQ(told(1, "Summary"), Say("msg_view_info"));
+  PressCell(Table(), 0, "Status");  // none: only selects
+  PressCell(Table(), 0, "I Force");
+  EXPECT_EQ(Rows()[0], "queued.k|/w|LS-DYNA (S)|No|500|Queued|(View...)|(View...)|Yes|q=1");
+  PressCell(Table(), 1, "I Force");
+  EXPECT_TRUE(LineSays(Say("ui_running_fixed")));
+  EXPECT_EQ(Rows()[1], "running.k|/w/sub|LS-DYNA (D)|No|–|Running|View...|(View...)|(Yes)|");
+  Talk([&] { PressCell(Table(), 3, "MStages"); }, {[&](Fl_Window& dialog) {
+         EXPECT_STREQ(dialog.label(), "Multiple Stages");
+         dialog.hide();
+       }});
+}
+
+TEST_F(JobTableTest, AMenuActsOnTheRowUnderTheMouse) {
+  AddOneOfEach();
+  Talk([&] { PressCell(Table(), 2, "Job Name", FL_RIGHT_MOUSE); },
+       {[&](Fl_Window& menu) { Press(menu, "Resubmit"); }});
+  EXPECT_EQ(Rows()[2], "d3dump01|/w|UTILITYBATCH|No|77|Queued|(View...)|(View...)|No|");
+}
+
+// What scrolling leaves on the screen and draws beside it is what a new drawing gives.
+TEST_F(JobTableTest, ScrolledRowsLookLikeRowsDrawnAnew) {
+  for (int i = 0; i < 60; ++i) Add(MakeJob<JobFileDyna>("/w/" + std::to_string(i) + ".k"));
+  const auto picture = [&] {
+    Fl::flush();
+    window_->make_current();
+    const int size = window_->w() * window_->h() * 3;
+    std::vector<uchar> pixels(static_cast<std::size_t>(size));
+    fl_read_image(pixels.data(), 0, 0, window_->w(), window_->h());
+    return pixels;
+  };
+  Until([] { return false; }, 0.3);
+  std::vector<uchar> before = picture();
+  for (const int key : {FL_End, FL_Up, FL_Page_Up, FL_Up, FL_Home, FL_Page_Down, FL_Down}) {
+    PressKey(key);
+    const std::vector<uchar> scrolled = picture();
+    EXPECT_NE(scrolled, before) << key;
+    window_->redraw();
+    before = picture();
+    EXPECT_EQ(scrolled, before) << key;
+  }
+}
+
+TEST_F(JobTableTest, ColumnsAreDraggedAndFitted) {
+  AddOneOfEach();
+  std::vector<Flx_HeaderButton*> heads;
+  for (Fl_Widget* widget : WidgetsOf(Table())) {
+    if (auto* head = dynamic_cast<Flx_HeaderButton*>(widget)) heads.push_back(head);
+  }
+  const int x = heads[1]->x(), width = heads[1]->w(), nameWidth = heads[0]->w();
+  const int y = heads[0]->y() + heads[0]->h() / 2;
+  Drag(*window_, x - 1, y, 60);
+  EXPECT_EQ(heads[0]->w(), nameWidth + 60);
+  EXPECT_EQ(heads[1]->x(), x + 60);
+  EXPECT_EQ(heads[1]->w(), width);
+  EXPECT_EQ(Rows()[0], "queued.k|/w|LS-DYNA (S)|No|500|Queued|(View...)|(View...)|No|q=1");
+  ClickAt(*window_, x + 59, y, FL_LEFT_MOUSE, true);
+  EXPECT_LT(heads[0]->w(), nameWidth);
+  EXPECT_NE(Rows()[5].find("part.v2.fin|"), std::string::npos) << "whole all the same";
+}
+
+class ChineseJobTable : public JobTableTest {
+ protected:
+  ChineseJobTable() : JobTableTest(1) {}
+};
+
+TEST_F(ChineseJobTable, SaysItInChinese) {
+  AddOneOfEach();
+  EXPECT_EQ(HeadsOf(Table()),
+            "任务名称|所在文件夹|求解器|多工步|内存|状态|消息|摘要|I Force|其他参数");
+  EXPECT_EQ(Rows()[1], "running.k|/w/sub|LS-DYNA (D)|否|–|运行中|查看...|(查看...)|(是)|");
+  EXPECT_EQ(Rows()[3], "stages.k|/w|LS-DYNA (S)|是...|–|已中止|(查看...)|(查看...)|否|");
+}
+
+}  // namespace
