@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/JobInformation.h"
-#include "core/PostResult.h"
+#include "solvers/PostResult.h"
 #include "d3plot/D3plotImage.h"
 #include "support/TempFolder.h"
 

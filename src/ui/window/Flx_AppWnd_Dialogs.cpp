@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/PostResult.h"
+#include "solvers/PostResult.h"
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"

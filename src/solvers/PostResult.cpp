@@ -1,4 +1,4 @@
-#include "core/PostResult.h"
+#include "solvers/PostResult.h"
 
 #include <algorithm>
 

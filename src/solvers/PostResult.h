@@ -1,6 +1,6 @@
 // The file of a finished job that a post-processor opens.
-#ifndef KR_CORE_POSTRESULT_H
-#define KR_CORE_POSTRESULT_H
+#ifndef KR_SOLVERS_POSTRESULT_H
+#define KR_SOLVERS_POSTRESULT_H
 
 #include <string>
 #include <vector>
