@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "core/HandOverPlace.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -38,12 +39,6 @@ bool IsSibling(const PTWrapperProcessInfo& process) {
   std::string path;
   return process.processId != own && PTWrapperProcess::GetProcessPath(own, ownPath) &&
          PTWrapperProcess::GetProcessPath(process.processId, path) && path == ownPath;
-}
-
-bool IsEnabledIn(int mode, SolverKind kind) {
-  if (mode == 1) return kind != SolverKind::kInc;
-  if (mode == 2) return kind == SolverKind::kInc;
-  return true;
 }
 
 // The setting is a command; the path of a program that holds blanks is one too.
@@ -214,7 +209,9 @@ void Application::MakeGroups() {
 void Application::SetSolverMode(int mode) {
   solverMode_ = mode;
   for (const std::unique_ptr<JobSolver>& solver : solvers_) {
-    solver->enabled = IsEnabledIn(mode, solver->solverType) ? 1 : 0;
+    const SolverKindRow& row = RowOfKind(solver->solverType);
+    const bool enabled = mode == 1 ? row.inDynaMode : mode == 2 ? row.inIncMode : true;
+    solver->enabled = enabled ? 1 : 0;
   }
 }
 

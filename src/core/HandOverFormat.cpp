@@ -6,6 +6,7 @@
 
 #include "core/HandOverFile.h"
 #include "core/SmallTextFile.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 
@@ -56,9 +57,7 @@ class Reader {
   void SetSolverMode(const std::string& value);
   void SetSingleCpu(const std::string& value);
 
-  void SetPrecision(const std::string& value);
-  void SetVorel(const std::string&) { Job().kind = SolverKind::kVorel; }
-  void SetInc(const std::string&) { Job().kind = SolverKind::kInc; }
+  bool SetKind(const Line& line);
   void SetPause(const std::string& value) { Job().pause = StrWrapperTxt::LeadingInt(value); }
   void SetMemory(const std::string& value) { Job().memory = StrWrapperTxt::LeadingUnsigned(value); }
   void SetCpuCount(const std::string& value);
@@ -92,9 +91,6 @@ const std::map<std::string, Reader::Effect>& Reader::SettingsKeys() {
 
 const std::map<std::string, Reader::Effect>& Reader::JobKeys() {
   static const std::map<std::string, Effect> keys = {
-      {"#dyna_precision", &Reader::SetPrecision},
-      {"#vorel", &Reader::SetVorel},
-      {"#inc", &Reader::SetInc},
       {"#pause_time", &Reader::SetPause},
       {"memory", &Reader::SetMemory},
       {"ncpu", &Reader::SetCpuCount},
@@ -113,7 +109,7 @@ void Reader::Take(const std::string& text) {
   if (skips_) return;
   const auto setting = SettingsKeys().find(line.key);
   if (setting != SettingsKeys().end()) return (this->*setting->second)(line.value);
-  if (!record_) return;
+  if (!record_ || SetKind(line)) return;
   const auto field = JobKeys().find(line.key);
   if (field != JobKeys().end()) return (this->*field->second)(line.value);
   record_->paths.push_back(text);
@@ -185,11 +181,17 @@ void Reader::SetSingleCpu(const std::string& value) {
   path = FileDirWrapper::Join(folder, single ? "KVIN_SC.EXE" : "KVIN_MC.EXE");
 }
 
-void Reader::SetPrecision(const std::string& value) {
-  const int number = StrWrapperTxt::LeadingInt(value);
-  Job().kind.reset();  // by the file's ending
-  if (number == 1) Job().kind = SolverKind::kLsDynaSingle;
-  if (number == 2) Job().kind = SolverKind::kLsDynaDouble;
+// False for a key that names no kind. A value that none of its kinds has leaves the kind open.
+bool Reader::SetKind(const Line& line) {
+  bool isKey = false;
+  for (const SolverKindRow& row : SolverKinds()) {
+    if (row.handOverKey == nullptr || line.key != row.handOverKey) continue;
+    if (!std::exchange(isKey, true)) Job().kind.reset();
+    const bool anyValue = row.handOverValue == 0;
+    if (anyValue || StrWrapperTxt::LeadingInt(line.value) == row.handOverValue)
+      Job().kind = row.kind;
+  }
+  return isKey;
 }
 
 void Reader::SetCpuCount(const std::string& value) {

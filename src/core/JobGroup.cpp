@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/JobGroupManager.h"
+#include "solvers/SolverKinds.h"
 
 namespace {
 
@@ -238,7 +239,7 @@ bool JobGroup::SetPause(JobId job, int seconds) {
 }
 
 bool JobGroup::SetPrecision(JobId job, SolverKind kind) {
-  if (!RunsDecks(kind)) return false;
+  if (!RowOfKind(kind).runsDecks) return false;
   return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, kind)));
 }
 

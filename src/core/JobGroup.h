@@ -64,7 +64,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   bool SetMemory(JobId job, std::uint64_t megabytes);
   bool SetCpuCount(JobId job, int count);
   bool SetPause(JobId job, int seconds);
-  bool SetPrecision(JobId job, SolverKind kind);  // LS-DYNA jobs: one that RunsDecks
+  bool SetPrecision(JobId job, SolverKind kind);  // LS-DYNA jobs: one that runs decks
   bool SetUseSFile(JobId job, bool on);           // LS-DYNA jobs
   bool SetDump(JobId job, bool on);               // LS-DYNA jobs
 

@@ -4,17 +4,10 @@
 
 #include "d3plot/ptkPostD3plotManager.h"
 #include "solvers/ReportText.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
-
-AnalysisReport Analyse(const JobOutput& output, const AnalysisHooks& hooks) {
-  if (RunsDecks(output.solverType)) return AnalyseMessageFile(output.messageFile, hooks);
-  if (output.solverType == SolverKind::kVorel) return AnalyseVorelOut(output.jobFile, hooks);
-  if (output.solverType == SolverKind::kInc)
-    return AnalyseIncInfo(output.jobFile, output.status, hooks);
-  return {};
-}
 
 void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
                   std::vector<std::string>& lines) {
@@ -33,16 +26,13 @@ void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
 
 }  // namespace
 
-JobOutput OutputOf(const JobFile& job) {
-  return {job.GetSolverType(), job.status, job.jobFile, job.Folder(), job.MessageFile()};
-}
-
 std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisHooks& hooks) {
-  AnalysisReport report = Analyse(output, hooks);
+  const SolverKindRow& row = RowOfKind(output.solverType);
+  AnalysisReport report = row.report(output, hooks);
   if (report.outcome == AnalysisReport::Outcome::kEnded) return {};
   std::vector<std::string> lines = std::move(report.lines);
   for (std::string& line : lines) std::erase(line, '\n');
-  if (output.status == JobStatus::kFinished && RunsDecks(output.solverType))
+  if (output.status == JobStatus::kFinished && row.runsDecks)
     AddModelSize(output.folder, hooks, lines);
   return lines;
 }

@@ -4,6 +4,7 @@
 
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -38,15 +39,6 @@ std::shared_ptr<JobFileDyna> NewStage(const JobFileDyna& job, const std::string&
 }
 
 }  // namespace
-
-SolverKind SolverKindOfFile(const std::string& path) {
-  std::string ending;
-  FileDirWrapper::ExtensionOf(path, ending);
-  ending = Lower(ending);
-  if (ending == "dat") return SolverKind::kVorel;
-  if (ending == "fin") return SolverKind::kInc;
-  return SolverKind::kLsDynaSingle;
-}
 
 JobRequest MakeJobRequest(const Settings& settings) {
   JobRequest request;
@@ -179,40 +171,29 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   const Settings settings = manager_.Settings().Snapshot();
   const std::string deck =
       FileDirWrapper::AbsolutePath(request.inputFile.empty() ? request.jobFile : request.inputFile);
-  std::shared_ptr<JobFile> job;
-  switch (KindOf(request, deck)) {
-    case SolverKind::kVorel:
-      job = std::make_shared<JobFileVorel>(settings);
-      job->memory = settings.memory_size;
-      break;
-    case SolverKind::kInc:
-      job = std::make_shared<JobFileInc>(settings);
-      job->memory = settings.memory_size;
-      break;
-    default:
-      job = MakeDynaJob(request, deck, settings, burst);
-  }
-  if (!job || GivenUp(burst)) return nullptr;
-  if (request.memory != 0) job->memory = request.memory;
+  std::shared_ptr<JobFile> job = RowOfKind(KindOf(request, deck)).makeJob(settings);
   job->jobFile = deck;
+  job->memory = settings.memory_size;
+  auto* const dyna = dynamic_cast<JobFileDyna*>(job.get());
+  if (dyna != nullptr && !ReadDeck(*dyna, request, settings, burst)) return nullptr;
+  if (GivenUp(burst)) return nullptr;
+  if (request.memory != 0) job->memory = request.memory;
   job->restartFile = FileDirWrapper::AbsolutePath(request.restartFile);
   job->pause = request.pause;
   job->ncpu = request.ncpu;
-  auto* const dyna = dynamic_cast<JobFileDyna*>(job.get());
   if (dyna != nullptr && !AddStages(*dyna, request, settings, burst)) return nullptr;
   return job;
 }
 
-std::shared_ptr<JobFile> JobIntake::MakeDynaJob(const JobRequest& request, const std::string& deck,
-                                                const Settings& settings, unsigned burst) {
-  auto job = std::make_shared<JobFileDyna>(settings);
-  job->jobFile = deck;
-  job->useSFile = request.sGiven;
-  job->dump = request.dump;
-  if (!deck.empty() && !Scan(*job, burst)) return nullptr;
-  job->solverType = request.kind.value_or(job->solverType);
-  ApplyDeckMemory(*job, settings);
-  return job;
+// False when the request was given up.
+bool JobIntake::ReadDeck(JobFileDyna& job, const JobRequest& request, const Settings& settings,
+                         unsigned burst) {
+  job.useSFile = request.sGiven;
+  job.dump = request.dump;
+  if (!job.jobFile.empty() && !Scan(job, burst)) return false;
+  job.solverType = request.kind.value_or(job.solverType);
+  ApplyDeckMemory(job, settings);
+  return true;
 }
 
 // False when the request was given up. A deck that cannot be read is only reported.

@@ -29,9 +29,6 @@ struct JobRequest {
   JobId stageOf = JobId::kNone;
 };
 
-// The kind that a job file's ending asks for; LS-DYNA in single precision when it says nothing.
-SolverKind SolverKindOfFile(const std::string& path);
-
 // A request with the settings' pause and CPU count.
 JobRequest MakeJobRequest(const Settings& settings);
 
@@ -58,8 +55,8 @@ class JobIntake {
   void MakeAndAdd(const JobRequest& request, unsigned burst);
   void MakeAndAddStage(const JobRequest& request, unsigned burst);
   std::shared_ptr<JobFile> MakeJob(const JobRequest& request, unsigned burst);
-  std::shared_ptr<JobFile> MakeDynaJob(const JobRequest& request, const std::string& deck,
-                                       const Settings& settings, unsigned burst);
+  bool ReadDeck(JobFileDyna& job, const JobRequest& request, const Settings& settings,
+                unsigned burst);
   bool Scan(JobFileDyna& job, unsigned burst);
   bool AddStages(JobFileDyna& job, const JobRequest& request, const Settings& settings,
                  unsigned burst);

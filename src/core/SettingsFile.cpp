@@ -3,10 +3,11 @@
 #include <cstdint>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "core/SettingsAndPaths.h"
 #include "core/SmallTextFile.h"
-#include "jobs/JobFile.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/IOWrapper.h"
 #include "util/text/StrWrapper.h"
@@ -26,8 +27,8 @@ struct Key {
   const char* whenEmpty = "";  // what a text becomes whose value is empty
 };
 
-// In the order in which a new file holds them.
-const Key kKeys[] = {
+// In the order in which a new file holds them: these, the programs of the solver kinds, the last.
+const Key kFirstKeys[] = {
     {"GENERAL", "memory_size", &Settings::memory_size},
     {"GENERAL", "memory_auto", &Settings::memory_auto},
     {"GENERAL", "pause_time", &Settings::pause_time},
@@ -40,11 +41,8 @@ const Key kKeys[] = {
     {"GENERAL", "xterm_path", &Settings::xterm_path, "xterm"},
     {"GENERAL", "language", &Settings::language},
     {"GENERAL", "group", &Settings::group},
-    {"SOLVER", "ls_dyna_s", SolverKind::kLsDynaSingle},
-    {"SOLVER", "ls_dyna_d", SolverKind::kLsDynaDouble},
-    {"SOLVER", "v_orel", SolverKind::kVorel},
-    {"SOLVER", "u_batch", SolverKind::kUtilityBatch},
-    {"SOLVER", "inc", SolverKind::kInc},
+};
+const Key kLastKeys[] = {
     {"SOLVER", "mpp_solver_s", &Settings::mpp_solver_s},
     {"SOLVER", "mpp_solver_d", &Settings::mpp_solver_d},
     {"MPP", "use_mpp", &Settings::use_mpp},
@@ -57,6 +55,17 @@ const Key kKeys[] = {
     {"MPP", "protocol", &Settings::protocol},
     {"EXTERNAL_APP", "viewer", &Settings::viewer},
 };
+
+const std::vector<Key>& Keys() {
+  static const std::vector<Key> keys = [] {
+    std::vector<Key> all(std::begin(kFirstKeys), std::end(kFirstKeys));
+    for (const SolverKindRow& row : SolverKinds())
+      all.push_back({"SOLVER", row.settingsKey, row.kind});
+    all.insert(all.end(), std::begin(kLastKeys), std::end(kLastKeys));
+    return all;
+  }();
+  return keys;
+}
 
 // The user's to write, by hand, and never stored. The key of the INC solver's access is not shown
 // either.
@@ -138,7 +147,7 @@ bool WriteKey(const Key& key, const std::string& value, const std::string& file)
 // Each writing replaces the copy, so what is there already is left alone. An empty value reads like
 // a missing key, which has to be written.
 bool WriteKeys(const Settings& settings, const std::string& file) {
-  return std::all_of(std::begin(kKeys), std::end(kKeys), [&](const Key& key) {
+  return std::all_of(Keys().begin(), Keys().end(), [&](const Key& key) {
     const std::string value = std::visit(Formatter{settings}, key.field);
     return (!value.empty() && ReadsAs(key, value, file)) || WriteKey(key, value, file);
   });
@@ -180,7 +189,7 @@ void SettingsAndPaths::ReadSettings() {
     return;
   }
   Settings read = settings_;
-  for (const Key& key : kKeys) ReadKey(key, settingsFile, read);
+  for (const Key& key : Keys()) ReadKey(key, settingsFile, read);
   for (const Key& key : kReadOnlyKeys) ReadKey(key, settingsFile, read);
   settings_ = std::move(read);
   Publish();

@@ -63,7 +63,7 @@ std::string MppArguments(const JobFileDyna& job, const Settings& settings, const
   if (!hosts.text.empty() && hosts.hosts > 0) {
     text += HostListOption(settings.mpi, hosts.hosts) + hosts.text;
   }
-  text += ' ' + ShortQuotedPath(MppSolverPath(settings, job.solverType));
+  text += ' ' + ShortQuotedPath(SolverProgram(settings, job.solverType));
   if (!solverArguments.empty()) text += ' ' + solverArguments;
   if (!settings.mpp_param.empty()) text += ' ' + settings.mpp_param;
   DropFirst(text);
@@ -109,10 +109,15 @@ std::string MpiLauncher(const Settings& settings) {
   return settings.mpi == kPlatformMpi ? "mpirun" : "mpiexec";
 }
 
-std::string MppSolverPath(const Settings& settings, SolverKind kind) {
-  if (kind == SolverKind::kLsDynaSingle) return settings.mpp_solver_s;
-  if (kind == SolverKind::kLsDynaDouble) return settings.mpp_solver_d;
-  return {};
+std::string Settings::*MppSolver(SolverKind kind) {
+  if (kind == SolverKind::kLsDynaSingle) return &Settings::mpp_solver_s;
+  if (kind == SolverKind::kLsDynaDouble) return &Settings::mpp_solver_d;
+  return nullptr;
+}
+
+const std::string& SolverProgram(const Settings& settings, SolverKind kind) {
+  std::string Settings::*const mpp = settings.use_mpp ? MppSolver(kind) : nullptr;
+  return mpp != nullptr ? settings.*mpp : settings.SolverPath(kind);
 }
 
 std::string QuotedPath(const std::string& path) {
@@ -149,7 +154,7 @@ bool JobFileDyna::BuildArguments(std::string& arguments) const {
   if (!settings.use_mpp || solverType == SolverKind::kUtilityBatch) return true;
   const HostList hosts = BuildHostList(settings, run->groupText);
   if (hosts.cpus < 1) return true;
-  if (solverType != SolverKind::kLsDynaSingle && solverType != SolverKind::kLsDynaDouble) {
+  if (MppSolver(solverType) == nullptr) {
     arguments.clear();
     return false;
   }

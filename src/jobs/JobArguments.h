@@ -35,8 +35,11 @@ HostList BuildHostList(const Settings& settings, const std::string& groupText);
 // "mpirun" for Platform MPI, else "mpiexec".
 std::string MpiLauncher(const Settings& settings);
 
-// The executable of a distributed run; empty for kinds other than LS-DYNA.
-std::string MppSolverPath(const Settings& settings, SolverKind kind);
+// The setting with the executable of distributed runs; null for kinds other than LS-DYNA.
+std::string Settings::*MppSolver(SolverKind kind);
+
+// The program that runs jobs of the kind: with use_mpp that of distributed runs, if it has one.
+const std::string& SolverProgram(const Settings& settings, SolverKind kind);
 
 // The path for a command line: between double quotes when it holds a blank or a tab.
 std::string QuotedPath(const std::string& path);

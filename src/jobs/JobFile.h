@@ -15,14 +15,9 @@
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
 
-// Which program runs a job. The numbers are the order of the drivers and of Settings::solver_path.
+// Which program runs a job; solvers/SolverKinds.h tells them apart. The numbers are the indices of
+// Settings::solver_path.
 enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
-
-// The kinds that run LS-DYNA decks: those of JobFileDyna.
-constexpr bool RunsDecks(SolverKind kind) {
-  return kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble ||
-         kind == SolverKind::kUtilityBatch;
-}
 
 // What a driver needs to know beyond the job, made for one run.
 struct JobRunContext {

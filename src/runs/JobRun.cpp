@@ -23,13 +23,6 @@ bool IsHotForming(const JobFile& job) {
   return dyna != nullptr && dyna->simulationType == kHotForming;
 }
 
-std::string SolverPath(const Settings& settings, SolverKind kind) {
-  const bool distributed =
-      settings.use_mpp && (kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble);
-  if (distributed) return MppSolverPath(settings, kind);
-  return settings.SolverPath(kind);
-}
-
 bool IsForming(const JobFile& job) {
   return !job.stages.empty() || IsHotForming(job);
 }
@@ -120,7 +113,7 @@ class JobRun {
     for (std::size_t i = first_; i < stages_.size() && !job_.abort; ++i) {
       const JobFile& stage = *stages_[i];
       if (!IsHotForming(stage)) continue;
-      const std::string solver = SolverPath(context_.settings, stage.GetSolverType());
+      const std::string solver = SolverProgram(context_.settings, stage.GetSolverType());
       if (asked.insert(solver).second && IsTooOld(solver)) {
         return Fail(
             job_, RunError::kNotStarted,

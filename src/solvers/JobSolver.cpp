@@ -1,10 +1,9 @@
 #include "solvers/JobSolver.h"
 
-#include "solvers/JobSolverInc.h"
-#include "solvers/JobSolverLsDyna.h"
-#include "solvers/JobSolverUBatch.h"
-#include "solvers/JobSolverVorel.h"
+#include <algorithm>
+
 #include "solvers/RunSteps.h"
+#include "solvers/SolverKinds.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -12,6 +11,16 @@ namespace {
 constexpr unsigned kPollMilliseconds = 1000;
 
 }  // namespace
+
+JobSolver::JobSolver(SolverKind kind) : solverType(kind) {
+  const SolverKindRow& row = RowOfKind(kind);
+  displayName = row.name;
+  selectSolverTitle = selectSolverTitle2 = row.programTitle.english;
+  selectJobFileTitle = row.jobTitle.english;
+  solverFilter = row.programFilter.english;
+  defaultExecutable = row.program;
+  jobFileFilter = row.jobFilter.english;
+}
 
 void JobSolver::Poll(JobFile&) {}
 
@@ -30,10 +39,8 @@ JobStatus JobSolver::Run(JobFile& job, const JobRunContext& context) {
 
 std::vector<std::unique_ptr<JobSolver>> MakeSolvers() {
   std::vector<std::unique_ptr<JobSolver>> solvers;
-  solvers.push_back(std::make_unique<JobSolverLsDyna>(false));
-  solvers.push_back(std::make_unique<JobSolverLsDyna>(true));
-  solvers.push_back(std::make_unique<JobSolverUBatch>());
-  solvers.push_back(std::make_unique<JobSolverVorel>());
-  solvers.push_back(std::make_unique<JobSolverInc>());
+  for (const SolverKindRow& row : SolverKinds()) solvers.push_back(row.makeDriver());
+  std::sort(solvers.begin(), solvers.end(),
+            [](const auto& a, const auto& b) { return a->solverType < b->solverType; });
   return solvers;
 }

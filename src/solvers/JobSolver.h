@@ -8,9 +8,6 @@
 
 #include "jobs/JobFile.h"
 
-// Chooser filter for keyword decks.
-constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
-
 // Turns a job into one solver process and judges how it ended. The application owns the drivers;
 // they keep no state between jobs, so several groups may run through one at the same time.
 class JobSolver {
@@ -31,7 +28,8 @@ class JobSolver {
   // Leaves the code and the reason in the job and the context.
   JobStatus Run(JobFile& job, const JobRunContext& context);
 
-  SolverKind solverType = SolverKind::kLsDynaSingle;
+  // The kind's, from its row of SolverKinds; texts in English.
+  SolverKind solverType;
   std::string displayName;
   std::string selectSolverTitle;
   std::string selectSolverTitle2;
@@ -39,7 +37,10 @@ class JobSolver {
   std::string solverFilter;
   std::string defaultExecutable;
   std::string jobFileFilter;
-  int enabled = 1;
+  int enabled = 1;  // 0: the solver mode leaves it out
+
+ protected:
+  explicit JobSolver(SolverKind kind);
 };
 
 // One driver for each kind, in their order.

@@ -7,19 +7,11 @@
 #include "solvers/OutputAnalysis.h"
 #include "solvers/RunSteps.h"
 
-JobSolverInc::JobSolverInc() {
-  solverType = SolverKind::kInc;
-  displayName = "INCSolver";
-  selectSolverTitle = selectSolverTitle2 = "Select INCSolver";
-  selectJobFileTitle = "Select FIN File (INC)";
-  solverFilter = "INCSolver (*.exe)|*.exe|";
-  defaultExecutable = "KVIN_SC.EXE";
-  jobFileFilter = "Fin File (*.fin)|*.fin|All Files (*.*)|*|";
-}
+JobSolverInc::JobSolverInc() : JobSolver(SolverKind::kInc) {}
 
 bool JobSolverInc::Start(JobFile& job) {
   if (dynamic_cast<JobFileInc*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.SolverPath(SolverKind::kInc);
+  const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile)) ||
       !CheckCommandLinePath(job, FolderOf(solver))) {

@@ -9,18 +9,6 @@
 
 namespace {
 
-// False, without a message, for a kind that has no executable for distributed runs.
-bool SolverPath(const JobFileDyna& job, std::string& path) {
-  const Settings& settings = job.run->settings;
-  const SolverKind kind = job.solverType;
-  if (settings.use_mpp) {
-    path = MppSolverPath(settings, kind);
-    return kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble;
-  }
-  path = settings.SolverPath(kind);
-  return true;
-}
-
 void RemoveOldOutput(const JobFileDyna& job) {
   RemoveMessageFiles(job);
   // An earlier request to stop would end the new run.
@@ -44,22 +32,15 @@ std::string MemoryMode(const JobFileDyna& job) {
 
 }  // namespace
 
-JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision) {
-  solverType = doublePrecision ? SolverKind::kLsDynaDouble : SolverKind::kLsDynaSingle;
-  displayName = doublePrecision ? "LS-DYNA (D)" : "LS-DYNA (S)";
-  selectSolverTitle =
-      doublePrecision ? "Select Double LS-DYNA Solver" : "Select Single LS-DYNA Solver";
-  selectSolverTitle2 = selectSolverTitle;
-  selectJobFileTitle = "Select DYNA File (LS-DYNA)";
-  solverFilter = "LS-DYNA Solver (*.exe)|*.exe|";
-  defaultExecutable = doublePrecision ? "lsdyna_d.exe" : "lsdyna.exe";
-  jobFileFilter = kDeckFilter;
-}
+JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision)
+    : JobSolver(doublePrecision ? SolverKind::kLsDynaDouble : SolverKind::kLsDynaSingle) {}
 
 bool JobSolverLsDyna::Start(JobFile& job) {
   auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
-  std::string solver;
-  if (dyna == nullptr || !SolverPath(*dyna, solver)) return false;
+  if (dyna == nullptr) return false;
+  const bool mpp = job.run->settings.use_mpp;
+  if (mpp && MppSolver(dyna->solverType) == nullptr) return false;
+  const std::string& solver = SolverProgram(job.run->settings, dyna->solverType);
   if (!CheckSolver(job, solver) || !CheckRestartAndJobFile(job)) return false;
   if (dyna->useSFile && !CheckCommandLinePath(job, job.run->settings.force)) return false;
   RemoveOldOutput(*dyna);
@@ -67,7 +48,6 @@ bool JobSolverLsDyna::Start(JobFile& job) {
 
   std::string arguments;
   if (job.abort || !job.BuildArguments(arguments)) return false;
-  const bool mpp = job.run->settings.use_mpp;
   PTWrapperProcessStart start;
   start.program = mpp ? std::string() : solver;
   start.commandLine = QuotedPath(mpp ? MpiLauncher(job.run->settings) : solver) + ' ' + arguments;

@@ -12,19 +12,11 @@ std::string MessageFile(const JobFile& job) {
 
 }  // namespace
 
-JobSolverUBatch::JobSolverUBatch() {
-  solverType = SolverKind::kUtilityBatch;
-  displayName = "UTILITYBATCH";
-  selectSolverTitle = selectSolverTitle2 = "Select UTILITYBATCH";
-  selectJobFileTitle = "Select DYNA File (LS-DYNA)";
-  solverFilter = "UTILITYBATCH (*.exe)|*.exe|";
-  defaultExecutable = "UtilityBatch.exe";
-  jobFileFilter = kDeckFilter;
-}
+JobSolverUBatch::JobSolverUBatch() : JobSolver(SolverKind::kUtilityBatch) {}
 
 bool JobSolverUBatch::Start(JobFile& job) {
   if (dynamic_cast<JobFileDyna*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.SolverPath(SolverKind::kUtilityBatch);
+  const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, job.jobFile, true)) return false;
   const std::string old = MessageFile(job);

@@ -14,19 +14,11 @@ std::string ResultFile(const JobFile& job) {
 
 }  // namespace
 
-JobSolverVorel::JobSolverVorel() {
-  solverType = SolverKind::kVorel;
-  displayName = "VOREL";
-  selectSolverTitle = selectSolverTitle2 = "Select VOREL";
-  selectJobFileTitle = "Select DAT File (VOREL)";
-  solverFilter = "VOREL (*.exe)|*.exe|";
-  defaultExecutable = "Vorel.exe";
-  jobFileFilter = "Dat File (*.dat)|*.dat|All Files (*.*)|*|";
-}
+JobSolverVorel::JobSolverVorel() : JobSolver(SolverKind::kVorel) {}
 
 bool JobSolverVorel::Start(JobFile& job) {
   if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return false;
-  const std::string& solver = job.run->settings.SolverPath(SolverKind::kVorel);
+  const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
   job.SetMessageFile(VorelOutFile(job.jobFile));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "jobs/JobArguments.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -43,18 +44,12 @@ bool IsCompensation(const PostSource& source) {
 }
 
 std::vector<std::string> PostResults(const PostSource& source) {
+  const SolverKindRow& row = RowOfKind(source.solverType);
+  return row.results != nullptr ? row.results(source) : std::vector<std::string>();
+}
+
+std::vector<std::string> DeckResults(const PostSource& source) {
   const std::string base = PathWithoutExtension(source.jobFile);
-  switch (source.solverType) {
-    case SolverKind::kInc:
-      return {base + ".idx"};
-    case SolverKind::kVorel:
-      return {base + ".mes", base + ".dynain"};
-    case SolverKind::kLsDynaSingle:
-    case SolverKind::kLsDynaDouble:
-      break;
-    default:
-      return {};
-  }
   std::vector<std::string> paths;
   for (const std::string& kind : DynaKinds(source.simulationType)) {
     if (!source.deckIdentifier.empty())

@@ -23,7 +23,10 @@ PostSource PostSourceOf(const JobFile& job);
 // A springback compensation stage: its result is geometry, for another program.
 bool IsCompensation(const PostSource& source);
 
-// The paths at which the result may be, the likeliest first. Empty for a kind of job without any.
+// The paths at which the result may be, the likeliest first. Empty for a solver kind without any.
 std::vector<std::string> PostResults(const PostSource& source);
+
+// The same of what LS-DYNA makes of a deck.
+std::vector<std::string> DeckResults(const PostSource& source);
 
 #endif

@@ -227,6 +227,10 @@ TEST_F(JobRunTest, NothingStartsInAnAbortedPauseOrWhenTheJobIsNotWanted) {
 
 TEST_F(JobRunTest, ReasonsThatNoDriverCouldGiveStayWithTheJobAndItsStage) {
   class Throwing : public JobSolver {
+   public:
+    Throwing() : JobSolver(SolverKind::kLsDynaSingle) {}
+
+   private:
     bool Start(JobFile&) override { throw std::runtime_error("no more room"); }
     JobStatus Finish(JobFile&) override { return JobStatus::kFinished; }
   } throwing;

@@ -6,15 +6,6 @@
 
 namespace {
 
-TEST(Solvers, OneForEachKindInTheirOrder) {
-  const auto solvers = MakeSolvers();
-  ASSERT_EQ(solvers.size(), 5u);
-  for (std::size_t i = 0; i < solvers.size(); ++i) {
-    EXPECT_EQ(solvers[i]->solverType, static_cast<SolverKind>(i));
-    EXPECT_EQ(solvers[i]->enabled, 1);
-  }
-}
-
 TEST_F(SolverTest, RunsADeckToItsEnd) {
   folder_.Write("messag", "old");
   folder_.Write("mes0003", "old");

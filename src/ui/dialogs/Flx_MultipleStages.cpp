@@ -7,6 +7,7 @@
 #include <FL/fl_draw.H>
 
 #include "core/JobInformation.h"
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
@@ -130,7 +131,7 @@ void Flx_MultipleStages::MakeTable() {
   Fl_Group* place = Find(kTable);
   place->hide();
   table_ = new StageTable(place->x(), place->y(), place->w(), place->h(), subject_.group,
-                          subject_.job, texts, subject_.solverName, subject_.texts);
+                          subject_.job, texts, subject_.texts);
   Window()->add(table_);
   table_->OnSelect = [this] { Update(); };
   table_->OnCell = [this](int row, int column) {
@@ -210,8 +211,8 @@ int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
 void Flx_MultipleStages::AddStages() {
   Application& application = subject_.application;
   const std::string& folder = application.SettingsAndFiles().Get().last_path;
-  for (const std::string& path : AskForFiles(
-           {Window(), Shown("add_title"), subject_.texts.Get("ui_keyword_filter"), folder})) {
+  const std::string filter = subject_.texts.Say(RowOfKind(SolverKind::kLsDynaSingle).jobFilter);
+  for (const std::string& path : AskForFiles({Window(), Shown("add_title"), filter, folder})) {
     JobRequest request = MakeJobRequest(application.SettingsAndFiles().Get());
     request.jobFile = path;
     request.groupId = subject_.group->Id();

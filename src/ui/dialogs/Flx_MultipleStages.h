@@ -35,7 +35,6 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
     const TextTable& texts;  // of the main window
     std::shared_ptr<JobGroup> group;
     JobId job;
-    std::function<std::string(SolverKind kind)> solverName;
   };
 
   Flx_MultipleStages(Fl_Window* parent, int language, Subject subject);

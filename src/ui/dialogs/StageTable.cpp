@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Theme.h"
@@ -11,13 +12,11 @@
 #include "util/files/FileDirWrapper.h"
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job,
-                       Texts texts, std::function<std::string(SolverKind kind)> solverName,
-                       const TextTable& words)
+                       Texts texts, const TextTable& words)
     : Flx_Table(x, y, w, h),
       group_(std::move(group)),
       job_(job),
       texts_(std::move(texts)),
-      solverName_(std::move(solverName)),
       words_(words) {
   const int widths[kColumns] = {180, 120, 96, 70, 96, 76, 76};
   const int shares[kColumns] = {3, 2, 0, 0, 0, 0, 0};
@@ -55,7 +54,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&stage);
   row.cells[kType] =
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;
-  row.cells[kSolver] = solverName_(stage.GetSolverType());
+  row.cells[kSolver] = RowOfKind(stage.GetSolverType()).name;
   row.cells[kMemory] = stage.memory ? std::to_string(stage.memory) : CellDrawing::kNothing;
   std::string status;
   JobStatusWord(stage.status, status);

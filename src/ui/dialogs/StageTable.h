@@ -26,10 +26,10 @@ class StageTable : public Flx_Table {
     std::string reason;   // "%s" is why a stage was aborted
   };
 
-  // `solverName` gives the name of a solver kind. `words` translates what the core says and
+  // `words` translates what the core says and
   // outlives the table.
   StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job, Texts texts,
-             std::function<std::string(SolverKind kind)> solverName, const TextTable& words);
+             const TextTable& words);
 
   // Other stages, or what they show changed. The current one stays current wherever it moved.
   void SetStages(std::vector<JobId> stages);
@@ -61,7 +61,6 @@ class StageTable : public Flx_Table {
   const std::shared_ptr<JobGroup> group_;
   const JobId job_;
   const Texts texts_;
-  const std::function<std::string(SolverKind)> solverName_;
   const TextTable& words_;
   std::vector<JobId> stages_;  // by row
   int firstRow_ = 0;           // the row of shown_[0]

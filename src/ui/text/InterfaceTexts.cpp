@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include "solvers/JobSolver.h"
-
 namespace {
 
 // Labels (lab_), tooltips (tip_) and messages (msg_).
@@ -110,7 +108,6 @@ constexpr TextRow kMore[] = {
     {"ui_no", "No", "否"},
     {"ui_ok", "OK", "确定"},
     {"ui_cancel", "Cancel", "取消"},
-    {"ui_keyword_filter", kDeckFilter, "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"},
     {"ui_all_files", "All Files (*.*)|*|", "所有文件 (*.*)|*|"},
     {"ui_empty_title", "No jobs in this group", "此任务组中没有任务"},
     {"ui_empty_hint_dyna", "Drop keyword files or folders here, or press Ctrl+O to add jobs.",

@@ -42,6 +42,10 @@ std::string TextTable::Say(const Message& message) const {
   return codePage936_ ? message.Chinese(ToUi) : ToUi(message.English());
 }
 
+std::string TextTable::Say(const BothLanguages& text) const {
+  return codePage936_ ? text.chinese : text.english;
+}
+
 std::string TextTable::Known(const std::string& english) const {
   std::string pattern;
   std::vector<std::string> values;

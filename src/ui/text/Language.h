@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "messages/BothLanguages.h"
 #include "messages/Message.h"
 
 // An ordered map from key to text. Interface thread.
@@ -30,7 +31,7 @@ class TextTable {
     return Fill(Get(key), {std::string(values)...});
   }
 
-  // What the core and the drivers say in English (status words, titles and filters of choosers,
+  // What the core and the drivers say in English (status words,
   // labels and hints of reports, lines of the log) in this language, as UTF-8. What the English
   // has in square brackets is taken over, and so is what follows a colon of which only the words
   // before it are known. Texts that are not known come back as they are; `english` is in the
@@ -39,6 +40,7 @@ class TextTable {
 
   // What the rooms below the interface say, in this language, as UTF-8.
   std::string Say(const Message& message) const;
+  std::string Say(const BothLanguages& text) const;
 
   // From now on texts are in code page 936.
   void UseCodePage936() { codePage936_ = true; }

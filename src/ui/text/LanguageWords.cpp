@@ -11,21 +11,6 @@ constexpr WordRow kWords[] = {
     {"Finished", "已完成"},
     {"Aborted", "已中止"},
 
-    // Titles and filters of choosers.
-    {"Select Single LS-DYNA Solver", "选择单精度 LS-DYNA 求解器"},
-    {"Select Double LS-DYNA Solver", "选择双精度 LS-DYNA 求解器"},
-    {"Select UTILITYBATCH", "选择 UTILITYBATCH"},
-    {"Select VOREL", "选择 VOREL"},
-    {"Select INCSolver", "选择 INCSolver"},
-    {"Select DYNA File (LS-DYNA)", "选择 DYNA 文件 (LS-DYNA)"},
-    {"Select DAT File (VOREL)", "选择 DAT 文件 (VOREL)"},
-    {"Select FIN File (INC)", "选择 FIN 文件 (INC)"},
-    {"LS-DYNA Solver (*.exe)|*.exe|", "LS-DYNA 求解器 (*.exe)|*.exe|"},
-    {"Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|",
-     "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"},
-    {"Dat File (*.dat)|*.dat|All Files (*.*)|*|", "Dat 文件 (*.dat)|*.dat|所有文件 (*.*)|*|"},
-    {"Fin File (*.fin)|*.fin|All Files (*.*)|*|", "Fin 文件 (*.fin)|*.fin|所有文件 (*.*)|*|"},
-
     // Lines of the log and reasons of aborted jobs.
     {"Solver [%s] does not exist", "求解器 [%s] 不存在"},
     {"Job file [%s] does not exist", "任务文件 [%s] 不存在"},

@@ -6,11 +6,14 @@ namespace {
 
 // In the order of Action.
 const ActionInfo kActions[] = {
-    {Action::kAddDyna, "add_dyna", "tip_adddyn", "ui_menu_add", FL_CTRL | 'o'},
-    {Action::kAddRestart, "add_restart", "tip_addrestart", "ui_menu_restart", 0},
-    {Action::kAddVorel, "add_vorel", "tip_addvorel", "ui_menu_add_vorel", 0},
-    {Action::kAddInc, "add_inc", "tip_addinc", "ui_menu_add_inc", 0},
-    {Action::kAddFolder, "add_folder", "tip_folder", "ui_menu_folder", FL_CTRL | FL_SHIFT | 'o'},
+    {Action::kAddDyna, "add_dyna", "tip_adddyn", "ui_menu_add", FL_CTRL | 'o',
+     SolverKind::kLsDynaSingle},
+    {Action::kAddRestart, "add_restart", "tip_addrestart", "ui_menu_restart", 0,
+     SolverKind::kLsDynaSingle},
+    {Action::kAddVorel, "add_vorel", "tip_addvorel", "ui_menu_add_vorel", 0, SolverKind::kVorel},
+    {Action::kAddInc, "add_inc", "tip_addinc", "ui_menu_add_inc", 0, SolverKind::kInc},
+    {Action::kAddFolder, "add_folder", "tip_folder", "ui_menu_folder", FL_CTRL | FL_SHIFT | 'o',
+     SolverKind::kLsDynaSingle},
     {Action::kSubmit, "submit", "tip_submit", "ui_menu_submit", FL_CTRL | FL_Enter},
     {Action::kResubmit, "resubmit", "tip_resubmit", "ui_menu_resubmit", FL_CTRL | 'r'},
     {Action::kDeleteJob, "delete_job", "tip_delete_job", "ui_menu_delete", FL_Delete},

@@ -2,6 +2,9 @@
 #ifndef KR_UI_WINDOW_ACTIONS_H
 #define KR_UI_WINDOW_ACTIONS_H
 
+#include <optional>
+
+#include "jobs/JobFile.h"
 #include "ui/window/Layout.h"
 
 // The tools first, in their order in the tool row.
@@ -38,10 +41,11 @@ enum class Action {
 
 struct ActionInfo {
   Action action;
-  const char* icon;     // null: no tool
-  const char* tipKey;   // of the tool's tooltip
-  const char* menuKey;  // null: in no menu
-  int shortcut;         // FLTK's key with modifiers; 0: none
+  const char* icon;                       // null: no tool
+  const char* tipKey;                     // of the tool's tooltip
+  const char* menuKey;                    // null: in no menu
+  int shortcut;                           // FLTK's key with modifiers; 0: none
+  std::optional<SolverKind> solver = {};  // the kind whose jobs it adds; not while that is disabled
 };
 
 const ActionInfo& InfoOf(Action action);

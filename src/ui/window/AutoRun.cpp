@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -21,19 +22,15 @@ std::string ReportField(std::string text) {
 
 }  // namespace
 
-std::string ReportText(const JobGroup& group, const Application& application) {
+std::string ReportText(const JobGroup& group) {
   std::string text;
   group.ReadJobs([&](const JobFile& job) {
     std::string word;
     JobStatusWord(job.status, word);
-    std::string solver;
-    for (const auto& known : application.Solvers()) {
-      if (known->solverType == job.GetSolverType()) solver = known->displayName;
-    }
     const std::string last =
         job.status == JobStatus::kAborted ? job.RunMessage() : job.MessageFile();
     const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
-    text += ReportField(file) + "\t" + word + "\t" + ReportField(solver) + "\t" +
+    text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
             ReportField(last) + "\n";
   });
   return text;
@@ -95,7 +92,7 @@ void AutoRun::Finish() {
   done_ = true;
   if (options_.quitWhenDone && !AllFinished()) Fail();
   if (!options_.report.empty() &&
-      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_, application_))) {
+      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_))) {
     const Message message(MessageId::kReportNotWritten, options_.report);
     application_.SettingsAndFiles().Log().Report(message);
     std::fprintf(stderr, "%s\n", message.English().c_str());

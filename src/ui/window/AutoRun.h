@@ -47,6 +47,6 @@ class AutoRun {
 
 // One line a job: file, status word, solver name, and the message file or, of an aborted job, the
 // reason; between tabs.
-std::string ReportText(const JobGroup& group, const Application& application);
+std::string ReportText(const JobGroup& group);
 
 #endif

@@ -120,17 +120,9 @@ void Flx_AppWnd::ConnectParts() {
   application_.Manager().SetObserver(&notes_);
 }
 
-std::string Flx_AppWnd::SolverName(SolverKind kind) const {
-  for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType == kind) return solver->displayName;
-  }
-  return {};
-}
-
 void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   begin();
-  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
-                             [this](SolverKind kind) { return SolverName(kind); });
+  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_);
   end();
   table->hide();
   table->OnSelect = [this] { ShowCurrentJob(); };

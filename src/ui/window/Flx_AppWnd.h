@@ -61,7 +61,6 @@ class Flx_AppWnd : public Fl_Double_Window {
   JobTable* Table() const;  // of the current group; null when there is none
   std::shared_ptr<JobGroup> Group() const { return application_.Manager().CurrentGroup(); }
   JobId CurrentJob() const;  // kNone: none is current
-  std::string SolverName(SolverKind kind) const;
 
   // Flx_AppWnd_State.cpp: keeping up with the queue.
   std::string Said(const Message& message) const;

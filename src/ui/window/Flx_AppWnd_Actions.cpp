@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/Flx_MultipleStages.h"
@@ -28,11 +29,9 @@ void Flx_AppWnd::Perform(Action action) {
   settings_->Commit();
   switch (action) {
     case Action::kAddDyna:
-      return AddJobs(SolverKind::kLsDynaSingle);
     case Action::kAddVorel:
-      return AddJobs(SolverKind::kVorel);
     case Action::kAddInc:
-      return AddJobs(SolverKind::kInc);
+      return AddJobs(*InfoOf(action).solver);
     case Action::kAddRestart:
       return AddRestart();
     case Action::kAddFolder:
@@ -102,13 +101,10 @@ bool Flx_AppWnd::Ask(const std::string& text) {
 }
 
 void Flx_AppWnd::AddJobs(SolverKind kind) {
-  const auto& solvers = application_.Solvers();
-  const auto solver = std::find_if(solvers.begin(), solvers.end(),
-                                   [&](const auto& one) { return one->solverType == kind; });
-  if (solver == solvers.end()) return;
-  const std::vector<std::string> paths = AskForFiles(
-      {this, texts_.Word((*solver)->selectJobFileTitle), texts_.Word((*solver)->jobFileFilter),
-       application_.SettingsAndFiles().Get().last_path});
+  const SolverKindRow& row = RowOfKind(kind);
+  const std::vector<std::string> paths =
+      AskForFiles({this, texts_.Say(row.jobTitle), texts_.Say(row.jobFilter),
+                   application_.SettingsAndFiles().Get().last_path});
   FocusTable();
   // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
   // chosen for.
@@ -320,9 +316,7 @@ void Flx_AppWnd::OpenStages() {
   bool multiStage = false;
   if (!ReadCurrentJob([&](const JobFile& read) { multiStage = !read.stages.empty(); })) return;
   if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
-  Flx_MultipleStages dialog(this, application_.language,
-                            {application_, texts_, Group(), job,
-                             [this](SolverKind kind) { return ToUi(SolverName(kind)); }});
+  Flx_MultipleStages dialog(this, application_.language, {application_, texts_, Group(), job});
   RunDialog(dialog);
 }
 

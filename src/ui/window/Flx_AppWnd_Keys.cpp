@@ -44,18 +44,8 @@ int Flx_AppWnd::handle(int event) {
 }
 
 bool Flx_AppWnd::SolverEnabledFor(Action action) const {
-  switch (action) {
-    case Action::kAddDyna:
-    case Action::kAddRestart:
-    case Action::kAddFolder:
-      return application_.SolverEnabled(SolverKind::kLsDynaSingle);
-    case Action::kAddVorel:
-      return application_.SolverEnabled(SolverKind::kVorel);
-    case Action::kAddInc:
-      return application_.SolverEnabled(SolverKind::kInc);
-    default:
-      return true;
-  }
+  const std::optional<SolverKind> solver = InfoOf(action).solver;
+  return !solver || application_.SolverEnabled(*solver);
 }
 
 bool Flx_AppWnd::CanPerform(Action action) const {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Labels.h"
@@ -23,11 +24,8 @@ bool CanViewMessage(JobStatus status) {
 }  // namespace
 
 JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
-                   const TextTable& texts, std::function<std::string(SolverKind kind)> solverName)
-    : Flx_Table(x, y, w, h),
-      group_(std::move(group)),
-      texts_(texts),
-      solverName_(std::move(solverName)) {
+                   const TextTable& texts)
+    : Flx_Table(x, y, w, h), group_(std::move(group)), texts_(texts) {
   struct Shape {
     const char* key;
     int least, share;  // width, and share of what is left over
@@ -83,7 +81,6 @@ int JobTable::RowCount() const {
 // Empty for a job that has been removed meanwhile.
 JobTable::Row JobTable::ReadRow(int index) const {
   Row row;
-  SolverKind kind = SolverKind::kLsDynaSingle;
   const auto read = [&](const JobFile& job) {
     row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
     row.folder = job.Folder();
@@ -93,14 +90,13 @@ JobTable::Row JobTable::ReadRow(int index) const {
     row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
     row.multiStage = !job.stages.empty();
     row.other = job.extraOptions;
-    kind = job.GetSolverType();
+    row.solver = RowOfKind(job.GetSolverType()).name;
     if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) {
       row.dyna = true;
       row.force = dyna->useSFile;
     }
   };
   if (!group_->ReadJob(JobAt(index), read)) return row;
-  row.solver = ToUi(solverName_(kind));
   std::string name;
   FileDirWrapper::FileNameOf(row.path, name, true);
   row.name = ToUi(name);

@@ -29,9 +29,8 @@ class JobTable : public Flx_Table {
     kColumns
   };
 
-  // `solverName` gives the name of a solver kind. The texts outlive the table.
-  JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, const TextTable& texts,
-           std::function<std::string(SolverKind kind)> solverName);
+  // The texts outlive the table.
+  JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, const TextTable& texts);
 
   const std::shared_ptr<JobGroup>& Group() const { return group_; }
 
@@ -70,7 +69,6 @@ class JobTable : public Flx_Table {
 
   std::shared_ptr<JobGroup> group_;
   const TextTable& texts_;
-  std::function<std::string(SolverKind)> solverName_;
   std::vector<JobId> jobs_;  // by row
   int firstRow_ = 0;         // the row of shown_[0]
   std::vector<Row> shown_;

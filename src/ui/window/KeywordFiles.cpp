@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -46,12 +47,6 @@ std::string PathOf(const std::string& line) {
   return path;
 }
 
-bool IsKeywordFile(const std::string& path) {
-  std::string ending;
-  if (!FileDirWrapper::ExtensionOf(path, ending)) return false;
-  return SameButForCase(ending, "k") || SameButForCase(ending, "dyn");
-}
-
 }  // namespace
 
 std::vector<std::string> DroppedPaths(const std::string& text) {
@@ -71,7 +66,8 @@ std::vector<std::string> KeywordFiles(const std::string& folder) {
   std::vector<std::string> files;
   std::vector<std::string> folders;
   FileDirWrapper::ListDir(folder, files, folders, false);
-  std::erase_if(files, [](const std::string& path) { return !IsKeywordFile(path); });
+  const SolverKindRow& decks = RowOfKind(SolverKind::kLsDynaSingle);
+  std::erase_if(files, [&](const std::string& path) { return !HasJobEnding(decks, path); });
   std::sort(files.begin(), files.end());
   return files;
 }

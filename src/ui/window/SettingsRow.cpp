@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "jobs/JobArguments.h"
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/MpiKinds.h"
@@ -230,20 +232,6 @@ SolverKind SettingsRow::ShownKind() const {
   return MakeView().kind;
 }
 
-std::string SettingsRow::SolverName(SolverKind kind) const {
-  for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType == kind) return solver->displayName;
-  }
-  return {};
-}
-
-const std::string& SettingsRow::SolverPath(SolverKind kind) const {
-  const Settings& settings = application_.SettingsAndFiles().Get();
-  if (settings.use_mpp && kind == SolverKind::kLsDynaSingle) return settings.mpp_solver_s;
-  if (settings.use_mpp && kind == SolverKind::kLsDynaDouble) return settings.mpp_solver_d;
-  return settings.SolverPath(kind);
-}
-
 void SettingsRow::Refresh() {
   if (!application_.SolverEnabled(kind_)) {
     for (const auto& solver : application_.Solvers()) {
@@ -260,13 +248,13 @@ void SettingsRow::ShowView(const View& view) {
   for (const auto& solver : application_.Solvers()) {
     const SolverKind kind = solver->solverType;
     if (kind == view.kind && kindChoice_->value() != place) kindChoice_->value(place);
-    const bool possible = solver->enabled != 0 && (!view.job || RunsDecks(kind));
+    const bool possible = solver->enabled != 0 && (!view.job || RowOfKind(kind).runsDecks);
     kindChoice_->mode(place++, possible ? 0 : FL_MENU_INACTIVE);
   }
   SetActive(kindChoice_, !view.job || (view.dyna && !view.running));
   SetTip(*kindChoice_, texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
-  solver_->Show(ToUi(SolverPath(view.kind)));
-  SetTip(*solver_, texts_.Format("ui_tip_solver", ToUi(SolverName(view.kind))));
+  solver_->Show(ToUi(SolverProgram(settings, view.kind)));
+  SetTip(*solver_, texts_.Format("ui_tip_solver", RowOfKind(view.kind).name));
 
   const bool editable = !view.running;
   memory_->Show(std::to_string(view.memory));
@@ -333,10 +321,9 @@ std::string SettingsRow::SolverHint(const std::string& path) const {
 void SettingsRow::StoreSolver(const std::string& path) {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
   const SolverKind kind = ShownKind();
-  if (settings.Get().use_mpp && kind == SolverKind::kLsDynaSingle) {
-    settings.Set(&Settings::mpp_solver_s, path);
-  } else if (settings.Get().use_mpp && kind == SolverKind::kLsDynaDouble) {
-    settings.Set(&Settings::mpp_solver_d, path);
+  std::string Settings::*const mpp = settings.Get().use_mpp ? MppSolver(kind) : nullptr;
+  if (mpp != nullptr) {
+    settings.Set(mpp, path);
   } else {
     settings.SetSolverPath(kind, path);
   }
@@ -348,15 +335,14 @@ void SettingsRow::StoreSolver(const std::string& path) {
 void SettingsRow::ChooseSolver() {
   solver_->Commit();
   const SolverKind kind = ShownKind();
-  FileQuestion question{window(), {}, {}, {}};
-  for (const auto& solver : application_.Solvers()) {
-    if (solver->solverType != kind) continue;
-    question.caption = texts_.Word(solver->selectSolverTitle);
-    question.filter = ComnFileDialog::ProgramFilter(texts_.Word(solver->solverFilter),
-                                                    texts_.Get("ui_all_files"));
-  }
-  const std::string path =
-      AskForProgram(question, application_.SettingsAndFiles(), SolverPath(kind));
+  const SolverKindRow& row = RowOfKind(kind);
+  const FileQuestion question{
+      window(),
+      texts_.Say(row.programTitle),
+      ComnFileDialog::ProgramFilter(texts_.Say(row.programFilter), texts_.Get("ui_all_files")),
+      {}};
+  SettingsAndPaths& settings = application_.SettingsAndFiles();
+  const std::string path = AskForProgram(question, settings, SolverProgram(settings.Get(), kind));
   if (!path.empty()) StoreSolver(path);
 }
 

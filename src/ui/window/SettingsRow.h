@@ -59,8 +59,6 @@ class SettingsRow : public Fl_Group {
   void ToggleAuto();
   bool HasJob() const;
   SolverKind ShownKind() const;  // whose program is shown
-  std::string SolverName(SolverKind kind) const;
-  const std::string& SolverPath(SolverKind kind) const;
   // Runs a change of the current job and tells when the group refuses it.
   void EditJob(const std::function<bool(JobGroup& group, JobId job)>& edit);
 

@@ -1,0 +1,5 @@
+#include "solvers/JobOutput.h"
+
+JobOutput OutputOf(const JobFile& job) {
+  return {job.GetSolverType(), job.status, job.jobFile, job.Folder(), job.MessageFile()};
+}

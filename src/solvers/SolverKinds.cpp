@@ -1,0 +1,171 @@
+#include "solvers/SolverKinds.h"
+
+#include <algorithm>
+
+#include "jobs/JobArguments.h"
+#include "solvers/JobOutput.h"
+#include "solvers/JobSolverInc.h"
+#include "solvers/JobSolverLsDyna.h"
+#include "solvers/JobSolverUBatch.h"
+#include "solvers/JobSolverVorel.h"
+#include "solvers/OutputAnalysis.h"
+#include "solvers/PostResult.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
+
+namespace {
+
+template <typename Job>
+std::shared_ptr<JobFile> MakeJob(const Settings& settings) {
+  return std::make_shared<Job>(settings);
+}
+
+template <SolverKind kind>
+std::shared_ptr<JobFile> MakeDeckJob(const Settings& settings) {
+  auto job = std::make_shared<JobFileDyna>(settings);
+  job->solverType = kind;
+  return job;
+}
+
+template <typename Driver, auto... arguments>
+std::unique_ptr<JobSolver> MakeDriver() {
+  return std::make_unique<Driver>(arguments...);
+}
+
+AnalysisReport MessageReport(const JobOutput& output, const AnalysisHooks& hooks) {
+  return AnalyseMessageFile(output.messageFile, hooks);
+}
+
+// The results that lie beside the job file and have its name.
+std::vector<std::string> Beside(const PostSource& source,
+                                std::initializer_list<const char*> endings) {
+  std::vector<std::string> paths;
+  for (const char* ending : endings) paths.push_back(PathWithoutExtension(source.jobFile) + ending);
+  return paths;
+}
+
+constexpr BothLanguages kDynaProgramFilter = {"LS-DYNA Solver (*.exe)|*.exe|",
+                                              "LS-DYNA 求解器 (*.exe)|*.exe|"};
+constexpr BothLanguages kDeckTitle = {"Select DYNA File (LS-DYNA)", "选择 DYNA 文件 (LS-DYNA)"};
+constexpr BothLanguages kDeckFilter = {"Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|",
+                                       "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"};
+
+constexpr SolverKindRow kRows[] = {
+    {
+        .kind = SolverKind::kLsDynaSingle,
+        .name = "LS-DYNA (S)",
+        .settingsKey = "ls_dyna_s",
+        .program = "lsdyna.exe",
+        .programTitle = {"Select Single LS-DYNA Solver", "选择单精度 LS-DYNA 求解器"},
+        .programFilter = kDynaProgramFilter,
+        .jobTitle = kDeckTitle,
+        .jobFilter = kDeckFilter,
+        .handOverKey = "#dyna_precision",
+        .handOverValue = 1,
+        .jobEndings = {"k", "dyn"},
+        .runsDecks = true,
+        .makeJob = MakeDeckJob<SolverKind::kLsDynaSingle>,
+        .makeDriver = MakeDriver<JobSolverLsDyna, false>,
+        .report = MessageReport,
+        .results = DeckResults,
+    },
+    {
+        .kind = SolverKind::kLsDynaDouble,
+        .name = "LS-DYNA (D)",
+        .settingsKey = "ls_dyna_d",
+        .program = "lsdyna_d.exe",
+        .programTitle = {"Select Double LS-DYNA Solver", "选择双精度 LS-DYNA 求解器"},
+        .programFilter = kDynaProgramFilter,
+        .jobTitle = kDeckTitle,
+        .jobFilter = kDeckFilter,
+        .handOverKey = "#dyna_precision",
+        .handOverValue = 2,
+        .runsDecks = true,
+        .makeJob = MakeDeckJob<SolverKind::kLsDynaDouble>,
+        .makeDriver = MakeDriver<JobSolverLsDyna, true>,
+        .report = MessageReport,
+        .results = DeckResults,
+    },
+    {
+        .kind = SolverKind::kVorel,
+        .name = "VOREL",
+        .settingsKey = "v_orel",
+        .program = "Vorel.exe",
+        .programTitle = {"Select VOREL", "选择 VOREL"},
+        .programFilter = {"VOREL (*.exe)|*.exe|", "VOREL (*.exe)|*.exe|"},
+        .jobTitle = {"Select DAT File (VOREL)", "选择 DAT 文件 (VOREL)"},
+        .jobFilter = {"Dat File (*.dat)|*.dat|All Files (*.*)|*|",
+                      "Dat 文件 (*.dat)|*.dat|所有文件 (*.*)|*|"},
+        .handOverKey = "#vorel",
+        .jobEndings = {"dat"},
+        .makeJob = MakeJob<JobFileVorel>,
+        .makeDriver = MakeDriver<JobSolverVorel>,
+        .report = [](const JobOutput& output,
+                     const AnalysisHooks& hooks) { return AnalyseVorelOut(output.jobFile, hooks); },
+        .results =
+            [](const PostSource& source) {
+              return Beside(source, {".mes", ".dynain"});
+            },
+    },
+    {
+        .kind = SolverKind::kUtilityBatch,
+        .name = "UTILITYBATCH",
+        .settingsKey = "u_batch",
+        .program = "UtilityBatch.exe",
+        .programTitle = {"Select UTILITYBATCH", "选择 UTILITYBATCH"},
+        .programFilter = {"UTILITYBATCH (*.exe)|*.exe|", "UTILITYBATCH (*.exe)|*.exe|"},
+        .jobTitle = kDeckTitle,
+        .jobFilter = kDeckFilter,
+        .runsDecks = true,
+        .makeJob = MakeDeckJob<SolverKind::kUtilityBatch>,
+        .makeDriver = MakeDriver<JobSolverUBatch>,
+        .report = MessageReport,
+    },
+    {
+        .kind = SolverKind::kInc,
+        .name = "INCSolver",
+        .settingsKey = "inc",
+        .program = "KVIN_SC.EXE",
+        .programTitle = {"Select INCSolver", "选择 INCSolver"},
+        .programFilter = {"INCSolver (*.exe)|*.exe|", "INCSolver (*.exe)|*.exe|"},
+        .jobTitle = {"Select FIN File (INC)", "选择 FIN 文件 (INC)"},
+        .jobFilter = {"Fin File (*.fin)|*.fin|All Files (*.*)|*|",
+                      "Fin 文件 (*.fin)|*.fin|所有文件 (*.*)|*|"},
+        .handOverKey = "#inc",
+        .jobEndings = {"fin"},
+        .inDynaMode = false,
+        .inIncMode = true,
+        .makeJob = MakeJob<JobFileInc>,
+        .makeDriver = MakeDriver<JobSolverInc>,
+        .report =
+            [](const JobOutput& output, const AnalysisHooks& hooks) {
+              return AnalyseIncInfo(output.jobFile, output.status, hooks);
+            },
+        .results = [](const PostSource& source) { return Beside(source, {".idx"}); },
+    },
+};
+
+}  // namespace
+
+std::span<const SolverKindRow> SolverKinds() {
+  return kRows;
+}
+
+const SolverKindRow& RowOfKind(SolverKind kind) {
+  return *std::find_if(std::begin(kRows), std::end(kRows) - 1,
+                       [kind](const SolverKindRow& row) { return row.kind == kind; });
+}
+
+bool HasJobEnding(const SolverKindRow& row, const std::string& path) {
+  std::string ending;
+  if (!FileDirWrapper::ExtensionOf(path, ending)) return false;
+  return std::any_of(row.jobEndings.begin(), row.jobEndings.end(), [&](const char* known) {
+    return known != nullptr && SameButForCase(ending, known);
+  });
+}
+
+SolverKind SolverKindOfFile(const std::string& path) {
+  const auto row = std::find_if(std::begin(kRows), std::end(kRows),
+                                [&](const SolverKindRow& one) { return HasJobEnding(one, path); });
+  return row == std::end(kRows) ? SolverKind::kLsDynaSingle : row->kind;
+}

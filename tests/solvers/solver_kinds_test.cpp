@@ -1,0 +1,76 @@
+// The table of the solver kinds: what a row that was copied and half changed would break.
+#include "solvers/SolverKinds.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "solvers/JobSolver.h"
+
+namespace {
+
+TEST(SolverKinds, ARowBelongsToItsKindAlone) {
+  std::set<std::string> taken;
+  for (const SolverKindRow& row : SolverKinds()) {
+    EXPECT_EQ(&RowOfKind(row.kind), &row) << row.name;
+    const auto job = row.makeJob(Settings());
+    EXPECT_EQ(job->GetSolverType(), row.kind) << row.name;
+    EXPECT_EQ(dynamic_cast<JobFileDyna*>(job.get()) != nullptr, row.runsDecks) << row.name;
+    EXPECT_EQ(row.makeDriver()->solverType, row.kind) << row.name;
+
+    EXPECT_TRUE(taken.insert("name " + std::string(row.name)).second) << row.name;
+    EXPECT_TRUE(taken.insert("key " + std::string(row.settingsKey)).second) << row.settingsKey;
+    for (const char* ending : row.jobEndings) {
+      if (ending == nullptr) continue;
+      EXPECT_TRUE(taken.insert("ending " + std::string(ending)).second) << ending;
+      EXPECT_EQ(SolverKindOfFile(std::string("/a.b/c.") + ending), row.kind);
+      // The chooser shows what the queue takes for the kind's files.
+      EXPECT_NE(std::string(row.jobFilter.english).find(std::string("*.") + ending),
+                std::string::npos);
+    }
+    if (row.handOverKey == nullptr) continue;
+    EXPECT_TRUE(taken.insert(row.handOverKey + std::to_string(row.handOverValue)).second);
+  }
+  EXPECT_EQ(SolverKindOfFile("/a/B.FIN"), SolverKind::kInc);
+  EXPECT_EQ(SolverKindOfFile("/a.dat/b"), SolverKind::kLsDynaSingle);
+}
+
+// A chooser's filter is pairs of words and patterns; languages differ in the words only.
+TEST(SolverKinds, FiltersAreTheSameInBothLanguages) {
+  const auto patterns = [](const std::string& filter) {
+    std::vector<std::string> found;
+    bool isPattern = false;
+    for (std::size_t at = 0; at < filter.size(); isPattern = !isPattern) {
+      const std::size_t end = filter.find('|', at);
+      if (end == std::string::npos) return std::vector<std::string>();
+      if (isPattern) found.push_back(filter.substr(at, end - at));
+      at = end + 1;
+    }
+    return found;
+  };
+  for (const SolverKindRow& row : SolverKinds()) {
+    for (const BothLanguages& filter : {row.programFilter, row.jobFilter}) {
+      EXPECT_FALSE(patterns(filter.english).empty()) << filter.english;
+      EXPECT_EQ(patterns(filter.english), patterns(filter.chinese)) << filter.english;
+    }
+  }
+}
+
+TEST(SolverKinds, DriversStandInTheOrderOfTheKindsAndSayWhatTheirRowsSay) {
+  const auto drivers = MakeSolvers();
+  ASSERT_EQ(drivers.size(), SolverKinds().size());
+  for (std::size_t i = 0; i < drivers.size(); ++i) {
+    EXPECT_EQ(drivers[i]->solverType, static_cast<SolverKind>(i));
+    EXPECT_EQ(drivers[i]->enabled, 1);
+  }
+  const JobSolver& inc = *drivers.back();
+  EXPECT_EQ(inc.displayName, "INCSolver");
+  EXPECT_EQ(inc.selectSolverTitle, "Select INCSolver");
+  EXPECT_EQ(inc.selectSolverTitle2, inc.selectSolverTitle);
+  EXPECT_EQ(inc.selectJobFileTitle, "Select FIN File (INC)");
+  EXPECT_EQ(inc.solverFilter, "INCSolver (*.exe)|*.exe|");
+  EXPECT_EQ(inc.defaultExecutable, "KVIN_SC.EXE");
+  EXPECT_EQ(inc.jobFileFilter, "Fin File (*.fin)|*.fin|All Files (*.*)|*|");
+}
+
+}  // namespace
