@@ -37,8 +37,11 @@ class Standin : public testing::Test {
              const std::string& name = "standin_solver") const {
     const std::string program = std::string(KR_TEST_BIN_DIR) + "/" + name +
                                 (FileDirWrapper::kSeparator == '\\' ? ".exe" : "");
-    return process.Create("", "\"" + program + "\" " + arguments, "", false, 0, folder_.Path(),
-                          false);
+    PTWrapperProcessStart start;
+    start.commandLine = "\"" + program + "\" " + arguments;
+    start.showWindow = false;
+    start.folder = folder_.Path();
+    return process.Create(start);
   }
   // The exit code.
   int Run(const std::string& arguments, const std::string& name = "standin_solver") const {
@@ -56,7 +59,6 @@ class Standin : public testing::Test {
   }
 
   const TempFolder folder_;
-  const InFolder in_{folder_.Path()};
 };
 
 TEST_F(Standin, EndsNormallyAndTellsWhatItReceived) {
