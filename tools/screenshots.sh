@@ -40,8 +40,8 @@ using namespace Layout;
 int main() {
   const int w = kWindowWidth, tool = kToolSize / 2;
   std::printf("tool_y=%d restart_x=%d config_x=%d about_x=%d submit_x=%d\n", kToolY + tool,
-              ToolX(kAddRestart, w) + tool, ToolX(kConfig, w) + tool, ToolX(kAbout, w) + tool,
-              ToolX(Layout::kSubmit, w) + tool);
+              ToolX(Action::kAddRestart, w) + tool, ToolX(Action::kConfig, w) + tool,
+              ToolX(Action::kAbout, w) + tool, ToolX(Action::kSubmit, w) + tool);
   std::printf("mpp_x=%d mpp_y=%d tab_y=%d\n", w - kMargin - 60, ParameterRowY(w) + kFieldHeight / 2,
               TabsY(w) + kTabHeight / 2);
   std::printf("row_1=%d row_2=%d row_3=%d row_4=%d row_5=%d\n", RowY(0, w), RowY(1, w), RowY(2, w),

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "ui/help/TextViewer.h"
+#include "ui/window/Layout.h"
 
 namespace {
 

@@ -55,7 +55,9 @@ class WindowFixture : public ::testing::Test {
     return copy;
   }
 
-  std::string HandOver() const { return desktop_.Scratch() / "home/handover/~kestrun_tmp_2014 R1.txt"; }
+  std::string HandOver() const {
+    return desktop_.Scratch() / "home/handover/~kestrun_tmp_2014 R1.txt";
+  }
 
   bool WaitUntilTaken() const {
     const bool gone = Desktop::WaitFor([&] { return !Exists(HandOver()); }, kPoll);
@@ -68,7 +70,7 @@ class WindowFixture : public ::testing::Test {
     return Desktop::WaitFor([&] { return desktop_.Windows(windowClass, 0).empty(); }, 5);
   }
 
-  void ClickTool(int tool) const {
+  void ClickTool(Action tool) const {
     desktop_.Click(Layout::ToolX(tool, kWidth) + Layout::kToolSize / 2,
                    Layout::kToolY + Layout::kToolSize / 2);
   }

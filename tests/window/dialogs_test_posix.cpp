@@ -24,7 +24,7 @@ class Dialogs : public WindowFixture {
     EXPECT_EQ(desktop_.WaitExit(copy_, 10), 0);
   }
 
-  void OpenByTool(int tool) {
+  void OpenByTool(Action tool) {
     ClickTool(tool);
     FindDialog();
   }
@@ -110,13 +110,13 @@ TEST_F(Dialogs, WhatStaysAsItIsChangesNoFile) {
   ClickIn(200, 138);
   desktop_.Key("y Escape");  // a text that is being typed goes with its window
   EXPECT_TRUE(Closed());
-  OpenByTool(Layout::kConfig);
+  OpenByTool(Action::kConfig);
   Choose(150, 21, "");  // English again: it says so all the same
   EXPECT_TRUE(desktop_.Answer("Return"));
   desktop_.Key("Escape");
   EXPECT_TRUE(Closed());
   for (const char* key : {"Escape", "Return"}) {
-    OpenByTool(Layout::kAbout);
+    OpenByTool(Action::kAbout);
     desktop_.Key(key);
     EXPECT_TRUE(Closed()) << key;
   }
@@ -173,7 +173,7 @@ TEST_F(Dialogs, StopRunningNeedsTheSwitchFile) {
 
 TEST_F(Dialogs, ConfigurationIsStoredAndTheLanguageComesWithTheNextStart) {
   StartWith({});
-  OpenByTool(Layout::kConfig);
+  OpenByTool(Action::kConfig);
   Choose(150, 21, "Down");
   EXPECT_TRUE(desktop_.Answer("Return"));
   TypeIn(200, 47, "my editor -w");
@@ -187,7 +187,7 @@ TEST_F(Dialogs, ConfigurationIsStoredAndTheLanguageComesWithTheNextStart) {
   for (const char* line : {"language=1", "viewer=my editor -w", "output_dump=0", "no_adapdump=0"})
     EXPECT_TRUE(Stored(line)) << line << "\n" << Settings();
   StartWith({});
-  OpenByTool(Layout::kConfig);
+  OpenByTool(Action::kConfig);
   EXPECT_EQ(desktop_.Command("xdotool getwindowname " + dialog_), "\xE9\x85\x8D\xE7\xBD\xAE\n");
 }
 
@@ -195,11 +195,11 @@ TEST_F(Dialogs, RestartJobsRunWithTheirFiles) {
   const std::string deck = desktop_.Deck("again", "$ standin: echo\n");
   const std::string dump = desktop_.Scratch().Write("again/d3dump01", "dump");
   StartWith({});
-  OpenByTool(Layout::kAddRestart);
+  OpenByTool(Action::kAddRestart);
   TypeIn(200, 18, dump);
   ClickIn(400, 80);  // Cancel: no job
   EXPECT_TRUE(Closed());
-  OpenByTool(Layout::kAddRestart);
+  OpenByTool(Action::kAddRestart);
   desktop_.Key("Return");  // no file yet
   EXPECT_TRUE(desktop_.Answer("Return"));
   TypeIn(200, 18, dump);

@@ -48,7 +48,7 @@ TEST_F(OtherSolvers, RunFromTheWindowAndTellNoToken) {
   EXPECT_NE(text.find(refused + "\tAborted\tINCSolver\t"), std::string::npos) << text;
 
   // A file that is chosen as a Vorel job is one, also without an extension.
-  ClickTool(Layout::kAddVorel);
+  ClickTool(Action::kAddVorel);
   EXPECT_FALSE(desktop_.Windows("KestrunChooser").empty());
   desktop_.Type("one step");  // the folder stands there already
   desktop_.Key("Return");

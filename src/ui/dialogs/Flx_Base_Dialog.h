@@ -104,7 +104,6 @@ class Flx_Base_Dialog {
   Fl_Window* Window() const { return window_.get(); }
 
  protected:
-  Fl_Window* Parent() const { return parent_; }
   int Language() const { return language_; }
 
  private:

@@ -5,11 +5,10 @@
 #include <optional>
 
 #include "jobs/JobFile.h"
-#include "ui/window/Layout.h"
 
 // The tools first, in their order in the tool row.
 enum class Action {
-  kAddDyna = Layout::kAddDyna,
+  kAddDyna,
   kAddRestart,
   kAddVorel,
   kAddInc,

@@ -13,8 +13,8 @@
 namespace {
 
 // The narrowest window has room for all tools and for the control parameters.
-static_assert(Layout::ToolX(Layout::kReadLog, Layout::kMinWidth) + Layout::kToolSize <
-              Layout::ToolX(Layout::kConfig, Layout::kMinWidth));
+static_assert(Layout::ToolX(Action::kReadLog, Layout::kMinWidth) + Layout::kToolSize <
+              Layout::ToolX(Action::kConfig, Layout::kMinWidth));
 static_assert(Layout::PauseX(Layout::kInlineCaptionWidth) + Layout::kPauseField <
               Layout::kInlineCaptionWidth - Layout::kMargin);
 
@@ -83,8 +83,9 @@ Flx_AppWnd::~Flx_AppWnd() {
 void Flx_AppWnd::MakeTools() {
   auto* row = new ToolRow(0, 0, w(), Layout::kToolRowHeight);
   for (int tool = 0; tool < Layout::kToolCount; ++tool) {
-    const ActionInfo& info = InfoOf(static_cast<Action>(tool));
-    auto* button = new ToolButton(Layout::ToolX(tool, w()), Layout::kToolY, Layout::kToolSize,
+    const auto action = static_cast<Action>(tool);
+    const ActionInfo& info = InfoOf(action);
+    auto* button = new ToolButton(Layout::ToolX(action, w()), Layout::kToolY, Layout::kToolSize,
                                   Layout::kToolSize, info.icon);
     button->callback(
         [](Fl_Widget* pressed, void* self) {
@@ -145,7 +146,7 @@ void Flx_AppWnd::LayOut() {
   using namespace Layout;
   tools_.front()->parent()->resize(0, 0, w(), kToolRowHeight);
   for (int tool = 0; tool < kToolCount; ++tool)
-    tools_[static_cast<std::size_t>(tool)]->position(ToolX(tool, w()), kToolY);
+    tools_[static_cast<std::size_t>(tool)]->position(ToolX(static_cast<Action>(tool), w()), kToolY);
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
   tabs_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);

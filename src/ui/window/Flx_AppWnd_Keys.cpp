@@ -5,6 +5,7 @@
 
 #include "ui/fltk/Theme.h"
 #include "ui/window/Flx_AppWnd.h"
+#include "ui/window/Layout.h"
 
 namespace {
 

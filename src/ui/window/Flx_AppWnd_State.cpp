@@ -9,6 +9,7 @@
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
+#include "ui/window/Layout.h"
 #include "util/files/FileDirWrapper.h"
 
 void Flx_AppWnd::Refresh() {

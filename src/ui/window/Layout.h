@@ -4,6 +4,7 @@
 #define KR_UI_WINDOW_LAYOUT_H
 
 #include "ui/fltk/Sizes.h"
+#include "ui/window/Actions.h"
 
 namespace Layout {
 
@@ -20,43 +21,22 @@ inline constexpr int kMinHeight = 320;
 inline constexpr int kToolRowHeight = 42;
 inline constexpr int kToolSize = 32;
 inline constexpr int kToolGroupGap = 13;  // holds the separator
-inline constexpr int kToolCount = 20;
-// In the order of Tool.
-enum Tool {
-  kAddDyna,
-  kAddRestart,
-  kAddVorel,
-  kAddInc,
-  kAddFolder,
-  kSubmit,
-  kResubmit,
-  kDeleteJob,
-  kDeleteAll,
-  kMoveUp,
-  kMoveDown,
-  kAddGroup,
-  kRenameGroup,
-  kDeleteGroup,
-  kViewSummary,
-  kRunPost,
-  kReadLog,
-  kConfig,
-  kHelp,
-  kAbout
-};
-inline constexpr int kToolGroupStart[] = {kAddDyna,  kSubmit,      kDeleteJob,
-                                          kAddGroup, kViewSummary, kConfig};
+inline constexpr Action kToolGroupStart[] = {Action::kAddDyna,     Action::kSubmit,
+                                             Action::kDeleteJob,   Action::kAddGroup,
+                                             Action::kViewSummary, Action::kConfig};
 inline constexpr int kToolGroups = 6;
+inline constexpr int kToolCount = static_cast<int>(Action::kAbout) + 1;
 
-constexpr int ToolGroup(int tool) {
+constexpr int ToolGroup(Action tool) {
   int group = 0;
   while (group + 1 < kToolGroups && kToolGroupStart[group + 1] <= tool) ++group;
   return group;
 }
-constexpr int ToolX(int tool, int windowWidth) {
+constexpr int ToolX(Action tool, int windowWidth) {
+  const int place = static_cast<int>(tool);
   if (ToolGroup(tool) == kToolGroups - 1)
-    return windowWidth - kMargin - (kToolCount - tool) * kToolSize;
-  return kMargin + tool * kToolSize + ToolGroup(tool) * kToolGroupGap;
+    return windowWidth - kMargin - (kToolCount - place) * kToolSize;
+  return kMargin + place * kToolSize + ToolGroup(tool) * kToolGroupGap;
 }
 inline constexpr int kToolY = 5;
 
