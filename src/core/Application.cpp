@@ -116,6 +116,7 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
     return false;
   }
   settings_->Log().StartNewWhenBig();
+  settings_->RemoveLeftFiles();
   HandOver(argc, argv);
   ReadFiles();
   solvers_ = MakeSolvers();

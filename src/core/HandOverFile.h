@@ -14,7 +14,7 @@ namespace hand_over_file {
 enum class Result {
   kDone,
   kMissing,
-  kRefused,  // a link, no ordinary file, someone else's, or others may write to it
+  kRefused,  // a link, no ordinary file, someone else's, or others may write to it or its folder
   kTooBig,
   kGrowing,  // its last line has no end and was written a moment ago
   kFailed,

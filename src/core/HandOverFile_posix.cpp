@@ -9,6 +9,7 @@
 #include <ctime>
 
 #include "core/HandOverFile.h"
+#include "util/files/FileDirWrapper.h"
 #include "util/files/UniqueFd_posix.h"
 
 namespace hand_over_file {
@@ -22,6 +23,16 @@ constexpr int kSafely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 bool IsTrusted(const struct stat& info) {
   return S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1 &&
          (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// In a folder that others may write to they could take away what was handed over.
+bool IsInTrustedFolder(const std::string& path) {
+  struct stat info {};
+  std::string folder;
+  FileDirWrapper::DirOf(path, folder);
+  return lstat(folder.c_str(), &info) != 0 ||  // which opening will say
+         (S_ISDIR(info.st_mode) && info.st_uid == geteuid() &&
+          (info.st_mode & (S_IWGRP | S_IWOTH)) == 0);
 }
 
 std::string IdentityOf(const struct stat& info) {
@@ -103,6 +114,7 @@ bool Exists(const std::string& path) {
 
 Result Append(const std::string& path, const std::string& text,
               const std::vector<std::size_t>& beginnings, std::size_t limit, Record& record) {
+  if (!IsInTrustedFolder(path)) return Result::kRefused;
   UniqueFd fd(open(path.c_str(), O_RDWR | O_CREAT | kSafely, S_IRUSR | S_IWUSR));
   struct stat info {};
   if (!fd) return Exists(path) ? Result::kRefused : Result::kFailed;
@@ -128,6 +140,7 @@ Result Append(const std::string& path, const std::string& text,
 }
 
 Result TakeAway(const std::string& path, std::size_t limit, const std::string& taken) {
+  if (!IsInTrustedFolder(path)) return Result::kRefused;
   const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
   if (!fd) return WhyNotOpened(path);
   struct stat info {};

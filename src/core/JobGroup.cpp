@@ -4,6 +4,7 @@
 
 #include "core/JobGroupManager.h"
 #include "solvers/SolverKinds.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -150,6 +151,9 @@ JobFile* JobGroup::FirstActive() const {
 
 void JobGroup::SetStatus(JobFile& job, JobStatus status) {
   job.status = status;
+  const bool hasEnded = status == JobStatus::kFinished || status == JobStatus::kAborted;
+  if (status == JobStatus::kRunning) job.started = DateTimeWrapper::CurrentTime();
+  job.ended = hasEnded ? DateTimeWrapper::CurrentTime() : 0;
   manager_.Observer().JobStatusChanged(id_, job.id, status);
 }
 

@@ -45,6 +45,12 @@ bool SettingsAndPaths::HasWorkFolder() const {
   return FileDirWrapper::IsDirWritable(workFolder);
 }
 
+void SettingsAndPaths::RemoveLeftFiles() const {
+  for (const std::string& path : {settingsFile, hostFile, groupFile}) {
+    FileDirWrapper::RemoveLeftTempFiles(path);
+  }
+}
+
 Settings SettingsAndPaths::Snapshot() const {
   const MutexLock lock(mutex_);
   return published_;

@@ -64,6 +64,10 @@ class SettingsAndPaths {
   // file.
   void WriteGroupFile(const std::vector<GroupEntry>& groups);
 
+  // What killed processes left when they were storing one of these files: it may hold the access
+  // key of the settings.
+  void RemoveLeftFiles() const;
+
   AppLog& Log() { return log_; }
 
   const std::string workFolder;

@@ -62,6 +62,7 @@ void JobFile::SetRunError(int code, const std::string& message) {
 
 void JobFile::ResetForRun() {
   status = JobStatus::kQueued;
+  started = ended = 0;
   abort = false;
   SetMessageFile({});
   SetRunError(0, {});

@@ -60,6 +60,8 @@ class JobFile {
   int ncpu = 0;              // below 1: the settings' cpu_count
   int pause = 0;             // seconds before the run
   JobStatus status = JobStatus::kQueued;
+  std::int64_t started = 0;  // of the last run, seconds since 1970; 0: not yet
+  std::int64_t ended = 0;
   int firstStage = 0;  // index into `stages`
   std::vector<std::shared_ptr<JobFile>> stages;
 

@@ -63,6 +63,17 @@ TEST_F(ApplicationTest, GroupsAndTheirTextsOutliveTheProgram) {
   EXPECT_EQ(application_->Manager().GroupAt(1)->Text(), "100,n1,4");
 }
 
+TEST_F(ApplicationTest, WhatAKilledCopyLeftInTheWorkFolderGoesWithTheNextStart) {
+  ASSERT_TRUE(Start());
+  // Of a number that no process has.
+  const std::string left = application_->SettingsAndFiles().workFolder + "/.kr4194305-0.tmp";
+  std::ofstream(left) << "inc_token=secret";
+  application_->Shutdown();
+  EXPECT_TRUE(std::filesystem::exists(left));
+  ASSERT_TRUE(Start());
+  EXPECT_FALSE(std::filesystem::exists(left));
+}
+
 TEST_F(ApplicationTest, TheFirstSolverArgumentChoosesTheMode) {
   const std::pair<std::vector<const char*>, int> cases[] = {
       {{"#solver=dyna"}, 1}, {{"a.k", "x#solver=inc"}, 2},      {{"#solver=dynamic"}, 0},

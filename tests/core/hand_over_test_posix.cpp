@@ -76,6 +76,9 @@ TEST_F(HostileHandOver, OnlyAFileOfThisUserAloneIsReadOrWritten) {
   ASSERT_EQ(::link(file_.c_str(), (home_ / "second").c_str()), 0);
   refused(file_);
   std::filesystem::remove(home_ / "second");
+  chmod(home_.Path().c_str(), 01777);
+  EXPECT_EQ(Append(file_, "x"), Result::kRefused) << "others may take it away";
+  chmod(home_.Path().c_str(), 0755);
   if (geteuid() == 0) {
     ASSERT_EQ(chown(file_.c_str(), 1, 1), 0);
     refused(file_);

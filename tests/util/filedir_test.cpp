@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/TempFolder.h"
+#include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -141,6 +142,29 @@ TEST(Files, AreReplacedWhole) {
   Texts dirs;
   FileDirWrapper::ListDir(temp.Path(), files, dirs, true);
   EXPECT_EQ(files, Texts{path});
+}
+
+TEST(Files, WhatAKilledProcessLeftBesideAFileIsRemoved) {
+  const TempFolder temp;
+  const std::string path = temp.Write("settings", "");
+  PTWrapperProcess alive, killed;
+  ASSERT_TRUE(StartTestChild(alive, "sleep"));
+  ASSERT_TRUE(StartTestChild(killed, "sleep"));
+  const auto leftBy = [&](const PTWrapperProcess& process) {
+    return temp.Write(".kr" + std::to_string(process.ProcessId()) + "-3.tmp", "token");
+  };
+  Texts expected = {path, temp.Write(".kr1x-3.tmp", ""), temp.Write(".kr9-3.tmp.old", ""),
+                    leftBy(alive)};
+  leftBy(killed);
+  killed.Terminate();
+  FileDirWrapper::RemoveLeftTempFiles(path);
+  alive.Terminate();
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp.Path(), files, dirs, true);
+  std::sort(files.begin(), files.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(files, expected);
 }
 
 }  // namespace

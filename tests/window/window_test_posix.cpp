@@ -5,7 +5,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <string>
 
 #include "window/WindowFixture.h"
@@ -15,18 +17,38 @@ namespace {
 class Window : public WindowFixture {};
 
 TEST_F(Window, OptionsSubmitReportAndQuit) {
-  const std::string good = desktop_.Deck("good", "");
+  const std::string good = desktop_.Deck("good", "$ standin: run 1\n");
   const std::string bad = desktop_.Deck("bad", "$ standin: fail\n");
   const std::string report = desktop_.Scratch() / "report.txt";
-  const Copy copy =
-      desktop_.Start({"--submit", "--report=" + report, "--quit-when-done", good, bad});
-  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 4) << TempFolder::Read(copy.output);
-  const std::string text = TempFolder::Read(report);
-  EXPECT_EQ(text.rfind(good + "\tFinished\tLS-DYNA (S)\t" + FolderOf(good) + "/messag.krb\n" + bad +
-                           "\tAborted\tLS-DYNA (S)\t",
-                       0),
-            0U)
+  const std::vector<std::string> options = {"--submit", "--report=" + report, "--quit-when-done"};
+  Copy copy = desktop_.Start({options[0], options[1], options[2], good});
+  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 0) << TempFolder::Read(copy.output);
+  const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}";
+  std::string text = TempFolder::Read(report);
+  EXPECT_TRUE(
+      std::regex_match(text, std::regex(good + "\tFinished\tLS-DYNA \\(S\\)\t" + FolderOf(good) +
+                                        "/messag.krb\t" + time + "\t" + time + "\t[1-9]\n")))
       << text;
+
+  // A second copy has no run of its own.
+  copy = desktop_.Start({options[0], options[1], options[2], bad, good});
+  ASSERT_TRUE(desktop_.OpenMain());
+  const Copy second = desktop_.Start({options[2], good});
+  EXPECT_EQ(desktop_.WaitExit(second, 5), 8);
+  EXPECT_EQ(desktop_.WaitExit(copy, kPoll + kRun), 4) << TempFolder::Read(copy.output);
+  text = TempFolder::Read(report);
+  EXPECT_EQ(text.rfind(bad + "\tAborted\tLS-DYNA (S)\t", 0), 0U) << text;
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
+
+  // What is not Finished when the program has to end, and a report that cannot be written.
+  const std::string longJob = desktop_.Deck("long", "$ standin: run 60\n");
+  std::filesystem::remove(report);
+  std::filesystem::create_directory(report);
+  copy = desktop_.Start({options[0], options[1], longJob});
+  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(longJob); }, kPoll + kRun));
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(desktop_.WaitExit(copy, 20), 4);
+  EXPECT_EQ(TempFolder::Read(copy.output), "Write report file [" + report + "] failed\n");
   EXPECT_EQ(Groups(), "Group1=\n");
 }
 

@@ -7,6 +7,7 @@
 
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -20,6 +21,18 @@ std::string ReportField(std::string text) {
   return text;
 }
 
+std::string LocalTime(std::int64_t seconds) {
+  std::tm time{};
+  std::string text;
+  if (seconds != 0 && DateTimeWrapper::LocalTime(seconds, &time))
+    DateTimeWrapperStr::DateTimeString(&time, text);
+  return text;
+}
+
+std::string Elapsed(const JobFile& job) {
+  return job.started == 0 || job.ended == 0 ? "" : std::to_string(job.ended - job.started);
+}
+
 }  // namespace
 
 std::string ReportText(const JobGroup& group) {
@@ -31,7 +44,8 @@ std::string ReportText(const JobGroup& group) {
         job.status == JobStatus::kAborted ? job.RunMessage() : job.MessageFile();
     const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
     text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
-            ReportField(last) + "\n";
+            ReportField(last) + "\t" + LocalTime(job.started) + "\t" + LocalTime(job.ended) + "\t" +
+            Elapsed(job) + "\n";
   });
   return text;
 }

@@ -45,8 +45,9 @@ class AutoRun {
   bool done_ = false;
 };
 
-// One line a job: file, status word, solver name, and the message file or, of an aborted job, the
-// reason; between tabs.
+// One line a job: file, status word, solver name, the message file or, of an aborted job, the
+// reason, when it started and ended in local time, and the seconds between; between tabs. A job
+// that did not run has no times.
 std::string ReportText(const JobGroup& group);
 
 #endif

@@ -98,6 +98,10 @@ class FileDirWrapper {
   // link the file that it leads to is written.
   static bool WriteFileWhole(const std::string& path, const std::string& contents);
 
+  // Removes the temporary files that killed processes have left in WriteFileWhole(path) and, as
+  // they lie in the same folder, of other files there.
+  static void RemoveLeftTempFiles(const std::string& path);
+
   // Makes a new file in the place of an old one, for this user alone where files have rights of
   // their own. Neither in one step nor flushed: for working copies.
   static bool WritePrivateFile(const std::string& path, const std::string& contents);

@@ -1,16 +1,20 @@
 // FileDirWrapper's replacing of whole files.
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
+#include <optional>
 #include <string>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FileReplace_posix.h"
 #include "util/files/FileSystemCalls.h"
+#include "util/files/TempName.h"
 
 namespace {
 
@@ -47,13 +51,20 @@ bool ResolveLinks(std::string& path) {
 int CreateTempFile(const std::string& folder, mode_t mode, std::string& path) {
   static std::atomic<unsigned> counter{0};
   for (int i = 0; i < kMostTempNames; ++i) {
-    const std::string name =
-        ".kr" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
-    path = FileDirWrapper::Join(folder, name);
+    path = FileDirWrapper::Join(folder, TempName(static_cast<unsigned long>(getpid()), counter++));
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file >= 0 || errno != EEXIST) return file;
   }
   return -1;
+}
+
+// Such a file is needed for a moment only; the number of its process may have been given anew.
+bool IsLeftOver(const std::string& path, unsigned long owner) {
+  constexpr std::time_t kLongest = 3600;  // seconds
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+  const bool isGone = kill(static_cast<pid_t>(owner), 0) != 0 && errno == ESRCH;
+  return isGone || std::time(nullptr) - info.st_mtim.tv_sec > kLongest;
 }
 
 bool WriteAll(int file, const std::string& contents) {
@@ -104,6 +115,17 @@ bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string
   if (close(file) == 0 && written) return true;
   unlink(own.c_str());
   return false;
+}
+
+void FileDirWrapper::RemoveLeftTempFiles(const std::string& path) {
+  std::string target = file_system::ForSystem(path);
+  if (target.empty() || !ResolveLinks(target)) return;
+  const std::string folder = FolderOf(target);
+  for (const file_system::Entry& entry : file_system::ReadFolder(folder)) {
+    const std::optional<unsigned long> owner = OwnerOfTempName(entry.name);
+    const std::string file = Join(folder, entry.name);
+    if (owner && IsLeftOver(file, *owner)) unlink(file.c_str());
+  }
 }
 
 bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush) {

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <string>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FileSystemCalls.h"
+#include "util/files/TempName.h"
 
 namespace {
 
@@ -35,14 +37,20 @@ std::string ResolveLinks(const std::string& path) {
 HANDLE CreateTempFile(const std::string& folder, std::string& path) {
   static std::atomic<unsigned> counter{0};
   for (int i = 0; i < kMostTempNames; ++i) {
-    const std::string name =
-        ".kr" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++) + ".tmp";
-    path = FileDirWrapper::Join(folder, name);
+    path = FileDirWrapper::Join(folder, TempName(GetCurrentProcessId(), counter++));
     const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) return file;
   }
   return INVALID_HANDLE_VALUE;
+}
+
+bool IsRunning(unsigned long processId) {
+  const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, processId);
+  if (process == nullptr) return GetLastError() != ERROR_INVALID_PARAMETER;
+  const bool runs = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+  CloseHandle(process);
+  return runs;
 }
 
 bool WriteAll(HANDLE file, const std::string& contents) {
@@ -124,4 +132,14 @@ bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& 
   if (ok && MoveOver(temp, target)) return true;
   DeleteFileA(temp.c_str());
   return false;
+}
+
+// One that is being written cannot be deleted.
+void FileDirWrapper::RemoveLeftTempFiles(const std::string& path) {
+  std::string folder;
+  if (path.empty() || !DirOf(ResolveLinks(AbsolutePath(path)), folder)) return;
+  for (const file_system::Entry& entry : file_system::ReadFolder(folder)) {
+    const std::optional<unsigned long> owner = OwnerOfTempName(entry.name);
+    if (owner && !IsRunning(*owner)) RemoveFile(Join(folder, entry.name));
+  }
 }
