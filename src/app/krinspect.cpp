@@ -146,7 +146,7 @@ bool InspectDeck(const std::string& path, Findings& findings) {
   JobFileDyna job{Settings()};
   job.jobFile = path;
   DeckScanHooks hooks;
-  hooks.report = PrintError;
+  hooks.report = [](const Message& message) { PrintError(message.English()); };
   if (!ScanDeck(job, hooks)) return false;
   const DeckEndTime endTime = FindEndTime(job);
   findings.entries = {

@@ -25,9 +25,6 @@ class AppLog {
   // What other rooms are handed to report to.
   MessageSink Sink();
 
-  void ReportLine(const std::string& line) { Report(Message(MessageId::kForeignWords, line)); }
-  void NoteLine(const std::string& line) { Note(Message(MessageId::kForeignWords, line)); }
-
   // Called with each reported message after it was written, on the reporting thread. Once this
   // returns, the former listener is not running any more. A listener must not wait for another
   // reporting thread.

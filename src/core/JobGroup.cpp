@@ -99,7 +99,7 @@ void JobGroup::RecordMutexError(const std::string& message) const {
     if (reportedMutexError_ == message) return;
     reportedMutexError_ = message;
   }
-  manager_.Settings().Log().ReportLine(message);
+  manager_.Settings().Log().Report(Message(MessageId::kListNotLocked, message));
 }
 
 void JobGroup::RecordError(const std::string& message) {

@@ -119,7 +119,7 @@ class JobGroup : public PTWrapper, public std::enable_shared_from_this<JobGroup>
   struct ThreadStart;
   static std::uint32_t ThreadMain(void* start);
   bool StartThread();
-  bool Refuse(const std::string& message);
+  bool Refuse(const Message& message);
 
   // The steps of the group's thread.
   void RunLoop();

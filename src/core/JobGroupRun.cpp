@@ -34,17 +34,17 @@ std::uint32_t JobGroup::ThreadMain(void* start) {
 bool JobGroup::Submit() {
   const std::lock_guard<std::mutex> lock(submitMutex_);
   if (running_.exchange(true)) {
-    return Refuse("Running work thread is found, submit job failed");
+    return Refuse(Message(MessageId::kGroupRunsAlready));
   }
   stop_ = false;
   if (StartThread()) return true;
   running_ = false;
-  return Refuse(thread_.LastError());
+  return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
 }
 
-bool JobGroup::Refuse(const std::string& message) {
-  RecordError(message);
-  manager_.Settings().Log().ReportLine(message);
+bool JobGroup::Refuse(const Message& message) {
+  RecordError(message.English());
+  manager_.Settings().Log().Report(message);
   return false;
 }
 
@@ -112,8 +112,8 @@ std::optional<JobRunContext> JobGroup::BeginRun(JobFile& job) {
   context.settings = manager_.Settings().Snapshot();
   context.groupText = Text();
   context.console.terminal = context.settings.xterm_path;
-  context.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
-  context.note = [this](const std::string& line) { manager_.Settings().Log().NoteLine(line); };
+  context.report = manager_.Settings().Log().Sink();
+  context.note = [this](const Message& message) { manager_.Settings().Log().Note(message); };
   context.runErrorCode = &manager_.runErrorCode;
   return context;
 }

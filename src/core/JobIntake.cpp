@@ -199,7 +199,7 @@ bool JobIntake::ReadDeck(JobFileDyna& job, const JobRequest& request, const Sett
 // False when the request was given up. A deck that cannot be read is only reported.
 bool JobIntake::Scan(JobFileDyna& job, unsigned burst) {
   DeckScanHooks hooks;
-  hooks.report = [this](const std::string& line) { manager_.Settings().Log().ReportLine(line); };
+  hooks.report = manager_.Settings().Log().Sink();
   hooks.progress = [&, told = -1](std::uint64_t done, std::uint64_t size) mutable {
     const int percent = Percent(done, size);
     if (percent != told) TellProgress(job.jobFile, told = percent);
@@ -213,9 +213,7 @@ bool JobIntake::Scan(JobFileDyna& job, unsigned burst) {
 // run.
 bool JobIntake::AddStages(JobFileDyna& job, const JobRequest& request, const Settings& settings,
                           unsigned burst) {
-  const auto report = [this](const std::string& line) {
-    manager_.Settings().Log().ReportLine(line);
-  };
+  const MessageSink report = manager_.Settings().Log().Sink();
   for (const std::string& deck : StageDecks(job, report)) {
     auto stage = NewStage(job, deck, settings);
     if (!ReadStage(*stage, request, settings, burst)) return false;

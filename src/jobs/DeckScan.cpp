@@ -233,9 +233,8 @@ class DeckScanner {
 enum class Outcome { kRead, kFailed, kEnded };
 
 Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts& facts) {
-  const std::string shown = path.empty() ? "Null" : path;
   if (!FileDirWrapper::FileExists(path)) {
-    if (hooks.report) hooks.report("File [" + shown + "] does not exist");
+    if (hooks.report) hooks.report(Message(MessageId::kFileMissing, path));
     return Outcome::kFailed;
   }
   DeckLines reader;
@@ -246,10 +245,9 @@ Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts&
     if (reader.Stopped()) return Outcome::kEnded;
     readable = !reader.Failed();
   }
-  if (!readable && hooks.report) hooks.report("Read file [" + shown + "] failed");
+  if (!readable && hooks.report) hooks.report(Message(MessageId::kFileUnreadable, path));
   if (readable && facts.moreIncludes > 0 && hooks.report) {
-    hooks.report("Deck [" + shown + "] includes more than " + std::to_string(kMostIncludes) +
-                 " files: " + std::to_string(facts.moreIncludes) + " are left out");
+    hooks.report(Message(MessageId::kDeckIncludesCut, path, kMostIncludes, facts.moreIncludes));
   }
   return readable ? Outcome::kRead : Outcome::kFailed;
 }

@@ -9,8 +9,7 @@
 #include "jobs/JobFile.h"
 
 struct DeckScanHooks {
-  // One line for the application log.
-  std::function<void(const std::string& line)> report;
+  MessageSink report;  // for the application log; may be empty
   // Bytes read and the file's size, now and then. Returning false ends the scan. May be empty.
   std::function<bool(std::uint64_t done, std::uint64_t size)> progress;
 };

@@ -49,12 +49,12 @@ int JobFile::RunErrorCode() const {
   return runErrorCode_;
 }
 
-std::string JobFile::RunMessage() const {
+Message JobFile::RunMessage() const {
   const MutexLock lock(mutex_);
   return runMessage_;
 }
 
-void JobFile::SetRunError(int code, const std::string& message) {
+void JobFile::SetRunError(int code, const Message& message) {
   const MutexLock lock(mutex_);
   runErrorCode_ = code;
   runMessage_ = message;

@@ -12,6 +12,7 @@
 #include "jobs/JobId.h"
 #include "jobs/JobStatus.h"
 #include "jobs/Settings.h"
+#include "messages/Message.h"
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
 
@@ -24,10 +25,8 @@ struct JobRunContext {
   Settings settings;      // a copy made when the run began
   std::string groupText;  // the group's host assignment
   PTWrapperConsole console;
-  // Takes one line for the application log; any thread.
-  std::function<void(const std::string& line)> report;
-  // The same for a line that is no fault; may be null.
-  std::function<void(const std::string& line)> note;
+  MessageSink report;  // for the application log
+  MessageSink note;    // for what is no fault; may be null
   // The manager's code of the last run that did not end normally; may be null.
   std::atomic<int>* runErrorCode = nullptr;
 };
@@ -82,8 +81,8 @@ class JobFile {
   // 4 job or restart file missing, 5 solver missing, 6 process not created), and the reason in
   // words. Any thread.
   int RunErrorCode() const;
-  std::string RunMessage() const;
-  void SetRunError(int code, const std::string& message);
+  Message RunMessage() const;
+  void SetRunError(int code, const Message& message);
 
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.
@@ -93,7 +92,7 @@ class JobFile {
   mutable Mutex mutex_;
   std::string messageFile_ KR_GUARDED_BY(mutex_);
   int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
-  std::string runMessage_ KR_GUARDED_BY(mutex_);
+  Message runMessage_ KR_GUARDED_BY(mutex_);
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.

@@ -1,23 +1,17 @@
 #include "jobs/JobStatus.h"
 
-bool JobStatusWord(JobStatus status, std::string& word) {
-  word.clear();
+Message JobStatusWord(JobStatus status) {
   switch (status) {
     case JobStatus::kQueued:
-      word = "Queued";
-      return true;
+      return Message(MessageId::kQueued);
     case JobStatus::kWaiting:
-      word = "Waiting";
-      return true;
+      return Message(MessageId::kWaiting);
     case JobStatus::kRunning:
-      word = "Running";
-      return true;
+      return Message(MessageId::kRunning);
     case JobStatus::kFinished:
-      word = "Finished";
-      return true;
+      return Message(MessageId::kFinished);
     case JobStatus::kAborted:
-      word = "Aborted";
-      return true;
+      return Message(MessageId::kAborted);
   }
-  return false;
+  return Message();
 }

@@ -2,13 +2,13 @@
 #ifndef KR_JOBS_JOBSTATUS_H
 #define KR_JOBS_JOBSTATUS_H
 
-#include <string>
+#include "messages/Message.h"
 
 // The numbers are those that other programs know.
 enum class JobStatus : int { kQueued = 0, kWaiting = 1, kRunning = 2, kFinished = 3, kAborted = 4 };
 
-// The English word of a status in `word`. False for a value that has none.
-bool JobStatusWord(JobStatus status, std::string& word);
+// Empty for a value that has none.
+Message JobStatusWord(JobStatus status);
 
 // A group's thread has taken the job and is not done with it.
 constexpr bool IsActive(JobStatus status) {

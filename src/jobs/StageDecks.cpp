@@ -32,8 +32,7 @@ std::string IncludedPath(const std::string& deck, const std::string& name) {
   return path;
 }
 
-std::vector<std::string> StageDecks(const JobFileDyna& job,
-                                    const std::function<void(const std::string& line)>& report) {
+std::vector<std::string> StageDecks(const JobFileDyna& job, const MessageSink& report) {
   std::vector<std::string> decks;
   if (!job.hasFirstStage) return decks;
   bool complete = true;
@@ -42,7 +41,7 @@ std::vector<std::string> StageDecks(const JobFileDyna& job,
     decks.push_back(IncludedPath(job.jobFile, name));
     if (FileDirWrapper::FileExists(decks.back())) continue;
     complete = false;
-    if (report) report("File [" + decks.back() + "] does not exist");
+    if (report) report(Message(MessageId::kFileMissing, decks.back()));
   }
   if (!complete) decks.clear();
   return decks;

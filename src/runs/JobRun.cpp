@@ -33,7 +33,8 @@ bool IsForming(const JobFile& job) {
 void EndSolver(JobFile& stage, JobStatus status) {
   const bool aborted = stage.abort && status == JobStatus::kAborted;
   const bool ended = aborted ? stage.process.TerminateAll() : stage.process.Terminate();
-  if (!ended && stage.abort) Report(stage, stage.process.LastError());
+  if (!ended && stage.abort)
+    Report(stage, Message(MessageId::kNotEnded, stage.process.LastError()));
 }
 
 // What is thrown is a reason like others.
@@ -41,8 +42,7 @@ JobStatus Guarded(JobFile& job, const std::function<JobStatus()>& steps) {
   try {
     return steps();
   } catch (const std::exception& error) {
-    Fail(job, RunError::kNotStarted,
-         "Run job [" + ShownPath(job.jobFile) + "] failed: " + error.what());
+    Fail(job, RunError::kNotStarted, Message(MessageId::kRunFailed, job.jobFile, error.what()));
     return JobStatus::kAborted;
   }
 }
@@ -87,8 +87,7 @@ class JobRun {
       session.emplace(*setup_.positioning, job_);
     }
     if (session && !session->Begin()) {
-      Fail(job_, RunError::kNotStarted,
-           "Auto Position [" + ShownPath(job_.jobFile) + "] open write dyna file failed");
+      Fail(job_, RunError::kNotStarted, Message(MessageId::kPositioningFailed, job_.jobFile));
       return JobStatus::kAborted;
     }
     const AutoPositionFlag flag(setup_.autoPosition, session && session->Wanted());
@@ -103,8 +102,7 @@ class JobRun {
   bool FirstStageExists() {
     if (first_ < stages_.size()) return true;
     return Fail(job_, RunError::kNotStarted,
-                "Job [" + ShownPath(job_.jobFile) + "] is to begin at stage " +
-                    std::to_string(first_ + 1) + " but has " + std::to_string(stages_.size()));
+                Message(MessageId::kFirstStageMissing, job_.jobFile, first_ + 1, stages_.size()));
   }
 
   // A solver that does not tell its version passes. Each is asked once.
@@ -115,9 +113,7 @@ class JobRun {
       if (!IsHotForming(stage)) continue;
       const std::string solver = SolverProgram(context_.settings, stage.GetSolverType());
       if (asked.insert(solver).second && IsTooOld(solver)) {
-        return Fail(
-            job_, RunError::kNotStarted,
-            "LS-DYNA version is below R7.0.0 for the job [" + ShownPath(stage.jobFile) + "]  ");
+        return Fail(job_, RunError::kNotStarted, Message(MessageId::kSolverTooOld, stage.jobFile));
       }
     }
     return true;
@@ -125,7 +121,7 @@ class JobRun {
 
   bool IsTooOld(const std::string& solver) {
     VersionQuery query;
-    query.report = [this](const std::string& line) { Report(job_, line); };
+    query.report = [this](const Message& message) { Report(job_, message); };
     query.abort = &job_.abort;
     int major = 0;
     int revision = 0;
@@ -155,8 +151,8 @@ class JobRun {
       JobSolver* const driver = setup_.solverFor(stage.GetSolverType());
       if (driver != nullptr) return driver->Run(stage, context_);
       Fail(stage, RunError::kSolverMissing,
-           "No solver of type " + std::to_string(static_cast<int>(stage.GetSolverType())) +
-               " for job [" + ShownPath(stage.jobFile) + "]");
+           Message(MessageId::kNoSolverOfType, static_cast<int>(stage.GetSolverType()),
+                   stage.jobFile));
       return JobStatus::kAborted;
     });
     EndSolver(stage, status);

@@ -270,21 +270,19 @@ Outcome RewriteDeck(const std::string& deck, CardFormat format, NodeSet& nodes,
   return outcome;
 }
 
-std::string Unreadable(const std::string& file) {
-  return "Read file [" + file + "] failed";
+Message Unreadable(const std::string& file) {
+  return Message(MessageId::kFileUnreadable, file);
 }
 
-std::string HowItFailed(const std::string& deck, Outcome outcome) {
+Message HowItFailed(const std::string& deck, Outcome outcome) {
   if (outcome == Outcome::kUnreadable) return Unreadable(deck);
-  const std::string words = "Prepare deck [" + deck + "] failed, ";
-  if (FileDirWrapper::FileExists(deck)) return words + "it stays as it was";
-  return words + "the old deck is [" + BackupOf(deck) + "]";
+  if (FileDirWrapper::FileExists(deck)) return Message(MessageId::kDeckUnchanged, deck);
+  return Message(MessageId::kDeckMoved, deck, BackupOf(deck));
 }
 
 }  // namespace
 
-bool PrepareDeck(const std::string& deckPath,
-                 const std::function<void(const std::string& line)>& report,
+bool PrepareDeck(const std::string& deckPath, const MessageSink& report,
                  const std::atomic<bool>& stop) {
   const std::string deck = FileDirWrapper::AbsolutePath(deckPath);
   const auto goOn = [&stop](std::uint64_t, std::uint64_t) { return !stop; };

@@ -3,8 +3,9 @@
 #define KR_SOLVERS_DECKPREPARATION_H
 
 #include <atomic>
-#include <functional>
 #include <string>
+
+#include "messages/Message.h"
 
 // A deck includes such a result where a comment that begins with "result from previous case" stands
 // between the INCLUDE card and the file's name. The result defines its nodes again, with the formed
@@ -21,8 +22,7 @@
 //
 // At any moment there is a deck under its name, the old one or the whole new one. False when
 // something failed (reported) or `stop` was set: the deck is as it was.
-bool PrepareDeck(const std::string& deckPath,
-                 const std::function<void(const std::string& line)>& report,
+bool PrepareDeck(const std::string& deckPath, const MessageSink& report,
                  const std::atomic<bool>& stop);
 
 #endif

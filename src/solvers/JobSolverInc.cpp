@@ -18,12 +18,10 @@ bool JobSolverInc::Start(JobFile& job) {
     return false;
   }
   if (job.run->settings.inc_token.empty()) {
-    return Fail(job, RunError::kNotStarted,
-                "No access token for the INC solver: set inc_token in the section SOLVER of the "
-                "settings file");
+    return Fail(job, RunError::kNotStarted, Message(MessageId::kNoToken));
   }
   job.SetMessageFile(IncInfoFile(job.jobFile));
-  RemoveOldFile(job, job.MessageFile(), "message");
+  RemoveOldFile(job, job.MessageFile(), MessageId::kOldMessageFileStays);
 
   std::string arguments;
   if (!job.BuildArguments(arguments)) return false;
@@ -37,10 +35,10 @@ bool JobSolverInc::Start(JobFile& job) {
 JobStatus JobSolverInc::Finish(JobFile& job) {
   LineBlocks blocks(LineBlocks::LongLines::kInPieces);
   if (!blocks.Open(job.MessageFile())) {
-    return NotNormal(job, "its output [" + job.MessageFile() + "] cannot be read");
+    return NotNormal(job, Message(MessageId::kOutputUnreadable, job.MessageFile()));
   }
   for (std::string_view block; blocks.Next(block);) {
     if (block.find("THE TOTAL TIME FOR") != std::string_view::npos) return JobStatus::kFinished;
   }
-  return NotNormal(job, "its output has no total time");
+  return NotNormal(job, Message(MessageId::kNoTotalTime));
 }

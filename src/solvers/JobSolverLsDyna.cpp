@@ -13,14 +13,15 @@ void RemoveOldOutput(const JobFileDyna& job) {
   RemoveMessageFiles(job);
   // An earlier request to stop would end the new run.
   if (job.run->settings.use_mpp) {
-    RemoveOldFile(job, FileDirWrapper::Join(job.Folder(), "d3kil"), "message");
+    RemoveOldFile(job, FileDirWrapper::Join(job.Folder(), "d3kil"),
+                  MessageId::kOldMessageFileStays);
   }
 }
 
 // Reported, and the run goes on: the solver says what is wrong with the deck.
 void Prepare(const JobFileDyna& job) {
   if (!job.restartFile.empty() || job.keepDeck || job.jobFile.empty()) return;
-  const auto report = [&job](const std::string& line) { Report(job, line); };
+  const auto report = [&job](const Message& message) { Report(job, message); };
   PrepareDeck(job.jobFile, report, job.abort);
 }
 

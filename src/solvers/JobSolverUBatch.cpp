@@ -20,7 +20,7 @@ bool JobSolverUBatch::Start(JobFile& job) {
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, job.jobFile, true)) return false;
   const std::string old = MessageFile(job);
-  if (!old.empty()) RemoveOldFile(job, old, "message");
+  if (!old.empty()) RemoveOldFile(job, old, MessageId::kOldMessageFileStays);
 
   PTWrapperProcessStart start;
   start.program = solver;

@@ -22,8 +22,8 @@ bool JobSolverVorel::Start(JobFile& job) {
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
   job.SetMessageFile(VorelOutFile(job.jobFile));
-  RemoveOldFile(job, job.MessageFile(), "OUT");
-  RemoveOldFile(job, ResultFile(job), "LIN");
+  RemoveOldFile(job, job.MessageFile(), MessageId::kOldOutFileStays);
+  RemoveOldFile(job, ResultFile(job), MessageId::kOldLinFileStays);
 
   std::string arguments;
   if (!job.BuildArguments(arguments)) return false;
@@ -37,5 +37,5 @@ bool JobSolverVorel::Start(JobFile& job) {
 JobStatus JobSolverVorel::Finish(JobFile& job) {
   InputFile result;
   if (result.Open(ResultFile(job)) && result.Size() > 0) return JobStatus::kFinished;
-  return NotNormal(job, "there is no result in [" + ResultFile(job) + "]");
+  return NotNormal(job, Message(MessageId::kNoResult, ResultFile(job)));
 }

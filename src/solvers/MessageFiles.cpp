@@ -110,14 +110,14 @@ class NormalLine {
 };
 
 // The first error's line and the one below it.
-std::string FirstError(std::string_view block) {
+Message FirstError(std::string_view block) {
   std::size_t at = block.find("*** Error");
   if (at == std::string_view::npos) return {};
   at = LineStart(block, at);
   std::string words = Words(TakeLine(block, at));
   const std::string more = Words(TakeLine(block, at));
   if (!more.empty()) words += ": " + more;
-  return words;
+  return Message(MessageId::kForeignWords, words);
 }
 
 bool Rename(const std::string& from, const std::string& to) {
@@ -127,9 +127,9 @@ bool Rename(const std::string& from, const std::string& to) {
 void KeepMessageFile(JobFile& job, const std::string& messageFile) {
   const std::string kept = messageFile + std::string(kKept);
   const bool isFree = !IsInput(job, kept);
-  if (isFree) RemoveOldFile(job, kept, "message");
+  if (isFree) RemoveOldFile(job, kept, MessageId::kOldMessageFileStays);
   if (!isFree || !Rename(messageFile, kept)) {
-    Report(job, "Rename message file [" + messageFile + "] failed");
+    Report(job, Message(MessageId::kMessageFileNotKept, messageFile));
     return;
   }
   job.SetMessageFile(kept);
@@ -148,13 +148,14 @@ std::string FindMessageFile(const JobFile& job, const std::string& name) {
 }
 
 void RemoveMessageFiles(const JobFile& job) {
-  for (const std::string& file : MessageFiles(job)) RemoveOldFile(job, file, "message");
+  for (const std::string& file : MessageFiles(job))
+    RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
 }
 
 void RemoveAdaptDumps(const JobFile& job) {
   for (const std::string& file : FilesInFolder(job, ".adaptdmp")) {
     if (!FileDirWrapper::RemoveFile(file)) {
-      Report(job, "Remove adapt dump file [" + file + "] failed");
+      Report(job, Message(MessageId::kAdaptDumpStays, file));
     }
   }
 }
@@ -164,18 +165,18 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
   LineBlocks blocks(LineBlocks::LongLines::kInPieces);
   NormalLine normalLine;
   if (!blocks.Open(messageFile)) {
-    verdict.reason = "its message file cannot be read";
+    verdict.reason = Message(MessageId::kMessageFileUnreadable);
     return verdict;
   }
   bool errorEnd = false;
   for (std::string_view block; blocks.Next(block);) {
     if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {true, {}};
-    if (verdict.reason.empty()) verdict.reason = FirstError(block);
+    if (verdict.reason.Empty()) verdict.reason = FirstError(block);
     errorEnd = errorEnd || Holds(block, "E r r o r");
   }
-  if (verdict.reason.empty()) {
-    verdict.reason = errorEnd ? "the solver reports an error termination"
-                              : "its message file has no line of normal termination";
+  if (verdict.reason.Empty()) {
+    verdict.reason =
+        errorEnd ? Message(MessageId::kErrorTermination) : Message(MessageId::kNoNormalLine);
   }
   return verdict;
 }
@@ -185,9 +186,8 @@ JobStatus JudgeRun(JobFile& job, const std::string& messageFile) {
   if (messageFile.empty()) {
     const std::string folder = job.Folder();
     if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
-      Report(job, "Directory [" + folder + "] is not writable");
-    Fail(job, RunError::kNoMessageFile,
-         "No message file been generated when run job [" + ShownPath(job.jobFile) + "]");
+      Report(job, Message(MessageId::kFolderNotWritable, folder));
+    Fail(job, RunError::kNoMessageFile, Message(MessageId::kNoMessageFile, job.jobFile));
     return JobStatus::kAborted;
   }
   const MessageVerdict verdict = ReadVerdict(messageFile);

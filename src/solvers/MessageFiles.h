@@ -27,7 +27,7 @@ JobStatus JudgeRun(JobFile& job, const std::string& messageFile);
 // What a message file says about the end of its run.
 struct MessageVerdict {
   bool normal = false;
-  std::string reason;  // words for a run that did not end normally
+  Message reason;  // of a run that did not end normally
 };
 MessageVerdict ReadVerdict(const std::string& messageFile);
 

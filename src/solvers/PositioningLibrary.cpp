@@ -13,35 +13,38 @@ const PositioningFunctions* PositioningLibrary::Functions(const JobFile& job) {
   const MutexLock lock(mutex_);
   if (!tried_) {
     tried_ = true;
-    std::string error;
+    Message error;
     loaded_ = Load(error);
     if (!loaded_) {
-      const std::string line = "Positioning library [" + path_ + "] cannot be used (" + error +
-                               "): jobs run without automatic positioning";
+      const Message message(MessageId::kPositioningUnusable, path_, error);
       // Most people have none.
       const bool none = !FileDirWrapper::FileExists(path_);
       if (none && job.run && job.run->note) {
-        job.run->note(line);
+        job.run->note(message);
       } else {
-        Report(job, line);
+        Report(job, message);
       }
     }
   }
   return loaded_ ? &functions_ : nullptr;
 }
 
-bool PositioningLibrary::Load(std::string& error) {
+bool PositioningLibrary::Load(Message& error) {
   if (!FileDirWrapper::FileExists(path_)) {
-    error = "it does not exist";
+    error = Message(MessageId::kPositioningMissing);
     return false;
   }
-  if (!library_.Load(path_, error)) return false;
+  std::string systemsWords;
+  if (!library_.Load(path_, systemsWords)) {
+    error = Message(MessageId::kForeignWords, systemsWords);
+    return false;
+  }
   const auto find = [&](auto& function, const char* name) KR_REQUIRES(mutex_) {
     using Function = std::remove_reference_t<decltype(function)>;
     function = reinterpret_cast<Function>(library_.Find(name));
-    if (function == nullptr && error.empty()) error = std::string("it has no ") + name;
+    if (function == nullptr && error.Empty()) error = Message(MessageId::kPositioningLacks, name);
   };
-  error.clear();
+  error = Message();
   find(functions_.positionBegin, "qvAsPositionBegin");
   find(functions_.getDataFromDyn, "qvAsGetDataFromDyn");
   find(functions_.isAutoPositionMutiStage, "qvAsIsAutoPositionMutiStage");
@@ -50,7 +53,7 @@ bool PositioningLibrary::Load(std::string& error) {
   find(functions_.writeDynaFilePosition, "qvAsWriteDynaFilePosition");
   find(functions_.writeDynaFileClose, "qvAsWriteDynaFileClose");
   find(functions_.positionEnd, "qvAsPositionEnd");
-  if (error.empty()) return true;
+  if (error.Empty()) return true;
   library_.Unload();
   return false;
 }
@@ -61,8 +64,7 @@ bool PositioningSession::Begin() {
   if (functions == nullptr) return true;
   turn_ = std::unique_lock<std::mutex>(library_.session_, std::try_to_lock);
   if (!turn_) {
-    Report(job_, "Job [" + ShownPath(job_.jobFile) +
-                     "] waits for the positioning library, which another job uses");
+    Report(job_, Message(MessageId::kPositioningBusy, job_.jobFile));
     turn_ = LockUnlessAborted(library_.session_, job_.abort);
   }
   if (!turn_) return true;

@@ -32,7 +32,7 @@ class PositioningLibrary {
   friend class PositioningSession;
   // Null without the library.
   const PositioningFunctions* Functions(const JobFile& job);
-  bool Load(std::string& error) KR_REQUIRES(mutex_);
+  bool Load(Message& error) KR_REQUIRES(mutex_);
 
   const std::string path_;
   Mutex mutex_;

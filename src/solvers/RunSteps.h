@@ -31,14 +31,12 @@ class RunScope {
   const JobRunContext* const before_;
 };
 
-// One line for the application log.
-void Report(const JobFile& job, const std::string& line);
+// For the application log. The settings' access token is masked, here and below.
+void Report(const JobFile& job, const Message& message);
 
-// Reports the line and leaves it with its code in the job and the run's context. Always false.
-bool Fail(JobFile& job, int code, const std::string& line);
-
-// "Null" for an empty path.
-std::string ShownPath(const std::string& path);
+// Reports why the run ends and leaves it with its code in the job and the run's context. Always
+// false.
+bool Fail(JobFile& job, int code, const Message& reason);
 
 bool CheckSolver(JobFile& job, const std::string& path);
 
@@ -49,14 +47,14 @@ bool CheckRestartAndJobFile(JobFile& job);
 // Whether the path can be written on a command line; see FitsCommandLine.
 bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted = false);
 
-// Removes a file when it is there. `kind` is the word of the message: "message", "OUT", "LIN".
-void RemoveOldFile(const JobFile& job, const std::string& path, const char* kind);
+// Removes a file when it is there. `stays` is said of one that cannot be removed.
+void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std::string> stays);
 
 // Ends what the job's process object still holds and starts the process in the job's folder, with a
 // console of its own. The driver says program, command line, title and variables.
 bool StartProcess(JobFile& job, PTWrapperProcessStart start);
 
-// "Job [..] did not end normally: " with the words; leaves kNotNormal. The status to return.
-JobStatus NotNormal(JobFile& job, const std::string& words);
+// "Job [..] did not end normally: " with the reason; leaves kNotNormal. The status to return.
+JobStatus NotNormal(JobFile& job, const Message& reason);
 
 #endif

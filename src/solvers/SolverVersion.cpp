@@ -121,8 +121,8 @@ bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
                        const VersionQuery& query) {
   static const std::atomic<bool> kNever{false};
   const std::atomic<bool>& abort = query.abort != nullptr ? *query.abort : kNever;
-  const auto tell = [&query](const std::string& line) {
-    if (query.report) query.report(line);
+  const auto tell = [&query](const Message& message) {
+    if (query.report) query.report(message);
   };
   if (!FileDirWrapper::FileExists(solverPath)) return false;
   const std::string solver = FileDirWrapper::AbsolutePath(solverPath);
@@ -142,12 +142,13 @@ bool ReadSolverVersion(const std::string& solverPath, int& major, int& revision,
     });
     // The whole time has passed: an older report, if there is one, tells what it can.
     report = ReadReport(path);
-    if (!(abort ? process.TerminateAll() : process.Terminate())) tell(process.LastError());
+    if (!(abort ? process.TerminateAll() : process.Terminate()))
+      tell(Message(MessageId::kNotEnded, process.LastError()));
   } else {
-    tell(process.LastError());
+    tell(Message(MessageId::kNotStarted, process.LastError()));
   }
   if (abort) return false;
-  if (!report.readable) tell("Read output information file [" + path + "] failed");
+  if (!report.readable) tell(Message(MessageId::kVersionFileUnreadable, path));
   if (!report.major || !report.revision) return false;
   major = *report.major;
   revision = *report.revision;

@@ -3,12 +3,13 @@
 #define KR_SOLVERS_SOLVERVERSION_H
 
 #include <atomic>
-#include <functional>
 #include <string>
 
+#include "messages/Message.h"
+
 struct VersionQuery {
-  std::function<void(const std::string& line)> report;  // for the application log; may be empty
-  const std::atomic<bool>* abort = nullptr;             // ends the query early; may be null
+  MessageSink report;                        // for the application log; may be empty
+  const std::atomic<bool>* abort = nullptr;  // ends the query early; may be null
 };
 
 // Starts the solver with "info" in its own folder, unseen, gives it two seconds to leave its report

@@ -26,7 +26,8 @@ class DeckTest : public testing::Test {
   }
 
   bool Scan(JobFileDyna& job) {
-    return ScanDeck(job, {[this](const std::string& line) { log_.push_back(line); }, progress_});
+    return ScanDeck(
+        job, {[this](const Message& message) { log_.push_back(message.English()); }, progress_});
   }
 
   // A job with the deck's text scanned.

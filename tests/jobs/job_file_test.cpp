@@ -36,13 +36,13 @@ TEST(JobFile, ResetMakesItNewWithItsStages) {
     each->status = JobStatus::kAborted;
     each->abort = true;
     each->SetMessageFile("messag");
-    each->SetRunError(2, "words");
+    each->SetRunError(2, Message(MessageId::kNoJobFile));
   }
   job.ResetForRun();
   for (const JobFile* each : {static_cast<JobFile*>(&job), static_cast<JobFile*>(stage.get())}) {
     EXPECT_EQ(each->status, JobStatus::kQueued);
     EXPECT_FALSE(each->abort);
-    EXPECT_EQ(each->MessageFile() + each->RunMessage(), "");
+    EXPECT_EQ(each->MessageFile() + each->RunMessage().English(), "");
     EXPECT_EQ(each->RunErrorCode(), 0);
   }
 }

@@ -17,7 +17,7 @@ TEST_F(DeckTest, IncludedDecksBecomeStages) {
   const std::string one = Write("one.dyn", "*KEYWORD\n");
   const std::string two = Write(FileDirWrapper::Join("sub", "two.K"), "*KEYWORD\n");
   const std::string three = Write("three.key", "*KEYWORD\n");
-  const auto report = [this](const std::string& line) { log_.push_back(line); };
+  const auto report = [this](const Message& message) { log_.push_back(message.English()); };
 
   EXPECT_EQ(StageDecks(*Scanned(stages + three + "\n"), report), (Names{one, two, three}));
   EXPECT_EQ(StageDecks(*Scanned(stages.substr(stages.find('\n') + 1) + "three.key\n"), report),

@@ -35,7 +35,7 @@ TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   const auto job = DynaJob(folder_.Write("my job/a.k", Deck("$ standin: echo\n")));
   folder_.Write("my job/d3kil", "sw1");
   folder_.Write("my job/mes0007", "old");
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
   EXPECT_EQ(job->MessageFile(), jobFolder + "/mes0000.krb");
   for (int rank = 1; rank < 4; ++rank) {
     EXPECT_TRUE(Exists(jobFolder + "/mes000" + std::to_string(rank)));

@@ -110,7 +110,7 @@ TEST_F(JobRunTest, AStageThatFailsIsTheLast) {
   EXPECT_EQ(Lines(calls.end() - 4, calls.end()), (Lines{"stage 1 2", "stage 1 4", "close", "end"}));
   EXPECT_EQ(job->stages[2]->status, JobStatus::kQueued);
   EXPECT_EQ(job->RunErrorCode(), 2);
-  EXPECT_EQ(job->RunMessage(), job->stages[1]->RunMessage());
+  EXPECT_EQ(job->RunMessage().English(), job->stages[1]->RunMessage().English());
   EXPECT_EQ(runErrorCode_, 2);
 }
 
@@ -132,7 +132,7 @@ TEST_F(JobRunTest, NothingRunsWhenTheLibraryCannotOpenItsOutput) {
   EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   const std::string message = "Auto Position [" + job->jobFile + "] open write dyna file failed";
   EXPECT_TRUE(Has(log_, message));
-  EXPECT_EQ(job->RunMessage(), message);
+  EXPECT_EQ(job->RunMessage().English(), message);
   EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open"}));
   EXPECT_EQ(job->stages[0]->status, JobStatus::kQueued);
   EXPECT_FALSE(Exists(Beside(*job->stages[0], "messag.krb")));
@@ -165,7 +165,8 @@ TEST_F(JobRunTest, BeginsAtTheFirstStageToRunAndPausesByPlaceInTheList) {
 
   job->firstStage = 3;
   EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
-  EXPECT_EQ(job->RunMessage(), "Job [" + job->jobFile + "] is to begin at stage 4 but has 3");
+  EXPECT_EQ(job->RunMessage().English(),
+            "Job [" + job->jobFile + "] is to begin at stage 4 but has 3");
 }
 
 TEST_F(JobRunTest, AnAbortEndsTheStageOrThePause) {
@@ -243,7 +244,7 @@ TEST_F(JobRunTest, ReasonsThatNoDriverCouldGiveStayWithTheJobAndItsStage) {
       EXPECT_TRUE(Has(log_, reason));
       for (const JobFile* one : {static_cast<const JobFile*>(job.get()), &first}) {
         EXPECT_EQ(one->RunErrorCode(), code);
-        EXPECT_EQ(one->RunMessage(), reason);
+        EXPECT_EQ(one->RunMessage().English(), reason);
       }
     };
     setup_.solverFor = [](SolverKind) { return nullptr; };
@@ -316,7 +317,7 @@ TEST_F(JobRunVersionTest, HotFormingNeedsANewSolver) {
     const std::string message =
         "LS-DYNA version is below R7.0.0 for the job [" + last.jobFile + "]  ";
     EXPECT_EQ(Has(log_, message), !c.runs);
-    EXPECT_EQ(job->RunMessage(), c.runs ? "" : message);
+    EXPECT_EQ(job->RunMessage().English(), c.runs ? "" : message);
     EXPECT_EQ(job->stages[0]->status, c.runs ? JobStatus::kFinished : JobStatus::kQueued);
   }
 }

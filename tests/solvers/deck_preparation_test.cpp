@@ -34,7 +34,7 @@ class PreparationTest : public testing::Test {
 
   bool Prepare(const std::string& path) {
     return PrepareDeck(
-        path, [this](const std::string& line) { log_.push_back(line); }, stop_);
+        path, [this](const Message& message) { log_.push_back(message.English()); }, stop_);
   }
 
   bool Exists(const std::string& name) const { return FileDirWrapper::FileExists(folder_ / name); }

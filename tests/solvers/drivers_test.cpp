@@ -46,7 +46,7 @@ TEST_F(DriverTest, Inc) {
                 "No access token for the INC solver: set inc_token in the section SOLVER of the "
                 "settings file");
   context_.settings.inc_token = kToken;
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
   EXPECT_EQ(Received(), (Lines{kToken, ProgramFolder(), folder_ / "part v2.x"}));
   EXPECT_EQ(job->MessageFile(), folder_ / "part v2.x_INFO.OUT");
   EXPECT_EQ(TempFolder::Read(job->MessageFile()).find(kToken), std::string::npos);
@@ -60,7 +60,7 @@ TEST_F(DriverTest, Inc) {
 
   for (const char* name : {"noext", "a.b.fin"}) {
     const auto other = MakeJob<JobFileInc>(name + std::string(name[0] == 'a' ? ".fin" : ""));
-    EXPECT_EQ(Run(*other), JobStatus::kFinished) << other->RunMessage();
+    EXPECT_EQ(Run(*other), JobStatus::kFinished) << other->RunMessage().English();
     EXPECT_EQ(Received(), (Lines{kToken, ProgramFolder(), folder_ / name}));
   }
 
@@ -68,7 +68,7 @@ TEST_F(DriverTest, Inc) {
   context_.settings.SolverPath(SolverKind::kInc) = folder_.Write("not a program.exe", "text");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 6);
-  log_.push_back(job->RunMessage());
+  log_.push_back(job->RunMessage().English());
   for (const std::string& line : log_) EXPECT_EQ(line.find("Secret"), std::string::npos) << line;
 }
 
@@ -77,7 +77,7 @@ TEST_F(DriverTest, Vorel) {
   const auto job = MakeJob<JobFileVorel>("part.v2.dat");
   job->memory = 512;
   job->extraOptions = "-a \"b c\"";
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
   EXPECT_EQ(Received(), (Lines{folder_ / "part.v2", "512000", "-a", "b c"}));
   EXPECT_EQ(job->MessageFile(), folder_ / "part.v2.OUT");
 
@@ -91,7 +91,7 @@ TEST_F(DriverTest, Vorel) {
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << "the result counts, not the exit code";
 
   const auto plain = MakeJob<JobFileVorel>("no ext");
-  EXPECT_EQ(Run(*plain), JobStatus::kFinished) << plain->RunMessage();
+  EXPECT_EQ(Run(*plain), JobStatus::kFinished) << plain->RunMessage().English();
   EXPECT_EQ(Received(), (Lines{folder_ / "no ext"}));
 }
 
@@ -101,7 +101,7 @@ TEST_F(DriverTest, UtilityBatch) {
   job->solverType = SolverKind::kUtilityBatch;
   job->memory = 100;
   folder_.Write("mes0000", "not its own");
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
   EXPECT_EQ(Received(), (Lines{folder_ / "a.b c.k"}));
   EXPECT_EQ(job->MessageFile(), folder_ / "messag.krb");
   EXPECT_TRUE(Exists(folder_ / "mes0000"));
@@ -138,7 +138,7 @@ class PathTest : public DriverTest {
  protected:
   // What the solver received, which ran in the job's folder.
   Lines RunAndReceive(JobFile& job) {
-    EXPECT_EQ(Run(job), JobStatus::kFinished) << job.RunMessage();
+    EXPECT_EQ(Run(job), JobStatus::kFinished) << job.RunMessage().English();
     Lines lines = ReadLines(FileDirWrapper::Join(job.Folder(), "standin_echo.txt"));
     EXPECT_TRUE(Has(lines, "cwd=" + job.Folder()));
     return lines;
@@ -210,7 +210,7 @@ TEST_F(PathTest, OnALongCommandLineComesWholeOrIsRefused) {
     return;
   }
   EXPECT_EQ(runErrorCode_, 6);
-  EXPECT_NE(job->RunMessage().find("the command is too long"), std::string::npos);
+  EXPECT_NE(job->RunMessage().English().find("the command is too long"), std::string::npos);
   EXPECT_FALSE(Exists(folder_ / "standin_echo.txt"));
 }
 

@@ -44,8 +44,8 @@ TEST_F(SolverTest, ARunThatFailsSaysWhy) {
   const auto failing = DynaJobWith("$ standin: errors 1 10305\n");
   EXPECT_EQ(Run(*failing), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 2);
-  EXPECT_NE(failing->RunMessage().find("*** Error 10305"), std::string::npos)
-      << failing->RunMessage();
+  EXPECT_NE(failing->RunMessage().English().find("*** Error 10305"), std::string::npos)
+      << failing->RunMessage().English();
   EXPECT_EQ(failing->MessageFile(), folder_ / "messag.krb");
 
   const auto crashing = DynaJobWith("$ standin: crash\n");
@@ -79,7 +79,7 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
                 "CreateProcess " + shortened(folder_.Path()) + " " + folder_.Path() +
                     " i=" + shortened(job->jobFile) + " failed");
   job->ResetForRun();
-  EXPECT_EQ(job->RunMessage(), "");
+  EXPECT_EQ(job->RunMessage().English(), "");
 
   // Types without an executable for distributed runs end without a word.
   log_.clear();
@@ -99,7 +99,7 @@ TEST_F(SolverTest, ARestartNeedsNoDeck) {
   ASSERT_TRUE(Exists(folder_ / "d3dump01"));
   const auto restart = DynaJob("");
   restart->restartFile = folder_ / "d3dump01";
-  EXPECT_EQ(Run(*restart), JobStatus::kFinished) << restart->RunMessage();
+  EXPECT_EQ(Run(*restart), JobStatus::kFinished) << restart->RunMessage().English();
   EXPECT_EQ(restart->MessageFile(), folder_ / "messag.krb");
 }
 
@@ -134,7 +134,7 @@ TEST_F(SolverTest, RunsAtOnceKeepTheirFoldersAndVariables) {
   for (std::thread& thread : threads) thread.join();
   for (std::size_t i = 0; i < kRuns; ++i) {
     const std::string runFolder = jobs[i]->Folder();
-    EXPECT_EQ(results[i], JobStatus::kFinished) << jobs[i]->RunMessage();
+    EXPECT_EQ(results[i], JobStatus::kFinished) << jobs[i]->RunMessage().English();
     const Lines echo = ReadLines(FileDirWrapper::Join(runFolder, "standin_echo.txt"));
     EXPECT_TRUE(Has(echo, "cwd=" + runFolder));
     EXPECT_TRUE(Has(echo, i % 2 == 1 ? "LSTC_MEMORY=" : "LSTC_MEMORY=auto")) << i;
@@ -162,7 +162,7 @@ TEST_F(SolverTest, FindsTheMessageFile) {
 TEST_F(SolverTest, NoMessageFileTakesTheDecksPlace) {
   const std::string deck = Deck("$ standin: run 0\n");
   const auto job = DynaJob(folder_.Write("messag.krb", deck));
-  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage();
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
   EXPECT_EQ(TempFolder::Read(job->jobFile), deck);
   EXPECT_EQ(job->MessageFile(), folder_ / "messag");
   EXPECT_TRUE(Has(log_, "Rename message file [" + job->MessageFile() + "] failed"));
@@ -193,9 +193,9 @@ TEST_F(SolverTest, ReadsHowARunEnded) {
           .normal);
   EXPECT_EQ(ReadVerdict(folder_.Write("messag", far + " *** Error 10305 (KEY+305)\n     bad card\n"
                                                       " *** Error 10306 (KEY+306)\n"))
-                .reason,
+                .reason.English(),
             "*** Error 10305 (KEY+305): bad card");
-  EXPECT_EQ(ReadVerdict(folder_.Path()).reason, "its message file cannot be read");
+  EXPECT_EQ(ReadVerdict(folder_.Path()).reason.English(), "its message file cannot be read");
 }
 
 }  // namespace

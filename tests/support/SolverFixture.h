@@ -59,9 +59,9 @@ class SolverTest : public testing::Test {
     context_.settings.solver_path.fill(StandinSolver());
     context_.settings.mpp_solver_s = StandinSolver();
     context_.runErrorCode = &runErrorCode_;
-    context_.report = [this](const std::string& line) {
+    context_.report = [this](const Message& message) {
       const std::lock_guard<std::mutex> lock(logMutex_);
-      log_.push_back(line);
+      log_.push_back(message.English());
     };
   }
 
@@ -100,7 +100,7 @@ class SolverTest : public testing::Test {
     EXPECT_EQ(Run(job), JobStatus::kAborted);
     EXPECT_EQ(runErrorCode_, code);
     EXPECT_EQ(job.RunErrorCode(), code);
-    EXPECT_EQ(job.RunMessage(), message);
+    EXPECT_EQ(job.RunMessage().English(), message);
     EXPECT_TRUE(Has(log_, message));
   }
 

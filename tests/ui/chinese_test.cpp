@@ -61,16 +61,14 @@ TEST(ChineseTexts, AreKeptInTheCodePageAndShownInUtf8) {
   }
 }
 
-TEST(ChineseTexts, TranslateWhatTheCoreSays) {
+TEST(ChineseTexts, SayWhatTheCoreSays) {
+  const Message missing(MessageId::kSolverMissing, "/求解/ls%s");
   TextTable texts;
   FillTexts(0, "Title", texts);
-  EXPECT_EQ(texts.Word("Aborted"), "Aborted");
+  EXPECT_EQ(texts.Say(missing), "Solver [/求解/ls%s] does not exist");
   FillTexts(1, "Title", texts);
-  EXPECT_EQ(texts.Word("Aborted"), "已中止");
-  EXPECT_EQ(texts.Word("Solver [/求解/ls%s] does not exist"), "求解器 [/求解/ls%s] 不存在");
-  EXPECT_EQ(texts.Word("Job [C: a.k] did not end normally: *** Error 40500: x"),
-            "任务 [C: a.k] 未正常结束：*** Error 40500: x");
-  EXPECT_EQ(texts.Word("An [unknown] line [with brackets"), "An [unknown] line [with brackets");
+  EXPECT_EQ(texts.Say(missing), "求解器 [/求解/ls%s] 不存在");
+  EXPECT_EQ(texts.Say(Message()), "");
 }
 
 class Sample : public Flx_Base_Dialog {

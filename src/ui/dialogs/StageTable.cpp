@@ -47,7 +47,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   Row row;
   row.path = ToUi(stage.jobFile);
   row.status = stage.status;
-  if (stage.status == JobStatus::kAborted) row.reason = words_.Word(stage.RunMessage());
+  if (stage.status == JobStatus::kAborted) row.reason = words_.Say(stage.RunMessage());
   std::string name;
   FileDirWrapper::FileNameOf(stage.jobFile, name, true);
   row.cells[kFile] = ToUi(name);
@@ -56,9 +56,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;
   row.cells[kSolver] = RowOfKind(stage.GetSolverType()).name;
   row.cells[kMemory] = stage.memory ? std::to_string(stage.memory) : CellDrawing::kNothing;
-  std::string status;
-  JobStatusWord(stage.status, status);
-  row.cells[kStatus] = words_.Word(status);
+  row.cells[kStatus] = words_.Say(JobStatusWord(stage.status));
   row.cells[kMessage] = row.cells[kSummary] = texts_.view;
   return row;
 }

@@ -15,11 +15,4 @@ struct TextRow {
 std::span<const TextRow> MainTexts();
 std::span<const TextRow> MoreTexts();
 
-// English words, or patterns with "[%s]", of the rooms below the interface.
-struct WordRow {
-  const char* english;
-  const char* chinese;
-};
-std::span<const WordRow> ChineseWords();
-
 #endif

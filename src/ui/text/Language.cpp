@@ -27,39 +27,12 @@ const std::string& TextTable::Get(const std::string& key) const {
   return *text.shown;
 }
 
-std::string TextTable::Word(const std::string& english) const {
-  std::string known = Known(english);
-  for (std::size_t at = english.find(": "); known.empty() && at != std::string::npos;) {
-    const std::size_t end = at + 2;
-    known = Known(english.substr(0, end));
-    if (!known.empty()) known += ToUi(english.substr(end));
-    at = english.find(": ", end);
-  }
-  return known.empty() ? ToUi(english) : known;
-}
-
 std::string TextTable::Say(const Message& message) const {
   return codePage936_ ? message.Chinese(ToUi) : ToUi(message.English());
 }
 
 std::string TextTable::Say(const BothLanguages& text) const {
   return codePage936_ ? text.chinese : text.english;
-}
-
-std::string TextTable::Known(const std::string& english) const {
-  std::string pattern;
-  std::vector<std::string> values;
-  for (std::size_t at = 0; at < english.size();) {
-    const std::size_t close = english[at] == '[' ? english.find(']', at) : std::string::npos;
-    if (close == std::string::npos) {
-      pattern += english[at++];
-    } else {
-      values.push_back(ToUi(english.substr(at + 1, close - at - 1)));
-      pattern += "[%s]";
-      at = close + 1;
-    }
-  }
-  return Fill(Get(pattern), values);
 }
 
 std::string TextTable::Fill(const std::string& pattern, const std::vector<std::string>& values) {
@@ -89,6 +62,4 @@ void FillTexts(int language, const std::string& title, TextTable& texts) {
         texts.Set(row.key, row.english);
     }
   }
-  if (!chinese) return;
-  for (const WordRow& row : ChineseWords()) SetChinese(row.english, row.chinese, false, texts);
 }

@@ -31,13 +31,6 @@ class TextTable {
     return Fill(Get(key), {std::string(values)...});
   }
 
-  // What the core and the drivers say in English (status words,
-  // labels and hints of reports, lines of the log) in this language, as UTF-8. What the English
-  // has in square brackets is taken over, and so is what follows a colon of which only the words
-  // before it are known. Texts that are not known come back as they are; `english` is in the
-  // system's code page.
-  std::string Word(const std::string& english) const;
-
   // What the rooms below the interface say, in this language, as UTF-8.
   std::string Say(const Message& message) const;
   std::string Say(const BothLanguages& text) const;
@@ -51,7 +44,6 @@ class TextTable {
     mutable std::optional<std::string> shown;
   };
   static std::string Fill(const std::string& pattern, const std::vector<std::string>& values);
-  std::string Known(const std::string& english) const;  // empty for a text that is not known
 
   bool codePage936_ = false;
   std::map<std::string, Text> texts_;

@@ -38,10 +38,9 @@ std::string Elapsed(const JobFile& job) {
 std::string ReportText(const JobGroup& group) {
   std::string text;
   group.ReadJobs([&](const JobFile& job) {
-    std::string word;
-    JobStatusWord(job.status, word);
+    const std::string word = JobStatusWord(job.status).English();
     const std::string last =
-        job.status == JobStatus::kAborted ? job.RunMessage() : job.MessageFile();
+        job.status == JobStatus::kAborted ? job.RunMessage().English() : job.MessageFile();
     const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
     text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
             ReportField(last) + "\t" + LocalTime(job.started) + "\t" + LocalTime(job.ended) + "\t" +

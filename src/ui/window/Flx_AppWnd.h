@@ -63,7 +63,6 @@ class Flx_AppWnd : public Fl_Double_Window {
   JobId CurrentJob() const;  // kNone: none is current
 
   // Flx_AppWnd_State.cpp: keeping up with the queue.
-  std::string Said(const Message& message) const;
   void TakeChanges(const QueueChanges& changes);
   void ShowIntake(const QueueChanges& changes);
   void SyncTables();

@@ -23,12 +23,6 @@ void Flx_AppWnd::Refresh() {
   ShowTools();
 }
 
-// Until all rooms say values.
-std::string Flx_AppWnd::Said(const Message& message) const {
-  return message.Id() == MessageId::kForeignWords ? texts_.Word(message.English())
-                                                  : texts_.Say(message);
-}
-
 void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   JobTable* table = Table();
   const int shown = table ? table->Group()->Id() : 0;
@@ -46,7 +40,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
   if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
-    status_->ShowMessage(OneLine(Said(changes.message)), StatusBar::Tone::kError);
+    status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
 }
 
 void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {

@@ -86,8 +86,8 @@ JobTable::Row JobTable::ReadRow(int index) const {
     row.folder = job.Folder();
     row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
     row.statusValue = job.status;
-    JobStatusWord(job.status, row.status);
-    row.reason = job.status == JobStatus::kAborted ? job.RunMessage() : std::string();
+    row.status = texts_.Say(JobStatusWord(job.status));
+    if (job.status == JobStatus::kAborted) row.reason = texts_.Say(job.RunMessage());
     row.multiStage = !job.stages.empty();
     row.other = job.extraOptions;
     row.solver = RowOfKind(job.GetSolverType()).name;
@@ -103,8 +103,6 @@ JobTable::Row JobTable::ReadRow(int index) const {
   row.path = ToUi(row.path);
   row.folder = ToUi(row.folder);
   row.other = ToUi(row.other);
-  row.reason = texts_.Word(row.reason);
-  row.status = texts_.Word(row.status);
   return row;
 }
 
