@@ -6,7 +6,6 @@
 #include <system_error>
 
 #include "core/HandOverPlace.h"
-#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -19,17 +18,15 @@ constexpr char kProgramName[] = "kestrun";
 constexpr char kSolverOption[] = "#solver=";
 
 // The first argument that names a mode decides, whatever it says.
-int SolverModeOf(int argc, const char* const* argv) {
+SolverMode SolverModeOfArguments(int argc, const char* const* argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
     const std::size_t option = argument.find(kSolverOption);
     if (option == std::string::npos) continue;
-    const std::string mode = argument.substr(option + sizeof(kSolverOption) - 1);
-    if (mode == "dyna") return 1;
-    if (mode == "inc") return 2;
-    return 0;
+    const std::string word = argument.substr(option + sizeof(kSolverOption) - 1);
+    return SolverModeOf(word).value_or(SolverMode::kAll);
   }
-  return 0;
+  return SolverMode::kAll;
 }
 
 // A process of the very program that runs here, but not this one.
@@ -123,7 +120,7 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
   settings_->Log().SetListener(
       [this](const Message& message) { manager_->Observer().Logged(message); });
-  SetSolverMode(SolverModeOf(argc, argv));
+  SetSolverMode(SolverModeOfArguments(argc, argv));
   MakeGroups();
   intake_ = std::make_unique<JobIntake>(*manager_);
   reader_ = std::make_unique<HandOverReader>(
@@ -207,12 +204,9 @@ void Application::MakeGroups() {
   manager_->SetCurrentGroup(0);
 }
 
-void Application::SetSolverMode(int mode) {
-  solverMode_ = mode;
+void Application::SetSolverMode(SolverMode mode) {
   for (const std::unique_ptr<JobSolver>& solver : solvers_) {
-    const SolverKindRow& row = RowOfKind(solver->solverType);
-    const bool enabled = mode == 1 ? row.inDynaMode : mode == 2 ? row.inIncMode : true;
-    solver->enabled = enabled ? 1 : 0;
+    solver->enabled = IsEnabledIn(mode, solver->solverType) ? 1 : 0;
   }
 }
 

@@ -14,6 +14,7 @@
 #include "core/SettingsAndPaths.h"
 #include "core/SystemServices.h"
 #include "solvers/JobSolver.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileLock.h"
 
 // What the process ends with when something went wrong.
@@ -72,9 +73,8 @@ class Application {
   // file. Returns at once; a failure is in the log: "Run post-processor [%s] failed".
   void OpenResult(const std::string& path);
 
-  // 0 all drivers, 1 all but INC, 2 INC only.
-  void SetSolverMode(int mode);
-  int SolverMode() const { return solverMode_; }
+  // Enables and disables the drivers.
+  void SetSolverMode(SolverMode mode);
   bool SolverEnabled(SolverKind kind) const;
 
   const std::string& Title() const { return title_; }
@@ -110,7 +110,6 @@ class Application {
   std::string programFolder_;
   std::vector<Message> failures_;
   FileLock firstCopy_;  // held by the copy of this user that has the window
-  int solverMode_ = 0;
   bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;

@@ -6,7 +6,6 @@
 
 #include "core/HandOverFile.h"
 #include "core/SmallTextFile.h"
-#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/StrWrapper.h"
 
@@ -169,8 +168,7 @@ void Reader::SetGroup(const std::string& value) {
 }
 
 void Reader::SetSolverMode(const std::string& value) {
-  if (value == "dyna") order_.solverMode = 1;
-  if (value == "inc") order_.solverMode = 2;
+  if (const auto mode = SolverModeOf(value)) order_.solverMode = mode;
 }
 
 void Reader::SetSingleCpu(const std::string& value) {
@@ -178,7 +176,7 @@ void Reader::SetSingleCpu(const std::string& value) {
   std::string folder;
   if (path.empty() || !FileDirWrapper::DirOf(path, folder)) return;
   const bool single = StrWrapperTxt::LeadingInt(value) != 0;
-  path = FileDirWrapper::Join(folder, single ? "KVIN_SC.EXE" : "KVIN_MC.EXE");
+  path = FileDirWrapper::Join(folder, single ? RowOfKind(SolverKind::kInc).program : "KVIN_MC.EXE");
 }
 
 // False for a key that names no kind. A value that none of its kinds has leaves the kind open.

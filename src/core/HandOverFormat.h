@@ -9,6 +9,7 @@
 #include "core/JobIntake.h"
 #include "jobs/Settings.h"
 #include "messages/Message.h"
+#include "solvers/SolverKinds.h"
 
 // Of one file; more is left out, and said.
 inline constexpr std::size_t kMostHandOverJobs = 50000;
@@ -18,7 +19,7 @@ struct HandOverOrder {
   std::vector<JobRequest> jobs;
   Settings settings;                     // as the lines leave them
   std::optional<std::string> groupText;  // for the current group
-  std::optional<int> solverMode;
+  std::optional<SolverMode> solverMode;
   std::vector<Message> remarks;  // for the log: what was left out, and why
 };
 

@@ -156,6 +156,23 @@ const SolverKindRow& RowOfKind(SolverKind kind) {
                        [kind](const SolverKindRow& row) { return row.kind == kind; });
 }
 
+std::optional<SolverMode> SolverModeOf(const std::string& word) {
+  if (word == "dyna") return SolverMode::kDyna;
+  if (word == "inc") return SolverMode::kInc;
+  return {};
+}
+
+bool IsEnabledIn(SolverMode mode, SolverKind kind) {
+  switch (mode) {
+    case SolverMode::kDyna:
+      return RowOfKind(kind).inDynaMode;
+    case SolverMode::kInc:
+      return RowOfKind(kind).inIncMode;
+    default:
+      return true;
+  }
+}
+
 bool HasJobEnding(const SolverKindRow& row, const std::string& path) {
   std::string ending;
   if (!FileDirWrapper::ExtensionOf(path, ending)) return false;

@@ -43,7 +43,7 @@ struct SolverKindRow {
   // Its jobs are LS-DYNA decks (JobFileDyna), so that they can be given to another such kind.
   bool runsDecks = false;
 
-  // Whether the solver modes leave it enabled: "#solver=dyna" and "#solver=inc".
+  // Whether these modes leave it enabled.
   bool inDynaMode = true;
   bool inIncMode = false;
 
@@ -55,6 +55,14 @@ struct SolverKindRow {
   // Where a file for the post-processor may be, the likeliest place first. Null: there is none.
   std::vector<std::string> (*results)(const PostSource& source) = nullptr;
 };
+
+// What "#solver=" leaves enabled, on a command line or in a hand-over file.
+enum class SolverMode : int { kAll = 0, kDyna = 1, kInc = 2 };
+
+// Of "dyna" and "inc", whose case matters; none for other words.
+std::optional<SolverMode> SolverModeOf(const std::string& word);
+
+bool IsEnabledIn(SolverMode mode, SolverKind kind);
 
 // In the order in which the settings file has their keys.
 std::span<const SolverKindRow> SolverKinds();

@@ -75,17 +75,21 @@ TEST_F(ApplicationTest, WhatAKilledCopyLeftInTheWorkFolderGoesWithTheNextStart) 
 }
 
 TEST_F(ApplicationTest, TheFirstSolverArgumentChoosesTheMode) {
-  const std::pair<std::vector<const char*>, int> cases[] = {
-      {{"#solver=dyna"}, 1}, {{"a.k", "x#solver=inc"}, 2},      {{"#solver=dynamic"}, 0},
-      {{"#solver=INC"}, 0},  {{"#solver=", "#solver=dyna"}, 0}, {{}, 0},
+  // Enabled: INC, all others.
+  const std::tuple<std::vector<const char*>, bool, bool> cases[] = {
+      {{"#solver=dyna"}, false, true},
+      {{"a.k", "x#solver=inc"}, true, false},
+      {{"#solver=dynamic"}, true, true},
+      {{"#solver=INC"}, true, true},
+      {{"#solver=", "#solver=dyna"}, true, true},
+      {{}, true, true},
   };
-  for (const auto& [arguments, mode] : cases) {
+  for (const auto& [arguments, inc, others] : cases) {
     ASSERT_TRUE(Start(arguments));
-    EXPECT_EQ(application_->SolverMode(), mode);
     for (const auto& solver : application_->Solvers()) {
-      const bool isInc = solver->solverType == SolverKind::kInc;
-      const bool enabled = mode == 0 || (mode == 2) == isInc;
-      EXPECT_EQ(solver->enabled, enabled ? 1 : 0) << mode << " " << solver->displayName;
+      const bool enabled = solver->solverType == SolverKind::kInc ? inc : others;
+      EXPECT_EQ(solver->enabled, enabled ? 1 : 0) << solver->displayName;
+      EXPECT_EQ(application_->SolverEnabled(solver->solverType), enabled);
     }
   }
 }
@@ -129,7 +133,7 @@ TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
       "#mpp=1\n#mpi_param=-a\n#mpp_param=-b\n#group=300,n1,2\n#solver=inc\n#single_cpu=0\n#krjob\n"
       "ncpu=7\ns=iface\nd=nodump\n/a.k\n");
   EXPECT_EQ(JobsAfterTick().size(), 1u);
-  EXPECT_EQ(application_->SolverMode(), 2);
+  EXPECT_FALSE(application_->SolverEnabled(SolverKind::kLsDynaSingle));
   EXPECT_EQ(application_->Manager().CurrentGroup()->Text(), "300,n1,2");
   EXPECT_EQ(seen.Count("settings"), 1);
   EXPECT_FALSE(settings.Dirty());

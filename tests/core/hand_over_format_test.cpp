@@ -81,7 +81,7 @@ TEST(HandOverText, SettingsLinesWorkWithoutARecordAndJobLinesDoNot) {
   EXPECT_EQ(order.settings.group, "350,node1,4");
   EXPECT_EQ(order.groupText, "350,node1,4");
   EXPECT_EQ(order.settings.memory2, 350u);
-  EXPECT_EQ(order.solverMode, 1);
+  EXPECT_EQ(order.solverMode, SolverMode::kDyna);
   EXPECT_EQ(order.settings.SolverPath(SolverKind::kInc),
             FileDirWrapper::Join(FileDirWrapper::kSeparator == '/' ? "/solvers" : "\\solvers",
                                  "KVIN_SC.EXE"));

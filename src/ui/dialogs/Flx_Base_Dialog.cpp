@@ -136,6 +136,10 @@ std::string Flx_Base_Dialog::Shown(const std::string& key) const {
   return text ? Decoded(text) : std::string();
 }
 
+std::string Flx_Base_Dialog::Shown(const BothLanguages& text) const {
+  return Chinese() ? text.chinese : text.english;
+}
+
 const char* Flx_Base_Dialog::ConvertText(const std::string& text) {
   const auto found = converted_.find(text);
   if (found != converted_.end()) return found->second.c_str();

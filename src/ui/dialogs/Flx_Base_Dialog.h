@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "messages/BothLanguages.h"
 #include "ui/dialogs/DialogLayout.h"
 
 // A widget of a dialog by its name in the code: the id of its line in the layout, and what it is.
@@ -88,6 +89,7 @@ class Flx_Base_Dialog {
 
   // The text of a key in UTF-8; empty for an unknown key. Every dialog has "ok" and "all_files".
   std::string Shown(const std::string& key) const;
+  std::string Shown(const BothLanguages& text) const;
 
   // A copy that lives as long as the dialog, for labels of the layout's widgets and the title.
   const char* ConvertText(const std::string& text);

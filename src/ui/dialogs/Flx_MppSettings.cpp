@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "core/SenseSwitch.h"
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/FileQuestions.h"
@@ -69,7 +70,6 @@ constexpr DialogText kTexts[] = {
     {"mpi_other", "Other (see MPI Param)", "其他 (见 MPI 参数)"},
     {"solver_s_title", "Select Single MPP LS-DYNA Solver", "选择单精度 MPP LS-DYNA 求解器"},
     {"solver_d_title", "Select Double MPP LS-DYNA Solver", "选择双精度 MPP LS-DYNA 求解器"},
-    {"solver_filter", "LS-DYNA Solver (*.exe)|*.exe|", "LS-DYNA 求解器 (*.exe)|*.exe|"},
     {"asked", "The running job was asked to write a restart file and end.",
      "已要求正在运行的任务写出重启动文件后结束。"},
 };
@@ -202,8 +202,8 @@ void Flx_MppSettings::StoreText(const TextField& field) {
 
 void Flx_MppSettings::ChooseProgram(WidgetName<Fl_Input> input, std::string Settings::*setting,
                                     const char* titleKey) {
-  const std::string filter =
-      ComnFileDialog::ProgramFilter(Shown("solver_filter"), Shown("all_files"));
+  const std::string filter = ComnFileDialog::ProgramFilter(
+      Shown(RowOfKind(SolverKind::kLsDynaSingle).programFilter), Shown("all_files"));
   const std::string path =
       AskForProgram({Window(), Shown(titleKey), filter, {}}, settings_, settings_.Get().*setting);
   if (path.empty()) return;

@@ -4,6 +4,7 @@
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Input.H>
 
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/fltk/Theme.h"
@@ -38,8 +39,6 @@ constexpr DialogText kTexts[] = {
     {"r_file_title", "Select Restart File", "选择重启动文件"},
     {"k_file_title", "Select Input File", "选择输入文件"},
     {"r_filter", "D3dump |*d3dump*|All Files (*.*)|*.*|", "D3dump |*d3dump*|所有文件 (*.*)|*.*|"},
-    {"k_filter", "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|",
-     "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"},
     {"no_restart", "Please choose a restart file.", "请选择重启动文件。"},
     {"no_input", "Please choose an input file, or untick \"Input File (I=)\".",
      "请选择输入文件，或取消勾选“输入文件 (I=)”。"},
@@ -72,8 +71,9 @@ bool Flx_RestartJob::Initialise() {
 int Flx_RestartJob::HandleWidget(Fl_Widget* widget) {
   if (widget == Find(kCancel)) endCode_ = 1;
   if (widget == Find(kOk) && TakeFiles()) endCode_ = 1;
-  if (widget == Find(kChooseRestart)) Choose(kRestart, "r_file_title", "r_filter");
-  if (widget == Find(kChooseInput)) Choose(kInput, "k_file_title", "k_filter");
+  if (widget == Find(kChooseRestart)) Choose(kRestart, "r_file_title", Shown("r_filter"));
+  if (widget == Find(kChooseInput))
+    Choose(kInput, "k_file_title", Shown(RowOfKind(SolverKind::kLsDynaSingle).jobFilter));
   if (widget == Find(kUseInput)) {
     ShowInputUse();
     if (Find(kInput)->active()) Find(kInput)->take_focus();
@@ -97,10 +97,10 @@ void Flx_RestartJob::MarkMissing(Fl_Input& input) {
 }
 
 void Flx_RestartJob::Choose(WidgetName<Fl_Input> input, const char* titleKey,
-                            const char* filterKey) {
+                            const std::string& filter) {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
   const std::string path =
-      AskForFile({Window(), Shown(titleKey), Shown(filterKey), settings.Get().last_path});
+      AskForFile({Window(), Shown(titleKey), filter, settings.Get().last_path});
   if (path.empty()) return;
   KeepFolderOf(path, settings, &Settings::last_path);
   Find(input)->value(ToUi(path).c_str());

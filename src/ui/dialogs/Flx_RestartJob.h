@@ -31,7 +31,7 @@ class Flx_RestartJob : public Flx_Base_Dialog {
   const std::string& InputFile() const { return inputFile_; }
 
  private:
-  void Choose(WidgetName<Fl_Input> input, const char* titleKey, const char* filterKey);
+  void Choose(WidgetName<Fl_Input> input, const char* titleKey, const std::string& filter);
   void ShowInputUse();
   void MarkMissing(Fl_Input& input);
   bool TakeFiles();

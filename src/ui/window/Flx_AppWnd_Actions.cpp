@@ -106,10 +106,9 @@ void Flx_AppWnd::AddJobs(SolverKind kind) {
       AskForFiles({this, texts_.Say(row.jobTitle), texts_.Say(row.jobFilter),
                    application_.SettingsAndFiles().Get().last_path});
   FocusTable();
-  // A deck may also be a job of another solver by its ending; a Vorel or INC job is what it is
-  // chosen for.
-  const bool byEnding = kind == SolverKind::kLsDynaSingle;
-  AddFiles(paths, byEnding ? std::nullopt : std::optional(kind));
+  // A deck may also be a job of another solver by its ending; other jobs are what they are chosen
+  // for.
+  AddFiles(paths, row.runsDecks ? std::nullopt : std::optional(kind));
 }
 
 void Flx_AppWnd::AddFolder() {
