@@ -11,6 +11,10 @@
 enum class SolverKind : int;  // jobs/JobFile.h
 
 struct Settings {
+  // What a user may ask for.
+  static constexpr int kMostMemory = 2147483647;  // megabytes; what the settings file can hold
+  static constexpr int kMostCpus = 100000;
+
   // GENERAL
   std::uint64_t memory_size = 500;  // megabytes
   bool memory_auto = true;          // a deck's own memory request wins over memory_size

@@ -5,9 +5,9 @@
 #include "support/TempFolder.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogLayout.h"
-#include "ui/fltk/Numbers.h"
 #include "ui/window/KeywordFiles.h"
 #include "ui/window/ProgramOptions.h"
+#include "util/text/PlainText.h"
 
 namespace {
 

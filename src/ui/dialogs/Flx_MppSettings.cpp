@@ -74,15 +74,13 @@ constexpr DialogText kTexts[] = {
      "已要求正在运行的任务写出重启动文件后结束。"},
 };
 
-constexpr std::int32_t kMostMemory = 2147483647;  // what the settings file can hold
-
 // Leading digits; 0 for anything else.
 std::uint64_t Megabytes(const std::string& text) {
   const std::size_t begin = std::min(text.find_first_not_of(" \t"), text.size());
   std::uint64_t value = 0;
   for (std::size_t at = begin; at < text.size() && IsDigit(text[at]); ++at)
-    value =
-        std::min<std::uint64_t>(value * 10 + static_cast<unsigned>(text[at] - '0'), kMostMemory);
+    value = std::min<std::uint64_t>(value * 10 + static_cast<unsigned>(text[at] - '0'),
+                                    Settings::kMostMemory);
   return value;
 }
 

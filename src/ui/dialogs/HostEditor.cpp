@@ -9,16 +9,15 @@
 #include "jobs/JobArguments.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/LineInput.h"
-#include "ui/fltk/Numbers.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
 constexpr std::size_t kMostRows = 200;  // a file with more is edited as a file
-constexpr long long kMostCpus = 100000;
 constexpr int kInset = 4;
 constexpr int kHeadHeight = 20;
 constexpr int kRowHeight = 22;
@@ -211,7 +210,7 @@ bool HostEditor::Check(Fl_Input& input, bool valid, const char* hintKey) const {
 
 std::string HostEditor::LineOf(const Row& row) const {
   const std::string name = FromUi(row.name->value());
-  const auto cpus = WholeNumber(row.cpus->value(), 0, kMostCpus);
+  const auto cpus = WholeNumber(row.cpus->value(), 0, Settings::kMostCpus);
   const bool isNew = row.stored.empty() && name.empty();
   const bool nameValid = Check(*row.name, isNew || ValidHostName(name), "host_bad_name");
   const bool cpusValid = Check(*row.cpus, cpus.has_value(), "host_bad_cpus");

@@ -7,17 +7,15 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/MpiKinds.h"
-#include "ui/fltk/Numbers.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Layout.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
-constexpr long long kMostMemory = 2147483647;  // what the settings file can hold
-constexpr long long kMostCpus = 100000;
 constexpr long long kLongestPause = 86400;  // seconds
 constexpr int kMppWidth = 190;
 constexpr int kLabelInset = 3;  // what the toolkit leaves in front of a label
@@ -127,15 +125,15 @@ void SettingsRow::ConnectFields() {
       this);
 
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  memory_->Check = NumberCheck(0, kMostMemory, "ui_bad_memory");
+  memory_->Check = NumberCheck(0, Settings::kMostMemory, "ui_bad_memory");
   memory_->Store = [this, &settings](const std::string& text) {
-    const auto value = static_cast<std::uint64_t>(*WholeNumber(text, 0, kMostMemory));
+    const auto value = static_cast<std::uint64_t>(*WholeNumber(text, 0, Settings::kMostMemory));
     if (!HasJob()) settings.Set(&Settings::memory_size, value);
     EditJob([&](JobGroup& group, JobId job) { return group.SetMemory(job, value); });
   };
-  cpu_->Check = NumberCheck(1, kMostCpus, "ui_bad_cpu");
+  cpu_->Check = NumberCheck(1, Settings::kMostCpus, "ui_bad_cpu");
   cpu_->Store = [this, &settings](const std::string& text) {
-    const int value = static_cast<int>(*WholeNumber(text, 1, kMostCpus));
+    const int value = static_cast<int>(*WholeNumber(text, 1, Settings::kMostCpus));
     if (!HasJob()) settings.Set(&Settings::cpu_count, value);
     EditJob([&](JobGroup& group, JobId job) { return group.SetCpuCount(job, value); });
   };

@@ -1,6 +1,8 @@
 #include "util/text/PlainText.h"
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 std::string Upper(std::string_view text) {
   std::string upper(text);
@@ -27,4 +29,13 @@ std::string_view Trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+}
+
+std::optional<long long> WholeNumber(std::string_view text, long long least, long long most) {
+  text = Trimmed(text);
+  long long value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end || value < least || value > most) return std::nullopt;
+  return value;
 }

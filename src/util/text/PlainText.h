@@ -3,6 +3,7 @@
 #ifndef KR_UTIL_TEXT_PLAINTEXT_H
 #define KR_UTIL_TEXT_PLAINTEXT_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,5 +28,8 @@ bool Holds(std::string_view text, std::string_view part);
 
 // Without blanks and tabs at both ends.
 std::string_view Trimmed(std::string_view text);
+
+// A whole decimal number between the limits, blanks around it let pass; nothing for any other text.
+std::optional<long long> WholeNumber(std::string_view text, long long least, long long most);
 
 #endif
