@@ -6,12 +6,6 @@
 #include "solvers/SolverKinds.h"
 #include "util/text/DateTimeWrapper.h"
 
-namespace {
-
-constexpr unsigned kPollMilliseconds = 1000;
-
-}  // namespace
-
 JobSolver::JobSolver(SolverKind kind) : solverType(kind) {
   const SolverKindRow& row = RowOfKind(kind);
   displayName = row.name;
@@ -30,7 +24,7 @@ JobStatus JobSolver::Run(JobFile& job, const JobRunContext& context) {
   job.SetMessageFile({});
   if (job.abort || !Start(job)) return JobStatus::kAborted;
   while (job.process.IsActive()) {
-    DateTimeWrapper::SleepMSec(kPollMilliseconds);
+    DateTimeWrapper::SleepMSec(static_cast<unsigned>(pollTime.count()));
     if (job.abort) return JobStatus::kAborted;
     Poll(job);
   }

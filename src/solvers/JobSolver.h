@@ -2,6 +2,7 @@
 #ifndef KR_SOLVERS_JOBSOLVER_H
 #define KR_SOLVERS_JOBSOLVER_H
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,11 +21,11 @@ class JobSolver {
   // Called after the process has ended: examines its output, tidies files; Finished or Aborted.
   virtual JobStatus Finish(JobFile& job) = 0;
 
-  // Called once a second while the process runs.
+  // Called at every look at the process while it runs.
   virtual void Poll(JobFile& job);
 
   // The whole run of one job, on the calling thread: Finished or Aborted. Returns Aborted within
-  // about a second after job.abort was set, with the solver still running: the caller ends it.
+  // about the poll time after job.abort was set, with the solver still running: the caller ends it.
   // Leaves the code and the reason in the job and the context.
   JobStatus Run(JobFile& job, const JobRunContext& context);
 
@@ -38,6 +39,7 @@ class JobSolver {
   std::string defaultExecutable;
   std::string jobFileFilter;
   int enabled = 1;  // 0: the solver mode leaves it out
+  std::chrono::milliseconds pollTime{1000};  // between two looks at the process
 
  protected:
   explicit JobSolver(SolverKind kind);

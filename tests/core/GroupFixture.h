@@ -8,19 +8,12 @@
 
 #include "core/JobGroupManager.h"
 #include "CoreFixture.h"
-
-inline std::string StandInSolver() {
-#ifdef _WIN32
-  return KR_TEST_BIN_DIR "/standin_solver.exe";
-#else
-  return KR_TEST_BIN_DIR "/standin_solver";
-#endif
-}
+#include "support/Standin.h"
 
 class GroupTest : public CoreTest {
  protected:
   GroupTest() {
-    files_.SetSolverPath(SolverKind::kLsDynaSingle, StandInSolver());
+    files_.SetSolverPath(SolverKind::kLsDynaSingle, StandinSolver());
     files_.Set(&Settings::pause_time, 0);
     manager_->SetObserver(&seen_);
     manager_->AddGroup("Group1");
@@ -60,7 +53,7 @@ class GroupTest : public CoreTest {
   }
 
   SettingsAndPaths files_{kTitle};
-  std::vector<std::unique_ptr<JobSolver>> solvers_ = MakeSolvers();
+  std::vector<std::unique_ptr<JobSolver>> solvers_ = MakeQuickSolvers();
   RecordingObserver seen_;
   std::unique_ptr<JobGroupManager> manager_ = std::make_unique<JobGroupManager>(files_, solvers_);
 };

@@ -13,21 +13,13 @@
 #include <thread>
 #include <vector>
 
-#include "solvers/JobSolver.h"
 #include "support/ScopedVariable.h"
+#include "support/Standin.h"
 #include "support/TempFolder.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
 
 using Lines = std::vector<std::string>;
-
-inline std::string StandinSolver() {
-#ifdef _WIN32
-  return std::string(KR_TEST_BIN_DIR) + "/standin_solver.exe";
-#else
-  return std::string(KR_TEST_BIN_DIR) + "/standin_solver";
-#endif
-}
 
 inline std::string Deck(const std::string& commands) {
   return "*KEYWORD\n" + commands +
@@ -110,7 +102,7 @@ class SolverTest : public testing::Test {
   std::atomic<int> runErrorCode_{0};
   std::mutex logMutex_;
   Lines log_;
-  std::vector<std::unique_ptr<JobSolver>> solvers_ = MakeSolvers();
+  std::vector<std::unique_ptr<JobSolver>> solvers_ = MakeQuickSolvers();
 };
 
 #endif
