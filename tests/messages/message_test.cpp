@@ -3,10 +3,31 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <regex>
 #include <set>
 #include <string>
 
 namespace {
+
+const std::filesystem::path kProject =
+    std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
+
+std::string ReadText(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::set<std::string> Matches(const std::string& text, const char* pattern) {
+  const std::regex regex(pattern);
+  std::set<std::string> matches;
+  for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at)
+    matches.insert((*at)[1]);
+  return matches;
+}
 
 std::string InBrackets(const std::string& bytes) {
   return "<" + bytes + ">";
@@ -48,6 +69,44 @@ TEST(MessageTable, EveryMessageHasBothLanguages) {
       EXPECT_TRUE(english.insert(row.english).second) << row.name << " says what another says";
   }
   EXPECT_GT(english.size(), 100U);
+}
+
+TEST(MessageTable, EveryMessageIsSaidSomewhere) {
+  const auto sources = kProject / "src";
+  if (!std::filesystem::exists(sources)) GTEST_SKIP() << "the sources are elsewhere";
+  std::set<std::string> said = {"kNone"};
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(sources)) {
+    if (entry.is_regular_file() && entry.path().parent_path().filename() != "messages")
+      said.merge(Matches(ReadText(entry.path()), "MessageId::(k\\w+)"));
+  }
+  for (const MessageText& row : kMessageTexts) EXPECT_TRUE(said.count(row.name)) << row.name;
+}
+
+// A text as the help writes it: dots for whatever stands in place of an argument.
+std::string AsInHelp(const std::string& text) {
+  static const std::regex gaps("%[psdm]|\\d+");
+  static const std::regex blanksAtTheEnd(" +$");
+  return std::regex_replace(std::regex_replace(text, gaps, "..."), blanksAtTheEnd, "");
+}
+
+TEST(MessageTable, TheChineseHelpNamesMessagesAsTheyAreShown) {
+  const auto page = kProject / "help/Chinese/messages.htm";
+  if (!std::filesystem::exists(page)) GTEST_SKIP() << "the help is elsewhere";
+  std::map<std::string, std::string> shown;  // by the line of the log
+  for (const MessageText& row : kMessageTexts) shown[AsInHelp(row.english)] = AsInHelp(row.chinese);
+  int found = 0;
+  for (const std::string& cell : Matches(ReadText(page), "<tr><td>([^\\n]*?)</td>")) {
+    std::set<std::string> lines;
+    for (const std::string& line : Matches(cell + "<br>", "(.*?)<br>"))
+      lines.insert(AsInHelp(line));
+    for (const std::string& line : lines) {
+      const auto row = shown.find(line);
+      if (row == shown.end()) continue;
+      ++found;
+      EXPECT_TRUE(lines.count(row->second)) << row->second << "\nis not in " << cell;
+    }
+  }
+  EXPECT_GT(found, 40);
 }
 
 }  // namespace

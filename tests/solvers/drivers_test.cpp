@@ -68,7 +68,9 @@ TEST_F(DriverTest, Inc) {
   context_.settings.SolverPath(SolverKind::kInc) = folder_.Write("not a program.exe", "text");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 6);
-  log_.push_back(job->RunMessage().English());
+  const Message reason = job->RunMessage();
+  log_.push_back(reason.English());
+  log_.push_back(reason.Chinese([](const std::string& bytes) { return bytes; }));
   for (const std::string& line : log_) EXPECT_EQ(line.find("Secret"), std::string::npos) << line;
 }
 

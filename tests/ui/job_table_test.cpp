@@ -150,4 +150,15 @@ TEST_F(ChineseJobTable, SaysItInChinese) {
   EXPECT_EQ(Rows()[3], "stages.k|/w|LS-DYNA (S)|是...|–|已中止|(查看...)|(查看...)|否|");
 }
 
+TEST_F(ChineseJobTable, TellsWhyAJobWasAborted) {
+  const std::string bad = AddJob("bad", "fail");
+  const std::string gone = AddJob("gone");
+  std::filesystem::remove(gone);
+  Run();
+  const std::string notNormal = "原因：任务 [" + bad + "] 未正常结束：*** Error ";
+  EXPECT_EQ(TipOf(0, "状态").substr(0, notNormal.size()), notNormal);
+  EXPECT_EQ(TipOf(1, "状态"), "原因：任务文件 [" + gone + "] 不存在");
+  EXPECT_TRUE(LineSays("任务文件 ["));
+}
+
 }  // namespace
