@@ -40,7 +40,7 @@ TEST_F(ApplicationTest, AFirstStartHasOneGroupAndLeavesItsFiles) {
   EXPECT_EQ(application_->Title(), "Kestrun 2016 R1");
   EXPECT_EQ(application_->Manager().GroupCount(), 1);
   EXPECT_EQ(application_->Manager().CurrentGroup()->Name(), "Group1");
-  EXPECT_EQ(application_->Solvers().size(), 5u);
+  EXPECT_EQ(application_->Solvers().size(), SolverKinds().size());
   const std::string work = application_->SettingsAndFiles().workFolder;
   EXPECT_EQ(application_->Shutdown(), 0);
   EXPECT_FALSE(application_->Tick());

@@ -63,7 +63,7 @@ TEST(SolverKinds, DriversStandInTheOrderOfTheKindsAndSayWhatTheirRowsSay) {
     EXPECT_EQ(drivers[i]->solverType, static_cast<SolverKind>(i));
     EXPECT_EQ(drivers[i]->enabled, 1);
   }
-  const JobSolver& inc = *drivers.back();
+  const JobSolver& inc = *drivers[static_cast<std::size_t>(SolverKind::kInc)];
   EXPECT_EQ(inc.displayName, "INCSolver");
   EXPECT_EQ(inc.selectSolverTitle, "Select INCSolver");
   EXPECT_EQ(inc.selectSolverTitle2, inc.selectSolverTitle);
