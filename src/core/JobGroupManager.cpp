@@ -91,8 +91,19 @@ bool JobGroupManager::ValidGroupName(const std::string& name) {
   });
 }
 
+JobGroupSetup JobGroupManager::GroupSetup() {
+  JobGroupSetup setup{*relay_, settings_.Log(), [this] { return settings_.Snapshot(); }, {}, {},
+                      {}};
+  setup.run.solverFor = [this](SolverKind kind) { return SolverFor(kind); };
+  setup.run.positioning = &positioning_;
+  setup.run.autoPosition = &autoPosition;
+  setup.runErrorCode = &runErrorCode;
+  setup.threads = threads_;
+  return setup;
+}
+
 int JobGroupManager::AddGroup(const std::string& name) {
-  auto group = std::make_shared<JobGroup>(*this);
+  auto group = std::make_shared<JobGroup>(GroupSetup());
   group->SetName(name);
   const MutexLock lock(mutex_);
   groups_.push_back(std::move(group));

@@ -69,8 +69,8 @@ class JobGroupManager {
   std::atomic<int> runErrorCode{0};
 
  private:
-  friend class JobGroup;
   class ObserverRelay;
+  JobGroupSetup GroupSetup();
   std::vector<std::shared_ptr<JobGroup>> Groups() const;
   std::vector<std::shared_ptr<JobGroup>> GroupsToStop(int index) const;
 

@@ -3,8 +3,6 @@
 #include <chrono>
 
 #include "core/JobGroup.h"
-#include "core/JobGroupManager.h"
-#include "runs/JobRun.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -32,7 +30,7 @@ std::uint32_t JobGroup::ThreadMain(void* start) {
 
 // The flag is set before the thread starts, so that two quick submits cannot start two threads.
 bool JobGroup::Submit() {
-  const std::lock_guard<std::mutex> lock(submitMutex_);
+  const MutexLock lock(submitMutex_);
   if (running_.exchange(true)) {
     return Refuse(Message(MessageId::kGroupRunsAlready));
   }
@@ -43,21 +41,21 @@ bool JobGroup::Submit() {
 }
 
 bool JobGroup::Refuse(const Message& message) {
-  RecordError(message.English());
-  manager_.Settings().Log().Report(message);
+  SetLastError("%s", message.English().c_str());
+  setup_.log.Report(message);
   return false;
 }
 
 bool JobGroup::StartThread() {
   auto start = std::make_unique<ThreadStart>();
   start->group = shared_from_this();
-  start->threads = manager_.threads_;
-  manager_.threads_->Enter();
+  start->threads = setup_.threads;
+  setup_.threads->Enter();
   if (thread_.CreateThread(&JobGroup::ThreadMain, start.get(), 0)) {
     start.release();
     return true;
   }
-  manager_.threads_->Leave();
+  setup_.threads->Leave();
   return false;
 }
 
@@ -68,58 +66,36 @@ bool JobGroup::Stop() {
   return !running_;
 }
 
-void JobGroup::RunLoop() {
-  manager_.Observer().GroupRunChanged(id_);
-  JobRunSetup setup;
-  setup.solverFor = [this](SolverKind kind) { return manager_.SolverFor(kind); };
-  setup.positioning = &manager_.positioning_;
-  setup.autoPosition = &manager_.autoPosition;
-  while (const std::shared_ptr<JobFile> job = TakeNextJob(setup.pause)) {
-    setup.begin = [&] { return BeginRun(*job); };
-    setup.setStageStatus = [&](JobFile& stage, JobStatus status) {
-      ShowStageStatus(*job, stage, status);
-    };
-    EndRun(*job, RunJob(*job, setup));
+void JobGroup::RequestStop() {
+  {
+    const MutexLock lock(submitMutex_);  // a submit under way would undo it
+    stop_ = true;
   }
-  manager_.Observer().GroupRunChanged(id_);
+  AbortActiveJob();
 }
 
-// Null at the end of the thread's work. The running flag is cleared with the list locked: a job
-// that is added and submitted afterwards gets a new thread, one added before is taken by this one.
-std::shared_ptr<JobFile> JobGroup::TakeNextJob(std::chrono::seconds& pause) {
-  const ListLock lock(*this);
-  for (std::size_t i = 0; i < jobs_.size() && !stop_; ++i) {
-    JobFile& job = *jobs_[i];
-    if (job.status != JobStatus::kQueued) continue;
-    pause = std::chrono::seconds(job.pause);
-    SetStatus(job, JobStatus::kWaiting);
-    if (!stop_) return jobs_[i];
-    SetStatus(job, JobStatus::kAborted);
+// The running flag is cleared while the list is locked: a job that is added and submitted
+// afterwards gets a new thread, one added before is taken by this one.
+void JobGroup::RunLoop() {
+  setup_.observer.GroupRunChanged(Id());
+  JobRunSetup run = setup_.run;
+  while (const auto job = TakeQueuedJob(stop_, run.pause, [this] { running_ = false; })) {
+    run.begin = [&] { return BeginRunOf(*job); };
+    run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(*job, stage, status); };
+    EndRun(*job, RunJob(*job, run));
   }
-  running_ = false;
-  return nullptr;
+  setup_.observer.GroupRunChanged(Id());
 }
 
 // Nothing when the job is not to run: it was removed during the pause, or the group stopped.
-std::optional<JobRunContext> JobGroup::BeginRun(JobFile& job) {
-  {
-    const ListLock lock(*this);
-    if (Find(job.id) == nullptr) return std::nullopt;
-    SetStatus(job, JobStatus::kRunning);
-    if (stop_) return std::nullopt;
-  }
+std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job) {
+  if (!BeginRun(job) || stop_) return std::nullopt;
   JobRunContext context;
-  context.settings = manager_.Settings().Snapshot();
+  context.settings = setup_.settings();
   context.groupText = Text();
   context.console.terminal = context.settings.xterm_path;
-  context.report = manager_.Settings().Log().Sink();
-  context.note = [this](const Message& message) { manager_.Settings().Log().Note(message); };
-  context.runErrorCode = &manager_.runErrorCode;
+  context.report = setup_.log.Sink();
+  context.note = [this](const Message& message) { setup_.log.Note(message); };
+  context.runErrorCode = setup_.runErrorCode;
   return context;
-}
-
-// Nothing is written for a job that was removed meanwhile.
-void JobGroup::EndRun(JobFile& job, JobStatus status) {
-  const ListLock lock(*this);
-  if (Find(job.id) != nullptr) SetStatus(job, status);
 }

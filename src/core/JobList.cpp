@@ -1,8 +1,7 @@
-#include "core/JobGroup.h"
+#include "core/JobList.h"
 
 #include <algorithm>
 
-#include "core/JobGroupManager.h"
 #include "solvers/SolverKinds.h"
 #include "util/text/DateTimeWrapper.h"
 
@@ -10,13 +9,10 @@ namespace {
 
 constexpr char kMutexName[] = "KESTRUN_MUTEX_SIGNAL_NAME";
 
-int NextId() {
-  static std::atomic<int> last{0};
-  return ++last;
-}
-
-std::recursive_mutex& ProcessMutex() {
-  static std::recursive_mutex mutex;
+// Not one a list: groups of this process must not change their lists at once where the named mutex
+// cannot be had.
+std::mutex& ProcessMutex() {
+  static std::mutex mutex;
   return mutex;
 }
 
@@ -55,129 +51,92 @@ std::function<bool(JobFile&)> WithStages(std::function<bool(JobFile&)> change) {
 
 }  // namespace
 
-JobGroup::ListLock::ListLock(const JobGroup& group)
-    : process_(ProcessMutex()), group_(group), taken_(group.TakeMutex()) {}
-
-JobGroup::ListLock::~ListLock() {
-  if (taken_) group_.mutex_.ReleaseMutexSignal();
-}
-
-JobGroup::JobGroup(JobGroupManager& manager)
-    : id_(NextId()),
-      manager_(manager),
-      mutexCreated_(mutex_.CreateMutexSignal(kMutexName, false) != 0) {}
-
-JobGroup::~JobGroup() = default;
+JobList::SharedLock::SharedLock() : created_(mutex_.CreateMutexSignal(kMutexName, false) != 0) {}
 
 // An abandoned mutex is owned like any other.
-bool JobGroup::TakeMutex() const {
-  if (!mutexCreated_) {
-    RecordMutexError("MUTEX not created yet");
-    return false;
-  }
-  switch (mutex_.WaitForMutexSignal(-1)) {
-    case 0:
-      return true;
-    case 1:
-      RecordMutexError("Time out return");
-      return false;
-    case 2:
-      RecordMutexError("the owner thread does not release the mutex");
-      return true;
-    default:
-      RecordMutexError("Unknown error");
-      return false;
+void JobList::SharedLock::Lock() {
+  enum Wait : int { kTaken = 0, kTimedOut = 1, kAbandoned = 2 };
+  ProcessMutex().lock();
+  const int wait = created_ ? mutex_.WaitForMutexSignal(-1) : -1;
+  taken_ = wait == kTaken || wait == kAbandoned;
+  if (!created_) {
+    trouble_ = "MUTEX not created yet";
+  } else if (wait == kTaken) {
+    trouble_.clear();
+  } else if (wait == kAbandoned) {
+    trouble_ = "the owner thread does not release the mutex";
+  } else {
+    trouble_ = wait == kTimedOut ? "Time out return" : "Unknown error";
   }
 }
 
-// Reported when it is another error than before: a mutex that cannot be taken fails each time.
-// Reading a group takes the mutex too, so a reader may leave an error.
-void JobGroup::RecordMutexError(const std::string& message) const {
-  const_cast<JobGroup*>(this)->RecordError(message);
-  {
-    const std::lock_guard<std::mutex> lock(errorMutex_);
-    if (reportedMutexError_ == message) return;
-    reportedMutexError_ = message;
-  }
-  manager_.Settings().Log().Report(Message(MessageId::kListNotLocked, message));
+void JobList::SharedLock::Unlock() {
+  if (taken_) mutex_.ReleaseMutexSignal();
+  ProcessMutex().unlock();
 }
 
-void JobGroup::RecordError(const std::string& message) {
-  const std::lock_guard<std::mutex> lock(errorMutex_);
-  SetLastError("%s", message.c_str());
+JobList::Access::Access(const JobList& list) : list_(list) {
+  list_.lock_.Lock();
 }
 
-std::string JobGroup::LastError() const {
-  const std::lock_guard<std::mutex> lock(errorMutex_);
-  return PTWrapper::LastError();
+// Trouble is told once the lock is let go, and to the log only when it is another one than before:
+// a mutex that cannot be taken fails each time.
+JobList::Access::~Access() {
+  const std::string trouble = list_.lock_.Trouble();
+  const bool isNew = !trouble.empty() && trouble != list_.reported_;
+  if (isNew) list_.reported_ = trouble;
+  list_.lock_.Unlock();
+  if (!trouble.empty()) list_.TakeTrouble(trouble, isNew);
 }
 
-std::string JobGroup::Name() const {
-  const ListLock lock(*this);
-  return name_;
+// Reading takes the lock too, so a reader may leave an error.
+void JobList::TakeTrouble(const std::string& trouble, bool isNew) const {
+  const_cast<JobList*>(this)->SetLastError("%s", trouble.c_str());
+  if (isNew) log_.Report(Message(MessageId::kListNotLocked, trouble));
 }
 
-void JobGroup::SetName(const std::string& name) {
-  const ListLock lock(*this);
-  name_ = name;
-}
+JobList::JobList(int id, QueueObserver& observer, AppLog& log)
+    : id_(id), observer_(observer), log_(log) {}
 
-std::string JobGroup::Text() const {
-  const ListLock lock(*this);
-  return text_;
-}
+JobList::~JobList() = default;
 
-void JobGroup::SetText(const std::string& text) {
-  const ListLock lock(*this);
-  text_ = text;
-}
-
-JobFile* JobGroup::Find(JobId job) const {
+JobFile* JobList::Find(JobId job) const {
   const auto found = byId_.find(job);
   return found == byId_.end() ? nullptr : found->second;
 }
 
-std::size_t JobGroup::PlaceOf(const JobFile& job) const {
+std::size_t JobList::PlaceOf(const JobFile& job) const {
   const auto found = std::find_if(jobs_.begin(), jobs_.end(),
                                   [&job](const auto& entry) { return entry.get() == &job; });
   return static_cast<std::size_t>(found - jobs_.begin());
 }
 
-JobFile* JobGroup::FirstActive() const {
+JobFile* JobList::FirstActive() const {
   const auto found = std::find_if(jobs_.begin(), jobs_.end(),
                                   [](const auto& entry) { return IsActive(entry->status); });
   return found == jobs_.end() ? nullptr : found->get();
 }
 
-void JobGroup::SetStatus(JobFile& job, JobStatus status) {
+void JobList::SetStatus(JobFile& job, JobStatus status) {
   job.status = status;
   const bool hasEnded = status == JobStatus::kFinished || status == JobStatus::kAborted;
   if (status == JobStatus::kRunning) job.started = DateTimeWrapper::CurrentTime();
   job.ended = hasEnded ? DateTimeWrapper::CurrentTime() : 0;
-  manager_.Observer().JobStatusChanged(id_, job.id, status);
+  observer_.JobStatusChanged(id_, job.id, status);
 }
 
-void JobGroup::RequestStop() {
-  {
-    const std::lock_guard<std::mutex> lock(submitMutex_);  // a submit under way would undo it
-    stop_ = true;
-  }
-  const ListLock lock(*this);
-  if (JobFile* const active = FirstActive()) SetAbort(*active, true);
-}
-
-bool JobGroup::AddJob(std::shared_ptr<JobFile> job) {
+bool JobList::AddJob(std::shared_ptr<JobFile> job) {
   if (!job) return false;
-  const ListLock lock(*this);
+  const Access access(*this);
   if (!byId_.emplace(job->id, job.get()).second) return false;
   jobs_.push_back(std::move(job));
-  manager_.Observer().JobsChanged(id_);
+  observer_.JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::RemoveJob(JobId job) {
+bool JobList::RemoveJob(JobId job) {
   std::shared_ptr<JobFile> removed;  // freed without the lock
-  const ListLock lock(*this);
+  const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
   if (IsActive(found->status)) SetAbort(*found, true);
@@ -185,12 +144,12 @@ bool JobGroup::RemoveJob(JobId job) {
   removed = std::move(*place);
   jobs_.erase(place);
   byId_.erase(job);
-  manager_.Observer().JobsChanged(id_);
+  observer_.JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::MoveJob(JobId job, bool up) {
-  const ListLock lock(*this);
+bool JobList::MoveJob(JobId job, bool up) {
+  const Access access(*this);
   const JobFile* const found = Find(job);
   if (found == nullptr || found->status != JobStatus::kQueued) return false;
   const std::size_t place = PlaceOf(*found);
@@ -198,20 +157,20 @@ bool JobGroup::MoveJob(JobId job, bool up) {
   const std::size_t other = up ? place - 1 : place + 1;
   if (up && jobs_[other]->status != JobStatus::kQueued) return false;
   std::swap(jobs_[place], jobs_[other]);
-  manager_.Observer().JobsChanged(id_);
+  observer_.JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) {
-  const ListLock lock(*this);
+bool JobList::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) {
+  const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr || found->status == JobStatus::kRunning || !change(*found)) return false;
-  manager_.Observer().JobsChanged(id_);
+  observer_.JobsChanged(id_);
   return true;
 }
 
-bool JobGroup::SetJobStatus(JobId job, JobStatus status) {
-  const ListLock lock(*this);
+bool JobList::SetJobStatus(JobId job, JobStatus status) {
+  const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
   if (found->status == JobStatus::kRunning) return false;
@@ -220,8 +179,8 @@ bool JobGroup::SetJobStatus(JobId job, JobStatus status) {
   return true;
 }
 
-bool JobGroup::Resubmit(JobId job) {
-  const ListLock lock(*this);
+bool JobList::Resubmit(JobId job) {
+  const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
   if (!HasEnded(found->status)) return false;
@@ -230,79 +189,117 @@ bool JobGroup::Resubmit(JobId job) {
   return true;
 }
 
-bool JobGroup::SetMemory(JobId job, std::uint64_t megabytes) {
+bool JobList::SetMemory(JobId job, std::uint64_t megabytes) {
   return ChangeJob(job, WithStages(Setter(&JobFile::memory, megabytes)));
 }
 
-bool JobGroup::SetCpuCount(JobId job, int count) {
+bool JobList::SetCpuCount(JobId job, int count) {
   return ChangeJob(job, WithStages(Setter(&JobFile::ncpu, count)));
 }
 
-bool JobGroup::SetPause(JobId job, int seconds) {
+bool JobList::SetPause(JobId job, int seconds) {
   return ChangeJob(job, WithStages(Setter(&JobFile::pause, seconds)));
 }
 
-bool JobGroup::SetPrecision(JobId job, SolverKind kind) {
+bool JobList::SetPrecision(JobId job, SolverKind kind) {
   if (!RowOfKind(kind).runsDecks) return false;
   return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, kind)));
 }
 
-bool JobGroup::SetUseSFile(JobId job, bool on) {
+bool JobList::SetUseSFile(JobId job, bool on) {
   return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::useSFile, on)));
 }
 
-bool JobGroup::SetDump(JobId job, bool on) {
+bool JobList::SetDump(JobId job, bool on) {
   return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::dump, on)));
 }
 
-bool JobGroup::SetRestartFile(JobId job, const std::string& path) {
+bool JobList::SetRestartFile(JobId job, const std::string& path) {
   return ChangeJob(job, Setter(&JobFile::restartFile, path));
 }
 
-bool JobGroup::SetExtraOptions(JobId job, const std::string& options) {
+bool JobList::SetExtraOptions(JobId job, const std::string& options) {
   return ChangeJob(job, Setter(&JobFile::extraOptions, options));
 }
 
-int JobGroup::JobCount() const {
-  const ListLock lock(*this);
+int JobList::JobCount() const {
+  const Access access(*this);
   return static_cast<int>(jobs_.size());
 }
 
-std::vector<JobId> JobGroup::JobIds() const {
-  const ListLock lock(*this);
+std::vector<JobId> JobList::JobIds() const {
+  const Access access(*this);
   std::vector<JobId> ids;
   ids.reserve(jobs_.size());
   for (const std::shared_ptr<JobFile>& job : jobs_) ids.push_back(job->id);
   return ids;
 }
 
-std::shared_ptr<JobFile> JobGroup::GetJob(JobId job) const {
-  const ListLock lock(*this);
+std::shared_ptr<JobFile> JobList::GetJob(JobId job) const {
+  const Access access(*this);
   const JobFile* const found = Find(job);
   return found == nullptr ? nullptr : jobs_[PlaceOf(*found)];
 }
 
-JobId JobGroup::ActiveJob() const {
-  const ListLock lock(*this);
+JobId JobList::ActiveJob() const {
+  const Access access(*this);
   const JobFile* const active = FirstActive();
   return active == nullptr ? JobId::kNone : active->id;
 }
 
-bool JobGroup::ReadJob(JobId job, const std::function<void(const JobFile&)>& read) const {
-  const ListLock lock(*this);
+bool JobList::ReadJob(JobId job, const std::function<void(const JobFile&)>& read) const {
+  const Access access(*this);
   const JobFile* const found = Find(job);
   if (found != nullptr) read(*found);
   return found != nullptr;
 }
 
-bool JobGroup::ReadActiveJob(const std::function<void(const JobFile&)>& read) const {
-  const ListLock lock(*this);
+bool JobList::ReadActiveJob(const std::function<void(const JobFile&)>& read) const {
+  const Access access(*this);
   const JobFile* const active = FirstActive();
   if (active != nullptr) read(*active);
   return active != nullptr;
 }
 
-void JobGroup::ReadJobs(const std::function<void(const JobFile&)>& read) const {
-  const ListLock lock(*this);
+void JobList::ReadJobs(const std::function<void(const JobFile&)>& read) const {
+  const Access access(*this);
   for (const std::shared_ptr<JobFile>& job : jobs_) read(*job);
+}
+
+std::shared_ptr<JobFile> JobList::TakeQueuedJob(const std::atomic<bool>& stop,
+                                                std::chrono::seconds& pause,
+                                                const std::function<void()>& none) {
+  const Access access(*this);
+  for (const std::shared_ptr<JobFile>& job : jobs_) {
+    if (stop) break;
+    if (job->status != JobStatus::kQueued) continue;
+    pause = std::chrono::seconds(job->pause);
+    SetStatus(*job, JobStatus::kWaiting);
+    if (!stop) return job;
+    SetStatus(*job, JobStatus::kAborted);
+  }
+  none();
+  return nullptr;
+}
+
+bool JobList::BeginRun(JobFile& job) {
+  const Access access(*this);
+  if (Find(job.id) == nullptr) return false;
+  SetStatus(job, JobStatus::kRunning);
+  return true;
+}
+
+void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status) {
+  const Access access(*this);
+  SetStatus(job, stage, status);
+}
+
+void JobList::EndRun(JobFile& job, JobStatus status) {
+  const Access access(*this);
+  if (Find(job.id) != nullptr) SetStatus(job, status);
+}
+
+void JobList::AbortActiveJob() {
+  const Access access(*this);
+  if (JobFile* const active = FirstActive()) SetAbort(*active, true);
 }

@@ -1,8 +1,7 @@
-// The stages of a group's jobs.
+// The stages of the jobs.
 #include <algorithm>
 
-#include "core/JobGroup.h"
-#include "core/JobGroupManager.h"
+#include "core/JobList.h"
 
 namespace {
 
@@ -29,12 +28,12 @@ void KeepFirstStage(JobFile& job, Change change) {
 
 }  // namespace
 
-bool JobGroup::ChangeStages(JobId job, const std::function<bool(JobFile&)>& change) {
+bool JobList::ChangeStages(JobId job, const std::function<bool(JobFile&)>& change) {
   return ChangeJob(
       job, [&](JobFile& found) { return found.status == JobStatus::kQueued && change(found); });
 }
 
-bool JobGroup::AddStage(JobId job, std::shared_ptr<JobFile> stage) {
+bool JobList::AddStage(JobId job, std::shared_ptr<JobFile> stage) {
   return ChangeStages(job, [&](JobFile& found) {
     if (!stage || stage->id == job || dynamic_cast<JobFileDyna*>(&found) == nullptr) return false;
     if (StagePlace(found.stages, stage->id) != found.stages.end()) return false;
@@ -43,7 +42,7 @@ bool JobGroup::AddStage(JobId job, std::shared_ptr<JobFile> stage) {
   });
 }
 
-bool JobGroup::RemoveStage(JobId job, JobId stage) {
+bool JobList::RemoveStage(JobId job, JobId stage) {
   std::shared_ptr<JobFile> removed;  // freed without the lock
   return ChangeStages(job, [&](JobFile& found) {
     const auto place = StagePlace(found.stages, stage);
@@ -54,7 +53,7 @@ bool JobGroup::RemoveStage(JobId job, JobId stage) {
   });
 }
 
-bool JobGroup::MoveStage(JobId job, JobId stage, bool up) {
+bool JobList::MoveStage(JobId job, JobId stage, bool up) {
   return ChangeStages(job, [&](JobFile& found) {
     const auto place = StagePlace(found.stages, stage);
     if (place == found.stages.end()) return false;
@@ -66,7 +65,7 @@ bool JobGroup::MoveStage(JobId job, JobId stage, bool up) {
   });
 }
 
-bool JobGroup::SetFirstStage(JobId job, JobId stage) {
+bool JobList::SetFirstStage(JobId job, JobId stage) {
   return ChangeJob(job, [stage](JobFile& found) {
     const auto place = StagePlace(found.stages, stage);
     if (place == found.stages.end()) return false;
@@ -75,47 +74,46 @@ bool JobGroup::SetFirstStage(JobId job, JobId stage) {
   });
 }
 
-bool JobGroup::ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change) {
+bool JobList::ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change) {
   return ChangeJob(job, [&](JobFile& found) {
     const auto place = StagePlace(found.stages, stage);
     return place != found.stages.end() && change(**place);
   });
 }
 
-bool JobGroup::SetStageStatus(JobId job, JobId stage, JobStatus status) {
-  const ListLock lock(*this);
+JobFile* JobList::FindStage(JobId job, JobId stage) const {
   const JobFile* const found = Find(job);
-  if (found == nullptr) return false;
-  if (found->status == JobStatus::kRunning) return false;
+  if (found == nullptr) return nullptr;
   const auto place = StagePlace(found->stages, stage);
-  if (place == found->stages.end()) return false;
-  ShowStageStatus(*found, **place, status);
+  return place == found->stages.end() ? nullptr : place->get();
+}
+
+bool JobList::SetStageStatus(JobId job, JobId stage, JobStatus status) {
+  const Access access(*this);
+  JobFile* const found = FindStage(job, stage);
+  if (found == nullptr || Find(job)->status == JobStatus::kRunning) return false;
+  SetStatus(*Find(job), *found, status);
   return true;
 }
 
-std::shared_ptr<JobFile> JobGroup::GetStage(JobId job, JobId stage) const {
-  const ListLock lock(*this);
+std::shared_ptr<JobFile> JobList::GetStage(JobId job, JobId stage) const {
+  const Access access(*this);
   const JobFile* const found = Find(job);
   if (found == nullptr) return nullptr;
   const auto place = StagePlace(found->stages, stage);
   return place == found->stages.end() ? nullptr : *place;
 }
 
-bool JobGroup::ReadStage(JobId job, JobId stage,
-                         const std::function<void(const JobFile&)>& read) const {
-  bool found = false;
-  ReadJob(job, [&](const JobFile& owner) {
-    const auto place = StagePlace(owner.stages, stage);
-    found = place != owner.stages.end();
-    if (found) read(**place);
-  });
-  return found;
+bool JobList::ReadStage(JobId job, JobId stage,
+                        const std::function<void(const JobFile&)>& read) const {
+  const Access access(*this);
+  const JobFile* const found = FindStage(job, stage);
+  if (found != nullptr) read(*found);
+  return found != nullptr;
 }
 
 // Nobody is told of a job that was removed meanwhile.
-void JobGroup::ShowStageStatus(const JobFile& job, JobFile& stage, JobStatus status) {
-  const ListLock lock(*this);
+void JobList::SetStatus(const JobFile& job, JobFile& stage, JobStatus status) {
   stage.status = status;
-  if (Find(job.id) != nullptr)
-    manager_.Observer().StageStatusChanged(id_, job.id, stage.id, status);
+  if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job.id, stage.id, status);
 }

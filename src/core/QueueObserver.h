@@ -8,8 +8,9 @@
 #include "jobs/JobStatus.h"
 #include "messages/Message.h"
 
-// Calls come from any thread, some while the job mutex is held: note what changed and return.
-// Groups are named by JobGroup::Id(), which no other group of this process ever had.
+// Calls come from any thread, those about jobs while the list of jobs is locked, in the order of
+// the changes: note what changed and return. Groups are named by JobGroup::Id(), which no other
+// group of this process ever had.
 class QueueObserver {
  public:
   virtual ~QueueObserver() = default;

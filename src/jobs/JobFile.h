@@ -34,8 +34,8 @@ struct JobRunContext {
 // One job. Its group owns it; a running group thread shares it, so that a job that is removed while
 // it runs stays alive until its run has returned.
 //
-// Plain fields are read and written while the group's mutex is held. A driver reads them without
-// it while the status is Running: the group refuses to change the fields of such a job.
+// Plain fields are read and written while the list that has the job is locked. A driver reads them
+// without that while the status is Running: the list refuses to change the fields of such a job.
 class JobFile {
  public:
   explicit JobFile(const Settings& settings);

@@ -1,4 +1,4 @@
-// What is needed of a job to read the files of its run without holding its group's mutex.
+// What is needed of a job to read the files of its run without its list locked.
 #ifndef KR_SOLVERS_JOBOUTPUT_H
 #define KR_SOLVERS_JOBOUTPUT_H
 
@@ -14,7 +14,7 @@ struct JobOutput {
   std::string messageFile;
 };
 
-// With the group's mutex held.
+// With the job's list locked.
 JobOutput OutputOf(const JobFile& job);
 
 #endif

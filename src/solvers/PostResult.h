@@ -17,7 +17,7 @@ struct PostSource {
   std::string deckIdentifier;  // in front of the names of the deck's output files; may be empty
 };
 
-// With the group's mutex held.
+// With the job's list locked.
 PostSource PostSourceOf(const JobFile& job);
 
 // A springback compensation stage: its result is geometry, for another program.
