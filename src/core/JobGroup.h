@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/JobList.h"
 #include "core/RunningThreads.h"
@@ -56,6 +57,9 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   // The group's thread.
   void RunLoop();
   std::optional<JobRunContext> BeginRunOf(JobFile& job);
+  void NoteQueued();
+  std::vector<std::string> FoldersOf(const JobFile& job);
+  void ShowWait(const JobFile& job, const Message& message);
 
   const JobGroupSetup setup_;
   Mutex submitMutex_;

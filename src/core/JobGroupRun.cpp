@@ -35,9 +35,22 @@ bool JobGroup::Submit() {
     return Refuse(Message(MessageId::kGroupRunsAlready));
   }
   stop_ = false;
+  NoteQueued();
   if (StartThread()) return true;
   running_ = false;
   return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
+}
+
+// For the morning after a crash.
+void JobGroup::NoteQueued() {
+  const std::string name = Name();
+  std::vector<std::string> queued;
+  ReadJobs([&](const JobFile& job) {
+    if (job.status == JobStatus::kQueued) queued.push_back(job.jobFile);
+  });
+  for (const std::string& path : queued) {
+    setup_.log.Note(Message(MessageId::kJobSubmitted, path, name));
+  }
 }
 
 bool JobGroup::Refuse(const Message& message) {
@@ -80,11 +93,27 @@ void JobGroup::RunLoop() {
   setup_.observer.GroupRunChanged(Id());
   JobRunSetup run = setup_.run;
   while (const auto job = TakeQueuedJob(stop_, run.pause, [this] { running_ = false; })) {
+    run.folders = [&] { return FoldersOf(*job); };
+    run.waits = [&](const Message& message) { ShowWait(*job, message); };
     run.begin = [&] { return BeginRunOf(*job); };
     run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(*job, stage, status); };
-    EndRun(*job, RunJob(*job, run));
+    const JobStatus status = RunJob(*job, run);
+    setup_.log.Note(Message(MessageId::kJobEnded, job->jobFile, JobStatusWord(status)));
+    EndRun(*job, status);
   }
   setup_.observer.GroupRunChanged(Id());
+}
+
+// None for a job that was removed: it does not run.
+std::vector<std::string> JobGroup::FoldersOf(const JobFile& job) {
+  std::vector<std::string> folders;
+  ReadJob(job.id, [&](const JobFile& waiting) { folders = RunFolders(waiting); });
+  return folders;
+}
+
+void JobGroup::ShowWait(const JobFile& job, const Message& message) {
+  if (!message.Empty()) setup_.log.Report(message);
+  setup_.observer.JobStatusChanged(Id(), job.id, JobStatus::kWaiting);
 }
 
 // Nothing when the job is not to run: it was removed during the pause, or the group stopped.

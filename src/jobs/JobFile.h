@@ -13,12 +13,15 @@
 #include "jobs/JobStatus.h"
 #include "jobs/Settings.h"
 #include "messages/Message.h"
+#include "util/files/FolderSnapshot.h"
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
 
 // Which program runs a job; solvers/SolverKinds.h tells them apart. The numbers are the indices of
 // Settings::solver_path.
 enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
+
+class JobFile;
 
 // What a driver needs to know beyond the job, made for one run.
 struct JobRunContext {
@@ -27,6 +30,8 @@ struct JobRunContext {
   PTWrapperConsole console;
   MessageSink report;  // for the application log
   MessageSink note;    // for what is no fault; may be null
+  // Called when the solver's process has been created; may be null.
+  std::function<void(const JobFile& job)> started;
   // The manager's code of the last run that did not end normally; may be null.
   std::atomic<int>* runErrorCode = nullptr;
 };
@@ -68,6 +73,8 @@ class JobFile {
 
   // For the length of a run, on its thread.
   const JobRunContext* run = nullptr;
+  // What lay in the folder when the solver started: only what it wrote tells how it ended.
+  FolderSnapshot folderBefore;
 
   // The folder that the job runs in: the job file's, or the restart file's when there is no job
   // file. A root keeps its separator.

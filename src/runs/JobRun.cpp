@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "jobs/JobArguments.h"
+#include "runs/FolderUse.h"
 #include "solvers/AbortableWait.h"
 #include "solvers/RunSteps.h"
 #include "solvers/SolverVersion.h"
@@ -62,6 +63,39 @@ class AutoPositionFlag {
  private:
   std::atomic<bool>* const flag_;
 };
+
+Message WaitMessage(const JobFile& job, const FolderHolder& holder) {
+  switch (holder.kind) {
+    case FolderHolder::Kind::kJob:
+      return Message(MessageId::kWaitsForJob, job.jobFile, holder.job);
+    case FolderHolder::Kind::kOtherProgram:
+      return Message(MessageId::kWaitsForProgram, job.jobFile, holder.folder);
+    case FolderHolder::Kind::kSolver:
+      return Message(MessageId::kWaitsForSolver, job.jobFile, holder.processId, holder.job);
+    case FolderHolder::Kind::kNobody:
+      break;
+  }
+  return {};
+}
+
+// False when the job was aborted meanwhile.
+bool WaitForFolders(JobFile& job, const JobRunSetup& setup, FolderUse& use) {
+  constexpr std::chrono::milliseconds kLookAgain{250};
+  Message told;
+  while (!job.abort) {
+    const Message message =
+        WaitMessage(job, use.Take(setup.folders ? setup.folders() : RunFolders(job)));
+    if (!(message == told)) {
+      job.SetRunError(0, message);
+      if (setup.waits) setup.waits(message);
+      told = message;
+    }
+    if (message.Empty()) return true;
+    WaitUnlessAborted(kLookAgain, job.abort);
+  }
+  job.SetRunError(0, {});
+  return false;
+}
 
 class JobRun {
  public:
@@ -178,11 +212,29 @@ class JobRun {
 
 }  // namespace
 
+std::vector<std::string> RunFolders(const JobFile& job) {
+  if (job.stages.empty()) return {job.Folder()};
+  std::vector<std::string> folders;
+  for (std::size_t i = static_cast<std::size_t>(std::max(job.firstStage, 0)); i < job.stages.size();
+       ++i) {
+    folders.push_back(job.stages[i]->Folder());
+  }
+  return folders;
+}
+
 JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   job.SetRunError(0, {});
   job.SetMessageFile({});
   WaitUnlessAborted(setup.pause, job.abort);
-  const std::optional<JobRunContext> context = setup.begin();
+  FolderUse use(job.jobFile);
+  if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;
+  std::optional<JobRunContext> context = setup.begin();
   if (!context || job.abort) return JobStatus::kAborted;
+  context->started = [&](const JobFile& stage) {
+    use.NoteSolver(stage.Folder(), stage.process.ChildId());
+    if (context->note) {
+      context->note(Message(MessageId::kJobStarted, stage.jobFile, stage.process.ChildId()));
+    }
+  };
   return JobRun(job, setup, *context).Run();
 }

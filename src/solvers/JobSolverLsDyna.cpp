@@ -58,13 +58,14 @@ bool JobSolverLsDyna::Start(JobFile& job) {
 }
 
 JobStatus JobSolverLsDyna::Finish(JobFile& job) {
-  const std::string messageFile = FindMessageFile(job);
-  const JobStatus status = JudgeRun(job, messageFile);
-  if (!messageFile.empty() && job.run->settings.no_adapdump) RemoveAdaptDumps(job);
+  const std::vector<std::string> files = CaseMessageFiles(job);
+  const JobStatus status = JudgeRun(job, files);
+  if (!files.empty() && job.run->settings.no_adapdump) RemoveAdaptDumps(job);
   return status;
 }
 
+// A run with cases is at the last of them.
 void JobSolverLsDyna::Poll(JobFile& job) {
-  const std::string file = FindMessageFile(job);
-  if (!file.empty()) job.SetMessageFile(file);
+  const std::vector<std::string> files = CaseMessageFiles(job);
+  if (!files.empty()) job.SetMessageFile(files.back());
 }

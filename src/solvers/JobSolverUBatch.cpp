@@ -31,10 +31,11 @@ bool JobSolverUBatch::Start(JobFile& job) {
 }
 
 JobStatus JobSolverUBatch::Finish(JobFile& job) {
-  return JudgeRun(job, MessageFile(job));
+  const std::string file = MessageFile(job);
+  return JudgeRun(job, file.empty() ? std::vector<std::string>{} : std::vector{file});
 }
 
 void JobSolverUBatch::Poll(JobFile& job) {
   const std::string file = MessageFile(job);
-  if (!file.empty()) job.SetMessageFile(file);
+  if (!file.empty() && !job.folderBefore.HoldsUnchanged(file)) job.SetMessageFile(file);
 }

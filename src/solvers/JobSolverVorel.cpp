@@ -35,7 +35,12 @@ bool JobSolverVorel::Start(JobFile& job) {
 }
 
 JobStatus JobSolverVorel::Finish(JobFile& job) {
+  const std::string path = ResultFile(job);
   InputFile result;
-  if (result.Open(ResultFile(job)) && result.Size() > 0) return JobStatus::kFinished;
-  return NotNormal(job, Message(MessageId::kNoResult, ResultFile(job)));
+  const bool isThere = result.Open(path) && result.Size() > 0;
+  const bool isOld = job.folderBefore.HoldsUnchanged(path);
+  if (isThere && !isOld) return JobStatus::kFinished;
+  const bool isLeft = isThere && !FileDirWrapper::IsSameFile(path, job.jobFile);
+  return NotNormal(
+      job, isLeft ? Message(MessageId::kOldOutput, path) : Message(MessageId::kNoResult, path));
 }

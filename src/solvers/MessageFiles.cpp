@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -43,7 +44,29 @@ bool IsInput(const JobFile& job, const std::string& file) {
                      [&](const std::string& path) { return name == NameOf(path); });
 }
 
-// Files whose name holds `part`, by name.
+// By name, with numbers by their value.
+bool ComesBefore(const std::string& a, const std::string& b) {
+  std::size_t i = 0;
+  std::size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (!IsDigit(a[i]) || !IsDigit(b[j])) {
+      if (a[i] != b[j]) return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
+      ++i, ++j;
+      continue;
+    }
+    i = std::min(a.find_first_not_of('0', i), a.size());
+    j = std::min(b.find_first_not_of('0', j), b.size());
+    const std::size_t iEnd = std::min(a.find_first_not_of("0123456789", i), a.size());
+    const std::size_t jEnd = std::min(b.find_first_not_of("0123456789", j), b.size());
+    if (iEnd - i != jEnd - j) return iEnd - i < jEnd - j;
+    const int order = a.compare(i, iEnd - i, b, j, jEnd - j);
+    if (order != 0) return order < 0;
+    i = iEnd, j = jEnd;
+  }
+  return i == a.size() && j < b.size();
+}
+
+// Files whose name holds `part`, in that order.
 std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part) {
   std::vector<std::string> files;
   std::vector<std::string> folders;
@@ -51,7 +74,7 @@ std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part
   std::erase_if(files, [&](const std::string& file) {
     return !Holds(NameOf(file), part) || IsInput(job, file);
   });
-  std::sort(files.begin(), files.end());
+  std::sort(files.begin(), files.end(), ComesBefore);
   return files;
 }
 
@@ -62,6 +85,12 @@ std::vector<std::string> MessageFiles(const JobFile& job) {
     return (!Holds(name, "mes0") && !Holds(name, "messag")) || Lower(name).ends_with(kKept);
   });
   return files;
+}
+
+// What stands in front of the kind of file: "CASE1." of "CASE1.messag".
+std::string CaseOf(const std::string& file) {
+  const std::string name = NameOf(file);
+  return name.substr(0, std::min(name.find("mes0"), name.find("messag")));
 }
 
 // One line of a message file as words for people: no bytes that are not text, not too long.
@@ -124,22 +153,41 @@ bool Rename(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-void KeepMessageFile(JobFile& job, const std::string& messageFile) {
+// Where it is kept; where it stays when it cannot be renamed.
+std::string KeepMessageFile(JobFile& job, const std::string& messageFile) {
   const std::string kept = messageFile + std::string(kKept);
   const bool isFree = !IsInput(job, kept);
   if (isFree) RemoveOldFile(job, kept, MessageId::kOldMessageFileStays);
   if (!isFree || !Rename(messageFile, kept)) {
     Report(job, Message(MessageId::kMessageFileNotKept, messageFile));
-    return;
+    return messageFile;
   }
-  job.SetMessageFile(kept);
+  return kept;
+}
+
+// Why there is nothing to judge by.
+JobStatus NoMessageFile(JobFile& job) {
+  job.SetMessageFile({});
+  const std::string folder = job.Folder();
+  if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
+    Report(job, Message(MessageId::kFolderNotWritable, folder));
+  const std::vector<std::string> old = MessageFiles(job);
+  Fail(job, RunError::kNoMessageFile,
+       old.empty() ? Message(MessageId::kNoMessageFile, job.jobFile)
+                   : Message(MessageId::kOnlyOldMessageFile, job.jobFile, old.front()));
+  return JobStatus::kAborted;
 }
 
 }  // namespace
 
-std::string FindMessageFile(const JobFile& job) {
-  const std::vector<std::string> files = MessageFiles(job);
-  return files.empty() ? std::string() : files.front();
+std::vector<std::string> CaseMessageFiles(const JobFile& job) {
+  std::vector<std::string> files;
+  std::set<std::string> cases;
+  for (const std::string& file : MessageFiles(job)) {
+    if (job.folderBefore.HoldsUnchanged(file) || !cases.insert(CaseOf(file)).second) continue;
+    files.push_back(file);
+  }
+  return files;
 }
 
 std::string FindMessageFile(const JobFile& job, const std::string& name) {
@@ -181,16 +229,20 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
   return verdict;
 }
 
-JobStatus JudgeRun(JobFile& job, const std::string& messageFile) {
-  job.SetMessageFile(messageFile);
-  if (messageFile.empty()) {
-    const std::string folder = job.Folder();
-    if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
-      Report(job, Message(MessageId::kFolderNotWritable, folder));
-    Fail(job, RunError::kNoMessageFile, Message(MessageId::kNoMessageFile, job.jobFile));
-    return JobStatus::kAborted;
+JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
+  std::string decisive;
+  Message reason;
+  for (const std::string& file : messageFiles) {
+    if (job.folderBefore.HoldsUnchanged(file)) continue;
+    MessageVerdict verdict = ReadVerdict(file);
+    const std::string kept = KeepMessageFile(job, file);
+    const bool isFirstBad = !verdict.normal && reason.Empty();
+    if (decisive.empty() || isFirstBad) decisive = kept;
+    if (!isFirstBad) continue;
+    reason = messageFiles.size() == 1 ? verdict.reason
+                                      : Message(MessageId::kOfFile, NameOf(file), verdict.reason);
   }
-  const MessageVerdict verdict = ReadVerdict(messageFile);
-  KeepMessageFile(job, messageFile);
-  return verdict.normal ? JobStatus::kFinished : NotNormal(job, verdict.reason);
+  if (decisive.empty()) return NoMessageFile(job);
+  job.SetMessageFile(decisive);
+  return reason.Empty() ? JobStatus::kFinished : NotNormal(job, reason);
 }

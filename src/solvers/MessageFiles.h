@@ -3,14 +3,19 @@
 #define KR_SOLVERS_MESSAGEFILES_H
 
 #include <string>
+#include <vector>
 
 #include "jobs/JobFile.h"
 
-// The first message file by name ("mes0000" before "mes0001" before "messag"); empty when there is
-// none. Kept copies (".krb") and files that the user may have made are not message files, whatever
-// they are called: decks, the job's own files, and what is made of their names.
-std::string FindMessageFile(const JobFile& job);
-// The one with this name.
+// The message files that a job's run writes or has written: one for each case of its deck, in the
+// order of their numbers ("CASE2.messag" before "CASE10.messag"), one for a deck without cases. Of
+// the files of a distributed run that of the first rank ("mes0000") stands for all. What lay in the
+// folder before and nobody has written since is none of them, nor are kept copies (".krb") and
+// files that the user may have made, whatever they are called: decks, the job's own files, and what
+// is made of their names.
+std::vector<std::string> CaseMessageFiles(const JobFile& job);
+
+// The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 
 // Before a run. What cannot be removed is reported.
@@ -19,10 +24,11 @@ void RemoveMessageFiles(const JobFile& job);
 // After a run. What cannot be removed is reported.
 void RemoveAdaptDumps(const JobFile& job);
 
-// How the run ended by its message file, Finished or Aborted; renames the file to its name and
-// ".krb", which becomes the job's message file. Leaves code 2 and the reason with the job. An empty
-// path: code 3.
-JobStatus JudgeRun(JobFile& job, const std::string& messageFile);
+// How the run ended by its message files, Finished or Aborted: Finished when all that this run
+// wrote say so. Each is renamed to its name and ".krb"; the first that does not tell of a normal
+// end, else the first, becomes the job's message file. Leaves code 2 and the reason with the job;
+// without a file, or with old ones only, code 3.
+JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles);
 
 // What a message file says about the end of its run.
 struct MessageVerdict {

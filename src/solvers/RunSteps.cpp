@@ -79,8 +79,13 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start) {
   if (!FileDirWrapper::IsFolder(start.folder)) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kFolderNotEntered, start.folder));
   }
-  return job.process.Create(start) ||
-         Fail(job, RunError::kNotStarted, Message(MessageId::kNotStarted, job.process.LastError()));
+  job.folderBefore.Take(start.folder);
+  if (!job.process.Create(start)) {
+    return Fail(job, RunError::kNotStarted,
+                Message(MessageId::kNotStarted, job.process.LastError()));
+  }
+  if (job.run->started) job.run->started(job);
+  return true;
 }
 
 JobStatus NotNormal(JobFile& job, const Message& reason) {

@@ -65,8 +65,9 @@ TEST(MessageTable, EveryMessageHasBothLanguages) {
     const bool hasChinese =
         std::any_of(chinese.begin(), chinese.end(), [](char c) { return c < 0; });
     EXPECT_TRUE(hasChinese) << row.name;
-    if (std::string(row.english) != "%s")
+    if (std::string(row.english) != "%s") {
       EXPECT_TRUE(english.insert(row.english).second) << row.name << " says what another says";
+    }
   }
   EXPECT_GT(english.size(), 100U);
 }

@@ -336,4 +336,41 @@ TEST_F(JobRunVersionTest, AHotFormingJobIsItsOwnOnlyStage) {
   EXPECT_EQ(job->MessageFile(), Beside(*job, "messag.krb"));
 }
 
+TEST_F(JobRunTest, AJobWaitsForTheOneThatRunsInItsFolder) {
+  const auto first = DynaJob(folder_.Write("first.k", Deck("$ standin: run 1.5\n")));
+  const auto second = DynaJob(folder_.Write("second.k", Deck("")));
+  const auto third = DynaJob(folder_.Write("third.k", Deck("")));
+  std::atomic<int> running{0}, most{0}, waiting{0};
+  const auto run = [&](JobFile& job, JobStatus& status) {
+    JobRunSetup setup = setup_;
+    setup.waits = [&](const Message& message) {
+      if (message.Empty()) return;
+      ++waiting;
+      EXPECT_EQ(job.RunMessage(), message);
+      EXPECT_EQ(message.English(), "Job [" + job.jobFile + "] waits for the job [" +
+                                       first->jobFile + "], which runs in the same folder");
+      if (&job == third.get()) job.abort = true;
+    };
+    setup.begin = [&] {
+      const int now = ++running;
+      most = std::max(most.load(), now);
+      return context_;
+    };
+    status = RunJob(job, setup);
+    if (!job.abort) --running;
+  };
+  JobStatus statuses[3] = {};
+  std::thread runner([&] { run(*first, statuses[0]); });
+  for (int i = 0; i < 500 && running == 0; ++i) DateTimeWrapper::SleepMSec(10);
+  run(*third, statuses[2]);
+  run(*second, statuses[1]);
+  runner.join();
+  EXPECT_EQ(statuses[0], JobStatus::kFinished) << first->RunMessage().English();
+  EXPECT_EQ(statuses[1], JobStatus::kFinished) << second->RunMessage().English();
+  EXPECT_EQ(statuses[2], JobStatus::kAborted);
+  EXPECT_TRUE(third->RunMessage().Empty());
+  EXPECT_EQ(most, 1);
+  EXPECT_EQ(waiting, 2);
+}
+
 }  // namespace

@@ -143,7 +143,7 @@ TEST_F(SolverTest, RunsAtOnceKeepTheirFoldersAndVariables) {
 
 TEST_F(SolverTest, FindsTheMessageFile) {
   const auto job = DynaJobWith("");
-  EXPECT_EQ(FindMessageFile(*job), "");
+  EXPECT_EQ(CaseMessageFiles(*job), Lines{});
   for (const char* name : {"messag.krb", "mes.txt", "a.k.console.txt", "mes0000.key", "mes01.K~~",
                            "messag.inc", "xmessag"}) {
     folder_.Write(name, "");
@@ -151,12 +151,17 @@ TEST_F(SolverTest, FindsTheMessageFile) {
   FileDirWrapper::CreateDirTree(folder_ / "mes0000");
   job->includes = {"sub/messag.inc"};
   job->restartFile = folder_ / "xmessag";
-  EXPECT_EQ(FindMessageFile(*job), "");
+  EXPECT_EQ(CaseMessageFiles(*job), Lines{});
   folder_.Write("messag", "");
-  EXPECT_EQ(FindMessageFile(*job), folder_ / "messag");
+  EXPECT_EQ(CaseMessageFiles(*job), Lines{folder_ / "messag"});
   folder_.Write("mes0002", "");
   folder_.Write("mes0001", "");
-  EXPECT_EQ(FindMessageFile(*job), folder_ / "mes0001");
+  EXPECT_EQ(CaseMessageFiles(*job), Lines{folder_ / "mes0001"});
+  for (const char* name : {"CASE10.messag", "CASE2.mes0000", "CASE2.mes0001"}) {
+    folder_.Write(name, "");
+  }
+  EXPECT_EQ(CaseMessageFiles(*job),
+            (Lines{folder_ / "CASE2.mes0000", folder_ / "CASE10.messag", folder_ / "mes0001"}));
 }
 
 TEST_F(SolverTest, NoMessageFileTakesTheDecksPlace) {

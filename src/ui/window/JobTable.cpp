@@ -87,7 +87,8 @@ JobTable::Row JobTable::ReadRow(int index) const {
     row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
     row.statusValue = job.status;
     row.status = texts_.Say(JobStatusWord(job.status));
-    if (job.status == JobStatus::kAborted) row.reason = texts_.Say(job.RunMessage());
+    if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
+      row.reason = texts_.Say(job.RunMessage());
     row.multiStage = !job.stages.empty();
     row.other = job.extraOptions;
     row.solver = RowOfKind(job.GetSolverType()).name;

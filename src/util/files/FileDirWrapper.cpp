@@ -94,6 +94,12 @@ bool FileDirWrapper::IsSameFile(const std::string& path, const std::string& othe
          file_system::IdOf(file_system::ForSystem(other), otherId) && id == otherId;
 }
 
+std::string FileDirWrapper::IdentityOf(const std::string& path) {
+  file_system::FileId id;
+  if (path.empty() || !file_system::IdOf(file_system::ForSystem(path), id)) return {};
+  return std::to_string(id.first) + ":" + std::to_string(id.second);
+}
+
 bool FileDirWrapper::FileNameOf(const std::string& path, std::string& name, bool withExtension) {
   const std::string whole = path;  // `name` may be the same object
   name.clear();

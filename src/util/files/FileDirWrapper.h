@@ -65,6 +65,9 @@ class FileDirWrapper {
   static bool IsFolder(const std::string& path);
   // True when both paths lead to one file or folder that exists.
   static bool IsSameFile(const std::string& path, const std::string& other);
+  // Text that is the same for all paths that lead to one file or folder, links and short names
+  // included, and for no other of this machine. Empty when it does not exist.
+  static std::string IdentityOf(const std::string& path);
   // When the file was last written, to be compared only: in the finest unit that the system keeps.
   // 0 when it cannot be looked at.
   static std::int64_t WriteTime(const std::string& path);

@@ -10,6 +10,7 @@ FileLock::Result FileLock::Take(const std::string& path, long milliseconds) {
   constexpr unsigned kShortestMs = 1;
   constexpr unsigned kLongestMs = 16;
   Release();
+  path_ = path;
   const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
   for (unsigned pause = kShortestMs;; pause = std::min(pause * 2, kLongestMs)) {
     const Result result = TakeNow(path);

@@ -6,7 +6,8 @@
 #include <string>
 
 // Holds a file that at most one object, of this or another process, holds at a time. The file is
-// empty and means nothing by being there; it may be left over. One thread at a time.
+// empty and means nothing by being there: it goes with the lock, but a holder that is killed leaves
+// it. One thread at a time.
 class FileLock {
  public:
   enum class Result {
@@ -31,6 +32,7 @@ class FileLock {
   Result TakeNow(const std::string& path);
 
   void* handle_ = nullptr;
+  std::string path_;
 };
 
 #endif

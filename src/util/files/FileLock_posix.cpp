@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -33,6 +34,8 @@ FileLock::Result FileLock::TakeNow(const std::string& path) {
   if (!SetLock(file.get(), F_WRLCK)) {
     return errno == EAGAIN || errno == EACCES ? Result::kBusy : Result::kFailed;
   }
+  // A holder that let go between the opening and the lock has taken the file away.
+  if (fstat(file.get(), &info) != 0 || info.st_nlink == 0) return Result::kBusy;
   handle_ = reinterpret_cast<void*>(static_cast<std::intptr_t>(file.Detach()) + 1);
   return Result::kTaken;
 }
@@ -42,6 +45,12 @@ FileLock::Result FileLock::TakeNow(const std::string& path) {
 void FileLock::Release() {
   if (handle_ == nullptr) return;
   const UniqueFd file(FileOf(handle_));
+  struct stat mine {
+  }, there{};
+  if (fstat(file.get(), &mine) == 0 && lstat(path_.c_str(), &there) == 0 &&
+      mine.st_ino == there.st_ino && mine.st_dev == there.st_dev) {
+    unlink(path_.c_str());
+  }
   SetLock(file.get(), F_UNLCK);
   handle_ = nullptr;
 }

@@ -29,6 +29,14 @@ std::string ForSystem(const std::string& path);
 std::vector<Entry> ReadFolder(const std::string& folder);
 bool IdOf(const std::string& path, FileId& id);
 
+struct FileState {
+  FileId id;
+  std::uint64_t size = 0;    // bytes
+  std::int64_t written = 0;  // in the finest unit that the system keeps
+};
+// Links are followed. Also of a file that somebody has open for himself alone.
+bool StateOf(const std::string& path, FileState& state);
+
 // One level. True also when another process was faster.
 bool MakeFolder(const std::string& path);
 

@@ -47,9 +47,19 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
 }
 
 bool IdOf(const std::string& path, FileId& id) {
+  FileState state;
+  if (!StateOf(path, state)) return false;
+  id = state.id;
+  return true;
+}
+
+bool StateOf(const std::string& path, FileState& state) {
+  constexpr std::int64_t kNanoseconds = 1000000000;
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) return false;
-  id = {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
+  state.id = {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
+  state.size = static_cast<std::uint64_t>(info.st_size);
+  state.written = std::int64_t{info.st_mtim.tv_sec} * kNanoseconds + info.st_mtim.tv_nsec;
   return true;
 }
 

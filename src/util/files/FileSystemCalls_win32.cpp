@@ -46,6 +46,13 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
 }
 
 bool IdOf(const std::string& path, FileId& id) {
+  FileState state;
+  if (!StateOf(path, state)) return false;
+  id = state.id;
+  return true;
+}
+
+bool StateOf(const std::string& path, FileState& state) {
   const HANDLE file =
       CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
@@ -53,7 +60,12 @@ bool IdOf(const std::string& path, FileId& id) {
   BY_HANDLE_FILE_INFORMATION info{};
   const bool ok = GetFileInformationByHandle(file, &info);
   CloseHandle(file);
-  id = {info.dwVolumeSerialNumber, (std::uint64_t{info.nFileIndexHigh} << 32) | info.nFileIndexLow};
+  const FILETIME& time = info.ftLastWriteTime;
+  state.id = {info.dwVolumeSerialNumber,
+              (std::uint64_t{info.nFileIndexHigh} << 32) | info.nFileIndexLow};
+  state.size = (std::uint64_t{info.nFileSizeHigh} << 32) | info.nFileSizeLow;
+  state.written =
+      static_cast<std::int64_t>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
   return ok;
 }
 

@@ -1,0 +1,58 @@
+// One solver at a time in a folder: solvers there would remove and judge each other's files.
+#ifndef KR_RUNS_FOLDERUSE_H
+#define KR_RUNS_FOLDERUSE_H
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+class FileLock;
+
+// Who is in the way.
+struct FolderHolder {
+  enum class Kind {
+    kNobody,
+    kJob,           // of this program
+    kOtherProgram,  // a Kestrun of another user, or one on another machine
+    kSolver         // a solver that outlived the Kestrun that started it
+  };
+  Kind kind = Kind::kNobody;
+  std::string folder;
+  std::string job;             // its deck; empty when it is not known
+  std::int32_t processId = 0;  // of a solver
+};
+
+// The folders in which one job runs, held to the end of its run. Folders are told apart by
+// identity, so that links and short names lead to the same one. Within this program a list holds
+// them; against others a lock file in the folder, which a crash leaves harmless, and beside it a
+// text that names the solver process that runs there. A folder in which no file can be made is held
+// within this program only.
+//
+// Used by the run's thread.
+class FolderUse {
+ public:
+  // `job` is what others are told of the holder: the path of its deck.
+  explicit FolderUse(std::string job);
+  ~FolderUse();
+  FolderUse(const FolderUse&) = delete;
+  FolderUse& operator=(const FolderUse&) = delete;
+
+  // Takes all of the folders or none; holds nothing before. kNobody when they are taken. Folders
+  // that do not exist count as taken.
+  FolderHolder Take(const std::vector<std::string>& folders);
+  void Release();
+
+  // A solver has been started in one of the folders.
+  void NoteSolver(const std::string& folder, std::int32_t processId);
+
+ private:
+  struct Held;
+  FolderHolder TakeOne(const std::string& folder);
+
+  const std::string job_;
+  std::map<std::string, std::unique_ptr<Held>> held_;  // by identity
+};
+
+#endif
