@@ -13,7 +13,7 @@
 
 #include "core/Application.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/QueueNotes.h"
 

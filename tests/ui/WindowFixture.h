@@ -16,7 +16,7 @@
 #include "core/CoreFixture.h"
 #include "ui/fltk/Theme.h"
 #include "ui/Screen.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/QueueNotes.h"
 

@@ -12,7 +12,7 @@
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/InterfaceTexts.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/dialogs/StageTable.h"
 #include "ui/fltk/ChoiceEntries.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 class Fl_Box;
 class Fl_Button;

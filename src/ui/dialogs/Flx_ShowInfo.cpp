@@ -16,7 +16,7 @@
 #include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 #include "util/signals/Mutex.h"
 
 namespace {

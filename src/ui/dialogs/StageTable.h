@@ -9,7 +9,7 @@
 
 #include "core/JobGroup.h"
 #include "ui/fltk/Flx_Table.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // Its rows are the stages that it was told of last; what they show is read when they are drawn.
 // Stages before the first one to run are drawn pale. Interface thread.

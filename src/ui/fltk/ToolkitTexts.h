@@ -2,7 +2,7 @@
 #ifndef KR_UI_FLTK_TOOLKITTEXTS_H
 #define KR_UI_FLTK_TOOLKITTEXTS_H
 
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // Gives the toolkit the texts of the table, which stays as it is as long as windows are open.
 // A table without texts leaves the toolkit its own.

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // On Windows the system's viewer, else a window of our own. It stays open beside the program's
 // windows and outlives this object. Interface thread.

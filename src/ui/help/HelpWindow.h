@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "ui/help/HelpBook.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // Contents at the left, the page at the right; at most one such window. Deletes itself when it is
 // closed; the next one has its size. Linux only. Interface thread.

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string>
 
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // A window that stays beside the main window, reads only, and follows the file while it grows. Of a
 // big file it shows the end. Deletes itself when it is closed. Interface thread.

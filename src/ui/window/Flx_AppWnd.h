@@ -15,7 +15,7 @@
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/ToolButton.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 #include "ui/window/Actions.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"

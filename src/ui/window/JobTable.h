@@ -9,7 +9,7 @@
 
 #include "core/JobGroup.h"
 #include "ui/fltk/Flx_Table.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // Its rows are the jobs that the group had when the table looked last; what they show is read when
 // they are drawn. The current job stays current wherever it moves. Interface thread.

@@ -16,7 +16,7 @@
 #include "ui/fltk/ChoiceEntries.h"
 #include "ui/fltk/Field.h"
 #include "ui/fltk/ToolButton.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 // Shows and edits the current job; without one, the defaults of new jobs. The solver path and the
 // automatic memory are always settings. What is edited is stored at once. Interface thread.

@@ -6,7 +6,7 @@
 #include "ui/fltk/Icons.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/ToolkitTexts.h"
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 #include "ui/window/AutoRun.h"
 #include "ui/window/EndRequests.h"
 #include "ui/window/Flx_AppWnd.h"

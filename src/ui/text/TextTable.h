@@ -1,6 +1,6 @@
 // The texts of the main window by key.
-#ifndef KR_UI_TEXT_LANGUAGE_H
-#define KR_UI_TEXT_LANGUAGE_H
+#ifndef KR_UI_TEXT_TEXTTABLE_H
+#define KR_UI_TEXT_TEXTTABLE_H
 
 #include <map>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "ui/text/Language.h"
+#include "ui/text/TextTable.h"
 
 #include "ui/text/Encoding.h"
 #include "ui/text/InterfaceTexts.h"
