@@ -53,17 +53,6 @@ constexpr LineTexts kChinese[] = {
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
-    {"lab_ms_file", "File", "文件"},
-    {"lab_ms_type", "Type", "类型"},
-    {"lab_ms_solv", "Solver", "求解器"},
-    {"lab_ms_memory", "Memory", "内存"},
-    {"lab_ms_stat", "Status", "状态"},
-    {"lab_ms_msg", "Message", "消息"},
-    {"lab_ms_result", "Summary", "摘要"},
-    {"lab_ms_view", "View...", "查看..."},
-    {"tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件"},
-    {"tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息"},
-    {"skipped", "Skipped: the run begins with a later stage.", "已跳过：从后面的工步开始运行。"},
     {"only_queued", "Stages can be changed while the job is Queued.",
      "仅在任务排队时可以更改各工步。"},
     {"gone", "The job has been removed.", "任务已被删除。"},
@@ -80,6 +69,7 @@ Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject 
     : Flx_Base_Dialog(parent, language), subject_(std::move(subject)) {
   SetLayouts(kLayout, kChinese);
   SetTexts(kTexts);
+  SetTexts(StageTable::kTexts);
 }
 
 Flx_MultipleStages::~Flx_MultipleStages() {
@@ -117,21 +107,11 @@ bool Flx_MultipleStages::Initialise() {
 
 // The table takes the place of the layout's group.
 void Flx_MultipleStages::MakeTable() {
-  StageTable::Texts texts;
-  const char* const keys[StageTable::kColumns] = {"lab_ms_file",   "lab_ms_type", "lab_ms_solv",
-                                                  "lab_ms_memory", "lab_ms_stat", "lab_ms_msg",
-                                                  "lab_ms_result"};
-  for (int column = 0; column < StageTable::kColumns; ++column)
-    texts.heads[column] = Shown(keys[column]);
-  texts.view = Shown("lab_ms_view");
-  texts.messageTip = Shown("tip_ms_view_job");
-  texts.summaryTip = Shown("tip_ms_view_info");
-  texts.skipped = Shown("skipped");
-  texts.reason = subject_.texts.Get("ui_code");
   Fl_Group* place = Find(kTable);
   place->hide();
-  table_ = new StageTable(place->x(), place->y(), place->w(), place->h(), subject_.group,
-                          subject_.job, texts, subject_.texts);
+  table_ = new StageTable(
+      place->x(), place->y(), place->w(), place->h(), subject_.group, subject_.job,
+      [this](const std::string& key) { return Shown(key); }, subject_.texts);
   Window()->add(table_);
   table_->OnSelect = [this] { Update(); };
   table_->OnCell = [this](int row, int column) {

@@ -3,6 +3,7 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
+#include <iterator>
 
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
@@ -11,6 +12,41 @@
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
+namespace {
+
+constexpr DialogText kStageTexts[] = {
+    {"lab_ms_file", "File", "文件"},
+    {"lab_ms_type", "Type", "类型"},
+    {"lab_ms_solv", "Solver", "求解器"},
+    {"lab_ms_memory", "Memory", "内存"},
+    {"lab_ms_stat", "Status", "状态"},
+    {"lab_ms_msg", "Message", "消息"},
+    {"lab_ms_result", "Summary", "摘要"},
+    {"lab_ms_view", "View...", "查看..."},
+    {"tip_ms_view_job", "View the message file of this stage", "查看此工步的消息文件"},
+    {"tip_ms_view_info", "View the information about this stage", "查看此工步的任务信息"},
+    {"skipped", "Skipped: the run begins with a later stage.", "已跳过：从后面的工步开始运行。"},
+};
+
+struct Shape {
+  const char* title;
+  int width;
+  int share;  // of what is left over
+};
+
+// In the order of Column.
+constexpr Shape kShapes[] = {
+    {"lab_ms_file", 180, 3},  {"lab_ms_type", 120, 2}, {"lab_ms_solv", 96, 0},
+    {"lab_ms_memory", 70, 0}, {"lab_ms_stat", 96, 0},  {"lab_ms_msg", 76, 0},
+    {"lab_ms_result", 76, 0},
+};
+static_assert(std::size(kShapes) == StageTable::kColumns);
+constexpr int kLeastWidth = 70;
+
+}  // namespace
+
+const std::span<const DialogText> StageTable::kTexts = kStageTexts;
+
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job,
                        Texts texts, const TextTable& words)
     : Flx_Table(x, y, w, h),
@@ -18,10 +54,8 @@ StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> gro
       job_(job),
       texts_(std::move(texts)),
       words_(words) {
-  const int widths[kColumns] = {180, 120, 96, 70, 96, 76, 76};
-  const int shares[kColumns] = {3, 2, 0, 0, 0, 0, 0};
-  for (int column = 0; column < kColumns; ++column)
-    AddColumn({texts_.heads[column], widths[column], 70, shares[column]});
+  for (const Shape& shape : kShapes)
+    AddColumn({texts_(shape.title), shape.width, kLeastWidth, shape.share});
 }
 
 JobId StageTable::StageAt(int row) const {
@@ -57,7 +91,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   row.cells[kSolver] = RowOfKind(stage.GetSolverType()).name;
   row.cells[kMemory] = stage.memory ? std::to_string(stage.memory) : CellDrawing::kNothing;
   row.cells[kStatus] = words_.Say(JobStatusWord(stage.status));
-  row.cells[kMessage] = row.cells[kSummary] = texts_.view;
+  row.cells[kMessage] = row.cells[kSummary] = texts_("lab_ms_view");
   return row;
 }
 
@@ -111,25 +145,19 @@ std::string StageTable::CellTip(int index, int column) {
   const Row row = ReadRow(index);
   switch (column) {
     case kFile:
-      return row.skipped ? row.path + "\n" + texts_.skipped : row.path;
-    case kStatus: {
-      if (row.reason.empty()) return row.skipped ? texts_.skipped : std::string();
-      std::string tip = texts_.reason;
-      const std::size_t place = tip.find("%s");
-      return place == std::string::npos ? row.reason : tip.replace(place, 2, row.reason);
-    }
+      return row.skipped ? row.path + "\n" + texts_("skipped") : row.path;
+    case kStatus:
+      if (!row.reason.empty()) return words_.Format("ui_code", row.reason);
+      return row.skipped ? texts_("skipped") : std::string();
     case kMessage:
-      return texts_.messageTip;
+      return texts_("tip_ms_view_job");
     case kSummary:
-      return texts_.summaryTip;
+      return texts_("tip_ms_view_info");
     default:
       return {};
   }
 }
 
-int StageTable::NeededWidth(int column) {
-  int needed = 0;
-  for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
-    needed = std::max(needed, CellDrawing::Width(ReadRow(index).cells[column]));
-  return std::max(needed + (column == kStatus ? CellDrawing::kIconSize : 0), 60);
+int StageTable::IconWidth(int column) const {
+  return column == kStatus ? CellDrawing::kIconSize : 0;
 }

@@ -4,10 +4,12 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "core/JobGroup.h"
+#include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
 
@@ -17,17 +19,12 @@ class StageTable : public Flx_Table {
  public:
   enum Column { kFile, kType, kSolver, kMemory, kStatus, kMessage, kSummary, kColumns };
 
-  // Ready to be drawn.
-  struct Texts {
-    std::string heads[kColumns];
-    std::string view;
-    std::string messageTip, summaryTip;
-    std::string skipped;  // tip of a stage that does not run
-    std::string reason;   // "%s" is why a stage was aborted
-  };
+  // What it says; the dialog that holds it sets these texts.
+  static const std::span<const DialogText> kTexts;
+  // Gives one of them by its key, in UTF-8.
+  using Texts = std::function<std::string(const std::string& key)>;
 
-  // `words` translates what the core says and
-  // outlives the table.
+  // `words` has the texts of the main window and outlives the table.
   StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job, Texts texts,
              const TextTable& words);
 
@@ -45,7 +42,8 @@ class StageTable : public Flx_Table {
   bool IsButton(int row, int column) override;
   std::string CellTip(int row, int column) override;
   bool EscapeDeselects() const override { return false; }
-  int NeededWidth(int column) override;
+  std::string CellText(int row, int column) override { return ReadRow(row).cells[column]; }
+  int IconWidth(int column) const override;
 
  private:
   struct Row {

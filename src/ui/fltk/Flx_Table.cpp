@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Flx_TableRows.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
@@ -13,7 +14,8 @@
 namespace {
 
 constexpr int kFrame = 1;
-constexpr int kNarrowest = 28;  // pixels that a dragged column keeps
+constexpr int kNarrowest = 28;     // pixels that a dragged column keeps
+constexpr int kNarrowestFit = 60;  // that one keeps which is fitted to its texts
 
 // Hands `missing` pixels (negative: to give up) to the columns by their shares. Columns that would
 // become narrower than they may be stay at that width and the others give more.
@@ -223,9 +225,13 @@ void Flx_Table::EndColumnResize() {
   LayOut();
 }
 
+// To the rows that can be seen.
 void Flx_Table::FitColumn(int column) {
+  int needed = 0;
+  for (int row = FirstVisibleRow(); row < LastVisibleRow(); ++row)
+    needed = std::max(needed, CellDrawing::Width(CellText(row, column)));
   BeginColumnResize(column);
-  ResizeColumn(NeededWidth(column) - widthAtPush_);
+  ResizeColumn(std::max(needed + IconWidth(column), kNarrowestFit) - widthAtPush_);
   EndColumnResize();
 }
 

@@ -68,8 +68,10 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   virtual std::string CellTip(int row, int column) = 0;
   // Whether Escape selects no row; else the window has it.
   virtual bool EscapeDeselects() const { return true; }
-  // Pixels that the column's texts need, of the rows that can be seen.
-  virtual int NeededWidth(int column) = 0;
+  // What a cell says now.
+  virtual std::string CellText(int row, int column) = 0;
+  // Pixels that a column needs beside its texts, for an icon or a box.
+  virtual int IconWidth(int) const { return 0; }
 
   // The rows that can be seen, at least partly: first to last (not included).
   int FirstVisibleRow() const;

@@ -1,4 +1,5 @@
-// Every text of the main window, in both languages.
+// Every text of the main window and of the windows beside it, in both languages. The dialogs have
+// their own.
 #include "ui/text/InterfaceTexts.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The rows of the language tables, in UTF-8. Included by the tables only.
+// The rows of the table of texts, in UTF-8. Included by the table only.
 #ifndef KR_UI_TEXT_INTERFACETEXTS_H
 #define KR_UI_TEXT_INTERFACETEXTS_H
 

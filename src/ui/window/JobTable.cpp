@@ -3,6 +3,7 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
+#include <iterator>
 
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
@@ -21,24 +22,28 @@ bool CanViewMessage(JobStatus status) {
   return status == JobStatus::kRunning || HasEnded(status);
 }
 
+struct Shape {
+  const char* title;
+  int width, least;
+  int share;  // of what a window has more or less than the widths
+};
+
+// In the order of Column.
+constexpr Shape kShapes[] = {
+    {"lab_job_name", 160, 90, 3},  {"lab_in_folder", 192, 90, 5}, {"lab_solv", 110, 110, 0},
+    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 92, 92, 0},
+    {"lab_messag", 70, 70, 0},     {"lab_result", 76, 76, 0},     {"lab_iforce", 64, 64, 0},
+    {"lab_other_para", 98, 92, 3},
+};
+static_assert(std::size(kShapes) == JobTable::kColumns);
+
 }  // namespace
 
 JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
                    const TextTable& texts)
     : Flx_Table(x, y, w, h), group_(std::move(group)), texts_(texts) {
-  struct Shape {
-    const char* key;
-    int least, share;  // width, and share of what is left over
-  };
-  const Shape shapes[kColumns] = {{"lab_job_name", 90, 3}, {"lab_in_folder", 90, 5},
-                                  {"lab_solv", 110, 0},    {"lab_mstage", 68, 0},
-                                  {"lab_memory", 66, 0},   {"lab_status", 92, 0},
-                                  {"lab_messag", 70, 0},   {"lab_result", 76, 0},
-                                  {"lab_iforce", 64, 0},   {"lab_other_para", 92, 3}};
-  for (int column = 0; column < kColumns; ++column) {
-    const Shape& shape = shapes[column];
-    AddColumn({texts.Get(shape.key), Layout::kColumnWidths[column], shape.least, shape.share});
-  }
+  for (const Shape& shape : kShapes)
+    AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share});
   JobsChanged();
 }
 
@@ -78,32 +83,36 @@ int JobTable::RowCount() const {
   return static_cast<int>(jobs_.size());
 }
 
+JobTable::Row JobTable::MakeRow(const JobFile& job) const {
+  const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
+  Row row;
+  row.status = job.status;
+  if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
+    row.reason = texts_.Say(job.RunMessage());
+  row.multiStage = !job.stages.empty();
+  row.dyna = dyna != nullptr;
+  row.force = dyna && dyna->useSFile;
+  const std::string& path = job.jobFile.empty() ? job.restartFile : job.jobFile;
+  row.path = ToUi(path);
+  std::string name;
+  FileDirWrapper::FileNameOf(path, name, true);
+  row.cells[kName] = ToUi(name);
+  row.cells[kFolder] = ToUi(job.Folder());
+  row.cells[kSolver] = RowOfKind(job.GetSolverType()).name;
+  row.cells[kStages] = texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
+  row.cells[kMemory] = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
+  row.cells[kStatus] = texts_.Say(JobStatusWord(job.status));
+  row.cells[kMessage] = row.cells[kSummary] = texts_.Get("lab_view");
+  row.cells[kForce] =
+      row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
+  row.cells[kOther] = ToUi(job.extraOptions);
+  return row;
+}
+
 // Empty for a job that has been removed meanwhile.
 JobTable::Row JobTable::ReadRow(int index) const {
   Row row;
-  const auto read = [&](const JobFile& job) {
-    row.path = job.jobFile.empty() ? job.restartFile : job.jobFile;
-    row.folder = job.Folder();
-    row.memory = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
-    row.statusValue = job.status;
-    row.status = texts_.Say(JobStatusWord(job.status));
-    if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
-      row.reason = texts_.Say(job.RunMessage());
-    row.multiStage = !job.stages.empty();
-    row.other = job.extraOptions;
-    row.solver = RowOfKind(job.GetSolverType()).name;
-    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) {
-      row.dyna = true;
-      row.force = dyna->useSFile;
-    }
-  };
-  if (!group_->ReadJob(JobAt(index), read)) return row;
-  std::string name;
-  FileDirWrapper::FileNameOf(row.path, name, true);
-  row.name = ToUi(name);
-  row.path = ToUi(row.path);
-  row.folder = ToUi(row.folder);
-  row.other = ToUi(row.other);
+  group_->ReadJob(JobAt(index), [&](const JobFile& job) { row = MakeRow(job); });
   return row;
 }
 
@@ -113,33 +122,9 @@ void JobTable::PrepareRows(int first, int last) {
   for (int index = first; index < last; ++index) shown_.push_back(ReadRow(index));
 }
 
-const std::string& JobTable::CellText(const Row& row, int column) const {
-  switch (column) {
-    case kName:
-      return row.name;
-    case kFolder:
-      return row.folder;
-    case kSolver:
-      return row.solver;
-    case kStages:
-      return texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
-    case kMemory:
-      return row.memory;
-    case kStatus:
-      return row.status;
-    case kMessage:
-    case kSummary:
-      return texts_.Get("lab_view");
-    case kForce:
-      return row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
-    default:
-      return row.other;
-  }
-}
-
 void JobTable::DrawCell(const Cell& cell) {
   const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
-  const std::string& text = CellText(row, cell.column);
+  const std::string& text = row.cells[cell.column];
   const CellArea area = {cell.x, cell.y, cell.w, cell.h};
   CellDrawing::UseFont();
   fl_color(Theme::kText);
@@ -157,14 +142,13 @@ void JobTable::DrawCell(const Cell& cell) {
       }
       break;
     case kStatus:
-      DrawStatus(area, row.statusValue, text);
+      DrawStatus(area, row.status, text);
       break;
     case kMessage:
-      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.statusValue),
-                        cell.hovered);
+      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.status), cell.hovered);
       break;
     case kSummary:
-      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.statusValue), cell.hovered);
+      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.status), cell.hovered);
       break;
     case kForce:
       DrawCheck(cell, row);
@@ -177,10 +161,10 @@ void JobTable::DrawCell(const Cell& cell) {
 void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   if (!row.dyna) {
     fl_color(Theme::kDisabledText);
-    CellDrawing::Words({cell.x, cell.y, cell.w, cell.h}, CellText(row, kForce));
+    CellDrawing::Words({cell.x, cell.y, cell.w, cell.h}, row.cells[kForce]);
     return;
   }
-  const bool enabled = row.statusValue != JobStatus::kRunning;
+  const bool enabled = row.status != JobStatus::kRunning;
   const int x = cell.x + CellDrawing::kPadding;
   const int y = cell.y + (cell.h - kCheckSize) / 2;
   const Fl_Color on = enabled ? Theme::kAccent : Theme::kDisabledText;
@@ -195,7 +179,7 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
   }
   fl_color(enabled ? Theme::kText : Theme::kDisabledText);
   constexpr int kIndent = kCheckSize + 5;
-  CellDrawing::Words({cell.x + kIndent, cell.y, cell.w - kIndent, cell.h}, CellText(row, kForce));
+  CellDrawing::Words({cell.x + kIndent, cell.y, cell.w - kIndent, cell.h}, row.cells[kForce]);
 }
 
 void JobTable::DrawEmpty(int x, int y, int w, int h) {
@@ -235,17 +219,12 @@ std::string JobTable::CellTip(int index, int column) {
     case kForce:
       return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
     case kOther:
-      return row.other;
+      return row.cells[kOther];
     default:
       return {};
   }
 }
 
-int JobTable::NeededWidth(int column) {
-  int needed = 0;
-  for (int index = FirstVisibleRow(); index < LastVisibleRow(); ++index)
-    needed = std::max(needed, CellDrawing::Width(CellText(ReadRow(index), column)));
-  if (column == kStatus) needed += CellDrawing::kIconSize;
-  if (column == kForce) needed += kCheckSize;
-  return std::max(needed, 60);
+int JobTable::IconWidth(int column) const {
+  return column == kStatus ? CellDrawing::kIconSize : column == kForce ? kCheckSize : 0;
 }

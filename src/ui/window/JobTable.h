@@ -51,20 +51,22 @@ class JobTable : public Flx_Table {
   void DrawEmpty(int x, int y, int w, int h) override;
   bool IsButton(int row, int column) override;
   std::string CellTip(int row, int column) override;
-  int NeededWidth(int column) override;
+  std::string CellText(int row, int column) override { return ReadRow(row).cells[column]; }
+  int IconWidth(int column) const override;
 
  private:
   // What a row shows, in UTF-8.
   struct Row {
-    std::string name, path, folder, solver, memory, status, other, reason;
-    JobStatus statusValue = JobStatus::kQueued;
+    std::string cells[kColumns];
+    std::string path, reason;
+    JobStatus status = JobStatus::kQueued;
     bool multiStage = false;
     bool dyna = false;
     bool force = false;
   };
+  Row MakeRow(const JobFile& job) const;
   Row ReadRow(int row) const;
   int RowOf(JobId job) const;  // -1 when it has none
-  const std::string& CellText(const Row& row, int column) const;
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobGroup> group_;

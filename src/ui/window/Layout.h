@@ -103,16 +103,6 @@ constexpr int TabsY(int windowWidth) {
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight;
 }
-// What the columns of the job table are made for; others share what a window has more or less.
-inline constexpr int kColumnWidths[] = {160, 192, 110, 68, 70, 92, 70, 76, 64, 98};
-// A window in which they have just these widths.
-inline constexpr int kColumnsWindowWidth = 1000 + 2 * kMargin + 2;
-constexpr int ColumnX(int column) {
-  int x = kMargin + 1;
-  for (int before = 0; before < column; ++before) x += kColumnWidths[before];
-  return x;
-}
-static_assert(ColumnX(10) == kColumnsWindowWidth - kMargin - 1);
 inline constexpr int kStatusHeight = 26;
 // The middle of a row of the table, counted from the first visible one.
 constexpr int RowY(int row, int windowWidth) {
