@@ -7,10 +7,12 @@
 #include <FL/fl_draw.H>
 #include <FL/Fl_Tooltip.H>
 #include <FL/x.H>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <tuple>
+#include <utility>
 
 #include "core/CoreFixture.h"
 #include "support/VirtualDisplay_posix.h"
@@ -37,30 +39,34 @@ void GiveFocus(Fl_Window& window) {
 class Talker {
  public:
   explicit Talker(const std::vector<Step>& steps) : steps_(steps) {
-    Fl::add_check(Turn, this);
+    if (pipe(turn_) != 0 || write(turn_[1], "", 1) != 1) throw std::runtime_error("no pipe");
+    Fl::add_fd(turn_[0], FL_READ, Turn, this);  // always has something to read
     Fl::add_timeout(kPatience, GiveUp, this);
   }
   ~Talker() {
-    Fl::remove_check(Turn, this);
+    Fl::remove_fd(turn_[0]);
     Fl::remove_timeout(GiveUp, this);
+    close(turn_[0]);
+    close(turn_[1]);
     EXPECT_EQ(next_, steps_.size()) << "steps for which no window was open";
   }
 
  private:
-  // Once in each turn of an event loop.
-  static void Turn(void* self) {
+  // Once in each turn of an event loop, as an event of the window system would come.
+  static void Turn(int, void* self) {
     auto* talker = static_cast<Talker*>(self);
     Fl_Window* open = Fl::grab() ? Fl::grab() : Fl::modal();
-    if (talker->busy_ || talker->next_ == talker->steps_.size() || !open || !open->shown()) return;
-    talker->busy_ = true;
+    // What a step has opened and waits for is the next one's.
+    if (!open || !open->shown() || open == talker->busy_) return;
+    Fl_Window* before = std::exchange(talker->busy_, open);
     GiveFocus(*open);
     try {
       talker->steps_[talker->next_++](*open);
     } catch (const std::exception& error) {
       ADD_FAILURE() << "step " << talker->next_ << ": " << error.what();
     }
-    talker->busy_ = false;
-    Fl::awake();  // as a real event would: the loop looks at what came of it
+    talker->busy_ = before;
+    if (talker->next_ == talker->steps_.size()) Fl::remove_fd(talker->turn_[0]);
   }
 
   static void GiveUp(void*) {
@@ -71,7 +77,8 @@ class Talker {
 
   const std::vector<Step>& steps_;
   std::size_t next_ = 0;
-  bool busy_ = false;
+  int turn_[2] = {-1, -1};
+  Fl_Window* busy_ = nullptr;  // the window of the step that is at work
 };
 
 std::vector<Fl_Widget*> HeadButtons(Flx_Table& table) {
@@ -92,7 +99,8 @@ Fl_Window& WindowOf(Fl_Widget& widget) {
 
 Place PlaceOf(Fl_Widget& in, const std::string& text) {
   for (const Drawn& drawn : Drawing(WindowOf(in)).In(in)) {
-    if (drawn.text == text) return {drawn.x + 1, drawn.y - 1};
+    if (drawn.text.substr(std::min(drawn.text.find_first_not_of(' '), drawn.text.size())) == text)
+      return {drawn.x + 1, drawn.y - 1};
   }
   throw std::runtime_error("not to be seen: " + text);
 }

@@ -4,7 +4,6 @@
 #define KR_TESTS_UI_SCREEN_H
 
 #include <FL/Enumerations.H>
-#include <FL/Fl_Box.H>
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Input.H>
 #include <FL/Fl_Window.H>
@@ -77,10 +76,10 @@ Kind& Find(const Fl_Group& in, const std::string& label = {}) {
   throw std::runtime_error("no such widget: " + label);
 }
 
-// The next one at the right of a label.
+// The next one at the right of a label or of a button with this label.
 template <typename Kind>
 Kind& Beside(const Fl_Group& in, const std::string& label) {
-  const Fl_Box& words = Find<Fl_Box>(in, label);
+  const Fl_Widget& words = Find<Fl_Widget>(in, label);
   Kind* next = nullptr;
   for (Fl_Widget* widget : WidgetsOf(in)) {
     auto* found = dynamic_cast<Kind*>(widget);

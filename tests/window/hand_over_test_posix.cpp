@@ -8,11 +8,11 @@
 #include <sstream>
 #include <string>
 
-#include "window/WindowFixture.h"
+#include "window/ProgramFixture.h"
 
 namespace {
 
-class HandOverByPrograms : public WindowFixture {
+class HandOverByPrograms : public ProgramTest {
  protected:
   static int Number(const char* variable, int otherwise) {
     const char* text = std::getenv(variable);
@@ -24,10 +24,10 @@ class HandOverByPrograms : public WindowFixture {
 TEST_F(HandOverByPrograms, EachJobArrivesOnce) {
   const int copies = Number("KR_HAND_OVER_COPIES", 40);
   const int burst = Number("KR_HAND_OVER_BURST", 20);
-  const std::string gate = desktop_.Deck("gate", "$ standin: run 3600\n");
-  const std::string report = desktop_.Scratch() / "report.txt";
-  const Copy running = desktop_.Start({"--submit", "--report=" + report, gate});
-  ASSERT_TRUE(Desktop::WaitFor([&] { return Began(gate); }, kPoll + kRun));
+  const std::string gate = Deck("gate", "run 3600");
+  const std::string report = scratch_ / "report.txt";
+  const Copy running = StartCopy("--submit --report=" + report + " " + gate);
+  ASSERT_TRUE(WaitFor([&] { return SolverRuns("gate.k"); }));
   std::map<std::string, int> times;
   for (int first = 0; first < copies; first += burst) {
     std::vector<Copy> started;
@@ -35,15 +35,14 @@ TEST_F(HandOverByPrograms, EachJobArrivesOnce) {
       const std::string job = "/job" + std::to_string(i) + ".dat";
       times[job] = 0;
       // As cron has it, or a batch system.
-      const std::vector<std::string> bare = {
-          "env", "-u", "HOME", "-u", "DISPLAY", "-u", "XDG_RUNTIME_DIR", "TMPDIR=/nowhere"};
-      started.push_back(desktop_.Start({job}, i % 2 == 0 ? bare : std::vector<std::string>()));
+      const char* bare = "env -u HOME -u DISPLAY -u XDG_RUNTIME_DIR TMPDIR=/nowhere";
+      started.push_back(StartCopy(job, "home", i % 2 == 0 ? bare : ""));
     }
     for (const Copy& copy : started)
-      EXPECT_EQ(desktop_.WaitExit(copy, 60), 0) << TempFolder::Read(copy.output);
+      EXPECT_EQ(WaitExit(copy, 60), 0) << TempFolder::Read(copy.output);
   }
   kill(running.pid, SIGTERM);
-  EXPECT_EQ(desktop_.WaitExit(running, 30), 4);
+  EXPECT_EQ(WaitExit(running, 30), 4);
   std::istringstream lines(TempFolder::Read(report));
   for (std::string line; std::getline(lines, line);) ++times[line.substr(0, line.find('\t'))];
   EXPECT_EQ(times.size(), static_cast<std::size_t>(copies) + 1);

@@ -27,6 +27,7 @@ Flx_Base_Dialog::~Flx_Base_Dialog() {
   // Widgets that fired last must not wait in the queue for the next dialog.
   while (Fl::readqueue()) {
   }
+  Fl_Group::current(nullptr);  // the last one that was filled goes with the window
 }
 
 void Flx_Base_Dialog::AddWidget(const LayoutLine& line) {

@@ -72,7 +72,11 @@ HostEditor::HostEditor(Fl_Scroll& area, SettingsAndPaths& settings, Texts texts)
 // Deleted later, since one of them may be calling.
 void HostEditor::Clear() {
   std::vector<Fl_Widget*> old(heads_.begin(), heads_.end());
-  for (const Row& row : rows_) old.insert(old.end(), {row.name, row.cpus, row.uses, row.remove});
+  for (const Row& row : rows_) {
+    old.insert(old.end(), {row.name, row.cpus, row.uses, row.remove});
+    // A field that goes while it is edited would store its row once more.
+    for (Fl_Input* input : {row.name, row.cpus}) input->when(FL_WHEN_NEVER);
+  }
   for (Fl_Widget* widget : {static_cast<Fl_Widget*>(add_), static_cast<Fl_Widget*>(note_)}) {
     if (widget) old.push_back(widget);
   }

@@ -1,0 +1,204 @@
+// The whole program as a process on a desktop: what needs a second copy, another user, real drags
+// and keys, signals, or the end of the display. Widgets are reached by keys, windows found by
+// class.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <string>
+
+#include "window/ProgramFixture.h"
+
+namespace {
+
+TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
+  const std::string good = Deck("good", "run 1"), bad = Deck("bad", "fail");
+  const std::string report = scratch_ / "report.txt";
+  const std::string submit = "--submit --report=" + report, quit = " --quit-when-done ";
+  Copy copy = StartCopy(submit + quit + good);
+  EXPECT_EQ(WaitExit(copy, kRun), 0) << TempFolder::Read(copy.output);
+  const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}";
+  std::string text = TempFolder::Read(report);
+  EXPECT_TRUE(
+      std::regex_match(text, std::regex(good + "\tFinished\tLS-DYNA \\(S\\)\t" + KeptMessage(good) +
+                                        "\t" + time + "\t" + time + "\t[1-9]\n")))
+      << text;
+
+  // A second copy has no run of its own.
+  copy = Start(submit + quit + bad + " " + good);
+  EXPECT_EQ(WaitExit(StartCopy(quit + good)), 8);
+  EXPECT_EQ(WaitExit(copy, kRun), 4) << TempFolder::Read(copy.output);
+  text = TempFolder::Read(report);
+  EXPECT_EQ(text.rfind(bad + "\tAborted\tLS-DYNA (S)\t", 0), 0U) << text;
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
+
+  // What is not Finished when the program has to end, and a report that cannot be written.
+  std::filesystem::remove(report);
+  std::filesystem::create_directory(report);
+  copy = StartCopy(submit + " " + Deck("long", "run 60"));
+  ASSERT_TRUE(WaitFor([&] { return SolverRuns("long.k"); }));
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(WaitExit(copy), 4);
+  EXPECT_EQ(TempFolder::Read(copy.output), "Write report file [" + report + "] failed\n");
+  EXPECT_EQ(Groups(), "Group1=\n");
+}
+
+TEST_F(ProgramTest, SecondCopyHandsItsJobOverAndRaisesTheWindow) {
+  const std::string own = Deck("own"), handed = Deck("handed");
+  Start(own);
+  Spawn("xterm -e sleep 60", "xterm.log");
+  const auto active = [&] { return ActiveWindow() == main_; };
+  ASSERT_TRUE(WaitFor([&] { return !active(); }));
+  const Copy second = StartCopy(handed);
+  EXPECT_EQ(WaitExit(second), 0) << TempFolder::Read(second.output);
+  EXPECT_TRUE(WaitFor(active));
+  EXPECT_TRUE(RunUntilAllHaveRun({own, handed}));
+}
+
+TEST_F(ProgramTest, TwoUsersEachHaveTheirOwn) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
+  const std::string nobody = "setpriv --reuid=65534 --regid=65534 --clear-groups";
+  if (Command(nobody + " test -x " KR_TEST_BIN_DIR "/kestrun && echo yes").empty())
+    GTEST_SKIP() << "another user cannot reach the program";
+  const Copy mine = Start("");
+  const Copy theirs = StartCopy("", "other", nobody);
+  EXPECT_TRUE(WaitFor([&] {
+    return Command("xdotool search --onlyvisible --class '^Kestrun$' | wc -l") == "2";
+  })) << TempFolder::Read(theirs.output);
+  for (const Copy& copy : {mine, theirs}) EXPECT_EQ(waitpid(copy.pid, nullptr, WNOHANG), 0);
+}
+
+TEST_F(ProgramTest, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
+  const std::string deck = Deck("long", "run 60");
+  const Copy copy = Start("--submit " + deck);
+  ASSERT_TRUE(WaitFor([&] { return SolverRuns("long.k"); }));
+  Key("ctrl+t");
+  Command("xdotool windowkill " + main_);  // ends the connection
+  EXPECT_EQ(WaitExit(copy), 1);
+  EXPECT_FALSE(SolverRuns("long.k")) << "the solver still runs";
+  EXPECT_EQ(Groups(), "Group1=\nGroup2=\n");
+}
+
+TEST_F(ProgramTest, JobsThatCannotBeHandedOverAreTold) {
+  std::filesystem::create_directories(HandOver());
+  const std::string deck = Deck("refused");
+  const Copy script = StartCopy("--submit --quit-when-done " + deck);
+  EXPECT_EQ(WaitExit(script), 9);
+  const Copy copy = Start(deck);
+  for (const Copy& one : {script, copy}) {
+    EXPECT_EQ(TempFolder::Read(one.output), "Hand-over file [" + HandOver() +
+                                                "] refused\nWrite tmp file [" + HandOver() +
+                                                "] failed\n");
+  }
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(WaitExit(copy), 9);
+}
+
+TEST_F(ProgramTest, TerminationEndsItFromInsideAMenuMessageOrChooser) {
+  for (const char* key : {"Menu BackSpace", "Delete", "ctrl+o"}) {
+    const Copy copy = Start("");
+    Command("xdotool mousemove 0 0");  // away from the menu
+    const auto windows = [&] { return Command("xwininfo -root -children"); };
+    const std::string before = windows();
+    Key(key);
+    EXPECT_TRUE(WaitFor([&] { return windows() != before; })) << key;
+    kill(copy.pid, SIGTERM);
+    EXPECT_EQ(WaitExit(copy), 0) << key;
+    EXPECT_EQ(Groups(), "Group1=\n");
+  }
+}
+
+TEST_F(ProgramTest, TakesDroppedFilesAndFolders) {
+  const std::string file = Deck("a file"), deck = Deck("folder");
+  Start("");
+  std::string address = "file://" + file;
+  for (std::size_t at; (at = address.find(' ')) != std::string::npos;)
+    address.replace(at, 1, "%20");
+  Spawn(KR_TEST_BIN_DIR "/drag_source " + address + " file://" + FolderOf(deck) + " file:///gone.k",
+        "source.log");
+  ASSERT_TRUE(WaitFor([&] { return !Window("DragSource").empty(); }));
+  Drag(Window("DragSource"), main_);
+  Answer("KestrunMessage", "Return");  // one of the files does not exist
+  ASSERT_TRUE(Activate());
+  EXPECT_TRUE(RunUntilAllHaveRun({file, deck}));
+}
+
+TEST_F(ProgramTest, AWorkingDayInChinese) {
+  // Keys of their own for the characters typed below: a key that xdotool has to map while it types
+  // may arrive before the window has heard of it.
+  Command(
+      "xmodmap -e 'keycode 230 = U95E8' -e 'keycode 231 = U677F' -e 'keycode 232 = U0434' "
+      "-e 'keycode 233 = U0432' -e 'keycode 234 = U0435' -e 'keycode 235 = U0440' "
+      "-e 'keycode 236 = U044C'");
+  std::string settings = TempFolder::Read(Settings());
+  settings.insert(settings.find('\n') + 1, "language=1\n");
+  std::ofstream(Settings()) << settings;
+  const Copy copy = Start("");
+  const auto add = [&](const std::string& deck) {
+    Key("ctrl+o");
+    Opened("KestrunChooser");
+    Key("ctrl+a");
+    Type(deck);
+    Answer("KestrunChooser", "Return");
+    ASSERT_TRUE(Activate());
+  };
+  const std::string deck = Deck("first");
+  add(deck);
+  ASSERT_TRUE(RunUntilAllHaveRun({deck}));
+  Key("Home ctrl+m");
+  const std::string viewer = Opened("KestrunText");
+  EXPECT_EQ(TitleOf(viewer), KeptMessage(deck));
+  Answer("KestrunText", "Escape");
+  ASSERT_TRUE(Activate());
+
+  Key("F2");
+  EXPECT_EQ(TitleOf(Opened("KestrunDialog")), "重命名任务组");
+  Key("ctrl+a");
+  Type("门板 дверь");
+  Answer("KestrunDialog", "Return");
+  ASSERT_TRUE(Activate());
+
+  const std::string longDeck = Deck("long", "run 60");
+  add(longDeck);
+  EXPECT_TRUE(WaitFor(
+      [&] {
+        Key("ctrl+Return");
+        return SolverRuns("long.k");
+      },
+      kRun));
+  Key("ctrl+q");
+  Answer("KestrunMessage", "Escape");
+  ASSERT_TRUE(Activate());
+  EXPECT_TRUE(SolverRuns("long.k"));
+  Key("ctrl+q");
+  Answer("KestrunMessage", "Return");
+  EXPECT_EQ(WaitExit(copy, kRun), 0);
+  EXPECT_FALSE(SolverRuns("long.k"));
+  EXPECT_EQ(Groups(), "门板 дверь=\n");
+}
+
+// Every solver kind, and what became of the token of INC jobs.
+TEST_F(ProgramTest, TheDemoEndsAsItsDecksSayAndTellsNoToken) {
+  const std::string& scratch = scratch_.Path();
+  const std::string output = scratch + "/demo.txt", picture = scratch + "/demo.png";
+  const std::string command = "env -u DISPLAY TMPDIR='" + scratch + "' KR_SCREENSHOT='" + picture +
+                              "' bash " KR_SOURCE_DIR "/tools/demo.sh " KR_TEST_BIN_DIR " >'" +
+                              output + "' 2>&1";
+  EXPECT_EQ(std::system(command.c_str()), 0) << TempFolder::Read(output);
+  EXPECT_TRUE(std::filesystem::exists(picture));
+  std::string withToken;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(scratch)) {
+    if (entry.is_regular_file() &&
+        TempFolder::Read(entry.path().string()).find("demo.0123456789") != std::string::npos)
+      withToken += entry.path().filename().string() + " ";
+  }
+  EXPECT_EQ(withToken, "kr_init.config ");
+}
+
+}  // namespace
