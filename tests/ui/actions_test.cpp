@@ -80,7 +80,13 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(running));
   EXPECT_EQ(Statuses()[0], "Running");
-  PressKey('.', FL_CTRL);
+  Group()->GetJob(Group()->ActiveJob())->started -= 7 * 3600 + 12 * 60;
+  const std::string question = window_->Texts().Format("ui_ask_stop", "running.k", "7 h 12 min");
+  for (const int key : {FL_Enter, FL_Escape}) {
+    Talk([&] { PressKey('.', FL_CTRL); }, {[&](Fl_Window& box) { Key(box, key); }});
+    EXPECT_TRUE(Group()->Running());
+  }
+  EXPECT_EQ(AnswerToKey('.', FL_CTRL, "Yes"), question);
   EXPECT_FALSE(Group()->Running());
   EXPECT_EQ(Statuses(), (Lines{"Aborted", "Queued"}));
 
@@ -96,6 +102,34 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   EXPECT_FALSE(Group()->Running());
   EXPECT_EQ(Group()->JobCount(), 0);
   EXPECT_FALSE(Tool("tip_delete_all").active());
+}
+
+TEST_F(ActionsTest, KeysBelongToTheWindowThatHasThem) {
+  const std::string deck = AddJob("running", "run 60");
+  PressKey(FL_Home);
+  PressKey(FL_Enter, FL_CTRL);
+  ASSERT_TRUE(Began(deck));
+  const auto job = Group()->GetJob(Group()->ActiveJob());
+  ASSERT_TRUE(Until([&] { return !job->MessageFile().empty(); }));
+  PressKey('m', FL_CTRL);
+  auto* viewer = dynamic_cast<TextViewer*>(Fl::first_window());
+  ASSERT_TRUE(viewer);
+  const auto keyOverTheMainWindow = [&](int key, int state = 0) {
+    MoveTo(*window_, window_->w() / 2, window_->h() / 2);
+    ASSERT_EQ(Fl::belowmouse()->top_window(), window_.get());
+    Key(*viewer, key, state);
+    Fl::check();
+  };
+  keyOverTheMainWindow('t', FL_CTRL);
+  EXPECT_EQ(application_->Manager().GroupCount(), 1);
+  std::ofstream(job->MessageFile(), std::ios::app) << "appended";
+  keyOverTheMainWindow(FL_F + 5);
+  EXPECT_NE(Drawing(*viewer).Text(*viewer).find("appended"), std::string::npos);
+  keyOverTheMainWindow(FL_Escape);
+  EXPECT_FALSE(dynamic_cast<TextViewer*>(Fl::first_window())) << "Escape closes its own window";
+  EXPECT_TRUE(window_->shown());
+  PressKey('t', FL_CTRL);
+  EXPECT_EQ(application_->Manager().GroupCount(), 2);
 }
 
 TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {

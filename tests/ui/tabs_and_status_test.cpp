@@ -42,7 +42,9 @@ TEST_F(GroupTabsTest, MarkAGroupThatRuns) {
   EXPECT_FALSE(SaysRunning());
   window_->Perform(Action::kSubmit);
   EXPECT_TRUE(SaysRunning());
-  window_->Perform(Action::kStop);
+  ASSERT_TRUE(Until([&] { return Group()->ActiveJob() != JobId::kNone; }));
+  Talk([&] { window_->Perform(Action::kStop); },
+       {[](Fl_Window& box) { Press(Find<Fl_Button>(box, "Yes")); }});
   EXPECT_TRUE(Until([&] { return !SaysRunning(); }));
 }
 

@@ -24,7 +24,7 @@ constexpr int kFooterHeight = Sizes::kButtonHeight + 2 * Sizes::kBoxPadding - 8;
 // The two buttons and the one that was pressed.
 class BoxWindow : public ModalWindow {
  public:
-  BoxWindow(int w, int h) : ModalWindow(w, h) {}
+  using ModalWindow::ModalWindow;
 
   void AddButton(Fl_Button* button, ComnMsgBox::Button meaning) {
     meanings_[button == first_ || !first_ ? 0 : 1] = meaning;
@@ -39,7 +39,7 @@ class BoxWindow : public ModalWindow {
       const int key = Fl::event_key();
       if (key == FL_Escape) return Press(second_ ? second_ : first_), 1;
       if (key == FL_Enter || key == FL_KP_Enter)
-        return Press(Fl::focus() == second_ ? second_ : first_), 1;
+        return Press(Fl::focus() == first_ || Fl::focus() == second_ ? Fl::focus() : Default()), 1;
       if (second_ && (key == FL_Left || key == FL_Right || key == FL_Tab))
         return (Fl::focus() == first_ ? second_ : first_)->take_focus(), 1;
     }
@@ -48,7 +48,8 @@ class BoxWindow : public ModalWindow {
 
   // The last button stands for closing the window.
   ComnMsgBox::Button Pressed() const { return pressed_ ? *pressed_ : meanings_[second_ ? 1 : 0]; }
-  Fl_Button* First() const { return first_; }
+  void PreferLast() { last_ = true; }
+  Fl_Button* Default() const { return last_ ? second_ : first_; }
 
  private:
   void Press(const Fl_Widget* button) {
@@ -58,9 +59,23 @@ class BoxWindow : public ModalWindow {
 
   Fl_Button* first_ = nullptr;
   Fl_Button* second_ = nullptr;
+  bool last_ = false;
   ComnMsgBox::Button meanings_[2] = {ComnMsgBox::kNone, ComnMsgBox::kNone};
   const ComnMsgBox::Button* pressed_ = nullptr;
 };
+
+// The window's child.
+Fl_Button* MakeButton(bool isDefault, const std::string& text, int x, int y, int width) {
+  Fl_Button* button = nullptr;
+  if (isDefault) {
+    button = new PrimaryButton(x, y, width, Sizes::kButtonHeight);
+  } else {
+    button = new Fl_Button(x, y, width, Sizes::kButtonHeight);
+    button->color(Theme::kSurface);
+  }
+  button->copy_label(text.c_str());
+  return button;
+}
 
 int ButtonWidth(const std::string& text) {
   fl_font(FL_HELVETICA_BOLD, Sizes::kFontSize);
@@ -114,19 +129,17 @@ ComnMsgBox::Button ComnMsgBox::DoModal() {
   text.label(plain.c_str());
 
   const int y = bodyHeight + (kFooterHeight - kButtonHeight) / 2;
-  const bool two = type_ == kYesNo;
+  const bool two = type_ != kOk;
   const int secondWidth = two ? ButtonWidth(second_) : 0;
   const int secondX = width - kBoxPadding - secondWidth;
   const int firstWidth = ButtonWidth(first_);
-  PrimaryButton first((two ? secondX - kMargin : width - kBoxPadding) - firstWidth, y, firstWidth,
-                      kButtonHeight);
-  first.SetText(first_, "");
-  window.AddButton(&first, two ? kPressedYes : kPressedOk);
-  Fl_Button second(secondX, y, std::max(secondWidth, 1), kButtonHeight);
-  second.label(second_.c_str());
-  second.color(Theme::kSurface);
-  two ? window.AddButton(&second, kPressedNo) : second.hide();
+  const int firstX = (two ? secondX - kMargin : width - kBoxPadding) - firstWidth;
+  const bool rather = type_ == kRatherNo;
+  window.AddButton(MakeButton(!rather, first_, firstX, y, firstWidth),
+                   two ? kPressedYes : kPressedOk);
+  if (two) window.AddButton(MakeButton(rather, second_, secondX, y, secondWidth), kPressedNo);
+  if (rather) window.PreferLast();
   window.end();
-  window.Run(parent_, window.First());
+  window.Run(parent_, window.Default());
   return window.Pressed();
 }

@@ -7,12 +7,12 @@
 #include <string>
 
 // A modal window with an icon, a text and one or two buttons, centred over its parent. Enter
-// presses the first button, Escape and closing the window the last. Texts are UTF-8. Interface
-// thread.
+// presses the first button, with kRatherNo the last; Escape and closing the window press the last.
+// Texts are UTF-8. Interface thread.
 class ComnMsgBox {
  public:
   enum Icon { kInformation, kQuestion };
-  enum Type { kOk, kYesNo };
+  enum Type { kOk, kYesNo, kRatherNo };
   enum Button { kNone, kPressedOk, kPressedYes, kPressedNo };
 
   ComnMsgBox(const std::string& caption, const std::string& text, Icon icon, Type type,

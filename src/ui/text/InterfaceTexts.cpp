@@ -137,6 +137,16 @@ constexpr TextRow kMore[] = {
     {"ui_not_stopped", "The running job has not stopped within 30 seconds. Please try again.",
      "正在运行的任务在 30 秒内没有停止，请重试。"},
     {"ui_nothing_runs", "No job is running in this group.", "此任务组中没有正在运行的任务。"},
+    {"ui_ask_stop",
+     "%s has run for %s.\nIf it is stopped, its solver ends at once and what it has not written "
+     "yet "
+     "is lost.\nStop it?",
+     "%s 已运行 %s。\n如果停止，求解器将立即结束，尚未写出的结果会丢失。\n要停止吗？"},
+    {"ui_ask_stop_waiting", "%s waits and has not started to run.\nStop it?",
+     "%s 正在等待，尚未开始运行。\n要停止吗？"},
+    {"ui_time_hours", "%s h %s min", "%s 小时 %s 分钟"},
+    {"ui_time_minutes", "%s min", "%s 分钟"},
+    {"ui_time_seconds", "%s s", "%s 秒"},
     {"ui_stopping_title", "Stopping...", "正在停止..."},
     {"ui_stopping_text", "Waiting for the solver to end.", "正在等待求解器结束。"},
     {"ui_stopped", "Stopped.", "已停止。"},

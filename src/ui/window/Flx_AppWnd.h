@@ -98,6 +98,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ViewSummary();
   void OpenStages();
   void StopRunning();
+  bool AskToStop(const JobGroup& group);
+  std::string TimeSince(std::int64_t moment) const;  // seconds since 1970
   void ShowHelp();
   void Exit();
   // Tells the group (-1: all) to stop and waits with a small window. False when something still
@@ -105,7 +107,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   bool StopAndWait(int group);
   void RunDialog(Flx_Base_Dialog& dialog);
   void Inform(const std::string& text);
-  bool Ask(const std::string& text);
+  bool Ask(const std::string& text, ComnMsgBox::Type type = ComnMsgBox::kYesNo);
 
   // Flx_AppWnd_Dialogs.cpp
   void AddRestart();

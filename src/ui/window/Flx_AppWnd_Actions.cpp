@@ -16,6 +16,7 @@
 #include "ui/window/KeywordFiles.h"
 #include "ui/window/StoppingWindow.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -93,9 +94,9 @@ void Flx_AppWnd::Inform(const std::string& text) {
   ComnMsgBox::Inform(this, ToUi(application_.Title()), text, texts_.Get("ui_ok"));
 }
 
-bool Flx_AppWnd::Ask(const std::string& text) {
+bool Flx_AppWnd::Ask(const std::string& text, ComnMsgBox::Type type) {
   if (leaving_) return false;
-  ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kQuestion, ComnMsgBox::kYesNo, this);
+  ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kQuestion, type, this);
   box.SetButtonTexts(texts_.Get("ui_yes"), texts_.Get("ui_no"));
   return box.DoModal() == ComnMsgBox::kPressedYes;
 }
@@ -319,8 +320,40 @@ void Flx_AppWnd::OpenStages() {
   RunDialog(dialog);
 }
 
+std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
+  const std::int64_t seconds = std::max<std::int64_t>(DateTimeWrapper::CurrentTime() - moment, 0);
+  const std::int64_t minutes = seconds / 60;
+  if (minutes == 0) return texts_.Format("ui_time_seconds", std::to_string(seconds));
+  if (minutes < 60) return texts_.Format("ui_time_minutes", std::to_string(minutes));
+  return texts_.Format("ui_time_hours", std::to_string(minutes / 60), std::to_string(minutes % 60));
+}
+
+// A job that ends while the question is open may make way for the next one, which nobody has agreed
+// to lose yet.
+bool Flx_AppWnd::AskToStop(const JobGroup& group) {
+  using Subject = std::pair<JobId, JobStatus>;
+  Subject asked{JobId::kNone, JobStatus::kQueued};
+  while (true) {
+    Subject active = asked;
+    std::string name;
+    std::int64_t started = 0;
+    group.ReadActiveJob([&](const JobFile& job) {
+      active = {job.id, job.status};
+      started = job.started;
+      FileDirWrapper::FileNameOf(job.jobFile.empty() ? job.restartFile : job.jobFile, name, true);
+    });
+    if (active == asked) return true;
+    const std::string question = active.second == JobStatus::kRunning
+                                     ? texts_.Format("ui_ask_stop", ToUi(name), TimeSince(started))
+                                     : texts_.Format("ui_ask_stop_waiting", ToUi(name));
+    if (!Ask(question, ComnMsgBox::kRatherNo)) return false;
+    asked = active;
+  }
+}
+
 void Flx_AppWnd::StopRunning() {
   const auto group = Group();
+  if (group && group->Running() && !AskToStop(*group)) return;
   if (!group || !group->Running()) return Say(texts_.Get("ui_nothing_runs"));
   if (StopAndWait(application_.Manager().IndexOf(group.get()))) Say(texts_.Get("ui_stopped"));
   Refresh();
