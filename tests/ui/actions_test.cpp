@@ -221,6 +221,35 @@ TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAFinishedJob) {
   EXPECT_EQ(TempFolder::Read(opened), result);
 }
 
+TEST_F(ActionsTest, EveryWayOutOfADialogStoresWhatIsTyped) {
+  struct Way {
+    std::string name;
+    std::function<void(Fl_Window&)> leave;
+  };
+  const Way ways[] = {
+      {"cross", [](Fl_Window& dialog) { Fl::handle(FL_CLOSE, &dialog); }},
+      {"escape", [](Fl_Window& dialog) { Key(dialog, FL_Escape); }},
+      {"button", [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Close")); }},
+      {"enter", [](Fl_Window& dialog) { Key(dialog, FL_Enter); }},
+      {"end", [](Fl_Window& dialog) { dialog.hide(); }},
+  };
+  for (const Way& way : ways) {
+    const auto typeAndLeave = [&](const char* label) {
+      return [&, label](Fl_Window& dialog) {
+        Fl_Input& input = Beside<Fl_Input>(dialog, label);
+        input.take_focus();
+        input.position(input.size(), 0);
+        Key(dialog, way.name.front(), 0, way.name);
+        way.leave(dialog);
+      };
+    };
+    Talk([&] { window_->Perform(Action::kMppSettings); }, {typeAndLeave("MPI Param")});
+    EXPECT_EQ(Stored().mpi_param, way.name);
+    Talk([&] { window_->Perform(Action::kConfig); }, {typeAndLeave("Text Editor")});
+    EXPECT_EQ(Stored().viewer, way.name);
+  }
+}
+
 TEST_F(ActionsTest, FilesAreChosen) {
   const std::string deck = MakeDeck("chosen"), other = MakeDeck("in_folder");
   home_.Write("one step", "");

@@ -1,6 +1,7 @@
 #include "ui/dialogs/Flx_Base_Dialog.h"
 
 #include <FL/Fl.H>
+#include <FL/Fl_Input.H>
 
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/DialogWidgets.h"
@@ -99,11 +100,34 @@ void Flx_Base_Dialog::Run() {
   window_->show();
   while (!closed_ && window_->shown()) {
     Fl::wait();
-    for (Fl_Widget* fired = Fl::readqueue(); fired && !closed_; fired = Fl::readqueue()) {
-      if (HandleWidget(fired) != -1) closed_ = true;
+    HandleFired();
+  }
+  LeaveFields(*window_);
+  window_->hide();
+}
+
+// Also what fired just before the window was closed.
+void Flx_Base_Dialog::HandleFired() {
+  while (Fl_Widget* fired = Fl::readqueue()) {
+    if (HandleWidget(fired) == -1) continue;
+    closed_ = true;
+    return;
+  }
+}
+
+// The toolkit does not tell a field that its window goes away.
+void Flx_Base_Dialog::LeaveFields(Fl_Group& group) {
+  for (int child = 0; child < group.children(); ++child) {
+    Fl_Widget* const widget = group.child(child);
+    if (Fl_Group* const inner = widget->as_group()) LeaveFields(*inner);
+    const auto* const input = dynamic_cast<Fl_Input*>(widget);
+    if (!input || !input->changed() || !(input->when() & FL_WHEN_RELEASE)) continue;
+    if (input->callback() == Fl_Widget::default_callback) {
+      HandleWidget(widget);
+    } else {
+      widget->do_callback();
     }
   }
-  window_->hide();
 }
 
 Fl_Widget* Flx_Base_Dialog::FindWidget(const std::string& id) const {

@@ -68,7 +68,8 @@ class Flx_Base_Dialog {
   // Builds the window; returns Initialise's result, false without a layout.
   bool Build();
 
-  // Build, then events until HandleWidget ends the dialog or its window is closed.
+  // Build, then events until HandleWidget ends the dialog or its window is closed. Whichever it is,
+  // a field that is still being typed in fires before the window goes.
   void Run();
 
   // Null when the layout has no such id; by name also when it is another kind of widget.
@@ -112,6 +113,8 @@ class Flx_Base_Dialog {
   void AddWidget(const LayoutLine& line);
   void Apply(Fl_Widget& widget, const LayoutLine& line);
   void Reparent(Fl_Widget& widget);
+  void HandleFired();
+  void LeaveFields(Fl_Group& group);
   bool Chinese() const { return language_ == 1; }
   std::string Decoded(const std::string& text) const;
 
