@@ -101,6 +101,61 @@ TEST_F(SettingsRowTest, WithAJobItEditsTheJob) {
   EXPECT_STREQ(Memory().value(), "500") << "no job: the defaults";
 }
 
+TEST_F(SettingsRowTest, ARejectedFieldKeepsJobsFromStarting) {
+  AddJob("kept");
+  PressKey(FL_Home);
+  TypeInto(Memory(), "8o");
+  Table().TakeFocus();
+  for (const auto& submit : std::initializer_list<std::function<void()>>{
+           [&] { PressKey(FL_Enter, FL_CTRL); }, [&] { Press(Part<PrimaryButton>()); }}) {
+    submit();
+    EXPECT_FALSE(Group()->Running());
+    EXPECT_EQ(Fl::focus(), &Memory());
+    EXPECT_TRUE(LineSays(Say("ui_bad_memory")));
+    EXPECT_STREQ(Memory().value(), "8o");
+  }
+  TypeInto(Memory(), "80");
+  Run();
+  EXPECT_EQ(Group()->GetJob(Table().JobAt(0))->status, JobStatus::kFinished);
+  EXPECT_EQ(Group()->GetJob(Table().JobAt(0))->memory, 80U);
+}
+
+TEST_F(SettingsRowTest, AFieldShowsWhatAStartingJobHas) {
+  AddJob("starts", "run 60");
+  PressKey(FL_Home);
+  Memory().take_focus();
+  window_->Perform(Action::kSubmit);
+  Key(*window_, '7', 0, "7");
+  EXPECT_STREQ(Memory().value(), "5007");
+  ASSERT_TRUE(Until([&] { return !Memory().active(); }));
+  EXPECT_STREQ(Memory().value(), "500");
+  EXPECT_TRUE(LineSays(Say("ui_running_fixed")));
+}
+
+TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
+  const auto status = [&](int row) { return Group()->GetJob(Table().JobAt(row))->status; };
+  EXPECT_FALSE(IsRed(Solver()));
+  const std::string missing = home_ / "gone/ls-dyna";
+  Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);
+  AddJob("one");
+  AddJob("two");
+  PressKey(FL_F + 5);
+  EXPECT_TRUE(IsRed(Solver())) << "at once";
+  EXPECT_EQ(Answer([&] { PressKey(FL_Enter, FL_CTRL); }, "OK"),
+            window_->Texts().Format("ui_no_solver", "Group1") + "\nLS-DYNA (S): " + missing);
+  EXPECT_FALSE(Group()->Running());
+  EXPECT_EQ(status(0), JobStatus::kQueued);
+  EXPECT_EQ(Fl::focus(), &Solver());
+  EXPECT_TRUE(LineSays(Say("ui_bad_solver")));
+
+  // Where some jobs can run, the others tell why they do not.
+  Choose(Kind(), "LS-DYNA (D)");
+  Files().SetSolverPath(SolverKind::kLsDynaDouble, KR_TEST_BIN_DIR "/standin_solver");
+  Run();
+  EXPECT_EQ(status(0), JobStatus::kFinished);
+  EXPECT_EQ(status(1), JobStatus::kAborted);
+}
+
 TEST_F(SettingsRowTest, SomeJobsCannotBeEdited) {
   Add(MakeJob<JobFileDyna>("/w/runs.k", JobStatus::kRunning));
   auto stages = MakeJob<JobFileDyna>("/w/stages.k");

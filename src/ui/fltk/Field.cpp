@@ -70,21 +70,39 @@ void Field::Show(const std::string& stored) {
 }
 
 void Field::ShowAlways(const std::string& stored) {
+  const bool other = stored != stored_ || stored != value();
   stored_ = stored;
   edited_ = false;
   if (stored != value()) value(stored.c_str());
-  if (bad_) Validate();
+  if (bad_) {
+    Validate();
+  } else if (other) {
+    LookAgain();
+  }
 }
 
 bool Field::Validate() {
-  const std::string hint = Check && edited_ ? Check(value()) : std::string();
-  const bool wasBad = bad_;
-  bad_ = !hint.empty();
-  if (bad_ || wasBad) {
-    if (OnHint) OnHint(hint);
-    redraw();
-  }
+  const std::string wrong = Check && edited_ ? Check(value()) : std::string();
+  bad_ = !wrong.empty();
+  const std::string hint = bad_ || !Doubt ? wrong : Doubt(value());
+  if (OnHint && (marked_ || !hint.empty())) OnHint(hint);
+  Mark(!hint.empty());
   return !bad_;
+}
+
+void Field::LookAgain() {
+  Mark(bad_ || (Doubt && !Doubt(value()).empty()));
+}
+
+void Field::Mark(bool marked) {
+  if (marked != marked_) redraw();
+  marked_ = marked;
+}
+
+void Field::GoTo() {
+  take_focus();
+  position(size(), 0);
+  Validate();
 }
 
 bool Field::Commit() {
@@ -134,7 +152,7 @@ void Field::draw() {
     const std::string text = FitHead(placeholder_, w() - 2 * kPadding);
     fl_draw(text.c_str(), x() + kPadding, y(), w(), h(), FL_ALIGN_LEFT, nullptr, 0);
   }
-  if (bad_) {
+  if (marked_) {
     fl_color(Theme::kError);
     fl_rect(x(), y(), w(), h());
   } else if (Fl::focus() == this) {

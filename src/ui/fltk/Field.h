@@ -8,8 +8,8 @@
 #include "ui/fltk/LineInput.h"
 
 // Enter and leaving it commit, Escape brings the stored text back. A text that is not valid is kept
-// as typed, with a red frame, and is not stored. Control keys that do not edit go on to the window.
-// Texts are UTF-8. Interface thread.
+// as typed, with a red frame, and is not stored; a doubtful one has the frame too. Control keys
+// that do not edit go on to the window. Texts are UTF-8. Interface thread.
 class Field : public LineInput {
  public:
   Field(int x, int y, int w, int h);
@@ -19,12 +19,20 @@ class Field : public LineInput {
   void ShowAlways(const std::string& stored);
   // Stores what was typed, if anything was and it is valid. False when it is not valid.
   bool Commit();
+  // What was typed is not stored yet.
+  bool Edited() const { return edited_; }
+  // Looks once more whether what is shown is doubtful.
+  void LookAgain();
+  // Leads the user here, and says what is wrong with the text.
+  void GoTo();
 
   // Shown faintly while the field is empty and not in use.
   void SetPlaceholder(const std::string& text);
 
   // Empty when the text is valid, else what is wrong.
   std::function<std::string(const std::string& text)> Check;
+  // What is doubtful about a text that is stored all the same; empty: nothing.
+  std::function<std::string(const std::string& text)> Doubt;
   // Stores a valid text.
   std::function<void(const std::string& text)> Store;
   // What is wrong with the text now; empty: nothing.
@@ -35,11 +43,13 @@ class Field : public LineInput {
 
  private:
   bool Validate();
+  void Mark(bool marked);
 
   std::string stored_;
   std::string placeholder_;
   bool edited_ = false;
   bool bad_ = false;
+  bool marked_ = false;  // has the red frame
 };
 
 #endif

@@ -87,6 +87,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind = {});
   void InformOfFiles(const char* key, const std::vector<std::string>& paths);
   void Submit();
+  // Tells the user when none of the queued jobs has a solver that is there.
+  bool SolversAreMissing(const JobGroup& group);
   void Resubmit();
   void DeleteJob();
   void DeleteAll();

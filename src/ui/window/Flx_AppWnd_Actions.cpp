@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "jobs/JobArguments.h"
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/FileQuestions.h"
@@ -27,7 +28,7 @@ constexpr std::size_t kMostListed = 8;  // names in a message
 void Flx_AppWnd::Perform(Action action) {
   if (!CanPerform(action)) return;
   // What is not valid stays in its field; the hint says why.
-  settings_->Commit();
+  const bool valid = settings_->Commit();
   switch (action) {
     case Action::kAddDyna:
     case Action::kAddVorel:
@@ -38,7 +39,7 @@ void Flx_AppWnd::Perform(Action action) {
     case Action::kAddFolder:
       return AddFolder();
     case Action::kSubmit:
-      return Submit();
+      return valid ? Submit() : settings_->GoToRejected();
     case Action::kResubmit:
       return Resubmit();
     case Action::kDeleteJob:
@@ -180,11 +181,38 @@ void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, std::optional<S
   if (emptyFolder && files.empty() && missing.empty()) Inform(texts_.Get("ui_no_keyword_files"));
 }
 
+bool Flx_AppWnd::SolversAreMissing(const JobGroup& group) {
+  JobId first = JobId::kNone;
+  std::vector<SolverKind> kinds;
+  group.ReadJobs([&](const JobFile& job) {
+    if (job.status != JobStatus::kQueued) return;
+    if (first == JobId::kNone) first = job.id;
+    const auto stage = static_cast<std::size_t>(std::max(job.firstStage, 0));
+    const JobFile& begins = stage < job.stages.size() ? *job.stages[stage] : job;
+    const SolverKind kind = begins.GetSolverType();
+    if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end()) kinds.push_back(kind);
+  });
+  if (kinds.empty()) return false;
+  std::string text = texts_.Format("ui_no_solver", ToUi(group.Name()));
+  for (const SolverKind kind : kinds) {
+    const std::string& path = SolverProgram(application_.SettingsAndFiles().Get(), kind);
+    if (FileDirWrapper::FileExists(path)) return false;
+    text += "\n" + std::string(RowOfKind(kind).name) + ": " +
+            (path.empty() ? texts_.Get("ui_no_solver_set") : ToUi(path));
+  }
+  Inform(text);
+  if (leaving_) return true;
+  if (Table()) Table()->SelectJob(first);
+  settings_->GoToSolver();
+  return true;
+}
+
 void Flx_AppWnd::Submit() {
   const auto group = Group();
   if (!group) return;
   const std::string name = ToUi(group->Name());
   const bool again = group->Running();
+  if (!again && SolversAreMissing(*group)) return;
   const bool queued = Count(*group).of[JobStatus::kQueued] > 0;
   if (group->Submit()) {
     Say(texts_.Format(queued ? "ui_submitted" : "ui_submit_none", name));

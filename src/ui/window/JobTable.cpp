@@ -47,6 +47,10 @@ JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
   JobsChanged();
 }
 
+void JobTable::SelectJob(JobId job) {
+  if (const int row = RowOf(job); row >= 0) SelectRow(row);
+}
+
 JobId JobTable::JobAt(int row) const {
   const auto index = static_cast<std::size_t>(row);
   return row >= 0 && index < jobs_.size() ? jobs_[index] : JobId::kNone;

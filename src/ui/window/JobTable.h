@@ -39,6 +39,8 @@ class JobTable : public Flx_Table {
   // kNone out of range.
   JobId JobAt(int row) const;
 
+  void SelectJob(JobId job);
+
   // The group's list changed.
   void JobsChanged();
   // What a job shows changed.

@@ -146,6 +146,7 @@ void SettingsRow::ConnectFields() {
   command_->Store = [this](const std::string& text) {
     EditJob([&](JobGroup& group, JobId job) { return group.SetExtraOptions(job, FromUi(text)); });
   };
+  solver_->Doubt = [this](const std::string& text) { return SolverHint(TypedPath(text)); };
   solver_->Store = [this](const std::string& text) { StoreSolver(TypedPath(text)); };
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
     field->OnHint = [this](const std::string& hint) {
@@ -203,6 +204,7 @@ void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, JobId job) {
   // Texts of another job, valid or not, must not be taken for this one's.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
   Refresh();
+  solver_->LookAgain();  // the file may have come meanwhile
 }
 
 SettingsRow::View SettingsRow::MakeView() const {
@@ -255,17 +257,24 @@ void SettingsRow::ShowView(const View& view) {
   SetTip(*solver_, texts_.Format("ui_tip_solver", RowOfKind(view.kind).name));
 
   const bool editable = !view.running;
-  memory_->Show(std::to_string(view.memory));
+  const bool overtaken = view.running && (memory_->Edited() || cpu_->Edited() || pause_->Edited() ||
+                                          command_->Edited());
+  // A job that runs keeps what it started with, whatever is being typed.
+  const auto show = [&](Field& field, const std::string& text) {
+    editable ? field.Show(text) : field.ShowAlways(text);
+  };
+  show(*memory_, std::to_string(view.memory));
   SetTip(*memory_, texts_.Get(view.job ? "ui_tip_memory_job" : "ui_tip_memory"));
-  cpu_->Show(std::to_string(view.job && view.ncpu < 1 ? settings.cpu_count : view.ncpu));
+  show(*cpu_, std::to_string(view.job && view.ncpu < 1 ? settings.cpu_count : view.ncpu));
   SetTip(*cpu_, texts_.Get(view.job ? "ui_tip_cpu_job" : "ui_tip_cpu"));
-  pause_->Show(std::to_string(view.pause));
+  show(*pause_, std::to_string(view.pause));
   SetTip(*pause_, texts_.Get(view.job ? "ui_tip_pause_job" : "ui_tip_pause"));
   for (Field* field : {memory_, cpu_, pause_}) SetActive(field, editable);
   auto_->value(settings.memory_auto);
   auto_->tooltip(texts_.Get("ui_tip_auto").c_str());
 
-  command_->Show(view.multiStage ? texts_.Get("lab_cmd_mstage") : ToUi(view.command));
+  show(*command_, view.multiStage ? texts_.Get("lab_cmd_mstage") : ToUi(view.command));
+  if (overtaken && OnHint) OnHint(texts_.Get("ui_running_fixed"));
   SetActive(command_, view.job && editable && !view.multiStage);
   command_->SetPlaceholder(view.job ? std::string() : texts_.Get("ui_tip_command_none"));
   SetTip(*command_, texts_.Get(view.job ? "ui_tip_command" : "ui_tip_command_none"));
@@ -288,6 +297,17 @@ bool SettingsRow::Commit() {
   bool valid = true;
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) valid = field->Commit() && valid;
   return valid;
+}
+
+void SettingsRow::GoToRejected() {
+  for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
+    if (!field->Commit()) return field->GoTo();
+  }
+}
+
+void SettingsRow::GoToSolver() {
+  solver_->LookAgain();
+  solver_->GoTo();
 }
 
 void SettingsRow::EditJob(const std::function<bool(JobGroup&, JobId)>& edit) {

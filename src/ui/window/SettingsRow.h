@@ -32,6 +32,9 @@ class SettingsRow : public Fl_Group {
   void Refresh();
   // Stores what is being typed. False when something is not valid; it stays as typed.
   bool Commit();
+  // Leads to the first field whose text is not valid.
+  void GoToRejected();
+  void GoToSolver();
 
   std::function<void()> OnSubmit;
   std::function<void()> OnMpp;  // the MPP button was pressed
