@@ -152,7 +152,7 @@ HandOverReader::HandOverReader(SettingsAndPaths& files, Apply apply)
     : files_(files), apply_(std::move(apply)), taken_(files.handOverFile + ".taken") {}
 
 void HandOverReader::Poll() {
-  if (!handled_.empty() && !RemoveTaken()) return;
+  if (isQueued_ && !RemoveTaken()) return;
   if (hand_over_file::Exists(taken_) || TakeAway()) ReadTaken();
 }
 
@@ -198,31 +198,27 @@ void HandOverReader::LookAtEvent(HandOverGuard& guard) {
 }
 
 void HandOverReader::ReadTaken() {
-  hand_over_file::Contents contents;
-  const Result result = hand_over_file::Read(taken_, kLargestFile, contents);
+  std::string text;
+  const Result result = hand_over_file::Read(taken_, kLargestFile, text);
   if (result == Result::kTooBig && PutBigFileAside(files_, taken_)) return;
   if (result != Result::kDone) {
     ReportOnce(Message(MessageId::kHandOverRefused, taken_));
     return;
   }
-  HandOverOrder order = ReadHandOverText(contents.text, files_.Get());
+  HandOverOrder order = ReadHandOverText(text, files_.Get());
   for (const Message& remark : order.remarks) files_.Log().Report(remark);
   apply_(std::move(order));
-  handled_ = contents.identity;
+  isQueued_ = true;
   RemoveTaken();
 }
 
-// A file that cannot be removed now is known by its identity, so that its jobs are not added again.
+// As long as the file is there, no other is taken away. One that somebody looks at may stay for that
+// long although its removal succeeds.
 bool HandOverReader::RemoveTaken() {
-  hand_over_file::Contents now;
-  const bool isThere =
-      hand_over_file::Read(taken_, kLargestFile, now) == Result::kDone && now.identity == handled_;
-  if (isThere && !FileDirWrapper::RemoveFile(taken_)) {
-    ReportOnce(Message(MessageId::kHandOverNotRemoved, taken_));
-    return false;
-  }
-  handled_.clear();
-  return true;
+  const bool isRemoved = FileDirWrapper::RemoveFile(taken_);
+  isQueued_ = hand_over_file::Exists(taken_);
+  if (isQueued_ && !isRemoved) ReportOnce(Message(MessageId::kHandOverNotRemoved, taken_));
+  return !isQueued_;
 }
 
 void HandOverReader::ReportOnce(const Message& message) {

@@ -78,7 +78,7 @@ class HandOverReader {
   const std::string taken_;    // the name of the file while it is read
   int missed_ = 0;             // polls in a row that found the event or the lock taken
   int pollsWithoutEvent_ = 0;  // until the event is asked for again
-  std::string handled_;        // the file whose jobs were added, until it is removed
+  bool isQueued_ = false;      // the jobs of the file that was taken away, which is still there
   Message reported_;           // the last complaint about the file
   Message reportedEvent_;      // and about the event
 };

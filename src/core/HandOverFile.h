@@ -20,11 +20,6 @@ enum class Result {
   kFailed,
 };
 
-struct Contents {
-  std::string text;
-  std::string identity;  // changes with every new or rewritten file
-};
-
 // What stands for the first byte of a record that is not whole yet, or was taken back.
 inline constexpr char kNotValid = '\0';
 
@@ -59,7 +54,7 @@ Result Append(const std::string& path, const std::string& text,
 Result TakeAway(const std::string& path, std::size_t limit, const std::string& taken);
 
 // Reads a file of up to `limit` bytes.
-Result Read(const std::string& path, std::size_t limit, Contents& contents);
+Result Read(const std::string& path, std::size_t limit, std::string& text);
 
 // Renames a file of this user's that is bigger than the limit; a former one of that name goes.
 bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside);

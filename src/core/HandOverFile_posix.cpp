@@ -35,12 +35,6 @@ bool IsInTrustedFolder(const std::string& path) {
           (info.st_mode & (S_IWGRP | S_IWOTH)) == 0);
 }
 
-std::string IdentityOf(const struct stat& info) {
-  return std::to_string(info.st_dev) + ':' + std::to_string(info.st_ino) + ':' +
-         std::to_string(info.st_size) + ':' + std::to_string(info.st_mtim.tv_sec) + '.' +
-         std::to_string(info.st_mtim.tv_nsec);
-}
-
 bool ReadAll(int fd, std::size_t limit, std::string& text) {
   char piece[16384];
   for (;;) {
@@ -133,7 +127,11 @@ Result Append(const std::string& path, const std::string& text,
   for (std::size_t i = 0; written && i < beginnings.size(); ++i) {
     written = WriteAt(fd.get(), place->beginnings[i], text.substr(beginnings[i], 1));
   }
-  if (!written) return ftruncate(fd.get(), info.st_size), Result::kFailed;
+  if (!written) {
+    // Where even that fails, no reader takes it for valid.
+    [[maybe_unused]] const int cut = ftruncate(fd.get(), info.st_size);
+    return Result::kFailed;
+  }
   place->file = std::move(fd);
   record.place_ = std::move(place);
   return Result::kDone;
@@ -151,16 +149,15 @@ Result TakeAway(const std::string& path, std::size_t limit, const std::string& t
   return rename(path.c_str(), taken.c_str()) == 0 ? Result::kDone : Result::kFailed;
 }
 
-Result Read(const std::string& path, std::size_t limit, Contents& contents) {
-  contents = {};
+Result Read(const std::string& path, std::size_t limit, std::string& text) {
+  text.clear();
   const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
   if (!fd) return WhyNotOpened(path);
   struct stat info {};
   if (fstat(fd.get(), &info) != 0) return Result::kFailed;
   if (!IsTrusted(info)) return Result::kRefused;
   if (static_cast<std::uintmax_t>(info.st_size) > limit) return Result::kTooBig;
-  contents.identity = IdentityOf(info);
-  return ReadAll(fd.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
+  return ReadAll(fd.get(), limit, text) ? Result::kDone : Result::kFailed;
 }
 
 bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside) {

@@ -77,19 +77,11 @@ std::uint64_t SizeOf(const BY_HANDLE_FILE_INFORMATION& info) {
   return Joined(info.nFileSizeHigh, info.nFileSizeLow);
 }
 
-// Of the file, whatever is written into it. The number of a file that is gone may be given to a new
-// one by some file systems.
+// Of the file, whatever is written into it. The system's own file system counts on before it gives
+// the number of a file that is gone to a new one.
 std::string NumberOf(const BY_HANDLE_FILE_INFORMATION& info) {
   return std::to_string(info.dwVolumeSerialNumber) + ':' +
-         std::to_string(Joined(info.nFileIndexHigh, info.nFileIndexLow)) + ':' +
-         std::to_string(
-             Joined(info.ftCreationTime.dwHighDateTime, info.ftCreationTime.dwLowDateTime));
-}
-
-std::string IdentityOf(const BY_HANDLE_FILE_INFORMATION& info) {
-  return NumberOf(info) + ':' + std::to_string(SizeOf(info)) + ':' +
-         std::to_string(
-             Joined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime));
+         std::to_string(Joined(info.nFileIndexHigh, info.nFileIndexLow));
 }
 
 bool ReadAll(HANDLE file, std::size_t limit, std::string& text) {
@@ -225,7 +217,10 @@ Result Append(const std::string& path, const std::string& text,
   for (std::size_t i = 0; written && i < beginnings.size(); ++i) {
     written = WriteAt(file.get(), place->beginnings[i], text.substr(beginnings[i], 1));
   }
-  if (!written) return CutAt(file.get(), size), Result::kFailed;
+  if (!written) {
+    CutAt(file.get(), size);  // where even that fails, no reader takes it for valid
+    return Result::kFailed;
+  }
   record.place_ = std::move(place);
   return Result::kDone;
 }
@@ -243,15 +238,14 @@ Result TakeAway(const std::string& path, std::size_t limit, const std::string& t
   return GetLastError() == ERROR_SHARING_VIOLATION ? Result::kGrowing : Result::kFailed;
 }
 
-Result Read(const std::string& path, std::size_t limit, Contents& contents) {
-  contents = {};
+Result Read(const std::string& path, std::size_t limit, std::string& text) {
+  text.clear();
   const Handle file(Open(path, GENERIC_READ | READ_CONTROL, OPEN_EXISTING));
   if (!file) return WhyNotOpened();
   BY_HANDLE_FILE_INFORMATION info;
   const Result state = Check(file, limit, info);
   if (state != Result::kDone) return state;
-  contents.identity = IdentityOf(info);
-  return ReadAll(file.get(), limit, contents.text) ? Result::kDone : Result::kFailed;
+  return ReadAll(file.get(), limit, text) ? Result::kDone : Result::kFailed;
 }
 
 bool PutAsideWhenBigger(const std::string& path, std::size_t limit, const std::string& aside) {

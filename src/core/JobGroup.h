@@ -47,6 +47,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   // Sets the stop flag and the abort flag of the first active job and its stages.
   void RequestStop();
   bool Running() const { return running_; }
+  bool StopRequested() const { return stop_; }  // since the last Submit
 
  private:
   struct ThreadStart;

@@ -68,6 +68,7 @@ TEST_F(HandOverTest, ManyWritersAndAReaderAtWorkHandOverEachJobOnce) {
   for (int i = 0; i < kWriters * kEach; ++i) expected.push_back(Name(std::to_string(i) + ".k"));
   std::sort(expected.begin(), expected.end());
   std::sort(jobs_.begin(), jobs_.end());
+  EXPECT_EQ(jobs_.size(), expected.size());
   EXPECT_EQ(jobs_, expected);
 }
 

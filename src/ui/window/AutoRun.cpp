@@ -29,6 +29,10 @@ std::string LocalTime(std::int64_t seconds) {
   return text;
 }
 
+void Print(const Message& message) {
+  std::fprintf(stderr, "%s\n", message.English().c_str());
+}
+
 std::string Elapsed(const JobFile& job) {
   return job.started == 0 || job.ended == 0 ? "" : std::to_string(job.ended - job.started);
 }
@@ -68,6 +72,7 @@ bool AutoRun::JobsAreIn() {
     if (std::chrono::steady_clock::now() - begin_ < kTakingPatience) return false;
     done_ = true;
     application_.GiveUpJobs();
+    for (const Message& failure : application_.Failures()) Print(failure);
     if (options_.quitWhenDone) window_.Leave();
     return false;
   }
@@ -79,7 +84,7 @@ bool AutoRun::JobsAreIn() {
 
 // Past the window's action, which may ask a user something.
 void AutoRun::Submit() {
-  began_ = !group_->Submit();
+  group_->Submit();
   window_.Refresh();
   Fl::add_timeout(kLookSeconds, Look, this);
 }
@@ -91,14 +96,13 @@ void AutoRun::Look(void* self) {
   Fl::repeat_timeout(kLookSeconds, Look, self);
 }
 
+// A job that was handed over when the queue had just ended has been promised to its copy.
 bool AutoRun::Ended() {
+  if (group_->Running() || application_.Intake().Busy()) return false;
   bool queued = false;
-  group_->ReadJobs([&](const JobFile& job) {
-    queued = queued || job.status == JobStatus::kQueued;
-    began_ = began_ || job.status != JobStatus::kQueued;
-  });
-  began_ = began_ || group_->Running();
-  return !group_->Running() && (began_ || !queued);
+  group_->ReadJobs(
+      [&](const JobFile& job) { queued = queued || job.status == JobStatus::kQueued; });
+  return !queued || group_->StopRequested() || !group_->Submit();
 }
 
 void AutoRun::Finish() {
@@ -108,7 +112,7 @@ void AutoRun::Finish() {
       !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_))) {
     const Message message(MessageId::kReportNotWritten, options_.report);
     application_.SettingsAndFiles().Log().Report(message);
-    std::fprintf(stderr, "%s\n", message.English().c_str());
+    Print(message);
     Fail();
   }
   if (options_.quitWhenDone) window_.Leave();

@@ -41,7 +41,6 @@ class AutoRun {
   const ProgramOptions options_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::shared_ptr<JobGroup> group_;  // the submitted one
-  bool began_ = false;               // its thread was seen at work
   bool done_ = false;
 };
 
