@@ -80,7 +80,8 @@ Copy ProgramTest::StartCopy(const std::string& arguments, const std::string& hom
   const std::string output = "output" + std::to_string(processes_.size());
   const std::string variables = "env HOME=" + folder + " XDG_CONFIG_HOME=" + folder +
                                 "/config TMPDIR=" + folder + "/tmp XDG_RUNTIME_DIR=" + folder +
-                                "/tmp KESTRUN_HANDOVER_FOLDER=" + folder + "/handover ";
+                                "/tmp KESTRUN_HANDOVER_FOLDER=" + folder +
+                                "/handover ASAN_OPTIONS=detect_leaks=0 ";
   return {Spawn(variables + prefix + " " KR_TEST_BIN_DIR "/kestrun " + arguments, output),
           scratch_ / output};
 }
