@@ -3,7 +3,7 @@
 /^[0-9]+\/[0-9]+ Testing: / {
   name = $3
   kind = "Linux"
-  if (match(name, /^(asan|fuzz|windows|compared):/)) kind = substr(name, 1, RLENGTH - 1)
+  if (match(name, /^(asan|tsan|fuzz|windows):/)) kind = substr(name, 1, RLENGTH - 1)
   told = failedHere = 0
   next
 }
@@ -16,15 +16,13 @@
 /^Test (Failed|Timeout)/ {
   if (!failedHere) ++failed[kind]
 }
-/^Compared: / { comparison = substr($0, 11) }
 function counts(of) {
   return sprintf("%d passed, %d skipped, %d failed", passed[of], skipped[of], failed[of])
 }
 END {
   print "Linux: " counts("Linux")
   print "Linux, address and undefined-behaviour sanitizers: " counts("asan")
+  print "Linux, thread sanitizer: " counts("tsan")
   print "Fuzzing programs: " counts("fuzz")
   print "Windows (under Wine): " counts("windows")
-  print "Both systems asked the same (build/windows/comparison.txt): " \
-        (comparison == "" ? "not compared" : comparison)
 }

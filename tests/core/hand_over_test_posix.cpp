@@ -177,8 +177,8 @@ TEST_F(HostileHandOver, AnotherUserWhoKeepsTheEventStopsNobody) {
 }
 
 TEST_F(HostileHandOver, KilledWritersLeaveWholeRecordsOrNone) {
-  constexpr int kWriters = 60;
-  constexpr int kPaths = 3000;
+  constexpr int kWriters = 30;
+  constexpr int kPaths = 500;
   SettingsAndPaths files(kTitle);
   std::vector<std::string> jobs;
   HandOverReader reader(files, [&](const HandOverOrder& order) {
@@ -196,7 +196,8 @@ TEST_F(HostileHandOver, KilledWritersLeaveWholeRecordsOrNone) {
       }
       return 1;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20 + i % 7));
+    EXPECT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(files.handOverFile); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(i % 7));
     kill(writer, SIGKILL);
     WaitFor(writer);
     reader.Poll();

@@ -32,6 +32,9 @@ TEST(Thread, CountsAsRunningUntilTerminated) {
 
 // Where a thread may not unwind its stack, ending it must not end the program.
 TEST(Thread, TerminatedInsideADestructor) {
+#ifdef KR_SANITIZED
+  GTEST_SKIP() << "the thread sanitizer loses its count of what such a thread has locked";
+#endif
   static std::atomic<long> steps{0};
   struct Slow {
     ~Slow() {
