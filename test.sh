@@ -29,7 +29,7 @@ build() {  # preset, further cmake arguments
 step "Building: release"
 build release
 step "Building: address and undefined-behaviour sanitizers, fuzzing programs"
-build asan -DKR_TEST_TAG=asan: -DKR_FUZZ=ON
+build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF -DKR_FUZZ=ON
 step "Building: thread sanitizer"
 build tsan -DKR_TEST_TAG=tsan:
 step "Building: Windows"
@@ -40,7 +40,7 @@ step "Testing"
 mkdir -p build/all
 printf 'subdirs("%s")\n' "$root"/build/{release,asan,tsan,windows} >build/all/CTestTestfile.cmake
 status=0
-ctest --test-dir build/all --output-on-failure -j 6 || status=$?
+ctest --test-dir build/all --output-on-failure -j 4 || status=$?
 echo
 awk -f tools/test_summary.awk build/all/Testing/Temporary/LastTest.log
 exit "$status"
