@@ -76,7 +76,9 @@ TEST_F(StatusBarTest, CountsTheJobsOfTheGroup) {
                                 JobStatus::kRunning, JobStatus::kFinished, JobStatus::kAborted};
   for (const JobStatus status : statuses) {
     Add(MakeJob<JobFileDyna>("/w/a.k", status));
-    if (Group()->JobCount() == 1) EXPECT_EQ(Line(), "1 job: 1 queued");
+    if (Group()->JobCount() == 1) {
+      EXPECT_EQ(Line(), "1 job: 1 queued");
+    }
   }
   EXPECT_EQ(Line(), "6 jobs: 2 queued, 1 waiting, 1 running, 1 finished, 1 aborted");
   PressTool("tip_add_group");
