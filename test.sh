@@ -29,7 +29,7 @@ build() {  # preset, further cmake arguments
 step "Building: release"
 build release
 step "Building: address and undefined-behaviour sanitizers, fuzzing programs"
-build asan -DKR_TEST_TAG=asan: -DKR_UI=OFF -DKR_FUZZ=ON
+build asan -DKR_TEST_TAG=asan: -DKR_FUZZ=ON
 step "Building: thread sanitizer"
 build tsan -DKR_TEST_TAG=tsan:
 step "Building: Windows"

@@ -1,5 +1,6 @@
 #include <FL/Fl.H>
 
+#include <set>
 #include <string>
 
 #include "ui/fltk/FontFallback_posix.h"
@@ -12,12 +13,11 @@ constexpr char kInterface[] = "sans";
 constexpr char kChineseInterface[] = "WenQuanYi Micro Hei";
 constexpr char kFixed[] = "monospace";
 
-// The toolkit takes the face from the first character (blank, B, I, P: bold italic) and keeps the
-// pointer.
+// The toolkit takes the face from the first character (blank, B, I, P: bold italic). It keeps the
+// pointer and looks at the former name when it is given another: no name goes.
 void SetFont(Fl_Font number, char face, const char* family) {
-  static std::string names[FL_FREE_FONT];
-  names[number] = face + std::string(family);
-  Fl::set_font(number, names[number].c_str());
+  static std::set<std::string> names;
+  Fl::set_font(number, names.insert(face + std::string(family)).first->c_str());
 }
 
 }  // namespace
