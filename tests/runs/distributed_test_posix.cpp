@@ -86,6 +86,8 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
   JobRunSetup setup;
   setup.begin = [this] { return context_; };
   setup.solverFor = [this](SolverKind kind) { return &Solver(kind); };
+  // The abort comes between the launcher's death and the run's next look at it.
+  Solver(job->GetSolverType()).pollTime = std::chrono::seconds(3);
   EXPECT_EQ(RunJob(*job, setup), JobStatus::kAborted);
   stopper.join();
   EXPECT_GE(ranks, 2);
