@@ -359,19 +359,20 @@ std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
 // A job that ends while the question is open may make way for the next one, which nobody has agreed
 // to lose yet.
 bool Flx_AppWnd::AskToStop(const JobGroup& group) {
-  using Subject = std::pair<JobId, JobStatus>;
-  Subject asked{JobId::kNone, JobStatus::kQueued};
+  JobId asked = JobId::kNone;
   while (true) {
-    Subject active = asked;
+    JobId active = asked;
+    JobStatus status = JobStatus::kQueued;
     std::string name;
     std::int64_t started = 0;
     group.ReadActiveJob([&](const JobFile& job) {
-      active = {job.id, job.status};
+      active = job.id;
+      status = job.status;
       started = job.started;
       FileDirWrapper::FileNameOf(job.jobFile.empty() ? job.restartFile : job.jobFile, name, true);
     });
     if (active == asked) return true;
-    const std::string question = active.second == JobStatus::kRunning
+    const std::string question = status == JobStatus::kRunning
                                      ? texts_.Format("ui_ask_stop", ToUi(name), TimeSince(started))
                                      : texts_.Format("ui_ask_stop_waiting", ToUi(name));
     if (!Ask(question, ComnMsgBox::kRatherNo)) return false;
