@@ -20,7 +20,9 @@ bool WriteDeck(const std::string& path, std::uint64_t bytes) {
   std::uint64_t written = 0;
   auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
   add(std::fprintf(file, "*KEYWORD 200M\n*TITLE\nbenchmark\n$ CALC-METHOD: EXPLICIT\n"));
-  for (int id = 1; written < bytes; ++id) {
+  int id = 0;
+  while (written < bytes) {
+    ++id;
     const bool node = id % 200000 < 100000;
     if (id % 100000 == 1) add(std::fprintf(file, node ? "*NODE\n" : "*ELEMENT_SHELL\n"));
     if (id % 100 == 1) {

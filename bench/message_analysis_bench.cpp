@@ -15,7 +15,9 @@ bool WriteMessageFile(const std::string& path, std::uint64_t bytes) {
   if (file == nullptr) return false;
   std::uint64_t written = 0;
   auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
-  for (int cycle = 1; written < bytes; ++cycle) {
+  int cycle = 0;
+  while (written < bytes) {
+    ++cycle;
     add(std::fprintf(file,
                      "%8d t %.4E dt 1.38E-07 flush i/o buffers            12/21/25 20:15:16\n",
                      cycle, cycle * 1.38e-7));
