@@ -31,7 +31,12 @@ endif()
 if(KR_SANITIZE)
   add_compile_options(-fsanitize=${KR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KR_SANITIZE})
-  add_compile_definitions(KR_SANITIZED)  # for tests that a sanitizer gets in the way of
+  # For tests that a sanitizer gets in the way of.
+  if(KR_SANITIZE MATCHES "thread")
+    add_compile_definitions(KR_THREAD_SANITIZER)
+  else()
+    add_compile_definitions(KR_ADDRESS_SANITIZER)
+  endif()
 endif()
 if(KR_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)

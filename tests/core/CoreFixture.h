@@ -6,32 +6,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
+#include "support/WaitUntil.h"
 #ifdef _WIN32
 #include "ScratchAppData_win32.h"
 #endif
-
-inline bool WaitUntil(const std::function<bool()>& condition,
-                      std::chrono::milliseconds limit = std::chrono::seconds(20)) {
-  const auto end = std::chrono::steady_clock::now() + limit;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  return true;
-}
 
 // Writes down what the core tells. Any thread.
 class RecordingObserver : public QueueObserver {

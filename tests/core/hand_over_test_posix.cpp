@@ -197,7 +197,7 @@ TEST_F(HostileHandOver, KilledWritersLeaveWholeRecordsOrNone) {
       return 1;
     });
     EXPECT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(files.handOverFile); }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(i % 7));
+    std::this_thread::sleep_for(std::chrono::milliseconds(i % 7));  // anywhere in its writing
     kill(writer, SIGKILL);
     WaitFor(writer);
     reader.Poll();

@@ -2,11 +2,10 @@
 // what people ask of it.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "d3plot/ptkPostD3plotManager.h"
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
+#include "support/WaitUntil.h"
 #include "util/process/PTWrapper.h"
 
 namespace {
@@ -49,13 +48,6 @@ class Standin : public testing::Test {
     EXPECT_TRUE(Start(process, arguments, name));
     process.WaitProc();
     return process.ExitCode();
-  }
-  static bool Becomes(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1000; ++i) {
-      if (condition()) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
   }
 
   const TempFolder folder_;
@@ -101,9 +93,9 @@ TEST_F(Standin, GrowsWhileItRunsAndObeysTheSenseSwitch) {
   WriteDeck("$ standin: run 60\n");
   PTWrapperProcess process;
   ASSERT_TRUE(Start(process, "i=deck.k"));
-  ASSERT_TRUE(Becomes([&] { return CountOf(Read("messag"), " t ") >= 3; }));
+  ASSERT_TRUE(WaitUntil([&] { return CountOf(Read("messag"), " t ") >= 3; }));
   folder_.Write("d3kil", "sw3\n");
-  ASSERT_TRUE(Becomes([&] { return !Exists("d3kil"); }));
+  ASSERT_TRUE(WaitUntil([&] { return !Exists("d3kil"); }));
   EXPECT_TRUE(Exists("d3dump01"));
   EXPECT_TRUE(process.IsActive());
   folder_.Write("d3kil", "sw1");

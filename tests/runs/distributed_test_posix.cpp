@@ -78,8 +78,8 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
   const auto job = DynaJobWith("$ standin: run 60\n");
   int ranks = 0;
   std::thread stopper([&] {
-    for (int i = 0; i < 500 && !Exists(folder_ / "mes0001"); ++i) DateTimeWrapper::SleepMSec(20);
-    while (job->process.IsActive()) DateTimeWrapper::SleepMSec(5);
+    EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "mes0001"); }));
+    EXPECT_TRUE(WaitUntil([&] { return !job->process.IsActive(); }));
     ranks = CountRanks("i=" + job->jobFile);
     job->abort = true;
   });

@@ -174,8 +174,7 @@ TEST_F(JobRunTest, AnAbortEndsTheStageOrThePause) {
                        {"$ standin: ignore-term\n$ standin: child\n$ standin: hang\n", ""});
   const auto abortWhen = [&job](const std::function<bool()>& ready) {
     return std::thread([&job, ready] {
-      for (int i = 0; i < 500 && !ready(); ++i) DateTimeWrapper::SleepMSec(20);
-      EXPECT_TRUE(ready());
+      EXPECT_TRUE(WaitUntil(ready));
       job->abort = true;
       for (const auto& stage : job->stages) stage->abort = true;
     });
@@ -210,12 +209,8 @@ TEST_F(JobRunTest, AnAbortEndsTheStageOrThePause) {
 TEST_F(JobRunTest, NothingStartsInAnAbortedPauseOrWhenTheJobIsNotWanted) {
   const auto job = Job("a", "", {});
   setup_.pause = seconds(1000);
-  std::thread stopper([&job] {
-    DateTimeWrapper::SleepMSec(50);
-    job->abort = true;
-  });
+  job->abort = true;
   EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
-  stopper.join();
 
   job->abort = false;
   setup_.pause = seconds(1);
@@ -259,10 +254,10 @@ TEST_F(JobRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
   const auto waiting = Job("b", "$ qvas: auto\n", {""});
   const auto aborted = Job("c", "$ qvas: auto\n", {""});
   std::thread firstThread([&] { EXPECT_EQ(RunWhole(*first), JobStatus::kFinished); });
-  while (!Has(Calls(*first), "stage 0 2")) DateTimeWrapper::SleepMSec(20);
+  EXPECT_TRUE(WaitUntil([&] { return Has(Calls(*first), "stage 0 2"); }));
   std::thread waitingThread([&] { EXPECT_EQ(RunWhole(*waiting), JobStatus::kFinished); });
   std::thread abortedThread([&] { EXPECT_EQ(RunWhole(*aborted), JobStatus::kAborted); });
-  while (CountInLog("waits for the positioning library") < 2) DateTimeWrapper::SleepMSec(20);
+  EXPECT_TRUE(WaitUntil([&] { return CountInLog("waits for the positioning library") == 2; }));
   aborted->abort = true;
   abortedThread.join();
   EXPECT_FALSE(Has(Calls(*first), "end"));
@@ -361,7 +356,7 @@ TEST_F(JobRunTest, AJobWaitsForTheOneThatRunsInItsFolder) {
   };
   JobStatus statuses[3] = {};
   std::thread runner([&] { run(*first, statuses[0]); });
-  for (int i = 0; i < 500 && running == 0; ++i) DateTimeWrapper::SleepMSec(10);
+  EXPECT_TRUE(WaitUntil([&] { return running == 1; }));
   run(*third, statuses[2]);
   run(*second, statuses[1]);
   runner.join();

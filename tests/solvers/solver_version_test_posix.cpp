@@ -73,7 +73,7 @@ TEST_F(SolverVersionTest, ASolverThatStaysIsEnded) {
   std::filesystem::remove(folder_ / "lstc.log");
   std::filesystem::remove(folder_ / "pid");
   std::thread stopper([this, &begin] {
-    while (ReadLines(folder_ / "pid").empty()) DateTimeWrapper::SleepMSec(10);
+    EXPECT_TRUE(WaitUntil([this] { return !ReadLines(folder_ / "pid").empty(); }));
     begin = Clock::now();
     abort_ = true;
   });

@@ -16,8 +16,8 @@
 #include "support/ScopedVariable.h"
 #include "support/Standin.h"
 #include "support/TempFolder.h"
+#include "support/WaitUntil.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/DateTimeWrapper.h"
 
 using Lines = std::vector<std::string>;
 
@@ -69,11 +69,10 @@ class SolverTest : public testing::Test {
 
   JobStatus Run(JobFile& job) { return Solver(job.GetSolverType()).Run(job, context_); }
 
-  // Aborts the run once the job has a message file, or after ten seconds.
+  // Aborts the run once the job has a message file.
   JobStatus RunUntilItWrites(JobFile& job) {
     std::thread stopper([&job] {
-      for (int i = 0; i < 500 && job.MessageFile().empty(); ++i) DateTimeWrapper::SleepMSec(20);
-      EXPECT_FALSE(job.MessageFile().empty());
+      EXPECT_TRUE(WaitUntil([&job] { return !job.MessageFile().empty(); }));
       job.abort = true;
     });
     const JobStatus status = Run(job);

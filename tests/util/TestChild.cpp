@@ -120,12 +120,3 @@ int OpenHandles() {
   return static_cast<int>(std::distance(begin(open), end(open)));
 #endif
 }
-
-bool Becomes(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() >= deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return true;
-}

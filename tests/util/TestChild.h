@@ -14,10 +14,9 @@
 #ifndef KR_TESTS_TESTCHILD_H
 #define KR_TESTS_TESTCHILD_H
 
-#include <chrono>
-#include <functional>
 #include <string>
 
+#include "support/WaitUntil.h"
 #include "util/process/PTWrapper.h"
 
 // What starts such a child; more can be said about it.
@@ -28,10 +27,6 @@ inline constexpr char kTestChildSwitch[] = "KR_TEST_CHILD";
 // `launcher` is a command line that runs the one that follows it.
 bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,
                     const std::string& launcher = {});
-
-// Looks every few milliseconds; false when it has not come true in time.
-bool Becomes(const std::function<bool()>& condition,
-             std::chrono::milliseconds limit = std::chrono::seconds(10));
 
 // What this process has open: handles, descriptors.
 int OpenHandles();

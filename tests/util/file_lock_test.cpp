@@ -22,7 +22,7 @@ TEST(FileLockTest, OneHolderAtATimeAndADeadOneLetsGo) {
 
   PTWrapperProcess holder;
   ASSERT_TRUE(StartTestChild(holder, "lock " + path + " " + (folder / "held")));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "held"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "held"); }));
   EXPECT_EQ(mine.Take(path, 50), Result::kBusy);
   EXPECT_TRUE(holder.Terminate());
   EXPECT_EQ(mine.Take(path, 5000), Result::kTaken);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -107,11 +108,16 @@ TEST(Process, TerminatesFromAnotherThreadWhileItIsWaitedFor) {
   ASSERT_TRUE(StartTestChild(process, "sleep"));
   EXPECT_TRUE(process.IsActive());
   EXPECT_EQ(process.ExitCode(), 259);
-  std::thread waiter([&] { process.WaitProc(); });
-  std::thread poller([&] {
-    while (process.IsActive()) std::this_thread::yield();
+  std::atomic<bool> waits{false};
+  std::atomic<int> looks{0};
+  std::thread waiter([&] {
+    waits = true;
+    process.WaitProc();
   });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::thread poller([&] {
+    for (; process.IsActive(); ++looks) std::this_thread::yield();
+  });
+  EXPECT_TRUE(WaitUntil([&] { return waits && looks > 100; }));
   EXPECT_TRUE(process.Terminate());
   waiter.join();
   poller.join();
@@ -124,20 +130,20 @@ TEST(Process, AnAbortEndsEverythingThatWasStarted) {
   PTWrapperProcess process;
   ASSERT_TRUE(StartTestChild(process, "tree 2 " + pid));
   for (const char* depth : {"0", "1", "2"}) {
-    ASSERT_TRUE(Becomes([&] { return IsWritten(pid + depth) && Runs(pid + depth); })) << depth;
+    ASSERT_TRUE(WaitUntil([&] { return IsWritten(pid + depth) && Runs(pid + depth); })) << depth;
   }
   EXPECT_TRUE(process.Terminate());
   for (const char* depth : {"0", "1", "2"}) {
-    EXPECT_TRUE(Becomes([&] { return !Runs(pid + depth); })) << depth;
+    EXPECT_TRUE(WaitUntil([&] { return !Runs(pid + depth); })) << depth;
   }
 
   ASSERT_TRUE(StartTestChild(process, "leave " + (folder / "left")));
   EXPECT_TRUE(process.WaitProc());
   EXPECT_EQ(process.ExitCode(), 0);
-  ASSERT_TRUE(Becomes([&] { return IsWritten(folder / "left0"); }));
+  ASSERT_TRUE(WaitUntil([&] { return IsWritten(folder / "left0"); }));
   EXPECT_TRUE(Runs(folder / "left0"));
   EXPECT_TRUE(process.TerminateAll());
-  EXPECT_TRUE(Becomes([&] { return !Runs(folder / "left0"); }));
+  EXPECT_TRUE(WaitUntil([&] { return !Runs(folder / "left0"); }));
 }
 
 TEST(Process, ManyRunsLeaveNothingOpen) {
@@ -146,7 +152,7 @@ TEST(Process, ManyRunsLeaveNothingOpen) {
 #else
   constexpr int kKept = 0;
 #endif
-#if defined(_WIN32) || defined(KR_SANITIZED)
+#if defined(_WIN32) || defined(KR_ADDRESS_SANITIZER) || defined(KR_THREAD_SANITIZER)
   constexpr int kRuns = 200;  // a start takes a fifth of a second under Wine
 #else
   constexpr int kRuns = 1000;

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
-#include <thread>
 
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
@@ -21,7 +20,6 @@
 
 namespace {
 
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
@@ -91,7 +89,7 @@ TEST(ProcessPosix, ExitStateOfASignalAndNoZombies) {
   const TempFolder folder;
   PTWrapperProcess process;
   ASSERT_TRUE(StartScript(process, folder.Write("die.sh", "kill -9 $$")));
-  ASSERT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  ASSERT_TRUE(WaitUntil([&] { return !process.IsActive(); }));
   EXPECT_EQ(process.ExitCode(), 128 + SIGKILL);
 
   pid_t left = 0;
@@ -101,7 +99,7 @@ TEST(ProcessPosix, ExitStateOfASignalAndNoZombies) {
     left = forgotten.ChildId();
   }
   EXPECT_TRUE(IsAlive(left)) << "the destructor leaves it alone";
-  EXPECT_TRUE(Becomes([&] {
+  EXPECT_TRUE(WaitUntil([&] {
     process.IsActive();  // any use collects those that were let go
     return !ReadProcess(left);
   }));
@@ -120,7 +118,7 @@ TEST(ProcessPosix, TerminateEndsEverythingThatItStarted) {
                                   stubborn + " & kill -STOP $!\nexec /bin/sh " + stubborn);
   PTWrapperProcess process;
   ASSERT_TRUE(StartScript(process, script));
-  ASSERT_TRUE(Becomes([&] { return NumbersIn(pids).size() >= 3; }));
+  ASSERT_TRUE(WaitUntil([&] { return NumbersIn(pids).size() >= 3; }));
   const Clock::time_point begin = Clock::now();
   EXPECT_TRUE(process.Terminate());
   EXPECT_LT(Clock::now() - begin, seconds(2));
@@ -141,7 +139,7 @@ TEST(ProcessPosix, WhatADeadLauncherLeftRunsOnUntilAllIsToEnd) {
   const auto start = [&](PTWrapperProcess& process) {
     folder.Write("pids", "");
     ASSERT_TRUE(StartScript(process, launcher));
-    ASSERT_TRUE(Becomes([&] { return !process.IsActive(); }));
+    ASSERT_TRUE(WaitUntil([&] { return !process.IsActive(); }));
     ASSERT_EQ(NumbersIn(pids).size(), 3u);
   };
   PTWrapperProcess process;
@@ -167,7 +165,7 @@ TEST(ProcessPosix, TerminateAsksFirst) {
   PTWrapperProcess process;
   const InFolder back(folder.Path());
   ASSERT_TRUE(StartScript(process, script));
-  ASSERT_TRUE(Becomes([] { return FileDirWrapper::FileExists("up"); }));
+  ASSERT_TRUE(WaitUntil([] { return FileDirWrapper::FileExists("up"); }));
   EXPECT_TRUE(process.Terminate());
   EXPECT_TRUE(FileDirWrapper::FileExists("saved"));
 }
@@ -180,11 +178,10 @@ TEST(ProcessPosix, TerminateOutrunsProgramsThatKeepStartingOthers) {
                                script + " &)\nsleep 0.3");
   PTWrapperProcess process;
   ASSERT_TRUE(StartScript(process, folder.Write("first.sh", "/bin/sh " + script + "; sleep 30")));
-  ASSERT_TRUE(Becomes([&] { return NumbersIn(pids).size() >= 5; }));
+  ASSERT_TRUE(WaitUntil([&] { return NumbersIn(pids).size() >= 5; }));
   EXPECT_TRUE(process.Terminate());
-  const std::size_t count = NumbersIn(pids).size();
-  std::this_thread::sleep_for(milliseconds(300));
-  EXPECT_EQ(NumbersIn(pids).size(), count);
+  const std::string search = "pgrep -f '^/bin/sh " + (folder / "[a]gain.sh") + "'";
+  EXPECT_NE(std::system(search.c_str()), 0) << "no process of the script is left";
 }
 
 TEST(ProcessPosix, NamesAreThoseOfTheExecutableFile) {
@@ -195,7 +192,7 @@ TEST(ProcessPosix, NamesAreThoseOfTheExecutableFile) {
   folder.Write("kestrun.sh", "echo > up; " + Loop("sleep 0.1"));
   PTWrapperProcess process;
   ASSERT_TRUE(process.Create(shell, "some_other_name kestrun.sh", "", false, 0, "", false));
-  ASSERT_TRUE(Becomes([] { return FileDirWrapper::FileExists("up"); }));
+  ASSERT_TRUE(WaitUntil([] { return FileDirWrapper::FileExists("up"); }));
   std::filesystem::remove(shell);  // the running program keeps its name
   prctl(PR_SET_NAME, "kestrun-thread");
 
@@ -209,7 +206,7 @@ TEST(ProcessPosix, NamesAreThoseOfTheExecutableFile) {
   EXPECT_EQ(nameOf(process.ChildId()), "kr-odd (name) 1");
   EXPECT_EQ(nameOf(getpid()).find("kestrun"), std::string::npos);
   EXPECT_TRUE(PTWrapperProcess::Terminate("(name)"));
-  EXPECT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  EXPECT_TRUE(WaitUntil([&] { return !process.IsActive(); }));
 }
 
 TEST(ProcessPosix, HostileOutputFilesStopNothing) {
@@ -263,7 +260,7 @@ class ConsolePosix : public testing::Test {
         "x.sh",
         "exec timeout 300 Xvfb -displayfd 7 -nolisten tcp -screen 0 800x600x24 7>" + chosen);
     ASSERT_TRUE(StartScript(*server, script));
-    ASSERT_TRUE(Becomes([&] { return TempFolder::Read(chosen).ends_with("\n"); }));
+    ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(chosen).ends_with("\n"); }));
     setenv("DISPLAY", (":" + std::to_string(NumbersIn(chosen).front())).c_str(), 1);
     displayIsOurs = true;
   }
@@ -317,7 +314,8 @@ TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
   const ScopedVariable word("KR_WORD", "ours");
   const std::string script = folder.Write(
       "look.sh", "test -t 0 && test -t 1 && echo \"$KR_WORD${KR_OTHER-not set} $TERM\" > \"" +
-                     (folder / "seen") + "\"; pwd > where; sleep 1; exit 42");
+                     (folder / "seen") + "\"; pwd > where\n" +
+                     Loop("test -e go && exit 42; sleep 0.05"));
   PTWrapperProcessStart start = InTerminal(script);
   start.folder = folder.Path();
   start.variables = {{"KR_OTHER", ""}, {"KR_WORD", "a b"}};
@@ -325,16 +323,17 @@ TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
   EXPECT_TRUE(process.IsActive());
   EXPECT_TRUE(ReadProcess(process.ChildId()));
   if (!FindProgram("xwininfo").empty()) {
-    EXPECT_TRUE(Becomes(
-        [] { return std::system("xwininfo -name \"A title; 'of' \\$HOME\" >/dev/null 2>&1") == 0; },
-        milliseconds(900)));
+    EXPECT_TRUE(WaitUntil([] {
+      return std::system("xwininfo -name \"A title; 'of' \\$HOME\" >/dev/null 2>&1") == 0;
+    }));
   }
+  folder.Write("go", "");
   EXPECT_TRUE(process.WaitProc());
   EXPECT_EQ(process.ExitCode(), 42);
   EXPECT_EQ(TempFolder::Read(folder / "seen"), "a b xterm\n");
   EXPECT_EQ(TempFolder::Read(folder / "where"), folder.Path() + "\n");
   EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out"));
-  EXPECT_TRUE(Becomes([&] {
+  EXPECT_TRUE(WaitUntil([&] {
     process.IsActive();
     return Find("xterm") == 0 && Find("krconsole") == 0;
   }));
@@ -346,7 +345,7 @@ TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
                                     "\"; exit 0' TERM\necho > \"" + (folder / "up") + "\"\n" +
                                     Loop("sleep 0.05"));
   ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
   EXPECT_TRUE(process.Terminate());
@@ -359,11 +358,11 @@ TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
   const std::string script = folder.Write(
       "go_on.sh", "trap '' HUP TERM\necho > \"" + (folder / "up") + "\"\nsleep 1\nexit 0");
   ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t host = Find("krconsole");
   ASSERT_GT(host, 0);
   kill(host, SIGKILL);
-  ASSERT_TRUE(Becomes([&] { return !IsAlive(host); }));
+  ASSERT_TRUE(WaitUntil([&] { return !IsAlive(host); }));
   EXPECT_TRUE(process.IsActive());
   EXPECT_TRUE(process.WaitProc());
   EXPECT_EQ(process.ExitCode(), 255);
@@ -373,11 +372,11 @@ TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {
   const std::string script =
       folder.Write("run.sh", "echo > \"" + (folder / "up") + "\"\n" + Loop("sleep 0.05"));
   ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
   kill(terminal, SIGKILL);
-  EXPECT_TRUE(Becomes([&] { return !process.IsActive(); }));
+  EXPECT_TRUE(WaitUntil([&] { return !process.IsActive(); }));
   EXPECT_EQ(process.ExitCode(), 128 + SIGHUP);
 }
 

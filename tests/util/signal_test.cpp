@@ -21,6 +21,11 @@ std::string NewName(const std::string& prefix = {}) {
          std::to_string(counter++);
 }
 
+// Nothing shows that a wait has begun. A test holds all the same where it has not.
+void LetItWait() {
+  std::this_thread::sleep_for(milliseconds(50));
+}
+
 class Signal : public testing::TestWithParam<const char*> {
  protected:
   const std::string name = NewName(GetParam());
@@ -64,12 +69,12 @@ TEST_P(Signal, DeadOwnerLeavesAnAbandonedMutex) {
   ASSERT_EQ(mutex.CreateMutexSignal(name, false), 1);
   PTWrapperProcess owner;
   ASSERT_TRUE(StartTestChild(owner, "own " + name + " " + (folder / "owned")));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "owned"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "owned"); }));
   EXPECT_EQ(mutex.WaitForMutexSignal(0), 1);
   EXPECT_EQ(mutex.LastError(), "Time out return");
   EXPECT_FALSE(mutex.ReleaseMutexSignal()) << "it is another's";
   std::thread killer([&] {
-    std::this_thread::sleep_for(milliseconds(100));
+    LetItWait();
     owner.Terminate();
   });
   EXPECT_EQ(mutex.WaitForMutexSignal(5000), 2);
@@ -92,14 +97,14 @@ TEST_P(Signal, KilledWaiterTakesNothingWithIt) {
   ASSERT_EQ(event.CreateEventSignal(name), 1);
   PTWrapperProcess killed, waiter, setter;
   ASSERT_TRUE(StartTestChild(killed, "take " + name + " " + (folder / "killed")));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "killed"); }));
-  std::this_thread::sleep_for(milliseconds(100));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "killed"); }));
+  LetItWait();
   EXPECT_TRUE(killed.Terminate());
   EXPECT_TRUE(event.SetEventSignal());
   EXPECT_EQ(event.WaitForEventSignal(0), 0);
 
   ASSERT_TRUE(StartTestChild(waiter, "take " + name + " " + (folder / "waiter")));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "waiter"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "waiter"); }));
   ASSERT_TRUE(StartTestChild(setter, "set " + name));
   EXPECT_TRUE(setter.WaitProc());
   EXPECT_TRUE(waiter.WaitProc());
@@ -111,7 +116,7 @@ TEST_P(Signal, KilledHolderDoesNotKeepTheObject) {
   PTWrapperSignal event;
   PTWrapperProcess holder;
   ASSERT_TRUE(StartTestChild(holder, "hold " + name + " " + (folder / "held")));
-  ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(folder / "held"); }));
+  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "held"); }));
   EXPECT_TRUE(event.OpenEventSignal(name));
   EXPECT_TRUE(event.CloseEventSignal());
   EXPECT_TRUE(holder.Terminate());
@@ -155,7 +160,7 @@ TEST(SignalWaits, SeveralThreadsOnOneObject) {
   }
   for (int set = 1; set <= 2; ++set) {
     EXPECT_TRUE(event.SetEventSignal());
-    EXPECT_TRUE(Becomes([&] { return passed == set; }));
+    EXPECT_TRUE(WaitUntil([&] { return passed == set; }));
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(passed, 2);

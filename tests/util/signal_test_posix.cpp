@@ -119,7 +119,7 @@ TEST(SignalPosix, OneObjectWhileHoldersComeAndGo) {
     const std::string file = folder / std::to_string(round);
     EXPECT_EQ(keeper.CreateEventSignal(name), 1);
     ASSERT_TRUE(StartTestChild(child, "take " + name + " " + file));
-    ASSERT_TRUE(Becomes([&] { return FileDirWrapper::FileExists(file); }));
+    ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(file); }));
     if (round % 2) {
       EXPECT_TRUE(keeper.CloseEventSignal());
       EXPECT_EQ(keeper.CreateEventSignal(name), 2);

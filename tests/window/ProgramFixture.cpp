@@ -5,11 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <sstream>
-#include <thread>
 
 void ProgramTest::SetUp() {
   ASSERT_FALSE(display_.Name().empty()) << "no display could be started";
@@ -24,11 +22,11 @@ void ProgramTest::SetUp() {
                        "\n[SOLVER]\nls_dyna_s=" KR_TEST_BIN_DIR "/standin_solver\n");
   Command("chmod -R a+rwX " + scratch_.Path());
   Spawn("openbox", "openbox.log");
-  ASSERT_TRUE(WaitFor([&] {
+  ASSERT_TRUE(WaitUntil([&] {
     return Command("xprop -root _NET_SUPPORTING_WM_CHECK").find("window id") != std::string::npos;
   })) << "no window manager";
   // Only one copy of a user shows a window; another test run's ends soon, a person's does not.
-  ASSERT_TRUE(WaitFor([&] {
+  ASSERT_TRUE(WaitUntil([&] {
     return Command("pgrep -x kestrun -U " + std::to_string(geteuid())).empty();
   })) << "end the copy of the program that runs already";
 }
@@ -38,16 +36,6 @@ void ProgramTest::TearDown() {
     kill(pid, SIGKILL);
     waitpid(pid, nullptr, 0);
   }
-}
-
-bool ProgramTest::WaitFor(const std::function<bool()>& condition, double seconds) {
-  using Clock = std::chrono::steady_clock;
-  const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-  while (!condition()) {
-    if (Clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
 }
 
 std::string ProgramTest::Command(const std::string& command) const {
@@ -94,16 +82,16 @@ Copy ProgramTest::Start(const std::string& arguments) {
 
 bool ProgramTest::Activate() {
   // A window that is being made may miss the first request.
-  return WaitFor([&] {
+  return WaitUntil([&] {
     main_ = Window("Kestrun");
     if (!main_.empty()) Command("xdotool windowactivate " + main_);
     return !main_.empty() && ActiveWindow() == main_;
   });
 }
 
-int ProgramTest::WaitExit(const Copy& copy, double seconds) {
+int ProgramTest::WaitExit(const Copy& copy, std::chrono::seconds limit) {
   int status = 0;
-  if (!WaitFor([&] { return waitpid(copy.pid, &status, WNOHANG) == copy.pid; }, seconds)) return -1;
+  if (!WaitUntil([&] { return waitpid(copy.pid, &status, WNOHANG) == copy.pid; }, limit)) return -1;
   std::erase(processes_, copy.pid);
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
@@ -127,7 +115,7 @@ std::string ProgramTest::Window(const std::string& windowClass) const {
 
 std::string ProgramTest::Opened(const std::string& windowClass) const {
   std::string window;
-  EXPECT_TRUE(WaitFor([&] {
+  EXPECT_TRUE(WaitUntil([&] {
     window = Window(windowClass);
     return !window.empty() && ActiveWindow() == window;
   })) << windowClass;
@@ -137,7 +125,7 @@ std::string ProgramTest::Opened(const std::string& windowClass) const {
 void ProgramTest::Answer(const std::string& windowClass, const std::string& key) const {
   Opened(windowClass);
   Key(key);
-  EXPECT_TRUE(WaitFor([&] { return Window(windowClass).empty(); })) << windowClass;
+  EXPECT_TRUE(WaitUntil([&] { return Window(windowClass).empty(); })) << windowClass;
 }
 
 std::string ProgramTest::Deck(const std::string& name, const std::string& command) const {
@@ -152,7 +140,7 @@ std::string ProgramTest::FolderOf(const std::string& deck) {
 }
 
 bool ProgramTest::RunUntilAllHaveRun(const std::vector<std::string>& decks) const {
-  return WaitFor(
+  return WaitUntil(
       [&] {
         Key("ctrl+Return");
         return std::all_of(decks.begin(), decks.end(), [](const std::string& deck) {

@@ -5,16 +5,16 @@
 #include <gtest/gtest.h>
 #include <sys/types.h>
 
-#include <functional>
+#include <chrono>
 #include <string>
 #include <vector>
 
 #include "support/TempFolder.h"
 #include "support/VirtualDisplay_posix.h"
+#include "support/WaitUntil.h"
 
-// Seconds, on a busy machine too. The poll that takes jobs in comes every three seconds.
-inline constexpr double kSoon = 20;
-inline constexpr double kRun = 40;
+// For a whole run, on a busy machine too. The poll that takes jobs in comes every three seconds.
+inline constexpr std::chrono::seconds kRun{40};
 
 // One copy of the program.
 struct Copy {
@@ -30,7 +30,6 @@ class ProgramTest : public testing::Test {
   void SetUp() override;
   void TearDown() override;
 
-  static bool WaitFor(const std::function<bool()>& condition, double seconds = kSoon);
   // What a command on the desktop prints, without the end of the last line.
   std::string Command(const std::string& command) const;
 
@@ -42,7 +41,7 @@ class ProgramTest : public testing::Test {
   // Gives the main window the focus.
   bool Activate();
   // The exit code, or -1 when the program still runs after that time.
-  int WaitExit(const Copy& copy, double seconds = kSoon);
+  int WaitExit(const Copy& copy, std::chrono::seconds limit = std::chrono::seconds(20));
 
   void Key(const std::string& keys) const { Command("xdotool key --delay 30 " + keys); }
   void Type(const std::string& text) const { Command("xdotool type --delay 15 '" + text + "'"); }

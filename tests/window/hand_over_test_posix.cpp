@@ -27,7 +27,7 @@ TEST_F(HandOverByPrograms, EachJobArrivesOnce) {
   const std::string gate = Deck("gate", "run 3600");
   const std::string report = scratch_ / "report.txt";
   const Copy running = StartCopy("--submit --report=" + report + " " + gate);
-  ASSERT_TRUE(WaitFor([&] { return SolverRuns("gate.k"); }));
+  ASSERT_TRUE(WaitUntil([&] { return SolverRuns("gate.k"); }));
   std::map<std::string, int> times;
   for (int first = 0; first < copies; first += burst) {
     std::vector<Copy> started;
@@ -39,10 +39,10 @@ TEST_F(HandOverByPrograms, EachJobArrivesOnce) {
       started.push_back(StartCopy(job, "home", i % 2 == 0 ? bare : ""));
     }
     for (const Copy& copy : started)
-      EXPECT_EQ(WaitExit(copy, 60), 0) << TempFolder::Read(copy.output);
+      EXPECT_EQ(WaitExit(copy, std::chrono::seconds(60)), 0) << TempFolder::Read(copy.output);
   }
   kill(running.pid, SIGTERM);
-  EXPECT_EQ(WaitExit(running, 30), 4);
+  EXPECT_EQ(WaitExit(running, std::chrono::seconds(30)), 4);
   std::istringstream lines(TempFolder::Read(report));
   for (std::string line; std::getline(lines, line);) ++times[line.substr(0, line.find('\t'))];
   EXPECT_EQ(times.size(), static_cast<std::size_t>(copies) + 1);

@@ -42,7 +42,7 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
   std::filesystem::remove(report);
   std::filesystem::create_directory(report);
   copy = StartCopy(submit + " " + Deck("long", "run 60"));
-  ASSERT_TRUE(WaitFor([&] { return SolverRuns("long.k"); }));
+  ASSERT_TRUE(WaitUntil([&] { return SolverRuns("long.k"); }));
   kill(copy.pid, SIGTERM);
   EXPECT_EQ(WaitExit(copy), 4);
   EXPECT_EQ(TempFolder::Read(copy.output), "Write report file [" + report + "] failed\n");
@@ -54,10 +54,10 @@ TEST_F(ProgramTest, SecondCopyHandsItsJobOverAndRaisesTheWindow) {
   Start(own);
   Spawn("xterm -e sleep 60", "xterm.log");
   const auto active = [&] { return ActiveWindow() == main_; };
-  ASSERT_TRUE(WaitFor([&] { return !active(); }));
+  ASSERT_TRUE(WaitUntil([&] { return !active(); }));
   const Copy second = StartCopy(handed);
   EXPECT_EQ(WaitExit(second), 0) << TempFolder::Read(second.output);
-  EXPECT_TRUE(WaitFor(active));
+  EXPECT_TRUE(WaitUntil(active));
   EXPECT_TRUE(RunUntilAllHaveRun({own, handed}));
 }
 
@@ -68,7 +68,7 @@ TEST_F(ProgramTest, TwoUsersEachHaveTheirOwn) {
     GTEST_SKIP() << "another user cannot reach the program";
   const Copy mine = Start("");
   const Copy theirs = StartCopy("", "other", nobody);
-  EXPECT_TRUE(WaitFor([&] {
+  EXPECT_TRUE(WaitUntil([&] {
     return Command("xdotool search --onlyvisible --class '^Kestrun$' | wc -l") == "2";
   })) << TempFolder::Read(theirs.output);
   for (const Copy& copy : {mine, theirs}) EXPECT_EQ(waitpid(copy.pid, nullptr, WNOHANG), 0);
@@ -77,7 +77,7 @@ TEST_F(ProgramTest, TwoUsersEachHaveTheirOwn) {
 TEST_F(ProgramTest, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
   const std::string deck = Deck("long", "run 60");
   const Copy copy = Start("--submit " + deck);
-  ASSERT_TRUE(WaitFor([&] { return SolverRuns("long.k"); }));
+  ASSERT_TRUE(WaitUntil([&] { return SolverRuns("long.k"); }));
   Key("ctrl+t");
   Command("xdotool windowkill " + main_);  // ends the connection
   EXPECT_EQ(WaitExit(copy), 1);
@@ -107,7 +107,7 @@ TEST_F(ProgramTest, TerminationEndsItFromInsideAMenuMessageOrChooser) {
     const auto windows = [&] { return Command("xwininfo -root -children"); };
     const std::string before = windows();
     Key(key);
-    EXPECT_TRUE(WaitFor([&] { return windows() != before; })) << key;
+    EXPECT_TRUE(WaitUntil([&] { return windows() != before; })) << key;
     kill(copy.pid, SIGTERM);
     EXPECT_EQ(WaitExit(copy), 0) << key;
     EXPECT_EQ(Groups(), "Group1=\n");
@@ -122,7 +122,7 @@ TEST_F(ProgramTest, TakesDroppedFilesAndFolders) {
     address.replace(at, 1, "%20");
   Spawn(KR_TEST_BIN_DIR "/drag_source " + address + " file://" + FolderOf(deck) + " file:///gone.k",
         "source.log");
-  ASSERT_TRUE(WaitFor([&] { return !Window("DragSource").empty(); }));
+  ASSERT_TRUE(WaitUntil([&] { return !Window("DragSource").empty(); }));
   Drag(Window("DragSource"), main_);
   Answer("KestrunMessage", "Return");  // one of the files does not exist
   ASSERT_TRUE(Activate());
@@ -166,7 +166,7 @@ TEST_F(ProgramTest, AWorkingDayInChinese) {
 
   const std::string longDeck = Deck("long", "run 60");
   add(longDeck);
-  EXPECT_TRUE(WaitFor(
+  EXPECT_TRUE(WaitUntil(
       [&] {
         Key("ctrl+Return");
         return SolverRuns("long.k");
