@@ -1,9 +1,10 @@
 #include "ui/fltk/Labels.h"
 
 #include <FL/fl_draw.H>
-#include <FL/fl_utf8.h>
 
 #include <vector>
+
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -24,8 +25,7 @@ std::vector<std::size_t> CharacterStarts(const std::string& text) {
   std::vector<std::size_t> starts;
   for (std::size_t at = 0; at < text.size();) {
     starts.push_back(at);
-    const int length = fl_utf8len1(text[at]);
-    at += static_cast<std::size_t>(length > 0 ? length : 1);
+    at += CharacterBytes(text[at]);
   }
   starts.push_back(text.size());
   return starts;

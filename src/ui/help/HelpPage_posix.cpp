@@ -1,7 +1,5 @@
 #include "ui/help/HelpPage.h"
 
-#include <FL/fl_utf8.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -235,8 +233,7 @@ class SafeWriter {
   void WriteText(const std::string& text) {
     std::string_view before;
     for (std::size_t at = 0; at < text.size();) {
-      const int length = std::max(fl_utf8len1(text[at]), 1);
-      const auto now = std::string_view(text).substr(at, static_cast<std::size_t>(length));
+      const auto now = std::string_view(text).substr(at, CharacterBytes(text[at]));
       if (wordBytes_ >= kLongestWord || (!preformatted_ && MayEndLine(before, now))) {
         out_ += kBreak;
         wordBytes_ = 0;

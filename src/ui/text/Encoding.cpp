@@ -1,8 +1,6 @@
 #include "ui/text/Encoding.h"
 
-#include <FL/fl_utf8.h>
-
-#include <algorithm>
+#include "util/text/PlainText.h"
 
 std::string ConvertedText936(const std::string& text) {
   const std::string whole = FromCodePage936(text);
@@ -10,10 +8,9 @@ std::string ConvertedText936(const std::string& text) {
   std::size_t end = 0;
   while (end < whole.size()) {
     const auto first = static_cast<unsigned char>(whole[end]);
-    const int length = std::max(1, fl_utf8len1(whole[end]));
     units += first >= 0xF0 ? 2 : 1;
     if (units > kMostUnits) return ToCodePage936(whole.substr(0, end));
-    end += static_cast<std::size_t>(length);
+    end += CharacterBytes(whole[end]);
   }
   return ToCodePage936(whole);
 }

@@ -3,6 +3,7 @@
 #ifndef KR_UTIL_TEXT_PLAINTEXT_H
 #define KR_UTIL_TEXT_PLAINTEXT_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,12 @@ std::string Lower(std::string_view text);
 bool SameButForCase(std::string_view a, std::string_view b);
 
 bool Holds(std::string_view text, std::string_view part);
+
+// The bytes of a UTF-8 character that begins with this one; 1 when none does.
+constexpr std::size_t CharacterBytes(char first) {
+  const auto byte = static_cast<unsigned char>(first);
+  return byte < 0xC0 || byte >= 0xF8 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
 
 // Without blanks and tabs at both ends.
 std::string_view Trimmed(std::string_view text);
