@@ -1,0 +1,52 @@
+// What there is to know about one run of one solver process: enough to go on with it in another
+// copy of the program, and to remember it afterwards.
+#ifndef KR_RUNS_RUNRECORD_H
+#define KR_RUNS_RUNRECORD_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "jobs/JobFile.h"
+#include "messages/Message.h"
+#include "util/process/ProcessIdentity.h"
+
+// A plain value: who keeps records writes the fields as they are. Texts are byte strings in the
+// system's code page, but for those said to be ASCII. It holds no secret: the settings' access token
+// is masked in the command line and in the reason.
+struct RunRecord {
+  // Known when the process has been started.
+  std::int64_t started = 0;  // seconds since 1970
+  int stage = -1;            // index into JobFile::stages; -1: the job itself
+  SolverKind solver = SolverKind::kLsDynaSingle;
+  std::string jobFile;      // of the stage; empty for a restart job without one
+  std::string restartFile;  // empty: none
+  std::string program;      // path of the executable; empty: the command line's first word
+  std::string commandLine;
+  std::string folder;  // its current folder
+  // What its environment had beyond ours, but for the token.
+  std::vector<std::pair<std::string, std::string>> variables;
+  int cpus = 0;              // asked for, all hosts together
+  std::uint64_t memory = 0;  // megabytes; 0: the solver's choice
+  std::string machine;       // MachineName() of where it runs
+  ProcessIdentity process;   // its mark is ASCII
+  std::string token;         // PTWrapperProcess::Token(); ASCII
+  std::string filesBefore;   // FolderSnapshot::Text() of what lay in the folder; ASCII
+
+  // Known at its end. A run that has not ended is Running.
+  std::int64_t ended = 0;       // seconds since 1970
+  std::optional<int> exitCode;  // none: not known
+  JobStatus verdict = JobStatus::kRunning;
+  int errorCode = 0;        // JobFile::RunErrorCode
+  Message reason;           // JobFile::RunMessage; may be said of a Finished run too
+  std::string messageFile;  // where it is kept; empty: none
+  // Of the message file and the results, where somebody has counted them.
+  std::optional<std::int64_t> errors;
+  std::optional<std::int64_t> warnings;
+  std::optional<std::int64_t> nodes;
+  std::optional<std::int64_t> elements;
+};
+
+#endif
