@@ -11,8 +11,8 @@
 #include "core/QueueObserver.h"
 #include "core/RunningThreads.h"
 #include "core/SettingsAndPaths.h"
+#include "runs/PositioningLibrary.h"
 #include "solvers/JobSolver.h"
-#include "solvers/PositioningLibrary.h"
 #include "util/signals/Mutex.h"
 
 // Owned by the application. Groups are added and removed on the interface thread; everything may be

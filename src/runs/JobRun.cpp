@@ -8,9 +8,9 @@
 
 #include "jobs/JobArguments.h"
 #include "runs/FolderUse.h"
+#include "runs/SolverVersion.h"
 #include "solvers/AbortableWait.h"
 #include "solvers/RunSteps.h"
-#include "solvers/SolverVersion.h"
 
 namespace {
 

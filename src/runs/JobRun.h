@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "runs/PositioningLibrary.h"
 #include "solvers/JobSolver.h"
-#include "solvers/PositioningLibrary.h"
 
 // What a run needs beyond its job. The functions are called on the run's thread.
 struct JobRunSetup {

@@ -3,7 +3,7 @@
 #include <fstream>
 
 #include "runs/JobRun.h"
-#include "solvers/SolverVersion.h"
+#include "runs/SolverVersion.h"
 #include "support/SolverFixture.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "solvers/SolverVersion.h"
+#include "runs/SolverVersion.h"
 #include "support/SolverFixture.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "solvers/SolverVersion.h"
+#include "runs/SolverVersion.h"
 
 #include <chrono>
 #include <mutex>

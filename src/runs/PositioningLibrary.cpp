@@ -1,4 +1,4 @@
-#include "solvers/PositioningLibrary.h"
+#include "runs/PositioningLibrary.h"
 
 #include <type_traits>
 

@@ -1,6 +1,6 @@
 // The closed library that positions the tools of forming stages.
-#ifndef KR_SOLVERS_POSITIONINGLIBRARY_H
-#define KR_SOLVERS_POSITIONINGLIBRARY_H
+#ifndef KR_RUNS_POSITIONINGLIBRARY_H
+#define KR_RUNS_POSITIONINGLIBRARY_H
 
 #include <mutex>
 #include <string>

@@ -1,6 +1,6 @@
 // Which version an LS-DYNA executable says it is.
-#ifndef KR_SOLVERS_SOLVERVERSION_H
-#define KR_SOLVERS_SOLVERVERSION_H
+#ifndef KR_RUNS_SOLVERVERSION_H
+#define KR_RUNS_SOLVERVERSION_H
 
 #include <atomic>
 #include <string>
