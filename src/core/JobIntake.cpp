@@ -22,20 +22,22 @@ int Percent(std::uint64_t done, std::uint64_t size) {
                           static_cast<double>(size));
 }
 
-// A stage that is as its job.
-std::shared_ptr<JobFileDyna> NewStage(const JobFileDyna& job, const std::string& deck,
-                                      const Settings& settings) {
+std::shared_ptr<JobFileDyna> NewStage(const std::string& deck, const Settings& settings) {
   auto stage = std::make_shared<JobFileDyna>(settings);
   stage->jobFile = deck;
-  stage->solverType = job.solverType;
-  stage->useSFile = job.useSFile;
-  stage->caseRun = job.caseRun;
-  stage->keepDeck = job.keepDeck;
-  stage->dump = job.dump;
-  stage->memory = job.memory;
-  stage->pause = job.pause;
-  stage->ncpu = job.ncpu;
   return stage;
+}
+
+// What a stage has from its job.
+void TakeFromJob(JobFileDyna& stage, const JobFileDyna& job) {
+  stage.solverType = job.solverType;
+  stage.useSFile = job.useSFile;
+  stage.caseRun = job.caseRun;
+  stage.keepDeck = job.keepDeck;
+  stage.dump = job.dump;
+  stage.memory = job.memory;
+  stage.pause = job.pause;
+  stage.ncpu = job.ncpu;
 }
 
 }  // namespace
@@ -215,10 +217,11 @@ bool JobIntake::AddStages(JobFileDyna& job, const JobRequest& request, const Set
                           unsigned burst) {
   const MessageSink report = manager_.Settings().Log().Sink();
   for (const std::string& deck : StageDecks(job, report)) {
-    auto stage = NewStage(job, deck, settings);
+    const auto stage = NewStage(deck, settings);
+    TakeFromJob(*stage, job);
     if (!ReadStage(*stage, request, settings, burst)) return false;
     if (static_cast<int>(job.stages.size()) == job.firstStage) stage->restartFile = job.restartFile;
-    job.stages.push_back(std::move(stage));
+    job.stages.push_back(stage);
   }
   return true;
 }
@@ -239,13 +242,15 @@ void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
   const Settings settings = manager_.Settings().Snapshot();
   const std::string deck = FileDirWrapper::AbsolutePath(request.jobFile);
   const auto group = GroupFor(request);
-  std::shared_ptr<JobFileDyna> stage;
+  const auto stage = NewStage(deck, settings);  // before the list is locked: it takes its time
+  bool isOfDecks = false;
   const auto read = [&](const JobFile& job) {
-    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job))
-      stage = NewStage(*dyna, deck, settings);
+    const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
+    isOfDecks = dyna != nullptr;
+    if (isOfDecks) TakeFromJob(*stage, *dyna);
   };
   if (group) group->ReadJob(request.stageOf, read);
-  if (stage && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
-  if (stage && group->AddStage(request.stageOf, stage)) return;
+  if (isOfDecks && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
+  if (isOfDecks && group->AddStage(request.stageOf, stage)) return;
   manager_.Settings().Log().Report(Message(MessageId::kStageTooLate, deck));
 }

@@ -169,16 +169,6 @@ bool JobList::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) 
   return true;
 }
 
-bool JobList::SetJobStatus(JobId job, JobStatus status) {
-  const Access access(*this);
-  JobFile* const found = Find(job);
-  if (found == nullptr) return false;
-  if (found->status == JobStatus::kRunning) return false;
-  if (status == JobStatus::kQueued) SetAbort(*found, false);
-  SetStatus(*found, status);
-  return true;
-}
-
 bool JobList::Resubmit(JobId job) {
   const Access access(*this);
   JobFile* const found = Find(job);
@@ -233,12 +223,6 @@ std::vector<JobId> JobList::JobIds() const {
   ids.reserve(jobs_.size());
   for (const std::shared_ptr<JobFile>& job : jobs_) ids.push_back(job->id);
   return ids;
-}
-
-std::shared_ptr<JobFile> JobList::GetJob(JobId job) const {
-  const Access access(*this);
-  const JobFile* const found = Find(job);
-  return found == nullptr ? nullptr : jobs_[PlaceOf(*found)];
 }
 
 JobId JobList::ActiveJob() const {

@@ -39,7 +39,6 @@ class JobList : public PTWrapper {
   bool RemoveJob(JobId job);
   // A queued job moves down past any job, and up past a queued one only.
   bool MoveJob(JobId job, bool up);
-  bool SetJobStatus(JobId job, JobStatus status);
   // Finished and Aborted jobs only: back to Queued.
   bool Resubmit(JobId job);
 
@@ -62,7 +61,6 @@ class JobList : public PTWrapper {
   bool RemoveStage(JobId job, JobId stage);
   bool MoveStage(JobId job, JobId stage, bool up);
   bool SetFirstStage(JobId job, JobId stage);
-  bool SetStageStatus(JobId job, JobId stage, JobStatus status);
   // Changes fields of one stage, other than status and abort; false when `change` says so. It is
   // called like the readers below.
   bool ChangeStage(JobId job, JobId stage, const std::function<bool(JobFile&)>& change);
@@ -92,10 +90,6 @@ class JobList : public PTWrapper {
   void EndRun(JobFile& job, JobStatus status);
   // Sets the abort flags of the active job and its stages.
   void AbortActiveJob();
-
-  // Null when it is not there. The program reads jobs as above: what these give is not guarded.
-  std::shared_ptr<JobFile> GetJob(JobId job) const;
-  std::shared_ptr<JobFile> GetStage(JobId job, JobId stage) const;
 
  private:
   // The lock of all lists. Its members are its holder's.

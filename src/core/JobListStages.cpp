@@ -88,22 +88,6 @@ JobFile* JobList::FindStage(JobId job, JobId stage) const {
   return place == found->stages.end() ? nullptr : place->get();
 }
 
-bool JobList::SetStageStatus(JobId job, JobId stage, JobStatus status) {
-  const Access access(*this);
-  JobFile* const found = FindStage(job, stage);
-  if (found == nullptr || Find(job)->status == JobStatus::kRunning) return false;
-  SetStatus(*Find(job), *found, status);
-  return true;
-}
-
-std::shared_ptr<JobFile> JobList::GetStage(JobId job, JobId stage) const {
-  const Access access(*this);
-  const JobFile* const found = Find(job);
-  if (found == nullptr) return nullptr;
-  const auto place = StagePlace(found->stages, stage);
-  return place == found->stages.end() ? nullptr : *place;
-}
-
 bool JobList::ReadStage(JobId job, JobId stage,
                         const std::function<void(const JobFile&)>& read) const {
   const Access access(*this);

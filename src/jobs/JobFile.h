@@ -43,6 +43,7 @@ struct JobRunContext {
 // without that while the status is Running: the list refuses to change the fields of such a job.
 class JobFile {
  public:
+  // Asks the system for the computer's address the first time: not while a list is locked.
   explicit JobFile(const Settings& settings);
   virtual ~JobFile();
   JobFile(const JobFile&) = delete;

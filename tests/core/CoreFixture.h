@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "core/JobList.h"
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
 #include "support/ScopedVariable.h"
@@ -20,6 +21,13 @@
 #ifdef _WIN32
 #include "ScratchAppData_win32.h"
 #endif
+
+// A job as it stands, without the list's lock; null when the list does not have it.
+inline JobFile* JobIn(const JobList& list, JobId job) {
+  JobFile* found = nullptr;
+  list.ReadJob(job, [&](const JobFile& one) { found = const_cast<JobFile*>(&one); });
+  return found;
+}
 
 // Writes down what the core tells. Any thread.
 class RecordingObserver : public QueueObserver {

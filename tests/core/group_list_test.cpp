@@ -53,11 +53,9 @@ TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
     EXPECT_FALSE(group.SetDump(job, false));
     EXPECT_FALSE(group.SetRestartFile(job, "r"));
     EXPECT_FALSE(group.SetExtraOptions(job, "x"));
-    EXPECT_FALSE(group.SetJobStatus(job, JobStatus::kQueued));
     EXPECT_FALSE(group.Resubmit(job));
   }
   EXPECT_FALSE(group.RemoveJob(gone->id));
-  EXPECT_FALSE(group.GetJob(gone->id));
   EXPECT_FALSE(group.AddJob(nullptr));
   EXPECT_FALSE(group.AddJob(jobs_[0])) << "twice";
   EXPECT_EQ(group.ActiveJob(), Id(0));

@@ -37,7 +37,7 @@ TEST_F(GroupRun, TakesTheJobsInOrderAndJudgesEach) {
                                       StatusNote(1, 1), StatusNote(1, 2), StatusNote(1, 4),
                                       StatusNote(2, 1), StatusNote(2, 2), StatusNote(2, 4)}));
   EXPECT_NE(manager_->runErrorCode, 0);
-  EXPECT_EQ(Group()->GetJob(Id(0))->process.ExitCode(), -1);  // thousands of them may have ended
+  EXPECT_EQ(JobIn(*Group(), Id(0))->process.ExitCode(), -1);  // thousands of them may have ended
   EXPECT_TRUE(WaitUntil([&] { return seen_.Count("run " + std::to_string(Group()->Id())) == 2; }));
 
   ASSERT_TRUE(Group()->Resubmit(Id(0)));

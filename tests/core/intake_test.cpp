@@ -8,14 +8,13 @@ class Intake : public GroupTest {
  protected:
   // Adds a request for the file and gives the job that came of it.
   template <typename Kind>
-  std::shared_ptr<Kind> Make(const std::string& path,
-                             const std::function<void(JobRequest&)>& change = {}) {
+  Kind* Make(const std::string& path, const std::function<void(JobRequest&)>& change = {}) {
     JobRequest request = MakeJobRequest(files_.Get());
     request.jobFile = path;
     if (change) change(request);
     intake_.Add(request);
     intake_.Drain();
-    return std::dynamic_pointer_cast<Kind>(Group()->GetJob(Id(Group()->JobCount() - 1)));
+    return dynamic_cast<Kind*>(JobIn(*Group(), Id(Group()->JobCount() - 1)));
   }
 
   JobIntake intake_{*manager_};

@@ -80,7 +80,7 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(running));
   EXPECT_EQ(Statuses()[0], "Running");
-  Group()->GetJob(Group()->ActiveJob())->started -= 7 * 3600 + 12 * 60;
+  JobIn(*Group(), Group()->ActiveJob())->started -= 7 * 3600 + 12 * 60;
   const std::string question = window_->Texts().Format("ui_ask_stop", "running.k", "7 h 12 min");
   for (const int key : {FL_Enter, FL_Escape}) {
     Talk([&] { PressKey('.', FL_CTRL); }, {[&](Fl_Window& box) { Key(box, key); }});
@@ -109,7 +109,7 @@ TEST_F(ActionsTest, KeysBelongToTheWindowThatHasThem) {
   PressKey(FL_Home);
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(deck));
-  const auto job = Group()->GetJob(Group()->ActiveJob());
+  const JobFile* const job = JobIn(*Group(), Group()->ActiveJob());
   ASSERT_TRUE(Until([&] { return !job->MessageFile().empty(); }));
   PressKey('m', FL_CTRL);
   auto* viewer = dynamic_cast<TextViewer*>(Fl::first_window());

@@ -116,8 +116,8 @@ TEST_F(SettingsRowTest, ARejectedFieldKeepsJobsFromStarting) {
   }
   TypeInto(Memory(), "80");
   Run();
-  EXPECT_EQ(Group()->GetJob(Table().JobAt(0))->status, JobStatus::kFinished);
-  EXPECT_EQ(Group()->GetJob(Table().JobAt(0))->memory, 80U);
+  EXPECT_EQ(JobIn(*Group(), Table().JobAt(0))->status, JobStatus::kFinished);
+  EXPECT_EQ(JobIn(*Group(), Table().JobAt(0))->memory, 80U);
 }
 
 TEST_F(SettingsRowTest, AFieldShowsWhatAStartingJobHas) {
@@ -133,7 +133,7 @@ TEST_F(SettingsRowTest, AFieldShowsWhatAStartingJobHas) {
 }
 
 TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
-  const auto status = [&](int row) { return Group()->GetJob(Table().JobAt(row))->status; };
+  const auto status = [&](int row) { return JobIn(*Group(), Table().JobAt(row))->status; };
   EXPECT_FALSE(IsRed(Solver()));
   const std::string missing = home_ / "gone/ls-dyna";
   Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);

@@ -47,10 +47,10 @@ constexpr int kLeastWidth = 70;
 
 const std::span<const DialogText> StageTable::kTexts = kStageTexts;
 
-StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job,
+StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, JobId job,
                        Texts texts, const TextTable& words)
     : Flx_Table(x, y, w, h),
-      group_(std::move(group)),
+      list_(std::move(list)),
       job_(job),
       texts_(std::move(texts)),
       words_(words) {
@@ -98,7 +98,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
 // Rows of stages that have been removed meanwhile are empty.
 std::vector<StageTable::Row> StageTable::ReadRows(int first, int last) const {
   std::vector<Row> rows(static_cast<std::size_t>(std::max(last - first, 0)));
-  group_->ReadJob(job_, [&](const JobFile& job) {
+  list_->ReadJob(job_, [&](const JobFile& job) {
     for (std::size_t index = 0; index < job.stages.size(); ++index) {
       for (int row = first; row < last; ++row) {
         if (StageAt(row) != job.stages[index]->id) continue;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/JobGroup.h"
+#include "core/JobList.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
@@ -25,7 +25,7 @@ class StageTable : public Flx_Table {
   using Texts = std::function<std::string(const std::string& key)>;
 
   // `words` has the texts of the main window and outlives the table.
-  StageTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, JobId job, Texts texts,
+  StageTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, JobId job, Texts texts,
              const TextTable& words);
 
   // Other stages, or what they show changed. The current one stays current wherever it moved.
@@ -56,7 +56,7 @@ class StageTable : public Flx_Table {
   std::vector<Row> ReadRows(int first, int last) const;
   Row ReadRow(int row) const { return ReadRows(row, row + 1).front(); }
 
-  const std::shared_ptr<JobGroup> group_;
+  const std::shared_ptr<JobList> list_;
   const JobId job_;
   const Texts texts_;
   const TextTable& words_;

@@ -30,7 +30,6 @@ class HelpBook {
   // The HTML of a page in UTF-8; null when there is none. Names have no folder in front and are
   // matched without regard to case.
   const std::string* Page(const std::string& name) const;
-  std::vector<std::string> PageNames() const;
 
   const std::vector<HelpEntry>& Contents() const { return contents_; }
 

@@ -121,12 +121,6 @@ const std::string* HelpBook::Page(const std::string& name) const {
   return found == pages_.end() ? nullptr : &found->second;
 }
 
-std::vector<std::string> HelpBook::PageNames() const {
-  std::vector<std::string> names;
-  for (const auto& [name, page] : pages_) names.push_back(name);
-  return names;
-}
-
 bool HelpBook::Resolve(const std::string& from, const std::string& link, std::string& page,
                        std::string& anchor) {
   const std::size_t hash = link.find('#');

@@ -14,12 +14,6 @@
 std::string SafePage(const std::string& html,
                      const std::function<std::string(const std::string& link)>& address);
 
-// The links of a page, as they are written.
-std::vector<std::string> LinksOf(const std::string& html);
-
-// The names of a page's anchors.
-std::vector<std::string> AnchorsOf(const std::string& html);
-
 // The page's title; empty when it has none.
 std::string TitleOf(const std::string& html);
 

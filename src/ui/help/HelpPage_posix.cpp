@@ -299,32 +299,11 @@ class SafeWriter {
   int cells_ = 0;  // in the row
 };
 
-// What the attribute holds in all tags of the name that have it.
-std::vector<std::string> Values(const std::string& html, const char* name, const char* attribute) {
-  std::vector<std::string> values;
-  Reader reader(html);
-  std::string text;
-  Tag tag;
-  while (reader.Next(text, tag)) {
-    if (text.empty() && !tag.end && tag.name == name && tag.attributes.count(attribute))
-      values.push_back(tag.Of(attribute));
-  }
-  return values;
-}
-
 }  // namespace
 
 std::string SafePage(const std::string& html,
                      const std::function<std::string(const std::string& link)>& address) {
   return SafeWriter(html, address).Write();
-}
-
-std::vector<std::string> LinksOf(const std::string& html) {
-  return Values(html, "a", "href");
-}
-
-std::vector<std::string> AnchorsOf(const std::string& html) {
-  return Values(html, "a", "name");
 }
 
 std::string TitleOf(const std::string& html) {

@@ -25,7 +25,7 @@ void Flx_AppWnd::Refresh() {
 
 void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   JobTable* table = Table();
-  const int shown = table ? table->Group()->Id() : 0;
+  const int shown = table ? table->List()->Id() : 0;
   if (table && changes.groups.count(shown)) table->JobsChanged();
   if (const auto changed = changes.jobs.find(shown); table && changed != changes.jobs.end()) {
     for (const JobId job : changed->second) table->JobChanged(job);
@@ -63,7 +63,7 @@ void Flx_AppWnd::SyncTables() {
   for (int index = 0; index < manager.GroupCount(); ++index) {
     const std::shared_ptr<JobGroup> group = manager.GroupAt(index);
     const auto found = std::find_if(old.begin(), old.end(),
-                                    [&](const JobTable* table) { return table->Group() == group; });
+                                    [&](const JobTable* table) { return table->List() == group; });
     if (found == old.end()) {
       MakeTable(group);
     } else {
@@ -137,7 +137,7 @@ void Flx_AppWnd::ShowTools() {
 }
 
 void Flx_AppWnd::ShowCurrentJob() {
-  if (JobTable* table = Table()) settings_->SetJob(table->Group(), table->CurrentJob());
+  if (JobTable* table = Table()) settings_->SetJob(table->List(), table->CurrentJob());
 }
 
 void Flx_AppWnd::SwitchToGroup(int index) {

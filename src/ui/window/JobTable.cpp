@@ -39,9 +39,9 @@ static_assert(std::size(kShapes) == JobTable::kColumns);
 
 }  // namespace
 
-JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group,
+JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list,
                    const TextTable& texts)
-    : Flx_Table(x, y, w, h), group_(std::move(group)), texts_(texts) {
+    : Flx_Table(x, y, w, h), list_(std::move(list)), texts_(texts) {
   for (const Shape& shape : kShapes)
     AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share});
   JobsChanged();
@@ -67,7 +67,7 @@ JobId JobTable::CurrentJob() const {
 
 void JobTable::JobsChanged() {
   const JobId before = CurrentJob();
-  jobs_ = group_->JobIds();
+  jobs_ = list_->JobIds();
   RowsChanged();
   if (CurrentJob() == before) return;
   const int row = RowOf(before);
@@ -116,7 +116,7 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
 // Empty for a job that has been removed meanwhile.
 JobTable::Row JobTable::ReadRow(int index) const {
   Row row;
-  group_->ReadJob(JobAt(index), [&](const JobFile& job) { row = MakeRow(job); });
+  list_->ReadJob(JobAt(index), [&](const JobFile& job) { row = MakeRow(job); });
   return row;
 }
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "core/JobGroup.h"
+#include "core/JobList.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
 
-// Its rows are the jobs that the group had when the table looked last; what they show is read when
+// Its rows are the jobs that the list had when the table looked last; what they show is read when
 // they are drawn. The current job stays current wherever it moves. Interface thread.
 class JobTable : public Flx_Table {
  public:
@@ -30,9 +30,9 @@ class JobTable : public Flx_Table {
   };
 
   // The texts outlive the table.
-  JobTable(int x, int y, int w, int h, std::shared_ptr<JobGroup> group, const TextTable& texts);
+  JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, const TextTable& texts);
 
-  const std::shared_ptr<JobGroup>& Group() const { return group_; }
+  const std::shared_ptr<JobList>& List() const { return list_; }
 
   // kNone when no row is current.
   JobId CurrentJob() const;
@@ -41,7 +41,7 @@ class JobTable : public Flx_Table {
 
   void SelectJob(JobId job);
 
-  // The group's list changed.
+  // The list changed.
   void JobsChanged();
   // What a job shows changed.
   void JobChanged(JobId job);
@@ -71,7 +71,7 @@ class JobTable : public Flx_Table {
   int RowOf(JobId job) const;  // -1 when it has none
   void DrawCheck(const Cell& cell, const Row& row);
 
-  std::shared_ptr<JobGroup> group_;
+  std::shared_ptr<JobList> list_;
   const TextTable& texts_;
   std::vector<JobId> jobs_;  // by row
   int firstRow_ = 0;         // the row of shown_[0]

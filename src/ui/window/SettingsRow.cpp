@@ -129,22 +129,22 @@ void SettingsRow::ConnectFields() {
   memory_->Store = [this, &settings](const std::string& text) {
     const auto value = static_cast<std::uint64_t>(*WholeNumber(text, 0, Settings::kMostMemory));
     if (!HasJob()) settings.Set(&Settings::memory_size, value);
-    EditJob([&](JobGroup& group, JobId job) { return group.SetMemory(job, value); });
+    EditJob([&](JobList& list, JobId job) { return list.SetMemory(job, value); });
   };
   cpu_->Check = NumberCheck(1, Settings::kMostCpus, "ui_bad_cpu");
   cpu_->Store = [this, &settings](const std::string& text) {
     const int value = static_cast<int>(*WholeNumber(text, 1, Settings::kMostCpus));
     if (!HasJob()) settings.Set(&Settings::cpu_count, value);
-    EditJob([&](JobGroup& group, JobId job) { return group.SetCpuCount(job, value); });
+    EditJob([&](JobList& list, JobId job) { return list.SetCpuCount(job, value); });
   };
   pause_->Check = NumberCheck(0, kLongestPause, "ui_bad_pause");
   pause_->Store = [this, &settings](const std::string& text) {
     const int value = static_cast<int>(*WholeNumber(text, 0, kLongestPause));
     if (!HasJob()) settings.Set(&Settings::pause_time, value);
-    EditJob([&](JobGroup& group, JobId job) { return group.SetPause(job, value); });
+    EditJob([&](JobList& list, JobId job) { return list.SetPause(job, value); });
   };
   command_->Store = [this](const std::string& text) {
-    EditJob([&](JobGroup& group, JobId job) { return group.SetExtraOptions(job, FromUi(text)); });
+    EditJob([&](JobList& list, JobId job) { return list.SetExtraOptions(job, FromUi(text)); });
   };
   solver_->Doubt = [this](const std::string& text) { return SolverHint(TypedPath(text)); };
   solver_->Store = [this](const std::string& text) { StoreSolver(TypedPath(text)); };
@@ -195,11 +195,11 @@ void SettingsRow::resize(int x, int y, int w, int h) {
 }
 
 bool SettingsRow::HasJob() const {
-  return group_ && job_ != JobId::kNone;
+  return list_ && job_ != JobId::kNone;
 }
 
-void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, JobId job) {
-  group_ = std::move(group);
+void SettingsRow::SetJob(std::shared_ptr<JobList> list, JobId job) {
+  list_ = std::move(list);
   job_ = job;
   // Texts of another job, valid or not, must not be taken for this one's.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
@@ -209,7 +209,7 @@ void SettingsRow::SetJob(std::shared_ptr<JobGroup> group, JobId job) {
 
 SettingsRow::View SettingsRow::MakeView() const {
   View view;
-  view.job = HasJob() && group_->ReadJob(job_, [&](const JobFile& job) {
+  view.job = HasJob() && list_->ReadJob(job_, [&](const JobFile& job) {
     view.kind = job.GetSolverType();
     view.running = job.status == JobStatus::kRunning;
     view.dyna = dynamic_cast<const JobFileDyna*>(&job) != nullptr;
@@ -310,9 +310,9 @@ void SettingsRow::GoToSolver() {
   solver_->GoTo();
 }
 
-void SettingsRow::EditJob(const std::function<bool(JobGroup&, JobId)>& edit) {
+void SettingsRow::EditJob(const std::function<bool(JobList&, JobId)>& edit) {
   if (HasJob()) {
-    const bool done = edit(*group_, job_);
+    const bool done = edit(*list_, job_);
     if (!done && OnHint) OnHint(texts_.Get("ui_running_fixed"));
     if (OnJobEdited) OnJobEdited();
   }
@@ -323,7 +323,7 @@ void SettingsRow::ChooseKind(SolverKind kind) {
   // A path that is being typed belongs to the program shown until now.
   solver_->Commit();
   if (HasJob()) {
-    EditJob([&](JobGroup& group, JobId job) { return group.SetPrecision(job, kind); });
+    EditJob([&](JobList& list, JobId job) { return list.SetPrecision(job, kind); });
   } else {
     kind_ = kind;
     Refresh();
@@ -369,9 +369,9 @@ void SettingsRow::ToggleAuto() {
   application_.SettingsAndFiles().Set(&Settings::memory_auto, on);
   if (!on || !HasJob()) return;
   std::uint64_t fromDeck = 0;
-  group_->ReadJob(job_, [&](const JobFile& job) {
+  list_->ReadJob(job_, [&](const JobFile& job) {
     if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) fromDeck = dyna->deckMemory;
   });
   if (fromDeck > 0)
-    EditJob([&](JobGroup& group, JobId job) { return group.SetMemory(job, fromDeck); });
+    EditJob([&](JobList& list, JobId job) { return list.SetMemory(job, fromDeck); });
 }

@@ -25,9 +25,9 @@ class SettingsRow : public Fl_Group {
   // The application and the texts outlive the row.
   SettingsRow(int x, int y, int w, int h, Application& application, const TextTable& texts);
 
-  // The job to show; a null group or kNone: none. A text that is being typed for another job must
+  // The job to show; a null list or kNone: none. A text that is being typed for another job must
   // have been committed.
-  void SetJob(std::shared_ptr<JobGroup> group, JobId job);
+  void SetJob(std::shared_ptr<JobList> list, JobId job);
   // Shows what is stored; a text that is being typed stays.
   void Refresh();
   // Stores what is being typed. False when something is not valid; it stays as typed.
@@ -62,12 +62,12 @@ class SettingsRow : public Fl_Group {
   void ToggleAuto();
   bool HasJob() const;
   SolverKind ShownKind() const;  // whose program is shown
-  // Runs a change of the current job and tells when the group refuses it.
-  void EditJob(const std::function<bool(JobGroup& group, JobId job)>& edit);
+  // Runs a change of the current job and tells when the list refuses it.
+  void EditJob(const std::function<bool(JobList& list, JobId job)>& edit);
 
   Application& application_;
   const TextTable& texts_;
-  std::shared_ptr<JobGroup> group_;
+  std::shared_ptr<JobList> list_;
   JobId job_ = JobId::kNone;
   SolverKind kind_ = SolverKind::kLsDynaSingle;  // shown without a job
 
