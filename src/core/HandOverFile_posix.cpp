@@ -73,6 +73,15 @@ Result WhyNotOpened(const std::string& path) {
   return Exists(path) ? Result::kRefused : Result::kMissing;
 }
 
+// For reading; kDone when it is open.
+Result OpenTrusted(const std::string& path, std::size_t limit, UniqueFd& fd, struct stat& info) {
+  fd = UniqueFd(open(path.c_str(), O_RDONLY | kSafely));
+  if (!fd) return WhyNotOpened(path);
+  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
+  if (!IsTrusted(info)) return Result::kRefused;
+  return static_cast<std::uintmax_t>(info.st_size) > limit ? Result::kTooBig : Result::kDone;
+}
+
 }  // namespace
 
 // The open file keeps its number from being given to another one.
@@ -139,24 +148,20 @@ Result Append(const std::string& path, const std::string& text,
 
 Result TakeAway(const std::string& path, std::size_t limit, const std::string& taken) {
   if (!IsInTrustedFolder(path)) return Result::kRefused;
-  const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
-  if (!fd) return WhyNotOpened(path);
+  UniqueFd fd;
   struct stat info {};
-  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
-  if (!IsTrusted(info)) return Result::kRefused;
-  if (static_cast<std::uintmax_t>(info.st_size) > limit) return Result::kTooBig;
+  if (const Result opened = OpenTrusted(path, limit, fd, info); opened != Result::kDone)
+    return opened;
   if (EndsInMidLine(fd.get(), info.st_size) && IsYoung(info)) return Result::kGrowing;
   return rename(path.c_str(), taken.c_str()) == 0 ? Result::kDone : Result::kFailed;
 }
 
 Result Read(const std::string& path, std::size_t limit, std::string& text) {
   text.clear();
-  const UniqueFd fd(open(path.c_str(), O_RDONLY | kSafely));
-  if (!fd) return WhyNotOpened(path);
+  UniqueFd fd;
   struct stat info {};
-  if (fstat(fd.get(), &info) != 0) return Result::kFailed;
-  if (!IsTrusted(info)) return Result::kRefused;
-  if (static_cast<std::uintmax_t>(info.st_size) > limit) return Result::kTooBig;
+  if (const Result opened = OpenTrusted(path, limit, fd, info); opened != Result::kDone)
+    return opened;
   return ReadAll(fd.get(), limit, text) ? Result::kDone : Result::kFailed;
 }
 

@@ -27,7 +27,6 @@ std::string ForSystem(const std::string& path);
 
 // The entries in the system's order without "." and ".."; none when the folder cannot be read.
 std::vector<Entry> ReadFolder(const std::string& folder);
-bool IdOf(const std::string& path, FileId& id);
 
 struct FileState {
   FileId id;
@@ -36,6 +35,12 @@ struct FileState {
 };
 // Links are followed. Also of a file that somebody has open for himself alone.
 bool StateOf(const std::string& path, FileState& state);
+inline bool IdOf(const std::string& path, FileId& id) {
+  FileState state;
+  if (!StateOf(path, state)) return false;
+  id = state.id;
+  return true;
+}
 
 // One level. True also when another process was faster.
 bool MakeFolder(const std::string& path);

@@ -46,13 +46,6 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
   return entries;
 }
 
-bool IdOf(const std::string& path, FileId& id) {
-  FileState state;
-  if (!StateOf(path, state)) return false;
-  id = state.id;
-  return true;
-}
-
 bool StateOf(const std::string& path, FileState& state) {
   constexpr std::int64_t kNanoseconds = 1000000000;
   struct stat info {};

@@ -45,13 +45,6 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
   return entries;
 }
 
-bool IdOf(const std::string& path, FileId& id) {
-  FileState state;
-  if (!StateOf(path, state)) return false;
-  id = state.id;
-  return true;
-}
-
 bool StateOf(const std::string& path, FileState& state) {
   const HANDLE file =
       CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,

@@ -3,24 +3,14 @@
 
 #include "util/files/FileSystemCalls.h"
 #include "util/files/IOWrapper.h"
+#include "util/files/LineBytes.h"
 
 bool IOWrapperTxt::ReadLine(std::FILE* file, std::string& line) {
-  constexpr int kEndByte = 0xFF;
   line.clear();
   if (file == nullptr) return true;
-  char piece[512];
-  std::size_t used = 0;
   flockfile(file);
-  for (int c = getc_unlocked(file); c != EOF && c != '\n' && c != kEndByte;
-       c = getc_unlocked(file)) {
-    piece[used++] = static_cast<char>(c);
-    if (used == sizeof(piece)) {
-      line.append(piece, used);
-      used = 0;
-    }
-  }
+  AppendLine([file] { return getc_unlocked(file); }, line);
   funlockfile(file);
-  line.append(piece, used);
   return true;
 }
 

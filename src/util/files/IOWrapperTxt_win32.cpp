@@ -2,23 +2,14 @@
 #include <sys/types.h>
 
 #include "util/files/IOWrapper.h"
+#include "util/files/LineBytes.h"
 
 bool IOWrapperTxt::ReadLine(std::FILE* file, std::string& line) {
-  constexpr int kEndByte = 0xFF;
   line.clear();
   if (file == nullptr) return true;
-  char piece[512];
-  std::size_t used = 0;
   _lock_file(file);
-  for (int c = _getc_nolock(file); c != EOF && c != '\n' && c != kEndByte; c = _getc_nolock(file)) {
-    piece[used++] = static_cast<char>(c);
-    if (used == sizeof(piece)) {
-      line.append(piece, used);
-      used = 0;
-    }
-  }
+  AppendLine([file] { return _getc_nolock(file); }, line);
   _unlock_file(file);
-  line.append(piece, used);
   return true;
 }
 

@@ -22,7 +22,11 @@ class InputFile {
   std::uint64_t Size() const { return size_; }
 
   // Reads on from where the last Read ended. The bytes read, 0 at the end of file, -1 on failure.
-  std::ptrdiff_t Read(char* buffer, std::size_t capacity);
+  std::ptrdiff_t Read(char* buffer, std::size_t capacity) {
+    const std::ptrdiff_t count = ReadAt(position_, buffer, capacity);
+    if (count > 0) position_ += static_cast<std::uint64_t>(count);
+    return count;
+  }
 
   // The same from a given place; does not move Read.
   std::ptrdiff_t ReadAt(std::uint64_t offset, char* buffer, std::size_t capacity) const;

@@ -28,12 +28,6 @@ bool InputFile::Open(const std::string& path) {
   return true;
 }
 
-std::ptrdiff_t InputFile::Read(char* buffer, std::size_t capacity) {
-  const std::ptrdiff_t count = ReadAt(position_, buffer, capacity);
-  if (count > 0) position_ += static_cast<std::uint64_t>(count);
-  return count;
-}
-
 std::ptrdiff_t InputFile::ReadAt(std::uint64_t offset, char* buffer, std::size_t capacity) const {
   for (;;) {
     const ssize_t count =

@@ -33,12 +33,6 @@ bool InputFile::Open(const std::string& path) {
   return true;
 }
 
-std::ptrdiff_t InputFile::Read(char* buffer, std::size_t capacity) {
-  const std::ptrdiff_t count = ReadAt(position_, buffer, capacity);
-  if (count > 0) position_ += static_cast<std::uint64_t>(count);
-  return count;
-}
-
 std::ptrdiff_t InputFile::ReadAt(std::uint64_t offset, char* buffer, std::size_t capacity) const {
   OVERLAPPED place{};
   place.Offset = static_cast<DWORD>(offset & 0xFFFFFFFFu);
