@@ -39,13 +39,16 @@ c++ -std=c++20 -I "$root/src" -x c++ - -o "$scratch/places" <<'CODE'
 using namespace Layout;
 int main() {
   const int w = kWindowWidth, tool = kToolSize / 2;
+  const auto row = [&](int number) {
+    return TableY(w) + 1 + kHeaderHeight + number * kRowHeight + kRowHeight / 2;
+  };
   std::printf("tool_y=%d restart_x=%d config_x=%d about_x=%d submit_x=%d\n", kToolY + tool,
               ToolX(Action::kAddRestart, w) + tool, ToolX(Action::kConfig, w) + tool,
               ToolX(Action::kAbout, w) + tool, ToolX(Action::kSubmit, w) + tool);
   std::printf("mpp_x=%d mpp_y=%d tab_y=%d\n", w - kMargin - 60, ParameterRowY(w) + kFieldHeight / 2,
               TabsY(w) + kTabHeight / 2);
-  std::printf("row_1=%d row_2=%d row_3=%d row_4=%d row_5=%d\n", RowY(0, w), RowY(1, w), RowY(2, w),
-              RowY(3, w), RowY(4, w));
+  std::printf("row_1=%d row_2=%d row_3=%d row_4=%d row_5=%d\n", row(0), row(1), row(2), row(3),
+              row(4));
 }
 CODE
 eval "$("$scratch/places")"

@@ -1,5 +1,5 @@
 // Sizes and positions of the main window, in pixels. Plain numbers without toolkit headers, so that
-// tests compute where to click.
+// tools/screenshots.sh computes from them where to click.
 #ifndef KR_UI_WINDOW_LAYOUT_H
 #define KR_UI_WINDOW_LAYOUT_H
 
@@ -104,10 +104,6 @@ constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight;
 }
 inline constexpr int kStatusHeight = 26;
-// The middle of a row of the table, counted from the first visible one.
-constexpr int RowY(int row, int windowWidth) {
-  return TableY(windowWidth) + 1 + kHeaderHeight + row * kRowHeight + kRowHeight / 2;
-}
 
 }  // namespace Layout
 
