@@ -7,9 +7,9 @@
 
 #include "jobs/JobArguments.h"
 #include "solvers/AbortableWait.h"
-#include "solvers/LineBlocks.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
+#include "util/files/LineBlocks.h"
 #include "util/process/PTWrapper.h"
 #include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"

@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "jobs/JobArguments.h"
-#include "solvers/LineBlocks.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/RunSteps.h"
+#include "util/files/LineBlocks.h"
 
 JobSolverInc::JobSolverInc() : JobSolver(SolverKind::kInc) {}
 

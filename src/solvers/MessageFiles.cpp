@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "solvers/LineBlocks.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/LineBlocks.h"
 #include "util/text/PlainText.h"
 
 namespace {

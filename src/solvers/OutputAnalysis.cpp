@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "solvers/Hints.h"
-#include "solvers/LineBlocks.h"
 #include "solvers/ReportText.h"
+#include "util/files/LineBlocks.h"
 #include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 

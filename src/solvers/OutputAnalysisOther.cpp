@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "jobs/JobFile.h"
-#include "solvers/LineBlocks.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/ReportText.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/LineBlocks.h"
 #include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 

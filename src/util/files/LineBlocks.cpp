@@ -1,4 +1,4 @@
-#include "solvers/LineBlocks.h"
+#include "util/files/LineBlocks.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Reads a text file of any size in blocks of whole lines.
-#ifndef KR_SOLVERS_LINEBLOCKS_H
-#define KR_SOLVERS_LINEBLOCKS_H
+#ifndef KR_UTIL_FILES_LINEBLOCKS_H
+#define KR_UTIL_FILES_LINEBLOCKS_H
 
 #include <cstdint>
 #include <functional>
