@@ -1,8 +1,10 @@
 // Prints what the program reads out of the files of a run: decks, solver outputs, result databases.
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -12,28 +14,39 @@
 #include "jobs/DeckEndTime.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
+#include "progress/RunProgress.h"
 #include "solvers/OutputAnalysis.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 constexpr char kUsage[] =
     "Usage: krinspect deck|message|inc|vorel|d3plot FILE [--json]\n"
+    "       krinspect progress FOLDER|FILE [--json]\n"
+    "       krinspect glstat FILE [--json|--csv]\n"
     "\n"
     "  deck     what the queue reads from an LS-DYNA deck\n"
     "  message  the report of a message file\n"
     "  inc      the report of an INC job or its _INFO.OUT file\n"
     "  vorel    the report of a Vorel job or its .OUT file\n"
     "  d3plot   nodes, elements and files of a result database\n"
+    "  progress how far a run is: of a job's folder, its message file, or an INC or Vorel job\n"
+    "  glstat   energies, time steps and more of all states in a glstat file\n"
     "\n"
     "The exit code is 0 only when the file was read.\n";
 
-// What there is to say about a file: keys with one value, or with a list of texts.
+// A quantity over the states of a run; nothing where a state does not have it.
+using Numbers = std::vector<std::optional<double>>;
+
+// What there is to say about a file: keys with one value or with a list; nothing when it is
+// unknown.
 struct Entry {
-  using Value = std::variant<std::string, std::int64_t, std::uint64_t, double, bool,
-                             std::vector<std::string>>;
-  const char* key;
+  using Value = std::variant<std::monostate, std::string, std::int64_t, std::uint64_t, double, bool,
+                             std::vector<std::string>, std::vector<std::int64_t>, Numbers>;
+  std::string key;
   Value value;
 };
 
@@ -59,52 +72,58 @@ std::size_t CharacterLength(std::string_view text) {
 }
 
 // Bytes that are no UTF-8 are taken for single characters of Latin-1.
-std::string JsonText(std::string_view text) {
-  std::string json = "\"";
+std::string Utf8(std::string_view text) {
+  std::string utf8;
   while (!text.empty()) {
     const std::size_t length = CharacterLength(text);
-    const auto byte = static_cast<unsigned char>(text[0]);
-    if (length == 0 || byte < 0x20 || byte == 0x7F) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(byte));
-      json += escaped;
+    if (length == 0) {
+      const auto byte = static_cast<unsigned char>(text[0]);
+      utf8 += static_cast<char>(0xC0 | byte >> 6);
+      utf8 += static_cast<char>(0x80 | (byte & 0x3F));
     } else {
-      if (byte == '"' || byte == '\\') json += '\\';
-      json += text.substr(0, length);
+      utf8 += text.substr(0, length);
     }
     text.remove_prefix(length == 0 ? 1 : length);
   }
-  return json + '"';
+  return utf8;
 }
 
 std::string NumberText(double value) {
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value < 0 ? "-Infinity" : "Infinity";
   char text[32];
   std::snprintf(text, sizeof text, "%.10g", value);
   return text;
 }
 
-std::string JsonList(const std::vector<std::string>& texts) {
-  std::string json = "[";
-  for (const std::string& text : texts) json += (json.size() > 1 ? ", " : "") + JsonText(text);
-  return json + "]";
-}
-
 struct ToJson {
-  std::string operator()(const std::string& text) const { return JsonText(text); }
-  std::string operator()(std::int64_t value) const { return std::to_string(value); }
-  std::string operator()(std::uint64_t value) const { return std::to_string(value); }
-  std::string operator()(double value) const { return NumberText(value); }
-  std::string operator()(bool value) const { return value ? "true" : "false"; }
-  std::string operator()(const std::vector<std::string>& texts) const { return JsonList(texts); }
+  Json operator()(const std::string& text) const { return Utf8(text); }
+  Json operator()(const std::vector<std::string>& texts) const {
+    Json list = Json::array();
+    for (const std::string& text : texts) list.push_back(Utf8(text));
+    return list;
+  }
+  Json operator()(const Numbers& numbers) const {
+    Json list = Json::array();
+    for (const std::optional<double>& number : numbers)
+      list.push_back(number ? Json(*number) : Json());
+    return list;
+  }
+  Json operator()(std::monostate) const { return nullptr; }
+  template <typename Plain>
+  Json operator()(Plain value) const {
+    return value;
+  }
 };
 
+// One key a line. A number that JSON does not know (NaN, infinite) is null.
 void PrintJson(const Findings& findings) {
   std::string json;
-  const auto add = [&](const char* key, const std::string& value) {
-    json += (json.empty() ? "{\n  " : ",\n  ") + JsonText(key) + ": " + value;
+  const auto add = [&](const std::string& key, const Json& value) {
+    json += (json.empty() ? "{\n  " : ",\n  ") + Json(Utf8(key)).dump() + ": " + value.dump();
   };
   for (const Entry& entry : findings.entries) add(entry.key, std::visit(ToJson(), entry.value));
-  if (findings.isReport) add("lines", JsonList(findings.lines));
+  if (findings.isReport) add("lines", ToJson()(findings.lines));
   json += "\n}\n";
   std::fwrite(json.data(), 1, json.size(), stdout);
 }
@@ -130,10 +149,18 @@ void PrintText(const Findings& findings) {
     const std::string head = std::string(entry.key) + ": ";
     if (const auto* texts = std::get_if<std::vector<std::string>>(&entry.value)) {
       for (const std::string& text : *texts) PrintLine(head + text);
+    } else if (const auto* numbers = std::get_if<Numbers>(&entry.value)) {
+      std::string line = head;
+      for (const std::optional<double>& number : *numbers) {
+        line += (number ? NumberText(*number) : "-") + " ";
+      }
+      PrintLine(line);
     } else if (const auto* text = std::get_if<std::string>(&entry.value)) {
       PrintLine(head + *text);
-    } else {
-      PrintLine(head + std::visit(ToJson(), entry.value));
+    } else if (const auto* real = std::get_if<double>(&entry.value)) {
+      PrintLine(head + NumberText(*real));
+    } else if (!std::holds_alternative<std::monostate>(entry.value)) {
+      PrintLine(head + std::visit(ToJson(), entry.value).dump());
     }
   }
 }
@@ -229,16 +256,129 @@ bool InspectD3plot(const std::string& path, Findings& findings) {
   return true;
 }
 
+template <typename T>
+Entry::Value Known(const std::optional<T>& value) {
+  return value ? Entry::Value(*value) : Entry::Value();
+}
+
+const char* EndWord(RunEnd end) {
+  switch (end) {
+    case RunEnd::kNormal:
+      return "normal";
+    case RunEnd::kStopped:
+      return "stopped";
+    case RunEnd::kError:
+      return "error";
+    case RunEnd::kRunning:
+      break;
+  }
+  return "running";
+}
+
+bool InspectProgress(const std::string& path, Findings& findings) {
+  const RunFiles files = FindRunFiles(path);
+  if (files.kind == RunFiles::Kind::kNone) {
+    PrintError("no output of a run in " + path);
+    return false;
+  }
+  RunProgress run(files);
+  run.Look();
+  run.TakeOpenLines();
+  std::string folder = path;
+  if (!FileDirWrapper::IsFolder(path)) FileDirWrapper::DirOf(path, folder);
+  run.SetDeckEndTime(EndTimeOfDeck(folder, run.Message().DeckName()));
+  if (!run.HasRead()) {
+    PrintError("cannot read " + path);
+    return false;
+  }
+  RunNews news = run.News();
+  if (news.secondsLeft) *news.secondsLeft = std::round(*news.secondsLeft * 10) / 10;
+  findings.entries = {
+      {"cycle", Known(news.cycle)},
+      {"time", Known(news.time)},
+      {"time_step", Known(news.timeStep)},
+      {"end_time", Known(news.endTime)},
+      {"percent", Known(news.percent)},
+      {"seconds_left", Known(news.secondsLeft)},
+      {"controlled_by",
+       news.controlledBy.empty() ? Entry::Value() : Entry::Value(news.controlledBy)},
+      {"ended", std::string(EndWord(news.ended))},
+  };
+  return true;
+}
+
+bool InspectGlstat(const std::string& path, Findings& findings) {
+  constexpr std::size_t kMostValues = std::size_t{1} << 28;
+  GlobalStates states(kMostValues);
+  GrowingFile file(path);
+  if (file.Look(states) == GrowingFile::News::kMissing) {
+    PrintError("cannot read " + path);
+    return false;
+  }
+  file.TakeOpenLine(states);
+  if (states.Rows() == 0) {
+    PrintError("no states in " + path);
+    return false;
+  }
+  const auto numbers = [&](const auto& valueOf) {
+    Numbers list(states.Rows());
+    for (std::size_t row = 0; row < list.size(); ++row) list[row] = valueOf(row);
+    return list;
+  };
+  std::vector<std::string> controls;
+  for (std::size_t row = 0; row < states.Rows(); ++row)
+    controls.push_back(states.ControlledBy(row));
+  std::vector<std::int64_t> cycles;
+  for (std::size_t row = 0; row < states.Rows(); ++row) cycles.push_back(states.Cycle(row));
+  findings.entries.push_back({"cycle", std::move(cycles)});
+  findings.entries.push_back({"controlled_by", std::move(controls)});
+  for (const GlobalStates::Column& column : states.Columns()) {
+    std::string key = column.name;
+    std::replace(key.begin(), key.end(), ' ', '_');
+    findings.entries.push_back({key, numbers([&](std::size_t row) {
+                                  return GlobalStates::Has(column, row)
+                                             ? std::optional<double>(column.values[row])
+                                             : std::nullopt;
+                                })});
+  }
+  return true;
+}
+
+std::string CsvCell(const Entry& entry, std::size_t row) {
+  if (const auto* numbers = std::get_if<Numbers>(&entry.value)) {
+    return (*numbers)[row] ? NumberText(*(*numbers)[row]) : std::string();
+  }
+  if (const auto* counts = std::get_if<std::vector<std::int64_t>>(&entry.value)) {
+    return std::to_string((*counts)[row]);
+  }
+  return '"' + std::get<std::vector<std::string>>(entry.value)[row] + '"';
+}
+
+// A line a state.
+void PrintCsv(const Findings& findings) {
+  std::string line;
+  for (const Entry& entry : findings.entries) line += (line.empty() ? "" : ",") + entry.key;
+  PrintLine(line);
+  const std::size_t rows =
+      std::get<std::vector<std::int64_t>>(findings.entries.front().value).size();
+  for (std::size_t row = 0; row < rows; ++row) {
+    line.clear();
+    for (const Entry& entry : findings.entries) {
+      line += (line.empty() ? "" : ",") + CsvCell(entry, row);
+    }
+    PrintLine(line);
+  }
+}
+
 struct Command {
   const char* name;
   bool (*inspect)(const std::string& path, Findings& findings);
 };
 
-constexpr Command kCommands[] = {{"deck", InspectDeck},
-                                 {"message", InspectMessage},
-                                 {"inc", InspectInc},
-                                 {"vorel", InspectVorel},
-                                 {"d3plot", InspectD3plot}};
+constexpr Command kCommands[] = {{"deck", InspectDeck},     {"message", InspectMessage},
+                                 {"inc", InspectInc},       {"vorel", InspectVorel},
+                                 {"d3plot", InspectD3plot}, {"progress", InspectProgress},
+                                 {"glstat", InspectGlstat}};
 
 int RefuseUsage() {
   std::fputs(kUsage, stderr);
@@ -249,11 +389,14 @@ int RefuseUsage() {
 
 int main(int argc, char** argv) {
   bool json = false;
+  bool csv = false;
   std::vector<std::string> words;
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--json") {
       json = true;
+    } else if (word == "--csv") {
+      csv = true;
     } else if (word == "--help" || word == "-h") {
       std::fputs(kUsage, stdout);
       return 0;
@@ -261,14 +404,16 @@ int main(int argc, char** argv) {
       words.push_back(word);
     }
   }
-  if (words.size() != 2) return RefuseUsage();
+  if (words.size() != 2 || (csv && (json || words[0] != "glstat"))) return RefuseUsage();
   for (const Command& command : kCommands) {
     if (words[0] != command.name) continue;
     Findings findings;
     const bool read = command.inspect(words[1], findings);
     // The report of a file that cannot be read says so.
     if (!read && !findings.isReport) return 1;
-    if (json) {
+    if (csv) {
+      PrintCsv(findings);
+    } else if (json) {
       PrintJson(findings);
     } else {
       PrintText(findings);

@@ -1,10 +1,9 @@
 #include "jobs/DeckEndTime.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <map>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -36,22 +35,9 @@ std::string Field(std::string_view card, std::size_t index, std::size_t width) {
   return std::string(Trimmed(field));
 }
 
-// Also numbers as old programs write them: 1.0D-3, 1.0-3.
-std::optional<double> Number(const std::string& field) {
-  if (field.empty() || field.find_first_not_of("0123456789+-.eEdD") != std::string::npos) {
-    return std::nullopt;
-  }
-  std::string text = field.substr(field[0] == '+' ? 1 : 0);
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
-  const std::size_t sign = text.find_last_of("+-");
-  if (sign != std::string::npos && sign > 0 && text[sign - 1] != 'e' && text[sign - 1] != 'E') {
-    text.insert(sign, "e");
-  }
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+std::optional<double> Number(std::string_view field) {
+  const std::optional<double> value = AnyNumber(field);
+  return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
 class EndTimeSearch {
@@ -86,7 +72,7 @@ class EndTimeSearch {
     DeckEndTime result;
     result.text = text_;
     // Behind a blank stands the next field, on a card that does not keep to the columns.
-    result.value = Number(text_.substr(0, text_.find_first_of(" \t")));
+    result.value = Number(std::string_view(text_).substr(0, text_.find_first_of(" \t")));
     const std::size_t name = text_.find('&');
     if (result.value || name == std::string::npos || name > 1) return result;
     const auto parameter = parameters_.find(Upper(text_.substr(name + 1)));

@@ -51,7 +51,7 @@ TEST_F(Inspect, Decks) {
                 one + "\n");
   ASSERT_TRUE(Read("--json deck", deck));
   EXPECT_NE(out.find("\"memory_mb\": 800,"), std::string::npos);
-  EXPECT_NE(out.find("\"job_id\": \"blank\\u0080\\\"7\","), std::string::npos);
+  EXPECT_NE(out.find("\"job_id\": \"blank\xC2\x80\\\"7\","), std::string::npos);
   EXPECT_NE(out.find("\"keep_deck\": true,"), std::string::npos);
   EXPECT_NE(out.find("\"end_time\": 2.5,"), std::string::npos);
   EXPECT_NE(out.find("\"include\": [\"one.k\"],"), std::string::npos);
@@ -65,7 +65,7 @@ TEST_F(Inspect, Reports) {
   EXPECT_NE(out.find("\na ?[31m\tb\n"), std::string::npos);
   ASSERT_TRUE(Read("message --json", message));
   EXPECT_NE(out.find("\"errors\": 1,"), std::string::npos);
-  EXPECT_NE(out.find("\"a \\u001b[31m\\u0009b\""), std::string::npos);
+  EXPECT_NE(out.find("\"a \\u001b[31m\\tb\""), std::string::npos);
   EXPECT_FALSE(Read("message", folder / "absent"));
   EXPECT_EQ(out, std::string(63, '=') + "\nOpen File [" + folder / "absent" + "] failed!\n\n" +
                      std::string(64, '=') + '\n');
@@ -80,6 +80,42 @@ TEST_F(Inspect, Reports) {
   ASSERT_TRUE(Read("vorel", folder / "b.dat"));
   EXPECT_EQ(out, "File Name : " + folder / "b.OUT" + "\nERROR 7\n");
   EXPECT_FALSE(Read("inc", folder / "c.fin"));
+}
+
+TEST_F(Inspect, RunningAndEndedRuns) {
+  folder.Write("deck.k", "*KEYWORD\n*CONTROL_TERMINATION\n2.0\n");
+  const std::string lines =
+      " Command line options: i=deck.k\n\n"
+      "       1 t 0.0000E+00 dt 1.00E-06 flush i/o buffers            08/14/24 12:00:00\n"
+      "    5000 t 5.0000E-01 dt 2.00E-06 flush i/o buffers            08/14/24 12:10:00\n";
+  folder.Write("messag", lines);
+  const std::string states = folder.Write(
+      "glstat",
+      " dt of cycle       1 is controlled by shell    7 of part    1\n"
+      " time...........................   0.00000E+00\n hourglass energy ..............   "
+      "1.50000E+00\n"
+      " dt of cycle    5000 is controlled by load curve\n time...........................   NaN\n");
+  ASSERT_TRUE(Read("progress --json", folder.Path()));
+  EXPECT_EQ(out,
+            "{\n  \"cycle\": 5000,\n  \"time\": 0.5,\n  \"time_step\": 2e-06,\n"
+            "  \"end_time\": 2.0,\n  \"percent\": 25.0,\n  \"seconds_left\": 1800.0,\n"
+            "  \"controlled_by\": \"load curve\",\n  \"ended\": \"running\"\n}\n");
+  folder.Write("messag", lines + " N o r m a l    t e r m i n a t i o n");
+  ASSERT_TRUE(Read("progress", folder / "messag"));
+  EXPECT_NE(out.find("percent: 25\nseconds_left: 0\n"), std::string::npos);
+  EXPECT_NE(out.find("ended: stopped\n"), std::string::npos);
+  ASSERT_TRUE(Read("glstat --json", states));
+  EXPECT_EQ(out,
+            "{\n  \"cycle\": [1,5000],\n"
+            "  \"controlled_by\": [\"shell 7 of part 1\",\"load curve\"],\n"
+            "  \"time\": [0.0,null],\n  \"hourglass_energy\": [1.5,null]\n}\n");
+  ASSERT_TRUE(Read("glstat --csv", states));
+  EXPECT_EQ(out,
+            "cycle,controlled_by,time,hourglass_energy\n1,\"shell 7 of part 1\",0,1.5\n"
+            "5000,\"load curve\",NaN,\n");
+  EXPECT_FALSE(Read("glstat --csv", folder / "messag"));
+  EXPECT_FALSE(Read("progress --csv", folder.Path()));
+  EXPECT_FALSE(Read("progress", folder / "absent"));
 }
 
 TEST_F(Inspect, ResultDatabases) {

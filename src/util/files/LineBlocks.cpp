@@ -13,8 +13,10 @@ constexpr std::uint64_t kProgressStep = std::uint64_t{8} << 20;
 
 }  // namespace
 
-bool LineBlocks::Open(const std::string& path) {
+bool LineBlocks::Open(const std::string& path, std::uint64_t from, bool insideLongLine) {
   if (!file_.Open(path)) return false;
+  done_ = reported_ = from;
+  insideLongLine_ = insideLongLine;
   buffer_ = std::make_unique_for_overwrite<char[]>(kBlock);
   return true;
 }
@@ -31,16 +33,20 @@ bool LineBlocks::Next(std::string_view& block) {
     const std::string_view text(buffer_.get() + begin_, end_ - begin_);
     // 0 without a line end. What ends a line in pieces comes alone.
     std::size_t length = (insideLongLine_ ? text.find('\n') : text.rfind('\n')) + 1;
-    insideLongLine_ = insideLongLine_ && length == 0 && !atEnd_;
+    const bool lineMayGrow = !atEnd_ || leaveOpenLine_;
+    insideLongLine_ = insideLongLine_ && length == 0 && lineMayGrow;
     if (length == 0) {
-      if (atEnd_) {
+      if (!lineMayGrow) {
         length = text.size();
       } else if (text.size() >= kLongestLine) {
         length = kLongestLine;
         insideLongLine_ = true;
       }
     }
-    if (length == 0) continue;
+    if (length == 0) {
+      if (atEnd_) return false;
+      continue;
+    }
     block = text.substr(0, length);
     begin_ += EndsInsideLine() ? length - kOverlap : length;
     return true;
@@ -55,7 +61,7 @@ bool LineBlocks::Fill() {
   end_ -= begin_;
   begin_ = 0;
   if (!atEnd_) {
-    const std::ptrdiff_t count = file_.Read(buffer_.get() + end_, kBlock - end_);
+    const std::ptrdiff_t count = file_.ReadAt(done_, buffer_.get() + end_, kBlock - end_);
     failed_ = count < 0;
     atEnd_ = count <= 0;
     if (count > 0) {

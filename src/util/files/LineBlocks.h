@@ -21,7 +21,13 @@ class LineBlocks {
   enum class LongLines { kCut, kInPieces };
   explicit LineBlocks(LongLines longLines = LongLines::kCut) : longLines_(longLines) {}
 
-  bool Open(const std::string& path);
+  // From that byte of the file on. With `insideLongLine` what follows up to the next line end is
+  // the rest of a line that was cut.
+  bool Open(const std::string& path, std::uint64_t from = 0, bool insideLongLine = false);
+
+  // The file is still being written: a last line without an end is not handed out, until it has
+  // become too long.
+  void LeaveOpenLine() { leaveOpenLine_ = true; }
 
   // Bytes read and the file's size, now and then. Returning false ends the reading.
   void SetProgress(const std::function<bool(std::uint64_t done, std::uint64_t size)>& progress);
@@ -32,6 +38,11 @@ class LineBlocks {
 
   // The last block is a piece of a line, and so is the next: kInPieces only.
   bool EndsInsideLine() const { return insideLongLine_ && longLines_ == LongLines::kInPieces; }
+
+  // For another reader to go on with: the first byte that was not handed out, and whether it lies
+  // inside a line that was cut (kCut only).
+  std::uint64_t Position() const { return done_ - (end_ - begin_); }
+  bool InsideLongLine() const { return insideLongLine_; }
 
   bool Failed() const { return failed_; }
   bool Stopped() const { return stopped_; }
@@ -47,8 +58,9 @@ class LineBlocks {
   std::unique_ptr<char[]> buffer_;
   std::size_t begin_ = 0;  // of what has not been handed out
   std::size_t end_ = 0;
-  std::uint64_t done_ = 0;
+  std::uint64_t done_ = 0;  // where the next read begins
   std::uint64_t reported_ = 0;
+  bool leaveOpenLine_ = false;
   bool insideLongLine_ = false;
   bool atEnd_ = false;
   bool failed_ = false;

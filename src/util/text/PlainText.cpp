@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <system_error>
 
 std::string Upper(std::string_view text) {
@@ -38,4 +39,37 @@ std::optional<long long> WholeNumber(std::string_view text, long long least, lon
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end || value < least || value > most) return std::nullopt;
   return value;
+}
+
+std::optional<double> AnyNumber(std::string_view text) {
+  if (text.empty()) return std::nullopt;
+  double value = 0;
+  const char* const end = text.data() + text.size();
+  // What most numbers look like.
+  if (const auto [stop, error] = std::from_chars(text.data(), end, value);
+      stop == end && error == std::errc()) {
+    return value;
+  }
+  constexpr std::size_t kLongestNumber = 64;
+  if (text.size() > kLongestNumber) return std::nullopt;
+  if (text.find_first_not_of('*') == std::string_view::npos) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  if (text[0] == '+') {
+    text.remove_prefix(1);
+    if (text.empty() || text[0] == '-') return std::nullopt;
+  }
+  std::string usual(text);
+  std::replace_if(
+      usual.begin(), usual.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
+  const std::size_t sign = usual.find_last_of("+-");
+  const bool hasSign = sign != std::string::npos && sign > 0;
+  if (hasSign && (IsDigit(usual[sign - 1]) || usual[sign - 1] == '.')) usual.insert(sign, 1, 'e');
+  const auto [stop, error] = std::from_chars(usual.data(), usual.data() + usual.size(), value);
+  if (usual[0] == '+' || stop != usual.data() + usual.size()) return std::nullopt;
+  if (error == std::errc()) return value;
+  if (error != std::errc::result_out_of_range) return std::nullopt;
+  const bool tiny = hasSign && text[text.find_last_of("+-")] == '-';
+  const double big = std::numeric_limits<double>::infinity();
+  return tiny ? 0 : usual[0] == '-' ? -big : big;
 }

@@ -39,4 +39,9 @@ std::string_view Trimmed(std::string_view text);
 // A whole decimal number between the limits, blanks around it let pass; nothing for any other text.
 std::optional<long long> WholeNumber(std::string_view text, long long least, long long most);
 
+// A number as programs of any age write it: 1.5, +2, 1.0D-3, 1.0-3, NaN, Infinity; a field full of
+// stars, which did not hold its number, is NaN. What is too big is infinite. Nothing for any other
+// text.
+std::optional<double> AnyNumber(std::string_view text);
+
 #endif

@@ -1,0 +1,30 @@
+// Which files of a folder tell how its run is going.
+#ifndef KR_PROGRESS_RUNFILES_H
+#define KR_PROGRESS_RUNFILES_H
+
+#include <functional>
+#include <optional>
+#include <string>
+
+// Paths; empty where there is none.
+struct RunFiles {
+  enum class Kind { kNone, kKeyword, kInc, kVorel };
+  Kind kind = Kind::kNone;
+  std::string output;  // the message file, "JOB_INFO.OUT", "JOB.OUT"
+  std::string glstat;
+  std::string status;  // "status.out"
+};
+
+// Of a folder: the message file that was written last ("messag", "mes0000" of a distributed run, a
+// job's "NAME.messag", a kept "messag.krb"), without one the INC or Vorel output that was written
+// last, and what lies beside it under the same name. Of a file: the same for its run; a file under
+// another name is taken for a message file. `isOld` keeps files out that the run did not write.
+RunFiles FindRunFiles(const std::string& path,
+                      const std::function<bool(const std::string& file)>& isOld = {});
+
+// The end time that stands in a deck, with what it includes. A name as the solver was given it
+// ("i=..."), seen from `folder`; a deck that is not there is looked for in the folder itself.
+// Reads big decks whole.
+std::optional<double> EndTimeOfDeck(const std::string& folder, const std::string& deck);
+
+#endif
