@@ -55,7 +55,7 @@ TEST_F(HandOverTest, ManyWritersAndAReaderAtWorkHandOverEachJobOnce) {
         HandOverWriter writer(files);
         EXPECT_TRUE(Write(writer, {Name(std::to_string(i * kEach + k) + ".k").c_str()}));
         if (k % 5 == 0) {
-          EXPECT_TRUE(writer.WaitUntilTaken(std::chrono::seconds(10)));
+          EXPECT_TRUE(writer.WaitUntilTaken(std::chrono::seconds(60)));
         }
       }
       --atWork;

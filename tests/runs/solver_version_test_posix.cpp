@@ -79,7 +79,7 @@ TEST_F(SolverVersionTest, ASolverThatStaysIsEnded) {
   });
   EXPECT_FALSE(Ask("echo $$ > pid; exec sleep 100\n"));
   stopper.join();
-  EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(1500));
+  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(10));
   EXPECT_FALSE(std::filesystem::exists("/proc/" + ReadLines(folder_ / "pid").front()));
   EXPECT_FALSE(SaysReadFailed());
 }

@@ -107,8 +107,11 @@ TEST_F(JobTableTest, ScrolledRowsLookLikeRowsDrawnAnew) {
     fl_read_image(pixels.data(), 0, 0, window_->w(), window_->h());
     return pixels;
   };
-  Until([] { return false; }, 0.3);
-  std::vector<uchar> before = picture();
+  std::vector<uchar> before;
+  EXPECT_TRUE(Until([&] {  // all has been drawn
+    std::vector<uchar> last = std::exchange(before, picture());
+    return last == before;
+  }));
   for (const int key : {FL_End, FL_Up, FL_Page_Up, FL_Up, FL_Home, FL_Page_Down, FL_Down}) {
     PressKey(key);
     const std::vector<uchar> scrolled = picture();

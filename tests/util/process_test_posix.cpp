@@ -121,7 +121,7 @@ TEST(ProcessPosix, TerminateEndsEverythingThatItStarted) {
   ASSERT_TRUE(WaitUntil([&] { return NumbersIn(pids).size() >= 3; }));
   const Clock::time_point begin = Clock::now();
   EXPECT_TRUE(process.Terminate());
-  EXPECT_LT(Clock::now() - begin, seconds(2));
+  EXPECT_LT(Clock::now() - begin, seconds(10));
   for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
 }
 
@@ -149,7 +149,7 @@ TEST(ProcessPosix, WhatADeadLauncherLeftRunsOnUntilAllIsToEnd) {
   start(process);
   const Clock::time_point begin = Clock::now();
   EXPECT_TRUE(process.TerminateAll());
-  EXPECT_LT(Clock::now() - begin, seconds(2));
+  EXPECT_LT(Clock::now() - begin, seconds(10));
   for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
   for (const pid_t pid : spared) {
     EXPECT_TRUE(IsAlive(pid)) << "another run's";

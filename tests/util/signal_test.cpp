@@ -149,22 +149,18 @@ TEST_P(Signal, MutexExcludesThreads) {
 TEST(SignalWaits, SeveralThreadsOnOneObject) {
   PTWrapperSignal event;
   ASSERT_EQ(event.CreateEventSignal(NewName()), 1);
-  std::atomic<int> passed{0}, timedOut{0};
+  std::atomic<int> passed{0};
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([&] {
-      const int result = event.WaitForEventSignal(1000);
-      if (result == 0) ++passed;
-      if (result == 1) ++timedOut;
+      if (event.WaitForEventSignal(30000) == 0) ++passed;
     });
   }
-  for (int set = 1; set <= 2; ++set) {
+  for (int set = 1; set <= 4; ++set) {
     EXPECT_TRUE(event.SetEventSignal());
-    EXPECT_TRUE(WaitUntil([&] { return passed == set; }));
+    EXPECT_TRUE(WaitUntil([&] { return passed == set; })) << set;
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(passed, 2);
-  EXPECT_EQ(timedOut, 2);
 }
 
 TEST(SignalWaits, KeepTheirTime) {
@@ -174,7 +170,7 @@ TEST(SignalWaits, KeepTheirTime) {
   const Clock::time_point begin = Clock::now();
   EXPECT_EQ(event.WaitForEventSignal(150), 1);
   EXPECT_GE(Clock::now() - begin, milliseconds(140));
-  EXPECT_LT(Clock::now() - begin, milliseconds(1000));
+  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(10));
 }
 
 TEST(SignalSemaphore, Counts) {

@@ -9,6 +9,14 @@
 #include <filesystem>
 #include <sstream>
 
+// The window manager may keep an event to itself until the next one comes, so that a new window
+// does not appear: each look at the windows sends it one that changes nothing.
+static const std::string kLook = "xdotool set_desktop 0";
+
+std::string ProgramTest::ActiveWindow() const {
+  return Command(kLook + " getactivewindow");
+}
+
 void ProgramTest::SetUp() {
   ASSERT_FALSE(display_.Name().empty()) << "no display could be started";
   // Another user works in them too.
@@ -110,7 +118,7 @@ void ProgramTest::Drag(const std::string& from, const std::string& to) const {
 }
 
 std::string ProgramTest::Window(const std::string& windowClass) const {
-  return Command("xdotool search --onlyvisible --class '^" + windowClass + "$' | head -n 1");
+  return Command(kLook + " search --onlyvisible --class '^" + windowClass + "$' | head -n 1");
 }
 
 std::string ProgramTest::Opened(const std::string& windowClass) const {

@@ -50,7 +50,7 @@ class ProgramTest : public testing::Test {
 
   // The id of a window of this class that can be seen, or empty.
   std::string Window(const std::string& windowClass) const;
-  std::string ActiveWindow() const { return Command("xdotool getactivewindow"); }
+  std::string ActiveWindow() const;
   // Waits until one has the focus; its id.
   std::string Opened(const std::string& windowClass) const;
   // Presses a key in one that opens and sees it go.
