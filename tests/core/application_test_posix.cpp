@@ -87,24 +87,6 @@ TEST_F(HostileSystem, AFullDiskLeavesTheOldFiles) {
   EXPECT_LE(NamesLeft(files), 3) << "with the log";
 }
 
-// The access key in it is nobody else's business, and the file may be kept in another place.
-TEST_F(HostileSystem, StoringTheSettingsKeepsRightsAndLink) {
-  SettingsAndPaths files(kTitle);
-  std::filesystem::create_directories(files.workFolder);
-  const std::string kept = home_ / "kept.ini";
-  std::ofstream(kept) << "[SOLVER]\ninc_token=secret\n";
-  chmod(kept.c_str(), 0600);
-  ASSERT_EQ(symlink(kept.c_str(), files.settingsFile.c_str()), 0);
-  files.Set(&Settings::cpu_count, 4);
-  ASSERT_TRUE(files.WriteSettings());
-  EXPECT_TRUE(std::filesystem::is_symlink(files.settingsFile));
-  struct stat info {};
-  ASSERT_EQ(stat(kept.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0600u);
-  EXPECT_NE(TempFolder::Read(kept).find("cpu_count=4"), std::string::npos);
-  EXPECT_EQ(NamesLeft(files), 1);
-}
-
 // As at the end of copies of the program that were started together.
 TEST_F(HostileSystem, ProcessesThatStoreTheSettingsTogetherDoNotMeet) {
   for (int round = 0; round < 10; ++round) {

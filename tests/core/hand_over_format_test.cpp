@@ -14,27 +14,14 @@ std::vector<std::string> PathsOf(const HandOverOrder& order) {
   return paths;
 }
 
-TEST(HandOverText, ARecordWithOnePathHasTheDefaultsOfTheSettings) {
+TEST(HandOverText, EachJobKeySetsItsFieldAndTheSettingsTheOthers) {
   Settings settings;
   settings.pause_time = 9;
-  settings.cpu_count = 3;
-  const HandOverOrder order = Read("#krjob\n/a.k\n", settings);
-  ASSERT_EQ(order.jobs.size(), 1u);
-  const JobRequest& job = order.jobs[0];
-  EXPECT_EQ(job.jobFile, "/a.k");
-  EXPECT_EQ(job.kind, std::nullopt);
-  EXPECT_EQ(job.pause, 9);
-  EXPECT_EQ(job.ncpu, 3);
-  EXPECT_EQ(job.memory, 0u);
-  EXPECT_TRUE(job.dump);
-  EXPECT_FALSE(job.sGiven);
-}
-
-TEST(HandOverText, EachJobKeySetsItsField) {
   const HandOverOrder order = Read(
       "#krjob\r\n#dyna_precision=2\r\n#pause_time=7s\r\nmemory=300m\r\nncpu=6\r\n"
       "i=/in=put.k\r\nr=/d3dump01\r\ns=iff\r\nd=nodump\r\n"
-      "#krjob\r\n#vorel\r\nd=other\r\n/b.dat\r\n#krjob\r\n#inc\r\n/c.fin");
+      "#krjob\r\n#vorel\r\nd=other\r\n/b.dat\r\n#krjob\r\n#inc\r\n/c.fin",
+      settings);
   ASSERT_EQ(order.jobs.size(), 3u);
   const JobRequest& full = order.jobs[0];
   EXPECT_EQ(full.kind, SolverKind::kLsDynaDouble);
@@ -52,6 +39,8 @@ TEST(HandOverText, EachJobKeySetsItsField) {
   EXPECT_TRUE(order.jobs[1].dump);
   EXPECT_EQ(order.jobs[1].ncpu, 6);  // the settings' value by now
   EXPECT_EQ(order.jobs[2].kind, SolverKind::kInc);
+  EXPECT_EQ(order.jobs[2].pause, 9);
+  EXPECT_FALSE(order.jobs[2].sGiven);
 }
 
 TEST(HandOverText, PrecisionsBeyondTheKnownOnesGiveNoKind) {

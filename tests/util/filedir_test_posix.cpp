@@ -1,10 +1,7 @@
-// Links, rights, full disks and the user's folders.
+// Links, rights and the user's folders.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <csignal>
 
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
@@ -123,27 +120,6 @@ TEST(FilesOnLinux, WorkingCopiesAreForThisUserAlone) {
   EXPECT_EQ(ModeOf(copy), 0600u);
   EXPECT_EQ(TempFolder::Read(copy), "[A]\nk=v\n");
   EXPECT_EQ(TempFolder::Read(victim), "precious");
-}
-
-TEST(FilesOnLinux, AFullDiskLeavesTheOldFileAlone) {
-  const TempFolder temp;
-  const std::string path = temp.Write("settings", "[A]\nk=old\n");
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small{4096, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  const bool written = FileDirWrapper::WriteFileWhole(path, std::string(100000, 'x'));
-  IOWrapperIni().WriteValToIni("A", "k", std::string(100000, 'x'), path);
-  setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, handler);
-
-  EXPECT_FALSE(written);
-  EXPECT_EQ(TempFolder::Read(path), "[A]\nk=old\n");
-  Texts files;
-  Texts dirs;
-  FileDirWrapper::ListDir(temp.Path(), files, dirs, false);
-  EXPECT_EQ(files, Texts{path});
 }
 
 }  // namespace
