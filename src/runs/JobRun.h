@@ -1,5 +1,6 @@
-// One run of one job, from its pause to its verdict: the only way in which jobs are run. It needs
-// no list of jobs and no window; who runs a job hands it what it needs.
+// One run of one job, from its pause to its verdict: the only way in which jobs are run. It ends
+// the solver of a run that was aborted. It needs no list of jobs and no window; who runs a job
+// hands it what it needs.
 #ifndef KR_RUNS_JOBRUN_H
 #define KR_RUNS_JOBRUN_H
 

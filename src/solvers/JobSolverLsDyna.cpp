@@ -4,6 +4,7 @@
 #include "solvers/DeckPreparation.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
+#include "solvers/Verdict.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 

@@ -3,6 +3,7 @@
 #include "jobs/JobArguments.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
+#include "solvers/Verdict.h"
 
 namespace {
 

@@ -15,6 +15,9 @@
 // is made of their names.
 std::vector<std::string> CaseMessageFiles(const JobFile& job);
 
+// The same with what lay there before, and the files of all ranks.
+std::vector<std::string> AllMessageFiles(const JobFile& job);
+
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 
@@ -24,17 +27,8 @@ void RemoveMessageFiles(const JobFile& job);
 // After a run. What cannot be removed is reported.
 void RemoveAdaptDumps(const JobFile& job);
 
-// How the run ended by its message files, Finished or Aborted: Finished when all that this run
-// wrote say so. Each is renamed to its name and ".krb"; the first that does not tell of a normal
-// end, else the first, becomes the job's message file. Leaves code 2 and the reason with the job;
-// without a file, or with old ones only, code 3.
-JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles);
-
-// What a message file says about the end of its run.
-struct MessageVerdict {
-  bool normal = false;
-  Message reason;  // of a run that did not end normally
-};
-MessageVerdict ReadVerdict(const std::string& messageFile);
+// After a run: the file is renamed to its name and ".krb". Where it is now; the file itself when it
+// cannot be renamed, which is reported.
+std::string KeepMessageFile(JobFile& job, const std::string& messageFile);
 
 #endif

@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "solvers/MessageFiles.h"
+#include "solvers/Verdict.h"
 #include "support/SolverFixture.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "solvers/MessageFiles.h"
+#include "solvers/Verdict.h"
 #include "support/TempFolder.h"
 
 namespace {

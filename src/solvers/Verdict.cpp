@@ -1,0 +1,126 @@
+#include "solvers/Verdict.h"
+
+#include <string_view>
+
+#include "solvers/LineBlocks.h"
+#include "solvers/MessageFiles.h"
+#include "solvers/RunSteps.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
+
+namespace {
+
+constexpr std::size_t kLongestReason = 200;
+
+// One line of a message file as words for people: no bytes that are not text, not too long.
+std::string Words(std::string_view line) {
+  std::string text(line.substr(0, kLongestReason));
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  }
+  return std::string(Trimmed(text));
+}
+
+std::size_t LineStart(std::string_view block, std::size_t at) {
+  return block.substr(0, at).rfind('\n') + 1;
+}
+
+// Looks for the line of normal termination in the blocks of a file, in their order.
+class NormalLine {
+ public:
+  // True when the block holds it, or is the piece of a long line that makes it whole.
+  bool IsIn(std::string_view block, bool endsInsideLine) {
+    if (endsInsideLine || insideLine_) {
+      const std::string_view piece = block.substr(0, block.find('\n'));
+      normal_ = normal_ || Holds(piece, kNormal);
+      termination_ = termination_ || Holds(piece, kTermination);
+      insideLine_ = endsInsideLine;
+      if (normal_ && termination_) return true;
+      if (!insideLine_) normal_ = termination_ = false;
+      return false;
+    }
+    for (std::size_t at = 0; (at = block.find(kNormal, at)) != std::string_view::npos;) {
+      at = LineStart(block, at);
+      const std::string_view line = TakeLine(block, at);
+      if (line.size() < kWithBothWords || Holds(line, kTermination)) return true;
+    }
+    return false;
+  }
+
+ private:
+  static constexpr std::string_view kNormal = "N o r m a l";
+  static constexpr std::string_view kTermination = "t e r m i n a t i o n";
+  static constexpr std::size_t kWithBothWords = kTermination.size();
+
+  bool insideLine_ = false;  // the last block was a piece of a line, and so is the next
+  bool normal_ = false;
+  bool termination_ = false;
+};
+
+// The first error's line and the one below it.
+Message FirstError(std::string_view block) {
+  std::size_t at = block.find("*** Error");
+  if (at == std::string_view::npos) return {};
+  at = LineStart(block, at);
+  std::string words = Words(TakeLine(block, at));
+  const std::string more = Words(TakeLine(block, at));
+  if (!more.empty()) words += ": " + more;
+  return Message(MessageId::kForeignWords, words);
+}
+
+// Why there is nothing to judge by.
+JobStatus NoMessageFile(JobFile& job) {
+  job.SetMessageFile({});
+  const std::string folder = job.Folder();
+  if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
+    Report(job, Message(MessageId::kFolderNotWritable, folder));
+  const std::vector<std::string> old = AllMessageFiles(job);
+  Fail(job, RunError::kNoMessageFile,
+       old.empty() ? Message(MessageId::kNoMessageFile, job.jobFile)
+                   : Message(MessageId::kOnlyOldMessageFile, job.jobFile, old.front()));
+  return JobStatus::kAborted;
+}
+
+}  // namespace
+
+MessageVerdict ReadVerdict(const std::string& messageFile) {
+  MessageVerdict verdict;
+  LineBlocks blocks(LineBlocks::LongLines::kInPieces);
+  NormalLine normalLine;
+  if (!blocks.Open(messageFile)) {
+    verdict.reason = Message(MessageId::kMessageFileUnreadable);
+    return verdict;
+  }
+  bool errorEnd = false;
+  for (std::string_view block; blocks.Next(block);) {
+    if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {true, {}};
+    if (verdict.reason.Empty()) verdict.reason = FirstError(block);
+    errorEnd = errorEnd || Holds(block, "E r r o r");
+  }
+  if (verdict.reason.Empty()) {
+    verdict.reason =
+        errorEnd ? Message(MessageId::kErrorTermination) : Message(MessageId::kNoNormalLine);
+  }
+  return verdict;
+}
+
+JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
+  std::string decisive;
+  Message reason;
+  for (const std::string& file : messageFiles) {
+    if (job.folderBefore.HoldsUnchanged(file)) continue;
+    MessageVerdict verdict = ReadVerdict(file);
+    const std::string kept = KeepMessageFile(job, file);
+    const bool isFirstBad = !verdict.normal && reason.Empty();
+    if (decisive.empty() || isFirstBad) decisive = kept;
+    if (!isFirstBad) continue;
+    reason = verdict.reason;
+    if (messageFiles.size() == 1) continue;
+    std::string name;
+    FileDirWrapper::FileNameOf(file, name, true);
+    reason = Message(MessageId::kOfFile, name, verdict.reason);
+  }
+  if (decisive.empty()) return NoMessageFile(job);
+  job.SetMessageFile(decisive);
+  return reason.Empty() ? JobStatus::kFinished : NotNormal(job, reason);
+}
