@@ -1,5 +1,5 @@
-// The arguments of the solvers, those of every MPI kind too: the .cpp has BuildArguments of the jobs,
-// and here are the pieces that others need for command lines.
+// The arguments of the solvers, those of every MPI kind too: the .cpp has BuildArguments of the
+// jobs, and here are the pieces that others need for command lines.
 #ifndef KR_JOBS_JOBARGUMENTS_H
 #define KR_JOBS_JOBARGUMENTS_H
 

@@ -3,6 +3,9 @@
 // File names are byte strings in the system's code page (UTF-8 on Linux). Nothing here locks: an
 // object belongs to the thread that uses it. Operations return false (or 0) on failure and leave
 // their text in LastError(); the settings-file operations leave no text.
+//
+// The family is whole as others know it. The program itself calls neither IOWrapperBinary nor
+// IOWrapperLocker nor the operations on whole settings files.
 #ifndef KR_UTIL_FILES_IOWRAPPER_H
 #define KR_UTIL_FILES_IOWRAPPER_H
 

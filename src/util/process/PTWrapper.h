@@ -1,6 +1,9 @@
 // Processes, named signals and threads.
 //
 // Operations return false (or 0, or 3 for a wait) on failure and leave their text in LastError().
+//
+// The family is whole as others know it. The program itself has no use for its semaphores and
+// critical sections, nor for starting by Launch and for the priorities and ends of threads.
 #ifndef KR_UTIL_PROCESS_PTWRAPPER_H
 #define KR_UTIL_PROCESS_PTWRAPPER_H
 

@@ -1,4 +1,5 @@
-// Dates, times and sleeping. Static operations; any thread.
+// Dates, times and sleeping. Static operations; any thread. The family is whole as others know it;
+// the program itself uses local times, one form of their text, and sleeping for milliseconds.
 #ifndef KR_UTIL_TEXT_DATETIMEWRAPPER_H
 #define KR_UTIL_TEXT_DATETIMEWRAPPER_H
 
