@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include "solvers/LineBlocks.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/LineBlocks.h"
 #include "util/text/PlainText.h"
 
 namespace {
