@@ -23,7 +23,7 @@ void SetAbort(JobFile& job, bool abort) {
 
 // A setter that does nothing for jobs of other kinds.
 template <typename T>
-std::function<bool(JobFile&)> DynaSetter(T JobFileDyna::*field, T value) {
+std::function<bool(JobFile&)> DynaSetter(T DynaFields::*field, T value) {
   return [field, value](JobFile& job) {
     auto* dyna = dynamic_cast<JobFileDyna*>(&job);
     if (dyna == nullptr) return false;
@@ -33,7 +33,7 @@ std::function<bool(JobFile&)> DynaSetter(T JobFileDyna::*field, T value) {
 }
 
 template <typename T>
-std::function<bool(JobFile&)> Setter(T JobFile::*field, T value) {
+std::function<bool(JobFile&)> Setter(T JobFields::*field, T value) {
   return [field, value = std::move(value)](JobFile& job) {
     job.*field = value;
     return true;

@@ -25,8 +25,10 @@ std::string MakeIdentifier() {
 
 }  // namespace
 
-JobFile::JobFile(const Settings& settings)
-    : id(NewId()), identifier(MakeIdentifier()), pause(settings.pause_time) {}
+JobFile::JobFile(const Settings& settings) : id(NewId()) {
+  identifier = MakeIdentifier();
+  pause = settings.pause_time;
+}
 
 JobFile::~JobFile() = default;
 

@@ -36,12 +36,50 @@ struct JobRunContext {
   std::atomic<int>* runErrorCode = nullptr;
 };
 
+// What a job is told and how far it has come, as plain data that can be copied.
+struct JobFields {
+  std::string identifier;   // host address and time of creation; digits and "_" for IPv4
+  std::string jobFile;      // the input file; may be empty for a restart job
+  std::string restartFile;  // empty: no restart
+  std::string extraOptions;
+  std::uint64_t memory = 0;  // megabytes; 0: not given
+  int ncpu = 0;              // below 1: the settings' cpu_count
+  int pause = 0;             // seconds before the run
+  JobStatus status = JobStatus::kQueued;
+  std::int64_t started = 0;  // of the last run, seconds since 1970; 0: not yet
+  std::int64_t ended = 0;
+  int firstStage = 0;  // index into the job's stages
+
+  bool operator==(const JobFields&) const = default;
+};
+
+// The same of a job that is an LS-DYNA deck.
+struct DynaFields {
+  SolverKind solverType = SolverKind::kLsDynaSingle;
+  bool useSFile = false;  // " s=" with the settings' force
+  bool caseRun = false;   // the deck has cases
+  bool dump = true;       // false: run with d=nodump whatever the settings say
+  bool keepDeck = false;  // constraints act in all stages: the deck is not rewritten
+
+  // From the deck.
+  std::uint64_t deckMemory = 0;  // megabytes on the KEYWORD card; 0: none
+  bool hasRecommendedSolver = false;
+  bool hasFirstStage = false;  // the deck says at which stage to begin
+  std::string simulationType;
+  std::string calculationMethod;
+  std::string deckIdentifier;
+  int deckIdentifierFlag = 0;  // 1: deckIdentifier was given
+  std::vector<std::string> includes;
+
+  bool operator==(const DynaFields&) const = default;
+};
+
 // One job. Its group owns it; a running group thread shares it, so that a job that is removed while
 // it runs stays alive until its run has returned.
 //
 // Plain fields are read and written while the list that has the job is locked. A driver reads them
 // without that while the status is Running: the list refuses to change the fields of such a job.
-class JobFile {
+class JobFile : public JobFields {
  public:
   // Asks the system for the computer's address the first time: not while a list is locked.
   explicit JobFile(const Settings& settings);
@@ -57,17 +95,6 @@ class JobFile {
   const JobId id;
 
   std::atomic<bool> abort{false};  // set by Stop, polled by the driver once a second
-  std::string identifier;          // host address and time of creation; digits and "_" for IPv4
-  std::string jobFile;             // the input file; may be empty for a restart job
-  std::string restartFile;         // empty: no restart
-  std::string extraOptions;
-  std::uint64_t memory = 0;  // megabytes; 0: not given
-  int ncpu = 0;              // below 1: the settings' cpu_count
-  int pause = 0;             // seconds before the run
-  JobStatus status = JobStatus::kQueued;
-  std::int64_t started = 0;  // of the last run, seconds since 1970; 0: not yet
-  std::int64_t ended = 0;
-  int firstStage = 0;  // index into `stages`
   std::vector<std::shared_ptr<JobFile>> stages;
 
   PTWrapperProcess process;
@@ -104,28 +131,12 @@ class JobFile {
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.
-class JobFileDyna : public JobFile {
+class JobFileDyna : public JobFile, public DynaFields {
  public:
   explicit JobFileDyna(const Settings& settings);
 
   SolverKind GetSolverType() const override { return solverType; }
   bool BuildArguments(std::string& arguments) const override;
-
-  SolverKind solverType = SolverKind::kLsDynaSingle;
-  bool useSFile = false;  // " s=" with the settings' force
-  bool caseRun = false;   // the deck has cases
-  bool dump = true;       // false: run with d=nodump whatever the settings say
-  bool keepDeck = false;  // constraints act in all stages: the deck is not rewritten
-
-  // From the deck.
-  std::uint64_t deckMemory = 0;  // megabytes on the KEYWORD card; 0: none
-  bool hasRecommendedSolver = false;
-  bool hasFirstStage = false;  // the deck says at which stage to begin
-  std::string simulationType;
-  std::string calculationMethod;
-  std::string deckIdentifier;
-  int deckIdentifierFlag = 0;  // 1: deckIdentifier was given
-  std::vector<std::string> includes;
 };
 
 // A Vorel one-step job (".dat").

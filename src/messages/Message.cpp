@@ -1,6 +1,7 @@
 #include "messages/Message.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace {
 
@@ -40,6 +41,30 @@ std::string Filled(std::string_view text, const Give& give) {
 }
 
 }  // namespace
+
+std::optional<Message> Message::OfParts(std::string_view name, std::vector<Argument> arguments) {
+  static const auto& ids = *new const std::unordered_map<std::string_view, std::size_t>([] {
+    std::unordered_map<std::string_view, std::size_t> all;
+    for (std::size_t i = 0; i < std::size(kMessageTexts); ++i)
+      all.emplace(kMessageTexts[i].name, i);
+    return all;
+  }());
+  const auto found = ids.find(name);
+  if (found == ids.end()) return std::nullopt;
+  MessageArguments letters(kMessageTexts[found->second].english);
+  for (const Argument& argument : arguments) {
+    const char letter = letters.Next();
+    const bool fits = std::holds_alternative<std::string>(argument) ? letter == 'p' || letter == 's'
+                      : std::holds_alternative<std::int64_t>(argument) ? letter == 'd'
+                                                                       : letter == 'm';
+    if (!fits) return std::nullopt;
+  }
+  if (letters.Next() != 0) return std::nullopt;
+  Message message;
+  message.id_ = static_cast<MessageId>(found->second);
+  message.arguments_ = std::move(arguments);
+  return message;
+}
 
 std::string Message::English() const {
   return Text(&MessageText::english, [](const std::string& bytes) { return bytes; });

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -113,10 +114,15 @@ class Message {
 
   bool operator==(const Message&) const = default;
 
- private:
+  // For who stores messages. The name of the id stays the same where rows of the table come and go.
   using Inner = std::vector<Message>;  // one message, which is not known here yet
   using Argument = std::variant<std::string, std::int64_t, Inner>;
+  const char* Name() const { return kMessageTexts[static_cast<std::size_t>(id_)].name; }
+  const std::vector<Argument>& Arguments() const { return arguments_; }
+  // Nothing when there is no such id, or when its text takes other arguments.
+  static std::optional<Message> OfParts(std::string_view name, std::vector<Argument> arguments);
 
+ private:
   static Argument ArgumentOf(std::string_view text) { return std::string(text); }
   static Argument ArgumentOf(const Message& message) { return Inner{message}; }
   template <std::integral Number>

@@ -1,0 +1,27 @@
+// Every run that there was, the newest last.
+#ifndef KR_RECORD_HISTORY_H
+#define KR_RECORD_HISTORY_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runs/RunRecord.h"
+
+// More are dropped, the oldest first.
+inline constexpr std::size_t kMostHistory = 10000;
+
+// A run is written down when it begins and again when it has ended: of records with one key the
+// last one counts.
+std::string HistoryRecordOf(const RunRecord& run);
+std::string_view HistoryKeyOf(std::string_view record);
+
+// The newest so many of the records, each run once, in the order in which they began.
+void DropOldHistory(std::vector<std::string>& records, std::size_t most = kMostHistory);
+
+// The runs of the file, which may be in use; empty when there is none or it cannot be believed.
+// Changes nothing. Any thread.
+std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine);
+
+#endif

@@ -1,0 +1,47 @@
+// A job as it is at one moment, to be written down by another thread.
+#ifndef KR_RECORD_JOBIMAGE_H
+#define KR_RECORD_JOBIMAGE_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "jobs/JobFile.h"
+#include "runs/RunRecord.h"
+
+// How far a job has come.
+struct JobProgress {
+  JobStatus status = JobStatus::kQueued;
+  std::int64_t started = 0;
+  std::int64_t ended = 0;
+  std::string messageFile;
+  int errorCode = 0;
+  Message reason;
+
+  bool operator==(const JobProgress&) const = default;
+};
+
+struct JobImage {
+  JobId id = JobId::kNone;  // of the session that had it
+  SolverKind kind = SolverKind::kLsDynaSingle;
+  JobFields fields;  // its status and times are the ones that count
+  std::optional<DynaFields> dyna;
+  std::string messageFile;
+  int errorCode = 0;
+  Message reason;
+  std::optional<RunRecord> run;  // the one that is under way, or was when the program died
+  std::vector<JobImage> stages;
+
+  void Set(const JobProgress& progress);
+};
+
+// With the lock of the job's list held.
+JobProgress ProgressOf(const JobFile& job);
+JobImage ImageOf(const JobFile& job);
+
+// Gives a new job everything that the image says, its stages too. `make` makes jobs of a kind.
+void Fill(JobFile& job, const JobImage& image,
+          const std::function<std::shared_ptr<JobFile>(SolverKind kind)>& make);
+
+#endif

@@ -1,0 +1,84 @@
+// A file of small checked records that only grows, and is written anew as a short one now and then.
+//
+// Each record is a line: its length and its CRC-32, eight hexadecimal digits each, then its text.
+// The first one says what the file is: "kestrun KIND VERSION MACHINE COUNT", where so many records
+// follow that were written together with it. Records that a crash has torn are at the end and fail
+// their checks; what stands from there on is not read.
+#ifndef KR_RECORD_JOURNAL_H
+#define KR_RECORD_JOURNAL_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "util/files/AppendFile.h"
+
+struct JournalName {
+  std::string kind;     // one word
+  std::string machine;  // one word; "" is written as "-"
+};
+
+// What a file's bytes are.
+struct JournalText {
+  enum class State {
+    kWhole,    // its end may be torn
+    kDamaged,  // records of it can be read, but not all that there were
+    kNewer,    // of a later version of the program
+    kForeign   // rubbish, another kind of file, another machine's
+  };
+  State state = State::kWhole;
+  std::vector<std::string_view> records;  // inside the bytes; none of kNewer and kForeign
+  std::size_t end = 0;                    // of the last record that is whole, in bytes
+};
+JournalText ReadJournalText(std::string_view bytes, const JournalName& name);
+
+std::string JournalLine(std::string_view record);
+
+// The whole file; false when it cannot be read.
+bool ReadJournalBytes(const std::string& path, std::string& bytes);
+
+// One thread at a time.
+class Journal {
+ public:
+  Journal(std::string path, JournalName name);
+
+  enum class Found {
+    kNothing,
+    kRecords,
+    kAside,    // there was something that cannot be believed as a whole: it has another name now
+    kInTheWay  // the same, but it cannot be read or renamed; nothing is written while it lies there
+  };
+  // Hands each record to `take`, until it refuses one: the file is not to be believed then. What a
+  // file that is put aside has of whole records is handed out too. Changes nothing but its name.
+  Found Read(const std::function<bool(std::string_view record)>& take);
+  // Where the last file that could not be believed lies now.
+  const std::string& Aside() const { return aside_; }
+
+  // Writes a new file of these records and puts it in the old one's place in one step. On failure
+  // the old one stays.
+  bool Rewrite(const std::vector<std::string>& records);
+
+  // After a Rewrite. False when not all of it could be written; Rewrite then makes it whole again.
+  bool Append(std::string_view record);
+  bool Sync();
+
+  // Bytes of the file, and those that Rewrite gave it.
+  std::uint64_t Size() const { return file_.Size(); }
+  std::uint64_t SnapshotSize() const { return snapshotSize_; }
+
+  const std::string& Path() const { return path_; }
+
+ private:
+  bool PutAside();
+
+  const std::string path_;
+  const JournalName name_;
+  std::string aside_;
+  bool inTheWay_ = false;
+  AppendFile file_;
+  std::uint64_t snapshotSize_ = 0;
+};
+
+#endif

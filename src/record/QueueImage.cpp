@@ -1,0 +1,325 @@
+#include "record/QueueImage.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "record/Form.h"
+
+namespace form {
+
+namespace {
+
+void WriteProgress(const JobImage& job, Json& json) {
+  if (!job.messageFile.empty()) json["message"] = Of(job.messageFile);
+  if (job.errorCode != 0) json["code"] = job.errorCode;
+  if (!job.reason.Empty()) json["reason"] = Of(job.reason);
+}
+
+Json JobJson(const JobImage& job) {
+  Json json = {{"id", Of(job.id)}, {"kind", Of(job.kind)}};
+  Write(job.fields, json);
+  WriteProgress(job, json);
+  if (job.dyna) {
+    Json& dyna = json["dyna"] = Json::object();
+    Write(*job.dyna, dyna);
+  }
+  if (job.run) json["run"] = Of(*job.run);
+  for (const JobImage& stage : job.stages) json["stages"].push_back(JobJson(stage));
+  return json;
+}
+
+template <typename T>
+void TakeKey(const Json& json, const char* key, T& value) {
+  if (const auto found = json.find(key); found != json.end()) Take(*found, value);
+}
+
+bool TakeJob(const Json& json, JobImage& job, bool isStage) {
+  if (!json.is_object() || !json.contains("id") || !Take(json["id"], job.id)) return false;
+  TakeKey(json, "kind", job.kind);
+  Read(json, job.fields);
+  TakeKey(json, "message", job.messageFile);
+  TakeKey(json, "code", job.errorCode);
+  TakeKey(json, "reason", job.reason);
+  if (const auto dyna = json.find("dyna"); dyna != json.end()) Read(*dyna, job.dyna.emplace());
+  TakeKey(json, "run", job.run);
+  const auto stages = json.find("stages");
+  if (isStage || stages == json.end()) return true;
+  for (const Json& one : *stages) {
+    JobImage stage;
+    if (TakeJob(one, stage, true)) job.stages.push_back(std::move(stage));
+  }
+  return true;
+}
+
+// A change is an array: its word, then what it needs.
+struct ToJson {
+  Json operator()(const change::GroupSet& c) const {
+    return {"group", c.group, Of(c.name), Of(c.text)};
+  }
+  Json operator()(const change::GroupGone& c) const { return {"nogroup", c.group}; }
+  Json operator()(const change::CurrentGroup& c) const { return {"current", c.group}; }
+  Json operator()(const change::JobAdded& c) const { return {"add", c.group, JobJson(c.job)}; }
+  Json operator()(const change::JobGone& c) const { return {"remove", Of(c.job)}; }
+  Json operator()(const change::JobMoved& c) const { return {"move", Of(c.job), c.place}; }
+  Json operator()(const change::JobSet& c) const { return {"job", JobJson(c.job)}; }
+  Json operator()(const change::Progress& c) const {
+    JobImage job;
+    job.Set(c.progress);
+    Json progress = Json::object();
+    Write(job.fields, progress);
+    WriteProgress(job, progress);
+    return {"status", Of(c.job), static_cast<std::uint64_t>(c.stage), progress};
+  }
+  Json operator()(const change::Run& c) const { return {"run", Of(c.job), Of(c.run)}; }
+  Json operator()(const change::LeftTaken&) const { return Json::array({"taken"}); }
+  Json operator()(const change::SessionOver& c) const { return {"over", c.resume}; }
+  Json operator()(const change::SessionBegins& c) const { return {"begin", c.last}; }
+};
+
+using Reader = std::optional<QueueChange> (*)(const Json& json);
+
+template <typename T>
+bool At(const Json& json, std::size_t place, T& value) {
+  return place < json.size() && Take(json[place], value);
+}
+
+const std::map<std::string, Reader, std::less<>>& Readers() {
+  using Result = std::optional<QueueChange>;
+  static const auto& readers = *new const std::map<std::string, Reader, std::less<>>{
+      {"group",
+       [](const Json& json) -> Result {
+         change::GroupSet c;
+         if (!At(json, 1, c.group) || !At(json, 2, c.name) || !At(json, 3, c.text)) return {};
+         return c;
+       }},
+      {"nogroup",
+       [](const Json& json) -> Result {
+         change::GroupGone c;
+         return At(json, 1, c.group) ? Result(c) : Result();
+       }},
+      {"current",
+       [](const Json& json) -> Result {
+         change::CurrentGroup c;
+         return At(json, 1, c.group) ? Result(c) : Result();
+       }},
+      {"add",
+       [](const Json& json) -> Result {
+         change::JobAdded c;
+         if (!At(json, 1, c.group) || json.size() < 3 || !TakeJob(json[2], c.job, false)) return {};
+         return c;
+       }},
+      {"remove",
+       [](const Json& json) -> Result {
+         change::JobGone c;
+         return At(json, 1, c.job) ? Result(c) : Result();
+       }},
+      {"move",
+       [](const Json& json) -> Result {
+         change::JobMoved c;
+         return At(json, 1, c.job) && At(json, 2, c.place) ? Result(c) : Result();
+       }},
+      {"job",
+       [](const Json& json) -> Result {
+         change::JobSet c;
+         return json.size() > 1 && TakeJob(json[1], c.job, false) ? Result(c) : Result();
+       }},
+      {"status",
+       [](const Json& json) -> Result {
+         change::Progress c;
+         std::uint64_t stage = 0;
+         if (!At(json, 1, c.job) || !At(json, 2, stage) || json.size() < 4 || !json[3].is_object())
+           return {};
+         c.stage = static_cast<JobId>(stage);
+         JobImage job;
+         Read(json[3], job.fields);
+         TakeKey(json[3], "message", job.messageFile);
+         TakeKey(json[3], "code", job.errorCode);
+         TakeKey(json[3], "reason", job.reason);
+         c.progress = {job.fields.status, job.fields.started, job.fields.ended,
+                       job.messageFile,   job.errorCode,      job.reason};
+         return c;
+       }},
+      {"run",
+       [](const Json& json) -> Result {
+         change::Run c;
+         return At(json, 1, c.job) && At(json, 2, c.run) ? Result(c) : Result();
+       }},
+      {"taken", [](const Json&) -> Result { return change::LeftTaken(); }},
+      {"over",
+       [](const Json& json) -> Result {
+         change::SessionOver c;
+         return At(json, 1, c.resume) ? Result(c) : Result();
+       }},
+      {"begin",
+       [](const Json& json) -> Result {
+         change::SessionBegins c;
+         return At(json, 1, c.last) ? Result(c) : Result();
+       }},
+  };
+  return readers;
+}
+
+std::optional<QueueChange> ChangeOf(const Json& json) {
+  if (!json.is_array() || json.empty() || !json[0].is_string()) return std::nullopt;
+  const auto found = Readers().find(json[0].get_ref<const std::string&>());
+  return found == Readers().end() ? std::nullopt : found->second(json);
+}
+
+}  // namespace
+
+}  // namespace form
+
+namespace {
+
+// What happens to an image.
+class Applier {
+ public:
+  explicit Applier(QueueImage& image) : image_(image), now_(image.now) {}
+
+  void operator()(const change::GroupSet& c) {
+    GroupImage* group = Group(c.group);
+    if (group == nullptr) group = &now_.groups.emplace_back(GroupImage{c.group, {}, {}, {}});
+    group->name = c.name;
+    group->text = c.text;
+  }
+  void operator()(const change::GroupGone& c) {
+    const GroupImage* const group = Group(c.group);
+    if (group == nullptr) return;
+    for (const JobId job : group->jobs) now_.jobs.erase(job);
+    std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
+  }
+  void operator()(const change::CurrentGroup& c) { now_.current = c.group; }
+  void operator()(const change::JobAdded& c) {
+    GroupImage* const group = Group(c.group);
+    if (group == nullptr || !now_.jobs.emplace(c.job.id, c.job).second) return;
+    group->jobs.push_back(c.job.id);
+  }
+  void operator()(const change::JobGone& c) {
+    if (now_.jobs.erase(c.job) == 0) return;
+    for (GroupImage& group : now_.groups) std::erase(group.jobs, c.job);
+  }
+  void operator()(const change::JobMoved& c) {
+    for (GroupImage& group : now_.groups) {
+      const auto found = std::find(group.jobs.begin(), group.jobs.end(), c.job);
+      if (found == group.jobs.end()) continue;
+      group.jobs.erase(found);
+      const std::size_t place = std::min<std::size_t>(c.place, group.jobs.size());
+      group.jobs.insert(group.jobs.begin() + static_cast<std::ptrdiff_t>(place), c.job);
+      return;
+    }
+  }
+  void operator()(const change::JobSet& c) {
+    JobImage* const job = Job(c.job.id);
+    if (job == nullptr) return;
+    std::optional<RunRecord> run = std::move(job->run);
+    *job = c.job;
+    job->run = std::move(run);
+  }
+  void operator()(const change::Progress& c) {
+    JobImage* const job = Job(c.job);
+    if (job == nullptr) return;
+    if (c.stage == JobId::kNone) {
+      job->Set(c.progress);
+      if (c.progress.status != JobStatus::kRunning) job->run.reset();
+      return;
+    }
+    for (JobImage& stage : job->stages) {
+      if (stage.id == c.stage) stage.Set(c.progress);
+    }
+  }
+  void operator()(const change::Run& c) {
+    JobImage* const job = Job(c.job);
+    if (job != nullptr) job->run = c.run;
+  }
+  void operator()(const change::LeftTaken&) { image_.left.clear(); }
+  void operator()(const change::SessionOver& c) {
+    now_.over = true;
+    now_.resume = c.resume;
+  }
+  void operator()(const change::SessionBegins& c) {
+    if (c.last != 0) now_.last = c.last;
+    if (now_.HasUnended()) image_.left.push_back(std::move(now_));
+    now_ = {};
+  }
+
+ private:
+  GroupImage* Group(int id) {
+    const auto found = std::find_if(now_.groups.begin(), now_.groups.end(),
+                                    [id](const GroupImage& group) { return group.id == id; });
+    return found == now_.groups.end() ? nullptr : &*found;
+  }
+  JobImage* Job(JobId id) {
+    const auto found = now_.jobs.find(id);
+    return found == now_.jobs.end() ? nullptr : &found->second;
+  }
+
+  QueueImage& image_;
+  SessionImage& now_;
+};
+
+void AddSession(const SessionImage& session, std::vector<std::string>& records) {
+  constexpr std::size_t kAtOnce = 100;  // changes of one record
+  std::vector<QueueChange> changes;
+  for (const GroupImage& group : session.groups) {
+    changes.push_back(change::GroupSet{group.id, group.name, group.text});
+    for (const JobId id : group.jobs) {
+      const JobImage* const job = session.Find(id);
+      if (job != nullptr) changes.push_back(change::JobAdded{group.id, *job});
+      if (changes.size() < kAtOnce) continue;
+      records.push_back(RecordOf(changes, session.last));
+      changes.clear();
+    }
+  }
+  changes.push_back(change::CurrentGroup{session.current});
+  if (session.over) changes.push_back(change::SessionOver{session.resume});
+  records.push_back(RecordOf(changes, session.last));
+}
+
+}  // namespace
+
+bool SessionImage::HasUnended() const {
+  return std::any_of(jobs.begin(), jobs.end(),
+                     [](const auto& job) { return !HasEnded(job.second.fields.status); });
+}
+
+const JobImage* SessionImage::Find(JobId job) const {
+  const auto found = jobs.find(job);
+  return found == jobs.end() ? nullptr : &found->second;
+}
+
+void QueueImage::Apply(const QueueChange& change) {
+  std::visit(Applier(*this), change);
+}
+
+std::string RecordOf(const std::vector<QueueChange>& changes, std::int64_t time) {
+  form::Json list = form::Json::array();
+  for (const QueueChange& change : changes) list.push_back(std::visit(form::ToJson(), change));
+  return form::Text({{"t", time}, {"c", std::move(list)}});
+}
+
+bool ApplyRecord(std::string_view record, QueueImage& image) {
+  const form::Json json = form::Parsed(record);
+  if (!json.is_object()) return false;
+  const auto list = json.find("c");
+  const auto time = json.find("t");
+  if (list == json.end() || !list->is_array() || time == json.end()) return false;
+  std::vector<QueueChange> changes;
+  for (const form::Json& one : *list) {
+    std::optional<QueueChange> change = form::ChangeOf(one);
+    if (!change) return false;
+    changes.push_back(std::move(*change));
+  }
+  for (const QueueChange& change : changes) image.Apply(change);
+  form::Take(*time, image.now.last);
+  return true;
+}
+
+std::vector<std::string> SnapshotOf(const QueueImage& image) {
+  std::vector<std::string> records;
+  for (const SessionImage& session : image.left) {
+    AddSession(session, records);
+    records.push_back(RecordOf({change::SessionBegins{session.last}}, 0));
+  }
+  AddSession(image.now, records);
+  return records;
+}

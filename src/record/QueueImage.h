@@ -1,0 +1,101 @@
+// The queue as the record has it: what it was when the program ended last, and what it is now.
+#ifndef KR_RECORD_QUEUEIMAGE_H
+#define KR_RECORD_QUEUEIMAGE_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "record/JobImage.h"
+
+// What can happen to a queue. A group or a job that a change names and that is not there is passed
+// over.
+namespace change {
+struct GroupSet {  // a new one is the last
+  int group = 0;
+  std::string name;
+  std::string text;
+};
+struct GroupGone {
+  int group = 0;
+};
+struct CurrentGroup {
+  int group = 0;
+};
+struct JobAdded {  // at the end
+  int group = 0;
+  JobImage job;
+};
+struct JobGone {
+  JobId job = JobId::kNone;
+};
+struct JobMoved {
+  JobId job = JobId::kNone;
+  std::uint64_t place = 0;
+};
+struct JobSet {  // anything of it; its run stays
+  JobImage job;
+};
+struct Progress {  // `stage` kNone: of the job
+  JobId job = JobId::kNone;
+  JobId stage = JobId::kNone;
+  JobProgress progress;
+};
+struct Run {  // one that has begun, or has ended
+  JobId job = JobId::kNone;
+  RunRecord run;
+};
+struct LeftTaken {};  // what was left behind has been restored or forgotten
+struct SessionOver {  // the program has ended as it should; `resume`: restore it without asking
+  bool resume = false;
+};
+// The program starts: what the session before had is left behind, if a job of it has not ended.
+struct SessionBegins {
+  std::int64_t last = 0;  // of the session before: when it was heard of last; 0: as it is known
+};
+}  // namespace change
+
+using QueueChange =
+    std::variant<change::GroupSet, change::GroupGone, change::CurrentGroup, change::JobAdded,
+                 change::JobGone, change::JobMoved, change::JobSet, change::Progress, change::Run,
+                 change::LeftTaken, change::SessionOver, change::SessionBegins>;
+
+struct GroupImage {
+  int id = 0;
+  std::string name;
+  std::string text;
+  std::vector<JobId> jobs;
+};
+
+struct SessionImage {
+  std::vector<GroupImage> groups;
+  std::unordered_map<JobId, JobImage> jobs;
+  int current = 0;        // group id
+  std::int64_t last = 0;  // when it was heard of last, seconds since 1970
+  bool over = false;      // it ended as it should
+  bool resume = false;
+
+  bool HasUnended() const;
+  const JobImage* Find(JobId job) const;
+};
+
+struct QueueImage {
+  std::vector<SessionImage> left;  // oldest first
+  SessionImage now;
+
+  void Apply(const QueueChange& change);
+};
+
+// Changes that were written together, as one record. They count all or not at all.
+std::string RecordOf(const std::vector<QueueChange>& changes, std::int64_t time);
+// False when it is none of ours; then nothing has been applied.
+bool ApplyRecord(std::string_view record, QueueImage& image);
+
+// The records that lead to the image from an empty one.
+std::vector<std::string> SnapshotOf(const QueueImage& image);
+
+#endif

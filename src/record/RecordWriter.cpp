@@ -1,0 +1,238 @@
+#include "record/RecordWriter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "record/History.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenSyncs{300};
+constexpr std::chrono::seconds kBetweenTries{3};
+constexpr std::uint64_t kSpareBytes = 512 * 1024;  // that a journal may have beyond its snapshot
+constexpr std::size_t kSpareHistory = 5000;        // records
+
+}  // namespace
+
+RecordWriter::RecordWriter(RecordFiles files, MessageSink report, MessageSink note)
+    : files_(std::move(files)),
+      report_(std::move(report)),
+      note_(std::move(note)),
+      queue_(files_.queue, {kQueueKind, files_.machine}),
+      history_(files_.history, {kHistoryKind, files_.machine}) {}
+
+RecordWriter::~RecordWriter() {
+  {
+    const MutexLock lock(mutex_);
+    end_ = true;
+    holds_ = 0;
+  }
+  changed_.notify_all();
+  if (worker_.joinable()) worker_.join();
+}
+
+void RecordWriter::TellFound(const Journal& journal, Journal::Found found) {
+  if (found == Journal::Found::kAside) {
+    report_(Message(MessageId::kRecordAside, journal.Path(), journal.Aside()));
+  } else if (found == Journal::Found::kInTheWay) {
+    report_(Message(MessageId::kRecordUnreadable, journal.Path()));
+  }
+}
+
+QueueImage RecordWriter::Begin(bool keepQueue) {
+  keepQueue_ = keepQueue;
+  if (lock_.Take(files_.lock, 0) == FileLock::Result::kBusy) {
+    report_(Message(MessageId::kRecordBusy, files_.queue));
+    return {};
+  }
+  QueueImage before;
+  const Journal::Found found =
+      queue_.journal.Read([&](std::string_view record) { return ApplyRecord(record, before); });
+  TellFound(queue_.journal, found);
+  std::vector<std::string> runs;
+  const Journal::Found history = history_.journal.Read([&](std::string_view record) {
+    runs.emplace_back(record);
+    return true;
+  });
+  TellFound(history_.journal, history);
+  if (history != Journal::Found::kRecords) unwrittenHistory_ = std::move(runs);
+  if (!keepQueue) before = {};
+  image_ = before;
+  image_.Apply(change::SessionBegins());
+  image_.now.last = DateTimeWrapper::CurrentTime();
+  worker_ = std::thread([this] { Work(); });
+  return before;
+}
+
+void RecordWriter::Put(QueueChange change) {
+  {
+    const MutexLock lock(mutex_);
+    if (end_) return;
+    changes_.push_back(std::move(change));
+    ++put_;
+  }
+  changed_.notify_all();
+}
+
+void RecordWriter::PutRun(const RunRecord& run) {
+  {
+    const MutexLock lock(mutex_);
+    runs_.push_back(run);
+    ++put_;
+  }
+  changed_.notify_all();
+}
+
+void RecordWriter::Hold() {
+  const MutexLock lock(mutex_);
+  ++holds_;
+}
+
+void RecordWriter::Release() {
+  {
+    const MutexLock lock(mutex_);
+    if (holds_ > 0) --holds_;
+  }
+  changed_.notify_all();
+}
+
+bool RecordWriter::Flush(std::chrono::milliseconds limit) {
+  const auto end = Clock::now() + limit;
+  MutexLock lock(mutex_);
+  const std::uint64_t wanted = put_;
+  syncNow_ = true;
+  changed_.notify_all();
+  while (onDisk_ < wanted && lock.WaitUntil(changed_, end)) {
+  }
+  return onDisk_ >= wanted;
+}
+
+std::uint64_t RecordWriter::QueueBytes() const {
+  const MutexLock lock(mutex_);
+  return queueBytes_;
+}
+
+bool RecordWriter::HasNothingToWrite() const {
+  return !end_ && !syncNow_ && (holds_ > 0 || (changes_.empty() && runs_.empty()));
+}
+
+// What is written is not on the disk yet, or could not be written.
+bool RecordWriter::IsOwed() const {
+  return queue_.dirty || history_.dirty || queue_.broken || history_.broken;
+}
+
+// The first round writes the session's beginning, whatever was put.
+void RecordWriter::Work() {
+  std::uint64_t taken = 0;
+  for (bool begun = false;; begun = true) {
+    std::vector<QueueChange> changes;
+    std::vector<RunRecord> runs;
+    bool end = false;
+    bool syncNow = false;
+    {
+      MutexLock lock(mutex_);
+      while (begun && HasNothingToWrite()) {
+        if (!IsOwed()) {
+          lock.Wait(changed_);
+        } else if (!lock.WaitUntil(changed_, Clock::now() + kBetweenSyncs)) {
+          break;
+        }
+      }
+      end = end_;
+      syncNow = std::exchange(syncNow_, false);
+      if (holds_ == 0) {
+        changes.swap(changes_);
+        runs.swap(runs_);
+        taken = put_;
+      }
+    }
+    const bool tryAgain = end || Clock::now() - tried_ >= kBetweenTries;
+    if (keepQueue_) WriteQueue(changes, tryAgain);
+    if (!keepQueue_ && !begun && FileDirWrapper::FileExists(files_.queue)) Mend(queue_, {});
+    WriteHistory(runs, tryAgain);
+    if (end || syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
+      Sync(queue_);
+      Sync(history_);
+      synced_ = Clock::now();
+    }
+    {
+      const MutexLock lock(mutex_);
+      if (!IsOwed()) onDisk_ = taken;
+      queueBytes_ = queue_.journal.Size();
+    }
+    changed_.notify_all();
+    if (end) return;
+  }
+}
+
+void RecordWriter::Mend(Target& target, const std::vector<std::string>& records) {
+  if (target.journal.Rewrite(records)) {
+    target.broken = target.dirty = false;
+    target.records = records.size();
+    if (target.told) note_(Message(MessageId::kRecordWritable, target.journal.Path()));
+    target.told = false;
+    return;
+  }
+  target.broken = true;
+  tried_ = Clock::now();
+  if (!target.told) report_(Message(MessageId::kRecordNotWritten, target.journal.Path()));
+  target.told = true;
+}
+
+void RecordWriter::WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain) {
+  const bool wasBroken = queue_.broken;
+  if (!changes.empty()) {
+    const std::int64_t now = DateTimeWrapper::CurrentTime();
+    for (const QueueChange& change : changes) image_.Apply(change);
+    image_.now.last = now;
+    if (!wasBroken) {
+      queue_.broken = !queue_.journal.Append(RecordOf(changes, now));
+      queue_.dirty = true;
+    }
+  }
+  const bool isLong = queue_.journal.Size() > 2 * queue_.journal.SnapshotSize() + kSpareBytes;
+  const bool mend = queue_.broken ? !wasBroken || tryAgain : isLong;
+  if (mend) Mend(queue_, SnapshotOf(image_));
+}
+
+std::vector<std::string> RecordWriter::HistorySnapshot() {
+  std::vector<std::string> records;
+  history_.journal.Read([&](std::string_view record) {
+    records.emplace_back(record);
+    return true;
+  });
+  records.insert(records.end(), unwrittenHistory_.begin(), unwrittenHistory_.end());
+  DropOldHistory(records);
+  return records;
+}
+
+void RecordWriter::WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain) {
+  const bool wasBroken = history_.broken;
+  for (const RunRecord& run : runs) {
+    std::string record = HistoryRecordOf(run);
+    if (!history_.broken && history_.journal.Append(record)) {
+      history_.dirty = true;
+      ++history_.records;
+      continue;
+    }
+    history_.broken = true;
+    unwrittenHistory_.push_back(std::move(record));
+  }
+  if (unwrittenHistory_.size() > kMostHistory) DropOldHistory(unwrittenHistory_);
+  const bool isLong = history_.records > 2 * kMostHistory + kSpareHistory;
+  const bool mend = history_.broken ? !wasBroken || tryAgain : isLong;
+  if (!mend) return;
+  Mend(history_, HistorySnapshot());
+  if (!history_.broken) unwrittenHistory_.clear();
+}
+
+void RecordWriter::Sync(Target& target) {
+  if (!target.dirty || target.broken) return;
+  if (target.journal.Sync()) {
+    target.dirty = false;
+  } else {
+    target.broken = true;
+  }
+}

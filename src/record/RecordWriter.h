@@ -1,0 +1,99 @@
+// Writes what happens to the queue, and the runs, on a thread of its own.
+#ifndef KR_RECORD_RECORDWRITER_H
+#define KR_RECORD_RECORDWRITER_H
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "messages/Message.h"
+#include "record/Journal.h"
+#include "record/QueueImage.h"
+#include "record/RecordFiles.h"
+#include "util/files/FileLock.h"
+#include "util/signals/Mutex.h"
+
+// Takes changes from any thread, which costs it a lock and a move, and never waits for the disk.
+// What was put is written within some milliseconds and on the disk within half a second. Where it
+// cannot be written it is kept and tried again every few seconds; that is reported once, and noted
+// when it works again.
+class RecordWriter {
+ public:
+  RecordWriter(RecordFiles files, MessageSink report, MessageSink note);
+  // Writes what was put, if it can.
+  ~RecordWriter();
+  RecordWriter(const RecordWriter&) = delete;
+  RecordWriter& operator=(const RecordWriter&) = delete;
+
+  // Reads the record and begins a session of it. Once, before anything is put. What it gives is the
+  // record as the last session left it. `keepQueue` false: the queue is neither read nor written,
+  // and what the file has of it is dropped.
+  QueueImage Begin(bool keepQueue);
+
+  // Each counts whole or not at all, and so does what is put between Hold and Release.
+  void Put(QueueChange change);
+  void PutRun(const RunRecord& run);  // for the history
+  void Hold();
+  void Release();
+
+  // Waits until what was put is on the disk. False when it is not by then.
+  bool Flush(std::chrono::milliseconds limit);
+
+  // The bytes of the queue's file.
+  std::uint64_t QueueBytes() const;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  // One file with what has to be in it; the writer's thread.
+  struct Target {
+    explicit Target(const std::string& path, JournalName name) : journal(path, std::move(name)) {}
+    Journal journal;
+    bool broken = true;  // to be written anew
+    bool dirty = false;  // not on the disk yet
+    bool told = false;   // the user knows that it is broken
+    std::uint64_t records = 0;
+  };
+
+  void Work();
+  bool HasNothingToWrite() const KR_REQUIRES(mutex_);
+  bool IsOwed() const;
+  void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
+  void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
+  std::vector<std::string> HistorySnapshot();
+  void Mend(Target& target, const std::vector<std::string>& records);
+  void Sync(Target& target);
+  void TellFound(const Journal& journal, Journal::Found found);
+
+  const RecordFiles files_;
+  const MessageSink report_;
+  const MessageSink note_;
+  FileLock lock_;
+  bool keepQueue_ = true;
+
+  // The writer's thread, once it runs.
+  Target queue_;
+  Target history_;
+  QueueImage image_;
+  std::vector<std::string> unwrittenHistory_;  // while that file is broken
+  Clock::time_point synced_{};
+  Clock::time_point tried_{};
+
+  mutable Mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<QueueChange> changes_ KR_GUARDED_BY(mutex_);
+  std::vector<RunRecord> runs_ KR_GUARDED_BY(mutex_);
+  int holds_ KR_GUARDED_BY(mutex_) = 0;
+  bool end_ KR_GUARDED_BY(mutex_) = false;
+  bool syncNow_ KR_GUARDED_BY(mutex_) = false;  // somebody waits
+  std::uint64_t put_ KR_GUARDED_BY(mutex_) = 0;
+  std::uint64_t onDisk_ KR_GUARDED_BY(mutex_) = 0;
+  std::uint64_t queueBytes_ KR_GUARDED_BY(mutex_) = 0;
+  std::thread worker_;
+};
+
+#endif

@@ -1,0 +1,113 @@
+#include "record/Journal.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "support/TempFolder.h"
+
+namespace {
+
+using Records = std::vector<std::string>;
+
+const JournalName kName{"queue", "here"};
+
+class JournalTest : public testing::Test {
+ protected:
+  Journal::Found Read(Records& records, const JournalName& name = kName) {
+    records.clear();
+    Journal journal(path_, name);
+    const Journal::Found found = journal.Read([&](std::string_view record) {
+      records.emplace_back(record);
+      return true;
+    });
+    aside_ = journal.Aside();
+    return found;
+  }
+
+  TempFolder folder_;
+  const std::string path_ = folder_ / "a.kr";
+  std::string aside_;
+};
+
+TEST_F(JournalTest, GivesBackWhatWasWrittenAndCutsATornEnd) {
+  Journal journal(path_, kName);
+  ASSERT_TRUE(journal.Rewrite({"one", std::string("t\nw\0o", 5)}));
+  ASSERT_TRUE(journal.Append("three"));
+  ASSERT_TRUE(journal.Append(""));
+  ASSERT_TRUE(journal.Append("five"));
+  ASSERT_TRUE(journal.Sync());
+  const std::string whole = TempFolder::Read(path_);
+  EXPECT_EQ(whole.size(), journal.Size());
+  const Records all = {"one", std::string("t\nw\0o", 5), "three", "", "five"};
+
+  std::size_t most = 0;
+  for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
+    const JournalText text = ReadJournalText(std::string_view(whole).substr(0, cut), kName);
+    const Records read(text.records.begin(), text.records.end());
+    ASSERT_LE(read.size(), all.size());
+    EXPECT_EQ(read, Records(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(read.size())));
+    EXPECT_GE(read.size(), most);
+    most = read.size();
+    // What a crash can leave: the snapshot is whole, since it was renamed into place.
+    if (cut >= journal.SnapshotSize()) {
+      EXPECT_EQ(text.state, JournalText::State::kWhole) << cut;
+    }
+    if (cut > 0 && cut < journal.SnapshotSize()) {
+      EXPECT_NE(text.state, JournalText::State::kWhole) << cut;
+    }
+  }
+  EXPECT_EQ(most, all.size());
+}
+
+// One byte of a record that is not the last: what stands behind it cannot be known to follow.
+TEST_F(JournalTest, ADamagedFileIsPutAsideAndWhatStandsBeforeTheDamageIsUsed) {
+  Journal journal(path_, kName);
+  ASSERT_TRUE(journal.Rewrite({"one"}));
+  ASSERT_TRUE(journal.Append("two") && journal.Append("three"));
+  std::string bytes = TempFolder::Read(path_);
+  bytes[bytes.find("two")] = 'T';
+  folder_.Write("a.kr", bytes);
+  Records records;
+  EXPECT_EQ(Read(records), Journal::Found::kAside);
+  EXPECT_EQ(records, Records{"one"});
+  EXPECT_EQ(TempFolder::Read(aside_), bytes);
+  EXPECT_FALSE(FileDirWrapper::FileExists(path_));
+}
+
+TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
+  ASSERT_TRUE(Journal(path_, kName).Rewrite({"one"}));
+  const std::string ours = TempFolder::Read(path_);
+  const std::string newer = JournalLine("kestrun queue 2 here 1 and more") + JournalLine("one");
+  Records records;
+  std::set<std::string> asides;
+  for (const std::string& bytes : {newer, std::string("rubbish\n"), std::string(5000, '\0'),
+                                   JournalLine("kestrun queue x here 0")}) {
+    folder_.Write("a.kr", bytes);
+    EXPECT_EQ(Read(records), Journal::Found::kAside) << bytes.substr(0, 40);
+    EXPECT_TRUE(records.empty());
+    EXPECT_EQ(TempFolder::Read(aside_), bytes);
+    asides.insert(aside_);
+  }
+  EXPECT_EQ(asides.size(), 4U);
+  folder_.Write("a.kr", ours);
+  EXPECT_EQ(Read(records, {"queue", "elsewhere"}), Journal::Found::kAside);
+  folder_.Write("a.kr", ours);
+  EXPECT_EQ(Read(records, {"history", "here"}), Journal::Found::kAside);
+  folder_.Write("a.kr", ours);
+  EXPECT_EQ(Read(records), Journal::Found::kRecords);
+}
+
+TEST_F(JournalTest, NoticesThatItsFileIsGone) {
+  Journal journal(path_, kName);
+  ASSERT_TRUE(journal.Rewrite({"one"}));
+  if (!FileDirWrapper::RemoveFile(path_)) GTEST_SKIP() << "an open file stays here";
+  EXPECT_FALSE(journal.Append("two"));
+  EXPECT_TRUE(journal.Rewrite({"one", "two"}));
+  EXPECT_TRUE(journal.Append("three"));
+  Records records;
+  EXPECT_EQ(Read(records), Journal::Found::kRecords);
+  EXPECT_EQ(records, (Records{"one", "two", "three"}));
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+#include "record/RecordWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <mutex>
+#include <thread>
+
+#include "RandomQueue.h"
+#include "record/History.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class RecordWriterTest : public testing::Test {
+ protected:
+  std::unique_ptr<RecordWriter> Writer() {
+    return std::make_unique<RecordWriter>(
+        RecordFilesIn(folder_.Path()), [this](const Message& message) { Say(said_, message); },
+        [this](const Message& message) { Say(noted_, message); });
+  }
+  void Say(std::vector<MessageId>& list, const Message& message) {
+    const std::lock_guard lock(mutex_);
+    list.push_back(message.Id());
+  }
+  std::vector<MessageId> Said() {
+    const std::lock_guard lock(mutex_);
+    return said_;
+  }
+
+  const TempFolder folder_;
+  const RecordFiles files_ = RecordFilesIn(folder_.Path());
+  std::mutex mutex_;
+  std::vector<MessageId> said_, noted_;
+};
+
+TEST_F(RecordWriterTest, TheNextSessionFindsWhatThisOneDid) {
+  QueueImage model;
+  RandomQueue user(5);
+  {
+    const auto writer = Writer();
+    writer->Begin(true);
+    for (int i = 0; i < 1000; ++i) {
+      const QueueChange change = user.Next();
+      model.Apply(change);
+      writer->Put(change);
+    }
+    EXPECT_TRUE(writer->Flush(20s));
+    EXPECT_EQ(std::filesystem::file_size(files_.queue), writer->QueueBytes());
+  }
+  EXPECT_EQ(TextOf(Writer()->Begin(true)), TextOf(model));
+  EXPECT_TRUE(Said().empty());
+#ifndef _WIN32
+  using std::filesystem::perms;
+  for (const std::string& path : {files_.queue, files_.history}) {
+    EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
+  }
+#endif
+}
+
+TEST_F(RecordWriterTest, WhatIsHeldCountsAsOne) {
+  auto writer = Writer();
+  writer->Begin(true);
+  writer->Hold();
+  writer->Put(change::GroupSet{1, "A", ""});
+  EXPECT_FALSE(writer->Flush(400ms));
+  writer->Put(change::GroupSet{2, "B", ""});
+  writer->Release();
+  EXPECT_TRUE(writer->Flush(20s));
+  Journal journal(files_.queue, {kQueueKind, files_.machine});
+  std::vector<int> groups;
+  journal.Read([&](std::string_view record) {
+    QueueImage image;
+    EXPECT_TRUE(ApplyRecord(record, image));
+    if (!image.now.groups.empty()) groups.push_back(static_cast<int>(image.now.groups.size()));
+    return true;
+  });
+  EXPECT_EQ(groups, std::vector<int>{2});
+}
+
+TEST_F(RecordWriterTest, AWeekStaysSmallAndALongJournalBecomesAShortOne) {
+  const auto writer = Writer();
+  writer->Begin(true);
+  writer->Put(change::GroupSet{1, "A", ""});
+  JobImage job;
+  job.fields.jobFile = std::string(300, 'x');
+  for (std::uint64_t i = 1; i <= 4000; ++i) {
+    job.id = static_cast<JobId>(i);
+    writer->Put(change::JobAdded{1, job});
+    writer->Put(change::JobGone{job.id});
+    if (i % 100 == 0) {
+      ASSERT_TRUE(writer->Flush(20s));
+    }
+    ASSERT_LT(writer->QueueBytes(), 1000000U);
+  }
+}
+
+TEST_F(RecordWriterTest, OnlyTheFirstWrites) {
+  const auto first = Writer();
+  first->Begin(true);
+  first->Put(change::GroupSet{1, "A", ""});
+  ASSERT_TRUE(first->Flush(20s));
+  const std::string before = TempFolder::Read(files_.queue);
+  {
+    const auto second = Writer();
+    EXPECT_TRUE(second->Begin(true).now.groups.empty());
+    second->Put(change::GroupSet{1, "B", ""});
+    second->PutRun({});
+  }
+  EXPECT_EQ(TempFolder::Read(files_.queue), before);
+  EXPECT_EQ(Said(), std::vector{MessageId::kRecordBusy});
+}
+
+// A folder in the place of the file: as full as a disk can be, for root too.
+TEST_F(RecordWriterTest, GoesOnWhereNothingCanBeWrittenAndCatchesUp) {
+  const std::string fresh = files_.queue + ".new";
+  const auto writer = Writer();
+  writer->Begin(true);
+  writer->Put(change::GroupSet{1, "A", ""});
+  ASSERT_TRUE(writer->Flush(20s));
+  std::filesystem::remove(files_.queue);
+  std::filesystem::create_directories(fresh + "/full");
+  writer->Put(change::GroupSet{2, "B", ""});
+  EXPECT_FALSE(writer->Flush(500ms));
+  writer->Put(change::GroupSet{3, "C", ""});
+  EXPECT_FALSE(writer->Flush(500ms));
+  EXPECT_EQ(Said(), std::vector{MessageId::kRecordNotWritten});
+  std::filesystem::remove_all(fresh);
+  EXPECT_TRUE(writer->Flush(20s));
+  EXPECT_EQ(noted_, std::vector{MessageId::kRecordWritable});
+  Journal journal(files_.queue, {kQueueKind, files_.machine});
+  QueueImage image;
+  journal.Read([&](std::string_view record) { return ApplyRecord(record, image); });
+  EXPECT_EQ(image.now.groups.size(), 3U);
+}
+
+TEST_F(RecordWriterTest, KeepsTheNewestRunsEachOnce) {
+  std::vector<std::string> records;
+  RunRecord run;
+  for (int i = 0; i < 30; ++i) {
+    run.started = 1000 + i;
+    run.verdict = JobStatus::kRunning;
+    records.push_back(HistoryRecordOf(run));
+    run.verdict = JobStatus::kFinished;
+    records.push_back(HistoryRecordOf(run));
+  }
+  DropOldHistory(records, 10);
+  ASSERT_EQ(records.size(), 10U);
+  {
+    const auto writer = Writer();
+    writer->Begin(false);
+    run.filesBefore = "not for the history";
+    run.started = 5;
+    writer->PutRun(run);
+    run.started = 6;
+    writer->PutRun(run);
+    run.verdict = JobStatus::kAborted;
+    writer->PutRun(run);
+  }
+  const std::vector<RunRecord> runs = ReadHistory(files_.history, files_.machine);
+  ASSERT_EQ(runs.size(), 2U);
+  EXPECT_EQ(runs[1].verdict, JobStatus::kAborted);
+  EXPECT_EQ(runs[1].filesBefore, "");
+  EXPECT_FALSE(FileDirWrapper::FileExists(files_.queue)) << "nothing of the queue was wanted";
+}
+
+}  // namespace
