@@ -244,12 +244,21 @@ int Application::Shutdown() {
 }
 
 bool Application::ViewTextFile(const std::string& path) {
+  return OpenTextFile(path, TextFallback);
+}
+
+bool Application::EditTextFile(const std::string& path) {
+  return OpenTextFile(path, EditFallback);
+}
+
+bool Application::OpenTextFile(const std::string& path,
+                               const std::function<bool(const std::string& path)>& fallback) {
   if (!FileDirWrapper::FileExists(path)) {
     settings_->Log().Report(Message(MessageId::kFileMissing, path));
     return false;
   }
   const std::string viewer = ViewerCommand(settings_->Get().viewer);
-  if (TextFallback && !ProgramExists(viewer)) return TextFallback(path);
+  if (fallback && !ProgramExists(viewer) && fallback(path)) return true;
 
   PTWrapperProcessStart start;
   start.commandLine = viewer + ' ' + InQuotes(path);
@@ -283,15 +292,18 @@ void Application::ReportNoViewer(const std::string& commandLine) {
 
 void Application::OpenResult(const std::string& path) {
   const std::string program = settings_->Get().post_processor;
-  const std::string commandLine =
-      program.empty() ? InQuotes(path) : ViewerCommand(program) + ' ' + InQuotes(path);
-  const auto start = [this, program, path, commandLine] {
-    if (program.empty() ? OpenWithDesktop(path) : StartProgram(commandLine)) return;
-    settings_->Log().Report(Message(MessageId::kPostProcessorFailed, commandLine));
+  if (!program.empty() && !ProgramExists(ViewerCommand(program)))
+    return settings_->Log().Report(Message(MessageId::kPostProcessorMissing, program));
+  const std::string commandLine = ViewerCommand(program) + ' ' + InQuotes(path);
+  const Message failure = program.empty() ? Message(MessageId::kNoPostProcessor, path)
+                                          : Message(MessageId::kPostProcessorFailed, commandLine);
+  const auto start = [this, path, commandLine, failure, byDesktop = program.empty()] {
+    if (byDesktop ? OpenWithDesktop(path) : StartProgram(commandLine)) return;
+    settings_->Log().Report(failure);
   };
   try {
     StartOffThread(start);
   } catch (const std::system_error&) {
-    settings_->Log().Report(Message(MessageId::kPostProcessorFailed, commandLine));
+    settings_->Log().Report(failure);
   }
 }

@@ -67,10 +67,13 @@ class Application {
   // Where the viewer of the settings does not exist, `TextFallback` shows it. The viewer starts on
   // a thread of its own, since its console may take a while: a failure there is in the log only.
   bool ViewTextFile(const std::string& path);
-  std::function<bool(const std::string& path)> TextFallback;
+  // The same for a file that the user is to change, with `EditFallback`.
+  bool EditTextFile(const std::string& path);
+  std::function<bool(const std::string&path)> TextFallback, EditFallback;
 
   // Opens a result with the post-processor of the settings, or with what the desktop has for such a
-  // file. Returns at once; a failure is in the log: "Run post-processor [%s] failed".
+  // file. Returns at once; a failure is in the log and names the setting: the program does not
+  // exist, could not be run, or the desktop has none.
   void OpenResult(const std::string& path);
 
   // Enables and disables the drivers.
@@ -103,6 +106,8 @@ class Application {
   void MakeGroups();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
   void StartOffThread(std::function<void()> start);
+  bool OpenTextFile(const std::string& path,
+                    const std::function<bool(const std::string& path)>& fallback);
   void ReportNoViewer(const std::string& commandLine);
 
   const std::string version_ = "2016 R1";

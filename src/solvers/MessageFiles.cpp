@@ -94,6 +94,10 @@ std::vector<std::string> AllMessageFiles(const JobFile& job) {
   return files;
 }
 
+std::string KeptName(const std::string& messageFile) {
+  return messageFile + std::string(kKept);
+}
+
 std::vector<std::string> CaseMessageFiles(const JobFile& job) {
   std::vector<std::string> files;
   std::set<std::string> cases;
@@ -123,7 +127,7 @@ void RemoveAdaptDumps(const JobFile& job) {
 }
 
 std::string KeepMessageFile(JobFile& job, const std::string& messageFile) {
-  const std::string kept = messageFile + std::string(kKept);
+  const std::string kept = KeptName(messageFile);
   const bool isFree = !IsInput(job, kept);
   if (isFree) RemoveOldFile(job, kept, MessageId::kOldMessageFileStays);
   if (!isFree || std::rename(messageFile.c_str(), kept.c_str()) != 0) {

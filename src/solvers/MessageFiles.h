@@ -27,7 +27,10 @@ void RemoveMessageFiles(const JobFile& job);
 // After a run. What cannot be removed is reported.
 void RemoveAdaptDumps(const JobFile& job);
 
-// After a run: the file is renamed to its name and ".krb". Where it is now; the file itself when it
+// The name under which a message file is kept after its run: its own and ".krb".
+std::string KeptName(const std::string& messageFile);
+
+// After a run: the file is renamed to its kept name. Where it is now; the file itself when it
 // cannot be renamed, which is reported.
 std::string KeepMessageFile(JobFile& job, const std::string& messageFile);
 

@@ -32,9 +32,8 @@ PostSource PostSourceOf(const JobFile& job) {
   PostSource source;
   Take(job, source);
   source.status = job.status;
-  const auto last = std::find_if(job.stages.rbegin(), job.stages.rend(), [](const auto& stage) {
-    return stage->status == JobStatus::kFinished;
-  });
+  const auto last = std::find_if(job.stages.rbegin(), job.stages.rend(),
+                                 [](const auto& stage) { return HasEnded(stage->status); });
   if (last != job.stages.rend()) Take(**last, source);
   return source;
 }

@@ -1,4 +1,4 @@
-// The file of a finished job that a post-processor opens.
+// The file of a job that has ended which a post-processor opens.
 #ifndef KR_SOLVERS_POSTRESULT_H
 #define KR_SOLVERS_POSTRESULT_H
 
@@ -9,7 +9,7 @@
 
 struct PostSource {
   JobStatus status = JobStatus::kQueued;  // of the job
-  // Of the job, or of the last stage that has finished.
+  // Of the job, or of the last stage that has ended.
   SolverKind solverType = SolverKind::kLsDynaSingle;
   std::string jobFile;
   std::string folder;

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "core/JobInformation.h"
-#include "solvers/PostResult.h"
 #include "d3plot/D3plotImage.h"
+#include "solvers/PostResult.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -65,7 +65,7 @@ TEST_F(Information, ReadsWhatEachSolverWrites) {
 }
 
 // The file that a post-processor opens.
-TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
+TEST(PostResult, FollowsTheLastStageThatEndedAndItsKind) {
   const Settings settings;
   const auto stage = [&](const char* deck, const char* simulation, JobStatus status) {
     auto made = std::make_shared<JobFileDyna>(settings);
@@ -86,7 +86,7 @@ TEST(PostResult, FollowsTheLastFinishedStageAndItsKind) {
   job.stages = {stage("/s1/gravity.dyn", "Gravity loading", JobStatus::kFinished),
                 stage("/s2/trim.dyn", "TRIMMING", JobStatus::kQueued)};
   EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/s1/d3drlf"));
-  job.stages[1]->status = JobStatus::kFinished;
+  job.stages[1]->status = JobStatus::kAborted;
   EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/s2/dynain"));
   EXPECT_FALSE(IsCompensation(PostSourceOf(job)));
   job.stages.push_back(stage("/s3/scp.dyn", "Springback Compensation", JobStatus::kFinished));

@@ -199,7 +199,7 @@ TEST_F(ActionsTest, OutputIsShownOnceThereIsSome) {
   EXPECT_EQ(Statuses(), Lines{"Queued"});
 }
 
-TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAFinishedJob) {
+TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAJobThatHasEnded) {
   const std::string opened = home_ / "opened";
   const std::string program =
       home_.Write("my post.sh", "#!/bin/sh\nprintf '%s' \"$1\" > '" + opened + ".new'\nmv '" +
@@ -219,6 +219,18 @@ TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAFinishedJob) {
   PressTool("tip_run_post");
   EXPECT_TRUE(Until([&] { return std::filesystem::exists(opened); }));
   EXPECT_EQ(TempFolder::Read(opened), result);
+
+  Group()->RemoveJob(Group()->JobIds().front());
+  Add(MakeJob<JobFileDyna>(home_ / "aborted.k", JobStatus::kAborted));
+  PressKey(FL_Home);
+  EXPECT_TRUE(AnswerToTool("tip_run_post", "OK").starts_with(Say("msg_not_exist")));
+  const std::string left = home_.Write("d3plot", "as far as it came");
+  PressTool("tip_run_post");
+  EXPECT_TRUE(Until([&] { return TempFolder::Read(opened) == left; }));
+  Files().Set(&Settings::post_processor, home_ / "no such program");
+  PressTool("tip_run_post");
+  EXPECT_TRUE(LineSays("Post-processor [" + home_ / "no such program" + "] does not exist"));
+  EXPECT_TRUE(LineSays("post_processor in the settings file"));
 }
 
 TEST_F(ActionsTest, EveryWayOutOfADialogStoresWhatIsTyped) {

@@ -104,6 +104,89 @@ TEST_F(DialogsTest, HostsAreCheckedAndStored) {
        }});
 }
 
+// Opens the host file in the window's editor, goes through the steps and closes the dialog.
+class HostFileTest : public DialogsTest {
+ protected:
+  void EditHosts(const std::string& bytes, std::vector<Step> steps) {
+    std::ofstream(Files().hostFile, std::ios::binary) << bytes;
+    steps.insert(steps.begin(),
+                 [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Edit Host File...")); });
+    steps.push_back(Close);
+    OpenMpp(steps);
+  }
+  static void TypeLine(Fl_Window& editor) {
+    Key(editor, 'n', 0, "n");
+    Key(editor, FL_Enter);
+  }
+  static void Save(Fl_Window& editor) { Key(editor, 's', FL_CTRL); }
+  static void Leave(Fl_Window& editor) { Key(editor, FL_Escape); }
+  static Step Answering(const char* button) {
+    return [button](Fl_Window& box) { Press(Find<Fl_Button>(box, button)); };
+  }
+};
+
+TEST_F(HostFileTest, KeepsEncodingAndLineEnds) {
+  using namespace std::string_literals;
+  for (const auto& [bytes, saved] : std::vector<std::pair<std::string, std::string>>{
+           {"a 1\n", "n\na 1\n"},
+           {"a 1\r\nb 2", "n\r\na 1\r\nb 2"},
+           {"a 1\r\nb 2\n\r\r\n", "n\na 1\r\nb 2\n\r\r\n"},
+           {"\xEF\xBB\xBF\xE4\xB8\xBB\r\n", "\xEF\xBB\xBFn\r\n\xE4\xB8\xBB\r\n"},
+           {"\xD6\xF7\xFF\0 1\xEF\x9F\xBF\n"s, "n\n\xD6\xF7\xFF\0 1\xEF\x9F\xBF\n"s}}) {
+    EditHosts(bytes, {[](Fl_Window& editor) {
+                TypeLine(editor);
+                Save(editor);
+                Leave(editor);
+              }});
+    EXPECT_EQ(Hosts(), saved);
+  }
+}
+
+TEST_F(HostFileTest, NothingTypedOrWrittenByOthersIsLostUnasked) {
+  const auto otherProgram = [&] { std::ofstream(Files().hostFile) << "other 2\n"; };
+  const std::string away = Files().workFolder + ".away";
+  std::string why;
+  EditHosts("a 1\n", {TypeLine, Leave, Answering("Keep Editing"),
+                      [&](Fl_Window& editor) {
+                        otherProgram();
+                        Save(editor);
+                      },
+                      Answering("Cancel"),
+                      [&](Fl_Window& editor) {
+                        EXPECT_EQ(Hosts(), "other 2\n");
+                        std::filesystem::rename(Files().workFolder, away);
+                        Save(editor);
+                      },
+                      [&](Fl_Window& box) {
+                        why = Drawing(box).Text(box);
+                        Key(box, FL_Enter);
+                        std::filesystem::rename(away, Files().workFolder);
+                      },
+                      Save, Answering("Save Over"),
+                      [&](Fl_Window& editor) {
+                        EXPECT_EQ(Hosts(), "n\na 1\n");
+                        Leave(editor);
+                      },
+                      [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Reload Host File")); },
+                      [](Fl_Window& dialog) {
+                        EXPECT_TRUE(HostTexts(dialog).starts_with("Host CPUs Group uses n"));
+                      }});
+  EXPECT_NE(why.find("No such file or directory"), std::string::npos) << why;
+
+  // Without changes the editor follows the file; dropping them brings it back.
+  std::string text;
+  EditHosts("a 1\n", {[&](Fl_Window& editor) {
+                        otherProgram();
+                        EXPECT_TRUE(Until([&] {
+                          return Drawing(editor).Text(editor).find("other 2") != std::string::npos;
+                        }));
+                        TypeLine(editor);
+                        Press(Find<Fl_Button>(editor, "Reload"));
+                      },
+                      Answering("Drop Changes"), Leave});
+  EXPECT_EQ(Hosts(), "other 2\n");
+}
+
 TEST_F(DialogsTest, AnOpenDialogShowsWhatIsHandedOver) {
   std::ofstream(Files().hostFile) << "node1 4\nnode2 8\n";
   Files().ReadHostFile();

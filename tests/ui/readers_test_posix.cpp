@@ -28,6 +28,11 @@ class TextViewerTest : public WindowTest {
     return *Opened<TextViewer>();
   }
   void Append(const std::string& text) { std::ofstream(path_, std::ios::app) << text; }
+  void Lines(int megabytes) {
+    std::string lines(1024 * 1024, '.');
+    for (std::size_t end = 0; end < lines.size(); end += 64) lines[end] = '\n';
+    for (int megabyte = 0; megabyte < megabytes; ++megabyte) Append(lines);
+  }
   static Fl_Text_Display& Display() { return Find<Fl_Text_Display>(*Opened<TextViewer>()); }
   static std::string Text() {
     char* bytes = Display().buffer()->text();
@@ -35,7 +40,24 @@ class TextViewerTest : public WindowTest {
     std::free(bytes);
     return text;
   }
-  static std::string Note() { return Find<Fl_Box>(*Opened<TextViewer>()).label(); }
+  // What is said around the text.
+  static std::string Note() {
+    std::string note;
+    for (Fl_Widget* widget : WidgetsOf(*Opened<TextViewer>())) {
+      if (dynamic_cast<Fl_Box*>(widget) && widget->label()) note += widget->label();
+    }
+    return note;
+  }
+  static void Search(const std::string& words, int state = 0) {
+    TextViewer& viewer = *Opened<TextViewer>();
+    Key(viewer, 'f', FL_CTRL);
+    Key(viewer, words.front(), 0, words);
+    Key(viewer, FL_Enter, state);
+  }
+  static int Marked() {
+    int begin = -1, end = -1;
+    return Display().buffer()->selection_position(&begin, &end) ? begin : -1;
+  }
 
   const std::string path_ = home_.Write("messag", "one\r\n\xFFtwo \xC3");
 };
@@ -55,15 +77,89 @@ TEST_F(TextViewerTest, FollowsAFileThatGrows) {
   EXPECT_TRUE(Until([] { return Text() == "anew"; }));
   std::filesystem::remove(path_);
   EXPECT_TRUE(Until([&] { return Note() == Say("ui_text_gone"); }));
+  Press(Find<Fl_Button>(*Opened<TextViewer>(), "Reload"));
   EXPECT_EQ(Text(), "anew");
 }
 
+TEST_F(TextViewerTest, FollowsAFileToItsKeptName) {
+  TextViewer& viewer = Show();
+  Append("end");
+  std::filesystem::rename(path_, path_ + ".krb");
+  EXPECT_TRUE(Until([&] { return viewer.label() == path_ + ".krb"; }));
+  EXPECT_TRUE(Until([] { return Text().ends_with("end"); }));
+  EXPECT_TRUE(TextViewer::Show(path_ + ".krb", texts_));
+  EXPECT_EQ(Opened<TextViewer>(), &viewer);
+  EXPECT_FALSE(TextViewer::Show(path_, texts_));
+
+  home_.Write("messag", "the next run");
+  Show();
+  ASSERT_EQ(Text(), "the next run");
+  std::filesystem::remove(path_);  // beside a kept file of another run
+  EXPECT_TRUE(Until([&] { return Note() == Say("ui_text_gone"); }));
+  Key(*Opened<TextViewer>(), FL_F + 5);
+  EXPECT_EQ(Text(), "the next run");
+}
+
+TEST_F(TextViewerTest, FindsWordsAndGoesRoundTheEnds) {
+  home_.Write("messag", "Error one\n\xC3\x84RGER\nan error\n");
+  TextViewer& viewer = Show();
+  Search("eRRor");
+  EXPECT_EQ(Marked(), 0);
+  EXPECT_EQ(Note(), "Line 1; went on from the beginning26 bytes");
+  Key(viewer, FL_F + 3);
+  EXPECT_EQ(Marked(), 20);
+  EXPECT_NE(Note().find("Line 3"), std::string::npos) << Note();
+  EXPECT_EQ(Note().find("went on"), std::string::npos);
+  Key(viewer, FL_F + 3, FL_SHIFT);
+  EXPECT_EQ(Marked(), 0);
+  Key(viewer, FL_F + 3, FL_SHIFT);
+  EXPECT_EQ(Marked(), 20);
+  EXPECT_NE(Note().find("went on from the end"), std::string::npos) << Note();
+  Search("\xC3\xA4rger", FL_SHIFT);
+  EXPECT_EQ(Marked(), 10);
+  Search("nowhere");
+  EXPECT_NE(Note().find("Not found: nowhere"), std::string::npos) << Note();
+  EXPECT_EQ(Fl::modal(), nullptr);
+}
+
+TEST_F(TextViewerTest, FindsWordsInTheWholeOfABigFile) {
+  constexpr int kMegabyte = 1024 * 1024;
+  const auto put = [&](int at, const std::string& text) {
+    std::fstream file(path_, std::ios::in | std::ios::out);
+    file.seekp(at);
+    file << text;
+  };
+  Lines(20);
+  put(4 * kMegabyte - 3, "NEEDLE \xC3\x84\r\n");  // across the border of two pieces
+  put(8 * kMegabyte, "\nneedle 2\n");
+  Show();
+  bool searching = false;
+  const auto finds = [&](const std::string& words) {
+    return Until([&] {
+      searching = searching || Note().find("Searching") != std::string::npos;
+      return Marked() >= 0 &&
+             Text().compare(static_cast<std::size_t>(Marked()), words.size(), words) == 0;
+    });
+  };
+  Search("needle");
+  EXPECT_TRUE(finds("NEEDLE \xC3\x84\n"));
+  EXPECT_TRUE(searching) << "the window is not kept waiting";
+  EXPECT_NE(Note().find("went on from the beginning"), std::string::npos) << Note();
+  Key(*Opened<TextViewer>(), FL_F + 3);
+  EXPECT_TRUE(finds("needle 2\n"));
+  Key(*Opened<TextViewer>(), FL_F + 3, FL_SHIFT);
+  EXPECT_TRUE(finds("NEEDLE"));
+  Search("\xC3\xA4", FL_SHIFT);
+  EXPECT_TRUE(finds("\xC3\x84\n"));
+  Append("needle at the end");
+  Search("needle at", FL_SHIFT);
+  EXPECT_TRUE(finds("needle at the end"));
+  Search("nowhere");
+  EXPECT_TRUE(Until([] { return Note().find("Not found: nowhere") != std::string::npos; }));
+}
+
 TEST_F(TextViewerTest, ShowsTheEndOfABigFile) {
-  for (int megabyte = 0; megabyte < 9; ++megabyte) {
-    std::string lines(1024 * 1024, '.');
-    for (std::size_t end = 0; end < lines.size(); end += 64) lines[end] = '\n';
-    Append(lines);
-  }
+  Lines(9);
   Append("the end");
   Key(Show(), FL_F + 5);
   EXPECT_EQ(static_cast<std::int64_t>(Text().size()), TextViewer::kMostBytes);

@@ -211,7 +211,7 @@ void Flx_MppSettings::ChooseProgram(WidgetName<Fl_Input> input, std::string Sett
 
 void Flx_MppSettings::EditHostFile() {
   settings_.WriteHostFile();
-  application_.ViewTextFile(settings_.hostFile);
+  application_.EditTextFile(settings_.hostFile);
 }
 
 void Flx_MppSettings::ReloadHostFile() {

@@ -145,7 +145,7 @@ void HelpWindow::MakeTools() {
   note_->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
   note_->labelcolor(Theme::kMuted);
   find_ = new Fl_Input(findX, Sizes::kMargin, kFindWidth, Sizes::kButtonHeight);
-  find_->copy_label(texts_.Get("ui_help_find").c_str());
+  find_->copy_label(texts_.Get("ui_find").c_str());
   find_->when(FL_WHEN_ENTER_KEY | FL_WHEN_NOT_CHANGED);
   find_->callback([](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->FindNext(); }, this);
   tools->end();
@@ -259,7 +259,7 @@ void HelpWindow::FindNext() {
   if (wanted.empty()) return;
   const int next = view_->find(wanted.c_str(), found_ < 0 ? 0 : found_ + 1);
   found_ = next < 0 && found_ >= 0 ? view_->find(wanted.c_str(), 0) : next;
-  Say(found_ < 0 ? texts_.Format("ui_help_not_found", wanted) : std::string());
+  Say(found_ < 0 ? texts_.Format("ui_find_none", wanted) : std::string());
 }
 
 void HelpWindow::Say(const std::string& text) {

@@ -1,55 +1,119 @@
-// Shows a text file where the system has no viewer.
+// Shows a text file where the system has no viewer, and edits it.
 #ifndef KR_UI_HELP_TEXTVIEWER_H
 #define KR_UI_HELP_TEXTVIEWER_H
 
 #include <FL/Fl_Box.H>
+#include <FL/Fl_Button.H>
 #include <FL/Fl_Double_Window.H>
+#include <FL/Fl_Input.H>
 #include <FL/Fl_Text_Buffer.H>
 #include <FL/Fl_Text_Display.H>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
+#include "ui/help/FileSearch.h"
+#include "ui/text/FileText.h"
 #include "ui/text/TextTable.h"
 
-// A window that stays beside the main window, reads only, and follows the file while it grows. Of a
-// big file it shows the end. Deletes itself when it is closed. Interface thread.
+// A window that stays beside the main window. To read, it follows the file while it grows, and to
+// the name under which a message file is kept; of a big file it shows the end, or what lies around
+// a place that was found. What it shows goes only when there is something else to show. To edit, it
+// has the whole file, and keeps changes until they are saved or the user drops them. Deletes itself
+// when it is closed. Interface thread.
 class TextViewer : public Fl_Double_Window {
  public:
   static constexpr std::int64_t kMostBytes = 8 * 1024 * 1024;
 
-  // Opens the file, or brings the window that shows it to the front. False when it cannot be read.
+  // Opens the file, or brings the window that has it to the front. False when it cannot be read.
   static bool Show(const std::string& path, const TextTable& texts);
+  // The same to edit it. What is bigger than kMostBytes can only be read.
+  static bool Edit(const std::string& path, const TextTable& texts);
 
-  // Before the program ends.
+  // Before the program ends; drops changes.
   static void CloseAll();
 
   ~TextViewer() override;
   int handle(int event) override;
 
  private:
-  TextViewer(const std::string& path, const TextTable& texts);
+  TextViewer(const std::string& path, const TextTable& texts, bool editable);
 
+  static bool Open(const std::string& path, const TextTable& texts, bool editable);
+  Fl_Button* MakeButton(int x, int y, const char* key, void (*press)(TextViewer&));
+  void MakeFindRow();
+  void MakeFooter();
   void PlaceBeside(Fl_Window* other);
   void ShowOverDialog();
   static void Tick(void* self);
-  bool Load();    // the whole file, or its end
-  bool Follow();  // what was appended; loads anew when the file became shorter
-  bool Append(std::int64_t from, std::int64_t to);
+  bool TakeKey();
+  void Close();
+  void Reload();
+
+  // The file, and what is shown of it.
+  bool Read(std::int64_t from, std::int64_t to, std::string& bytes) const;
+  void KnowFile(std::int64_t size);  // how it is now
+  bool Load();                       // the whole file, or its end
+  void Follow();
+  void FollowName();
+  void FollowGrowth(std::int64_t size);
+  bool ShowPart(std::int64_t from, std::int64_t to);
+  bool Append();  // what the file has more
+  std::string Text() const;
+  void SetText(const std::string& text);
   bool AtEnd() const;
   void ScrollToEnd();
-  void ShowSize();
+  void ShowNote();
 
-  const std::string path_;
+  // TextViewer_Edit.cpp
+  bool ReadWhole(std::string& bytes) const;
+  bool LoadToEdit();
+  void Keep(const std::string& bytes);
+  void FollowToEdit();
+  static void TextChanged(int, int inserted, int deleted, int, const char*, void* self);
+  void SetEdited(bool edited);
+  bool Ask(const char* question, const char* yes, const char* no);
+  bool MayDrop();  // asks when there are changes
+  void Save();
+
+  // TextViewer_Find.cpp
+  void GoToFind();
+  void Find(bool back);
+  static void SearchOn(void* self);
+  void StopSearch();
+  void FindAround(bool back);
+  void ShowFoundInFile();
+  void ShowFound(std::size_t found, const std::string& around);
+  void SayFound(const std::string& text);
+
+  std::string path_;  // under which the file is now
   const TextTable& texts_;
-  std::int64_t size_ = 0;      // bytes of the file that are shown or skipped
-  std::int64_t skipped_ = 0;   // bytes in front of what is shown
-  std::int64_t modified_ = 0;  // seconds since 1970
+  const bool editable_;
+  std::string identity_;      // of the file whose contents are shown
+  std::int64_t size_ = 0;     // bytes of the file
+  std::int64_t begin_ = 0;    // of the bytes that are shown
+  std::int64_t end_ = 0;      // behind the last of them
+  std::int64_t written_ = 0;  // when, see FileDirWrapper::WriteTime
   bool gone_ = false;
   std::string rest_;  // the first bytes of a character that is not whole yet
+
+  std::unique_ptr<EditableText> editing_;
+  std::string stored_;         // the file's bytes when it was read or saved
+  bool loading_ = false;       // the buffer is being filled, not edited
+  bool edited_ = false;        // and not saved
+  bool saved_ = false;         // and not edited since
+  bool otherChanged_ = false;  // another program has changed the file
+
+  std::unique_ptr<FileSearch> search_;
+  std::string words_;  // that are looked for, folded
+
   Fl_Text_Buffer buffer_;
-  Fl_Text_Display* display_;
-  Fl_Box* note_;
+  Fl_Text_Display* display_ = nullptr;
+  Fl_Input* find_ = nullptr;
+  Fl_Box* found_ = nullptr;
+  Fl_Box* note_ = nullptr;
+  Fl_Button* save_ = nullptr;
 };
 
 #endif

@@ -76,6 +76,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
+  application_.EditFallback = nullptr;
   TextViewer::CloseAll();
   ComnChmDialog::CloseViewer();
 }
@@ -116,6 +117,9 @@ void Flx_AppWnd::ConnectParts() {
   status_->OnCancel = [this] { application_.Intake().Cancel(); };
   application_.TextFallback = [this](const std::string& path) {
     return TextViewer::Show(path, texts_);
+  };
+  application_.EditFallback = [this](const std::string& path) {
+    return TextViewer::Edit(path, texts_);
   };
   notes_.OnChanges = [this](const QueueChanges& changes) { TakeChanges(changes); };
   application_.Manager().SetObserver(&notes_);

@@ -30,7 +30,7 @@ void Flx_AppWnd::RunPost() {
   PostSource source;
   if (!ReadCurrentJob([&](const JobFile& job) { source = PostSourceOf(job); })) return;
   if (source.folder.empty()) return Inform(texts_.Get("msg_curpath_empty"));
-  if (source.status != JobStatus::kFinished) return Inform(texts_.Get("msg_run_post"));
+  if (!HasEnded(source.status)) return Inform(texts_.Get("msg_run_post"));
   if (IsCompensation(source)) return Inform(texts_.Get("msg_open_scp"));
   const std::vector<std::string> paths = PostResults(source);
   if (paths.empty()) return Inform(texts_.Get("msg_not_run_post"));

@@ -98,8 +98,10 @@ class FileDirWrapper {
 
   // Writes the text to a temporary file beside `path` and puts it in place (ReplaceFileWith).
   // The old file stays when anything fails or when it is read-only, and keeps its rights. Through a
-  // link the file that it leads to is written.
-  static bool WriteFileWhole(const std::string& path, const std::string& contents);
+  // link the file that it leads to is written. `why` gets the system's words for a failure; empty
+  // when it has none.
+  static bool WriteFileWhole(const std::string& path, const std::string& contents,
+                             std::string* why = nullptr);
 
   // Removes the temporary files that killed processes have left in WriteFileWhole(path) and, as
   // they lie in the same folder, of other files there.

@@ -10,6 +10,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FileReplace_posix.h"
@@ -102,8 +103,11 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   return true;
 }
 
-bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
-  return ReplaceContents(path, contents, Flush::kYes);
+bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents,
+                                    std::string* why) {
+  if (ReplaceContents(path, contents, Flush::kYes)) return true;
+  if (why != nullptr) *why = std::generic_category().message(errno);
+  return false;
 }
 
 bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
@@ -134,18 +138,27 @@ bool ReplaceContents(const std::string& path, const std::string& contents, Flush
   struct stat old {};
   const bool exists = stat(target.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) return false;
-  if (exists && (!S_ISREG(old.st_mode) || access(target.c_str(), W_OK) != 0)) return false;
+  if (exists && !S_ISREG(old.st_mode)) {
+    errno = S_ISDIR(old.st_mode) ? EISDIR : EPERM;
+    return false;
+  }
+  if (exists && access(target.c_str(), W_OK) != 0) return false;
 
   std::string temp;
   const int file = CreateTempFile(FolderOf(target), exists ? 0600 : 0666, temp);
   if (file < 0) return false;
   bool ok = WriteAll(file, contents) && (!exists || CopyRights(file, old)) &&
             (flush == Flush::kNo || fsync(file) == 0);
-  ok = close(file) == 0 && ok;
+  const int writeError = errno;
+  const bool closed = close(file) == 0;
+  if (!ok) errno = writeError;
+  ok = ok && closed;
   if (ok && std::rename(temp.c_str(), target.c_str()) == 0) {
     if (flush == Flush::kYes) SyncFolder(FolderOf(target));
     return true;
   }
+  const int error = errno;
   unlink(temp.c_str());
+  errno = error;
   return false;
 }

@@ -8,7 +8,7 @@
 // the program leaves one of the two whole, but not a crash of the machine; it costs a hundredth.
 enum class Flush { kNo, kYes };
 
-// FileDirWrapper::WriteFileWhole.
+// FileDirWrapper::WriteFileWhole. A failure leaves its reason in errno.
 bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush);
 
 #endif

@@ -93,6 +93,45 @@ bool Flush(const std::string& path) {
   return ok;
 }
 
+bool WriteWhole(const std::string& path, const std::string& contents) {
+  if (path.empty()) return false;
+  const std::string target = ResolveLinks(FileDirWrapper::AbsolutePath(path));
+  const file_system::Kind kind = file_system::KindOf(target);
+  if (kind != file_system::Kind::kMissing && kind != file_system::Kind::kFile) return false;
+  const DWORD attributes = GetFileAttributesA(target.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+  }
+
+  std::string folder;
+  FileDirWrapper::DirOf(target, folder);
+  std::string temp;
+  const HANDLE file = CreateTempFile(folder, temp);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool ok = WriteAll(file, contents) && FlushFileBuffers(file);
+  DWORD error = GetLastError();
+  ok = CloseHandle(file) && ok;
+  if (ok) {
+    if (MoveOver(temp, target)) return true;
+    error = GetLastError();
+  }
+  DeleteFileA(temp.c_str());
+  SetLastError(error);
+  return false;
+}
+
+// The system's text for an error, without its line end.
+std::string WordsOf(DWORD error) {
+  char text[512];
+  DWORD length = 0;
+  if (error != ERROR_SUCCESS)
+    length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                            error, 0, text, sizeof(text), nullptr);
+  while (length > 0 && static_cast<unsigned char>(text[length - 1]) <= ' ') --length;
+  return std::string(text, length);
+}
+
 }  // namespace
 
 bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string& to) {
@@ -112,25 +151,11 @@ bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string
   return false;
 }
 
-bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents) {
-  if (path.empty()) return false;
-  const std::string target = ResolveLinks(AbsolutePath(path));
-  const file_system::Kind kind = file_system::KindOf(target);
-  if (kind != file_system::Kind::kMissing && kind != file_system::Kind::kFile) return false;
-  const DWORD attributes = GetFileAttributesA(target.c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
-    return false;
-  }
-
-  std::string folder;
-  DirOf(target, folder);
-  std::string temp;
-  const HANDLE file = CreateTempFile(folder, temp);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  bool ok = WriteAll(file, contents) && FlushFileBuffers(file);
-  ok = CloseHandle(file) && ok;
-  if (ok && MoveOver(temp, target)) return true;
-  DeleteFileA(temp.c_str());
+bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents,
+                                    std::string* why) {
+  SetLastError(ERROR_SUCCESS);
+  if (WriteWhole(path, contents)) return true;
+  if (why != nullptr) *why = WordsOf(GetLastError());
   return false;
 }
 
