@@ -10,9 +10,9 @@
 #include <filesystem>
 #include <set>
 
-#include "ChildProcesses_posix.h"
 #include "core/Application.h"
 #include "CoreFixture.h"
+#include "support/ChildProcesses_posix.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <filesystem>
 #include <set>
 
-#include "ChildProcesses_posix.h"
 #include "core/Application.h"
 #include "core/HandOver.h"
 #include "core/HandOverPlace.h"
 #include "CoreFixture.h"
+#include "support/ChildProcesses_posix.h"
 
 namespace {
 

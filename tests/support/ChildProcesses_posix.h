@@ -1,6 +1,6 @@
 // Pieces of a test that run in processes of their own, as another user too.
-#ifndef KR_TESTS_CORE_CHILDPROCESSES_POSIX_H
-#define KR_TESTS_CORE_CHILDPROCESSES_POSIX_H
+#ifndef KR_TESTS_SUPPORT_CHILDPROCESSES_POSIX_H
+#define KR_TESTS_SUPPORT_CHILDPROCESSES_POSIX_H
 
 #include <pwd.h>
 #include <sys/wait.h>
