@@ -35,7 +35,10 @@ int RunProgram(std::vector<std::string> arguments) {
   }
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-  const StartRequest request = {.hasWindow = true, .ownRun = options.IsForOwnRun()};
+  const StartRequest request = {
+      .hasWindow = true,
+      .ownRun = options.IsForOwnRun(),
+      .refusal = options.LackSubmit() ? Message(MessageId::kOptionsNeedSubmit) : Message()};
   const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data(), request);
   const std::vector<Message> failures = StartFailures(application);
   for (const Message& failure : failures) std::fprintf(stderr, "%s\n", failure.English().c_str());

@@ -7,13 +7,18 @@
 
 #include "core/HandOverPlace.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 #include "util/text/PlainText.h"
 
 namespace {
 
 Application* theApplication = nullptr;
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::chrono::seconds kTakerPatience{20};
+constexpr std::chrono::seconds kGoingPatience{2};
+constexpr unsigned kLookMs = 50;
 constexpr char kProgramName[] = "kestrun";
 constexpr char kSolverOption[] = "#solver=";
 
@@ -99,22 +104,21 @@ Application* Application::Get() {
 bool Application::Initialise(int argc, const char* const* argv, const StartRequest& request) {
   FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), programFolder_);
   settings_ = std::make_unique<SettingsAndPaths>(title_);
-  writer_ = std::make_unique<HandOverWriter>(*settings_);
-  if (AnotherCopyRuns(BecomeFirstCopy())) {
-    if (request.ownRun) {
-      Fail(ExitCode::kRefused, Message(MessageId::kOwnRunRefused));
-    } else {
-      HandOverToRunningCopy(argc, argv);
-    }
+  if (!request.refusal.Empty()) {
+    Fail(ExitCode::kRefused, request.refusal);
     return false;
   }
+  writer_ = std::make_unique<HandOverWriter>(*settings_);
+  const bool isAlone = !AnotherCopyRuns(BecomeFirstCopy());
+  if (!isAlone && !SurvivesOtherCopy(argc, argv, request)) return false;
   if (request.hasWindow && !HasDisplay()) {
+    writer_->TakeBack();
     Fail(ExitCode::kNoDisplay, Message(MessageId::kNoDisplay));
     return false;
   }
   settings_->Log().StartNewWhenBig();
   settings_->RemoveLeftFiles();
-  HandOver(argc, argv);
+  if (isAlone || request.ownRun) HandOver(argc, argv);
   ReadFiles();
   solvers_ = MakeSolvers();
   manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
@@ -130,7 +134,8 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
 
 // False when another copy of this user has been first, or when it cannot be told.
 bool Application::BecomeFirstCopy() {
-  return firstCopy_.Take(FirstCopyLock(settings_->workFolder), 0) == FileLock::Result::kTaken;
+  return firstCopy_.Taken() ||
+         firstCopy_.Take(FirstCopyLock(settings_->workFolder), 0) == FileLock::Result::kTaken;
 }
 
 // Two processes of the program that belong to one user; this one is normally one of them. Copies
@@ -155,15 +160,33 @@ void Application::HandOver(int argc, const char* const* argv) {
   AddFaultsOfWriter();
 }
 
-void Application::HandOverToRunningCopy(int argc, const char* const* argv) {
-  writer_->Write(argc, argv);
-  RaiseWindow(title_);
-  writer_->WaitUntilTaken(kTakerPatience);
-  AddFaultsOfWriter();
+// Gives the other copy what it can take. True when it ends without having taken it: one that is
+// killed takes a moment to be gone, and one that was asked to end takes no jobs any more.
+bool Application::SurvivesOtherCopy(int argc, const char* const* argv,
+                                    const StartRequest& request) {
+  if (!request.ownRun) {
+    writer_->Write(argc, argv);
+    RaiseWindow(title_);
+  }
+  const bool waitsForTaker = writer_->Waits();
+  const Clock::time_point end = Clock::now() + (waitsForTaker ? kTakerPatience : kGoingPatience);
+  while (Clock::now() < end && writer_->Waits() == waitsForTaker) {
+    if (BecomeFirstCopy() && !AnotherCopyRuns(true)) {
+      AddFaultsOfWriter();
+      return true;
+    }
+    DateTimeWrapper::SleepMSec(kLookMs);
+  }
+  if (request.ownRun) {
+    Fail(ExitCode::kRefused, Message(MessageId::kOwnRunRefused));
+  } else {
+    GiveUpJobs();
+  }
+  return false;
 }
 
 void Application::GiveUpJobs() {
-  writer_->WaitUntilTaken(std::chrono::seconds(0));
+  writer_->StopWaiting();
   AddFaultsOfWriter();
 }
 

@@ -22,7 +22,7 @@ namespace ExitCode {
 enum : int {
   kNoDisplay = 1,
   kNotFinished = 4,  // a run without a user in which not every job has finished
-  kRefused = 8,      // options that another copy's run cannot have
+  kRefused = 8,      // options that cannot be fulfilled
   kNotHandedOver = 9,
 };
 }
@@ -31,6 +31,7 @@ enum : int {
 struct StartRequest {
   bool hasWindow = false;  // the first copy takes no jobs when no window can be shown
   bool ownRun = false;     // options that only the first copy can fulfil
+  Message refusal;         // why nothing is to be done at all; empty otherwise
 };
 
 // One a process. Interface thread.
@@ -43,8 +44,9 @@ class Application {
   static Application* Get();
 
   // Makes the work folder, looks for another copy of this user, hands it the jobs of the command
-  // line and waits until it has them, or reads all files and makes the groups. False: end without a
-  // window, as another copy runs or no window can be shown.
+  // line and waits until it has them, or reads all files and makes the groups, also in the place of
+  // a copy that ends meanwhile. False: end without a window, as another copy runs or no window can
+  // be shown.
   bool Initialise(int argc, const char* const* argv, const StartRequest& request = {});
 
   // What went wrong at the start; empty when all is well.
@@ -98,7 +100,7 @@ class Application {
   bool BecomeFirstCopy();
   static bool AnotherCopyRuns(bool isFirst);
   void HandOver(int argc, const char* const* argv);
-  void HandOverToRunningCopy(int argc, const char* const* argv);
+  bool SurvivesOtherCopy(int argc, const char* const* argv, const StartRequest& request);
   void AddFaultsOfWriter();
   void Fail(int code, const Message& failure);
   void TakeOver(HandOverOrder order);

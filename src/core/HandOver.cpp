@@ -3,7 +3,6 @@
 #include "core/SettingsAndPaths.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FileLock.h"
-#include "util/text/DateTimeWrapper.h"
 
 // The right to touch the file, until the end of the scope.
 class HandOverGuard {
@@ -32,14 +31,12 @@ class HandOverGuard {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using hand_over_file::Result;
 
 constexpr long kWriterEventMs = 3000;
 constexpr long kWriterLockMs = 10000;
 constexpr long kTakeBackLockMs = 1000;
 constexpr long kReaderWaitMs = 20;
-constexpr unsigned kTakenLookMs = 50;
 constexpr int kMostMissed = 4;          // about ten seconds of polls
 constexpr int kPollsWithoutEvent = 20;  // about a minute
 constexpr std::size_t kMegabyte = 1024 * 1024;
@@ -127,19 +124,12 @@ bool HandOverWriter::Waits() const {
   return record_.IsIn(files_.handOverFile);
 }
 
-bool HandOverWriter::WaitUntilTaken(std::chrono::milliseconds patience) {
-  const Clock::time_point end = Clock::now() + patience;
-  while (Waits()) {
-    if (Clock::now() < end) {
-      DateTimeWrapper::SleepMSec(kTakenLookMs);
-      continue;
-    }
-    const bool back = TakeBack();
-    if (!back && !Waits()) return true;
-    Fault(back ? Message(MessageId::kHandOverNotTaken) : Message(MessageId::kHandOverMaybeTaken));
-    return false;
-  }
-  return true;
+bool HandOverWriter::StopWaiting() {
+  if (!Waits()) return true;
+  const bool back = TakeBack();
+  if (!back && !Waits()) return true;
+  Fault(back ? Message(MessageId::kHandOverNotTaken) : Message(MessageId::kHandOverMaybeTaken));
+  return false;
 }
 
 bool HandOverWriter::TakeBack() {
@@ -212,8 +202,8 @@ void HandOverReader::ReadTaken() {
   RemoveTaken();
 }
 
-// As long as the file is there, no other is taken away. One that somebody looks at may stay for that
-// long although its removal succeeds.
+// As long as the file is there, no other is taken away. One that somebody looks at may stay for
+// that long although its removal succeeds.
 bool HandOverReader::RemoveTaken() {
   const bool isRemoved = FileDirWrapper::RemoveFile(taken_);
   isQueued_ = hand_over_file::Exists(taken_);

@@ -9,7 +9,6 @@
 #ifndef KR_CORE_HANDOVER_H
 #define KR_CORE_HANDOVER_H
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -32,9 +31,9 @@ class HandOverWriter {
 
   // No reader has taken away yet what was written.
   bool Waits() const;
-  // For what the running copy is to take. False when it did not in time: the jobs are taken back
-  // then, or it is said that they could not be.
-  bool WaitUntilTaken(std::chrono::milliseconds patience);
+  // Ends the waiting. False when no reader has the jobs: they are taken back then, or it is said
+  // that they could not be.
+  bool StopWaiting();
   // Nobody will run the jobs. False when a reader has them, or may get them.
   bool TakeBack();
 

@@ -44,7 +44,7 @@ std::string SolverText(const ProcessIdentity& solver, const std::string& job) {
   return MachineName() + '\n' + std::to_string(solver.id) + '\n' + solver.mark + '\n' + job + '\n';
 }
 
-// The living solver that the text in a folder names, and its job. Any file may lie there.
+// The solver of this machine that the text in a folder names, and its job. Any file may lie there.
 bool ReadSolver(const std::string& path, ProcessIdentity& solver, std::string& job) {
   InputFile file;
   if (!file.Open(path) || file.Size() > kMostBytes) return false;
@@ -59,7 +59,7 @@ bool ReadSolver(const std::string& path, ProcessIdentity& solver, std::string& j
     return false;
   }
   std::istringstream(id) >> solver.id;
-  return machine == MachineName() && Runs(solver);
+  return machine == MachineName();
 }
 
 }  // namespace
@@ -100,9 +100,10 @@ FolderHolder FolderUse::TakeOne(const std::string& folder) {
   }
   ProcessIdentity solver;
   std::string job;
-  if (ReadSolver(FileDirWrapper::Join(folder, kSolverName), solver, job)) {
-    return {FolderHolder::Kind::kSolver, folder, job, solver.id};
-  }
+  const std::string text = FileDirWrapper::Join(folder, kSolverName);
+  if (!ReadSolver(text, solver, job)) return {};
+  if (Runs(solver)) return {FolderHolder::Kind::kSolver, folder, job, solver.id};
+  FileDirWrapper::RemoveFile(text);  // who left it has crashed
   return {};
 }
 

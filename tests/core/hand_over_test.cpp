@@ -9,8 +9,6 @@
 
 namespace {
 
-using std::chrono::milliseconds;
-
 constexpr char kEvent[] = "Global\\KESTRUN_TEMP_FILE_READWRITE";
 
 class HandOverTest : public CoreTest {
@@ -55,7 +53,7 @@ TEST_F(HandOverTest, ManyWritersAndAReaderAtWorkHandOverEachJobOnce) {
         HandOverWriter writer(files);
         EXPECT_TRUE(Write(writer, {Name(std::to_string(i * kEach + k) + ".k").c_str()}));
         if (k % 5 == 0) {
-          EXPECT_TRUE(writer.WaitUntilTaken(std::chrono::seconds(60)));
+          EXPECT_TRUE(WaitUntil([&] { return !writer.Waits(); }, std::chrono::seconds(60)));
         }
       }
       --atWork;
@@ -77,13 +75,13 @@ TEST_F(HandOverTest, WhatNobodyTakesIsTakenBackAndSaid) {
   ASSERT_TRUE(Write(first, {"/a.k", "#krjob", "#mpp=1", "/b.k"}));
   ASSERT_TRUE(Write(second, {"/c.k"}));
   EXPECT_TRUE(first.Waits());
-  EXPECT_FALSE(first.WaitUntilTaken(milliseconds(100)));
+  EXPECT_FALSE(first.StopWaiting());
   ASSERT_EQ(first.Faults().size(), 1u);
   EXPECT_TRUE(LogHolds(files_, first.Faults().front().English()));
   EXPECT_EQ(Poll(), Paths{Name("c.k")});
   EXPECT_FALSE(second.Waits());
   EXPECT_FALSE(second.TakeBack());
-  EXPECT_TRUE(second.WaitUntilTaken(milliseconds(0)));
+  EXPECT_TRUE(second.StopWaiting());
 }
 
 TEST_F(HandOverTest, ATextWithoutItsEndIsTakenWhenItStaysSo) {

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "core/Application.h"
+#include "core/HandOverPlace.h"
 #include "CoreFixture.h"
 
 namespace {
@@ -57,7 +58,8 @@ class SecondCopy : public CoreTest {
 #else
     const std::string program = home_ / name;
 #endif
-    std::filesystem::copy_file(FileDirWrapper::ProgramPath(), program);
+    using std::filesystem::copy_options;
+    std::filesystem::copy_file(FileDirWrapper::ProgramPath(), program, copy_options::skip_existing);
     return Start(process, program, "wait");
   }
   // Starts another copy, which a running one must look out for.
@@ -115,6 +117,27 @@ TEST_F(SecondCopy, HandsOverAndEndsAndChangesNoSettings) {
   EXPECT_TRUE(second.Terminate());
   running.Shutdown();
   EXPECT_EQ(ExitCodeOfACopy(nullptr), kStaysOpen) << "alone again";
+}
+
+// Its jobs are not lost with it, and nobody has to try again.
+TEST_F(SecondCopy, TakesThePlaceOfACopyThatEnds) {
+  const SettingsAndPaths files(kTitle);
+  for (const std::string argument : {"/a.k", kOwnRun}) {
+    PTWrapperProcess others[2], next;
+    ASSERT_TRUE(StartNamed(others[0], "kestrun_a"));
+    ASSERT_TRUE(StartNamed(others[1], "kestrun_b"));
+    ASSERT_TRUE(StartCopy(next, argument));
+    // It has seen them then, or is about to.
+    EXPECT_TRUE(WaitUntil([&] {
+      FileLock probe;
+      return argument == kOwnRun
+                 ? probe.Take(FirstCopyLock(files.workFolder), 0) == FileLock::Result::kBusy
+                 : FileDirWrapper::FileExists(files.handOverFile);
+    }));
+    for (PTWrapperProcess& other : others) EXPECT_TRUE(other.Terminate());
+    EXPECT_EQ(ExitCodeOf(next, nullptr), kStaysOpen) << argument;
+    std::filesystem::remove(files.handOverFile);
+  }
 }
 
 }  // namespace

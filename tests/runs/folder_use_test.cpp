@@ -72,6 +72,8 @@ TEST(FolderUse, ASolverThatOutlivedItsProgramIsKnown) {
         std::string(100000, '\n'), std::string("\0\xff", 2)}) {
     folder.Write(".kr_running.txt", text);
     EXPECT_EQ(next.Take({folder.Path()}).kind, Kind::kNobody);
+    const bool isOurs = text.starts_with(MachineName() + "\n");
+    EXPECT_EQ(std::filesystem::exists(folder / ".kr_running.txt"), !isOurs) << "of a dead solver";
     next.Release();
   }
 }

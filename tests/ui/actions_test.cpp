@@ -144,6 +144,18 @@ TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {
   EXPECT_FALSE(Group()->Running());
 }
 
+// What was pressed just before must not open a box that nobody would answer.
+TEST_F(ActionsTest, NothingOpensWhenTheProgramIsToldToEnd) {
+  Talk([&] { PressTool("tip_config"); }, {[&](Fl_Window& dialog) {
+         auto& language = Find<Fl_Choice>(dialog);
+         language.value(1);
+         language.do_callback();  // puts it before the dialog, with its next look
+         window_->Leave();
+       }});
+  EXPECT_EQ(Stored().language, 1);
+  EXPECT_EQ(Fl::first_window(), nullptr);
+}
+
 TEST_F(ActionsTest, GroupsAreAddedRenamedDeletedAndKept) {
   EXPECT_FALSE(Tool("tip_del_group").active()) << "the only one stays";
   Talk([&] { PressKey(FL_F + 2); }, {[&](Fl_Window& dialog) { RenameTo(dialog, "Door panels"); }});

@@ -21,7 +21,11 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
   const std::string good = Deck("good", "run 1"), bad = Deck("bad", "fail");
   const std::string report = scratch_ / "report.txt";
   const std::string submit = "--submit --report=" + report, quit = " --quit-when-done ";
-  Copy copy = StartCopy(submit + quit + good);
+  Copy copy = StartCopy("--report=" + report + quit + good);
+  EXPECT_EQ(WaitExit(copy), 8);
+  EXPECT_EQ(TempFolder::Read(copy.output),
+            "--report and --quit-when-done need --submit; nothing is queued\n");
+  copy = StartCopy(submit + quit + good);
   EXPECT_EQ(WaitExit(copy, kRun), 0) << TempFolder::Read(copy.output);
   const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}";
   std::string text = TempFolder::Read(report);
@@ -32,7 +36,7 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
 
   // A second copy has no run of its own.
   copy = Start(submit + quit + bad + " " + good);
-  EXPECT_EQ(WaitExit(StartCopy(quit + good)), 8);
+  EXPECT_EQ(WaitExit(StartCopy("--submit " + good)), 8);
   EXPECT_EQ(WaitExit(copy, kRun), 4) << TempFolder::Read(copy.output);
   text = TempFolder::Read(report);
   EXPECT_EQ(text.rfind(bad + "\tAborted\tLS-DYNA (S)\t", 0), 0U) << text;

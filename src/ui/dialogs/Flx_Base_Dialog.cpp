@@ -94,7 +94,7 @@ bool Flx_Base_Dialog::Build() {
 void Flx_Base_Dialog::Run() {
   while (Fl::readqueue()) {
   }
-  if (!Build()) return;
+  if (!ModalWindowsAllowed() || !Build()) return;
   // The system's title bars are the toolkit's business, which takes UTF-8.
   if (window_->label()) window_->copy_label(Decoded(window_->label()).c_str());
   window_->show();

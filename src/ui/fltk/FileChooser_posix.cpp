@@ -155,13 +155,13 @@ bool MayReplace(const char* path) {
 
 std::vector<std::string> ChooseFiles(FileChoice choice, const FileChooserTexts& texts,
                                      Fl_Window* parent) {
+  if (!ModalWindowsAllowed()) return {};
   const std::string filter = ChooserFilter(texts.filter);
   Chooser chooser(texts, filter, KindOf(choice));
   chooser.ShowOver(parent);
   while (chooser.shown()) Fl::wait();
   std::vector<std::string> chosen;
-  // Hidden together with its parent: the program ends, nothing was chosen.
-  if (parent && !parent->shown()) return chosen;
+  if (!ModalWindowsAllowed()) return chosen;  // hidden by the program's end
   for (int i = 1; i <= chooser.count(); ++i) {
     if (const char* path = chooser.value(i); path && *path) chosen.emplace_back(path);
   }

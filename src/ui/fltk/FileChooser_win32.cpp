@@ -1,6 +1,7 @@
 #include <FL/Fl_Native_File_Chooser.H>
 
 #include "ui/fltk/FileChooser.h"
+#include "ui/fltk/ModalWindow.h"
 
 namespace {
 
@@ -21,6 +22,7 @@ int KindOf(FileChoice choice) {
 
 // The system places its dialog over the window that has the focus.
 std::vector<std::string> ChooseFiles(FileChoice choice, const FileChooserTexts& texts, Fl_Window*) {
+  if (!ModalWindowsAllowed()) return {};
   Fl_Native_File_Chooser chooser(KindOf(choice));
   if (choice == FileChoice::kSave) chooser.options(Fl_Native_File_Chooser::SAVEAS_CONFIRM);
   chooser.title(texts.title.c_str());

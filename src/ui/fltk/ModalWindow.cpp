@@ -4,6 +4,20 @@
 
 #include "ui/fltk/Theme.h"
 
+namespace {
+
+bool g_allowed = true;
+
+}  // namespace
+
+void AllowModalWindows(bool allow) {
+  g_allowed = allow;
+}
+
+bool ModalWindowsAllowed() {
+  return g_allowed;
+}
+
 ModalWindow::ModalWindow(int w, int h) : Fl_Double_Window(w, h) {
   color(Theme::kWindow);
   set_modal();
@@ -16,6 +30,7 @@ void ModalWindow::Open(Fl_Window* parent, Fl_Widget* focus) {
 }
 
 void ModalWindow::Run(Fl_Window* parent, Fl_Widget* focus) {
+  if (!ModalWindowsAllowed()) return;
   Open(parent, focus);
   while (shown()) Fl::wait();
 }

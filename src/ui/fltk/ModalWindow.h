@@ -17,6 +17,11 @@ class ModalWindow : public Fl_Double_Window {
   void Open(Fl_Window* parent, Fl_Widget* focus);
 };
 
+// Whether windows that wait for an answer may open. Not any more when the program ends, since
+// nobody would give one: then Run returns at once.
+void AllowModalWindows(bool allow);
+bool ModalWindowsAllowed();
+
 // Moves a window so that its middle lies over the parent's.
 void CentreOver(Fl_Window& window, Fl_Window* parent);
 

@@ -5,6 +5,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/fltk/EventFilter.h"
+#include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/help/TextViewer.h"
@@ -72,6 +73,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
 
 Flx_AppWnd::~Flx_AppWnd() {
   FilterEvents(nullptr);
+  AllowModalWindows(true);
   Fl::remove_timeout(TakeDropped, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;

@@ -11,6 +11,7 @@
 #include "ui/dialogs/Flx_MultipleStages.h"
 #include "ui/dialogs/Flx_RenameGroup.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/fltk/ModalWindow.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
@@ -91,12 +92,10 @@ void Flx_AppWnd::Perform(Action action) {
 }
 
 void Flx_AppWnd::Inform(const std::string& text) {
-  if (leaving_) return;
   ComnMsgBox::Inform(this, ToUi(application_.Title()), text, texts_.Get("ui_ok"));
 }
 
 bool Flx_AppWnd::Ask(const std::string& text, ComnMsgBox::Type type) {
-  if (leaving_) return false;
   ComnMsgBox box(ToUi(application_.Title()), text, ComnMsgBox::kQuestion, type, this);
   box.SetButtonTexts(texts_.Get("ui_yes"), texts_.Get("ui_no"));
   return box.DoModal() == ComnMsgBox::kPressedYes;
@@ -426,6 +425,7 @@ void Flx_AppWnd::Exit() {
 void Flx_AppWnd::Leave() {
   if (leaving_) return;
   leaving_ = true;
+  AllowModalWindows(false);
   settings_->Commit();
   application_.running = false;
   application_.Intake().Cancel();

@@ -36,16 +36,15 @@ std::string UsageText(const std::string& title) {
          "Job files are added to the current group. When the program runs already, it takes them.\n"
          "\n"
          "  --submit           run the current group once the job files are in it\n"
-         "  --report=FILE      when the submitted jobs have ended, write one line for each:\n"
+         "  --report=FILE      with --submit: when the jobs have ended, write one line for each:\n"
          "                     file, status, solver, message file or reason, start, end and\n"
          "                     seconds, between tabs\n"
-         "  --quit-when-done   end the program when the submitted jobs have ended\n"
+         "  --quit-when-done   with --submit: end the program when the jobs have ended\n"
          "  --help             print this text\n"
          "  --version          print the version\n"
          "\n"
          "Exit code: 0 all is well; 1 no window can be shown; 4 not every job has finished, or "
          "the\n"
-         "report cannot be written; 8 --submit, --report or --quit-when-done, but the program "
-         "runs\n"
-         "already; 9 not every job file could be handed over.\n";
+         "report cannot be written; 8 --submit, but the program runs already, or --report or\n"
+         "--quit-when-done without it; 9 not every job file could be handed over.\n";
 }

@@ -13,7 +13,9 @@ struct ProgramOptions {
   bool version = false;       // --version
 
   // What only the copy that has the window can do.
-  bool IsForOwnRun() const { return submit || quitWhenDone || !report.empty(); }
+  bool IsForOwnRun() const { return submit; }
+  // A report and an end belong to a run that is begun here; a user begins and ends others.
+  bool LackSubmit() const { return !submit && (quitWhenDone || !report.empty()); }
 };
 
 // Takes the options out of the arguments; the rest, the program's name first, goes on as it is.

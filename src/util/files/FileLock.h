@@ -7,7 +7,8 @@
 
 // Holds a file that at most one object, of this or another process, holds at a time. The file is
 // empty and means nothing by being there: it goes with the lock, but a holder that is killed leaves
-// it. One thread at a time.
+// it. Where several users may write to its folder, each of them may take the lock. One thread at a
+// time.
 class FileLock {
  public:
   enum class Result {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "util/files/FileDirWrapper.h"
 #include "util/files/UniqueFd_posix.h"
 
 namespace {
@@ -18,6 +19,28 @@ bool SetLock(int file, short type) {
   return fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
+// A user who may not write the file can still see whether somebody holds it.
+bool IsHeld(const char* path) {
+  const UniqueFd file(open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return file && fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+// Made by this call. Who may write to the folder may take the lock, whatever the maker's mask.
+UniqueFd MakeFile(const std::string& path, int flags) {
+  constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
+  constexpr mode_t kOwn = S_IRUSR | S_IWUSR;
+  UniqueFd file(open(path.c_str(), flags | O_CREAT | O_EXCL, kOwn));
+  std::string folder;
+  struct stat info {};
+  if (file && FileDirWrapper::DirOf(path, folder) && stat(folder.c_str(), &info) == 0) {
+    fchmod(file.get(), kOwn | S_IRGRP | S_IROTH | (info.st_mode & kOthersWrite));
+  }
+  return file;
+}
+
 // The descriptor is kept one higher, so that descriptor 0 differs from "nothing taken".
 int FileOf(void* handle) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(handle)) - 1;
@@ -26,8 +49,13 @@ int FileOf(void* handle) {
 }  // namespace
 
 FileLock::Result FileLock::TakeNow(const std::string& path) {
-  constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  UniqueFd file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  constexpr int kFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  UniqueFd file(open(path.c_str(), kFlags));
+  if (!file && errno == ENOENT) {
+    file = MakeFile(path, kFlags);
+    if (!file && errno == EEXIST) return Result::kBusy;  // somebody was faster
+  }
+  if (!file && errno == EACCES && IsHeld(path.c_str())) return Result::kBusy;
   struct stat info {};
   if (!file || fstat(file.get(), &info) != 0) return Result::kFailed;
   if (!S_ISREG(info.st_mode)) return Result::kFailed;
