@@ -59,6 +59,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   void RunLoop();
   std::optional<JobRunContext> BeginRunOf(JobFile& job);
   void NoteQueued();
+  void JobQueued(const JobFile& job) override;
   std::vector<std::string> FoldersOf(const JobFile& job);
   void ShowWait(const JobFile& job, const Message& message);
 

@@ -53,6 +53,11 @@ void JobGroup::NoteQueued() {
   }
 }
 
+// A group that runs takes it without another submit.
+void JobGroup::JobQueued(const JobFile& job) {
+  if (running_) setup_.log.Note(Message(MessageId::kJobSubmitted, job.jobFile, Name()));
+}
+
 bool JobGroup::Refuse(const Message& message) {
   SetLastError("%s", message.English().c_str());
   setup_.log.Report(message);

@@ -131,6 +131,7 @@ bool JobList::AddJob(std::shared_ptr<JobFile> job) {
   if (!byId_.emplace(job->id, job.get()).second) return false;
   jobs_.push_back(std::move(job));
   observer_.JobsChanged(id_);
+  if (jobs_.back()->status == JobStatus::kQueued) JobQueued(*jobs_.back());
   return true;
 }
 
@@ -176,6 +177,7 @@ bool JobList::Resubmit(JobId job) {
   if (!HasEnded(found->status)) return false;
   found->ResetForRun();
   SetStatus(*found, JobStatus::kQueued);
+  JobQueued(*found);
   return true;
 }
 

@@ -91,6 +91,10 @@ class JobList : public PTWrapper {
   // Sets the abort flags of the active job and its stages.
   void AbortActiveJob();
 
+ protected:
+  // A job that was not Queued is now, or has come in. Called while the list is locked.
+  virtual void JobQueued(const JobFile& /*job*/) {}
+
  private:
   // The lock of all lists. Its members are its holder's.
   class KR_CAPABILITY("lock of the job lists") SharedLock {

@@ -1,4 +1,6 @@
 // Groups that run jobs: real solver processes.
+#include <sstream>
+
 #include "GroupFixture.h"
 
 namespace {
@@ -17,6 +19,15 @@ class GroupRun : public GroupTest {
     std::vector<std::string> notes = seen_.Notes();
     std::erase_if(notes, [](const std::string& note) { return !note.starts_with("status"); });
     return notes;
+  }
+
+  // Without the times.
+  std::string LogLines() {
+    std::istringstream log(TempFolder::Read(files_.Log().Path()));
+    std::string lines;
+    for (std::string line; std::getline(log, line);)
+      lines += line.substr(line.find(">> ") + 3) + "\n";
+    return lines;
   }
 
   bool WaitForSolver(const JobFile& job) const {
@@ -55,6 +66,23 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
   EXPECT_TRUE(LogHolds(files_, "Running work thread is found, submit job failed"));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(seen_.Count(StatusNote(0, 2)), 1);
+}
+
+// After a crash it is all that there is.
+TEST_F(GroupRun, TheLogTellsWhatBecameOfEachJob) {
+  const auto first = Job("first", "run 60"), second = Job("second");
+  Group()->AddJob(first);
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitUntil([&] { return LogLines().find(" as process ") != std::string::npos; }));
+  Group()->AddJob(second);
+  std::string expected = "Job [" + first->jobFile + "] submitted in group [Group1]\nJob [" +
+                         first->jobFile + "] started as process " +
+                         std::to_string(first->process.ChildId()) + "\nJob [" + second->jobFile +
+                         "] submitted in group [Group1]\n";
+  EXPECT_EQ(LogLines(), expected);
+  EXPECT_TRUE(Group()->Stop());
+  expected += "Job [" + first->jobFile + "] ended: Aborted\n";
+  EXPECT_EQ(LogLines(), expected);
 }
 
 TEST_F(GroupRun, AnEmptyGroupEndsAtOnceAndCanBeSubmittedAgain) {

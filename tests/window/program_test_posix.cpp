@@ -118,6 +118,16 @@ TEST_F(ProgramTest, TerminationEndsItFromInsideAMenuMessageOrChooser) {
   }
 }
 
+TEST_F(ProgramTest, OutlivesItsTerminalUnderNohup) {
+  const Copy copy = StartCopy("", "home", "nohup");
+  ASSERT_TRUE(Activate());
+  kill(copy.pid, SIGHUP);
+  Key("F2");
+  Opened("KestrunDialog");
+  kill(copy.pid, SIGTERM);
+  EXPECT_EQ(WaitExit(copy), 0);
+}
+
 TEST_F(ProgramTest, TakesDroppedFilesAndFolders) {
   const std::string file = Deck("a file"), deck = Deck("folder");
   Start("");

@@ -37,10 +37,11 @@ void TakeSignal(int) {
 }
 
 void ReadSignals(int fd, void*) {
+  if (!Leave()) return;
   char bytes[16];
   while (read(fd, bytes, sizeof bytes) > 0) {
   }
-  if (Leave()) Leave()();
+  Leave()();
 }
 
 }  // namespace
@@ -52,7 +53,10 @@ void OnEndRequest(const std::function<void()>& leave) {
   struct sigaction action = {};
   action.sa_handler = TakeSignal;
   sigemptyset(&action.sa_mask);
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaction(number, &action, nullptr);
+  for (const int number : {SIGTERM, SIGINT}) sigaction(number, &action, nullptr);
+  struct sigaction former = {};
+  sigaction(SIGHUP, nullptr, &former);
+  if (former.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
 }
 
 void OnDisplayLost(const std::function<void()>& save) {

@@ -31,7 +31,8 @@ void Poll(void* data) {
 
 void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
                const Message& failure) {
-  Fl::lock();  // other threads wake the event loop
+  OnEndRequest(nullptr);  // the jobs of the command line wait in a file already
+  Fl::lock();             // other threads wake the event loop
   Theme::Apply(application.language);
   SetProgramIcon();
   TextTable texts;
