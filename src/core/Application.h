@@ -31,7 +31,7 @@ enum : int {
 struct StartRequest {
   bool hasWindow = false;  // the first copy takes no jobs when no window can be shown
   bool ownRun = false;     // options that only the first copy can fulfil
-  Message refusal;         // why nothing is to be done at all; empty otherwise
+  Message refusal = {};    // why nothing is to be done at all; empty otherwise
 };
 
 // One a process. Interface thread.
