@@ -84,11 +84,13 @@ QueueObserver& JobGroupManager::Observer() {
   return *relay_;
 }
 
-bool JobGroupManager::ValidGroupName(const std::string& name) {
-  if (name.find_first_not_of(' ') == std::string::npos || name.front() == '#') return false;
-  return std::none_of(name.begin(), name.end(), [](unsigned char c) {
-    return c == '=' || c < ' ' || c == 0x7F;  // control characters
-  });
+Message JobGroupManager::RefusalOfName(const std::string& name) {
+  if (name.find_first_not_of(' ') == std::string::npos) return Message(MessageId::kGroupNameBlank);
+  if (name.front() == '#') return Message(MessageId::kGroupNameComment);
+  if (name.find('=') != std::string::npos) return Message(MessageId::kGroupNameEquals);
+  const bool control =
+      std::any_of(name.begin(), name.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; });
+  return control ? Message(MessageId::kGroupNameControl) : Message();
 }
 
 JobGroupSetup JobGroupManager::GroupSetup() {

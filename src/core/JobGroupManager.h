@@ -30,9 +30,9 @@ class JobGroupManager {
   void SetObserver(QueueObserver* observer);
   QueueObserver& Observer();  // passes everything on; always there
 
-  // Whether the group file can hold the name and a tab can show it: not only blanks, no "=", no "#"
-  // in front, no control characters.
-  static bool ValidGroupName(const std::string& name);
+  // Why a name cannot be used for a group: the group file could not hold it ("=", "#" in front,
+  // control characters) or a tab could not show it (only blanks). Empty when it can.
+  static Message RefusalOfName(const std::string& name);
 
   int AddGroup(const std::string& name);
   // A group that runs is told to stop first; its thread may outlive this call.

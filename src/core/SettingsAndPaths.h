@@ -60,7 +60,7 @@ class SettingsAndPaths {
   HostChange ChangeHosts(const std::vector<std::string>& hosts);
   void ReadGroupFile();  // into groupEntries; a missing file has none
   // No groups: the file stays. A file that could not be read stays too. What the format cannot hold
-  // is replaced, see JobGroupManager::ValidGroupName. "Write group file [%s] failed" leaves the old
+  // is replaced, see JobGroupManager::RefusalOfName. "Write group file [%s] failed" leaves the old
   // file.
   void WriteGroupFile(const std::vector<GroupEntry>& groups);
 

@@ -33,7 +33,7 @@ JobFile::JobFile(const Settings& settings) : id(NewId()) {
 JobFile::~JobFile() = default;
 
 std::string JobFile::Folder() const {
-  return FolderOf(jobFile.empty() ? restartFile : jobFile);
+  return FolderOf(MainFile());
 }
 
 std::string JobFile::MessageFile() const {

@@ -104,6 +104,9 @@ class JobFile : public JobFields {
   // What lay in the folder when the solver started: only what it wrote tells how it ended.
   FolderSnapshot folderBefore;
 
+  // The job file, or the restart file when there is no job file: what the job is called after.
+  const std::string& MainFile() const { return jobFile.empty() ? restartFile : jobFile; }
+
   // The folder that the job runs in: the job file's, or the restart file's when there is no job
   // file. A root keeps its separator.
   std::string Folder() const;

@@ -67,11 +67,11 @@ class AutoPositionFlag {
 Message WaitMessage(const JobFile& job, const FolderHolder& holder) {
   switch (holder.kind) {
     case FolderHolder::Kind::kJob:
-      return Message(MessageId::kWaitsForJob, job.jobFile, holder.job);
+      return Message(MessageId::kWaitsForJob, job.MainFile(), holder.job);
     case FolderHolder::Kind::kOtherProgram:
-      return Message(MessageId::kWaitsForProgram, job.jobFile, holder.folder);
+      return Message(MessageId::kWaitsForProgram, job.MainFile(), holder.folder);
     case FolderHolder::Kind::kSolver:
-      return Message(MessageId::kWaitsForSolver, job.jobFile, holder.processId, holder.job);
+      return Message(MessageId::kWaitsForSolver, job.MainFile(), holder.processId, holder.job);
     case FolderHolder::Kind::kNobody:
       break;
   }

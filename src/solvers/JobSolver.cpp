@@ -11,9 +11,9 @@ JobSolver::JobSolver(SolverKind kind) : solverType(kind) {
   displayName = row.name;
   selectSolverTitle = selectSolverTitle2 = row.programTitle.english;
   selectJobFileTitle = row.jobTitle.english;
-  solverFilter = row.programFilter.english;
+  solverFilter = row.programFilter;
   defaultExecutable = row.program;
-  jobFileFilter = row.jobFilter.english;
+  jobFileFilter = row.jobFilter;
 }
 
 void JobSolver::Poll(JobFile&) {}

@@ -44,11 +44,9 @@ std::vector<std::string> Beside(const PostSource& source,
   return paths;
 }
 
-constexpr BothLanguages kDynaProgramFilter = {"LS-DYNA Solver (*.exe)|*.exe|",
-                                              "LS-DYNA 求解器 (*.exe)|*.exe|"};
+constexpr char kDynaProgramFilter[] = "LS-DYNA Solver (*.exe)|*.exe|";
 constexpr BothLanguages kDeckTitle = {"Select DYNA File (LS-DYNA)", "选择 DYNA 文件 (LS-DYNA)"};
-constexpr BothLanguages kDeckFilter = {"Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|",
-                                       "Dyna 文件 (*.dyn;*.k)|*.dyn;*.k|所有文件 (*.*)|*|"};
+constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
 
 constexpr SolverKindRow kRows[] = {
     {
@@ -92,10 +90,9 @@ constexpr SolverKindRow kRows[] = {
         .settingsKey = "v_orel",
         .program = "Vorel.exe",
         .programTitle = {"Select VOREL", "选择 VOREL"},
-        .programFilter = {"VOREL (*.exe)|*.exe|", "VOREL (*.exe)|*.exe|"},
+        .programFilter = "VOREL (*.exe)|*.exe|",
         .jobTitle = {"Select DAT File (VOREL)", "选择 DAT 文件 (VOREL)"},
-        .jobFilter = {"Dat File (*.dat)|*.dat|All Files (*.*)|*|",
-                      "Dat 文件 (*.dat)|*.dat|所有文件 (*.*)|*|"},
+        .jobFilter = "Dat File (*.dat)|*.dat|All Files (*.*)|*|",
         .handOverKey = "#vorel",
         .jobEndings = {"dat"},
         .makeJob = MakeJob<JobFileVorel>,
@@ -113,7 +110,7 @@ constexpr SolverKindRow kRows[] = {
         .settingsKey = "u_batch",
         .program = "UtilityBatch.exe",
         .programTitle = {"Select UTILITYBATCH", "选择 UTILITYBATCH"},
-        .programFilter = {"UTILITYBATCH (*.exe)|*.exe|", "UTILITYBATCH (*.exe)|*.exe|"},
+        .programFilter = "UTILITYBATCH (*.exe)|*.exe|",
         .jobTitle = kDeckTitle,
         .jobFilter = kDeckFilter,
         .runsDecks = true,
@@ -127,10 +124,9 @@ constexpr SolverKindRow kRows[] = {
         .settingsKey = "inc",
         .program = "KVIN_SC.EXE",
         .programTitle = {"Select INCSolver", "选择 INCSolver"},
-        .programFilter = {"INCSolver (*.exe)|*.exe|", "INCSolver (*.exe)|*.exe|"},
+        .programFilter = "INCSolver (*.exe)|*.exe|",
         .jobTitle = {"Select FIN File (INC)", "选择 FIN 文件 (INC)"},
-        .jobFilter = {"Fin File (*.fin)|*.fin|All Files (*.*)|*|",
-                      "Fin 文件 (*.fin)|*.fin|所有文件 (*.*)|*|"},
+        .jobFilter = "Fin File (*.fin)|*.fin|All Files (*.*)|*|",
         .handOverKey = "#inc",
         .jobEndings = {"fin"},
         .inDynaMode = false,

@@ -24,12 +24,13 @@ struct SolverKindRow {
   const char* name;         // as lists show it
   const char* settingsKey;  // of its program's path, in the section SOLVER of the settings file
 
-  // The choosers of its program and of its job files. Filters are as ComnFileDialog takes them.
+  // The choosers of its program and of its job files. Filters are as ComnFileDialog takes
+  // them, the same in both languages.
   const char* program;  // the usual name of the program's file
   BothLanguages programTitle;
-  BothLanguages programFilter;
+  const char* programFilter;
   BothLanguages jobTitle;
-  BothLanguages jobFilter;
+  const char* jobFilter;
 
   // The line of a hand-over file that asks for it: "key", or "key=value" when the value is not 0.
   // Null: there is none.

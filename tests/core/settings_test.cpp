@@ -227,9 +227,9 @@ TEST_F(SettingsFile, GroupsComeBackInTheirOrder) {
 
 TEST_F(SettingsFile, NoGroupNameCanBreakTheGroupFile) {
   for (const char* bad : {"", "  ", "#x", "a=b", "a\nb", "a\r"}) {
-    EXPECT_FALSE(JobGroupManager::ValidGroupName(bad)) << bad;
+    EXPECT_FALSE(JobGroupManager::RefusalOfName(bad).Empty()) << bad;
   }
-  EXPECT_TRUE(JobGroupManager::ValidGroupName("a #1; [x]"));
+  EXPECT_TRUE(JobGroupManager::RefusalOfName("a #1; [x]").Empty());
   files_.WriteGroupFile({{"#x", "t"}, {"a=b\nc=d", "e\nf=g"}});
   files_.ReadGroupFile();
   EXPECT_EQ(files_.groupEntries,

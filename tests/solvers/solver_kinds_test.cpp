@@ -25,35 +25,13 @@ TEST(SolverKinds, ARowBelongsToItsKindAlone) {
       EXPECT_TRUE(taken.insert("ending " + std::string(ending)).second) << ending;
       EXPECT_EQ(SolverKindOfFile(std::string("/a.b/c.") + ending), row.kind);
       // The chooser shows what the queue takes for the kind's files.
-      EXPECT_NE(std::string(row.jobFilter.english).find(std::string("*.") + ending),
-                std::string::npos);
+      EXPECT_NE(std::string(row.jobFilter).find(std::string("*.") + ending), std::string::npos);
     }
     if (row.handOverKey == nullptr) continue;
     EXPECT_TRUE(taken.insert(row.handOverKey + std::to_string(row.handOverValue)).second);
   }
   EXPECT_EQ(SolverKindOfFile("/a/B.FIN"), SolverKind::kInc);
   EXPECT_EQ(SolverKindOfFile("/a.dat/b"), SolverKind::kLsDynaSingle);
-}
-
-// A chooser's filter is pairs of words and patterns; languages differ in the words only.
-TEST(SolverKinds, FiltersAreTheSameInBothLanguages) {
-  const auto patterns = [](const std::string& filter) {
-    std::vector<std::string> found;
-    bool isPattern = false;
-    for (std::size_t at = 0; at < filter.size(); isPattern = !isPattern) {
-      const std::size_t end = filter.find('|', at);
-      if (end == std::string::npos) return std::vector<std::string>();
-      if (isPattern) found.push_back(filter.substr(at, end - at));
-      at = end + 1;
-    }
-    return found;
-  };
-  for (const SolverKindRow& row : SolverKinds()) {
-    for (const BothLanguages& filter : {row.programFilter, row.jobFilter}) {
-      EXPECT_FALSE(patterns(filter.english).empty()) << filter.english;
-      EXPECT_EQ(patterns(filter.english), patterns(filter.chinese)) << filter.english;
-    }
-  }
 }
 
 TEST(SolverKinds, DriversStandInTheOrderOfTheKindsAndSayWhatTheirRowsSay) {

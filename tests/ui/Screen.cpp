@@ -333,14 +333,21 @@ void PressCell(Flx_Table& table, int row, const std::string& title, int button) 
   ClickAt(*table.window(), place.x, place.y, button);
 }
 
+Fl_Window* TipWindow() {
+  Fl_Window* open = nullptr;
+  Until(
+      [&] {
+        open = Fl::first_window();
+        while (open && !open->override()) open = Fl::next_window(open);
+        return open != nullptr;
+      },
+      0.5);
+  return open;
+}
+
 std::string Tip() {
-  const auto open = []() -> Fl_Window* {
-    Fl_Window* window = Fl::first_window();
-    while (window && !window->override()) window = Fl::next_window(window);
-    return window;
-  };
-  if (!Until([&] { return open(); }, 0.5)) return {};
-  return Drawing(*open()).Text(*open());
+  Fl_Window* open = TipWindow();
+  return open ? Drawing(*open).Text(*open) : std::string();
 }
 
 void Key(Fl_Window& window, int key, int state, const std::string& text) {

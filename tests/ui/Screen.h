@@ -104,7 +104,8 @@ void Press(Fl_Widget& in, const std::string& text, int button = FL_LEFT_MOUSE, b
 void MoveToCell(Flx_Table& table, int row, const std::string& title);
 void PressCell(Flx_Table& table, int row, const std::string& title, int button = FL_LEFT_MOUSE);
 
-// The tooltip that comes up where the mouse is; empty when none does.
+// The tooltip that comes up where the mouse is, null when none does, and what it says.
+Fl_Window* TipWindow();
 std::string Tip();
 
 // A key for the widget with the focus, in the modal window if there is one.

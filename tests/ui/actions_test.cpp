@@ -36,10 +36,14 @@ class ActionsTest : public WindowTest {
   }
   // Presses a key that opens a box, and a button in it; what the box says.
   std::string AnswerToKey(int key, int state, const char* button) {
-    return Answer([&] { PressKey(key, state); }, button);
+    return OnOneLine(Answer([&] { PressKey(key, state); }, button));
   }
   std::string AnswerToTool(const char* tip, const char* button) {
-    return Answer([&] { PressTool(tip); }, button);
+    return OnOneLine(Answer([&] { PressTool(tip); }, button));
+  }
+  static std::string OnOneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
   }
   void RenameTo(Fl_Window& dialog, const std::string& name) {
     TypeInto(Find<Fl_Input>(dialog), name);
@@ -70,6 +74,13 @@ TEST_F(ActionsTest, JobsAreMovedUpAndDown) {
   PressTool("tip_move_up");
   EXPECT_EQ(Names(), (Lines{"3.k", "2.k", "1.k"}));
   EXPECT_EQ(Table().CurrentRow(), 0) << "the job stays the current one";
+  JobIn(*Group(), Table().CurrentJob())->status = JobStatus::kFinished;
+  PressTool("tip_move_down");
+  EXPECT_TRUE(LineSays("Only Queued jobs can be moved."));
+  PressCell(Table(), 1, "Solver");
+  PressTool("tip_move_up");
+  EXPECT_TRUE(LineSays("A job cannot move above one that is not Queued."));
+  EXPECT_EQ(Names(), (Lines{"3.k", "2.k", "1.k"}));
 }
 
 TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
@@ -81,12 +92,29 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   ASSERT_TRUE(Began(running));
   EXPECT_EQ(Statuses()[0], "Running");
   JobIn(*Group(), Group()->ActiveJob())->started -= 7 * 3600 + 12 * 60;
-  const std::string question = window_->Texts().Format("ui_ask_stop", "running.k", "7 h 12 min");
+  const std::string loss = window_->Texts().Format("ui_has_run", "running.k", "7 h 12 min") + " " +
+                           Say("ui_stop_loses") + " ";
   for (const int key : {FL_Enter, FL_Escape}) {
     Talk([&] { PressKey('.', FL_CTRL); }, {[&](Fl_Window& box) { Key(box, key); }});
     EXPECT_TRUE(Group()->Running());
   }
-  EXPECT_EQ(AnswerToKey('.', FL_CTRL, "Yes"), question);
+  PressKey(FL_Home);
+  for (const char* tool : {"tip_delete_job", "tip_delete_all", "tip_del_group"}) {
+    if (tool == std::string("tip_del_group")) application_->Manager().AddGroup("other");
+    window_->Perform(Action::kRefresh);
+    std::string told;
+    Talk([&] { PressTool(tool); }, {[&](Fl_Window& box) {
+           told = Drawing(box).Text(box);
+           Key(box, FL_Enter);
+         }});
+    EXPECT_TRUE(told.starts_with("running.k has run for 7 h 12 min. If it is")) << told;
+    EXPECT_NE(told.find("Really delete"), std::string::npos) << told;
+    EXPECT_TRUE(Group()->Running()) << tool;
+    EXPECT_EQ(Group()->JobCount(), 2) << tool;
+  }
+  PressKey(FL_Down);
+  EXPECT_EQ(AnswerToTool("tip_delete_job", "No"), Say("msg_ask_del")) << "this one does not run";
+  EXPECT_EQ(AnswerToKey('.', FL_CTRL, "Yes"), loss + Say("ui_ask_stop"));
   EXPECT_FALSE(Group()->Running());
   EXPECT_EQ(Statuses(), (Lines{"Aborted", "Queued"}));
 
@@ -96,7 +124,7 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   std::filesystem::remove(FolderOf(running) + "/messag");
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(running));
-  EXPECT_EQ(AnswerToTool("tip_delete_all", "No"), Say("msg_ask_delall"));
+  AnswerToTool("tip_delete_all", "No");
   EXPECT_TRUE(Group()->Running());
   AnswerToTool("tip_delete_all", "Yes");
   EXPECT_FALSE(Group()->Running());
@@ -136,7 +164,20 @@ TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {
   const std::string deck = AddJob("long", "run 60");
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(deck));
-  EXPECT_EQ(AnswerToKey('q', FL_CTRL, "No"), Say("msg_ask_exit"));
+  PressKey('t', FL_CTRL);
+  const std::string second = AddJob("second", "run 60");
+  PressKey(FL_Enter, FL_CTRL);
+  ASSERT_TRUE(Began(second));
+  for (int group : {0, 1}) {
+    const auto jobs = application_->Manager().GroupAt(group);
+    JobIn(*jobs, jobs->ActiveJob())->started -= 3600;
+  }
+  const auto ran = [&](const char* name) {
+    return window_->Texts().Format("ui_has_run", name, "1 h 0 min") + " ";
+  };
+  EXPECT_EQ(AnswerToKey('q', FL_CTRL, "No"),
+            ran("long.k") + ran("second.k") + Say("ui_stop_loses_all") + " " + Say("msg_ask_exit"));
+  Talk([&] { PressKey('q', FL_CTRL); }, {[](Fl_Window& box) { Key(box, FL_Enter); }});
   EXPECT_TRUE(window_->shown());
   EXPECT_TRUE(Group()->Running());
   AnswerToKey('q', FL_CTRL, "Yes");
@@ -162,16 +203,26 @@ TEST_F(ActionsTest, GroupsAreAddedRenamedDeletedAndKept) {
   PressKey('t', FL_CTRL);  // the second one is Group1 again
   PressKey('t', FL_CTRL);
   EXPECT_EQ(Drawing(*window_).Text(Part<GroupTabs>()), "Door panels Group1 Group2");
-  for (const auto& [name, hint] :
-       {std::pair{"Door panels", "msg_name_exist"}, std::pair{"#1", "ui_bad_name"}}) {
+  const std::pair<std::string, std::string> refused[] = {
+      {"Door panels", Say("msg_name_exist")},
+      {"#1", "a name cannot begin with \"#\"."},
+      {"a=b", "a name cannot hold \"=\"."},
+      {"  ", "a name cannot consist of blanks only."},
+      {std::string(3000, 'x'), "it has 3000 characters, the most are 60."},
+  };
+  for (const auto& [name, why] : refused) {
     std::string told;
     Talk([&] { PressTool("tip_rename_group"); },
          {[&, name = name](Fl_Window& dialog) { RenameTo(dialog, name); },
           [&](Fl_Window& box) {
             told = Drawing(box).Text(box);
             Key(box, FL_Enter);
+          },
+          [&, name = name](Fl_Window& dialog) {
+            EXPECT_EQ(Find<Fl_Input>(dialog).value(), name) << "to be mended";
+            Key(dialog, FL_Escape);
           }});
-    EXPECT_TRUE(told.starts_with(Say(hint))) << told;
+    EXPECT_NE(told.find(why), std::string::npos) << told;
   }
   Talk([&] { Press(Part<GroupTabs>(), "Door panels", FL_LEFT_MOUSE, true); },
        {[&](Fl_Window& dialog) { RenameTo(dialog, "Door panels 2"); }});
@@ -297,6 +348,46 @@ TEST_F(ActionsTest, FilesAreChosen) {
   EXPECT_EQ(Column(JobTable::kSolver)[1], "VOREL") << "also without an ending";
   PressKey(' ');  // the keys are the table's again
   EXPECT_EQ(Fl::modal(), nullptr);
+}
+
+class ChineseActions : public ActionsTest {
+ protected:
+  ChineseActions() : ActionsTest(1) {}
+};
+
+TEST_F(ChineseActions, ChoosersHaveTheSameFiltersAsInEnglish) {
+  const auto expect = [](const std::string& filters) {
+    return [=](Fl_Window& chooser) {
+      std::string shown;
+      const Fl_Choice& choice = Find<Fl_Choice>(chooser);
+      for (int i = 0; i + 1 < choice.size(); ++i)
+        shown += std::string(choice.text(i) ? choice.text(i) : "") + "|";
+      EXPECT_EQ(shown.substr(0, filters.size()), filters);
+      Key(chooser, FL_Escape);
+    };
+  };
+  Talk([&] { PressTool("tip_adddyn"); }, {expect("Dyna File (*.{dyn,k})|All Files (*)|")});
+  Talk([&] { Press(Find<Fl_Button>(*window_, "...")); },
+       {expect("All Files (*)|LS-DYNA Solver (*.exe)|")});
+}
+
+TEST_F(ChineseActions, AGroupNameHasSixtyCharactersOfAnyLanguage) {
+  std::string name, told;
+  for (int i = 0; i < 60; ++i) name += "组";
+  Talk([&] { PressKey(FL_F + 2); }, {[&](Fl_Window& dialog) {
+                                       TypeInto(Find<Fl_Input>(dialog), name + "组");
+                                       Key(dialog, FL_Enter);
+                                     },
+                                     [&](Fl_Window& box) {
+                                       told = Drawing(box).Text(box);
+                                       Key(box, FL_Enter);
+                                     },
+                                     [&](Fl_Window& dialog) {
+                                       TypeInto(Find<Fl_Input>(dialog), name);
+                                       Key(dialog, FL_Enter);
+                                     }});
+  EXPECT_NE(told.find("61"), std::string::npos) << told;
+  EXPECT_EQ(Group()->Name(), name);
 }
 
 TEST_F(ActionsTest, OneSolversWindowAddsNothingElse) {

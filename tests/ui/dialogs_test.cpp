@@ -289,7 +289,11 @@ TEST_F(DialogsTest, RestartJobsRunWithTheirFiles) {
         type("Input File (I=)", deck), press("OK")});
   application_->Intake().Drain();
   Run();
-  EXPECT_EQ(Rows().at(0).substr(0, 8), "again.k|");
+  EXPECT_TRUE(Rows().at(0).starts_with("again.k (R=d3dump01)|")) << Rows()[0];
+  MoveToCell(Part<JobTable>(), 0, "In Folder");
+  const std::string tip = Tip();
+  EXPECT_TRUE(tip.starts_with(deck + " Restarts from ")) << tip;
+  EXPECT_TRUE(tip.ends_with("d3dump01")) << tip;
   const std::string arguments = TempFolder::Read(home_ / "again/standin_echo.txt");
   EXPECT_NE(arguments.find("r=" + dump + "\n"), std::string::npos) << arguments;
   EXPECT_NE(arguments.find("i=" + deck + "\n"), std::string::npos) << arguments;

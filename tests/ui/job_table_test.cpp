@@ -43,6 +43,11 @@ class JobTableTest : public WindowTest {
     MoveToCell(Table(), row, title);
     return Tip();
   }
+  // Without blanks, which stand where a line ends.
+  static std::string Packed(std::string text) {
+    std::erase(text, ' ');
+    return text;
+  }
 };
 
 TEST_F(JobTableTest, SaysWhatEachJobIs) {
@@ -52,11 +57,12 @@ TEST_F(JobTableTest, SaysWhatEachJobIs) {
             "Job Name|In Folder|Solver|MStages|Memory|Status|Message|Summary|I Force|Other Param");
   EXPECT_EQ(Rows(), (Lines{"queued.k|/w|LS-DYNA (S)|No|500|Queued|(View...)|(View...)|No|q=1",
                            "running.k|/w/sub|LS-DYNA (D)|No|–|Running|View...|(View...)|(Yes)|",
-                           "d3dump01|/w|UTILITYBATCH|No|77|Finished|View...|View...|No|",
+                           "R=d3dump01|/w|UTILITYBATCH|No|77|Finished|View...|View...|No|",
                            "stages.k|/w|LS-DYNA (S)|Yes...|–|Aborted|(View...)|(View...)|No|",
                            "step.dat|/w|VOREL|No|–|Waiting|(View...)|(View...)|(–)|",
                            "part.v2.fin|/w|INCSolver|No|–|Aborted|View...|View...|(–)|"}));
   EXPECT_EQ(TipOf(1, "Job Name"), "/w/sub/running.k");
+  EXPECT_EQ(TipOf(2, "Job Name"), window_->Texts().Format("ui_tip_restart", "/w/d3dump01"));
   EXPECT_EQ(TipOf(0, "Other Param"), "q=1");
   EXPECT_EQ(TipOf(0, "I Force"), Say("ui_tip_iforce"));
   EXPECT_EQ(TipOf(4, "I Force"), "");
@@ -66,6 +72,22 @@ TEST_F(JobTableTest, TellsWhyAJobWasAborted) {
   AddJob("bad", "fail");
   Run();
   EXPECT_EQ(TipOf(0, "Status").substr(0, 8), "Reason: ");
+}
+
+TEST_F(JobTableTest, TellsWhyAJobWaits) {
+  const std::string runs = AddJob("same", "run 60");
+  PressTool("tip_add_group");
+  auto restart = MakeJob<JobFileDyna>("");
+  restart->restartFile = home_.Write("same/d3dump01", "dump");
+  application_->Manager().GroupAt(0)->Submit();
+  ASSERT_TRUE(Until([&] { return std::filesystem::exists(home_ / "same/messag"); }));
+  Add(restart);
+  window_->Perform(Action::kSubmit);
+  ASSERT_TRUE(Until([&] { return !restart->RunMessage().Empty(); }));
+  EXPECT_EQ(Packed(TipOf(0, "Status")),
+            Packed("Reason: Job [" + restart->restartFile + "] waits for the job [" + runs +
+                   "], which runs in the same folder"));
+  application_->Manager().RequestStop(-1);
 }
 
 TEST_F(JobTableTest, CellsAreButtons) {
@@ -93,7 +115,7 @@ TEST_F(JobTableTest, AMenuActsOnTheRowUnderTheMouse) {
   AddOneOfEach();
   Talk([&] { PressCell(Table(), 2, "Job Name", FL_RIGHT_MOUSE); },
        {[&](Fl_Window& menu) { Press(menu, "Resubmit"); }});
-  EXPECT_EQ(Rows()[2], "d3dump01|/w|UTILITYBATCH|No|77|Queued|(View...)|(View...)|No|");
+  EXPECT_EQ(Rows()[2], "R=d3dump01|/w|UTILITYBATCH|No|77|Queued|(View...)|(View...)|No|");
 }
 
 // What scrolling leaves on the screen and draws beside it is what a new drawing gives.
@@ -140,6 +162,42 @@ TEST_F(JobTableTest, ColumnsAreDraggedAndFitted) {
   EXPECT_NE(Rows()[5].find("part.v2.fin|"), std::string::npos) << "whole all the same";
 }
 
+TEST_F(JobTableTest, ColumnsMadeNarrowAndWideAgainAreAsBefore) {
+  AddOneOfEach();
+  const auto heads = [&] {
+    std::vector<Flx_HeaderButton*> found;
+    for (Fl_Widget* widget : WidgetsOf(Table())) {
+      if (auto* head = dynamic_cast<Flx_HeaderButton*>(widget)) found.push_back(head);
+    }
+    return found;
+  }();
+  const auto drag = [&](std::size_t column, int by) {
+    const Flx_HeaderButton& head = *heads[column];
+    Drag(*window_, head.x() + head.w() - 1, head.y() + head.h() / 2, by);
+  };
+  const auto widths = [&] {
+    std::vector<int> now;
+    for (const Flx_HeaderButton* head : heads) now.push_back(head->w());
+    return now;
+  };
+  const std::vector<int> before = widths();
+  drag(4, 0);
+  for (const int size : {800, kWidth}) window_->size(size, kHeight);
+  EXPECT_EQ(widths(), before) << "a press alone fixes nothing";
+  drag(1, -80);
+  drag(0, -40);
+  EXPECT_GT(widths().back(), before.back()) << "the last one takes what is over";
+  drag(0, 40);
+  drag(1, 80);
+  EXPECT_EQ(widths(), before) << "and gives it back";
+
+  // What is too wide is not made wider with the window.
+  drag(1, 500);
+  const std::vector<int> wide = widths();
+  window_->size(kWidth + 90, kHeight);
+  EXPECT_EQ(widths(), wide);
+}
+
 class ChineseJobTable : public JobTableTest {
  protected:
   ChineseJobTable() : JobTableTest(1) {}
@@ -158,9 +216,9 @@ TEST_F(ChineseJobTable, TellsWhyAJobWasAborted) {
   const std::string gone = AddJob("gone");
   std::filesystem::remove(gone);
   Run();
-  const std::string notNormal = "原因：任务 [" + bad + "] 未正常结束：*** Error ";
-  EXPECT_EQ(TipOf(0, "状态").substr(0, notNormal.size()), notNormal);
-  EXPECT_EQ(TipOf(1, "状态"), "原因：任务文件 [" + gone + "] 不存在");
+  const std::string notNormal = Packed("原因：任务 [" + bad + "] 未正常结束：*** Error ");
+  EXPECT_EQ(Packed(TipOf(0, "状态")).substr(0, notNormal.size()), notNormal);
+  EXPECT_EQ(Packed(TipOf(1, "状态")), Packed("原因：任务文件 [" + gone + "] 不存在"));
   EXPECT_TRUE(LineSays("任务文件 ["));
 }
 

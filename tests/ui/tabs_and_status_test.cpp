@@ -3,6 +3,9 @@
 #include "ui/WindowFixture.h"
 
 #include <FL/Fl_Button.H>
+#include <FL/fl_draw.H>
+
+#include "ui/window/Layout.h"
 
 namespace {
 
@@ -35,6 +38,25 @@ TEST_F(GroupTabsTest, ShowTheGroupsWithTheirJobs) {
        {[](Fl_Window& menu) { Press(menu, "Delete Group"); },
         [](Fl_Window& box) { Press(Find<Fl_Button>(box, "Yes")); }});
   EXPECT_EQ(Tabs(), "Group1 2");
+}
+
+TEST_F(GroupTabsTest, TellTheNewNameAndTheValueThatWasHandedOver) {
+  GroupTabs& tabs = Part<GroupTabs>();
+  PressTool("tip_add_group");
+  MoveTo(tabs, "Group2");
+  EXPECT_EQ(Tip(), "Group2");
+  Group()->SetName("Doors");
+  window_->Perform(Action::kRefresh);
+  EXPECT_TRUE(Until([] { return Tip() == "Doors"; }, 5)) << "the mouse has not moved";
+
+  std::ofstream(Files().handOverFile) << "#group=300,2,0\n";
+  application_->Tick();
+  EXPECT_TRUE(Until([&] { return Tabs() == "Group1 Doors 300,2,0"; })) << Tabs();
+  const std::string value = window_->Texts().Format("ui_tip_group", "300,2,0");
+  EXPECT_TRUE(Until([&] { return Tip() == "Doors " + value; }, 5)) << Tip();
+  Press(tabs, "Group1");
+  EXPECT_EQ(Tabs(), "Group1 300,2,0 Doors") << "with the current one";
+  EXPECT_EQ(Tip(), "Group1 " + value);
 }
 
 TEST_F(GroupTabsTest, MarkAGroupThatRuns) {
@@ -99,6 +121,34 @@ TEST_F(StatusBarTest, TellsFaultsInRedAndWhole) {
   EXPECT_TRUE(LineSays("does not exist"));
   EXPECT_EQ(ColorOf("File [/w/a.k] does not exist"), Theme::kError);
   EXPECT_EQ(Part<StatusBar>().tooltip(), nullptr);
+}
+
+TEST_F(StatusBarTest, NeverCutsTheCounts) {
+  for (const JobStatus status : {JobStatus::kQueued, JobStatus::kWaiting, JobStatus::kRunning,
+                                 JobStatus::kFinished, JobStatus::kAborted}) {
+    for (int i = 0; i < 11; ++i) Group()->AddJob(MakeJob<JobFileDyna>("/w/a.k", status));
+  }
+  window_->size(Layout::kMinWidth, kHeight);
+  window_->Perform(Action::kRefresh);
+  const std::string counts = "55 jobs: 11 queued, 11 waiting, 11 running, 11 finished, 11 aborted";
+  const std::string path = "/w/" + std::string(300, 'x') + ".k";
+  Queue().Logged(Message(MessageId::kFileMissing, path));
+  EXPECT_TRUE(LineSays("File ["));
+  EXPECT_TRUE(Line().starts_with(counts)) << Line();
+  Queue().IntakeProgress(1, 4, path, 50);
+  EXPECT_TRUE(Until([&] { return Look<Fl_Button>(Part<StatusBar>()); }));
+  EXPECT_TRUE(Line().starts_with(counts)) << Line();
+  const std::string tip = Part<StatusBar>().tooltip();
+  EXPECT_NE(tip.find(path + "] does not exist"), std::string::npos) << tip;
+  EXPECT_NE(tip.find("Reading 2 of 4: "), std::string::npos) << tip;
+  // What is drawn lies side by side.
+  int end = 0;
+  for (const Drawn& drawn : Drawing(*window_).In(Part<StatusBar>())) {
+    EXPECT_GE(drawn.x, end) << drawn.text;
+    fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+    end = drawn.x + static_cast<int>(fl_width(drawn.text.c_str()));
+  }
+  EXPECT_LE(end, window_->w());
 }
 
 TEST_F(StatusBarTest, ShowsTheReadingOfDecks) {

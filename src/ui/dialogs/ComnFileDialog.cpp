@@ -37,9 +37,9 @@ std::string ExistingFolder(std::string folder) {
 
 }  // namespace
 
-std::string ComnFileDialog::ProgramFilter(const std::string& filter, const std::string& allFiles) {
+std::string ComnFileDialog::ProgramFilter(const std::string& filter) {
   constexpr bool kProgramsHaveEndings = FileDirWrapper::kSeparator == '\\';
-  return kProgramsHaveEndings ? filter + allFiles : allFiles + filter;
+  return kProgramsHaveEndings ? filter + kAllFiles : kAllFiles + filter;
 }
 
 std::string ComnFileDialog::ToolkitFilter(const std::string& filter) {

@@ -29,8 +29,11 @@ class ComnFileDialog {
   std::string GetPathName() const { return paths_.empty() ? std::string() : paths_.front(); }
   const std::vector<std::string>& GetPathNames() const { return paths_; }
 
+  // Filters are the same in both languages.
+  static constexpr char kAllFiles[] = "All Files (*.*)|*.*|";
+
   // A filter for programs: on systems whose programs have no ending, any file first.
-  static std::string ProgramFilter(const std::string& filter, const std::string& allFiles);
+  static std::string ProgramFilter(const std::string& filter);
 
   // FLTK's form of a filter: lines of description, tab and pattern.
   static std::string ToolkitFilter(const std::string& filter);

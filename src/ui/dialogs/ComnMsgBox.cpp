@@ -107,11 +107,14 @@ void ComnMsgBox::SetButtonTexts(const std::string& first, const std::string& sec
 
 ComnMsgBox::Button ComnMsgBox::DoModal() {
   using namespace Sizes;
-  fl_font(FL_HELVETICA, kFontSize);
-  int textWidth = kTextWidth;
-  int textHeight = 0;
-  fl_measure(text_.c_str(), textWidth, textHeight, 0);
+  const ScreenArea screen = ScreenOf(parent_);
   const int textX = 2 * kBoxPadding + kIconSize;
+  const int room = screen.h - kFooterHeight - 2 * kBoxPadding;
+  fl_font(FL_HELVETICA, kFontSize);
+  int textWidth = std::min(kTextWidth, screen.w * 2 / 3 - textX - 2 * kBoxPadding);
+  int textHeight = 0;
+  const std::string shown = PlainLabel(InLines(text_, textWidth, room / fl_height()));
+  fl_measure(shown.c_str(), textWidth, textHeight);
   const int width = std::max(kLeastWidth, textX + textWidth + 2 * kBoxPadding);
   const int bodyHeight = std::max(kIconSize, textHeight) + 2 * kBoxPadding;
   BoxWindow window(width, bodyHeight + kFooterHeight);
@@ -124,9 +127,8 @@ ComnMsgBox::Button ComnMsgBox::DoModal() {
   Fl_Box icon(kBoxPadding, kBoxPadding, kIconSize, kIconSize);
   icon.image(::Icon(icon_ == kQuestion ? "box_question" : "box_info"));
   Fl_Box text(textX, kBoxPadding, width - textX - kBoxPadding, bodyHeight - 2 * kBoxPadding);
-  text.align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);
-  const std::string plain = PlainLabel(text_);
-  text.label(plain.c_str());
+  text.align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE);
+  text.label(shown.c_str());
 
   const int y = bodyHeight + (kFooterHeight - kButtonHeight) / 2;
   const bool two = type_ != kOk;

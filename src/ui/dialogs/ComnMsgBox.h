@@ -6,9 +6,10 @@
 
 #include <string>
 
-// A modal window with an icon, a text and one or two buttons, centred over its parent. Enter
-// presses the first button, with kRatherNo the last; Escape and closing the window press the last.
-// Texts are UTF-8. Interface thread.
+// A modal window with an icon, a text and one or two buttons, centred over its parent, whole on the
+// screen: at most two thirds as wide, a text that does not fit loses its middle (see InLines).
+// Enter presses the first button, with kRatherNo the last; Escape and closing the window press the
+// last. Texts are UTF-8. Interface thread.
 class ComnMsgBox {
  public:
   enum Icon { kInformation, kQuestion };

@@ -14,7 +14,6 @@ namespace {
 
 constexpr DialogText kCommonTexts[] = {
     {"ok", "OK", "确定"},
-    {"all_files", "All Files (*.*)|*.*|", "所有文件 (*.*)|*.*|"},
 };
 
 }  // namespace

@@ -88,7 +88,7 @@ class Flx_Base_Dialog {
   void SetTexts(std::span<const DialogText> texts);
   const char* GetText(const std::string& key) const;
 
-  // The text of a key in UTF-8; empty for an unknown key. Every dialog has "ok" and "all_files".
+  // The text of a key in UTF-8; empty for an unknown key. Every dialog has "ok".
   std::string Shown(const std::string& key) const;
   std::string Shown(const BothLanguages& text) const;
 

@@ -30,12 +30,13 @@ constexpr LineTexts kChinese[] = {
     {"ID_BUTTON2", "关闭"}, {"ID_CHECKBOX1", "输出 d3dump"}, {"ID_CHECKBOX2", "删除 adaptdmp"},
 };
 
+constexpr char kEditorFilter[] = "Text Editor (*.exe)|*.exe|";
+
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
     {"text_editor_title", "Select Text Editor", "选择文本编辑器"},
     {"msg_language_applied", "Language will be applied after restart",
      "语言设置将在重新启动程序后生效"},
-    {"editor_filter", "Text Editor (*.exe)|*.exe|", "文本编辑器 (*.exe)|*.exe|"},
 };
 
 }  // namespace
@@ -96,8 +97,7 @@ void Flx_Configuration::ChooseEditor() {
   std::string folder;
   FileDirWrapper::DirOf(settings_.Get().viewer, folder);
   const std::string path = AskForFile(
-      {Window(), Shown("text_editor_title"),
-       ComnFileDialog::ProgramFilter(Shown("editor_filter"), Shown("all_files")), folder});
+      {Window(), Shown("text_editor_title"), ComnFileDialog::ProgramFilter(kEditorFilter), folder});
   if (path.empty()) return;
   settings_.Set(&Settings::viewer, path);
   Find(kEditor)->value(ToUi(path).c_str());

@@ -200,8 +200,8 @@ void Flx_MppSettings::StoreText(const TextField& field) {
 
 void Flx_MppSettings::ChooseProgram(WidgetName<Fl_Input> input, std::string Settings::*setting,
                                     const char* titleKey) {
-  const std::string filter = ComnFileDialog::ProgramFilter(
-      Shown(RowOfKind(SolverKind::kLsDynaSingle).programFilter), Shown("all_files"));
+  const std::string filter =
+      ComnFileDialog::ProgramFilter(RowOfKind(SolverKind::kLsDynaSingle).programFilter);
   const std::string path =
       AskForProgram({Window(), Shown(titleKey), filter, {}}, settings_, settings_.Get().*setting);
   if (path.empty()) return;

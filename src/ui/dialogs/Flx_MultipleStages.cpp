@@ -191,7 +191,7 @@ int Flx_MultipleStages::HandleWidget(Fl_Widget* widget) {
 void Flx_MultipleStages::AddStages() {
   Application& application = subject_.application;
   const std::string& folder = application.SettingsAndFiles().Get().last_path;
-  const std::string filter = subject_.texts.Say(RowOfKind(SolverKind::kLsDynaSingle).jobFilter);
+  const std::string filter = RowOfKind(SolverKind::kLsDynaSingle).jobFilter;
   for (const std::string& path : AskForFiles({Window(), Shown("add_title"), filter, folder})) {
     JobRequest request = MakeJobRequest(application.SettingsAndFiles().Get());
     request.jobFile = path;

@@ -43,9 +43,10 @@ bool Flx_RenameGroup::Initialise() {
 int Flx_RenameGroup::HandleWidget(Fl_Widget* widget) {
   if (widget == Find(kCancel)) return 0;
   if (widget != Find(kOk)) return -1;
-  const std::string name = FromUi(Find(kName)->value());
-  if (name.empty()) {
-    Find(kName)->take_focus();
+  Fl_Input* input = Find(kName);
+  const std::string name = FromUi(input->value());
+  if (name.empty() || (Accepts && !Accepts(name))) {
+    input->take_focus();
     return -1;
   }
   newName_ = name;

@@ -2,6 +2,7 @@
 #ifndef KR_UI_DIALOGS_FLX_RENAMEGROUP_H
 #define KR_UI_DIALOGS_FLX_RENAMEGROUP_H
 
+#include <functional>
 #include <string>
 
 #include "ui/dialogs/Flx_Base_Dialog.h"
@@ -17,6 +18,9 @@ class Flx_RenameGroup : public Flx_Base_Dialog {
   static constexpr WidgetName<Fl_Button> kOk{"ID_BUTTON1"}, kCancel{"ID_BUTTON2"};
 
   Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name);
+
+  // False, after telling the user why, for a name that cannot be taken: the dialog stays open.
+  std::function<bool(const std::string& name)> Accepts;
 
   bool Initialise() override;
   int HandleWidget(Fl_Widget* widget) override;

@@ -34,11 +34,12 @@ constexpr LineTexts kChinese[] = {
     {"ID_BUTTON4", "取消"},
 };
 
+constexpr char kRestartFilter[] = "D3dump |*d3dump*|All Files (*.*)|*.*|";
+
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
     {"r_file_title", "Select Restart File", "选择重启动文件"},
     {"k_file_title", "Select Input File", "选择输入文件"},
-    {"r_filter", "D3dump |*d3dump*|All Files (*.*)|*.*|", "D3dump |*d3dump*|所有文件 (*.*)|*.*|"},
     {"no_restart", "Please choose a restart file.", "请选择重启动文件。"},
     {"no_input", "Please choose an input file, or untick \"Input File (I=)\".",
      "请选择输入文件，或取消勾选“输入文件 (I=)”。"},
@@ -71,9 +72,9 @@ bool Flx_RestartJob::Initialise() {
 int Flx_RestartJob::HandleWidget(Fl_Widget* widget) {
   if (widget == Find(kCancel)) endCode_ = 1;
   if (widget == Find(kOk) && TakeFiles()) endCode_ = 1;
-  if (widget == Find(kChooseRestart)) Choose(kRestart, "r_file_title", Shown("r_filter"));
+  if (widget == Find(kChooseRestart)) Choose(kRestart, "r_file_title", kRestartFilter);
   if (widget == Find(kChooseInput))
-    Choose(kInput, "k_file_title", Shown(RowOfKind(SolverKind::kLsDynaSingle).jobFilter));
+    Choose(kInput, "k_file_title", RowOfKind(SolverKind::kLsDynaSingle).jobFilter);
   if (widget == Find(kUseInput)) {
     ShowInputUse();
     if (Find(kInput)->active()) Find(kInput)->take_focus();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <tuple>
 
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Flx_TableRows.h"
@@ -109,9 +110,14 @@ int Flx_Table::ColumnAt(int x) const {
 
 int Flx_Table::SpreadColumns() {
   for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
-  if (resized_ < 0) Distribute(viewWidth_ - wantedFor_, columns_, widths_);
-  const int total = std::accumulate(widths_.begin(), widths_.end(), 0);
-  widths_.back() += std::max(0, viewWidth_ - total);
+  int total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  int missing = viewWidth_ - wantedFor_;
+  // A wider window first shows what had no room until now.
+  if (missing > 0) missing = std::clamp(viewWidth_ - total, 0, missing);
+  if (resized_ < 0) Distribute(missing, columns_, widths_);
+  total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  filler_ = std::max(0, viewWidth_ - total);
+  widths_.back() += filler_;
   return std::max(total, viewWidth_);
 }
 
@@ -201,8 +207,10 @@ void Flx_Table::CopyColumns(const Flx_Table& other) {
 
 void Flx_Table::BeginColumnResize(int column) {
   // What is on the screen becomes what is wanted, so that only this column changes.
+  atPush_ = {columns_, wantedFor_};
   for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].width = widths_[i];
-  wantedFor_ = std::accumulate(widths_.begin(), widths_.end(), 0);
+  if (column + 1 < ColumnCount()) columns_.back().width -= filler_;
+  wantedFor_ = viewWidth_;
   resized_ = column;
   widthAtPush_ = widths_[static_cast<std::size_t>(column)];
 }
@@ -218,10 +226,15 @@ void Flx_Table::EndColumnResize() {
   if (resized_ < 0) return;
   // A width that the user chose stays; the others share what a new window width brings.
   TableColumn& column = columns_[static_cast<std::size_t>(resized_)];
-  column.stretch = 0;
-  column.minWidth = std::min(column.minWidth, column.width);
-  wantedFor_ = viewWidth_;
+  const bool changed = column.width != widthAtPush_;
   resized_ = -1;
+  if (changed) {
+    column.stretch = 0;
+    column.minWidth = std::min(column.minWidth, column.width);
+    wantedFor_ = viewWidth_;
+  } else {
+    std::tie(columns_, wantedFor_) = atPush_;
+  }
   LayOut();
 }
 

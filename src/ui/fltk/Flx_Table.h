@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ui/fltk/Flx_HeaderButton.h"
@@ -108,8 +109,10 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   int viewHeight_ = 0;
   int totalWidth_ = 0;  // of all columns; at least the view's
   int wantedFor_ = 0;   // the view width that the wanted widths were made for
+  int filler_ = 0;      // what the last column has beyond its width
   int resized_ = -1;    // the column being resized
   int widthAtPush_ = 0;
+  std::pair<std::vector<TableColumn>, int> atPush_;  // columns_ and wantedFor_ until then
   int current_ = -1;
 };
 

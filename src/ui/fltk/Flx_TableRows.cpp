@@ -2,13 +2,13 @@
 
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
-#include <FL/Fl_Tooltip.H>
 #include <FL/Fl_Window.H>
 
 #include <algorithm>
 
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
 
 namespace {
 
@@ -108,15 +108,11 @@ void Flx_Table::Rows::Hover(int row, int column) {
 }
 
 void Flx_Table::Rows::ShowTip() {
-  tip_.clear();
-  if (hoverRow_ >= 0 && hoverColumn_ >= 0) tip_ = table_.CellTip(hoverRow_, hoverColumn_);
-  if (tip_.empty()) {
-    Fl_Tooltip::enter_area(this, 0, 0, 0, 0, nullptr);
-    return;
-  }
-  Fl_Tooltip::enter_area(
-      this, table_.ColumnX(hoverColumn_), table_.OriginY() + hoverRow_ * Sizes::kRowHeight - y(),
-      table_.widths_[static_cast<std::size_t>(hoverColumn_)], Sizes::kRowHeight, tip_.c_str());
+  if (hoverRow_ < 0 || hoverColumn_ < 0) return ::ShowTip(*this, 0, 0, 0, 0, {});
+  ::ShowTip(*this, table_.ColumnX(hoverColumn_),
+            table_.OriginY() + hoverRow_ * Sizes::kRowHeight - y(),
+            table_.widths_[static_cast<std::size_t>(hoverColumn_)], Sizes::kRowHeight,
+            table_.CellTip(hoverRow_, hoverColumn_));
 }
 
 void Flx_Table::Rows::OpenMenu(int x, int y) {

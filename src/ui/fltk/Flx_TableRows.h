@@ -49,7 +49,6 @@ class Flx_Table::Rows : public Fl_Widget {
   int hoverColumn_ = -1;
   int pushedRow_ = -1;  // a button cell that the mouse went down on
   int pushedColumn_ = -1;
-  std::string tip_;
 };
 
 #endif

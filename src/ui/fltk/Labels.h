@@ -13,4 +13,13 @@ std::string PlainItem(const std::string& text);
 std::string FitHead(const std::string& text, int width);  // keeps the beginning
 std::string FitTail(const std::string& text, int width);  // keeps the end
 
+// The text in lines of at most `width` pixels in the current font: broken at blanks, behind the
+// separators of a path, beside Chinese characters, else where it must. Of a word that takes more
+// than `kWordLines`, of a paragraph with more than `kParagraphLines`, and of all when there are
+// more than `mostLines`, the middle becomes "...": a path keeps its beginning and its name.
+// Interface thread.
+inline constexpr int kWordLines = 4;
+inline constexpr int kParagraphLines = 12;
+std::string InLines(const std::string& text, int width, int mostLines);
+
 #endif

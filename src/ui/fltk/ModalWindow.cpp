@@ -2,9 +2,13 @@
 
 #include <FL/Fl.H>
 
+#include <algorithm>
+
 #include "ui/fltk/Theme.h"
 
 namespace {
+
+constexpr int kTitleBar = 30;  // about
 
 bool g_allowed = true;
 
@@ -25,6 +29,9 @@ ModalWindow::ModalWindow(int w, int h) : Fl_Double_Window(w, h) {
 
 void ModalWindow::Open(Fl_Window* parent, Fl_Widget* focus) {
   CentreOver(*this, parent);
+  const ScreenArea screen = ScreenOf(parent);
+  position(std::max(std::min(x(), screen.x + screen.w - w()), screen.x),
+           std::max(std::min(y(), screen.y + screen.h - h()), screen.y));
   show();
   if (focus) Fl::focus(focus);
 }
@@ -33,6 +40,19 @@ void ModalWindow::Run(Fl_Window* parent, Fl_Widget* focus) {
   if (!ModalWindowsAllowed()) return;
   Open(parent, focus);
   while (shown()) Fl::wait();
+}
+
+ScreenArea ScreenOf(Fl_Window* parent) {
+  ScreenArea area;
+  if (parent && parent->shown()) {
+    Fl::screen_work_area(area.x, area.y, area.w, area.h, parent->x() + parent->w() / 2,
+                         parent->y() + parent->h() / 2);
+  } else {
+    Fl::screen_work_area(area.x, area.y, area.w, area.h);
+  }
+  area.y += kTitleBar;
+  area.h -= kTitleBar;
+  return area;
 }
 
 void CentreOver(Fl_Window& window, Fl_Window* parent) {

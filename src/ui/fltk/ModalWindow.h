@@ -4,7 +4,7 @@
 
 #include <FL/Fl_Double_Window.H>
 
-// Lives on the stack of the function that runs it. Interface thread.
+// Lives on the stack of the function that runs it. Stays on the parent's screen. Interface thread.
 class ModalWindow : public Fl_Double_Window {
  public:
   ModalWindow(int w, int h);
@@ -21,6 +21,13 @@ class ModalWindow : public Fl_Double_Window {
 // nobody would give one: then Run returns at once.
 void AllowModalWindows(bool allow);
 bool ModalWindowsAllowed();
+
+// What of a screen is free for windows below their title bars: of the one that the parent's middle
+// is on, or of the one that the mouse is on.
+struct ScreenArea {
+  int x, y, w, h;
+};
+ScreenArea ScreenOf(Fl_Window* parent);
 
 // Moves a window so that its middle lies over the parent's.
 void CentreOver(Fl_Window& window, Fl_Window* parent);

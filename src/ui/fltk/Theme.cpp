@@ -7,6 +7,7 @@
 
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/ThemeFonts.h"
+#include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 
 namespace {
@@ -103,6 +104,7 @@ void Theme::Apply(int language) {
   Fl_Tooltip::color(kText);
   Fl_Tooltip::textcolor(kSurface);
   Fl_Tooltip::delay(0.6F);
+  KeepTipsOnScreen();
   fl_message_hotspot(0);
 }
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -100,7 +101,18 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ViewSummary();
   void OpenStages();
   void StopRunning();
-  bool AskToStop(const JobGroup& group);
+  using Groups = std::vector<std::shared_ptr<JobGroup>>;
+  // The jobs of these groups that run or wait, and what to say about them in lines of text.
+  struct Losses {
+    std::set<JobId> jobs;
+    std::string text;
+  };
+  Losses LossesIn(const Groups& groups, JobId only) const;
+  // Asks a question to which "yes" stops the groups' active jobs, or one of them alone (`only`).
+  // Where there are some it says what is lost, and "no" is the default.
+  bool AskToLose(const std::string& question, const Groups& groups, JobId only = JobId::kNone);
+  // Why a group cannot have the name; empty when it can.
+  std::string RefusalOfName(const std::string& name) const;
   std::string TimeSince(std::int64_t moment) const;  // seconds since 1970
   void ShowHelp();
   void Exit();

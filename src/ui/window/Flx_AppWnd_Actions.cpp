@@ -1,6 +1,7 @@
 // What the main window does.
 
 #include <FL/Fl.H>
+#include <FL/fl_utf8.h>
 
 #include <algorithm>
 
@@ -23,6 +24,7 @@
 namespace {
 
 constexpr std::size_t kMostListed = 8;  // names in a message
+constexpr int kLongestName = 60;        // of a group, in characters
 
 }  // namespace
 
@@ -104,7 +106,7 @@ bool Flx_AppWnd::Ask(const std::string& text, ComnMsgBox::Type type) {
 void Flx_AppWnd::AddJobs(SolverKind kind) {
   const SolverKindRow& row = RowOfKind(kind);
   const std::vector<std::string> paths =
-      AskForFiles({this, texts_.Say(row.jobTitle), texts_.Say(row.jobFilter),
+      AskForFiles({this, texts_.Say(row.jobTitle), row.jobFilter,
                    application_.SettingsAndFiles().Get().last_path});
   FocusTable();
   // A deck may also be a job of another solver by its ending; other jobs are what they are chosen
@@ -234,14 +236,15 @@ void Flx_AppWnd::DeleteJob() {
   const auto group = Group();
   const JobId job = CurrentJob();
   if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
-  if (!Ask(texts_.Get("msg_ask_del"))) return;
+  if (!AskToLose(texts_.Get("msg_ask_del"), {group}, job)) return;
   group->RemoveJob(job);
   Refresh();
 }
 
 void Flx_AppWnd::DeleteAll() {
   const auto group = Group();
-  if (!group || group->JobCount() == 0 || !Ask(texts_.Get("msg_ask_delall"))) return;
+  if (!group || group->JobCount() == 0) return;
+  if (!AskToLose(texts_.Get("msg_ask_delall"), {group})) return;
   if (group->Running() && !StopAndWait(application_.Manager().IndexOf(group.get()))) return;
   for (const JobId job : group->JobIds()) group->RemoveJob(job);
   Refresh();
@@ -250,8 +253,17 @@ void Flx_AppWnd::DeleteAll() {
 void Flx_AppWnd::MoveJob(bool up) {
   const JobId job = CurrentJob();
   if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
-  if (!Group()->MoveJob(job, up)) return Say(texts_.Get("ui_not_moved"));
-  Table()->JobsChanged();
+  if (Group()->MoveJob(job, up)) return Table()->JobsChanged();
+  // Why not: the job itself, the one above it, or the end of the list.
+  const auto queued = [&](JobId one) {
+    bool is = false;
+    Group()->ReadJob(one, [&](const JobFile& read) { is = read.status == JobStatus::kQueued; });
+    return is;
+  };
+  const JobId above = Table()->JobAt(Table()->CurrentRow() - 1);
+  if (!queued(job)) return Say(texts_.Get("ui_move_queued_only"));
+  const bool past = up && above != JobId::kNone && !queued(above);
+  Say(texts_.Get(past ? "ui_move_not_past" : "ui_not_moved"));
 }
 
 void Flx_AppWnd::AddGroup() {
@@ -274,24 +286,33 @@ void Flx_AppWnd::RunDialog(Flx_Base_Dialog& dialog) {
 void Flx_AppWnd::RenameGroup() {
   const auto group = Group();
   if (!group) return;
-  std::string name;
-  {
-    Flx_RenameGroup dialog(this, application_.language, group->Name());
-    RunDialog(dialog);
-    name = dialog.NewName();
-  }
-  JobGroupManager& manager = application_.Manager();
-  if (name.empty() || name == group->Name()) return;
-  if (manager.IndexOfName(name) >= 0) return Inform(texts_.Get("msg_name_exist"));
-  if (!JobGroupManager::ValidGroupName(name)) return Inform(texts_.Get("ui_bad_name"));
-  group->SetName(name);
+  Flx_RenameGroup dialog(this, application_.language, group->Name());
+  dialog.Accepts = [&](const std::string& name) {
+    const std::string why = name == group->Name() ? std::string() : RefusalOfName(name);
+    if (!why.empty()) Inform(why);
+    return why.empty();
+  };
+  RunDialog(dialog);
+  if (dialog.NewName().empty()) return;
+  group->SetName(dialog.NewName());
   Refresh();
+}
+
+std::string Flx_AppWnd::RefusalOfName(const std::string& name) const {
+  const std::string shown = ToUi(name);
+  const int length = fl_utf_nb_char(reinterpret_cast<const unsigned char*>(shown.data()),
+                                    static_cast<int>(shown.size()));
+  if (application_.Manager().IndexOfName(name) >= 0) return texts_.Get("msg_name_exist");
+  if (length > kLongestName)
+    return texts_.Format("ui_long_name", std::to_string(length), std::to_string(kLongestName));
+  return texts_.Say(JobGroupManager::RefusalOfName(name));
 }
 
 void Flx_AppWnd::DeleteGroup() {
   JobGroupManager& manager = application_.Manager();
   const auto group = Group();
-  if (!group || manager.GroupCount() < 2 || !Ask(texts_.Get("msg_ask_del_group"))) return;
+  if (!group || manager.GroupCount() < 2) return;
+  if (!AskToLose(texts_.Get("msg_ask_del_group"), {group})) return;
   if (group->Running() && !StopAndWait(manager.IndexOf(group.get()))) return;
   const int index = manager.IndexOf(group.get());
   manager.RemoveGroup(index);
@@ -355,33 +376,51 @@ std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
   return texts_.Format("ui_time_hours", std::to_string(minutes / 60), std::to_string(minutes % 60));
 }
 
+// A line for each job, and what is lost with them.
+Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups, JobId only) const {
+  Losses losses;
+  std::size_t running = 0;
+  for (const auto& group : groups) {
+    group->ReadActiveJob([&](const JobFile& job) {
+      if (only != JobId::kNone && job.id != only) return;
+      losses.jobs.insert(job.id);
+      if (losses.jobs.size() > kMostListed) return;
+      std::string name;
+      FileDirWrapper::FileNameOf(job.MainFile(), name, true);
+      const bool runs = job.status == JobStatus::kRunning;
+      running += runs;
+      losses.text += (runs ? texts_.Format("ui_has_run", ToUi(name), TimeSince(job.started))
+                           : texts_.Format("ui_has_not_run", ToUi(name))) +
+                     "\n";
+    });
+  }
+  if (losses.jobs.size() > kMostListed) {
+    losses.text +=
+        texts_.Format("ui_more_files", std::to_string(losses.jobs.size() - kMostListed)) + "\n";
+  }
+  if (running > 0)
+    losses.text += texts_.Get(running == 1 ? "ui_stop_loses" : "ui_stop_loses_all") + "\n";
+  return losses;
+}
+
 // A job that ends while the question is open may make way for the next one, which nobody has agreed
 // to lose yet.
-bool Flx_AppWnd::AskToStop(const JobGroup& group) {
-  JobId asked = JobId::kNone;
-  while (true) {
-    JobId active = asked;
-    JobStatus status = JobStatus::kQueued;
-    std::string name;
-    std::int64_t started = 0;
-    group.ReadActiveJob([&](const JobFile& job) {
-      active = job.id;
-      status = job.status;
-      started = job.started;
-      FileDirWrapper::FileNameOf(job.jobFile.empty() ? job.restartFile : job.jobFile, name, true);
-    });
-    if (active == asked) return true;
-    const std::string question = status == JobStatus::kRunning
-                                     ? texts_.Format("ui_ask_stop", ToUi(name), TimeSince(started))
-                                     : texts_.Format("ui_ask_stop_waiting", ToUi(name));
-    if (!Ask(question, ComnMsgBox::kRatherNo)) return false;
-    asked = active;
-  }
+bool Flx_AppWnd::AskToLose(const std::string& question, const Groups& groups, JobId only) {
+  std::set<JobId> agreed;
+  Losses losses = LossesIn(groups, only);
+  do {
+    const auto type = losses.jobs.empty() ? ComnMsgBox::kYesNo : ComnMsgBox::kRatherNo;
+    if (!Ask(losses.text + question, type)) return false;
+    agreed.merge(losses.jobs);
+    losses = LossesIn(groups, only);
+  } while (!std::includes(agreed.begin(), agreed.end(), losses.jobs.begin(), losses.jobs.end()));
+  return true;
 }
 
 void Flx_AppWnd::StopRunning() {
   const auto group = Group();
-  if (group && group->Running() && !AskToStop(*group)) return;
+  const bool active = group && group->Running() && group->ActiveJob() != JobId::kNone;
+  if (active && !AskToLose(texts_.Get("ui_ask_stop"), {group})) return;
   if (!group || !group->Running()) return Say(texts_.Get("ui_nothing_runs"));
   if (StopAndWait(application_.Manager().IndexOf(group.get()))) Say(texts_.Get("ui_stopped"));
   Refresh();
@@ -415,9 +454,13 @@ void Flx_AppWnd::ShowHelp() {
 
 void Flx_AppWnd::Exit() {
   JobGroupManager& manager = application_.Manager();
-  if (manager.IsAnyJobActive()) {
-    if (!Ask(texts_.Get("msg_ask_exit"))) return;
-  }
+  const auto groups = [&] {
+    Groups all;
+    for (int index = 0; index < manager.GroupCount(); ++index)
+      all.push_back(manager.GroupAt(index));
+    return all;
+  };
+  if (manager.IsAnyJobActive() && !AskToLose(texts_.Get("msg_ask_exit"), groups())) return;
   if (manager.IsAnyGroupRunning() && !StopAndWait(-1)) return;
   Leave();
 }

@@ -32,10 +32,8 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   }
   const bool jobs = !changes.groups.empty() || !changes.jobs.empty();
   if (jobs || changes.settings) settings_->Refresh();
-  if (jobs || changes.running) {
-    ShowTabs();
-    ShowState();
-  }
+  if (jobs || changes.running || changes.settings) ShowTabs();
+  if (jobs || changes.running) ShowState();
   if (jobs || changes.running || changes.settings) ShowTools();
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (changes.intake) ShowIntake(changes);
@@ -79,10 +77,18 @@ void Flx_AppWnd::SyncTables() {
 
 void Flx_AppWnd::ShowTabs() {
   JobGroupManager& manager = application_.Manager();
+  const std::string value = OneLine(ToUi(application_.SettingsAndFiles().Get().group));
   std::vector<GroupTabs::Tab> tabs;
   for (int index = 0; index < manager.GroupCount(); ++index) {
-    if (const auto group = manager.GroupAt(index))
-      tabs.push_back({ToUi(group->Name()), group->JobCount(), group->Running()});
+    const auto group = manager.GroupAt(index);
+    if (!group) continue;
+    GroupTabs::Tab tab{ToUi(group->Name()), {}, {}, group->JobCount(), group->Running()};
+    tab.tip = tab.name;
+    if (index == manager.CurrentGroupIndex() && !value.empty()) {
+      tab.note = value;
+      tab.tip += "\n" + texts_.Format("ui_tip_group", value);
+    }
+    tabs.push_back(std::move(tab));
   }
   tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
 }

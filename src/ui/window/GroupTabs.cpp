@@ -2,7 +2,6 @@
 
 #include <FL/Fl.H>
 #include <FL/fl_draw.H>
-#include <FL/Fl_Tooltip.H>
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +9,7 @@
 #include "ui/fltk/Icons.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
+#include "ui/fltk/Tip.h"
 #include "ui/window/Layout.h"
 
 namespace {
@@ -18,14 +18,20 @@ constexpr int kArrowWidth = 22;
 constexpr int kLeftArrow = -2;
 constexpr int kRightArrow = -3;
 constexpr int kScrollStep = 80;
-constexpr int kActivity = 20;  // the mark of a running group with its gap
+constexpr int kLeastNote = 60;  // what a long name leaves the note
+constexpr int kActivity = 20;   // the mark of a running group with its gap
 
 int TextWidth(const std::string& text) {
   return static_cast<int>(std::ceil(fl_width(text.c_str())));
 }
 
 std::string Count(int jobs) {
-  return std::to_string(jobs);
+  return jobs > 0 ? std::to_string(jobs) : std::string();
+}
+
+// With its gap, in the current font.
+int SmallWidth(const std::string& text) {
+  return text.empty() ? 0 : TextWidth(text) + Layout::kGap;
 }
 
 }  // namespace
@@ -37,21 +43,28 @@ GroupTabs::GroupTabs(int x, int y, int w, int h) : Fl_Widget(x, y, w, h) {
 void GroupTabs::SetTabs(const std::vector<Tab>& tabs, int current) {
   if (tabs == tabs_ && current == current_) return;
   const bool moved = current != current_ || tabs.size() != tabs_.size();
+  const std::string tip = TipOf(hovered_);
   tabs_ = tabs;
   current_ = current;
   LayOut();
   if (moved) Reveal(current);
   redraw();
+  if (TipOf(hovered_) == tip) return;
+  if (hovered_ >= static_cast<int>(tabs_.size())) hovered_ = -1;
+  ShowTipOf(hovered_);
+}
+
+std::string GroupTabs::TipOf(int tab) const {
+  const auto index = static_cast<std::size_t>(tab);
+  return tab >= 0 && index < tabs_.size() ? tabs_[index].tip : std::string();
 }
 
 int GroupTabs::WantedWidth(const Tab& tab) const {
   fl_font(FL_HELVETICA, Layout::kFontSize);
   int width = TextWidth(tab.name) + 2 * Layout::kTabPadding;
   if (tab.running) width += kActivity;
-  if (tab.jobs > 0) {
-    fl_font(FL_HELVETICA, Layout::kSmallFontSize);
-    width += TextWidth(Count(tab.jobs)) + Layout::kGap;
-  }
+  fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+  for (const std::string& small : {Count(tab.jobs), tab.note}) width += SmallWidth(small);
   return std::clamp(width, Layout::kTabMinWidth, Layout::kTabMaxWidth);
 }
 
@@ -135,17 +148,22 @@ void GroupTabs::DrawTab(int tab) const {
     room -= kActivity;
   }
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
-  const int countWidth = shown.jobs > 0 ? TextWidth(Count(shown.jobs)) + Layout::kGap : 0;
+  const std::string count = Count(shown.jobs);
+  room -= SmallWidth(count);
+  const int noteRoom = std::min(SmallWidth(shown.note), kLeastNote);
   fl_font(FL_HELVETICA, Layout::kFontSize);
-  const std::string name = FitHead(shown.name, room - countWidth + 1);
+  const std::string name = FitHead(shown.name, room - noteRoom + 1);
+  room -= TextWidth(name);
   const int baseline = y() + (h() + fl_height()) / 2 - fl_descent();
   fl_color(current ? Theme::kText : Theme::kMuted);
   fl_draw(name.c_str(), static_cast<int>(name.size()), at, baseline);
-  if (countWidth == 0) return;
   at += TextWidth(name) + Layout::kGap;
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
   fl_color(Theme::kMuted);
-  fl_draw(Count(shown.jobs).c_str(), at, baseline);
+  fl_draw(count.c_str(), at, baseline);
+  at += SmallWidth(count);
+  if (!shown.note.empty())
+    fl_draw(FitHead(shown.note, room - Layout::kGap + 1).c_str(), at, baseline);
 }
 
 void GroupTabs::DrawArrow(int left, bool isLeft) const {
@@ -179,15 +197,10 @@ void GroupTabs::draw() {
   fl_pop_clip();
 }
 
-void GroupTabs::ShowTip(int tab) {
-  tip_ = tab >= 0 ? tabs_[static_cast<std::size_t>(tab)].name : std::string();
-  const auto index = static_cast<std::size_t>(std::max(tab, 0));
-  if (tip_.empty()) {
-    Fl_Tooltip::enter_area(this, 0, 0, 0, 0, nullptr);
-  } else {
-    Fl_Tooltip::enter_area(this, starts_[index] - offset_, 0, starts_[index + 1] - starts_[index],
-                           h(), tip_.c_str());
-  }
+void GroupTabs::ShowTipOf(int tab) {
+  if (tab < 0) return ShowTip(*this, 0, 0, 0, 0, {});
+  const auto index = static_cast<std::size_t>(tab);
+  ShowTip(*this, starts_[index] - offset_, 0, starts_[index + 1] - starts_[index], h(), TipOf(tab));
 }
 
 int GroupTabs::handle(int event) {
@@ -199,7 +212,7 @@ int GroupTabs::handle(int event) {
       const int hovered = event == FL_LEAVE ? -1 : tab;
       if (hovered != hovered_) {
         hovered_ = hovered;
-        ShowTip(hovered);
+        ShowTipOf(hovered);
         redraw();
       }
       return 1;

@@ -14,6 +14,8 @@ class GroupTabs : public Fl_Widget {
  public:
   struct Tab {
     std::string name;  // UTF-8
+    std::string note;  // behind the name; UTF-8
+    std::string tip;   // in UTF-8
     int jobs = 0;
     bool running = false;
     bool operator==(const Tab&) const = default;
@@ -42,7 +44,8 @@ class GroupTabs : public Fl_Widget {
   int TabAt(int x) const;  // -1: none; -2 and -3: the left and the right arrow
   void DrawTab(int tab) const;
   void DrawArrow(int x, bool left) const;
-  void ShowTip(int tab);
+  std::string TipOf(int tab) const;
+  void ShowTipOf(int tab);
 
   std::vector<Tab> tabs_;
   std::vector<int> starts_;  // left edges from the strip's beginning, and the end of the last
@@ -50,7 +53,6 @@ class GroupTabs : public Fl_Widget {
   int offset_ = 0;  // pixels scrolled out at the left
   int current_ = -1;
   int hovered_ = -1;
-  std::string tip_;
 };
 
 #endif

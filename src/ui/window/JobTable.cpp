@@ -22,6 +22,13 @@ bool CanViewMessage(JobStatus status) {
   return status == JobStatus::kRunning || HasEnded(status);
 }
 
+// In UTF-8.
+std::string NameOf(const std::string& path) {
+  std::string name;
+  FileDirWrapper::FileNameOf(path, name, true);
+  return ToUi(name);
+}
+
 struct Shape {
   const char* title;
   int width, least;
@@ -96,11 +103,15 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   row.multiStage = !job.stages.empty();
   row.dyna = dyna != nullptr;
   row.force = dyna && dyna->useSFile;
-  const std::string& path = job.jobFile.empty() ? job.restartFile : job.jobFile;
-  row.path = ToUi(path);
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  row.cells[kName] = ToUi(name);
+  row.path = ToUi(job.jobFile);
+  row.cells[kName] = NameOf(job.jobFile);
+  if (!job.restartFile.empty()) {
+    // As the solver is told.
+    const std::string restart = "R=" + NameOf(job.restartFile);
+    row.cells[kName] = row.path.empty() ? restart : row.cells[kName] + " (" + restart + ")";
+    if (!row.path.empty()) row.path += "\n";
+    row.path += texts_.Format("ui_tip_restart", ToUi(job.restartFile));
+  }
   row.cells[kFolder] = ToUi(job.Folder());
   row.cells[kSolver] = RowOfKind(job.GetSolverType()).name;
   row.cells[kStages] = texts_.Get(row.multiStage ? "lab_yes" : "lab_no");

@@ -355,10 +355,7 @@ void SettingsRow::ChooseSolver() {
   const SolverKind kind = ShownKind();
   const SolverKindRow& row = RowOfKind(kind);
   const FileQuestion question{
-      window(),
-      texts_.Say(row.programTitle),
-      ComnFileDialog::ProgramFilter(texts_.Say(row.programFilter), texts_.Get("ui_all_files")),
-      {}};
+      window(), texts_.Say(row.programTitle), ComnFileDialog::ProgramFilter(row.programFilter), {}};
   SettingsAndPaths& settings = application_.SettingsAndFiles();
   const std::string path = AskForProgram(question, settings, SolverProgram(settings.Get(), kind));
   if (!path.empty()) StoreSolver(path);

@@ -18,7 +18,7 @@ constexpr double kErrorSeconds = 20.0;
 constexpr int kProgressWidth = 120;
 constexpr int kProgressHeight = 6;
 constexpr int kProgressText = 230;
-constexpr int kLeastState = 150;  // what a narrow window leaves the queue's state beside a message
+constexpr int kLeastText = 40;  // what is narrower is not drawn
 constexpr int kCancelWidth = 64;
 constexpr int kCancelHeight = 20;
 
@@ -80,8 +80,8 @@ void StatusBar::SetProgress(const std::string& text, int percent) {
   redraw();
 }
 
-int StatusBar::ProgressX() const {
-  return cancel_->x() - Layout::kMargin - kProgressWidth - Layout::kGap - kProgressText;
+int StatusBar::BarX() const {
+  return cancel_->x() - Layout::kMargin - kProgressWidth;
 }
 
 void StatusBar::draw() {
@@ -93,35 +93,37 @@ void StatusBar::draw() {
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
   const int baseline = y() + 1 + (h() + fl_height()) / 2 - fl_descent();
   int at = x() + Layout::kMargin;
-  const int end = percent_ >= 0 ? ProgressX() : x() + w() - Layout::kMargin;
+  const int end = percent_ >= 0 ? BarX() - Layout::kGap : x() + w() - Layout::kMargin;
   std::string cut;
   const auto fitted = [&cut](const std::string& text, int room) {
-    std::string shown = FitHead(text, room);
+    std::string shown = room < kLeastText ? std::string() : FitHead(text, room);
     if (shown != text) cut += (cut.empty() ? "" : "\n") + text;
     return shown;
   };
   const auto wanted = [](const std::string& text) {
     return static_cast<int>(std::ceil(fl_width(text.c_str())));
   };
-  // The message, which goes away by itself, may take room from the state.
-  const int messageRoom = message_.empty() ? 0 : wanted(message_) + 3 * Layout::kMargin;
-  const int stateRoom = std::min(std::max(end - at - messageRoom, kLeastState), end - at);
-  const std::string state = fitted(state_, stateRoom);
+  // The counts are always whole; the message, which goes away by itself, comes before the name of
+  // the deck that is being read.
+  const std::string state = fitted(state_, end - at);
   fl_color(Theme::kMuted);
   fl_draw(state.c_str(), static_cast<int>(state.size()), at, baseline);
   at += wanted(state) + 2 * Layout::kMargin;
-  if (!message_.empty() && at < end) {
-    fl_color(Theme::kLine);
-    fl_yxline(at - Layout::kMargin, y() + 7, y() + h() - 6);
-    fl_color(tone_ == Tone::kError ? Theme::kError : Theme::kText);
+  if (!message_.empty()) {
     const std::string text = fitted(message_, end - at - Layout::kMargin);
+    if (!text.empty()) {
+      fl_color(Theme::kLine);
+      fl_yxline(at - Layout::kMargin, y() + 7, y() + h() - 6);
+    }
+    fl_color(tone_ == Tone::kError ? Theme::kError : Theme::kText);
     fl_draw(text.c_str(), static_cast<int>(text.size()), at, baseline);
+    at += wanted(text) + 2 * Layout::kMargin;
   }
   if (percent_ >= 0) {
     fl_color(Theme::kText);
-    const std::string text = fitted(progressText_, kProgressText);
-    fl_draw(text.c_str(), ProgressX(), y() + 1, kProgressText, h(), FL_ALIGN_RIGHT, nullptr, 0);
-    const int barX = cancel_->x() - Layout::kMargin - kProgressWidth;
+    const std::string text = fitted(progressText_, std::min(end - at, kProgressText));
+    fl_draw(text.c_str(), static_cast<int>(text.size()), end - wanted(text), baseline);
+    const int barX = BarX();
     const int barY = y() + 1 + (h() - kProgressHeight) / 2;
     fl_color(Theme::kPressed);
     fl_rectf(barX, barY, kProgressWidth, kProgressHeight);

@@ -8,8 +8,8 @@
 #include <functional>
 #include <string>
 
-// From the left: what the queue does, the last message for a while, the reading of decks with its
-// progress and a button that gives it up. Texts are UTF-8. Interface thread.
+// From the left: what the queue does, never cut off, the last message for a while, the reading of
+// decks with its progress and a button that gives it up. Texts are UTF-8. Interface thread.
 class StatusBar : public Fl_Group {
  public:
   enum class Tone { kPlain, kError };
@@ -30,7 +30,7 @@ class StatusBar : public Fl_Group {
 
  private:
   static void MessageTimeout(void* self);
-  int ProgressX() const;
+  int BarX() const;  // of the progress
 
   Fl_Button* cancel_;
   std::string state_;
