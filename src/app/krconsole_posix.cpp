@@ -1,6 +1,9 @@
 // Runs in a terminal window: asks for the program to run over the socket named by the argument,
-// runs it in this terminal, and reports its start and its exit state.
+// runs it in this terminal, and reports its start and its exit state. With "-" the socket is the
+// standard input, and there is no terminal.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -16,7 +19,16 @@
 
 namespace {
 
+// The program gets no input then.
+UniqueFd LinkFromInput() {
+  UniqueFd link(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  const UniqueFd nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  if (!nothing || dup2(nothing.get(), STDIN_FILENO) < 0) link.Reset();
+  return link;
+}
+
 UniqueFd Connect(const char* address) {
+  if (std::strcmp(address, "-") == 0) return LinkFromInput();
   sockaddr_un where{};
   where.sun_family = AF_UNIX;
   if (std::strlen(address) >= sizeof where.sun_path) return {};
@@ -41,8 +53,8 @@ void OutliveTheProgram() {
 }
 
 int Run(const ConsoleRequest& request, pid_t& pid) {
-  if (chdir(request.folder.c_str()) != 0) return errno;
   ChildStart start;
+  start.folder = request.folder;
   start.program = request.program;
   start.args = request.args;
   start.environment = request.environment;
@@ -53,10 +65,13 @@ int Run(const ConsoleRequest& request, pid_t& pid) {
   return StartChild(start, pid);
 }
 
+// Collects what has become ours meanwhile, too.
 int WaitFor(pid_t pid) {
+  constexpr int kLost = 255;
   int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) return 255;
+  for (pid_t ended = 0; ended != pid;) {
+    ended = waitpid(-1, &status, 0);
+    if (ended < 0 && errno != EINTR) return kLost;
   }
   return ExitCodeOf(status);
 }
@@ -75,6 +90,8 @@ int main(int argc, char** argv) {
     return 2;
   }
   OutliveTheProgram();
+  // What loses its parent below us becomes our child, so that it can be found when all is to end.
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
   pid_t pid = 0;
   if (const int error = Run(request, pid)) {
     SendConsoleReport(link.get(), {ConsoleReport::kFailed, error, 0});

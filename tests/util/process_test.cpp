@@ -146,6 +146,39 @@ TEST(Process, AnAbortEndsEverythingThatWasStarted) {
   EXPECT_TRUE(WaitUntil([&] { return !Runs(folder / "left0"); }));
 }
 
+TEST(Process, WhatAnotherStartedIsOpenedAndEndedAsAWhole) {
+  const TempFolder folder;
+  const std::string pid = folder / "pid";
+  ProcessIdentity child;
+  std::string token;
+  {
+    PTWrapperProcess starter;
+    ASSERT_TRUE(StartTestChild(starter, "tree 2 " + pid));
+    for (const char* depth : {"0", "1", "2"}) {
+      ASSERT_TRUE(WaitUntil([&] { return IsWritten(pid + depth); })) << depth;
+    }
+    child = IdentityOfProcess(starter.ChildId());
+    token = starter.Token();
+  }
+  PTWrapperProcess process;
+  EXPECT_FALSE(process.Open({child.id, child.mark + "1"}, token)) << "another has its id now";
+  EXPECT_EQ(process.LastError(), "process " + std::to_string(child.id) + " does not run");
+  ASSERT_TRUE(process.Open(child, token)) << process.LastError();
+  EXPECT_EQ(process.ChildId(), child.id);
+  EXPECT_EQ(process.Token(), token);
+  EXPECT_EQ(process.ExitCode(), 259);
+  EXPECT_FALSE(StartTestChild(process, "exit 0")) << "one at a time";
+  PTWrapperProcess watcher;
+  ASSERT_TRUE(watcher.Open(child.id));
+  EXPECT_TRUE(process.Terminate());
+  for (const char* depth : {"0", "1", "2"}) {
+    EXPECT_TRUE(WaitUntil([&] { return !Runs(pid + depth); })) << depth;
+  }
+  EXPECT_TRUE(watcher.WaitProc());
+  EXPECT_FALSE(watcher.IsActive());
+  EXPECT_FALSE(process.Open(child, token));
+}
+
 TEST(Process, ManyRunsLeaveNothingOpen) {
 #ifdef _WIN32
   constexpr int kKept = 1;  // of each run: the child's own handle keeps its id from being reused

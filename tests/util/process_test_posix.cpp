@@ -125,6 +125,56 @@ TEST(ProcessPosix, TerminateEndsEverythingThatItStarted) {
   for (const pid_t pid : NumbersIn(pids)) EXPECT_FALSE(IsAlive(pid)) << pid;
 }
 
+// It has lost its parent, its session and all of its variables.
+class DaemonPosix : public testing::Test {
+ protected:
+  void Start(const std::string& last) {
+    const std::string daemon =
+        folder.Write("daemon.sh", "trap '' TERM HUP; echo $$ > " + pid + "; " + Loop("sleep 0.1"));
+    start = ScriptStart(folder.Write("solver.sh", "(env -i setsid /bin/sh " + daemon +
+                                                      " &)\nwhile test ! -s " + pid +
+                                                      "; do sleep 0.05; done\n" + last));
+    start.creationFlags = PTWrapperProcess::kNewConsole;
+    start.console.host = KR_TEST_BIN_DIR "/krconsole";
+    ASSERT_TRUE(process.Create(start));
+    ASSERT_TRUE(WaitUntil([&] { return NumbersIn(pid).size() == 1; }));
+  }
+  void TearDown() override {
+    for (const pid_t left : NumbersIn(pid)) kill(left, SIGKILL);
+  }
+
+  TempFolder folder;
+  const std::string pid = folder / "pid";
+  PTWrapperProcessStart start;
+  PTWrapperProcess process;
+};
+
+TEST_F(DaemonPosix, IsEndedByAStop) {
+  Start("sleep 30");
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_FALSE(IsAlive(NumbersIn(pid).front()));
+}
+
+TEST_F(DaemonPosix, IsLeftAloneByANormalEnd) {
+  Start("exit 3");
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 3);
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_TRUE(IsAlive(NumbersIn(pid).front()));
+}
+
+TEST_F(DaemonPosix, IsEndedByWhoOpensTheProcess) {
+  Start("sleep 30");
+  PTWrapperProcess other;
+  ASSERT_TRUE(other.Open(process.ChildId()));
+  PTWrapperProcess watcher;
+  ASSERT_TRUE(watcher.Open(process.ChildId()));
+  EXPECT_TRUE(other.Terminate());
+  EXPECT_FALSE(IsAlive(NumbersIn(pid).front()));
+  EXPECT_FALSE(watcher.IsActive());
+  EXPECT_EQ(watcher.ExitCode(), PTWrapperProcess::kUnknownExitCode);
+}
+
 // Like the ranks of a launcher that was killed: one beside it, one in a session of its own, and one
 // without the environment that it was given.
 TEST(ProcessPosix, WhatADeadLauncherLeftRunsOnUntilAllIsToEnd) {
@@ -220,6 +270,22 @@ TEST(ProcessPosix, HostileOutputFilesStopNothing) {
     ASSERT_TRUE(process.Create(start)) << target;
     EXPECT_TRUE(process.WaitProc());
     EXPECT_EQ(process.ExitCode(), 0);
+  }
+}
+
+TEST(ProcessPosix, OutputDoesNotFollowLinks) {
+  const TempFolder folder;
+  folder.Write("kept", "precious");
+  std::filesystem::create_symlink("kept", folder / "symbolic");
+  std::filesystem::create_hard_link(folder / "kept", folder / "hard");
+  for (const char* name : {"symbolic", "hard"}) {
+    PTWrapperProcess process;
+    PTWrapperProcessStart start = ScriptStart(folder.Write("talk.sh", "echo hello"));
+    start.outputFile = folder / name;
+    ASSERT_TRUE(process.Create(start));
+    EXPECT_TRUE(process.WaitProc());
+    EXPECT_EQ(TempFolder::Read(folder / name), "hello\n") << name;
+    EXPECT_EQ(TempFolder::Read(folder / "kept"), "precious") << name;
   }
 }
 
@@ -365,7 +431,20 @@ TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
   ASSERT_TRUE(WaitUntil([&] { return !IsAlive(host); }));
   EXPECT_TRUE(process.IsActive());
   EXPECT_TRUE(process.WaitProc());
-  EXPECT_EQ(process.ExitCode(), 255);
+  EXPECT_EQ(process.ExitCode(), PTWrapperProcess::kUnknownExitCode);
+}
+
+TEST_F(ConsolePosix, ATerminalThatStartsItsProgramAgainIsEndedToo) {
+  const std::string terminal =
+      folder.Write("again", "#!/bin/sh\ntrap '' TERM HUP\necho $$ > \"" + (folder / "terminal") +
+                                "\"\nshift 3\n" + Loop("\"$@\"; sleep 5"));
+  chmod(terminal.c_str(), 0700);
+  PTWrapperProcessStart start = InTerminal(folder.Write("run.sh", "exec sleep 30"));
+  start.console.terminal = terminal;
+  ASSERT_TRUE(process.Create(start));
+  EXPECT_TRUE(process.Terminate());
+  for (const pid_t pid : NumbersIn(folder / "terminal")) EXPECT_FALSE(IsAlive(pid));
+  EXPECT_EQ(Find("krconsole"), 0);
 }
 
 TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {

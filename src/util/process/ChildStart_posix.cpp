@@ -55,7 +55,9 @@ int DescribeFiles(const ChildStart& start, posix_spawn_file_actions_t& actions) 
       error = null(STDOUT_FILENO, O_WRONLY);
       if (error == 0) error = null(STDERR_FILENO, O_WRONLY);
     }
-    if (error == 0) error = null(STDIN_FILENO, O_RDONLY);
+    if (error != 0) return error;
+    error = start.input >= 0 ? posix_spawn_file_actions_adddup2(&actions, start.input, STDIN_FILENO)
+                             : null(STDIN_FILENO, O_RDONLY);
   }
   if (error == 0 && !start.folder.empty())
     error = posix_spawn_file_actions_addchdir_np(&actions, start.folder.c_str());

@@ -14,7 +14,10 @@ struct ChildStart {
   std::string folder;                    // the child's current folder; empty for ours
   // Its own session, away from our terminal. Else it stays in ours with our standard files.
   bool ownSession = true;
-  int output = -1;  // standard output and error of one with its own session; -1 for nowhere
+  // Standard output and error of one with its own session, and its standard input, which is above
+  // these three; -1 for nowhere.
+  int output = -1;
+  int input = -1;
 };
 
 // Returns 0 or the system's error number. The child starts with no descriptors of

@@ -13,6 +13,7 @@
 
 #include "util/process/ChildStart_posix.h"
 #include "util/process/ProcessTree_posix.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 
@@ -20,8 +21,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kStartTime{5};
 constexpr int kLookMilliseconds = 50;
-// The exit state of a program whose console was killed together with its reports.
-constexpr int kLostExitCode = 255;
+// Terminal and host do not work in the solver's folder; who looks for what does shall not find
+// them.
+constexpr char kNeutralFolder[] = "/";
 
 // A listening socket in a folder that only this user may enter; both go with the object.
 class Listener {
@@ -81,14 +83,25 @@ Console::~Console() {
   if (terminal_.pid > 0 && waitpid(terminal_.pid, nullptr, WNOHANG) == 0) LetChildGo(terminal_.pid);
 }
 
-Console::Outcome Console::Start(const Setup& setup, const ConsoleRequest& request) {
+Console::Outcome Console::StartInTerminal(const Setup& setup, const ConsoleRequest& request) {
   const Clock::time_point deadline = Clock::now() + kStartTime;
   Listener listener;
   if (!listener.Open() || !StartTerminal(setup, request, listener.address()))
     return Outcome::kNoConsole;
+  Accept(listener.fd(), deadline);
+  return Ask(setup, request, deadline);
+}
+
+Console::Outcome Console::StartWithout(const Setup& setup, const ConsoleRequest& request,
+                                       int output) {
+  if (!StartHost(setup, request, output)) return Outcome::kNoConsole;
+  return Ask(setup, request, Clock::now() + kStartTime);
+}
+
+Console::Outcome Console::Ask(const Setup& setup, const ConsoleRequest& request,
+                              Clock::time_point deadline) {
   std::optional<ConsoleReport> report;
-  if (Accept(listener.fd(), deadline) && SendConsoleRequest(link_.get(), request, deadline))
-    report = NextReport(deadline);
+  if (link_ && SendConsoleRequest(link_.get(), request, deadline)) report = NextReport(deadline);
   if (report && report->kind == ConsoleReport::kStarted) {
     child_ = {report->value, report->start};
     return Outcome::kStarted;
@@ -98,7 +111,7 @@ Console::Outcome Console::Start(const Setup& setup, const ConsoleRequest& reques
     return Outcome::kFailed;
   }
   ProcessTree tree(setup.token);
-  for (const ProcessKey& key : Processes()) tree.AddConsole(key);
+  AddTo(tree);
   tree.End(std::chrono::seconds(1));
   return Outcome::kNoConsole;
 }
@@ -108,10 +121,32 @@ bool Console::StartTerminal(const Setup& setup, const ConsoleRequest& request,
   ChildStart start;
   start.program = setup.terminal;
   start.args = {setup.terminal, "-T", PlainTitle(setup.title), "-e", setup.host, address};
+  start.folder = kNeutralFolder;
   start.environment = request.environment;
   pid_t pid = 0;
   if (StartChild(start, pid) != 0) return false;
   terminal_ = KeyOf(pid);
+  return true;
+}
+
+// Its standard input is the link.
+bool Console::StartHost(const Setup& setup, const ConsoleRequest& request, int output) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
+  UniqueFd ours(ends[0]);
+  const UniqueFd its(ends[1]);
+  const UniqueFd input(fcntl(its.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  ChildStart start;
+  start.program = setup.host;
+  start.args = {setup.host, "-"};
+  start.folder = kNeutralFolder;
+  start.environment = request.environment;
+  start.output = output;
+  start.input = input.get();
+  pid_t pid = 0;
+  if (!input || StartChild(start, pid) != 0) return false;
+  terminal_ = host_ = KeyOf(pid);
+  link_ = std::move(ours);
   return true;
 }
 
@@ -175,17 +210,18 @@ std::optional<ConsoleReport> Console::ReadReport() {
 }
 
 std::optional<int> Console::Poll() {
-  if (terminal_.pid > 0 && waitpid(terminal_.pid, nullptr, WNOHANG) != 0) terminal_ = {};
+  const bool mayGo = terminal_.pid > 0 && InTerminal();
+  if (mayGo && waitpid(terminal_.pid, nullptr, WNOHANG) != 0) terminal_ = {};
   if (const std::optional<ConsoleReport> report = ReadReport()) {
     if (report->kind == ConsoleReport::kEnded) return report->value;
   }
-  if (!link_ && !IsProcessAlive(child_)) return kLostExitCode;
+  if (!link_ && !IsProcessAlive(child_)) return PTWrapperProcess::kUnknownExitCode;
   return std::nullopt;
 }
 
-std::vector<ProcessKey> Console::Processes() const {
-  std::vector<ProcessKey> keys;
-  if (terminal_.pid > 0) keys.push_back(terminal_);
-  if (host_.pid > 0) keys.push_back(host_);
-  return keys;
+void Console::AddTo(ProcessTree& tree) const {
+  if (child_.pid > 0) tree.AddRoot(child_);
+  if (terminal_.pid > 0) tree.AddConsole(terminal_);
+  if (host_.pid > 0) tree.AddConsole(host_);
+  if (!InTerminal()) tree.AddLeader(host_);
 }

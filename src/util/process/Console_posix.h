@@ -1,8 +1,10 @@
-// A terminal window around a solver.
+// The console host around a solver, in a terminal window or without one.
 //
 // A terminal program gives no exit state of what runs in it, and some hand the work to a server
 // process that knows neither our environment nor our folder. So the terminal runs the console host
-// (krconsole), which asks us over a local socket what to run and reports how it goes.
+// (krconsole), which asks us over a local socket what to run and reports how it goes. Processes
+// that lose their parent below it get it as their parent, so that all of them can be found; that is
+// why a solver without a terminal runs below one too.
 #ifndef KR_UTIL_PROCESS_CONSOLE_POSIX_H
 #define KR_UTIL_PROCESS_CONSOLE_POSIX_H
 
@@ -14,6 +16,8 @@
 
 #include "util/files/UniqueFd_posix.h"
 #include "util/process/ProcessTable_posix.h"
+
+class ProcessTree;
 
 struct ConsoleRequest {
   std::string program;
@@ -41,8 +45,8 @@ class Console {
  public:
   enum class Outcome {
     kStarted,
-    kNoConsole,  // the terminal could not be used; nothing of it is left
-    kFailed,     // the terminal is there, but the program cannot be run
+    kNoConsole,  // terminal or host could not be used; nothing of them is left
+    kFailed,     // they are there, but the program cannot be run
   };
 
   struct Setup {
@@ -57,7 +61,10 @@ class Console {
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  Outcome Start(const Setup& setup, const ConsoleRequest& request);
+  // One of these, once.
+  Outcome StartInTerminal(const Setup& setup, const ConsoleRequest& request);
+  // `output` takes the program's output; -1: nothing does.
+  Outcome StartWithout(const Setup& setup, const ConsoleRequest& request, int output);
 
   const ProcessKey& child() const { return child_; }
   // Looks for news without waiting. Empty while the child runs.
@@ -65,17 +72,23 @@ class Console {
   // Becomes readable when there is news; -1 when only looking again helps.
   int link() const { return link_.get(); }
 
-  // What must go besides the child for the window to close.
-  std::vector<ProcessKey> Processes() const;
+  // The child, and what must go besides it for the window to close.
+  void AddTo(ProcessTree& tree) const;
 
  private:
+  // Else the host leads the session, and is not collected before this object goes: so long its id
+  // stays its own.
+  bool InTerminal() const { return host_ != terminal_; }
+  using Deadline = std::chrono::steady_clock::time_point;
   bool StartTerminal(const Setup& setup, const ConsoleRequest& request, const std::string& address);
+  bool StartHost(const Setup& setup, const ConsoleRequest& request, int output);
+  Outcome Ask(const Setup& setup, const ConsoleRequest& request, Deadline deadline);
   bool Accept(int listener, std::chrono::steady_clock::time_point deadline);
   bool TerminalFailed();
   std::optional<ConsoleReport> NextReport(std::chrono::steady_clock::time_point deadline);
   std::optional<ConsoleReport> ReadReport();
 
-  ProcessKey terminal_;  // collected once its id is 0
+  ProcessKey terminal_;  // the host where there is none; collected once its id is 0
   ProcessKey host_;
   ProcessKey child_;
   UniqueFd link_;

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "util/process/ProcessIdentity.h"
 #include "util/text/ErrorRecord.h"
 
 class PTWrapper : public ErrorReporting {};
@@ -50,21 +51,23 @@ struct PTWrapperProcessStart {
   PTWrapperConsole console;
 };
 
-// One child program. The object belongs to the thread that uses it, except Terminate(),
-// TerminateAll() and IsActive(), which another thread may call once Create() has returned. Static
-// operations: any thread.
+// One child program, or one that another copy of the program started. The object belongs to the
+// thread that uses it, except Terminate(), TerminateAll() and IsActive(), which another thread may
+// call once Create() or Open() has returned. Static operations: any thread.
 //
-// A child that has ended stays held: call Terminate() before the next Create().
+// A child that has ended stays held: call Terminate() before the next Create() or Open().
 class PTWrapperProcess : public PTWrapper {
  public:
   static constexpr unsigned kNewConsole = 16;
+  static constexpr int kUnknownExitCode = -2;
 
   PTWrapperProcess();
   ~PTWrapperProcess() override;  // leaves a running child alone
 
   // With kNewConsole and `showWindow` the child gets a console of its own. On Linux that is the
   // terminal program, when there is a display and the program exists; else the child runs without
-  // one. Without kNewConsole it shares nothing with our own terminal either.
+  // one. Without kNewConsole it shares nothing with our own terminal either. On Linux a child with
+  // kNewConsole runs below the console host in any case, see Terminate().
   bool Create(const PTWrapperProcessStart& start);
 
   // The same for who wants this whole process to move: `workDir`, when not empty, becomes its
@@ -73,13 +76,29 @@ class PTWrapperProcess : public PTWrapper {
   bool Create(const std::string& exePath, const std::string& commandLine, const std::string& label,
               bool flag, unsigned creationFlags, const std::string& workDir, bool showWindow);
 
+  // Holds a running process that this object did not start, to wait for its end and to end it;
+  // letting go of it leaves it alone. `process` names it beyond doubt: false when it does not run,
+  // also when another has its id now. `token` is Token() of the object that started it: without it
+  // less of what it started may be found.
+  bool Open(const ProcessIdentity& process, const std::string& token = {});
+  // The process that has this id now.
+  bool Open(std::int32_t processId);
+
   // Waits for the child's end, however long it takes. False without a child.
   bool WaitProc();
   bool IsActive() const;
 
-  // Ends the child and every process that it started, in any session or group, within two seconds
-  // (politely first where the system can, then by force), and forgets it in any case. A child that
-  // has ended by itself is only forgotten. True when nothing is left of it, or no child was held.
+  // Ends the child and the processes that it started, within two seconds (politely first where the
+  // system can, then by force), and forgets it in any case. A child that has ended by itself is
+  // only forgotten. True when nothing that can be found is left of it, or no child was held.
+  //
+  // What can be found, besides the child: on Windows all that it started, unless the system lets it
+  // leave the child's job object, or gave it none; of a process of Open() with its token. On Linux
+  // who has the variable that Create() gave the child, who is in the session of one that was found,
+  // and who descends from one by parents that live. The console host becomes the parent of those
+  // whose parents died, so that below it nobody is lost, whatever he cleared or left, until the
+  // child ends by itself or the host is killed. Nowhere what others started for the child:
+  // services, timers, programs on other machines.
   bool Terminate();
 
   // The same, and what a child that has ended by itself left running ends too: for a run that is to
@@ -87,14 +106,20 @@ class PTWrapperProcess : public PTWrapper {
   bool TerminateAll();
 
   // The child's exit state: its exit code, 128 + the signal's number when a signal ended it
-  // (Linux), 255 when its console was killed and took the answer along (Linux), 259 while it runs,
-  // -1 when there is no child.
+  // (Linux), 259 while it runs, -1 when there is no child. kUnknownExitCode when nobody can tell
+  // (Linux): of a process of Open() that is not our child, and when the console host was killed.
   int ExitCode() const;
 
   // The calling process's own id.
   std::int32_t ProcessId() const;
   // The id of the child that was started (the solver, not the terminal around it); 0 when none.
   std::int32_t ChildId() const;
+  // A word of ASCII that leads to what the child started, also in another process; empty when none.
+  std::string Token() const;
+
+  // The id of a living process that was started below the child with this token and, where that can
+  // be told, works in the folder; 0 when there is none, or none can be found.
+  static std::int32_t FindStarted(const std::string& token, const std::string& folder);
 
   // The processes of all users; replaces what the list held.
   static bool FindRunningProcessName(std::vector<PTWrapperProcessInfo>& list);

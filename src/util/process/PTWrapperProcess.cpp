@@ -20,6 +20,10 @@ bool PTWrapperProcess::Create(const std::string& exePath, const std::string& com
   return Launch(start, workDir);
 }
 
+bool PTWrapperProcess::Open(std::int32_t processId) {
+  return Open(IdentityOfProcess(processId));
+}
+
 bool PTWrapperProcess::Terminate(const std::string& exeName) {
   std::vector<PTWrapperProcessInfo> list;
   if (exeName.empty() || !FindRunningProcessName(list)) return false;

@@ -26,7 +26,6 @@ namespace {
 constexpr std::chrono::milliseconds kTerminateTime{1900};
 constexpr int kWaitMilliseconds = 200;
 constexpr int kStillActive = 259;
-constexpr int kUnknownExitCode = 255;
 constexpr int kSignalExitCode = 128;
 // Every started program carries its own token in this variable, after those of the programs around
 // it; what it starts inherits them.
@@ -59,14 +58,20 @@ std::vector<std::string> EnvironmentFor(const PTWrapperProcessStart& what,
   return environment;
 }
 
-// Only a regular file: a pipe that nobody reads would stop the solver.
+// Only a regular file: a pipe that nobody reads would stop the solver. A link to another file, of
+// either kind, gives way to a file of its own: what it leads to is not ours to empty.
 UniqueFd OpenOutput(const std::string& path) {
   if (path.empty()) return {};
   constexpr mode_t kMode = 0666;
-  UniqueFd fd(open(file_system::ForSystem(path).c_str(),
-                   O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, kMode));
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+  const std::string file = file_system::ForSystem(path);
   struct stat info {};
-  if (!fd || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
+  if (lstat(file.c_str(), &info) == 0 &&
+      (S_ISLNK(info.st_mode) || (S_ISREG(info.st_mode) && info.st_nlink > 1))) {
+    unlink(file.c_str());
+  }
+  UniqueFd fd(open(file.c_str(), kFlags, kMode));
+  if (!fd || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_nlink > 1) return {};
   if (ftruncate(fd.get(), 0) != 0) return {};
   fcntl(fd.get(), F_SETFL, O_APPEND);
   return fd;
@@ -90,20 +95,26 @@ ChildStart Describe(const PTWrapperProcessStart& what, const std::string& token)
   return start;
 }
 
-// Without one that could be used the terminal is empty.
+bool IsRunnable(const std::string& program) {
+  return access(program.c_str(), X_OK) == 0;
+}
+
+// Without one that could be used terminal and host are empty.
 Console::Setup SetupOf(const PTWrapperProcessStart& what, const std::string& token) {
   Console::Setup setup;
   setup.title = what.title.empty() ? what.program : what.title;
   setup.token = token;
-  setup.host = what.console.host;
+  setup.host = FileDirWrapper::AbsolutePath(what.console.host);
   if (setup.host.empty()) {
     std::string folder;
     FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
     setup.host = FileDirWrapper::Join(folder, "krconsole");
   }
-  const std::string terminal = FindProgram(what.console.terminal);
-  if (access(terminal.c_str(), X_OK) == 0 && access(setup.host.c_str(), X_OK) == 0) {
-    setup.terminal = terminal;
+  if (!IsRunnable(setup.host)) setup.host.clear();
+  const char* const display = std::getenv("DISPLAY");
+  if (what.showWindow && display != nullptr && *display != '\0') {
+    setup.terminal = FileDirWrapper::AbsolutePath(FindProgram(what.console.terminal));
+    if (!IsRunnable(setup.terminal)) setup.terminal.clear();
   }
   return setup;
 }
@@ -113,19 +124,22 @@ Console::Setup SetupOf(const PTWrapperProcessStart& what, const std::string& tok
 struct PTWrapperProcess::Private {
   struct Child {
     ProcessKey key;
-    UniqueFd pinned;  // readable at its end; none for one in a console
+    UniqueFd pinned;  // readable at its end; none for one below a host
     std::string token;
+    bool opened = false;  // not started here
     std::unique_ptr<Console> console;
     std::optional<int> exitCode;
 
-    // One without a console is not collected before it is let go: so long nothing else has its id.
+    // One of ours without a host is not collected before it is let go: so long nothing else has its
+    // id.
     bool HasEnded();
     bool EndTree();
+    void AddTo(ProcessTree& tree) const;
     void LetGo();
   };
 
-  static bool StartInConsole(const ChildStart& start, const Console::Setup& setup, Child& started,
-                             bool& failed);
+  static bool StartBelowHost(const ChildStart& start, const Console::Setup& setup,
+                             const std::string& outputFile, Child& started, bool& failed);
   static bool StartAlone(ChildStart start, const std::string& outputFile, Child& started);
   bool Forget(bool ended) KR_REQUIRES(mutex);
 
@@ -141,45 +155,57 @@ bool PTWrapperProcess::Private::Child::HasEnded() {
   }
   siginfo_t info{};
   if (waitid(P_PID, static_cast<id_t>(key.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) {
-    exitCode = kUnknownExitCode;
+    // Not our child.
+    if (!opened || !IsProcessAlive(key)) exitCode = kUnknownExitCode;
   } else if (info.si_pid == key.pid) {
     exitCode = info.si_code == CLD_EXITED ? info.si_status : kSignalExitCode + info.si_status;
   }
   return exitCode.has_value();
 }
 
-// True when nothing of the tree is left.
-bool PTWrapperProcess::Private::Child::EndTree() {
-  ProcessTree tree(token);
-  if (console) {
-    tree.AddRoot(key);
-    for (const ProcessKey& process : console->Processes()) tree.AddConsole(process);
+void PTWrapperProcess::Private::Child::AddTo(ProcessTree& tree) const {
+  if (opened) {
+    tree.AddFound(key);
+  } else if (console) {
+    console->AddTo(tree);
   } else {
     tree.AddLeader(key.start == 0 ? KeyOf(key.pid) : key);
   }
+}
+
+// True when nothing of the tree is left.
+bool PTWrapperProcess::Private::Child::EndTree() {
+  ProcessTree tree(token);
+  AddTo(tree);
   if (tree.End(kTerminateTime)) return true;
   // The tree may not even be seen, for want of descriptors. This needs none: the child is ours and
   // not collected, and leads the group that most of what it started is in.
-  if (!console) kill(-key.pid, SIGKILL);
+  if (!console && !opened) kill(-key.pid, SIGKILL);
   return false;
 }
 
 void PTWrapperProcess::Private::Child::LetGo() {
-  if (console) return;
+  if (console || opened) return;
   LetChildGo(key.pid);
   SweepChildren();
 }
 
-// False without `failed` when there is no console to have.
-bool PTWrapperProcess::Private::StartInConsole(const ChildStart& start, const Console::Setup& setup,
-                                               Child& started, bool& failed) {
+// False without `failed` when there is no host to have.
+bool PTWrapperProcess::Private::StartBelowHost(const ChildStart& start, const Console::Setup& setup,
+                                               const std::string& outputFile, Child& started,
+                                               bool& failed) {
   failed = false;
-  const char* display = std::getenv("DISPLAY");
-  if (!display || !*display || setup.terminal.empty()) return false;
+  if (setup.host.empty()) return false;
+  const ConsoleRequest request = {start.program,
+                                  start.folder.empty() ? CurrentFolder() : start.folder, start.args,
+                                  start.environment};
   auto console = std::make_unique<Console>();
-  const Console::Outcome outcome =
-      console->Start(setup, {start.program, start.folder.empty() ? CurrentFolder() : start.folder,
-                             start.args, start.environment});
+  auto outcome = Console::Outcome::kNoConsole;
+  if (!setup.terminal.empty()) outcome = console->StartInTerminal(setup, request);
+  if (outcome == Console::Outcome::kNoConsole) {
+    console = std::make_unique<Console>();
+    outcome = console->StartWithout(setup, request, OpenOutput(outputFile).get());
+  }
   failed = outcome == Console::Outcome::kFailed;
   if (outcome != Console::Outcome::kStarted) return false;
   started.key = console->child();
@@ -229,8 +255,10 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
   const ChildStart start = Describe(what, child.token);
   failed = failed || start.program.empty();
   bool started = false;
-  if (!failed && what.showWindow && (what.creationFlags & kNewConsole))
-    started = Private::StartInConsole(start, SetupOf(what, child.token), child, failed);
+  if (!failed && (what.creationFlags & kNewConsole)) {
+    started =
+        Private::StartBelowHost(start, SetupOf(what, child.token), what.outputFile, child, failed);
+  }
   if (!failed && !started) started = Private::StartAlone(start, what.outputFile, child);
   if (!started) {
     SetLastError("CreateProcess %s %s failed", what.program.c_str(), what.commandLine.c_str());
@@ -241,6 +269,27 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
 } catch (const std::exception&) {
   SetLastError("Unknown error when create process");
   return false;
+}
+
+// Pinned before it is looked at: as long as the pinned one has not ended, the id is its own.
+bool PTWrapperProcess::Open(const ProcessIdentity& process, const std::string& token) {
+  const MutexLock lock(p_->mutex);
+  SweepChildren();
+  if (p_->child) {
+    SetLastError("the process is opened");
+    return false;
+  }
+  Private::Child child;
+  child.opened = true;
+  child.token = token;
+  child.pinned = PinProcess(process.id);
+  child.key = KeyOf(process.id);
+  if (!Runs(process) || child.HasEnded()) {
+    SetLastError("process %d does not run", static_cast<int>(process.id));
+    return false;
+  }
+  p_->child = std::move(child);
+  return true;
 }
 
 bool PTWrapperProcess::WaitProc() {
@@ -295,4 +344,23 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 std::int32_t PTWrapperProcess::ChildId() const {
   const MutexLock lock(p_->mutex);
   return p_->child ? p_->child->key.pid : 0;
+}
+
+std::string PTWrapperProcess::Token() const {
+  const MutexLock lock(p_->mutex);
+  return p_->child ? p_->child->token : std::string();
+}
+
+std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::string& folder) {
+  const std::optional<std::vector<ProcessEntry>> all = ListProcesses();
+  if (!all || token.empty()) return 0;
+  const std::string wanted = FileDirWrapper::IdentityOf(folder);
+  for (const ProcessEntry& process : *all) {
+    const pid_t pid = process.key.pid;
+    if (StartEnvironmentHolds(pid, token) &&
+        FileDirWrapper::IdentityOf(FolderOfProcess(pid)) == wanted) {
+      return pid;
+    }
+  }
+  return 0;
 }

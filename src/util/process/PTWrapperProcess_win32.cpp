@@ -1,7 +1,10 @@
 #include <windows.h>
 
 #include <exception>
+#include <iomanip>
 #include <map>
+#include <random>
+#include <sstream>
 #include <utility>
 
 #include "util/files/FileDirWrapper.h"
@@ -55,6 +58,31 @@ const char* MakePipe(Pipe& pipe) {
     return "RUNAPP ERROR: Could not duplicate STDIO handle";
   pipe.writeAgain = Handle(again);
   return nullptr;
+}
+
+std::string NewToken() {
+  std::random_device random;
+  std::ostringstream token;
+  token << std::hex << std::setfill('0');
+  for (int i = 0; i < 4; ++i) token << std::setw(8) << random();
+  return token.str();
+}
+
+// The same in all sessions of the machine.
+std::string JobName(const std::string& token) {
+  return "Global\\KR_RUN_" + token;
+}
+
+// Everything that the child will start, where the system lets us have it. It ends nothing when we
+// end. A name lasts as long as somebody holds the object: the child does, and what inherits from
+// it.
+Handle NewJob(const std::string& token, HANDLE child) {
+  Handle job(CreateJobObjectA(nullptr, JobName(token).c_str()));
+  if (!job) job = Handle(CreateJobObjectA(nullptr, nullptr));
+  if (!job || !AssignProcessToJobObject(job.get(), child)) return {};
+  HANDLE its = nullptr;
+  DuplicateHandle(GetCurrentProcess(), job.get(), child, &its, JOB_OBJECT_QUERY, TRUE, 0);
+  return job;
 }
 
 bool IsEmpty(HANDLE job) {
@@ -121,8 +149,8 @@ struct PTWrapperProcess::Private {
   // Forgotten by Terminate, never closed: its id cannot be taken over.
   HANDLE process KR_GUARDED_BY(mutex) = nullptr;
   DWORD processId KR_GUARDED_BY(mutex) = 0;
-  // Everything that the child starts, where the system lets us have one.
-  Handle job KR_GUARDED_BY(mutex);
+  Handle job KR_GUARDED_BY(mutex);  // may be none
+  std::string token KR_GUARDED_BY(mutex);
   Handle pipeRead KR_GUARDED_BY(mutex);
   Handle ioEvent KR_GUARDED_BY(mutex);
 };
@@ -139,8 +167,8 @@ bool PTWrapperProcess::Private::Start(const PTWrapperProcessStart& what, const s
                       environment.empty() ? nullptr : environment.data(),
                       what.folder.empty() ? nullptr : what.folder.c_str(), &startup, &info))
     return false;
-  job = Handle(CreateJobObjectA(nullptr, nullptr));
-  if (job && !AssignProcessToJobObject(job.get(), info.hProcess)) job.Close();
+  token = NewToken();
+  job = NewJob(token, info.hProcess);
   ResumeThread(info.hThread);
   CloseHandle(info.hThread);
   process = info.hProcess;
@@ -154,6 +182,7 @@ bool PTWrapperProcess::Private::End(bool leftovers) {
   const HANDLE ending = std::exchange(process, nullptr);
   const Handle tree = std::move(job);
   processId = 0;
+  token.clear();
   if (HasEnded(ending) && !leftovers) return true;
   DWORD code = 0;
   GetExitCodeProcess(ending, &code);
@@ -230,6 +259,30 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
   return false;
 }
 
+// Opened before it is looked at: as long as it is open, its id is its own.
+bool PTWrapperProcess::Open(const ProcessIdentity& process, const std::string& token) {
+  const MutexLock lock(p_->mutex);
+  if (p_->process) {
+    SetLastError("the process is opened");
+    return false;
+  }
+  constexpr DWORD kAccess = SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_LIMITED_INFORMATION;
+  const HANDLE opened = OpenProcess(kAccess, FALSE, static_cast<DWORD>(process.id));
+  if (opened == nullptr || !Runs(process)) {
+    if (opened != nullptr) CloseHandle(opened);
+    SetLastError("process %d does not run", static_cast<int>(process.id));
+    return false;
+  }
+  p_->process = opened;
+  p_->processId = static_cast<DWORD>(process.id);
+  p_->token = token;
+  if (!token.empty()) {
+    p_->job = Handle(
+        OpenJobObjectA(JOB_OBJECT_QUERY | JOB_OBJECT_TERMINATE, FALSE, JobName(token).c_str()));
+  }
+  return true;
+}
+
 bool PTWrapperProcess::WaitProc() {
   HANDLE process = nullptr;
   {
@@ -282,4 +335,23 @@ std::int32_t PTWrapperProcess::ProcessId() const {
 std::int32_t PTWrapperProcess::ChildId() const {
   const MutexLock lock(p_->mutex);
   return static_cast<std::int32_t>(p_->processId);
+}
+
+std::string PTWrapperProcess::Token() const {
+  const MutexLock lock(p_->mutex);
+  return p_->token;
+}
+
+// A folder cannot be told.
+std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::string&) {
+  if (token.empty()) return 0;
+  const Handle job(OpenJobObjectA(JOB_OBJECT_QUERY, FALSE, JobName(token).c_str()));
+  JOBOBJECT_BASIC_PROCESS_ID_LIST list{};  // room for one, which is enough
+  if (!job) return 0;
+  if (!QueryInformationJobObject(job.get(), JobObjectBasicProcessIdList, &list, sizeof list,
+                                 nullptr) &&
+      GetLastError() != ERROR_MORE_DATA) {
+    return 0;
+  }
+  return list.NumberOfProcessIdsInList > 0 ? static_cast<std::int32_t>(list.ProcessIdList[0]) : 0;
 }

@@ -115,6 +115,10 @@ bool StartEnvironmentHolds(pid_t pid, const std::string& text) {
   return ReadProcFile(pid, "environ").find(text) != std::string::npos;
 }
 
+std::string FolderOfProcess(pid_t pid) {
+  return ProcPath(pid, "cwd");
+}
+
 std::optional<uid_t> ProcessUserId(pid_t pid) {
   if (pid <= 0) return std::nullopt;
   const std::string status = "\n" + ReadProcFile(pid, "status");

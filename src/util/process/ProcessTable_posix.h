@@ -51,6 +51,9 @@ std::string ExecutableName(const ProcessEntry& process);
 // Whether the environment that the process was started with holds the text.
 bool StartEnvironmentHolds(pid_t pid, const std::string& text);
 
+// A path that leads to the folder that the process is in.
+std::string FolderOfProcess(pid_t pid);
+
 // Effective user of the process.
 std::optional<uid_t> ProcessUserId(pid_t pid);
 

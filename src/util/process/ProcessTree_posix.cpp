@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr char kConsoleHost[] = "krconsole";
 constexpr std::chrono::milliseconds kPoliteTime{700};
 constexpr std::chrono::milliseconds kConsoleTime{250};
 constexpr std::chrono::milliseconds kScanPause{10};
@@ -36,16 +37,32 @@ void ProcessTree::AddConsole(const ProcessKey& key) {
   consoles_[key.pid] = key.start;
 }
 
+void ProcessTree::AddFound(const ProcessKey& key) {
+  AddRoot(key);
+  const std::optional<ProcessEntry> found = ReadProcess(key.pid);
+  if (!found || found->key != key) return;
+  if (found->session == key.pid) sessions_.insert(key.pid);
+  std::optional<ProcessEntry> above = ReadProcess(found->parent);
+  if (!above || ExecutableName(*above) != kConsoleHost) return;
+  // The host, and the terminal around it.
+  do {
+    AddConsole(above->key);
+    above = ReadProcess(above->parent);
+  } while (above && IsOfToken(*above));
+}
+
 bool ProcessTree::End(std::chrono::milliseconds limit) {
   const Clock::time_point deadline = Clock::now() + limit;
   MarkConsoleParents();
-  EndPolitely(false, std::min(deadline, Clock::now() + kPoliteTime));
-  if (!Select(false).empty()) KillAll();
-  EndPolitely(true, std::min(deadline, Clock::now() + kConsoleTime));
+  if (!EndPolitely(Which::kOthers, std::min(deadline, Clock::now() + kPoliteTime))) {
+    Kill(Which::kOthers);
+  }
+  EndPolitely(Which::kConsoles, std::min(deadline, Clock::now() + kConsoleTime));
+  // Nobody is spared now: a terminal may start its program anew as often as that ends.
   for (;;) {
     if (Scan().empty() && !blind_) return true;
     if (Clock::now() >= deadline) return false;
-    KillAll();
+    Kill(Which::kAll);
     std::this_thread::sleep_for(kScanPause);
   }
 }
@@ -68,6 +85,10 @@ void ProcessTree::MarkConsoleParents() {
 
 bool ProcessTree::IsConsole(const ProcessEntry& process) const {
   return HasProcess(consoles_, process.key);
+}
+
+bool ProcessTree::IsOfToken(const ProcessEntry& process) const {
+  return !token_.empty() && StartEnvironmentHolds(process.key.pid, token_);
 }
 
 bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
@@ -93,7 +114,9 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
   // An id that now names another process must not lead us to that one's children.
   for (const ProcessEntry& process : others) {
     const auto known = members_.find(process.key.pid);
-    if (known != members_.end() && known->second != process.key.start) members_.erase(known);
+    if (known == members_.end() || known->second == process.key.start) continue;
+    members_.erase(known);
+    sessions_.erase(process.key.pid);  // an id is not given anew while its session lasts
   }
   std::erase_if(others, [this](const ProcessEntry& process) { return !IsCandidate(process); });
   std::vector<ProcessEntry> found;
@@ -101,7 +124,7 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
   for (bool grew = true; grew; first = false) {
     const auto firstMember =
         std::stable_partition(others.begin(), others.end(), [&](const ProcessEntry& process) {
-          return !IsRelated(process) && !(first && StartEnvironmentHolds(process.key.pid, token_));
+          return !IsRelated(process) && !(first && IsOfToken(process));
         });
     grew = firstMember != others.end();
     std::for_each(firstMember, others.end(), [&](ProcessEntry& process) {
@@ -113,19 +136,21 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
   return found;
 }
 
-std::vector<ProcessKey> ProcessTree::Select(bool consoles) {
+std::vector<ProcessKey> ProcessTree::Select(Which which) {
   std::vector<ProcessKey> keys;
   for (const ProcessEntry& process : Scan()) {
-    if (IsConsole(process) == consoles) keys.push_back(process.key);
+    if (which == Which::kAll || IsConsole(process) == (which == Which::kConsoles)) {
+      keys.push_back(process.key);
+    }
   }
   return keys;
 }
 
 // Asks each process once. True when all have gone before the time is over.
-bool ProcessTree::EndPolitely(bool consoles, Clock::time_point until) {
+bool ProcessTree::EndPolitely(Which which, Clock::time_point until) {
   std::vector<ProcessKey> asked;
   for (;;) {
-    const std::vector<ProcessKey> living = Select(consoles);
+    const std::vector<ProcessKey> living = Select(which);
     if (living.empty() && !blind_) return true;
     for (const ProcessKey& key : living) {
       if (std::find(asked.begin(), asked.end(), key) != asked.end()) continue;
@@ -139,16 +164,13 @@ bool ProcessTree::EndPolitely(bool consoles, Clock::time_point until) {
 }
 
 // Everything is stopped before anything is killed, so that nobody starts a replacement meanwhile.
-// The consoles are spared while others live: their turn comes when they are alone.
-void ProcessTree::KillAll() {
-  std::vector<ProcessKey> stopped = Select(false);
-  const bool consoles = stopped.empty();
-  if (consoles) stopped = Select(true);
+void ProcessTree::Kill(Which which) {
+  std::vector<ProcessKey> stopped = Select(which);
   constexpr int kMostRounds = 20;
   std::size_t done = 0;
   for (int round = 0; round < kMostRounds && done < stopped.size(); ++round) {
     for (; done < stopped.size(); ++done) SignalProcess(stopped[done], SIGSTOP);
-    for (const ProcessKey& key : Select(consoles)) {
+    for (const ProcessKey& key : Select(which)) {
       if (std::find(stopped.begin(), stopped.end(), key) == stopped.end()) stopped.push_back(key);
     }
   }

@@ -1,8 +1,8 @@
 // Ends a started program together with everything that it started.
 //
-// Descendants are found by what cannot be shaken off all at once: the token in the environment
-// that they inherited, their parents, and the sessions of those already found. So programs that
-// left their session, or lost their parent, or cleared their environment, are found too.
+// Descendants are found by the token in the environment that they inherited, by their parents, and
+// by the sessions of those already found. Who has shaken off all of these is found below a console
+// host, which is his parent then.
 #ifndef KR_UTIL_PROCESS_PROCESSTREE_POSIX_H
 #define KR_UTIL_PROCESS_PROCESSTREE_POSIX_H
 
@@ -16,7 +16,7 @@
 
 class ProcessTree {
  public:
-  // The token is a text that only environments of this tree hold.
+  // The token is a text that only environments of this tree hold; empty: none does.
   explicit ProcessTree(std::string token);
 
   void AddRoot(const ProcessKey& key);
@@ -25,6 +25,9 @@ class ProcessTree {
   // The terminal, or the program in it that waits for the solver: these end last, so that the
   // others do not lose their console while they finish politely.
   void AddConsole(const ProcessKey& key);
+  // A root that somebody else started, with its session and its console where it has them. Others
+  // may have its id when it has ended.
+  void AddFound(const ProcessKey& key);
 
   // SIGTERM first, then force. True when no living process is left, false also when the processes
   // cannot be seen for want of descriptors; returns by `limit`.
@@ -34,14 +37,16 @@ class ProcessTree {
   using Clock = std::chrono::steady_clock;
 
   std::vector<ProcessEntry> Scan();
+  bool IsOfToken(const ProcessEntry& process) const;
   bool IsCandidate(const ProcessEntry& process) const;
   bool IsRelated(const ProcessEntry& process) const;
   void Remember(const ProcessEntry& process);
   void MarkConsoleParents();
   bool IsConsole(const ProcessEntry& process) const;
-  std::vector<ProcessKey> Select(bool consoles);
-  bool EndPolitely(bool consoles, Clock::time_point until);
-  void KillAll();
+  enum class Which { kOthers, kConsoles, kAll };
+  std::vector<ProcessKey> Select(Which which);
+  bool EndPolitely(Which which, Clock::time_point until);
+  void Kill(Which which);
 
   std::string token_;
   std::uint64_t earliest_ = UINT64_MAX;  // nothing older belongs to the tree
