@@ -27,9 +27,7 @@ std::string IncludedPath(const std::string& deck, const std::string& name) {
     FileDirWrapper::DirOf(deck, folder);
     path = FileDirWrapper::Join(folder, name);
   }
-  constexpr char kOther = FileDirWrapper::kSeparator == '/' ? '\\' : '/';
-  std::replace(path.begin(), path.end(), kOther, FileDirWrapper::kSeparator);
-  return path;
+  return FileDirWrapper::WithOwnSeparators(path);
 }
 
 std::vector<std::string> StageDecks(const JobFileDyna& job, const MessageSink& report) {

@@ -37,6 +37,23 @@ TEST(FoldersOnLinux, BackslashesInRealNamesStay) {
   temp.Write("a/b", "other");
   EXPECT_TRUE(FileDirWrapper::RemoveFile(odd));
   EXPECT_TRUE(FileDirWrapper::FileExists(temp / "a/b"));
+
+  std::filesystem::create_directory(temp / "o\\d");
+  std::filesystem::create_directory(temp / "o\\d/end\\");
+  const std::string deck = temp.Write("o\\d/end\\/d.k", "");
+  std::string folder;
+  std::string name;
+  FileDirWrapper::DirOf(deck, folder);
+  EXPECT_EQ(folder, temp / "o\\d/end\\");
+  EXPECT_EQ(FileDirWrapper::Join(folder, "d.k"), deck);
+  FileDirWrapper::FileNameOf(deck, name, true);
+  EXPECT_EQ(name, "d.k");
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(folder, files, dirs, false);
+  EXPECT_EQ(files, Texts{deck});
+  EXPECT_TRUE(FileDirWrapper::CreateDirTree(temp / "o\\d/new\\tree"));
+  EXPECT_TRUE(FileDirWrapper::IsFolder(temp / "o\\d/new/tree"));
 }
 
 TEST(FoldersOnLinux, UserFolders) {

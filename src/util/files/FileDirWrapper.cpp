@@ -12,11 +12,9 @@ bool IsSeparator(char c) {
   return c == '/' || c == '\\';
 }
 
-std::string WithOwnSeparators(std::string path) {
-  for (char& c : path) {
-    if (IsSeparator(c)) c = FileDirWrapper::kSeparator;
-  }
-  return path;
+bool EndsInSeparator(const std::string& path) {
+  return !path.empty() && IsSeparator(path.back()) &&
+         file_system::ForSystem(path).back() == FileDirWrapper::kSeparator;
 }
 
 // `visited` holds the folders that were listed, so that links leading back end the recursion.
@@ -55,7 +53,7 @@ bool FileDirWrapper::CreateDirTree(const std::string& path) {
   if (!TrimTrailingSeparator(path, trimmed)) return false;
   trimmed = file_system::ForSystem(trimmed);
   for (std::size_t end = file_system::RootLength(trimmed) + 1; end <= trimmed.size(); ++end) {
-    if (end < trimmed.size() && !IsSeparator(trimmed[end])) continue;
+    if (end < trimmed.size() && trimmed[end] != kSeparator) continue;
     const std::string prefix = trimmed.substr(0, end);
     if (!FileExists(prefix) && !file_system::MakeFolder(prefix)) return false;
   }
@@ -65,7 +63,7 @@ bool FileDirWrapper::CreateDirTree(const std::string& path) {
 bool FileDirWrapper::TrimTrailingSeparator(const std::string& path, std::string& out) {
   out = path;
   if (out.empty()) return false;
-  if (IsSeparator(out.back()) && file_system::RootLength(out) < out.size()) out.pop_back();
+  if (EndsInSeparator(out) && file_system::RootLength(out) < out.size()) out.pop_back();
   return true;
 }
 
@@ -104,7 +102,7 @@ bool FileDirWrapper::FileNameOf(const std::string& path, std::string& name, bool
   const std::string whole = path;  // `name` may be the same object
   name.clear();
   if (whole.empty()) return false;
-  const std::size_t separator = whole.find_last_of("/\\");
+  const std::size_t separator = WithOwnSeparators(whole).rfind(kSeparator);
   name = separator == std::string::npos ? whole : whole.substr(separator + 1);
   if (!withExtension) name = name.substr(0, name.rfind('.'));
   return true;
@@ -129,7 +127,11 @@ bool FileDirWrapper::ExtensionOf(const std::string& path, std::string& ext) {
   return ok;
 }
 
+std::string FileDirWrapper::WithOwnSeparators(const std::string& path) {
+  return file_system::ForSystem(path);
+}
+
 std::string FileDirWrapper::Join(const std::string& folder, const std::string& name) {
   if (folder.empty()) return name;
-  return IsSeparator(folder.back()) ? folder + name : folder + kSeparator + name;
+  return EndsInSeparator(folder) ? folder + name : folder + kSeparator + name;
 }

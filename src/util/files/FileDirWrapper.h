@@ -79,6 +79,10 @@ class FileDirWrapper {
   // Without the dot; of the file name only.
   static bool ExtensionOf(const std::string& path, std::string& ext);
 
+  // The path with the system's own separators. On Linux a backslash is one of the others, except in
+  // the name of a file or folder that is there.
+  static std::string WithOwnSeparators(const std::string& path);
+
   // folder + separator + name; the name alone when the folder is empty. No second separator after
   // one that is there.
   static std::string Join(const std::string& folder, const std::string& name);

@@ -19,13 +19,20 @@ Kind KindOf(const std::string& path) {
   return Kind::kOther;
 }
 
-// A backslash is a separator, except in the name of something that is really there: taken apart,
-// such a name could lead to another file.
+// A backslash is a separator, except in the names of what is really there, the file's own or its
+// folders': taken apart, such a name could lead to another file.
 std::string ForSystem(const std::string& path) {
+  const std::size_t first = path.find('\\');
+  if (first == std::string::npos) return path;
   struct stat info {};
-  if (path.find('\\') == std::string::npos || lstat(path.c_str(), &info) == 0) return path;
+  std::size_t end = path.size();
+  while (end != std::string::npos && end > first &&
+         lstat(path.substr(0, end).c_str(), &info) != 0) {
+    end = path.rfind('/', end - 1);
+  }
+  const std::size_t there = end != std::string::npos && end > first ? end : 0;
   std::string own = path;
-  std::replace(own.begin(), own.end(), '\\', '/');
+  std::replace(own.begin() + static_cast<std::ptrdiff_t>(there), own.end(), '\\', '/');
   return own;
 }
 
