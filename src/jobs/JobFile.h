@@ -30,8 +30,8 @@ struct JobRunContext {
   PTWrapperConsole console;
   MessageSink report;  // for the application log
   MessageSink note;    // for what is no fault; may be null
-  // Called when the solver's process has been created; may be null.
-  std::function<void(const JobFile& job)> started;
+  // Called when the solver's process has been created from `start`; may be null.
+  std::function<void(const JobFile& job, const PTWrapperProcessStart& start)> started;
   // The manager's code of the last run that did not end normally; may be null.
   std::atomic<int>* runErrorCode = nullptr;
 };
@@ -101,7 +101,8 @@ class JobFile : public JobFields {
 
   // For the length of a run, on its thread.
   const JobRunContext* run = nullptr;
-  // What lay in the folder when the solver started: only what it wrote tells how it ended.
+  // The files that tell how a run ended, as they lay in the folder when the solver started: only
+  // what it wrote counts.
   FolderSnapshot folderBefore;
 
   // The job file, or the restart file when there is no job file: what the job is called after.

@@ -6,6 +6,7 @@
 #include "util/files/FileLock.h"
 #include "util/files/InputFile.h"
 #include "util/process/ProcessIdentity.h"
+#include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
 
 namespace {
@@ -13,6 +14,7 @@ namespace {
 constexpr char kLockName[] = ".kr_running.lock";
 constexpr char kSolverName[] = ".kr_running.txt";
 constexpr std::size_t kMostBytes = 16 * 1024;
+constexpr std::size_t kLeastToken = 16;  // a shorter one would be found in places by chance
 
 // The folders in which jobs of this program run.
 class OwnFolders {
@@ -39,13 +41,21 @@ OwnFolders& Own() {
   return folders;
 }
 
-// The text that names a folder's solver: machine, process id and mark, then the job, a line each.
-std::string SolverText(const ProcessIdentity& solver, const std::string& job) {
-  return MachineName() + '\n' + std::to_string(solver.id) + '\n' + solver.mark + '\n' + job + '\n';
+// What the text in a folder tells, a line each: machine, process id and mark, job, token.
+struct Solver {
+  std::string machine;
+  ProcessIdentity process;
+  std::string job;
+  std::string token;
+};
+
+std::string TextOf(const Solver& solver) {
+  return solver.machine + '\n' + std::to_string(solver.process.id) + '\n' + solver.process.mark +
+         '\n' + solver.job + '\n' + solver.token + '\n';
 }
 
-// The solver of this machine that the text in a folder names, and its job. Any file may lie there.
-bool ReadSolver(const std::string& path, ProcessIdentity& solver, std::string& job) {
+// The solver of this machine that the text in a folder names. Any file may lie there.
+bool ReadSolver(const std::string& path, Solver& solver) {
   InputFile file;
   if (!file.Open(path) || file.Size() > kMostBytes) return false;
   std::string text(kMostBytes, '\0');
@@ -53,13 +63,21 @@ bool ReadSolver(const std::string& path, ProcessIdentity& solver, std::string& j
   if (size <= 0) return false;
   text.resize(static_cast<std::size_t>(size));
   std::istringstream lines(text);
-  std::string machine, id;
-  if (!std::getline(lines, machine) || !std::getline(lines, id) ||
-      !std::getline(lines, solver.mark) || !std::getline(lines, job)) {
+  std::string id;
+  if (!std::getline(lines, solver.machine) || !std::getline(lines, id) ||
+      !std::getline(lines, solver.process.mark) || !std::getline(lines, solver.job)) {
     return false;
   }
-  std::istringstream(id) >> solver.id;
-  return machine == MachineName();
+  std::istringstream(id) >> solver.process.id;
+  std::getline(lines, solver.token);
+  if (solver.token.size() < kLeastToken) solver.token.clear();
+  return solver.machine == MachineName();
+}
+
+// The solver itself, or what it started and left in the folder; 0 when nothing of it runs.
+std::int32_t RunningOf(const Solver& solver, const std::string& folder) {
+  if (Runs(solver.process)) return solver.process.id;
+  return PTWrapperProcess::FindStarted(solver.token, folder);
 }
 
 }  // namespace
@@ -68,9 +86,11 @@ struct FolderUse::Held {
   std::string folder;
   FileLock lock;
   bool solverNoted = false;
+  std::string token;
 };
 
-FolderUse::FolderUse(std::string job) : job_(std::move(job)) {}
+FolderUse::FolderUse(std::string job, std::string token)
+    : job_(std::move(job)), token_(std::move(token)) {}
 
 FolderUse::~FolderUse() {
   Release();
@@ -98,11 +118,16 @@ FolderHolder FolderUse::TakeOne(const std::string& folder) {
   if (held->lock.Take(FileDirWrapper::Join(folder, kLockName), 0) == FileLock::Result::kBusy) {
     return {FolderHolder::Kind::kOtherProgram, folder, {}, 0};
   }
-  ProcessIdentity solver;
-  std::string job;
+  Solver solver;
   const std::string text = FileDirWrapper::Join(folder, kSolverName);
-  if (!ReadSolver(text, solver, job)) return {};
-  if (Runs(solver)) return {FolderHolder::Kind::kSolver, folder, job, solver.id};
+  if (!ReadSolver(text, solver)) return {};
+  if (!token_.empty() && solver.token == token_) {
+    held->solverNoted = true;
+    held->token = token_;
+    return {};
+  }
+  const std::int32_t running = RunningOf(solver, folder);
+  if (running != 0) return {FolderHolder::Kind::kSolver, folder, solver.job, running};
   FileDirWrapper::RemoveFile(text);  // who left it has crashed
   return {};
 }
@@ -119,11 +144,17 @@ void FolderUse::Release() {
   held_.clear();
 }
 
-void FolderUse::NoteSolver(const std::string& folder, std::int32_t processId) {
+void FolderUse::NoteSolver(const std::string& folder, const PTWrapperProcess& solver) {
   const auto found = held_.find(FileDirWrapper::IdentityOf(folder));
   if (found == held_.end() || !found->second->lock.Taken()) return;
-  const ProcessIdentity solver = IdentityOfProcess(processId);
-  if (solver.mark.empty()) return;
+  const Solver text = {MachineName(), IdentityOfProcess(solver.ChildId()), job_, solver.Token()};
+  found->second->token = text.token;
   found->second->solverNoted = FileDirWrapper::WriteFileWhole(
-      FileDirWrapper::Join(found->second->folder, kSolverName), SolverText(solver, job_));
+      FileDirWrapper::Join(found->second->folder, kSolverName), TextOf(text));
+}
+
+void FolderUse::LeaveToRest() {
+  for (const auto& [identity, held] : held_) {
+    if (PTWrapperProcess::FindStarted(held->token, held->folder) != 0) held->solverNoted = false;
+  }
 }

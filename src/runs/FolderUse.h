@@ -9,6 +9,7 @@
 #include <vector>
 
 class FileLock;
+class PTWrapperProcess;
 
 // Who is in the way.
 struct FolderHolder {
@@ -16,7 +17,7 @@ struct FolderHolder {
     kNobody,
     kJob,           // of this program
     kOtherProgram,  // a Kestrun of another user, or one on another machine
-    kSolver         // a solver that outlived the Kestrun that started it
+    kSolver         // a solver, or what one started, that outlived its run or its Kestrun
   };
   Kind kind = Kind::kNobody;
   std::string folder;
@@ -27,14 +28,15 @@ struct FolderHolder {
 // The folders in which one job runs, held to the end of its run. Folders are told apart by
 // identity, so that links and short names lead to the same one. Within this program a list holds
 // them; against others a lock file in the folder, which a crash leaves harmless, and beside it a
-// text that names the solver process that runs there. A folder in which no file can be made is held
-// within this program only.
+// text that names the solver process that runs there and its token, which leads to what it started.
+// A folder in which no file can be made is held within this program only.
 //
 // Used by the run's thread.
 class FolderUse {
  public:
-  // `job` is what others are told of the holder: the path of its deck.
-  explicit FolderUse(std::string job);
+  // `job` is what others are told of the holder: the path of its deck. A solver with the token is
+  // the job's own and in nobody's way.
+  explicit FolderUse(std::string job, std::string token = {});
   ~FolderUse();
   FolderUse(const FolderUse&) = delete;
   FolderUse& operator=(const FolderUse&) = delete;
@@ -45,13 +47,17 @@ class FolderUse {
   void Release();
 
   // A solver has been started in one of the folders.
-  void NoteSolver(const std::string& folder, std::int32_t processId);
+  void NoteSolver(const std::string& folder, const PTWrapperProcess& solver);
+  // The run is over, but something of it may run on in the folders: they stay in its use as long as
+  // it does.
+  void LeaveToRest();
 
  private:
   struct Held;
   FolderHolder TakeOne(const std::string& folder);
 
   const std::string job_;
+  const std::string token_;
   std::map<std::string, std::unique_ptr<Held>> held_;  // by identity
 };
 

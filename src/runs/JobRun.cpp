@@ -8,9 +8,11 @@
 
 #include "jobs/JobArguments.h"
 #include "runs/FolderUse.h"
+#include "runs/RunRecording.h"
 #include "runs/SolverVersion.h"
 #include "solvers/AbortableWait.h"
 #include "solvers/RunSteps.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -97,25 +99,46 @@ bool WaitForFolders(JobFile& job, const JobRunSetup& setup, FolderUse& use) {
   return false;
 }
 
+// The run that another copy of the program began, as it is found.
+struct Earlier {
+  RunRecord record;
+  bool runs = false;  // held by the stage's process object
+};
+
 class JobRun {
  public:
-  JobRun(JobFile& job, const JobRunSetup& setup, const JobRunContext& context)
-      : job_(job), setup_(setup), context_(context), scope_(job, context) {
+  JobRun(JobFile& job, const JobRunSetup& setup, JobRunContext& context, FolderUse& use)
+      : job_(job), setup_(setup), context_(context), use_(use), scope_(job, context) {
     for (const std::shared_ptr<JobFile>& stage : job.stages) stages_.push_back(stage.get());
     if (stages_.empty()) {
       stages_.push_back(&job);
     } else {
       first_ = static_cast<std::size_t>(std::max(job.firstStage, 0));
     }
+    context_.started = [this](const JobFile& stage, const PTWrapperProcessStart& start) {
+      record_ = RecordOfStart(stage, IndexOf(stage), start);
+      use_.NoteSolver(stage.Folder(), stage.process);
+      Note(Message(MessageId::kJobStarted, stage.jobFile, stage.process.ChildId()));
+      Record(stage);
+    };
   }
 
   JobStatus Run() {
     return Guarded(job_, [this] { return RunStages(); });
   }
 
+  // `mine`: the folders are held.
+  JobStatus GoOn(const RunRecord& record, bool mine) {
+    earlier_ = Earlier{record};
+    mine_ = mine;
+    if (!job_.stages.empty()) first_ = static_cast<std::size_t>(std::max(record.stage, 0));
+    return Run();
+  }
+
  private:
   JobStatus RunStages() {
-    if (!FirstStageExists() || !SolversAreNewEnough()) return JobStatus::kAborted;
+    if (!FirstStageExists()) return JobStatus::kAborted;
+    if (!earlier_ && !SolversAreNewEnough()) return JobStatus::kAborted;
     std::optional<PositioningSession> session;
     if (setup_.positioning != nullptr && IsForming(job_)) {
       session.emplace(*setup_.positioning, job_);
@@ -166,31 +189,78 @@ class JobRun {
   // An aborted job leaves its mark on the stage that it has come to.
   JobStatus RunStage(std::size_t index, std::optional<PositioningSession>& session) {
     JobFile& stage = *stages_[index];
-    SetStatus(stage, JobStatus::kWaiting);
-    if (index > 0) WaitUnlessAborted(std::chrono::seconds(stage.pause), job_.abort);
+    const bool goesOn = earlier_ && index == first_;
     JobStatus status = JobStatus::kAborted;
-    if (!job_.abort && !stage.abort) {
-      if (session) session->Position(stage);
+    if (goesOn || MayStart(stage, index)) {
+      if (session && !goesOn) session->Position(stage);
+      if (goesOn) TakeOver(stage);
       SetStatus(stage, JobStatus::kRunning);
-      status = RunThroughDriver(stage);
+      status = RunThroughDriver(stage, goesOn);
       if (&stage != &job_) TakeResultOf(stage);
     }
     SetStatus(stage, status);
     return status;
   }
 
-  JobStatus RunThroughDriver(JobFile& stage) {
+  bool MayStart(JobFile& stage, std::size_t index) {
+    SetStatus(stage, JobStatus::kWaiting);
+    if (index > 0) WaitUnlessAborted(std::chrono::seconds(stage.pause), job_.abort);
+    if (!mine_) mine_ = WaitForFolders(job_, setup_, use_);
+    return !job_.abort && !stage.abort;
+  }
+
+  void TakeOver(JobFile& stage) {
+    record_ = earlier_->record;
+    if (!stage.folderBefore.Read(record_->filesBefore)) {
+      // Better nothing than what an earlier run may have written.
+      std::vector<std::string> files;
+      std::vector<std::string> folders;
+      FileDirWrapper::ListDir(stage.Folder(), files, folders, false);
+      stage.folderBefore.Take(files);
+    }
+    earlier_->runs = stage.process.Open(record_->process, record_->token);
+    if (!earlier_->runs) return;
+    Note(Message(MessageId::kJobTakenOver, stage.jobFile, stage.process.ChildId()));
+    Record(stage);
+  }
+
+  JobStatus RunThroughDriver(JobFile& stage, bool goesOn) {
     const RunScope scope(stage, context_);
     const JobStatus status = Guarded(stage, [&] {
       JobSolver* const driver = setup_.solverFor(stage.GetSolverType());
-      if (driver != nullptr) return driver->Run(stage, context_);
+      if (driver != nullptr) {
+        return goesOn ? driver->GoOn(stage, context_) : driver->Run(stage, context_);
+      }
       Fail(stage, RunError::kSolverMissing,
            Message(MessageId::kNoSolverOfType, static_cast<int>(stage.GetSolverType()),
                    stage.jobFile));
       return JobStatus::kAborted;
     });
+    if (goesOn && !earlier_->runs && !stage.abort) SayItEndedUnwatched(stage);
+    const std::optional<int> exitCode = KnownExitCode(stage.process);
+    if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
     EndSolver(stage, status);
+    if (status == JobStatus::kAborted && !stage.abort) use_.LeaveToRest();
+    if (record_) {
+      RecordEnd(*record_, stage, status, exitCode);
+      Record(stage);
+      record_.reset();
+    }
     return status;
+  }
+
+  static void SayItEndedUnwatched(JobFile& stage) {
+    const Message reason = stage.RunMessage();
+    stage.SetRunError(stage.RunErrorCode(), reason.Empty()
+                                                ? Message(MessageId::kEndedUnwatched, stage.jobFile)
+                                                : Message(MessageId::kEndedUnwatchedWith, reason));
+  }
+
+  void NoteEnd(const JobFile& stage, std::optional<int> exitCode) {
+    const std::int32_t id = stage.process.ChildId();
+    if (id == 0) return;
+    Note(exitCode ? Message(MessageId::kProcessEnded, id, stage.jobFile, *exitCode)
+                  : Message(MessageId::kProcessEndedUnknown, id, stage.jobFile));
   }
 
   void TakeResultOf(const JobFile& stage) {
@@ -202,12 +272,29 @@ class JobRun {
     if (&stage != &job_) setup_.setStageStatus(stage, status);
   }
 
+  int IndexOf(const JobFile& stage) const {
+    if (&stage == &job_) return -1;
+    return static_cast<int>(std::find(stages_.begin(), stages_.end(), &stage) - stages_.begin());
+  }
+
+  void Note(const Message& message) {
+    if (context_.note) context_.note(message);
+  }
+
+  void Record(const JobFile& stage) {
+    if (setup_.recorded) setup_.recorded(stage, *record_);
+  }
+
   JobFile& job_;
   const JobRunSetup& setup_;
-  const JobRunContext& context_;
+  JobRunContext& context_;
+  FolderUse& use_;
   const RunScope scope_;
   std::vector<JobFile*> stages_;
   std::size_t first_ = 0;
+  std::optional<Earlier> earlier_;
+  bool mine_ = true;
+  std::optional<RunRecord> record_;  // of the process that runs
 };
 
 }  // namespace
@@ -230,11 +317,20 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;
   std::optional<JobRunContext> context = setup.begin();
   if (!context || job.abort) return JobStatus::kAborted;
-  context->started = [&](const JobFile& stage) {
-    use.NoteSolver(stage.Folder(), stage.process.ChildId());
-    if (context->note) {
-      context->note(Message(MessageId::kJobStarted, stage.jobFile, stage.process.ChildId()));
-    }
-  };
-  return JobRun(job, setup, *context).Run();
+  return JobRun(job, setup, *context, use).Run();
+}
+
+// Who else is in the folder does not keep us from watching what runs there anyway.
+JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& record) {
+  job.SetRunError(0, {});
+  job.SetMessageFile({});
+  FolderUse use(job.jobFile, record.token);
+  const FolderHolder holder = use.Take(setup.folders ? setup.folders() : RunFolders(job));
+  std::optional<JobRunContext> context = setup.begin();
+  if (!context) {
+    PTWrapperProcess unwanted;
+    if (unwanted.Open(record.process, record.token)) unwanted.TerminateAll();
+    return JobStatus::kAborted;
+  }
+  return JobRun(job, setup, *context, use).GoOn(record, holder.kind == FolderHolder::Kind::kNobody);
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "runs/PositioningLibrary.h"
+#include "runs/RunRecord.h"
 #include "solvers/JobSolver.h"
 
 // What a run needs beyond its job. The functions are called on the run's thread.
@@ -33,6 +34,10 @@ struct JobRunSetup {
 
   // Sets the status of one of the job's stages. Not called for a job without stages.
   std::function<void(JobFile& stage, JobStatus status)> setStageStatus;
+
+  // Writes down each run of a solver process: called when it has been started or taken over, and
+  // again when it is judged. `stage` is the job, or the stage of it that runs. May be null.
+  std::function<void(const JobFile& stage, const RunRecord& record)> recorded;
 
   // Positions the stages of forming jobs; null: nothing does.
   PositioningLibrary* positioning = nullptr;
@@ -56,5 +61,15 @@ std::vector<std::string> RunFolders(const JobFile& job);
 // exactly "HOT FORMING") does not start on a solver that is too old for hot forming, when the
 // positioning library cannot write, and when the first stage to run is not there.
 JobStatus RunJob(JobFile& job, const JobRunSetup& setup);
+
+// Goes on with a run that another copy of the program started and `record` tells of, at the stage
+// that it names, without a pause; `begin` shows the job as Running since record.started. While the
+// process runs it is watched and ended as in RunJob. When it has ended it is judged at once, by the
+// files of that run only, and the job's message, of a Finished one too, says that it ended while
+// Kestrun was not running. Later stages are run as ever.
+//
+// Where its exit code is not known the record has none, and the note says so. When `begin` gives
+// nothing, the process is ended.
+JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& record);
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
 #include "solvers/SolverKinds.h"
 #include "util/text/DateTimeWrapper.h"
@@ -23,6 +24,20 @@ JobStatus JobSolver::Run(JobFile& job, const JobRunContext& context) {
   job.SetRunError(0, {});
   job.SetMessageFile({});
   if (job.abort || !Start(job)) return JobStatus::kAborted;
+  return WatchAndJudge(job);
+}
+
+JobStatus JobSolver::GoOn(JobFile& job, const JobRunContext& context) {
+  const RunScope scope(job, context);
+  job.SetRunError(0, {});
+  job.SetMessageFile({});
+  if (job.abort) return JobStatus::kAborted;
+  if (!job.process.IsActive()) TakeBackMessageFiles(job);
+  return WatchAndJudge(job);
+}
+
+JobStatus JobSolver::WatchAndJudge(JobFile& job) {
+  Poll(job);
   while (job.process.IsActive()) {
     DateTimeWrapper::SleepMSec(static_cast<unsigned>(pollTime.count()));
     if (job.abort) return JobStatus::kAborted;

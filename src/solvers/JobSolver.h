@@ -21,13 +21,18 @@ class JobSolver {
   // Called after the process has ended: examines its output, tidies files; Finished or Aborted.
   virtual JobStatus Finish(JobFile& job) = 0;
 
-  // Called at every look at the process while it runs.
+  // Called when the process has been started and at every look at it while it runs: finds the
+  // message file.
   virtual void Poll(JobFile& job);
 
   // The whole run of one job, on the calling thread: Finished or Aborted. Returns Aborted within
   // about the poll time after job.abort was set, with the solver still running: the caller ends it.
   // Leaves the code and the reason in the job and the context.
   JobStatus Run(JobFile& job, const JobRunContext& context);
+
+  // The rest of a run that was started before, by another copy of the program: job.process has its
+  // process or, when that has ended, nothing, and job.folderBefore is what it was then.
+  JobStatus GoOn(JobFile& job, const JobRunContext& context);
 
   // The kind's, from its row of SolverKinds; texts in English.
   SolverKind solverType;
@@ -38,11 +43,14 @@ class JobSolver {
   std::string solverFilter;
   std::string defaultExecutable;
   std::string jobFileFilter;
-  int enabled = 1;  // 0: the solver mode leaves it out
+  int enabled = 1;                           // 0: the solver mode leaves it out
   std::chrono::milliseconds pollTime{1000};  // between two looks at the process
 
  protected:
   explicit JobSolver(SolverKind kind);
+
+ private:
+  JobStatus WatchAndJudge(JobFile& job);
 };
 
 // One driver for each kind, in their order.

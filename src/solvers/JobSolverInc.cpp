@@ -20,8 +20,7 @@ bool JobSolverInc::Start(JobFile& job) {
   if (job.run->settings.inc_token.empty()) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kNoToken));
   }
-  job.SetMessageFile(IncInfoFile(job.jobFile));
-  RemoveOldFile(job, job.MessageFile(), MessageId::kOldMessageFileStays);
+  RemoveOldFile(job, IncInfoFile(job.jobFile), MessageId::kOldMessageFileStays);
 
   std::string arguments;
   if (!job.BuildArguments(arguments)) return false;
@@ -29,7 +28,7 @@ bool JobSolverInc::Start(JobFile& job) {
   start.program = solver;
   start.commandLine = QuotedPath(solver) + ' ' + arguments;
   start.title = "ORLA-KR/INCSolver";
-  return StartProcess(job, start);
+  return StartProcess(job, start, {IncInfoFile(job.jobFile)});
 }
 
 JobStatus JobSolverInc::Finish(JobFile& job) {
@@ -44,4 +43,8 @@ JobStatus JobSolverInc::Finish(JobFile& job) {
     if (block.find("THE TOTAL TIME FOR") != std::string_view::npos) return JobStatus::kFinished;
   }
   return NotNormal(job, Message(MessageId::kNoTotalTime));
+}
+
+void JobSolverInc::Poll(JobFile& job) {
+  job.SetMessageFile(IncInfoFile(job.jobFile));
 }

@@ -11,6 +11,7 @@ class JobSolverInc : public JobSolver {
 
   bool Start(JobFile& job) override;
   JobStatus Finish(JobFile& job) override;
+  void Poll(JobFile& job) override;
 };
 
 #endif

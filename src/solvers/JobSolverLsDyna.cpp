@@ -55,7 +55,7 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   start.commandLine = QuotedPath(mpp ? MpiLauncher(job.run->settings) : solver) + ' ' + arguments;
   start.title = "ORLA-KR/LS-DYNA";
   start.variables = {{"LSTC_MEMORY", MemoryMode(*dyna)}};
-  return StartProcess(job, start);
+  return StartProcess(job, start, MessageAndKeptFiles(job));
 }
 
 JobStatus JobSolverLsDyna::Finish(JobFile& job) {

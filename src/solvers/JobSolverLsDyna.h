@@ -11,7 +11,6 @@ class JobSolverLsDyna : public JobSolver {
 
   bool Start(JobFile& job) override;
   JobStatus Finish(JobFile& job) override;
-  // Looks for the message file.
   void Poll(JobFile& job) override;
 };
 

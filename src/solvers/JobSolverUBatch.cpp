@@ -28,7 +28,7 @@ bool JobSolverUBatch::Start(JobFile& job) {
   start.commandLine = QuotedPath(solver) + " \"" + job.jobFile + '"';
   if (!job.extraOptions.empty()) start.commandLine += ' ' + job.extraOptions;
   start.title = "ORLA-KR/UTILITYBATCH";
-  return StartProcess(job, start);
+  return StartProcess(job, start, MessageAndKeptFiles(job));
 }
 
 JobStatus JobSolverUBatch::Finish(JobFile& job) {

@@ -21,8 +21,7 @@ bool JobSolverVorel::Start(JobFile& job) {
   const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
-  job.SetMessageFile(VorelOutFile(job.jobFile));
-  RemoveOldFile(job, job.MessageFile(), MessageId::kOldOutFileStays);
+  RemoveOldFile(job, VorelOutFile(job.jobFile), MessageId::kOldOutFileStays);
   RemoveOldFile(job, ResultFile(job), MessageId::kOldLinFileStays);
 
   std::string arguments;
@@ -31,7 +30,7 @@ bool JobSolverVorel::Start(JobFile& job) {
   start.program = solver;
   start.commandLine = QuotedPath(solver) + ' ' + arguments;
   start.title = "ORLA-KR/VOREL";
-  return StartProcess(job, start);
+  return StartProcess(job, start, {ResultFile(job)});
 }
 
 JobStatus JobSolverVorel::Finish(JobFile& job) {
@@ -43,4 +42,8 @@ JobStatus JobSolverVorel::Finish(JobFile& job) {
   const bool isLeft = isThere && !FileDirWrapper::IsSameFile(path, job.jobFile);
   return NotNormal(
       job, isLeft ? Message(MessageId::kOldOutput, path) : Message(MessageId::kNoResult, path));
+}
+
+void JobSolverVorel::Poll(JobFile& job) {
+  job.SetMessageFile(VorelOutFile(job.jobFile));
 }

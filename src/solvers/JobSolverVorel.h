@@ -11,6 +11,7 @@ class JobSolverVorel : public JobSolver {
 
   bool Start(JobFile& job) override;
   JobStatus Finish(JobFile& job) override;
+  void Poll(JobFile& job) override;
 };
 
 #endif

@@ -77,6 +77,10 @@ std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part
   return files;
 }
 
+bool IsKept(const std::string& file) {
+  return Lower(file).ends_with(kKept);
+}
+
 // What stands in front of the kind of file: "CASE1." of "CASE1.messag".
 std::string CaseOf(const std::string& file) {
   const std::string name = NameOf(file);
@@ -85,17 +89,23 @@ std::string CaseOf(const std::string& file) {
 
 }  // namespace
 
-std::vector<std::string> AllMessageFiles(const JobFile& job) {
+std::vector<std::string> MessageAndKeptFiles(const JobFile& job) {
   std::vector<std::string> files = FilesInFolder(job, "mes");
   std::erase_if(files, [](const std::string& file) {
     const std::string name = NameOf(file);
-    return (!Holds(name, "mes0") && !Holds(name, "messag")) || Lower(name).ends_with(kKept);
+    return !Holds(name, "mes0") && !Holds(name, "messag");
   });
   return files;
 }
 
 std::string KeptName(const std::string& messageFile) {
   return messageFile + std::string(kKept);
+}
+
+std::vector<std::string> AllMessageFiles(const JobFile& job) {
+  std::vector<std::string> files = MessageAndKeptFiles(job);
+  std::erase_if(files, IsKept);
+  return files;
 }
 
 std::vector<std::string> CaseMessageFiles(const JobFile& job) {
@@ -116,6 +126,15 @@ std::string FindMessageFile(const JobFile& job, const std::string& name) {
 void RemoveMessageFiles(const JobFile& job) {
   for (const std::string& file : AllMessageFiles(job))
     RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
+}
+
+void TakeBackMessageFiles(const JobFile& job) {
+  if (dynamic_cast<const JobFileDyna*>(&job) == nullptr) return;
+  for (const std::string& kept : MessageAndKeptFiles(job)) {
+    if (!IsKept(kept) || job.folderBefore.HoldsUnchanged(kept)) continue;
+    const std::string file = kept.substr(0, kept.size() - kKept.size());
+    if (!FileDirWrapper::FileExists(file)) std::rename(kept.c_str(), file.c_str());
+  }
 }
 
 void RemoveAdaptDumps(const JobFile& job) {

@@ -18,6 +18,9 @@ std::vector<std::string> CaseMessageFiles(const JobFile& job);
 // The same with what lay there before, and the files of all ranks.
 std::vector<std::string> AllMessageFiles(const JobFile& job);
 
+// The same with the kept copies.
+std::vector<std::string> MessageAndKeptFiles(const JobFile& job);
+
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 
@@ -26,6 +29,10 @@ void RemoveMessageFiles(const JobFile& job);
 
 // After a run. What cannot be removed is reported.
 void RemoveAdaptDumps(const JobFile& job);
+
+// Before a run is judged whose end nobody saw: gives the files of this run that were kept already
+// their own names again. Who judged it may have been cut off meanwhile.
+void TakeBackMessageFiles(const JobFile& job);
 
 // The name under which a message file is kept after its run: its own and ".krb".
 std::string KeptName(const std::string& messageFile);

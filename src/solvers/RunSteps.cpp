@@ -69,7 +69,7 @@ void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std
   Report(job, Message(stays, path));
 }
 
-bool StartProcess(JobFile& job, PTWrapperProcessStart start) {
+bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<std::string>& old) {
   const std::string& mainFile = job.jobFile.empty() ? job.restartFile : job.jobFile;
   start.folder = job.Folder();
   start.outputFile = mainFile + ".console.txt";
@@ -79,12 +79,12 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start) {
   if (!FileDirWrapper::IsFolder(start.folder)) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kFolderNotEntered, start.folder));
   }
-  job.folderBefore.Take(start.folder);
+  job.folderBefore.Take(old);
   if (!job.process.Create(start)) {
     return Fail(job, RunError::kNotStarted,
                 Message(MessageId::kNotStarted, job.process.LastError()));
   }
-  if (job.run->started) job.run->started(job);
+  if (job.run->started) job.run->started(job, start);
   return true;
 }
 

@@ -3,6 +3,7 @@
 #define KR_SOLVERS_RUNSTEPS_H
 
 #include <string>
+#include <vector>
 
 #include "jobs/JobFile.h"
 
@@ -51,8 +52,9 @@ bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted = f
 void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std::string> stays);
 
 // Ends what the job's process object still holds and starts the process in the job's folder, with a
-// console of its own. The driver says program, command line, title and variables.
-bool StartProcess(JobFile& job, PTWrapperProcessStart start);
+// console of its own. The driver says program, command line, title and variables, and which of the
+// files that it will judge the run by are there already.
+bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<std::string>& old);
 
 // "Job [..] did not end normally: " with the reason; leaves kNotNormal. The status to return.
 JobStatus NotNormal(JobFile& job, const Message& reason);

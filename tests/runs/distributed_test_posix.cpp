@@ -1,9 +1,11 @@
 // Runs through an MPI launcher.
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 
+#include "runs/FolderUse.h"
 #include "runs/JobRun.h"
 #include "support/SolverFixture.h"
 #include "util/process/ProcessTable_posix.h"
@@ -92,6 +94,37 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
   stopper.join();
   EXPECT_GE(ranks, 2);
   EXPECT_EQ(CountRanks("i=" + job->jobFile), 0);
+}
+
+TEST_F(DistributedTest, RanksThatOutliveTheirLauncherKeepTheFolder) {
+  const std::string wrapper =
+      folder_.Write("mpiexec", "#!/bin/sh\nsleep 30 & echo $! > rank\nkill -9 $$\n");
+  chmod(wrapper.c_str(), 0755);
+  const ScopedVariable path("PATH", PathAfter(folder_.Path()));
+  context_.settings.use_mpp = true;
+  context_.settings.mpi = 9;
+  const auto job = DynaJobWith("");
+  JobRunSetup setup;
+  setup.begin = [this] { return context_; };
+  setup.solverFor = [this](SolverKind kind) { return &Solver(kind); };
+  EXPECT_EQ(RunJob(*job, setup), JobStatus::kAborted);
+  const pid_t rank = std::stoi(TempFolder::Read(folder_ / "rank"));
+  FolderUse next("next.k");
+  const FolderHolder holder = next.Take({folder_.Path()});
+  EXPECT_EQ(holder.kind, FolderHolder::Kind::kSolver);
+  EXPECT_EQ(holder.processId, rank);
+  EXPECT_EQ(holder.job, job->jobFile);
+  kill(rank, SIGKILL);
+  EXPECT_TRUE(
+      WaitUntil([&] { return next.Take({folder_.Path()}).kind == FolderHolder::Kind::kNobody; }));
+}
+
+TEST_F(DistributedTest, RunsInAFolderWithABackslashInItsName) {
+  fs::create_directory(folder_ / "my\\job");
+  const auto job = DynaJob(folder_.Write("my\\job/a.k", Deck("")));
+  EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
+  EXPECT_EQ(job->MessageFile(), folder_ / "my\\job/messag.krb");
+  EXPECT_TRUE(Exists(folder_ / "my\\job/a.k.console.txt"));
 }
 
 TEST_F(DistributedTest, AMissingLauncherIsNamed) {

@@ -45,11 +45,13 @@ TEST(FolderUse, AnotherProgramIsRespectedAndOneThatDiedIsNot) {
 
 TEST(FolderUse, ASolverThatOutlivedItsProgramIsKnown) {
   const TempFolder folder;
-  const std::int32_t living = PTWrapperProcess().ProcessId();
+  PTWrapperProcess solver;
+  const std::int32_t living = solver.ProcessId();
+  ASSERT_TRUE(solver.Open(living));
   {
     FolderUse mine("mine.k");
     ASSERT_EQ(mine.Take({folder.Path()}).kind, Kind::kNobody);
-    mine.NoteSolver(folder.Path(), living);
+    mine.NoteSolver(folder.Path(), solver);
     std::filesystem::copy_file(folder / ".kr_running.txt", folder / "copy");
   }
   FolderUse next("next.k");

@@ -15,7 +15,10 @@ class OldOutput : public SolverTest {
   JobStatus Ended(JobFile& job, Write write) {
     const RunScope scope(job, context_);
     job.SetMessageFile(messageFile_);
-    job.folderBefore.Take(job.Folder());
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    FileDirWrapper::ListDir(job.Folder(), files, folders, false);
+    job.folderBefore.Take(files);
     write();
     return Solver(job.GetSolverType()).Finish(job);
   }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -11,10 +12,20 @@ namespace {
 
 TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
   const TempFolder folder;
-  for (const char* name : {"kept", "longer", "again", "replaced", "gone"})
-    folder.Write(name, "old");
+  const std::string odd = "k e%p\xc3\xa4";
+  std::vector<std::string> files = {folder / "never"};
+  for (const std::string& name : {odd, std::string("longer"), std::string("again"),
+                                  std::string("replaced"), std::string("gone")}) {
+    files.push_back(folder.Write(name, "old"));
+  }
+  FolderSnapshot taken;
+  taken.Take(files);
+  const std::string text = taken.Text();
+  EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char c) {
+    return c == '\n' || (c >= ' ' && c < 0x7f);
+  })) << text;
   FolderSnapshot before;
-  before.Take(folder.Path());
+  EXPECT_TRUE(before.Read(text));
   std::ofstream(folder / "longer", std::ios::app) << "er";
   std::ofstream(folder / "again") << "new";
   std::filesystem::last_write_time(
@@ -24,12 +35,17 @@ TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
   std::filesystem::last_write_time(folder / "other", written);
   std::filesystem::rename(folder / "other", folder / "replaced");
   std::filesystem::remove(folder / "gone");
-  EXPECT_TRUE(before.HoldsUnchanged(folder / "kept"));
-  for (const char* name : {"longer", "again", "replaced", "gone", "never"}) {
-    EXPECT_FALSE(before.HoldsUnchanged(folder / name)) << name;
+  folder.Write("never", "new");
+  for (const FolderSnapshot* snapshot : {&taken, &before}) {
+    EXPECT_TRUE(snapshot->HoldsUnchanged(folder / odd));
+    for (const char* name : {"longer", "again", "replaced", "gone", "never"}) {
+      EXPECT_FALSE(snapshot->HoldsUnchanged(folder / name)) << name;
+    }
   }
-  before.Take(folder / "none");
-  EXPECT_FALSE(before.HoldsUnchanged(folder / "kept"));
+  for (const char* torn : {"a", "a 1 2", "%4 1 2 3", "%zz 1 2 3", "a b c d"}) {
+    EXPECT_FALSE(before.Read(torn)) << torn;
+    EXPECT_FALSE(before.HoldsUnchanged(folder / odd));
+  }
 }
 
 }  // namespace

@@ -10,9 +10,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <regex>
 #include <string>
 
+#include "util/process/ProcessTable_posix.h"
 #include "window/ProgramFixture.h"
 
 namespace {
@@ -87,6 +89,46 @@ TEST_F(ProgramTest, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
   EXPECT_EQ(WaitExit(copy), 1);
   EXPECT_FALSE(SolverRuns("long.k")) << "the solver still runs";
   EXPECT_EQ(Groups(), "Group1=\nGroup2=\n");
+}
+
+// Its second stage runs, has started a process in a session of its own, and obeys no signal.
+TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
+  const auto quit = [this](const Copy&) {
+    Key("ctrl+q");
+    Answer("KestrunMessage", "Return");
+  };
+  const struct {
+    const char* name;
+    const char* options;
+    std::function<void(const Copy& copy)> end;
+  } ways[] = {
+      {"term", "", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
+      {"int", "", [](const Copy& copy) { kill(copy.pid, SIGINT); }},
+      {"script", "--quit-when-done ", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
+      {"quit", "", quit},
+      {"display", "", [this](const Copy&) { Command("xdotool windowkill " + main_); }},
+  };
+  for (const auto& way : ways) {
+    const std::string name = way.name;
+    Deck(name);
+    scratch_.Write(name + "/one.k", "*KEYWORD\n*END\n");
+    const std::string deck =
+        scratch_.Write(name + "/main.k", "$ RUNFIRST: 1\n*KEYWORD\n*INCLUDE\none.k\n*INCLUDE\n" +
+                                             name + ".k\n*END\n");
+    scratch_.Write(name + "/" + name + ".k",
+                   "*KEYWORD\n$ standin: run 60\n$ standin: child\n$ standin: ignore-term\n*END\n");
+    const Copy copy = Start(std::string("--submit ") + way.options + deck);
+    const std::string file = scratch_ / (name + "/standin_child.pid");
+    ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(file).ends_with("\n"); }, kRun)) << name;
+    const pid_t left = std::stoi(TempFolder::Read(file));
+    EXPECT_EQ(kill(left, 0), 0);
+    EXPECT_TRUE(SolverRuns(name + ".k"));
+    way.end(copy);
+    EXPECT_GE(WaitExit(copy), 0) << name;
+    EXPECT_FALSE(SolverRuns(name + ".k")) << name;
+    const auto child = ReadProcess(left);
+    EXPECT_FALSE(child && child->IsAlive()) << name;
+  }
 }
 
 TEST_F(ProgramTest, JobsThatCannotBeHandedOverAreTold) {

@@ -1,26 +1,32 @@
-// What lay in a folder at one moment, to tell later which files have been written since.
+// What files were like at one moment, to tell later which of them have been written since.
 #ifndef KR_UTIL_FILES_FOLDERSNAPSHOT_H
 #define KR_UTIL_FILES_FOLDERSNAPSHOT_H
 
 #include <cstdint>
 #include <map>
 #include <string>
-#include <utility>
+#include <vector>
 
 // Identity, size and time of writing of each file. One thread at a time.
 class FolderSnapshot {
  public:
-  // The files that lie in the folder itself. Replaces what was taken before; a folder that cannot
-  // be read has none.
-  void Take(const std::string& folder);
+  // Those of the files that are there. Replaces what was taken before.
+  void Take(const std::vector<std::string>& files);
 
-  // Whether the file was there and is still the same: nobody has written it since. A path in the
-  // folder, as FileDirWrapper::ListDir and Join give it.
+  // Whether the file was there and is still the same: nobody has written it since. A path as it was
+  // given to Take.
   bool HoldsUnchanged(const std::string& path) const;
 
+  // The same as text: a line of ASCII for each file; empty for none. A snapshot that was read tells
+  // the same, in another process and after a restart of the machine too.
+  std::string Text() const;
+  // Replaces what was taken before. False for what Text() did not write; nothing is held then.
+  bool Read(const std::string& text);
+
  private:
+  // Without the number of its file system, which a start of the machine may change.
   struct State {
-    std::pair<std::uint64_t, std::uint64_t> id;
+    std::uint64_t id = 0;
     std::uint64_t size = 0;
     std::int64_t written = 0;
     friend bool operator==(const State&, const State&) = default;
