@@ -9,6 +9,7 @@
 #include "runs/FolderUse.h"
 #include "support/ChildProcesses_posix.h"
 #include "support/TempFolder.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 
@@ -23,7 +24,9 @@ class FolderOfTwoUsers : public testing::Test, protected ChildProcesses {
       umask(077);
       FolderUse use("theirs.k");
       if (!Become(user) || use.Take({folder_.Path()}).kind != Kind::kNobody) return 1;
-      use.NoteSolver(folder_.Path(), getpid());
+      PTWrapperProcess solver;
+      if (!solver.Open(getpid())) return 1;
+      use.NoteSolver(folder_.Path(), solver);
       std::filesystem::create_directory(mark);
       pause();
       return 0;
