@@ -18,8 +18,9 @@
 #include "util/signals/Mutex.h"
 
 // Which program runs a job; solvers/SolverKinds.h tells them apart. The numbers are the indices of
-// Settings::solver_path.
+// Settings::solver_path and stand in the record: a new kind comes last.
 enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
+inline constexpr SolverKind kLastSolverKind = SolverKind::kInc;
 
 class JobFile;
 

@@ -143,8 +143,7 @@ bool Take(const Json& json, JobStatus& status) {
 
 bool Take(const Json& json, SolverKind& kind) {
   int number = 0;
-  if (!Take(json, number) || number < 0 || number > static_cast<int>(SolverKind::kInc))
-    return false;
+  if (!Take(json, number) || number < 0 || number > static_cast<int>(kLastSolverKind)) return false;
   kind = static_cast<SolverKind>(number);
   return true;
 }

@@ -34,21 +34,12 @@ TEST(SolverKinds, ARowBelongsToItsKindAlone) {
   EXPECT_EQ(SolverKindOfFile("/a.dat/b"), SolverKind::kLsDynaSingle);
 }
 
-TEST(SolverKinds, DriversStandInTheOrderOfTheKindsAndSayWhatTheirRowsSay) {
+TEST(SolverKinds, DriversStandInTheOrderOfTheKinds) {
   const auto drivers = MakeSolvers();
-  ASSERT_EQ(drivers.size(), SolverKinds().size());
+  ASSERT_EQ(drivers.size(), static_cast<std::size_t>(kLastSolverKind) + 1);
   for (std::size_t i = 0; i < drivers.size(); ++i) {
     EXPECT_EQ(drivers[i]->solverType, static_cast<SolverKind>(i));
-    EXPECT_EQ(drivers[i]->enabled, 1);
   }
-  const JobSolver& inc = *drivers[static_cast<std::size_t>(SolverKind::kInc)];
-  EXPECT_EQ(inc.displayName, "INCSolver");
-  EXPECT_EQ(inc.selectSolverTitle, "Select INCSolver");
-  EXPECT_EQ(inc.selectSolverTitle2, inc.selectSolverTitle);
-  EXPECT_EQ(inc.selectJobFileTitle, "Select FIN File (INC)");
-  EXPECT_EQ(inc.solverFilter, "INCSolver (*.exe)|*.exe|");
-  EXPECT_EQ(inc.defaultExecutable, "KVIN_SC.EXE");
-  EXPECT_EQ(inc.jobFileFilter, "Fin File (*.fin)|*.fin|All Files (*.*)|*|");
 }
 
 }  // namespace
