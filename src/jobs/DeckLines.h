@@ -12,7 +12,8 @@
 #include "util/files/InputFile.h"
 
 // Lines come without their end (LF or CRLF) and cut to kLongestLine bytes; a byte order mark in
-// front of the first is passed over. A line is valid until the next call. Memory is bounded whatever the file holds. One thread at a time.
+// front of the first is passed over. A line is valid until the next call. Memory is bounded
+// whatever the file holds. One thread at a time.
 class DeckLines {
  public:
   static constexpr std::size_t kLongestLine = 4096;

@@ -230,48 +230,24 @@ class DeckScanner {
   bool insideCase_ = false;
 };
 
-enum class Outcome { kRead, kFailed, kEnded };
-
-Outcome ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts& facts) {
+bool ReadDeck(const std::string& path, const DeckScanHooks& hooks, DeckFacts& facts) {
   if (!FileDirWrapper::FileExists(path)) {
     if (hooks.report) hooks.report(Message(MessageId::kFileMissing, path));
-    return Outcome::kFailed;
+    return false;
   }
   DeckLines reader;
   reader.SetProgress(hooks.progress);
   bool readable = reader.Open(path);
   if (readable) {
     DeckScanner(reader, facts).ScanAll();
-    if (reader.Stopped()) return Outcome::kEnded;
+    if (reader.Stopped()) return false;
     readable = !reader.Failed();
   }
   if (!readable && hooks.report) hooks.report(Message(MessageId::kFileUnreadable, path));
   if (readable && facts.moreIncludes > 0 && hooks.report) {
     hooks.report(Message(MessageId::kDeckIncludesCut, path, kMostIncludes, facts.moreIncludes));
   }
-  return readable ? Outcome::kRead : Outcome::kFailed;
-}
-
-// A deck's facts, empty for a deck that could not be read, and those of the stages.
-struct JobFacts {
-  JobFileDyna* job = nullptr;
-  std::optional<DeckFacts> deck;
-  std::vector<JobFacts> stages;
-};
-
-Outcome ReadJob(JobFileDyna& job, const DeckScanHooks& hooks, JobFacts& facts) {
-  facts.job = &job;
-  const Outcome outcome = ReadDeck(job.jobFile, hooks, facts.deck.emplace());
-  if (outcome == Outcome::kFailed) facts.deck.reset();
-  if (outcome == Outcome::kEnded) return outcome;
-  for (const std::shared_ptr<JobFile>& stage : job.stages) {
-    auto* const dyna = dynamic_cast<JobFileDyna*>(stage.get());
-    if (dyna == nullptr) continue;
-    if (ReadJob(*dyna, hooks, facts.stages.emplace_back()) == Outcome::kEnded) {
-      return Outcome::kEnded;
-    }
-  }
-  return outcome;
+  return readable;
 }
 
 void ApplyDeck(JobFileDyna& job, const DeckFacts& deck) {
@@ -289,31 +265,16 @@ void ApplyDeck(JobFileDyna& job, const DeckFacts& deck) {
   job.includes = deck.includes;
 }
 
-void Apply(const JobFacts& facts) {
-  JobFileDyna& job = *facts.job;
-  if (facts.deck) ApplyDeck(job, *facts.deck);
-  for (const JobFacts& stage : facts.stages) {
-    stage.job->useSFile = job.useSFile;
-    stage.job->caseRun = job.caseRun;
-    Apply(stage);
-  }
-}
-
 }  // namespace
 
 bool ScanDeck(JobFileDyna& job, const DeckScanHooks& hooks) {
-  JobFacts facts;
-  if (ReadJob(job, hooks, facts) != Outcome::kRead) return false;
-  Apply(facts);
+  DeckFacts facts;
+  if (!ReadDeck(job.jobFile, hooks, facts)) return false;
+  ApplyDeck(job, facts);
   return true;
 }
 
 void ApplyDeckMemory(JobFileDyna& job, const Settings& settings) {
   const bool deckHasSay = settings.memory_auto && job.deckMemory != 0;
   job.memory = deckHasSay ? job.deckMemory : settings.memory_size;
-  for (const std::shared_ptr<JobFile>& stage : job.stages) {
-    if (auto* const dyna = dynamic_cast<JobFileDyna*>(stage.get())) {
-      ApplyDeckMemory(*dyna, settings);
-    }
-  }
 }

@@ -15,18 +15,17 @@ struct DeckScanHooks {
 };
 
 // Scans job.jobFile and fills the job's deck fields, its solver type (when the deck recommends one)
-// and first stage; sets caseRun when the deck has cases; then passes useSFile and caseRun to the
-// stages and scans them.
+// and first stage; sets caseRun when the deck has cases. Stages are jobs whose decks are scanned on
+// their own.
 // False, with the job unchanged, when the deck cannot be read ("File [%s] does not exist", "Read
 // file [%s] failed") or the scan was ended. Reads in small pieces: a deck of any size needs little
 // memory. Any thread that owns the job.
 //
-// The deck's memory goes to deckMemory only: see ApplyDeckMemory. A stage whose deck cannot be read
-// is reported and keeps its fields; that does not fail the scan.
+// The deck's memory goes to deckMemory only: see ApplyDeckMemory.
 bool ScanDeck(JobFileDyna& job, const DeckScanHooks& hooks);
 
-// Sets the memory of a scanned job and of its stages: the deck's own value when the settings ask
-// for it (memory_auto) and the deck has one, else memory_size.
+// Sets the memory of a scanned job: the deck's own value when the settings ask for it (memory_auto)
+// and the deck has one, else memory_size.
 void ApplyDeckMemory(JobFileDyna& job, const Settings& settings);
 
 #endif

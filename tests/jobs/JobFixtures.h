@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,8 +25,8 @@ class DeckTest : public testing::Test {
   }
 
   bool Scan(JobFileDyna& job) {
-    return ScanDeck(
-        job, {[this](const Message& message) { log_.push_back(message.English()); }, progress_});
+    return ScanDeck(job,
+                    {[this](const Message& message) { log_.push_back(message.English()); }, {}});
   }
 
   // A job with the deck's text scanned.
@@ -41,7 +40,6 @@ class DeckTest : public testing::Test {
   TempFolder temporary_;
   const std::filesystem::path folder_ = temporary_.Path();
   std::vector<std::string> log_;
-  std::function<bool(std::uint64_t, std::uint64_t)> progress_;
 };
 
 #endif

@@ -143,30 +143,6 @@ TEST_F(DeckTest, LeavesTheJobWhenTheDeckCannotBeRead) {
                    "Read file [" + folder_.string() + "] failed"}));
 }
 
-TEST_F(DeckTest, ScansStagesAndHandsFlagsDown) {
-  const auto job = Job(Write("main.k", "*CASE\n"));
-  job->useSFile = true;
-  std::shared_ptr<JobFileDyna> stage = Job(Write("stage.k", "*KEYWORD 9M\n$RCMD-SOLVER:DOUBLE\n"));
-  std::shared_ptr<JobFileDyna> inner = Job(Write("inner.k", "$SIMULATION: HOT FORMING\n"));
-  std::shared_ptr<JobFileDyna> lost = Job((folder_ / "lost.k").string());
-  stage->stages = {inner};
-  job->stages = {stage, lost};
-  EXPECT_TRUE(Scan(*job));
-  EXPECT_TRUE(stage->useSFile && stage->caseRun && inner->useSFile && inner->caseRun);
-  EXPECT_TRUE(lost->caseRun);
-  EXPECT_EQ(stage->deckMemory, 9u);
-  EXPECT_EQ(stage->solverType, SolverKind::kLsDynaDouble);
-  EXPECT_EQ(inner->simulationType, "HOT FORMING");
-  EXPECT_EQ(log_, Names{"File [" + lost->jobFile + "] does not exist"});
-
-  ApplyDeckMemory(*job, settings_);
-  EXPECT_EQ(job->memory, 500u);
-  EXPECT_EQ(stage->memory, 9u);
-  settings_.memory_auto = false;
-  ApplyDeckMemory(*job, settings_);
-  EXPECT_EQ(stage->memory, 500u);
-}
-
 TEST_F(DeckTest, AScanAgainForgetsTheOldDeck) {
   const auto job = Scanned("*KEYWORD_ID 9M\nname\n*INCLUDE\na.k\n$ CALC-METHOD: IMPLICIT\n");
   Write("deck.k", "*KEYWORD\n*INCLUDE\nb.k\n");
