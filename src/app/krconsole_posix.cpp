@@ -56,6 +56,7 @@ int Run(const ConsoleRequest& request, pid_t& pid) {
   ChildStart start;
   start.folder = request.folder;
   start.program = request.program;
+  start.folder = request.folder;
   start.args = request.args;
   start.environment = request.environment;
   start.ownSession = false;

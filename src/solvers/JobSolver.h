@@ -34,7 +34,8 @@ class JobSolver {
   // process or, when that has ended, nothing, and job.folderBefore is what it was then.
   JobStatus GoOn(JobFile& job, const JobRunContext& context);
 
-  // The kind's, from its row of SolverKinds; texts in English.
+  // The kind's, from its row of SolverKinds; texts in English. The program reads the row, which has
+  // both languages, for the choosers: the titles and filters here are for who knows drivers alone.
   SolverKind solverType;
   std::string displayName;
   std::string selectSolverTitle;

@@ -21,9 +21,9 @@ constexpr int kWidth = 340;
 constexpr int kProgressHeight = 8;
 
 // Stays open whatever keys are pressed.
-class StopWindow : public ModalWindow {
+class StoppingWindow : public ModalWindow {
  public:
-  StopWindow(const std::string& title, const std::string& text, int height)
+  StoppingWindow(const std::string& title, const std::string& text, int height)
       : ModalWindow(kWidth, height) {
     copy_label(title.c_str());
     xclass("KestrunMessage");
@@ -53,7 +53,7 @@ bool WaitWhileStopping(Fl_Window* parent, const std::string& title, const std::s
   if (!running()) return true;
   constexpr int kHeight =
       2 * Layout::kBoxPadding + Layout::kFieldHeight + Layout::kGap + kProgressHeight;
-  StopWindow window(title, text, kHeight);
+  StoppingWindow window(title, text, kHeight);
   window.Open(parent, nullptr);
   const Clock::time_point begin = Clock::now();
   while (running() && Clock::now() - begin < kLongest) {
