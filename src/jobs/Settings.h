@@ -57,6 +57,8 @@ struct Settings {
 
   // The host file: a name padded with blanks to 20 characters, then the CPU count.
   std::vector<std::string> host_lines = {"node1               4", "node2               4"};
+
+  bool operator==(const Settings&) const = default;
 };
 
 #endif

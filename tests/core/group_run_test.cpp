@@ -160,11 +160,12 @@ TEST_F(GroupRun, FollowsItsJobThroughReordering) {
   EXPECT_FALSE(std::filesystem::exists(home_ / "second/messag.krb"));
 }
 
-TEST_F(GroupRun, GroupsRunAtTheSameTimeEachInItsOwnFolder) {
+TEST_F(GroupRun, GroupsRunAtTheSameTimeEachWithItsFolderAndVariables) {
   manager_->AddGroup("Group2");
   std::vector<std::shared_ptr<JobFileDyna>> jobs;
   for (int i = 0; i < 6; ++i) {
     jobs.push_back(Job("job" + std::to_string(i), "run 0.5\n$ standin: echo"));
+    if (i < 3) jobs.back()->calculationMethod = "IMPLICIT DYNAMIC";
     Group(i % 2)->AddJob(jobs.back());
   }
   ASSERT_TRUE(Group(0)->Submit());
@@ -177,6 +178,8 @@ TEST_F(GroupRun, GroupsRunAtTheSameTimeEachInItsOwnFolder) {
     EXPECT_EQ(job->status, JobStatus::kFinished);
     const std::string echo = TempFolder::Read(job->Folder() + "/standin_echo.txt");
     EXPECT_NE(echo.find(FileDirWrapper::ShortPath(job->jobFile)), std::string::npos);
+    EXPECT_NE(echo.find("cwd=" + job->Folder()), std::string::npos);
+    EXPECT_EQ(echo.find("LSTC_MEMORY=auto") == std::string::npos, job->calculationMethod != "");
   }
 }
 

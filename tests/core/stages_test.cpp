@@ -142,20 +142,6 @@ TEST_F(Stages, TheRequestToStopGoesToTheStageThatRuns) {
   EXPECT_FALSE(std::filesystem::exists(home_ / "main/d3kil"));
 }
 
-TEST_F(Stages, ARemovedJobLosesTheSolverOfItsStage) {
-  const auto removed = JobWith({"hang", ""});
-  Group()->AddJob(removed);
-  Group()->AddJob(Job("next"));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitUntil([&] { return HasMessages(*removed->stages[0]); }));
-  ASSERT_TRUE(Group()->RemoveJob(removed->id));
-  ASSERT_TRUE(WaitForEnd(*Group()));
-  EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
-  EXPECT_FALSE(removed->stages[0]->process.IsActive());
-  EXPECT_EQ(removed->stages[1]->status, JobStatus::kQueued);
-  EXPECT_EQ(StageNotes(*removed), (std::vector<std::string>{"0 1", "0 2"}));
-}
-
 TEST_F(Stages, ADeckThatNamesStagesBecomesAJobWithThem) {
   const std::string one = home_.Write(
       "one.k", "*KEYWORD 800M\n$ SIMULATION: HOT FORMING\n$ RCMD-SOLVER: DOUBLE\n*END\n");

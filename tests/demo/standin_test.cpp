@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "d3plot/ptkPostD3plotManager.h"
-#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
-#include "support/WaitUntil.h"
 #include "util/process/PTWrapper.h"
 
 namespace {
@@ -53,26 +51,6 @@ class Standin : public testing::Test {
   const TempFolder folder_;
 };
 
-TEST_F(Standin, EndsNormallyAndTellsWhatItReceived) {
-  WriteDeck(
-      "$ standin: echo\n$ standin: warnings 25 20006\n$standin: Warnings 1 60004\n"
-      "$ standin: frobnicate 3\n");
-  const ScopedVariable memory("LSTC_MEMORY", "auto");
-  EXPECT_EQ(Run("I=deck.k memory=250m ncpu=4 CASE \"two words\" foo=bar"), 0);
-  const std::string message = Read("messag");
-  EXPECT_EQ(CountOf(message, kNormal), 2);
-  EXPECT_TRUE(Says("computes nothing"));
-  EXPECT_TRUE(Says(" Total CPU time     =         0 seconds (   0 hours  0 minutes"));
-  EXPECT_EQ(CountOf(message, " *** Warning 20006 (STR+6)\n     "), 25);
-  EXPECT_EQ(CountOf(message, "\n\n *** Warning 60004 (IMP+4)\n     "), 1);
-  EXPECT_TRUE(Says("not understood: frobnicate 3"));
-  EXPECT_EQ(Read("standin_echo.txt"),
-            "I=deck.k\nmemory=250m\nncpu=4\nCASE\ntwo words\nfoo=bar\n"
-            "cwd=" +
-                folder_.Path() + "\nLSTC_MEMORY=auto\n");
-  EXPECT_TRUE(Exists("d3dump01"));
-}
-
 TEST_F(Standin, RefusesWhatCannotBeRun) {
   folder_.Write("empty.k", "");
   folder_.Write("binary.k", std::string("\0\xff*\n*\r*NODE\n,,,,,,,,,,,,\n", 24));
@@ -87,22 +65,6 @@ TEST_F(Standin, RefusesWhatCannotBeRun) {
     EXPECT_EQ(Run(arguments), 1) << arguments;
     EXPECT_TRUE(Says("\n *** Error 10") && Says(kError) && !Says(kNormal)) << arguments;
   }
-}
-
-TEST_F(Standin, GrowsWhileItRunsAndObeysTheSenseSwitch) {
-  WriteDeck("$ standin: run 60\n");
-  PTWrapperProcess process;
-  ASSERT_TRUE(Start(process, "i=deck.k"));
-  ASSERT_TRUE(WaitUntil([&] { return CountOf(Read("messag"), " t ") >= 3; }));
-  folder_.Write("d3kil", "sw3\n");
-  ASSERT_TRUE(WaitUntil([&] { return !Exists("d3kil"); }));
-  EXPECT_TRUE(Exists("d3dump01"));
-  EXPECT_TRUE(process.IsActive());
-  folder_.Write("d3kil", "sw1");
-  process.WaitProc();
-  EXPECT_EQ(process.ExitCode(), 0);
-  EXPECT_TRUE(Exists("d3dump02"));
-  EXPECT_TRUE(Says("*** termination by sense switch") && Says(kNormal));
 }
 
 // Every way to write a card that a deck may use, and an element of each kind.

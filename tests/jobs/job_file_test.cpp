@@ -4,10 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "jobs/JobArguments.h"
 #include "jobs/JobFile.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/StrWrapper.h"
 
 namespace {
 
@@ -26,25 +24,6 @@ TEST(JobFile, KnowsItsFolder) {
   const std::string root = here.substr(0, here.find(FileDirWrapper::kSeparator) + 1);
   job.jobFile = root + "part.dat";
   EXPECT_EQ(job.Folder(), root);
-}
-
-TEST(JobFile, ResetMakesItNewWithItsStages) {
-  JobFileDyna job{Settings()};
-  auto stage = std::make_shared<JobFileDyna>(Settings());
-  job.stages.push_back(stage);
-  for (JobFile* each : {static_cast<JobFile*>(&job), static_cast<JobFile*>(stage.get())}) {
-    each->status = JobStatus::kAborted;
-    each->abort = true;
-    each->SetMessageFile("messag");
-    each->SetRunError(2, Message(MessageId::kNoJobFile));
-  }
-  job.ResetForRun();
-  for (const JobFile* each : {static_cast<JobFile*>(&job), static_cast<JobFile*>(stage.get())}) {
-    EXPECT_EQ(each->status, JobStatus::kQueued);
-    EXPECT_FALSE(each->abort);
-    EXPECT_EQ(each->MessageFile() + each->RunMessage().English(), "");
-    EXPECT_EQ(each->RunErrorCode(), 0);
-  }
 }
 
 class Arguments : public testing::Test {
@@ -107,18 +86,6 @@ TEST_F(Arguments, FollowTheSwitches) {
   EXPECT_EQ(Built(), "i=/d/a.k s=\"inter face\" d=nodump CASE jobid=7 x");
 }
 
-TEST_F(Arguments, QuotedPathsComeBack) {
-  job_.jobFile = "/my dir/a b\\c.k";
-  job_.restartFile = "/my\tdir/d3dump";
-  std::vector<std::string> words;
-  StrWrapperTxt::SplitCommandLine("solver " + Built(), words);
-  EXPECT_EQ(words,
-            (std::vector<std::string>{"solver", "r=" + job_.restartFile, "i=" + job_.jobFile}));
-  EXPECT_TRUE(FitsCommandLine("/dir/a.k\\"));
-  EXPECT_FALSE(FitsCommandLine("/my dir/a.k\\"));
-  EXPECT_FALSE(FitsCommandLine("/d/a\".k"));
-}
-
 TEST_F(Arguments, OfADistributedRun) {
   UseMpp(0);
   settings_.cpu_count = 8;
@@ -157,29 +124,6 @@ TEST_F(Arguments, FollowTheGroupsHosts) {
   }
   settings_.host_lines = {"A\t2\r", "   ", "noCount"};
   EXPECT_EQ(Built(), "-hosts 1 A 2 /s/mpp i=/d/a.k");
-}
-
-TEST_F(Arguments, OfTheOtherSolvers) {
-  std::string text;
-  JobFileVorel vorel(settings_);
-  vorel.jobFile = "/my dir/part.v2.dat";
-  EXPECT_TRUE(vorel.BuildArguments(text));
-  EXPECT_EQ(text, "\"/my dir/part.v2\"");
-  vorel.memory = 512;
-  vorel.extraOptions = "-q";
-  EXPECT_TRUE(vorel.BuildArguments(text));
-  EXPECT_EQ(text, "\"/my dir/part.v2\" 512000 -q");
-
-  JobFileInc inc(settings_);
-  inc.run = &context_;
-  inc.jobFile = "/dir.d/part";
-  settings_.SolverPath(SolverKind::kInc) = "/s p/KVIN_SC.EXE";
-  EXPECT_FALSE(inc.BuildArguments(text)) << "no token";
-  settings_.inc_token = "token.0";
-  EXPECT_TRUE(inc.BuildArguments(text));
-#ifndef _WIN32
-  EXPECT_EQ(text, " token.0 \"/s p\" /dir.d/part");
-#endif
 }
 
 }  // namespace

@@ -13,12 +13,6 @@
 
 namespace {
 
-std::string WithReturns(const std::string& text) {
-  std::string out;
-  for (const char c : text) out += c == '\n' ? std::string("\r\n") : std::string(1, c);
-  return out;
-}
-
 TEST(MessageProgressTest, ExplicitRun) {
   const std::string file =
       " Command line options: i=/far/away/Deck.k\n                       memory=20m\n\n"

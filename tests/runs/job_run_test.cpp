@@ -271,26 +271,6 @@ TEST_F(JobRunTest, JobsTakeTurnsAtTheLibraryAndAWaitingOneCanBeAborted) {
 // where programs start slowly.
 class JobRunVersionTest : public JobRunTest {};
 
-TEST_F(JobRunVersionTest, ReadsBothFormsOfTheSolversReport) {
-  const std::string solver = OwnSolver();
-  const struct {
-    const char* words;
-    int major;
-    int revision;
-  } cases[] = {
-      {"R6.1.2 85139 old", 6, 85139}, {"R7.0.0 79069 new", 7, 79069}, {"R13.1.1 138 new", 13, 138}};
-  for (const auto& c : cases) {
-    const ScopedVariable version("STANDIN_VERSION", c.words);
-    int major = 0;
-    int revision = 0;
-    EXPECT_TRUE(ReadSolverVersion(solver, major, revision)) << c.words;
-    EXPECT_EQ(major, c.major);
-    EXPECT_EQ(revision, c.revision);
-  }
-  int number = 0;
-  EXPECT_FALSE(ReadSolverVersion(solver + ".missing", number, number));
-}
-
 TEST_F(JobRunVersionTest, HotFormingNeedsANewSolver) {
   const struct {
     const char* version;

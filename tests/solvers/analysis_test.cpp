@@ -22,12 +22,6 @@ std::string Error(int number, const std::string& text) {
   return " *** Error " + std::to_string(number) + " (KEY+305)\n     " + text + "\n\n";
 }
 
-std::string WithCrLf(const std::string& text) {
-  std::string result;
-  for (const char c : text) result += c == '\n' ? std::string("\r\n") : std::string(1, c);
-  return result;
-}
-
 // The lines behind a title, up to the next rule.
 Lines ListBehind(const Lines& lines, const std::string& title) {
   auto from = std::find(lines.begin(), lines.end(), title);
@@ -58,7 +52,7 @@ TEST_F(MessageAnalysis, TheWholeReport) {
       "     negative volume\n\n"
       " *** termination time reached ***\n"
       " Total CPU time     =         2 seconds (   0 hours  0 minutes  2 seconds)\n";
-  for (const std::string& variant : {text, WithCrLf(text), text.substr(0, text.size() - 1)}) {
+  for (const std::string& variant : {text, WithReturns(text), text.substr(0, text.size() - 1)}) {
     const AnalysisReport report = Analyse(variant);
     const Lines expected = {kRule63,
                             "File Name : " + folder / "messag",

@@ -16,12 +16,6 @@ const std::string kNodes[] = {"       1      1.00000000      2.00000000      3.0
                               "12345678      1.00000000      2.00000000      3.00000000"};
 const std::string kConstraints = "       7       7";
 
-std::string WithCrLf(const std::string& text) {
-  std::string result;
-  for (const char c : text) result += c == '\n' ? std::string("\r\n") : std::string(1, c);
-  return result;
-}
-
 class PreparationTest : public testing::Test {
  protected:
   // What becomes of a deck with a result beside it; the deck itself is "deck.k".
@@ -72,7 +66,7 @@ TEST_F(PreparationTest, TakesOutWhatTheResultBrings) {
   EXPECT_EQ(TempFolder::Read(folder_ / "deck.k"), expected);
   EXPECT_EQ(TempFolder::Read(folder_ / "deck.k.bak"), deck);
 
-  EXPECT_EQ(Prepared(WithCrLf(deck), WithCrLf(result)), WithCrLf(expected));
+  EXPECT_EQ(Prepared(WithReturns(deck), WithReturns(result)), WithReturns(expected));
   EXPECT_TRUE(log_.empty());
 }
 

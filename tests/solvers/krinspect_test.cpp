@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "d3plot/D3plotImage.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -119,14 +120,13 @@ TEST_F(Inspect, RunningAndEndedRuns) {
 }
 
 TEST_F(Inspect, ResultDatabases) {
-  const char* data = std::getenv("KESTRUN_TEST_DATA");
-  if (data == nullptr) GTEST_SKIP() << "KESTRUN_TEST_DATA is not set";
-  ASSERT_TRUE(Read("d3plot", std::string(data) + "/d3plot/solid_family/d3plot"));
+  const D3plotModel model{.solids = 3, .beams = 2, .shells = 4};
+  ASSERT_TRUE(Read("d3plot", folder.Write("d3plot", D3plotImage(8, true, model).Bytes())));
   EXPECT_EQ(out,
-            "nodes: 106\nelements: 32\nsolids: 16\nthick_shells: 0\nbeams: 0\nshells: 16\n"
-            "families: 1\nfiles: 23\nword_size: 4\nbyte_order: little\n");
-  EXPECT_FALSE(Read("d3plot", std::string(data) + "/decks/i.k"));
-  EXPECT_FALSE(Read("d3plot2", std::string(data) + "/d3plot/solid_family/d3plot"));
+            "nodes: 12\nelements: 9\nsolids: 3\nthick_shells: 0\nbeams: 2\nshells: 4\n"
+            "families: 1\nfiles: 1\nword_size: 8\nbyte_order: big\n");
+  EXPECT_FALSE(Read("d3plot", folder.Write("a.k", "*KEYWORD\n")));
+  EXPECT_FALSE(Read("d3plot2", folder / "d3plot"));
 }
 
 }  // namespace

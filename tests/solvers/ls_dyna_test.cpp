@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <thread>
 
 #include "solvers/MessageFiles.h"
 #include "solvers/Verdict.h"
@@ -81,17 +80,6 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
                     " i=" + shortened(job->jobFile) + " failed");
   job->ResetForRun();
   EXPECT_EQ(job->RunMessage().English(), "");
-
-  // Types without an executable for distributed runs end without a word.
-  log_.clear();
-  context_.settings.use_mpp = true;
-  JobFileDyna batch(context_.settings);
-  batch.solverType = SolverKind::kUtilityBatch;
-  EXPECT_EQ(Solver(SolverKind::kLsDynaSingle).Run(batch, context_), JobStatus::kAborted);
-  JobFileVorel vorel(context_.settings);
-  EXPECT_EQ(Solver(SolverKind::kLsDynaSingle).Run(vorel, context_), JobStatus::kAborted)
-      << "not a deck";
-  EXPECT_TRUE(log_.empty());
 }
 
 TEST_F(SolverTest, ARestartNeedsNoDeck) {
@@ -116,30 +104,6 @@ TEST_F(SolverTest, AbortLeavesTheSolverToTheCaller) {
   std::filesystem::remove(folder_ / "messag");
   EXPECT_EQ(Run(*job), JobStatus::kAborted) << "still told to abort";
   EXPECT_FALSE(Exists(folder_ / "messag"));
-}
-
-TEST_F(SolverTest, RunsAtOnceKeepTheirFoldersAndVariables) {
-  constexpr int kRuns = 6;
-  std::vector<std::thread> threads;
-  std::vector<std::unique_ptr<JobFileDyna>> jobs;
-  std::vector<JobStatus> results(kRuns, JobStatus::kQueued);
-  for (int i = 0; i < kRuns; ++i) {
-    const std::string name = "run" + std::to_string(i);
-    FileDirWrapper::CreateDirTree(folder_ / name);
-    jobs.push_back(DynaJob(folder_.Write(name + "/a.k", Deck("$ standin: echo\n"))));
-    if (i % 2 == 1) jobs.back()->calculationMethod = "IMPLICIT DYNAMIC";
-  }
-  for (std::size_t i = 0; i < kRuns; ++i) {
-    threads.emplace_back([this, i, &results, &jobs] { results[i] = Run(*jobs[i]); });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (std::size_t i = 0; i < kRuns; ++i) {
-    const std::string runFolder = jobs[i]->Folder();
-    EXPECT_EQ(results[i], JobStatus::kFinished) << jobs[i]->RunMessage().English();
-    const Lines echo = ReadLines(FileDirWrapper::Join(runFolder, "standin_echo.txt"));
-    EXPECT_TRUE(Has(echo, "cwd=" + runFolder));
-    EXPECT_TRUE(Has(echo, i % 2 == 1 ? "LSTC_MEMORY=" : "LSTC_MEMORY=auto")) << i;
-  }
 }
 
 TEST_F(SolverTest, FindsTheMessageFile) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -29,16 +28,6 @@ inline std::string Deck(const std::string& commands) {
 
 inline bool Exists(const std::string& path) {
   return FileDirWrapper::FileExists(path);
-}
-
-inline Lines ReadLines(const std::string& path) {
-  std::istringstream text(TempFolder::Read(path));
-  Lines lines;
-  for (std::string line; std::getline(text, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    lines.push_back(line);
-  }
-  return lines;
 }
 
 inline bool Has(const Lines& lines, const std::string& line) {

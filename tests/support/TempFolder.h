@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "util/files/FileDirWrapper.h"
 
@@ -46,6 +48,24 @@ class TempFolder {
  private:
   std::string path_;
 };
+
+// A file's lines, however they end.
+inline std::vector<std::string> ReadLines(const std::string& path) {
+  std::istringstream text(TempFolder::Read(path));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(text, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+// A text as Windows writes it.
+inline std::string WithReturns(const std::string& text) {
+  std::string result;
+  for (const char c : text) result += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  return result;
+}
 
 // Changes the current folder until the end of the test.
 class InFolder {

@@ -49,7 +49,6 @@ class ActionsTest : public WindowTest {
     TypeInto(Find<Fl_Input>(dialog), name);
     Press(Find<Fl_Button>(dialog, "OK"));
   }
-  std::string StoredGroups() { return TempFolder::Read(Files().workFolder + "/kr_groups.txt"); }
 };
 
 TEST_F(ActionsTest, DeletingAsks) {
@@ -397,26 +396,6 @@ TEST_F(ActionsTest, OneSolversWindowAddsNothingElse) {
   PressKey('o', FL_CTRL);
   EXPECT_EQ(Fl::modal(), nullptr);
   EXPECT_NE(Drawing(*window_).Text(Table()).find(Say("ui_empty_hint_drop")), std::string::npos);
-}
-
-TEST_F(ActionsTest, DroppedFilesAndFoldersBecomeJobs) {
-  const auto drop = [&](const std::string& addresses) {
-    static std::string text;
-    text = addresses;
-    Fl::e_text = text.data();
-    Fl::e_length = static_cast<int>(text.size());
-    window_->handle(FL_PASTE);
-  };
-  std::string told;
-  home_.Write("a file.k", "");
-  const std::string folder = FolderOf(MakeDeck("folder"));
-  drop("file://" + home_ / "a%20file.k" + "\nfile://" + folder + "\nfile:///gone.k");
-  Talk([&] { Until([&] { return !told.empty(); }); }, {[&](Fl_Window& box) {
-         told = Drawing(box).Text(box);
-         Key(box, FL_Enter);
-       }});
-  EXPECT_NE(told.find("/gone.k"), std::string::npos) << told;
-  EXPECT_TRUE(Until([&] { return Names() == Lines{"a file.k", "folder.k"}; }));
 }
 
 TEST_F(ActionsTest, EverySizeShowsAllSettings) {

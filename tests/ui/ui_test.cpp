@@ -6,34 +6,9 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogLayout.h"
 #include "ui/window/KeywordFiles.h"
-#include "ui/window/ProgramOptions.h"
 #include "util/text/PlainText.h"
 
 namespace {
-
-TEST(DialogLayout, ReadsFieldsAsTheyStand) {
-  const auto lines = ParseLayout(
-      "# a comment\n\n"
-      "ID_WINDOW,Window,\"Title, with a "
-      "comma\",779,213,375,328,1,1,49,49,1,0,14,56,1,99,\"\",0,0,0,0\n"
-      "ID_BUTTON1,Button,\"OK\",98,42,80,24,2,3,49,49,0,0,12,56,0,0,\"Tip\",0\n"
-      "ID_BOX,Box,,1,2\n"
-      "ID_SHORT,Box\n"
-      ",Box,\"no id\",1\n"
-      "ID_LAST,Box,\"x\",1,2,3,4,0,0,49,49,0,0,12,56,20,99,,0");
-  ASSERT_EQ(lines.size(), 4U);
-  EXPECT_EQ(lines[0].label, "Title, with a comma");
-  EXPECT_EQ(lines[0].typeName, "Fl_Window");
-  EXPECT_EQ(lines[0].x, 779);
-  EXPECT_EQ(lines[0].labelColor, 56);
-  EXPECT_EQ(lines[0].subtype, kKeepSubtype);
-  EXPECT_EQ(lines[1].downBox, 3);
-  EXPECT_EQ(lines[1].subtype, 0);
-  EXPECT_EQ(lines[1].tooltip, "Tip");
-  EXPECT_EQ(lines[2].label, "");
-  EXPECT_EQ(lines[2].width, 0);  // numbers that are missing
-  EXPECT_EQ(lines[3].tooltip, "");
-}
 
 TEST(DialogLayout, KeepsGeometryInAnotherLanguage) {
   const LineTexts texts[] = {{"ID_BUTTON1", "确定, x", "提示"}, {"ID_BOX", "", "提示"}};
@@ -46,7 +21,7 @@ TEST(DialogLayout, KeepsGeometryInAnotherLanguage) {
             "ID_OTHER,Box,\"Stays\",1,2,3\n");
 }
 
-TEST(DropTarget, UnderstandsAddressesAndPlainPaths) {
+TEST(KeywordFiles, UnderstandDroppedAddressesAndPlainPaths) {
   const auto paths = DroppedPaths(
       "file:///data/door%20inner.k\r\n# comment\r\nfile://localhost/a%25b\nfile:/c\nhttp://host/x\n"
       "/plain/p%20q.k\nfile:///bad%zz%00\n");
@@ -55,7 +30,7 @@ TEST(DropTarget, UnderstandsAddressesAndPlainPaths) {
   EXPECT_EQ(paths, expected);
 }
 
-TEST(DropTarget, TakesTheKeywordFilesOfAFolderInOrder) {
+TEST(KeywordFiles, OfAFolderComeInOrder) {
   const TempFolder folder;
   for (const char* name : {"b.K", "a.dyn", "c.DYN", "d.key", "k", "e.k.bak"})
     folder.Write(name, "");
@@ -69,18 +44,6 @@ TEST(Numbers, TakesWholeNumbersOnly) {
   EXPECT_EQ(WholeNumber("100", 0, 100), 100);
   for (const char* text : {"", " ", "101", "-1", "4.2", "4 2", "0x10", "12345678901234567890"})
     EXPECT_FALSE(WholeNumber(text, 0, 100)) << text;
-}
-
-TEST(ProgramOptions, TakesItsOwnAndLeavesTheRest) {
-  std::vector<std::string> arguments = {"--submit",         "--submit",     "a.k",
-                                        "--report=out.txt", "#solver=dyna", "--odd",
-                                        "--quit-when-done"};
-  const ProgramOptions options = TakeOptions(arguments);
-  EXPECT_TRUE(options.submit && options.quitWhenDone);
-  EXPECT_FALSE(options.help || options.version);
-  EXPECT_EQ(options.report, FileDirWrapper::AbsolutePath("out.txt"));
-  const std::vector<std::string> expected = {"--submit", "a.k", "#solver=dyna", "--odd"};
-  EXPECT_EQ(arguments, expected);
 }
 
 TEST(ComnFileDialog, TranslatesFilters) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <sstream>
 #include <thread>
 
 #include "support/ScopedVariable.h"
@@ -66,16 +65,6 @@ TEST(Process, RefusesWhatCannotBeStarted) {
   EXPECT_FALSE(process.IsActive());
 }
 
-std::vector<std::string> LinesOf(const std::string& file) {
-  std::istringstream text(TempFolder::Read(file));
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(text, line);) {
-    if (line.ends_with('\r')) line.pop_back();
-    lines.push_back(line);
-  }
-  return lines;
-}
-
 TEST(Process, FolderAndVariablesAreTheChildsAlone) {
   const TempFolder folder;
   const InFolder back(folder.Path());
@@ -88,7 +77,7 @@ TEST(Process, FolderAndVariablesAreTheChildsAlone) {
   PTWrapperProcess process;
   ASSERT_TRUE(process.Create(start)) << process.LastError();
   EXPECT_TRUE(process.WaitProc());
-  EXPECT_EQ(LinesOf(seen), (std::vector<std::string>{folder / "job", "its", ""}));
+  EXPECT_EQ(ReadLines(seen), (std::vector<std::string>{folder / "job", "its", ""}));
   EXPECT_STREQ(std::getenv("KR_WORD"), "ours");
   std::string current;
   FileDirWrapper::CurrentDir(current);
@@ -98,7 +87,7 @@ TEST(Process, FolderAndVariablesAreTheChildsAlone) {
   const ScopedVariable child(kTestChildSwitch, "look " + seen);
   ASSERT_TRUE(process.Create(start.program, start.commandLine, "", false, 0, "job", false));
   EXPECT_TRUE(process.WaitProc());
-  EXPECT_EQ(LinesOf(seen), (std::vector<std::string>{folder / "job", "ours", "none"}));
+  EXPECT_EQ(ReadLines(seen), (std::vector<std::string>{folder / "job", "ours", "none"}));
   FileDirWrapper::CurrentDir(current);
   EXPECT_EQ(current, folder / "job") << "this way we move too, and stay there";
 }

@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <sstream>
 
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
+#include "support/VirtualDisplay_posix.h"
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/ChildStart_posix.h"
@@ -314,30 +316,12 @@ TEST(ProcessPosix, BackslashesLeadToTheProgramAndToItsOutput) {
   EXPECT_EQ(TempFolder::Read("bin/out"), (folder / "bin") + "\n");
 }
 
-// A display of our own, where there is none that we know to be a test's.
 class ConsolePosix : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    if (getenv("DISPLAY") || FindProgram("Xvfb").empty()) return;
-    server = new PTWrapperProcess;
-    const TempFolder folder;
-    const std::string chosen = folder / "display";
-    const std::string script = folder.Write(
-        "x.sh",
-        "exec timeout 300 Xvfb -displayfd 7 -nolisten tcp -screen 0 800x600x24 7>" + chosen);
-    ASSERT_TRUE(StartScript(*server, script));
-    ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(chosen).ends_with("\n"); }));
-    setenv("DISPLAY", (":" + std::to_string(NumbersIn(chosen).front())).c_str(), 1);
-    displayIsOurs = true;
-  }
-  static void TearDownTestSuite() {
-    if (displayIsOurs) unsetenv("DISPLAY");
-    if (server) server->Terminate();
-    delete server;
-    server = nullptr;
-  }
+  static void SetUpTestSuite() { screen = std::make_unique<VirtualDisplay>("800x600"); }
+  static void TearDownTestSuite() { screen.reset(); }
   void SetUp() override {
-    if (!getenv("DISPLAY") || FindProgram("xterm").empty()) GTEST_SKIP() << "no display or xterm";
+    if (screen->Name().empty() || FindProgram("xterm").empty()) GTEST_SKIP() << "no Xvfb or xterm";
   }
   void TearDown() override { process.Terminate(); }
 
@@ -368,13 +352,12 @@ class ConsolePosix : public testing::Test {
     return process.parent == getpid();
   }
 
-  static PTWrapperProcess* server;
-  static bool displayIsOurs;
+  static std::unique_ptr<VirtualDisplay> screen;
+  const ScopedVariable display{"DISPLAY", screen->Name()};
   TempFolder folder;
   PTWrapperProcess process;
 };
-PTWrapperProcess* ConsolePosix::server = nullptr;
-bool ConsolePosix::displayIsOurs = false;
+std::unique_ptr<VirtualDisplay> ConsolePosix::screen;
 
 TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
   const ScopedVariable word("KR_WORD", "ours");

@@ -44,7 +44,6 @@ class ProgramTest : public testing::Test {
   int WaitExit(const Copy& copy, std::chrono::seconds limit = std::chrono::seconds(20));
 
   void Key(const std::string& keys) const { Command("xdotool key --delay 30 " + keys); }
-  void Type(const std::string& text) const { Command("xdotool type --delay 15 '" + text + "'"); }
   // With the left button held down, from the middle of one window to that of another.
   void Drag(const std::string& from, const std::string& to) const;
 
