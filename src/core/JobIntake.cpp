@@ -42,13 +42,6 @@ void TakeFromJob(JobFileDyna& stage, const JobFileDyna& job) {
 
 }  // namespace
 
-JobRequest MakeJobRequest(const Settings& settings) {
-  JobRequest request;
-  request.pause = settings.pause_time;
-  request.ncpu = settings.cpu_count;
-  return request;
-}
-
 JobIntake::JobIntake(JobGroupManager& manager) : manager_(manager), worker_([this] { Work(); }) {}
 
 JobIntake::~JobIntake() {

@@ -6,31 +6,12 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <optional>
 #include <string>
 #include <thread>
 
 #include "core/JobGroupManager.h"
+#include "core/JobRequest.h"
 #include "util/signals/Mutex.h"
-
-// A job that is to be made: a record of the hand-over file, or a file chosen in the window.
-struct JobRequest {
-  std::optional<SolverKind> kind;  // none: by the file's ending, and a deck's own wish
-  int pause = 0;                   // seconds
-  std::uint64_t memory = 0;        // megabytes; 0: the deck's or the settings' value
-  bool sGiven = false;
-  bool dump = true;
-  int ncpu = 0;
-  std::string inputFile;    // the "i" value
-  std::string restartFile;  // the "r" value
-  std::string jobFile;      // the deck when there is no inputFile
-  int groupId = 0;          // 0: the group that is current when the request is added
-  // The deck becomes the last stage of this job instead of a job of its own.
-  JobId stageOf = JobId::kNone;
-};
-
-// A request with the settings' pause and CPU count.
-JobRequest MakeJobRequest(const Settings& settings);
 
 // Owned by the application. Any thread. Jobs appear at the end of their group in the order of the
 // requests; the observer hears of the progress and of each new job. A job whose group is gone joins
