@@ -12,6 +12,8 @@ constexpr double kLongestRun = 86400;  // seconds
 constexpr int kMostNotices = 100000;
 constexpr int kMostDumps = 99;
 constexpr int kMostNumber = 999999;  // of a message
+constexpr int kMostLines = 1000000;
+constexpr int kMostCycles = 2000000000;
 constexpr int kErrorSolution = 40509;
 
 // The text behind "$ standin:"; nothing when the line is none of ours.
@@ -31,6 +33,13 @@ bool ReadNumber(const std::vector<std::string>& words, std::size_t index, int lo
   return true;
 }
 
+bool ReadShare(const std::vector<std::string>& words, double low, double high, double& out) {
+  const auto number = words.size() > 1 ? ToReal(words[1]) : std::nullopt;
+  if (!number || *number < low || *number > high) return false;
+  out = *number;
+  return true;
+}
+
 bool ReadNotices(const std::vector<std::string>& words, std::vector<Notices>& list) {
   Notices notices;
   if (!ReadNumber(words, 1, 0, kMostNotices, notices.count) ||
@@ -47,6 +56,9 @@ bool* Flag(Behaviour& behaviour, const std::string& name) {
   if (name == "NO-MESSAGE") return &behaviour.noMessage;
   if (name == "NO-RESULT") return &behaviour.noResult;
   if (name == "EMPTY-RESULT") return &behaviour.emptyResult;
+  if (name == "IMPLICIT") return &behaviour.implicit;
+  if (name == "DISK-FULL") return &behaviour.diskFull;
+  if (name == "NAN") return &behaviour.sickness.nan;
   if (name == "IGNORE-TERM") return &behaviour.ignoreTerm;
   if (name == "CHILD") return &behaviour.child;
   if (name == "ECHO") return &behaviour.echo;
@@ -63,6 +75,13 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
     behaviour.runSeconds = *seconds;
     return true;
   }
+  if (name == "LINES") return ReadNumber(words, 1, 1, kMostLines, behaviour.lines);
+  if (name == "CYCLES") return ReadNumber(words, 1, 1, kMostCycles, behaviour.cycles);
+  Sickness& sickness = behaviour.sickness;
+  if (name == "FALLING-STEP") return ReadShare(words, 1e-6, 1, sickness.stepShare);
+  if (name == "ENERGY-RATIO") return ReadShare(words, 0, 1e6, sickness.energyRatio);
+  if (name == "HOURGLASS") return ReadShare(words, 0, 1e6, sickness.hourglassPercent);
+  if (name == "ADDED-MASS") return ReadShare(words, 0, 1e6, sickness.addedMassPercent);
   if (name == "WARNINGS") return ReadNotices(words, behaviour.warnings);
   if (name == "ERRORS") return ReadNotices(words, behaviour.errors);
   if (name == "FAIL") {

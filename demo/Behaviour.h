@@ -15,8 +15,22 @@ struct Notices {
   int number = 0;
 };
 
+// What goes wrong in the second half of a run's numbers.
+struct Sickness {
+  double stepShare = 1;         // of the first time step, at the end
+  double energyRatio = 1;       // total energy / initial energy, at the end
+  double hourglassPercent = 0;  // of the internal energy, at the end
+  double addedMassPercent = 0;  // at the end
+  bool nan = false;
+};
+
 struct Behaviour {
   double runSeconds = 0;  // wall time
+  int lines = 0;          // of progress; 0: by the wall time
+  int cycles = 0;         // of the whole run; 0: one a line
+  bool implicit = false;
+  bool diskFull = false;
+  Sickness sickness;
   std::vector<Notices> warnings;
   std::vector<Notices> errors;
   bool warningsWithoutBlank = false;  // memory lines follow a block directly

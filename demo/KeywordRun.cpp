@@ -5,11 +5,13 @@
 #include <cstdio>
 #include <ctime>
 #include <thread>
+#include <utility>
 
 #include "Behaviour.h"
 #include "BehaviourActs.h"
 #include "D3plotWriter.h"
 #include "Deck.h"
+#include "GlobalStates.h"
 #include "Launcher.h"
 #include "MessageFile.h"
 #include "SideFiles.h"
@@ -24,9 +26,10 @@ constexpr auto kPollInterval = std::chrono::milliseconds(20);
 // The other ranks look for the sense switch themselves; the first one leaves it for them so long.
 constexpr auto kSwitchGrace = std::chrono::milliseconds(500);
 
-constexpr int kFewestCycles = 10;
-constexpr int kMostCycles = 2000;
-constexpr double kCyclesASecond = 5;
+constexpr int kFewestLines = 10;
+constexpr int kMostLines = 2000;
+constexpr double kLinesASecond = 5;
+constexpr int kIterations = 3;  // of an implicit step
 constexpr int kPlotIntervals = 5;
 constexpr long long kDefaultWords = 127121;
 
@@ -62,6 +65,10 @@ class KeywordRun {
   void HandOn();
   int End();
   void Error(int number, const std::string& text);
+  double TimeAt(int line) const;
+  std::string Controlled() const;
+  void TellState();
+  void FillDisk();
   bool WritesResults() const { return rank_.First(); }
 
   const Options& options_;
@@ -72,12 +79,14 @@ class KeywordRun {
   MessageFile message_;
   Deck deck_;
   D3plotWriter plot_;
+  GlobalStates states_;
   double startTime_ = 0;
   double endTime_ = 0;
   double time_ = 0;
   double timeStep_ = 0;
   int cycle_ = 0;
-  int cycles_ = kFewestCycles;
+  int line_ = 0;  // of progress
+  int lines_ = kFewestLines;
   int dumps_ = 0;
   Ending ending_ = Ending::kNone;
 };
@@ -197,6 +206,14 @@ bool KeywordRun::StartOutput() {
     Error(kErrorFile, "the file d3hsp cannot be written");
     return false;
   }
+  const Version version = behaviour_.version ? *behaviour_.version : ConfiguredVersion();
+  const std::string solver = Format(
+      "stand-in %s %c %s %s date 01/01/2016", rank_.parallel ? "mpp" : "smp",
+      options_.doublePrecision ? 'd' : 's', version.release.c_str(), version.revision.c_str());
+  if (!states_.Begin("glstat", deck_.title, solver)) {
+    Error(kErrorFile, "the file glstat cannot be written");
+    return false;
+  }
   if (!options_.restart.empty()) return true;
   if (!plot_.Begin("d3plot", deck_, options_.doublePrecision)) {
     Error(kErrorFile, "the file d3plot cannot be written");
@@ -206,14 +223,25 @@ bool KeywordRun::StartOutput() {
 }
 
 void KeywordRun::March() {
-  cycles_ = std::clamp(static_cast<int>(behaviour_.runSeconds * kCyclesASecond), kFewestCycles,
-                       kMostCycles);
-  timeStep_ = std::max(endTime_ - startTime_, 0.0) / cycles_;
+  lines_ = behaviour_.lines > 0
+               ? behaviour_.lines
+               : std::clamp(static_cast<int>(behaviour_.runSeconds * kLinesASecond), kFewestLines,
+                            kMostLines);
   time_ = startTime_;
+  timeStep_ = (TimeAt(1) - TimeAt(0)) * lines_ / std::max(behaviour_.cycles, lines_);
+  for (const std::string& text : EstimateLines(endTime_, 0, behaviour_.runSeconds)) {
+    message_.Line(text);
+  }
+  message_.Line();
+  message_.Progress(1, time_, timeStep_, "flush i/o buffers");
   Plot();
+  TellState();
   while (ending_ == Ending::kNone) {
-    ++cycle_;
-    const double share = static_cast<double>(cycle_) / cycles_;
+    ++line_;
+    if (behaviour_.implicit) {
+      message_.ImplicitBegin(line_, TimeAt(line_), TimeAt(line_) - TimeAt(line_ - 1));
+    }
+    const double share = static_cast<double>(line_) / lines_;
     Wait(start_ + std::chrono::duration_cast<Clock::duration>(
                       std::chrono::duration<double>(behaviour_.runSeconds * share)));
     if (ending_ != Ending::kNone) break;
@@ -221,18 +249,70 @@ void KeywordRun::March() {
   }
 }
 
+// The time step stays for half of the lines, then falls evenly to its last share; the end time is
+// reached all the same.
+double KeywordRun::TimeAt(int line) const {
+  const int steady = lines_ / 2;
+  const double last = behaviour_.sickness.stepShare;
+  const auto sum = [&](int count) {
+    const int falling = std::max(count - steady, 0);
+    const double lost = (1 - last) / std::max(lines_ - steady, 1);  // with each line
+    return count - lost * falling * (falling + 1) / 2;
+  };
+  return startTime_ + std::max(endTime_ - startTime_, 0.0) * sum(line) / sum(lines_);
+}
+
 Ending KeywordRun::Step() {
-  time_ = startTime_ + timeStep_ * cycle_;
-  if (cycle_ == cycles_ / 2) MidRun();
+  const double before = time_;
+  const int cycleBefore = cycle_;
+  time_ = TimeAt(line_);
+  cycle_ =
+      static_cast<int>(static_cast<double>(std::max(behaviour_.cycles, lines_)) * line_ / lines_);
+  timeStep_ = (time_ - before) / std::max(cycle_ - cycleBefore, 1);
+  if (line_ == lines_ / 2) MidRun();
   if (ending_ != Ending::kNone) return ending_;
-  const bool last = cycle_ == cycles_;
-  if (last || cycle_ % std::max(cycles_ / kPlotIntervals, 1) == 0) {
+  if (behaviour_.implicit) message_.ImplicitEnd(kIterations);
+  const bool last = line_ == lines_;
+  if (last || line_ % std::max(lines_ / kPlotIntervals, 1) == 0) {
     Plot();
-  } else {
+  } else if (!behaviour_.implicit) {
     message_.Progress(cycle_, time_, timeStep_, "flush i/o buffers");
   }
+  TellState();
   if (ending_ != Ending::kNone) return ending_;
   return last ? Ending::kTime : Ending::kNone;
+}
+
+std::string KeywordRun::Controlled() const {
+  if (behaviour_.implicit) return "load curve";
+  constexpr std::pair<ElementKind, const char*> kKinds[] = {{ElementKind::kShell, "shell"},
+                                                            {ElementKind::kSolid, "solid"},
+                                                            {ElementKind::kThickShell, "tshell"},
+                                                            {ElementKind::kBeam, "beam"}};
+  for (const auto& [kind, name] : kKinds) {
+    const std::vector<Element>& elements = deck_.Of(kind);
+    if (elements.empty()) continue;
+    const Element& element = elements[static_cast<std::size_t>(line_) % elements.size()];
+    return Format("%s %8lld of part %8lld", name, static_cast<long long>(element.id),
+                  static_cast<long long>(element.part));
+  }
+  return "load curve";
+}
+
+// Energies and the run's own guess of its end.
+void KeywordRun::TellState() {
+  if (!WritesResults()) return;
+  const double share = static_cast<double>(line_) / lines_;
+  const bool written = states_.Write({std::max(cycle_, 1), time_, timeStep_, share, Controlled()},
+                                     behaviour_.sickness);
+  const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
+  std::string status;
+  for (const std::string& text : EstimateLines(endTime_, elapsed, behaviour_.runSeconds)) {
+    status += text + "\n";
+  }
+  if (!written || !WriteTextFile("status.out", status)) {
+    Error(kErrorFile, "the files glstat and status.out cannot be written");
+  }
 }
 
 // Looks for the sense switch at least once, then until the time has come.
@@ -264,19 +344,28 @@ void KeywordRun::MidRun() {
     for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(i);
   }
   ActInTheMiddle(behaviour_);
+  if (behaviour_.diskFull) FillDisk();
   if (behaviour_.fail) Error(*behaviour_.fail, "the deck asked the stand-in to fail");
 }
 
+// From here on nothing reaches the disk; the console still hears of it.
+void KeywordRun::FillDisk() {
+  states_.BreakOff();
+  message_.BreakOff();
+  Error(kErrorFile, "no space left on device");
+}
+
 void KeywordRun::Plot() {
-  message_.Progress(cycle_, time_, timeStep_, "write d3plot file");
+  message_.Progress(std::max(cycle_, 1), time_, timeStep_, "write d3plot file");
   if (!WritesResults() || !plot_.Begun()) return;
   if (!plot_.WriteState(time_)) Error(kErrorFile, "the d3plot files cannot be written");
 }
 
 void KeywordRun::Dump() {
   if (!WritesResults() || options_.noDump) return;
-  message_.Progress(cycle_, time_, timeStep_, "write d3dump file");
-  if (!WriteDump(++dumps_, {time_, endTime_})) {
+  message_.Progress(std::max(cycle_, 1), time_, timeStep_,
+                    Format("write d3dump%02d file", ++dumps_));
+  if (!WriteDump(dumps_, {time_, endTime_})) {
     Error(kErrorFile, "the restart dump cannot be written");
   }
 }

@@ -115,6 +115,33 @@ void MessageFile::Progress(int cycle, double time, double step, const std::strin
   Line(Format("%8d t %.4E dt %.2E %-29s", cycle, time, step, what.c_str()) + Now());
 }
 
+void MessageFile::ImplicitBegin(int step, double time, double size) {
+  Line();
+  Line(Format(" BEGIN implicit statics  step %6d t= %.4E             ", step, time) + Now());
+  Line(" ============================================================");
+  Line(Format("                time = %12.5E", time));
+  Line(Format("   current step size = %12.5E", size));
+}
+
+void MessageFile::ImplicitEnd(int iterations) {
+  double displacement = 1;
+  for (int i = 1; i <= iterations; ++i, displacement /= 20) {
+    Line(Format(" Iteration:%4d     *|du|/|u| = %14.7E     *Ei/E0 = %14.7E", i, displacement,
+                displacement * displacement));
+  }
+  Line();
+  Line(Format(" Equilibrium established after %5d iterations", iterations));
+}
+
+void MessageFile::BreakOff() {
+  if (file_ != nullptr) {
+    std::fputs("  999999 t 9.99", file_);
+    std::fclose(file_);
+    file_ = nullptr;
+  }
+  good_ = false;
+}
+
 void MessageFile::NormalTermination() {
   Line(Termination(kNormal));
 }

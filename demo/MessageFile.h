@@ -29,6 +29,11 @@ class MessageFile {
   void Warning(int number, const std::string& text, bool blankBehind);
   void Error(int number, const std::string& text);
   void Progress(int cycle, double time, double step, const std::string& what);
+  // One step of an implicit run: its begin, then, when it is done, its iterations.
+  void ImplicitBegin(int step, double time, double size);
+  void ImplicitEnd(int iterations);
+  // The disk is full: the file ends in the middle of a line, and no more is written to it.
+  void BreakOff();
   void NormalTermination();
   void ErrorTermination();
   void Timing(double problemTime, int cycle, double cpuSeconds, double wallSeconds);

@@ -53,6 +53,12 @@ const Key kLastKeys[] = {
     {"MPP", "mpi_param", &Settings::mpi_param},
     {"MPP", "mpp_param", &Settings::mpp_param},
     {"MPP", "protocol", &Settings::protocol},
+    {"HEALTH", "health_silence_minutes", &Settings::health_silence_minutes},
+    {"HEALTH", "health_step_percent", &Settings::health_step_percent},
+    {"HEALTH", "health_energy_percent", &Settings::health_energy_percent},
+    {"HEALTH", "health_hourglass_percent", &Settings::health_hourglass_percent},
+    {"HEALTH", "health_mass_percent", &Settings::health_mass_percent},
+    {"HEALTH", "health_not_finite", &Settings::health_not_finite},
     {"EXTERNAL_APP", "viewer", &Settings::viewer},
 };
 

@@ -51,6 +51,14 @@ struct Settings {
   std::string mpp_param;
   int protocol = 0;
 
+  // HEALTH: when a running job is marked; 0 switches a check off
+  int health_silence_minutes = 10;    // and five times the longest pause before
+  int health_step_percent = 1;        // of the first time step, below
+  int health_energy_percent = 10;     // that total energy / initial energy may be away from 1
+  int health_hourglass_percent = 10;  // of the internal energy, above
+  int health_mass_percent = 5;        // of added mass, above
+  int health_not_finite = 1;          // values that are NaN or infinite
+
   // EXTERNAL_APP
   std::string viewer = "notepad.exe";
   std::string post_processor;  // read when present, never written; empty: the desktop's choice

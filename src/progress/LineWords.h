@@ -2,7 +2,7 @@
 #ifndef KR_PROGRESS_LINEWORDS_H
 #define KR_PROGRESS_LINEWORDS_H
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -16,8 +16,10 @@ class LineWords {
 
   // Empty at the end.
   std::string_view Next() {
-    const std::size_t begin = std::min(rest_.find_first_not_of(" \t"), rest_.size());
-    const std::size_t end = std::min(rest_.find_first_of(" \t", begin), rest_.size());
+    std::size_t begin = 0;
+    while (begin < rest_.size() && IsBlank(rest_[begin])) ++begin;
+    std::size_t end = begin;
+    while (end < rest_.size() && !IsBlank(rest_[end])) ++end;
     const std::string_view word = rest_.substr(begin, end - begin);
     rest_.remove_prefix(end);
     return word;
@@ -28,6 +30,8 @@ class LineWords {
   std::optional<double> NextNumber() { return AnyNumber(Next()); }
 
  private:
+  static constexpr bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
   std::string_view rest_;
 };
 

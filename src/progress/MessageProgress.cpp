@@ -35,9 +35,39 @@ bool Names(std::string_view line, std::string_view words) {
 
 // "1 t 0.0000E+00 ...": digits, then the letter.
 bool LooksLikeProgress(std::string_view line) {
-  const std::size_t digits = line.find_first_not_of("0123456789");
-  return digits != 0 && digits < line.size() && line[digits] == ' ' &&
-         LineWords(line.substr(digits, 12)).NextIs("t");
+  std::size_t at = 0;
+  while (at < line.size() && IsDigit(line[at])) ++at;
+  const std::size_t digits = at;
+  while (at < line.size() && line[at] == ' ') ++at;
+  return digits > 0 && at > digits && line.substr(at).starts_with("t ");
+}
+
+// Beginnings of the other lines that tell something.
+bool IsTelling(std::string_view line) {
+  switch (line[0]) {
+    case 'B':
+      return line.starts_with("BEGIN implicit");
+    case 'C':
+      return line.starts_with(kOptions);
+    case 'E':
+      return line.starts_with("E r r o r") || line.starts_with("Equilibrium");
+    case 'I':
+      return line.starts_with("Iteration:");
+    case 'N':
+      return line.starts_with("N o r m a l");
+    case 'P':
+      return line.starts_with("Problem time");
+    case '*':
+      return line.starts_with("***");
+    case 'c':
+      return line.starts_with("current step size");
+    case 'e':
+      return line.starts_with("estimated ");
+    case 't':
+      return line.starts_with("termination time");
+    default:
+      return false;
+  }
 }
 
 std::optional<double> FiniteNumber(LineWords& words) {
@@ -74,8 +104,9 @@ void MessageProgress::TakeLines(std::string_view block) {
   std::string_view passed;  // the last progress line that was not taken
   for (std::size_t position = 0; position < block.size();) {
     const std::string_view line = ::TakeLine(block, position);
-    const std::size_t begin = line.find_first_not_of(" \t");
-    if (begin == std::string_view::npos) {
+    std::size_t begin = 0;
+    while (begin < line.size() && (line[begin] == ' ' || line[begin] == '\t')) ++begin;
+    if (begin == line.size()) {
       inOptions_ = false;
       continue;
     }
@@ -98,8 +129,7 @@ void MessageProgress::TakeLines(std::string_view block) {
       }
       inOptions_ = false;
     }
-    // The first letter rules nearly all lines out.
-    if (std::string_view("BEICN*etcP").find(text[0]) == std::string_view::npos) continue;
+    if (!IsTelling(text)) continue;
     if (!passed.empty() && TakeProgress(passed)) lastIsExtra_ = true;
     passed = {};
     // Of a line that may have been cut only words count.
@@ -225,6 +255,10 @@ void MessageProgress::TakeEnd(RunEnd end) {
 }
 
 void MessageProgress::Add(const ProgressPoint& point) {
+  if (!points_.empty()) {
+    const auto pause = static_cast<double>(point.clock - points_.back().clock);
+    longestPause_ = std::max(longestPause_, pause);
+  }
   if (lastIsExtra_) points_.pop_back();
   lastIsExtra_ = false;
   points_.push_back(point);

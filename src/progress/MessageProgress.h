@@ -53,6 +53,9 @@ class MessageProgress : public LineTaker {
   const ProgressPoint* Last() const { return points_.empty() ? nullptr : &points_.back(); }
   const std::string& LastEvent() const { return event_; }  // "write d3plot file"
 
+  // Seconds on the solver's clock between two points, of all that were taken.
+  double LongestPause() const { return longestPause_; }
+
   const TimeLeft& Left() const { return left_; }
 
   // What the solver believes.
@@ -84,6 +87,7 @@ class MessageProgress : public LineTaker {
   std::uint64_t seen_ = 0;
   bool lastIsExtra_ = false;  // the last point is there only because it is the last
   TimeLeft left_;
+  double longestPause_ = 0;
   std::string event_;
   SolverEstimate estimate_;
   std::int64_t implicitStep_ = 0;

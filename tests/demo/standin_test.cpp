@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "d3plot/ptkPostD3plotManager.h"
+#include "progress/Health.h"
+#include "progress/RunProgress.h"
+#include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
 #include "util/process/PTWrapper.h"
 
@@ -65,6 +68,38 @@ TEST_F(Standin, RefusesWhatCannotBeRun) {
     EXPECT_EQ(Run(arguments), 1) << arguments;
     EXPECT_TRUE(Says("\n *** Error 10") && Says(kError) && !Says(kNormal)) << arguments;
   }
+}
+
+// What is read from its files is what the deck asked for.
+TEST_F(Standin, WritesStatesAndEstimatesAsSickAsAsked) {
+  WriteDeck(
+      "$ standin: lines 40\n$ standin: cycles 200000\n$ standin: falling-step 0.005\n"
+      "$ standin: energy-ratio 1.5\n$ standin: hourglass 20\n$ standin: added-mass 7\n"
+      "$ standin: nan\n");
+  EXPECT_EQ(Run("i=deck.k"), 0);
+  RunProgress run(FindRunFiles(folder_.Path()));
+  ASSERT_TRUE(run.Look());
+  const RunNews news = run.News();
+  EXPECT_EQ(news.ended, RunEnd::kNormal);
+  EXPECT_EQ(news.cycle, 200000);
+  EXPECT_EQ(news.time, 1.0);
+  EXPECT_EQ(news.endTime, 1.0);
+  EXPECT_EQ(news.percent, 100);
+  EXPECT_EQ(run.States().Rows(), 41u);
+  Health health{Settings()};
+  EXPECT_EQ(health.Look(run.States(), run.Message(), true, 0).size(), 5u);
+}
+
+TEST_F(Standin, RunsInSteps) {
+  WriteDeck("$ standin: lines 10\n$ standin: implicit\n$ standin: disk-full\n");
+  EXPECT_EQ(Run("i=deck.k"), 1);
+  RunProgress run(FindRunFiles(folder_.Path()));
+  ASSERT_TRUE(run.Look());
+  // The disk was full in the fifth step.
+  EXPECT_EQ(run.News().implicitStep, 5);
+  EXPECT_NEAR(*run.News().time, 0.4, 1e-9);
+  EXPECT_EQ(run.News().ended, RunEnd::kRunning);
+  EXPECT_EQ(Read("messag").back(), '9');
 }
 
 // Every way to write a card that a deck may use, and an element of each kind.
