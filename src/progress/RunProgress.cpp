@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -11,10 +12,30 @@ constexpr double kEndNoise = 1e-3;
 
 }  // namespace
 
-RunProgress::RunProgress(RunFiles files) : files_(std::move(files)) {
-  if (!files_.output.empty()) output_.emplace(files_.output);
-  if (!files_.glstat.empty()) glstat_.emplace(files_.glstat);
-  if (!files_.status.empty()) statusOut_.emplace(files_.status, GrowingFile::Writing::kWhole);
+RunProgress::RunProgress(const RunFiles& files) {
+  AddFiles(files);
+}
+
+void RunProgress::AddFiles(const RunFiles& files) {
+  if (files_.kind == RunFiles::Kind::kNone) files_.kind = files.kind;
+  const auto add = [](const std::string& found, std::string& path, std::optional<GrowingFile>& file,
+                      GrowingFile::Writing writing) {
+    if (found.empty() || !path.empty()) return;
+    path = found;
+    file.emplace(path, writing);
+  };
+  add(files.output, files_.output, output_, GrowingFile::Writing::kAppended);
+  add(files.glstat, files_.glstat, glstat_, GrowingFile::Writing::kAppended);
+  add(files.status, files_.status, statusOut_, GrowingFile::Writing::kWhole);
+}
+
+void RunProgress::FollowKeptFile() {
+  const std::string kept = files_.output + ".krb";
+  if (!output_ || FileDirWrapper::FileExists(files_.output) || !FileDirWrapper::FileExists(kept)) {
+    return;
+  }
+  files_.output = kept;
+  output_->MovedTo(kept);
 }
 
 bool RunProgress::LookAt(std::optional<GrowingFile>& file, LineTaker& taker,

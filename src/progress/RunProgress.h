@@ -37,7 +37,12 @@ struct RunNews {
 // costs one question to the system a file. One thread at a time.
 class RunProgress {
  public:
-  explicit RunProgress(RunFiles files);
+  explicit RunProgress(const RunFiles& files);
+
+  // Files that were found later; one that is known already stays.
+  void AddFiles(const RunFiles& files);
+  // After a run its message file has another name, with ".krb" behind it.
+  void FollowKeptFile();
 
   // Of the deck, where the caller knows it; what the run itself tells goes before.
   void SetDeckEndTime(std::optional<double> endTime) { deckEndTime_ = endTime; }

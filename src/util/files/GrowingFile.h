@@ -43,6 +43,8 @@ class GrowingFile {
   // Hands out a last line that has no end: for a file that nobody writes any more.
   void TakeOpenLine(LineTaker& taker);
 
+  // It has another name now; the reading goes on when it is the same file.
+  void MovedTo(std::string path) { path_ = std::move(path); }
   const std::string& Path() const { return path_; }
 
  private:
