@@ -6,6 +6,7 @@
 
 #include "progress/Health.h"
 #include "progress/SolverClock.h"
+#include "util/files/FileDirWrapper.h"
 #include "util/files/FolderSnapshot.h"
 
 namespace {
@@ -24,7 +25,9 @@ double Seconds() {
 struct RunWatcher::Watch {
   Watch(WatchedRun watched, const Settings& settings)
       : run(std::move(watched)), health(settings), progress(RunFiles()) {
-    before.Take(run.folder);
+    std::vector<std::string> files, folders;
+    FileDirWrapper::ListDir(run.folder, files, folders, false);
+    before.Take(files);
   }
 
   // Files that lay there before the run and have not been written since are none of it.
