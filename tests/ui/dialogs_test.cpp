@@ -60,6 +60,14 @@ TEST_F(DialogsTest, MppSettingsAreStoredAsTheyAreMade) {
   EXPECT_EQ(Stored().mpp_solver_s, "/opt/ls dyna/mpp_s");
   EXPECT_EQ(Stored().mpp_solver_d, "/opt/mpp_d");
   EXPECT_EQ(Drawing(*window_).Text(Part<StateButton>()), "MPP: IBM Platform MPI");
+  OpenMpp({[](Fl_Window& dialog) {
+    EXPECT_STREQ(Find<Fl_Choice>(dialog).text(), "IBM Platform MPI");
+    EXPECT_STREQ(Beside<Fl_Input>(dialog, "MPI Param").value(), "envall");
+    EXPECT_STREQ(Beside<Fl_Input>(dialog, "MPP Param").value(), "p=pfile");
+    EXPECT_STREQ(Beside<Fl_Input>(dialog, "MPP Solver(s)").value(), "/opt/ls dyna/mpp_s");
+    EXPECT_STREQ(Beside<Fl_Input>(dialog, "MPP Solver(d)").value(), "/opt/mpp_d");
+    Close(dialog);
+  }});
 }
 
 TEST_F(DialogsTest, HostsAreCheckedAndStored) {
@@ -250,6 +258,13 @@ TEST_F(DialogsTest, ConfigurationIsStored) {
   EXPECT_EQ(Stored().viewer, "my editor -w");
   EXPECT_FALSE(Stored().output_dump);
   EXPECT_TRUE(Stored().no_adapdump);
+  Talk([&] { PressTool("tip_config"); }, {[](Fl_Window& dialog) {
+         EXPECT_STREQ(Find<Fl_Choice>(dialog).text(), "Chinese");
+         EXPECT_STREQ(Beside<Fl_Input>(dialog, "Text Editor").value(), "my editor -w");
+         EXPECT_FALSE(Find<Fl_Check_Button>(dialog, "Output d3dump").value());
+         EXPECT_TRUE(Find<Fl_Check_Button>(dialog, "Delete adaptdmp").value());
+         Close(dialog);
+       }});
   EXPECT_EQ(HeadsOf(Table()).substr(0, 8), "Job Name");
 }
 
@@ -308,6 +323,7 @@ class StagesTest : public DialogsTest {
       MakeDeck(name, name == "two" ? middle : "");
       includes += "*INCLUDE\n" + name + "/" + name + ".k\n";
     }
+    Deck("three/three.k", "$ SIMULATION: TRIMMING\n");
     Queue(home_.Write("main.k", "$ RUNFIRST: 2\n*KEYWORD\n" + includes + "*END\n"));
     PressKey(FL_Home);
   }
@@ -328,7 +344,7 @@ TEST_F(StagesTest, AreShownMovedAndRemoved) {
          EXPECT_EQ(RowsOf(Stages(dialog)),
                    (Lines{"(1   one.k)|(–)|(LS-DYNA (S))|(500)|Queued|(View...)|(View...)",
                           "2   two.k|–|LS-DYNA (S)|500|Queued|(View...)|(View...)",
-                          "3   three.k|–|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
+                          "3   three.k|TRIMMING|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
          MoveToCell(Stages(dialog), 0, "Status");
          EXPECT_EQ(Tip(), "Skipped: the run begins with a later stage.");
          EXPECT_FALSE(Find<Fl_Button>(dialog, "Move Up").active());
@@ -344,7 +360,7 @@ TEST_F(StagesTest, AreShownMovedAndRemoved) {
        On("Remove"), [](Fl_Window& dialog) { Choose(Find<Fl_Choice>(dialog), "1   three.k"); },
        [](Fl_Window& dialog) {
          EXPECT_EQ(RowsOf(Stages(dialog)),
-                   (Lines{"1   three.k|–|LS-DYNA (S)|500|Queued|(View...)|(View...)",
+                   (Lines{"1   three.k|TRIMMING|LS-DYNA (S)|500|Queued|(View...)|(View...)",
                           "2   two.k|–|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
          Choose(Find<Fl_Choice>(dialog), "2   two.k");
        },
@@ -359,10 +375,11 @@ TEST_F(StagesTest, TellHowTheyEnded) {
   AddStages("fail");
   Run();
   OpenStages({[](Fl_Window& dialog) {
-                EXPECT_EQ(RowsOf(Stages(dialog)),
-                          (Lines{"(1   one.k)|(–)|(LS-DYNA (S))|(500)|Queued|(View...)|(View...)",
-                                 "2   two.k|–|LS-DYNA (S)|500|Aborted|View...|View...",
-                                 "3   three.k|–|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
+                EXPECT_EQ(
+                    RowsOf(Stages(dialog)),
+                    (Lines{"(1   one.k)|(–)|(LS-DYNA (S))|(500)|Queued|(View...)|(View...)",
+                           "2   two.k|–|LS-DYNA (S)|500|Aborted|View...|View...",
+                           "3   three.k|TRIMMING|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
                 MoveToCell(Stages(dialog), 1, "Status");
                 EXPECT_EQ(Tip().substr(0, 8), "Reason: ");
                 EXPECT_FALSE(Find<Fl_Button>(dialog, "Add...").active()) << "it has run";

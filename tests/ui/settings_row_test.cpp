@@ -85,6 +85,7 @@ TEST_F(SettingsRowTest, WithAJobItEditsTheJob) {
   TypeInto(Memory(), "900");
   TypeInto(Command(), "extra=1");
   TypeInto(Cpus(), "3");
+  TypeInto(Pause(), "7");
   Choose(Kind(), "LS-DYNA (D)");
   EXPECT_EQ(Rows()[0], "one.k|/w|LS-DYNA (S)|No|–|Queued|(View...)|(View...)|No|");
   EXPECT_EQ(Rows()[1], "two.k|/w|LS-DYNA (D)|No|900|Queued|(View...)|(View...)|No|extra=1");
@@ -93,9 +94,13 @@ TEST_F(SettingsRowTest, WithAJobItEditsTheJob) {
   EXPECT_TRUE(IsRed(Cpus()));
   PressCell(Table(), 0, "Job Name");  // what is not valid stays with its job's field
   EXPECT_STREQ(Cpus().value(), "1") << "the settings' count";
+  EXPECT_STREQ(Pause().value(), "0");
   EXPECT_FALSE(IsRed(Cpus()));
   PressCell(Table(), 1, "Job Name");
   EXPECT_STREQ(Cpus().value(), "3");
+  EXPECT_STREQ(Pause().value(), "7");
+  EXPECT_STREQ(Memory().value(), "900");
+  EXPECT_STREQ(Command().value(), "extra=1");
   EXPECT_EQ(Kind().mode(static_cast<int>(SolverKind::kVorel)), FL_MENU_INACTIVE)
       << "a deck is no Vorel job";
   Table().TakeFocus();
