@@ -10,11 +10,14 @@
 #include <variant>
 #include <vector>
 
+#include "core/SettingsAndPaths.h"
 #include "d3plot/ptkPostD3plotManager.h"
 #include "jobs/DeckEndTime.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "progress/RunProgress.h"
+#include "record/History.h"
+#include "record/RecordFiles.h"
 #include "solvers/OutputAnalysis.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -27,6 +30,7 @@ constexpr char kUsage[] =
     "Usage: krinspect deck|message|inc|vorel|d3plot FILE [--json]\n"
     "       krinspect progress FOLDER|FILE [--json]\n"
     "       krinspect glstat FILE [--json|--csv]\n"
+    "       krinspect history [FILE] [--json|--csv]\n"
     "\n"
     "  deck     what the queue reads from an LS-DYNA deck\n"
     "  message  the report of a message file\n"
@@ -35,6 +39,7 @@ constexpr char kUsage[] =
     "  d3plot   nodes, elements and files of a result database\n"
     "  progress how far a run is: of a job's folder, its message file, or an INC or Vorel job\n"
     "  glstat   energies, time steps and more of all states in a glstat file\n"
+    "  history  the runs that Kestrun remembers of this computer, the newest last\n"
     "\n"
     "The exit code is 0 only when the file was read.\n";
 
@@ -380,6 +385,20 @@ constexpr Command kCommands[] = {{"deck", InspectDeck},     {"message", InspectM
                                  {"d3plot", InspectD3plot}, {"progress", InspectProgress},
                                  {"glstat", InspectGlstat}};
 
+// The whole of what Kestrun remembers; a script wants one of the two forms, a person the second.
+int PrintHistory(const std::string& file, bool json) {
+  const RecordFiles files = RecordFilesIn(SettingsAndPaths::WorkFolderOf(SettingsAndPaths::kTitle));
+  const std::string path = file.empty() ? files.history : file;
+  if (!FileDirWrapper::FileExists(path)) {
+    PrintError(path + ": no such file");
+    return 1;
+  }
+  const std::vector<RunRecord> runs = ReadHistory(path, files.machine);
+  const std::string text = json ? HistoryJson(runs) : HistoryCsv(runs);
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
+}
+
 int RefuseUsage() {
   std::fputs(kUsage, stderr);
   return 2;
@@ -403,6 +422,9 @@ int main(int argc, char** argv) {
     } else {
       words.push_back(word);
     }
+  }
+  if (!words.empty() && words[0] == "history" && words.size() <= 2 && !(csv && json)) {
+    return PrintHistory(words.size() == 2 ? words[1] : std::string(), json);
   }
   if (words.size() != 2 || (csv && (json || words[0] != "glstat"))) return RefuseUsage();
   for (const Command& command : kCommands) {

@@ -5,13 +5,6 @@
 
 namespace {
 
-std::string WorkFolder(const std::string& title) {
-  std::string folder;
-  FileDirWrapper::AppDataDir(folder);
-  folder = FileDirWrapper::Join(FileDirWrapper::Join(folder, "orla"), title);
-  return FileDirWrapper::AbsolutePath(folder);
-}
-
 // The year in this name is older than the version and known to other programs.
 constexpr char kHandOverFile[] = "~kestrun_tmp_2014 R1.txt";
 
@@ -27,7 +20,7 @@ void OpenOrMakeEvent(PTWrapperSignal& signal) {
 }  // namespace
 
 SettingsAndPaths::SettingsAndPaths(const std::string& title)
-    : workFolder(WorkFolder(title)),
+    : workFolder(WorkFolderOf(title)),
       settingsFile(FileDirWrapper::Join(workFolder, "kr_init.config")),
       handOverFile(FileDirWrapper::Join(HandOverFolder(), kHandOverFile)),
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
@@ -37,6 +30,13 @@ SettingsAndPaths::SettingsAndPaths(const std::string& title)
   FileDirWrapper::DocumentsDir(settings_.last_path);
   Publish();
   OpenOrMakeEvent(handOverEvent);
+}
+
+std::string SettingsAndPaths::WorkFolderOf(const std::string& title) {
+  std::string folder;
+  FileDirWrapper::AppDataDir(folder);
+  folder = FileDirWrapper::Join(FileDirWrapper::Join(folder, "orla"), title);
+  return FileDirWrapper::AbsolutePath(folder);
 }
 
 // Somebody may have removed the folder while the program runs.

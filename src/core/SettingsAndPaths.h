@@ -20,6 +20,10 @@ class SettingsAndPaths {
   // hand-over event. An unwritable folder is reported; work goes on.
   explicit SettingsAndPaths(const std::string& title);
 
+  // The work folder of a program with this title, which need not be there.
+  static std::string WorkFolderOf(const std::string& title);
+  static constexpr char kTitle[] = "Kestrun 2016 R1";
+
   const Settings& Get() const { return settings_; }
 
   // A copy for another thread. Any thread.

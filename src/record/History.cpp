@@ -6,7 +6,7 @@
 #include "record/Form.h"
 #include "record/Journal.h"
 #include "record/RecordFiles.h"
-#include "util/files/InputFile.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -16,6 +16,31 @@ std::string KeyOf(const RunRecord& run) {
                     run.process.mark + '/' + std::to_string(run.stage);
   std::replace(key.begin(), key.end(), ' ', '_');
   return key;
+}
+
+// A text as it stands between commas. What a script reads is one line a run.
+std::string Field(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  const bool isPlain = text.find_first_of(",\"") == std::string::npos;
+  if (isPlain) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+std::string LocalTime(std::int64_t seconds) {
+  std::tm time{};
+  std::string text;
+  if (seconds != 0 && DateTimeWrapper::LocalTime(seconds, &time)) {
+    DateTimeWrapperStr::DateTimeString(&time, text);
+  }
+  return text;
+}
+
+template <typename Number>
+std::string Known(const std::optional<Number>& number) {
+  return number ? std::to_string(*number) : std::string();
 }
 
 }  // namespace
@@ -65,4 +90,46 @@ std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& m
     }
   }
   return runs;
+}
+
+std::string HistoryJson(const std::vector<RunRecord>& runs) {
+  form::Json list = form::Json::array();
+  for (const RunRecord& run : runs) {
+    form::Json json = form::Of(run);
+    json["verdict"] = JobStatusWord(run.verdict).English();
+    if (!run.reason.Empty()) json["reason"] = form::Of(run.reason.English());
+    list.push_back(std::move(json));
+  }
+  return list.dump(1, ' ', false, form::Json::error_handler_t::replace) + '\n';
+}
+
+std::string HistoryCsv(const std::vector<RunRecord>& runs) {
+  std::string text =
+      "started,ended,seconds,verdict,exit,file,restart,folder,program,cpus,memory_mb,errors,"
+      "warnings,nodes,elements,message_file,reason\n";
+  for (const RunRecord& run : runs) {
+    const bool hasEnded = run.ended >= run.started && run.ended != 0;
+    const std::string fields[] = {LocalTime(run.started),
+                                  LocalTime(run.ended),
+                                  hasEnded ? std::to_string(run.ended - run.started) : "",
+                                  JobStatusWord(run.verdict).English(),
+                                  Known(run.exitCode),
+                                  run.jobFile,
+                                  run.restartFile,
+                                  run.folder,
+                                  run.program,
+                                  std::to_string(run.cpus),
+                                  std::to_string(run.memory),
+                                  Known(run.errors),
+                                  Known(run.warnings),
+                                  Known(run.nodes),
+                                  Known(run.elements),
+                                  run.messageFile,
+                                  run.reason.English()};
+    for (const std::string& field : fields) {
+      text += (&field == fields ? "" : ",") + Field(field);
+    }
+    text += '\n';
+  }
+  return text;
 }

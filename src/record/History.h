@@ -24,4 +24,10 @@ void DropOldHistory(std::vector<std::string>& records, std::size_t most = kMostH
 // Changes nothing. Any thread.
 std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine);
 
+// For scripts. Texts that are no UTF-8 are taken for Latin-1.
+std::string HistoryJson(const std::vector<RunRecord>& runs);
+// A line of titles, then one a run: times in local time, seconds between them, commas between
+// fields, which stand in double quotes where they have to.
+std::string HistoryCsv(const std::vector<RunRecord>& runs);
+
 #endif
