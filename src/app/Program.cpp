@@ -38,6 +38,7 @@ int RunProgram(std::vector<std::string> arguments) {
   const StartRequest request = {
       .hasWindow = true,
       .ownRun = options.IsForOwnRun(),
+      .restore = options.restore,
       .refusal = options.LackSubmit() ? Message(MessageId::kOptionsNeedSubmit) : Message()};
   const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data(), request);
   const std::vector<Message> failures = StartFailures(application);

@@ -121,11 +121,15 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   if (isAlone || request.ownRun) HandOver(argc, argv);
   ReadFiles();
   solvers_ = MakeSolvers();
-  manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_);
+  record_ = std::make_unique<QueueRecord>(*settings_);
+  manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_, record_.get());
   settings_->Log().SetListener(
       [this](const Message& message) { manager_->Observer().Logged(message); });
   SetSolverMode(SolverModeOfArguments(argc, argv));
+  record_->Begin();
   MakeGroups();
+  const bool atOnce = settings_->Get().keep_jobs == QueueRecord::kAtOnce;
+  if (atOnce || request.restore || record_->WantsRestore()) RestoreLeft();
   intake_ = std::make_unique<JobIntake>(*manager_);
   reader_ = std::make_unique<HandOverReader>(
       *settings_, [this](HandOverOrder order) { TakeOver(std::move(order)); });
@@ -219,12 +223,13 @@ void Application::ReadFiles() {
 }
 
 void Application::MakeGroups() {
-  for (const auto& [name, text] : settings_->groupEntries) {
+  const auto& lost = record_->LostGroups();
+  for (const auto& [name, text] : lost.empty() ? settings_->groupEntries : lost) {
     const int index = manager_->AddGroup(name);
     manager_->GroupAt(index)->SetText(text);
   }
   if (manager_->GroupCount() == 0) manager_->AddGroup("Group1");
-  manager_->SetCurrentGroup(0);
+  manager_->SetCurrentGroup(lost.empty() ? 0 : record_->LostCurrent());
 }
 
 void Application::SetSolverMode(SolverMode mode) {
@@ -259,11 +264,33 @@ int Application::Shutdown() {
   if (manager_) manager_->RequestStop(-1);
   if (intake_) intake_->Cancel();
   if (manager_) writer_->TakeBack();
+  WriteFiles();
+  stuck_ = manager_ && !manager_->Stop(-1);
+  if (record_) record_->End(settings_->Get().language != language);
+  return exitCode;
+}
+
+void Application::WriteFiles() {
   settings_->WriteGroupFile(GroupEntries());
   settings_->WriteHostFile();
   settings_->WriteSettings();
-  stuck_ = manager_ && !manager_->Stop(-1);
-  return exitCode;
+}
+
+void Application::LeaveRunning() {
+  if (settings_) WriteFiles();
+  if (record_) record_->Flush();
+  LeaveProcess(exitCode);
+}
+
+void Application::RestoreLeft() {
+  const int jobs = Left().Jobs();
+  record_->Restore(*manager_);
+  if (jobs > 0) settings_->Log().Note(Message(MessageId::kJobsRestored, jobs));
+}
+
+void Application::ForgetLeft() {
+  settings_->Log().Note(Message(MessageId::kJobsForgotten, Left().Jobs()));
+  record_->Forget();
 }
 
 bool Application::ViewTextFile(const std::string& path) {

@@ -11,6 +11,7 @@
 #include "core/HandOver.h"
 #include "core/JobGroupManager.h"
 #include "core/JobIntake.h"
+#include "core/QueueRecord.h"
 #include "core/SettingsAndPaths.h"
 #include "core/SystemServices.h"
 #include "solvers/JobSolver.h"
@@ -31,6 +32,7 @@ enum : int {
 struct StartRequest {
   bool hasWindow = false;  // the first copy takes no jobs when no window can be shown
   bool ownRun = false;     // options that only the first copy can fulfil
+  bool restore = false;    // the jobs that the last session left are wanted back
   Message refusal = {};    // why nothing is to be done at all; empty otherwise
 };
 
@@ -61,6 +63,16 @@ class Application {
   // it waits up to 30 seconds. After the window is gone; for a second copy too. Returns the exit
   // code. Should a thread not have ended even then, the destructor ends the process with that code.
   int Shutdown();
+
+  // The same where nobody said that what runs is to be stopped: a log-out, a display that breaks.
+  // Solvers run on, and the next start finds them. Ends the process.
+  [[noreturn]] void LeaveRunning();
+
+  // The jobs that the last session left behind, all zero for none; they are offered until one of
+  // these two.
+  LeftBehind Left() const { return record_->Left(); }
+  void RestoreLeft();
+  void ForgetLeft();
 
   // One tick of the poll timer: looks at the hand-over file. False when ticking is to end.
   bool Tick();
@@ -106,6 +118,7 @@ class Application {
   void TakeOver(HandOverOrder order);
   void ReadFiles();
   void MakeGroups();
+  void WriteFiles();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
   void StartOffThread(std::function<void()> start);
   bool OpenTextFile(const std::string& path,
@@ -120,6 +133,7 @@ class Application {
   bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;
+  std::unique_ptr<QueueRecord> record_;
   std::unique_ptr<JobGroupManager> manager_;
   std::unique_ptr<JobIntake> intake_;
   std::unique_ptr<HandOverWriter> writer_;  // of the jobs of the command line

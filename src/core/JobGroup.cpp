@@ -20,8 +20,11 @@ std::string JobGroup::Name() const {
 }
 
 void JobGroup::SetName(const std::string& name) {
-  const MutexLock lock(textMutex_);
-  name_ = name;
+  {
+    const MutexLock lock(textMutex_);
+    name_ = name;
+  }
+  setup_.observer.GroupChanged(Id(), name, Text());
 }
 
 std::string JobGroup::Text() const {
@@ -30,6 +33,9 @@ std::string JobGroup::Text() const {
 }
 
 void JobGroup::SetText(const std::string& text) {
-  const MutexLock lock(textMutex_);
-  text_ = text;
+  {
+    const MutexLock lock(textMutex_);
+    text_ = text;
+  }
+  setup_.observer.GroupChanged(Id(), Name(), text);
 }

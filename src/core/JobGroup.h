@@ -38,26 +38,33 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   std::string Text() const;
   void SetText(const std::string& text);
 
+  // Goes on with a run that another copy of the program has begun, on a thread of its own: the job
+  // is in the list, Running. Queued jobs wait until it has ended.
+  bool Resume(JobId job, const RunRecord& run);
+
   // Starts the thread. "Running work thread is found, submit job failed" when one runs.
   bool Submit();
 
   // RequestStop, then waits up to 30 seconds for the thread to end; true when it has. Not for the
   // interface thread, which must stay alive: it calls RequestStop and looks at Running().
   bool Stop();
-  // Sets the stop flag and the abort flag of the first active job and its stages.
+  // Sets the stop flag and the abort flags of the active jobs and their stages.
   void RequestStop();
-  bool Running() const { return running_; }
+  bool Running() const { return running_ || resumed_ > 0; }
   bool StopRequested() const { return stop_; }  // since the last Submit
 
  private:
   struct ThreadStart;
   static std::uint32_t ThreadMain(void* start);
-  bool StartThread() KR_REQUIRES(submitMutex_);
+  bool StartThread(PTWrapperThread& thread, std::function<void()> work);
   bool Refuse(const Message& message);
 
   // The group's thread.
   void RunLoop();
-  std::optional<JobRunContext> BeginRunOf(JobFile& job);
+  void GoOnWith(JobFile& job, const RunRecord& run);
+  JobRunSetup SetupFor(JobFile& job);
+  void EndRunOf(JobFile& job, JobStatus status);
+  std::optional<JobRunContext> BeginRunOf(JobFile& job, std::int64_t since);
   void NoteQueued();
   void JobQueued(const JobFile& job) override;
   std::vector<std::string> FoldersOf(const JobFile& job);
@@ -67,6 +74,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   Mutex submitMutex_;
   PTWrapperThread thread_ KR_GUARDED_BY(submitMutex_);
   std::atomic<bool> running_{false};
+  std::atomic<int> resumed_{0};  // runs of another copy that are watched
   std::atomic<bool> stop_{false};
   mutable Mutex textMutex_;
   std::string name_ KR_GUARDED_BY(textMutex_) = "NewGroup";

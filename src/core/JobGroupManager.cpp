@@ -21,23 +21,37 @@ std::string ProgramFolder() {
 
 }  // namespace
 
-// Passes calls of any thread on to the observer of the moment. The lock keeps an observer from
+// Passes calls of any thread on to the observers of the moment. The lock keeps an observer from
 // being taken away while it is called.
 class JobGroupManager::ObserverRelay : public QueueObserver {
  public:
+  explicit ObserverRelay(QueueObserver* recorder) : recorder_(recorder) {}
+
   void Set(QueueObserver* observer) {
     const WriteLock lock(mutex_);
     observer_ = observer;
   }
 
-  void JobStatusChanged(int groupId, JobId job, JobStatus status) override {
-    Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, job, status); });
+  void JobStatusChanged(int groupId, const JobFile& job) override {
+    Tell([&](QueueObserver& o) { o.JobStatusChanged(groupId, job); });
   }
-  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override {
-    Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, job, stage, status); });
+  void StageStatusChanged(int groupId, const JobFile& job, const JobFile& stage) override {
+    Tell([&](QueueObserver& o) { o.StageStatusChanged(groupId, job, stage); });
   }
-  void JobsChanged(int groupId) override {
-    Tell([&](QueueObserver& o) { o.JobsChanged(groupId); });
+  void JobsChanged(int groupId, const ListChange& change) override {
+    Tell([&](QueueObserver& o) { o.JobsChanged(groupId, change); });
+  }
+  void GroupChanged(int groupId, const std::string& name, const std::string& text) override {
+    Tell([&](QueueObserver& o) { o.GroupChanged(groupId, name, text); });
+  }
+  void GroupRemoved(int groupId) override {
+    Tell([&](QueueObserver& o) { o.GroupRemoved(groupId); });
+  }
+  void CurrentGroupChanged(int groupId) override {
+    Tell([&](QueueObserver& o) { o.CurrentGroupChanged(groupId); });
+  }
+  void RunRecorded(JobId job, const RunRecord& run) override {
+    Tell([&](QueueObserver& o) { o.RunRecorded(job, run); });
   }
   void GroupRunChanged(int groupId) override {
     Tell([&](QueueObserver& o) { o.GroupRunChanged(groupId); });
@@ -55,19 +69,23 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
  private:
   template <typename Call>
   void Tell(Call call) {
+    if (recorder_ != nullptr) call(*recorder_);
     const ReadLock lock(mutex_);
     if (observer_ != nullptr) call(*observer_);
   }
+
+  QueueObserver* const recorder_;
 
   SharedMutex mutex_;
   QueueObserver* observer_ KR_GUARDED_BY(mutex_) = nullptr;
 };
 
 JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
-                                 const std::vector<std::unique_ptr<JobSolver>>& solvers)
+                                 const std::vector<std::unique_ptr<JobSolver>>& solvers,
+                                 QueueObserver* recorder)
     : settings_(settings),
       solvers_(solvers),
-      relay_(std::make_unique<ObserverRelay>()),
+      relay_(std::make_unique<ObserverRelay>(recorder)),
       threads_(std::make_shared<RunningThreads>()),
       positioning_(ProgramFolder()) {}
 
@@ -106,7 +124,7 @@ JobGroupSetup JobGroupManager::GroupSetup() {
 
 int JobGroupManager::AddGroup(const std::string& name) {
   auto group = std::make_shared<JobGroup>(GroupSetup());
-  group->SetName(name);
+  group->SetName(name);  // tells of the new group
   const MutexLock lock(mutex_);
   groups_.push_back(std::move(group));
   return static_cast<int>(groups_.size()) - 1;
@@ -116,14 +134,22 @@ bool JobGroupManager::RemoveGroup(int index) {
   const std::shared_ptr<JobGroup> group = GroupAt(index);
   if (!group) return false;
   group->RequestStop();
-  const MutexLock lock(mutex_);
-  const auto found = std::find(groups_.begin(), groups_.end(), group);
-  if (found == groups_.end()) return false;
-  groups_.erase(found);
-  std::erase_if(removed_, [](const auto& former) { return former.expired(); });
-  removed_.push_back(group);
-  if (index < current_ || current_ == static_cast<int>(groups_.size())) --current_;
+  {
+    const MutexLock lock(mutex_);
+    const auto found = std::find(groups_.begin(), groups_.end(), group);
+    if (found == groups_.end()) return false;
+    groups_.erase(found);
+    std::erase_if(removed_, [](const auto& former) { return former.expired(); });
+    removed_.push_back(group);
+    if (index < current_ || current_ == static_cast<int>(groups_.size())) --current_;
+  }
+  relay_->GroupRemoved(group->Id());
+  TellCurrentGroup();
   return true;
+}
+
+void JobGroupManager::TellCurrentGroup() {
+  if (const auto group = CurrentGroup()) relay_->CurrentGroupChanged(group->Id());
 }
 
 std::shared_ptr<JobGroup> JobGroupManager::GroupAt(int index) const {
@@ -172,9 +198,12 @@ int JobGroupManager::CurrentGroupIndex() const {
 }
 
 bool JobGroupManager::SetCurrentGroup(int index) {
-  const MutexLock lock(mutex_);
-  if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return false;
-  current_ = index;
+  {
+    const MutexLock lock(mutex_);
+    if (index < 0 || static_cast<std::size_t>(index) >= groups_.size()) return false;
+    current_ = index;
+  }
+  TellCurrentGroup();
   return true;
 }
 

@@ -19,9 +19,11 @@
 // read on any thread.
 class JobGroupManager {
  public:
-  // All three outlive the manager.
+  // All outlive the manager. The recorder, when there is one, hears of everything, before the
+  // observer does.
   JobGroupManager(SettingsAndPaths& settings,
-                  const std::vector<std::unique_ptr<JobSolver>>& solvers);
+                  const std::vector<std::unique_ptr<JobSolver>>& solvers,
+                  QueueObserver* recorder = nullptr);
   // Stops all groups and waits up to 30 seconds for their threads.
   virtual ~JobGroupManager();
 
@@ -71,6 +73,7 @@ class JobGroupManager {
  private:
   class ObserverRelay;
   JobGroupSetup GroupSetup();
+  void TellCurrentGroup();
   std::vector<std::shared_ptr<JobGroup>> Groups() const;
   std::vector<std::shared_ptr<JobGroup>> GroupsToStop(int index) const;
 

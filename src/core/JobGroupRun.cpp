@@ -18,11 +18,13 @@ constexpr std::chrono::seconds kStopLimit{30};
 struct JobGroup::ThreadStart {
   std::shared_ptr<JobGroup> group;
   std::shared_ptr<RunningThreads> threads;
+  std::function<void()> work;
 };
 
 std::uint32_t JobGroup::ThreadMain(void* start) {
   const std::unique_ptr<ThreadStart> mine(static_cast<ThreadStart*>(start));
-  mine->group->RunLoop();
+  mine->work();
+  mine->work = nullptr;
   mine->group.reset();
   mine->threads->Leave();
   return 0;
@@ -36,7 +38,7 @@ bool JobGroup::Submit() {
   }
   stop_ = false;
   NoteQueued();
-  if (StartThread()) return true;
+  if (StartThread(thread_, [this] { RunLoop(); })) return true;
   running_ = false;
   return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
 }
@@ -64,17 +66,37 @@ bool JobGroup::Refuse(const Message& message) {
   return false;
 }
 
-bool JobGroup::StartThread() {
+bool JobGroup::StartThread(PTWrapperThread& thread, std::function<void()> work) {
   auto start = std::make_unique<ThreadStart>();
   start->group = shared_from_this();
   start->threads = setup_.threads;
+  start->work = std::move(work);
   setup_.threads->Enter();
-  if (thread_.CreateThread(&JobGroup::ThreadMain, start.get(), 0)) {
+  if (thread.CreateThread(&JobGroup::ThreadMain, start.get(), 0)) {
     start.release();
     return true;
   }
   setup_.threads->Leave();
   return false;
+}
+
+bool JobGroup::Resume(JobId job, const RunRecord& run) {
+  const std::shared_ptr<JobFile> found = Share(job);
+  if (!found) return false;
+  ++resumed_;
+  PTWrapperThread thread;
+  if (StartThread(thread, [this, found, run] { GoOnWith(*found, run); })) return true;
+  --resumed_;
+  return Refuse(Message(MessageId::kGroupNotStarted, thread.LastError()));
+}
+
+void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
+  setup_.observer.GroupRunChanged(Id());
+  JobRunSetup setup = SetupFor(job);
+  setup.begin = [&] { return BeginRunOf(job, run.started); };
+  EndRunOf(job, ResumeRun(job, setup, run));
+  --resumed_;
+  setup_.observer.GroupRunChanged(Id());
 }
 
 bool JobGroup::Stop() {
@@ -89,24 +111,38 @@ void JobGroup::RequestStop() {
     const MutexLock lock(submitMutex_);  // a submit under way would undo it
     stop_ = true;
   }
-  AbortActiveJob();
+  AbortActiveJobs();
 }
 
 // The running flag is cleared while the list is locked: a job that is added and submitted
 // afterwards gets a new thread, one added before is taken by this one.
 void JobGroup::RunLoop() {
   setup_.observer.GroupRunChanged(Id());
-  JobRunSetup run = setup_.run;
-  while (const auto job = TakeQueuedJob(stop_, run.pause, [this] { running_ = false; })) {
-    run.folders = [&] { return FoldersOf(*job); };
-    run.waits = [&](const Message& message) { ShowWait(*job, message); };
-    run.begin = [&] { return BeginRunOf(*job); };
-    run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(*job, stage, status); };
-    const JobStatus status = RunJob(*job, run);
-    setup_.log.Note(Message(MessageId::kJobEnded, job->jobFile, JobStatusWord(status)));
-    EndRun(*job, status);
+  while (resumed_ > 0 && !stop_) DateTimeWrapper::SleepMSec(kLookAgainMs);
+  std::chrono::seconds pause{0};
+  while (const auto job = TakeQueuedJob(stop_, pause, [this] { running_ = false; })) {
+    JobRunSetup run = SetupFor(*job);
+    run.pause = pause;
+    EndRunOf(*job, RunJob(*job, run));
   }
   setup_.observer.GroupRunChanged(Id());
+}
+
+JobRunSetup JobGroup::SetupFor(JobFile& job) {
+  JobRunSetup run = setup_.run;
+  run.folders = [&] { return FoldersOf(job); };
+  run.waits = [&](const Message& message) { ShowWait(job, message); };
+  run.begin = [&] { return BeginRunOf(job, 0); };
+  run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(job, stage, status); };
+  run.recorded = [&](const JobFile&, const RunRecord& record) {
+    setup_.observer.RunRecorded(job.id, record);
+  };
+  return run;
+}
+
+void JobGroup::EndRunOf(JobFile& job, JobStatus status) {
+  setup_.log.Note(Message(MessageId::kJobEnded, job.jobFile, JobStatusWord(status)));
+  EndRun(job, status);
 }
 
 // None for a job that was removed: it does not run.
@@ -118,12 +154,12 @@ std::vector<std::string> JobGroup::FoldersOf(const JobFile& job) {
 
 void JobGroup::ShowWait(const JobFile& job, const Message& message) {
   if (!message.Empty()) setup_.log.Report(message);
-  setup_.observer.JobStatusChanged(Id(), job.id, JobStatus::kWaiting);
+  ShowWaiting(job);
 }
 
 // Nothing when the job is not to run: it was removed during the pause, or the group stopped.
-std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job) {
-  if (!BeginRun(job) || stop_) return std::nullopt;
+std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job, std::int64_t since) {
+  if (!BeginRun(job, since) || stop_) return std::nullopt;
   JobRunContext context;
   context.settings = setup_.settings();
   context.groupText = Text();

@@ -117,12 +117,17 @@ JobFile* JobList::FirstActive() const {
   return found == jobs_.end() ? nullptr : found->get();
 }
 
-void JobList::SetStatus(JobFile& job, JobStatus status) {
+void JobList::Tell(ListChange::What what, const JobFile& job, std::size_t place) const {
+  observer_.JobsChanged(id_, {what, job, place});
+}
+
+void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
   job.status = status;
   const bool hasEnded = status == JobStatus::kFinished || status == JobStatus::kAborted;
-  if (status == JobStatus::kRunning) job.started = DateTimeWrapper::CurrentTime();
+  if (status == JobStatus::kRunning)
+    job.started = since != 0 ? since : DateTimeWrapper::CurrentTime();
   job.ended = hasEnded ? DateTimeWrapper::CurrentTime() : 0;
-  observer_.JobStatusChanged(id_, job.id, status);
+  observer_.JobStatusChanged(id_, job);
 }
 
 bool JobList::AddJob(std::shared_ptr<JobFile> job) {
@@ -130,7 +135,7 @@ bool JobList::AddJob(std::shared_ptr<JobFile> job) {
   const Access access(*this);
   if (!byId_.emplace(job->id, job.get()).second) return false;
   jobs_.push_back(std::move(job));
-  observer_.JobsChanged(id_);
+  Tell(ListChange::What::kAdded, *jobs_.back(), jobs_.size() - 1);
   if (jobs_.back()->status == JobStatus::kQueued) JobQueued(*jobs_.back());
   return true;
 }
@@ -141,11 +146,11 @@ bool JobList::RemoveJob(JobId job) {
   JobFile* const found = Find(job);
   if (found == nullptr) return false;
   if (IsActive(found->status)) SetAbort(*found, true);
-  const auto place = jobs_.begin() + static_cast<std::ptrdiff_t>(PlaceOf(*found));
-  removed = std::move(*place);
-  jobs_.erase(place);
+  const std::size_t place = PlaceOf(*found);
+  removed = std::move(jobs_[place]);
+  jobs_.erase(jobs_.begin() + static_cast<std::ptrdiff_t>(place));
   byId_.erase(job);
-  observer_.JobsChanged(id_);
+  Tell(ListChange::What::kRemoved, *removed, place);
   return true;
 }
 
@@ -158,7 +163,7 @@ bool JobList::MoveJob(JobId job, bool up) {
   const std::size_t other = up ? place - 1 : place + 1;
   if (up && jobs_[other]->status != JobStatus::kQueued) return false;
   std::swap(jobs_[place], jobs_[other]);
-  observer_.JobsChanged(id_);
+  Tell(ListChange::What::kMoved, *found, other);
   return true;
 }
 
@@ -166,7 +171,7 @@ bool JobList::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) 
   const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr || found->status == JobStatus::kRunning || !change(*found)) return false;
-  observer_.JobsChanged(id_);
+  Tell(ListChange::What::kFields, *found, 0);
   return true;
 }
 
@@ -268,11 +273,22 @@ std::shared_ptr<JobFile> JobList::TakeQueuedJob(const std::atomic<bool>& stop,
   return nullptr;
 }
 
-bool JobList::BeginRun(JobFile& job) {
+std::shared_ptr<JobFile> JobList::Share(JobId job) const {
+  const Access access(*this);
+  const JobFile* const found = Find(job);
+  return found == nullptr ? nullptr : jobs_[PlaceOf(*found)];
+}
+
+bool JobList::BeginRun(JobFile& job, std::int64_t since) {
   const Access access(*this);
   if (Find(job.id) == nullptr) return false;
-  SetStatus(job, JobStatus::kRunning);
+  SetStatus(job, JobStatus::kRunning, since);
   return true;
+}
+
+void JobList::ShowWaiting(const JobFile& job) {
+  const Access access(*this);
+  if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
 
 void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status) {
@@ -285,7 +301,9 @@ void JobList::EndRun(JobFile& job, JobStatus status) {
   if (Find(job.id) != nullptr) SetStatus(job, status);
 }
 
-void JobList::AbortActiveJob() {
+void JobList::AbortActiveJobs() {
   const Access access(*this);
-  if (JobFile* const active = FirstActive()) SetAbort(*active, true);
+  for (const std::shared_ptr<JobFile>& job : jobs_) {
+    if (IsActive(job->status)) SetAbort(*job, true);
+  }
 }

@@ -83,13 +83,18 @@ class JobList : public PTWrapper {
   // so that no job can be added in between.
   std::shared_ptr<JobFile> TakeQueuedJob(const std::atomic<bool>& stop, std::chrono::seconds& pause,
                                          const std::function<void()>& none);
-  // The job becomes Running. False when it has been removed.
-  bool BeginRun(JobFile& job);
+  // One that is in the list; null when it is not.
+  std::shared_ptr<JobFile> Share(JobId job) const;
+  // The job becomes Running, since this moment (seconds since 1970; 0: now). False when it has been
+  // removed.
+  bool BeginRun(JobFile& job, std::int64_t since = 0);
+  // What a waiting job says of itself has changed.
+  void ShowWaiting(const JobFile& job);
   // These write nothing for a job that has been removed, but for the stage's own status.
   void ShowStage(const JobFile& job, JobFile& stage, JobStatus status);
   void EndRun(JobFile& job, JobStatus status);
-  // Sets the abort flags of the active job and its stages.
-  void AbortActiveJob();
+  // Sets the abort flags of the active jobs and their stages.
+  void AbortActiveJobs();
 
  protected:
   // A job that was not Queued is now, or has come in. Called while the list is locked.
@@ -124,11 +129,12 @@ class JobList : public PTWrapper {
     const JobList& list_;
   };
 
+  void Tell(ListChange::What what, const JobFile& job, std::size_t place) const KR_REQUIRES(lock_);
   JobFile* Find(JobId job) const KR_REQUIRES(lock_);  // null when it is not there
   JobFile* FindStage(JobId job, JobId stage) const KR_REQUIRES(lock_);
   std::size_t PlaceOf(const JobFile& job) const KR_REQUIRES(lock_);
   JobFile* FirstActive() const KR_REQUIRES(lock_);
-  void SetStatus(JobFile& job, JobStatus status) KR_REQUIRES(lock_);
+  void SetStatus(JobFile& job, JobStatus status, std::int64_t since = 0) KR_REQUIRES(lock_);
   void SetStatus(const JobFile& job, JobFile& stage, JobStatus status) KR_REQUIRES(lock_);
 
   bool ChangeJob(JobId job, const std::function<bool(JobFile&)>& change);

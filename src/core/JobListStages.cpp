@@ -99,5 +99,5 @@ bool JobList::ReadStage(JobId job, JobId stage,
 // Nobody is told of a job that was removed meanwhile.
 void JobList::SetStatus(const JobFile& job, JobFile& stage, JobStatus status) {
   stage.status = status;
-  if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job.id, stage.id, status);
+  if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job, stage);
 }

@@ -4,22 +4,36 @@
 
 #include <string>
 
-#include "jobs/JobId.h"
-#include "jobs/JobStatus.h"
+#include "jobs/JobFile.h"
 #include "messages/Message.h"
 
+struct RunRecord;
+
+// How the list of a group changed.
+struct ListChange {
+  enum class What {
+    kAdded,    // at the end
+    kRemoved,  // whatever its status is
+    kMoved,
+    kFields  // fields of it, or stages
+  };
+  What what;
+  const JobFile& job;
+  std::size_t place;  // in the list; of one that is removed, where it was
+};
+
 // Calls come from any thread, those about jobs while the list of jobs is locked, in the order of
-// the changes: note what changed and return. Groups are named by JobGroup::Id(), which no other
-// group of this process ever had.
+// the changes, so that the job may be read: note what changed and return. Groups are named by
+// JobGroup::Id(), which no other group of this process ever had.
 class QueueObserver {
  public:
   virtual ~QueueObserver() = default;
 
-  virtual void JobStatusChanged(int groupId, JobId job, JobStatus status) = 0;
+  // It has a new status, or another thing to say of it.
+  virtual void JobStatusChanged(int groupId, const JobFile& job) = 0;
   // A stage of a multi-stage job has a new status.
-  virtual void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) = 0;
-  // Jobs were added to, removed from or moved in the group, or fields of them changed.
-  virtual void JobsChanged(int groupId) = 0;
+  virtual void StageStatusChanged(int groupId, const JobFile& job, const JobFile& stage) = 0;
+  virtual void JobsChanged(int groupId, const ListChange& change) = 0;
   // A group's thread has begun or ended.
   virtual void GroupRunChanged(int groupId) = 0;
   // The hand-over file changed settings or a group's text.
@@ -29,6 +43,15 @@ class QueueObserver {
   virtual void IntakeProgress(int done, int total, const std::string& file, int percent) = 0;
   // Something was reported to the application log.
   virtual void Logged(const Message& message) = 0;
+
+  // For who keeps a record. The first is called for a new group, too; the first three on the
+  // interface thread, the last on the run's, while no list is locked.
+  virtual void GroupChanged(int /*groupId*/, const std::string& /*name*/,
+                            const std::string& /*text*/) {}
+  virtual void GroupRemoved(int /*groupId*/) {}
+  virtual void CurrentGroupChanged(int /*groupId*/) {}
+  // A run of the job's, or of a stage's, solver has begun or has ended.
+  virtual void RunRecorded(JobId /*job*/, const RunRecord& /*run*/) {}
 };
 
 #endif

@@ -40,6 +40,7 @@ const Key kFirstKeys[] = {
     {"GENERAL", "last_solver_path", &Settings::last_solver_path},
     {"GENERAL", "xterm_path", &Settings::xterm_path, "xterm"},
     {"GENERAL", "language", &Settings::language},
+    {"GENERAL", "keep_jobs", &Settings::keep_jobs},
     {"GENERAL", "group", &Settings::group},
 };
 const Key kLastKeys[] = {

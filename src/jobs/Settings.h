@@ -26,7 +26,8 @@ struct Settings {
   std::string last_path;
   std::string last_solver_path;
   std::string xterm_path = "xterm";
-  int language = 0;  // 0 English, 1 Chinese
+  int language = 0;   // 0 English, 1 Chinese
+  int keep_jobs = 1;  // jobs left by the last session: 0 dropped, 1 offered, 2 restored at once
   std::string group;
 
   // SOLVER

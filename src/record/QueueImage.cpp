@@ -106,7 +106,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
        [](const Json& json) -> Result {
          change::JobAdded c;
          if (!At(json, 1, c.group) || json.size() < 3 || !TakeJob(json[2], c.job, false)) return {};
-         return c;
+         return Result(std::move(c));
        }},
       {"remove",
        [](const Json& json) -> Result {
@@ -121,7 +121,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
       {"job",
        [](const Json& json) -> Result {
          change::JobSet c;
-         return json.size() > 1 && TakeJob(json[1], c.job, false) ? Result(c) : Result();
+         return json.size() > 1 && TakeJob(json[1], c.job, false) ? Result(std::move(c)) : Result();
        }},
       {"status",
        [](const Json& json) -> Result {
@@ -142,7 +142,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
       {"run",
        [](const Json& json) -> Result {
          change::Run c;
-         return At(json, 1, c.job) && At(json, 2, c.run) ? Result(c) : Result();
+         return At(json, 1, c.job) && At(json, 2, c.run) ? Result(std::move(c)) : Result();
        }},
       {"taken", [](const Json&) -> Result { return change::LeftTaken(); }},
       {"over",
@@ -189,10 +189,12 @@ class Applier {
     std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
   }
   void operator()(const change::CurrentGroup& c) { now_.current = c.group; }
-  void operator()(const change::JobAdded& c) {
+  void operator()(const change::JobAdded& c) { (*this)(change::JobAdded(c)); }
+  void operator()(change::JobAdded&& c) {
     GroupImage* const group = Group(c.group);
-    if (group == nullptr || !now_.jobs.emplace(c.job.id, c.job).second) return;
-    group->jobs.push_back(c.job.id);
+    const JobId id = c.job.id;
+    if (group == nullptr || !now_.jobs.emplace(id, std::move(c.job)).second) return;
+    group->jobs.push_back(id);
   }
   void operator()(const change::JobGone& c) {
     if (now_.jobs.erase(c.job) == 0) return;
@@ -213,7 +215,7 @@ class Applier {
     if (job == nullptr) return;
     std::optional<RunRecord> run = std::move(job->run);
     *job = c.job;
-    job->run = std::move(run);
+    if (job->fields.status == JobStatus::kRunning) job->run = std::move(run);
   }
   void operator()(const change::Progress& c) {
     JobImage* const job = Job(c.job);
@@ -238,7 +240,7 @@ class Applier {
   }
   void operator()(const change::SessionBegins& c) {
     if (c.last != 0) now_.last = c.last;
-    if (now_.HasUnended()) image_.left.push_back(std::move(now_));
+    if (now_.IsLeft()) image_.left.push_back(std::move(now_));
     now_ = {};
   }
 
@@ -277,7 +279,8 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
 
 }  // namespace
 
-bool SessionImage::HasUnended() const {
+bool SessionImage::IsLeft() const {
+  if (!over) return !jobs.empty();
   return std::any_of(jobs.begin(), jobs.end(),
                      [](const auto& job) { return !HasEnded(job.second.fields.status); });
 }
@@ -289,6 +292,10 @@ const JobImage* SessionImage::Find(JobId job) const {
 
 void QueueImage::Apply(const QueueChange& change) {
   std::visit(Applier(*this), change);
+}
+
+void QueueImage::Apply(QueueChange&& change) {
+  std::visit(Applier(*this), std::move(change));
 }
 
 std::string RecordOf(const std::vector<QueueChange>& changes, std::int64_t time) {
@@ -309,7 +316,7 @@ bool ApplyRecord(std::string_view record, QueueImage& image) {
     if (!change) return false;
     changes.push_back(std::move(*change));
   }
-  for (const QueueChange& change : changes) image.Apply(change);
+  for (QueueChange& change : changes) image.Apply(std::move(change));
   form::Take(*time, image.now.last);
   return true;
 }

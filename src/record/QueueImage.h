@@ -37,7 +37,7 @@ struct JobMoved {
   JobId job = JobId::kNone;
   std::uint64_t place = 0;
 };
-struct JobSet {  // anything of it; its run stays
+struct JobSet {  // anything of it; the run of one that runs stays
   JobImage job;
 };
 struct Progress {  // `stage` kNone: of the job
@@ -53,7 +53,7 @@ struct LeftTaken {};  // what was left behind has been restored or forgotten
 struct SessionOver {  // the program has ended as it should; `resume`: restore it without asking
   bool resume = false;
 };
-// The program starts: what the session before had is left behind, if a job of it has not ended.
+// The program starts: what the session before had is left behind, see SessionImage::IsLeft.
 struct SessionBegins {
   std::int64_t last = 0;  // of the session before: when it was heard of last; 0: as it is known
 };
@@ -79,7 +79,8 @@ struct SessionImage {
   bool over = false;      // it ended as it should
   bool resume = false;
 
-  bool HasUnended() const;
+  // The next session has something to restore: jobs that had not ended; after a crash, any.
+  bool IsLeft() const;
   const JobImage* Find(JobId job) const;
 };
 
@@ -88,6 +89,7 @@ struct QueueImage {
   SessionImage now;
 
   void Apply(const QueueChange& change);
+  void Apply(QueueChange&& change);
 };
 
 // Changes that were written together, as one record. They count all or not at all.

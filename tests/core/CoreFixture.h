@@ -34,15 +34,17 @@ class RecordingObserver : public QueueObserver {
  public:
   static std::string Text(JobId id) { return std::to_string(static_cast<std::uint64_t>(id)); }
 
-  void JobStatusChanged(int groupId, JobId job, JobStatus status) override {
-    Note("status " + std::to_string(groupId) + " " + Text(job) + " " +
-         std::to_string(static_cast<int>(status)));
+  void JobStatusChanged(int groupId, const JobFile& job) override {
+    Note("status " + std::to_string(groupId) + " " + Text(job.id) + " " +
+         std::to_string(static_cast<int>(job.status)));
   }
-  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override {
-    Note("stage " + std::to_string(groupId) + " " + Text(job) + " " + Text(stage) + " " +
-         std::to_string(static_cast<int>(status)));
+  void StageStatusChanged(int groupId, const JobFile& job, const JobFile& stage) override {
+    Note("stage " + std::to_string(groupId) + " " + Text(job.id) + " " + Text(stage.id) + " " +
+         std::to_string(static_cast<int>(stage.status)));
   }
-  void JobsChanged(int groupId) override { Note("jobs " + std::to_string(groupId)); }
+  void JobsChanged(int groupId, const ListChange&) override {
+    Note("jobs " + std::to_string(groupId));
+  }
   void GroupRunChanged(int groupId) override { Note("run " + std::to_string(groupId)); }
   void SettingsChanged() override { Note("settings"); }
   void IntakeProgress(int done, int total, const std::string&, int) override {

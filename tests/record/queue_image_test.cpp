@@ -70,7 +70,8 @@ TEST(QueueImage, WhatASessionLeavesIsKeptUntilItIsTaken) {
   image.Apply(change::SessionBegins());
   image.Apply(change::GroupSet{1, "C", ""});
   image.Apply(change::JobAdded{1, Waits(1, JobStatus::kAborted)});
-  image.Apply(change::SessionBegins());  // nothing that had not ended
+  image.Apply(change::SessionOver());
+  image.Apply(change::SessionBegins());  // nothing that had not ended, and no crash
   ASSERT_EQ(image.left.size(), 2U);
   EXPECT_EQ(image.left[1].groups[0].name, "B");
   image.Apply(change::LeftTaken());

@@ -80,15 +80,26 @@ TEST_F(ProgramTest, TwoUsersEachHaveTheirOwn) {
   for (const Copy& copy : {mine, theirs}) EXPECT_EQ(waitpid(copy.pid, nullptr, WNOHANG), 0);
 }
 
-TEST_F(ProgramTest, ALostDisplayStopsTheSolverAndKeepsTheGroups) {
+// Nobody said stop: the solver runs on, and the next start goes on with it.
+TEST_F(ProgramTest, ALostDisplayAndAHangUpLeaveTheSolverToTheNextStart) {
   const std::string deck = Deck("long", "run 60");
   const Copy copy = Start("--submit " + deck);
   ASSERT_TRUE(WaitUntil([&] { return SolverRuns("long.k"); }));
   Key("ctrl+t");
   Command("xdotool windowkill " + main_);  // ends the connection
   EXPECT_EQ(WaitExit(copy), 1);
-  EXPECT_FALSE(SolverRuns("long.k")) << "the solver still runs";
   EXPECT_EQ(Groups(), "Group1=\nGroup2=\n");
+  EXPECT_TRUE(SolverRuns("long.k"));
+
+  const Copy second = Start("--restore");
+  kill(second.pid, SIGHUP);
+  EXPECT_GE(WaitExit(second), 0);
+  EXPECT_TRUE(SolverRuns("long.k"));
+
+  const Copy third = Start("--restore");
+  kill(third.pid, SIGTERM);
+  EXPECT_GE(WaitExit(third), 0);
+  EXPECT_FALSE(SolverRuns("long.k")) << "the one that was taken over is stopped like any other";
 }
 
 // Its second stage runs, has started a process in a session of its own, and obeys no signal.
@@ -106,7 +117,6 @@ TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
       {"int", "", [](const Copy& copy) { kill(copy.pid, SIGINT); }},
       {"script", "--quit-when-done ", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
       {"quit", "", quit},
-      {"display", "", [this](const Copy&) { Command("xdotool windowkill " + main_); }},
   };
   for (const auto& way : ways) {
     const std::string name = way.name;

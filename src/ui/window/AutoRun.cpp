@@ -61,9 +61,21 @@ AutoRun::~AutoRun() {
 }
 
 void AutoRun::AfterTick() {
-  if (!options_.submit || group_ || done_ || !JobsAreIn()) return;
-  group_ = application_.Manager().CurrentGroup();
-  if (group_) Submit();
+  if (!options_.submit || !groups_.empty() || done_ || !JobsAreIn()) return;
+  ChooseGroups();
+  if (!groups_.empty()) Submit();
+}
+
+void AutoRun::ChooseGroups() {
+  JobGroupManager& manager = application_.Manager();
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    const auto group = manager.GroupAt(i);
+    bool isWanted = i == manager.CurrentGroupIndex();
+    group->ReadJobs([&](const JobFile& job) {
+      isWanted = isWanted || (options_.restore && !HasEnded(job.status));
+    });
+    if (isWanted) groups_.push_back(group);
+  }
 }
 
 // False when it is to be asked again with the next look.
@@ -84,32 +96,39 @@ bool AutoRun::JobsAreIn() {
 
 // Past the window's action, which may ask a user something.
 void AutoRun::Submit() {
-  group_->Submit();
+  for (const auto& group : groups_) group->Submit();
   window_.Refresh();
   Fl::add_timeout(kLookSeconds, Look, this);
 }
 
 void AutoRun::Look(void* self) {
   auto* run = static_cast<AutoRun*>(self);
-  if (!run->group_) return run->AfterTick();
+  if (run->groups_.empty()) return run->AfterTick();
   if (run->Ended()) return run->Finish();
   Fl::repeat_timeout(kLookSeconds, Look, self);
 }
 
 // A job that was handed over when the queue had just ended has been promised to its copy.
 bool AutoRun::Ended() {
-  if (group_->Running() || application_.Intake().Busy()) return false;
+  if (application_.Intake().Busy()) return false;
+  bool all = true;
+  for (const auto& group : groups_) all = Ended(*group) && all;
+  return all;
+}
+
+bool AutoRun::Ended(JobGroup& group) const {
+  if (group.Running()) return false;
   bool queued = false;
-  group_->ReadJobs(
-      [&](const JobFile& job) { queued = queued || job.status == JobStatus::kQueued; });
-  return !queued || group_->StopRequested() || !group_->Submit();
+  group.ReadJobs([&](const JobFile& job) { queued = queued || job.status == JobStatus::kQueued; });
+  return !queued || group.StopRequested() || !group.Submit();
 }
 
 void AutoRun::Finish() {
   done_ = true;
   if (options_.quitWhenDone && !AllFinished()) Fail();
-  if (!options_.report.empty() &&
-      !FileDirWrapper::WriteFileWhole(options_.report, ReportText(*group_))) {
+  std::string report;
+  for (const auto& group : groups_) report += ReportText(*group);
+  if (!options_.report.empty() && !FileDirWrapper::WriteFileWhole(options_.report, report)) {
     const Message message(MessageId::kReportNotWritten, options_.report);
     application_.SettingsAndFiles().Log().Report(message);
     Print(message);
@@ -120,7 +139,9 @@ void AutoRun::Finish() {
 
 bool AutoRun::AllFinished() const {
   bool all = true;
-  group_->ReadJobs([&](const JobFile& job) { all = all && job.status == JobStatus::kFinished; });
+  for (const auto& group : groups_) {
+    group->ReadJobs([&](const JobFile& job) { all = all && job.status == JobStatus::kFinished; });
+  }
   return all;
 }
 
@@ -134,6 +155,6 @@ void AutoRun::Interrupted() {
 
 void AutoRun::Conclude() {
   if (done_ || !options_.submit) return;
-  if (group_) return Finish();
+  if (!groups_.empty()) return Finish();
   if (options_.quitWhenDone) Fail();
 }

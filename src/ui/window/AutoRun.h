@@ -5,14 +5,16 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/JobGroup.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/ProgramOptions.h"
 
-// Submits the current group when the jobs of the command line are in it, watches it until its queue
-// has ended, writes the report and ends the program, each as far as it was asked for. What went
-// wrong is the program's exit code. Interface thread.
+// Submits the current group when the jobs of the command line are in it, with --restore all groups
+// that have something to run, watches them until their queues have ended, writes the report and
+// ends the program, each as far as it was asked for. What went wrong is the program's exit code.
+// Interface thread.
 class AutoRun {
  public:
   // All outlive the object.
@@ -31,7 +33,9 @@ class AutoRun {
   static void Look(void* self);
   bool JobsAreIn();
   void Submit();
+  void ChooseGroups();
   bool Ended();
+  bool Ended(JobGroup& group) const;
   void Finish();
   void Fail();
   bool AllFinished() const;
@@ -40,7 +44,7 @@ class AutoRun {
   Flx_AppWnd& window_;
   const ProgramOptions options_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
-  std::shared_ptr<JobGroup> group_;  // the submitted one
+  std::vector<std::shared_ptr<JobGroup>> groups_;  // the submitted ones
   bool done_ = false;
 };
 

@@ -4,11 +4,11 @@
 
 #include <functional>
 
-// Calls `leave` on the interface thread when the system asks the program to end (SIGTERM, SIGINT,
-// SIGHUP; the last not when it was started to ignore that, as nohup does). A request that comes
-// while there is no function to call, as before the first window, waits for one. On Windows that
-// comes as a window message and nothing has to be done.
-void OnEndRequest(const std::function<void()>& leave);
+// Calls `leave` on the interface thread when somebody asks the program to end (SIGTERM, SIGINT),
+// and `hangUp` when its session ends (SIGHUP; not when it was started to ignore that, as nohup
+// does). A request that comes while there is no function to call, as before the first window, waits
+// for one. On Windows the first comes as a window message and nothing has to be done.
+void OnEndRequest(const std::function<void()>& leave, const std::function<void()>& hangUp);
 
 // Calls `save` on the interface thread when the connection to the display breaks; the process ends
 // when it returns. Nothing of the toolkit may be used in it. Call it with the display open. On

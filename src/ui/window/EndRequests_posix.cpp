@@ -19,6 +19,11 @@ std::function<void()>& Leave() {
   return leave;
 }
 
+std::function<void()>& HangUp() {
+  static std::function<void()> hangUp;
+  return hangUp;
+}
+
 std::function<void()>& Save() {
   static std::function<void()> save;
   return save;
@@ -30,24 +35,26 @@ int EndWithoutDisplay(Display*) {
   _exit(EXIT_FAILURE);
 }
 
-void TakeSignal(int) {
+void TakeSignal(int number) {
   const int before = errno;
-  const char byte = 0;
+  const char byte = number == SIGHUP ? 1 : 0;
   if (write(g_wakeUp[1], &byte, 1) < 0) errno = before;
 }
 
 void ReadSignals(int fd, void*) {
   if (!Leave()) return;
-  char bytes[16];
-  while (read(fd, bytes, sizeof bytes) > 0) {
-  }
+  bool hangUp = false;
+  char byte = 0;
+  while (read(fd, &byte, 1) > 0) hangUp = hangUp || byte == 1;
+  if (hangUp && HangUp()) return HangUp()();
   Leave()();
 }
 
 }  // namespace
 
-void OnEndRequest(const std::function<void()>& leave) {
+void OnEndRequest(const std::function<void()>& leave, const std::function<void()>& hangUp) {
   Leave() = leave;
+  HangUp() = hangUp;
   if (g_wakeUp[0] >= 0 || pipe2(g_wakeUp, O_CLOEXEC | O_NONBLOCK) != 0) return;
   Fl::add_fd(g_wakeUp[0], FL_READ, ReadSignals);
   struct sigaction action = {};

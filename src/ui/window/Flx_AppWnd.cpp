@@ -60,6 +60,9 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
                               Layout::TabsY(w()) - Layout::kToolRowHeight, application_, texts_);
   tabs_ = new GroupTabs(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
                         Layout::kTabHeight);
+  left_ = new LeftBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
+                      Layout::kLeftBarHeight, texts_);
+  left_->hide();
   status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
                           texts_.Get("ui_cancel"));
   end();
@@ -67,6 +70,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   size_range(Layout::kMinWidth, Layout::kMinHeight);
   ConnectParts();
   FilterEvents(this);
+  ShowLeft();
   Refresh();
   if (Table()) Table()->TakeFocus();
 }
@@ -116,6 +120,8 @@ void Flx_AppWnd::ConnectParts() {
   tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
   tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
+  left_->OnRestore = [this] { RestoreLeft(); };
+  left_->OnForget = [this] { ForgetLeft(); };
   status_->OnCancel = [this] { application_.Intake().Cancel(); };
   application_.TextFallback = [this](const std::string& path) {
     return TextViewer::Show(path, texts_);
@@ -154,9 +160,11 @@ void Flx_AppWnd::LayOut() {
   for (int tool = 0; tool < kToolCount; ++tool)
     tools_[static_cast<std::size_t>(tool)]->position(ToolX(static_cast<Action>(tool), w()), kToolY);
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
-  tabs_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kTabHeight);
+  const int offered = left_->visible() ? kLeftBarHeight + kMargin : 0;
+  left_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kLeftBarHeight);
+  tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);
-  const int y = TableY(w());
+  const int y = TableY(w()) + offered;
   if (JobTable* table = Table())
     table->resize(kMargin, y - 1, w() - 2 * kMargin, h() - kStatusHeight - kMargin - y + 1);
 }

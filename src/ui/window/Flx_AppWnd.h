@@ -20,6 +20,7 @@
 #include "ui/window/Actions.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"
+#include "ui/window/LeftBar.h"
 #include "ui/window/QueueNotes.h"
 #include "ui/window/SettingsRow.h"
 #include "ui/window/StatusBar.h"
@@ -42,6 +43,9 @@ class Flx_AppWnd : public Fl_Double_Window {
 
   // Brings settings, tabs, tables and the status line up to date.
   void Refresh();
+
+  // Takes over what is being typed.
+  void StoreTyped();
 
   // Ends the program without a question: running jobs are stopped, at most 30 seconds.
   void Leave();
@@ -70,6 +74,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowTabs();
   void ShowState();
   void ShowTools();
+  void ShowLeft();
   std::string ToolTip(Action action) const;
   void ShowCurrentJob();
   void SwitchToGroup(int index);
@@ -115,6 +120,9 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::string RefusalOfName(const std::string& name) const;
   std::string TimeSince(std::int64_t moment) const;  // seconds since 1970
   void ShowHelp();
+  void RestoreLeft();
+  void ForgetLeft();
+  std::string FateOfQueued() const;
   void Exit();
   // Tells the group (-1: all) to stop and waits with a small window. False when something still
   // runs after 30 seconds; says so.
@@ -144,6 +152,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::vector<ToolButton*> tools_;
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;
+  LeftBar* left_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups
   StatusBar* status_ = nullptr;
   Flx_Base_Dialog* dialog_ = nullptr;  // the one that runs

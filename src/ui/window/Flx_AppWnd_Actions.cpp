@@ -452,6 +452,40 @@ void Flx_AppWnd::ShowHelp() {
   dialog.Show("1.htm");
 }
 
+void Flx_AppWnd::RestoreLeft() {
+  const int jobs = application_.Left().Jobs();
+  application_.RestoreLeft();
+  ShowLeft();
+  Refresh();
+  redraw();
+  if (Table()) Table()->TakeFocus();
+  Say(texts_.Format("ui_left_restored", std::to_string(jobs)));
+}
+
+void Flx_AppWnd::ForgetLeft() {
+  const LeftBehind left = application_.Left();
+  if (!Ask(texts_.Get(left.stillRun > 0 ? "ui_left_ask_forget_runs" : "ui_left_ask_forget"),
+           ComnMsgBox::kRatherNo))
+    return;
+  application_.ForgetLeft();
+  ShowLeft();
+  LayOut();
+  redraw();
+}
+
+// What becomes of the queued jobs when the program ends; empty when there are none.
+std::string Flx_AppWnd::FateOfQueued() const {
+  static const char* const kKeys[] = {"ui_exit_lost", "ui_exit_offered", "ui_exit_restored"};
+  JobGroupManager& manager = application_.Manager();
+  int queued = 0;
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    queued += Count(*manager.GroupAt(i)).of[JobStatus::kQueued];
+  }
+  if (queued == 0) return {};
+  const int keep = std::clamp(application_.SettingsAndFiles().Get().keep_jobs, 0, 2);
+  return texts_.Format(kKeys[keep], std::to_string(queued)) + " ";
+}
+
 void Flx_AppWnd::Exit() {
   JobGroupManager& manager = application_.Manager();
   const auto groups = [&] {
@@ -460,7 +494,8 @@ void Flx_AppWnd::Exit() {
       all.push_back(manager.GroupAt(index));
     return all;
   };
-  if (manager.IsAnyJobActive() && !AskToLose(texts_.Get("msg_ask_exit"), groups())) return;
+  if (manager.IsAnyJobActive() && !AskToLose(FateOfQueued() + texts_.Get("msg_ask_exit"), groups()))
+    return;
   if (manager.IsAnyGroupRunning() && !StopAndWait(-1)) return;
   Leave();
 }

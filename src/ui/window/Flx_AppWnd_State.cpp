@@ -10,6 +10,7 @@
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
+#include "ui/window/LeftText.h"
 #include "util/files/FileDirWrapper.h"
 
 void Flx_AppWnd::Refresh() {
@@ -140,6 +141,16 @@ void Flx_AppWnd::ShowTools() {
   }
   const bool dyna = SolverEnabledFor(Action::kAddDyna);
   texts_.Set("ui_empty_hint", texts_.Stored(dyna ? "ui_empty_hint_dyna" : "ui_empty_hint_drop"));
+}
+
+void Flx_AppWnd::ShowLeft() {
+  const LeftBehind left = application_.Left();
+  left_->SetText(LeftText(left, texts_));
+  left.Jobs() > 0 ? left_->show() : left_->hide();
+}
+
+void Flx_AppWnd::StoreTyped() {
+  settings_->Commit();
 }
 
 void Flx_AppWnd::ShowCurrentJob() {

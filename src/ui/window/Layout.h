@@ -103,6 +103,7 @@ constexpr int TabsY(int windowWidth) {
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight;
 }
+inline constexpr int kLeftBarHeight = 30;  // above the tabs, while it offers something
 inline constexpr int kStatusHeight = 26;
 
 }  // namespace Layout

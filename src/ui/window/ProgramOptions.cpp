@@ -15,6 +15,8 @@ ProgramOptions TakeOptions(std::vector<std::string>& arguments) {
       options.submit = true;
     } else if (argument == "--quit-when-done") {
       options.quitWhenDone = true;
+    } else if (argument == "--restore") {
+      options.restore = true;
     } else if (argument == "--help") {
       options.help = true;
     } else if (argument == "--version") {
@@ -36,6 +38,9 @@ std::string UsageText(const std::string& title) {
          "Job files are added to the current group. When the program runs already, it takes them.\n"
          "\n"
          "  --submit           run the current group once the job files are in it\n"
+         "  --restore          bring back the jobs that the last session left; with --submit, run "
+         "all\n"
+         "                     groups that have some\n"
          "  --report=FILE      with --submit: when the jobs have ended, write one line for each:\n"
          "                     file, status, solver, message file or reason, start, end and\n"
          "                     seconds, between tabs\n"
@@ -45,6 +50,7 @@ std::string UsageText(const std::string& title) {
          "\n"
          "Exit code: 0 all is well; 1 no window can be shown; 4 not every job has finished, or "
          "the\n"
-         "report cannot be written; 8 --submit, but the program runs already, or --report or\n"
-         "--quit-when-done without it; 9 not every job file could be handed over.\n";
+         "report cannot be written; 8 --submit or --restore, but the program runs already, or "
+         "--report\n"
+         "or --quit-when-done without --submit; 9 not every job file could be handed over.\n";
 }

@@ -9,11 +9,12 @@ struct ProgramOptions {
   bool submit = false;  // --submit: run the current group once the command line's jobs are in it
   std::string report;   // --report=FILE: how the submitted jobs ended; absolute
   bool quitWhenDone = false;  // --quit-when-done: end the program then
+  bool restore = false;       // --restore: bring back what the last session left
   bool help = false;          // --help
   bool version = false;       // --version
 
   // What only the copy that has the window can do.
-  bool IsForOwnRun() const { return submit; }
+  bool IsForOwnRun() const { return submit || restore; }
   // A report and an end belong to a run that is begun here; a user begins and ends others.
   bool LackSubmit() const { return !submit && (quitWhenDone || !report.empty()); }
 };

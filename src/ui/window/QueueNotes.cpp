@@ -59,15 +59,15 @@ void QueueNotes::Deliver() {
   next_ = ended + std::chrono::duration_cast<Clock::duration>(rest);
 }
 
-void QueueNotes::JobStatusChanged(int groupId, JobId job, JobStatus) {
-  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
+void QueueNotes::JobStatusChanged(int groupId, const JobFile& job) {
+  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job.id); });
 }
 
-void QueueNotes::StageStatusChanged(int groupId, JobId job, JobId, JobStatus) {
-  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job); });
+void QueueNotes::StageStatusChanged(int groupId, const JobFile& job, const JobFile&) {
+  Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job.id); });
 }
 
-void QueueNotes::JobsChanged(int groupId) {
+void QueueNotes::JobsChanged(int groupId, const ListChange&) {
   Take([&](QueueChanges& changes) { changes.groups.insert(groupId); });
 }
 

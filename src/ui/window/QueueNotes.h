@@ -34,9 +34,9 @@ class QueueNotes : public QueueObserver {
   // Called on the interface thread after something changed. Set before the manager observes.
   std::function<void(const QueueChanges& changes)> OnChanges;
 
-  void JobStatusChanged(int groupId, JobId job, JobStatus status) override;
-  void StageStatusChanged(int groupId, JobId job, JobId stage, JobStatus status) override;
-  void JobsChanged(int groupId) override;
+  void JobStatusChanged(int groupId, const JobFile& job) override;
+  void StageStatusChanged(int groupId, const JobFile& job, const JobFile& stage) override;
+  void JobsChanged(int groupId, const ListChange& change) override;
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;
   void IntakeProgress(int done, int total, const std::string& file, int percent) override;

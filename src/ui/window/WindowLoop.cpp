@@ -31,7 +31,7 @@ void Poll(void* data) {
 
 void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
                const Message& failure) {
-  OnEndRequest(nullptr);  // the jobs of the command line wait in a file already
+  OnEndRequest(nullptr, nullptr);  // the jobs of the command line wait in a file already
   Fl::lock();             // other threads wake the event loop
   Theme::Apply(application.language);
   SetProgramIcon();
@@ -40,21 +40,28 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   SetToolkitTexts(texts);
   Flx_AppWnd window(application, notes, texts);
   AutoRun autoRun(application, window, options);
-  OnEndRequest([&window, &autoRun] {
-    autoRun.Interrupted();
-    window.Leave();
-  });
+  OnEndRequest(
+      [&window, &autoRun] {
+        autoRun.Interrupted();
+        window.Leave();
+      },
+      [&application, &window, &autoRun] {
+        autoRun.Interrupted();
+        window.StoreTyped();
+        application.LeaveRunning();
+      });
   PollData poll{application, autoRun};
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
   if (!failure.Empty()) application.Manager().Observer().Logged(failure);
   OnDisplayLost([&application] {
     application.SettingsAndFiles().Log().Note(Message(MessageId::kDisplayGone));
-    application.Shutdown();
+    application.exitCode = ExitCode::kNoDisplay;
+    application.LeaveRunning();
   });
   Fl::run();
   autoRun.Conclude();
   Fl::remove_timeout(Poll, &poll);
-  OnEndRequest(nullptr);
+  OnEndRequest(nullptr, nullptr);
   OnDisplayLost(nullptr);
 }

@@ -1,0 +1,201 @@
+#include "core/QueueRecord.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "solvers/SolverKinds.h"
+#include "util/process/ProcessIdentity.h"
+#include "util/text/DateTimeWrapper.h"
+
+namespace {
+
+constexpr std::chrono::seconds kFlushPatience{5};
+
+bool IsRunBy(const JobImage& job) {
+  return job.run && job.run->machine == MachineName() && Runs(job.run->process);
+}
+
+// Its solver was started and has not been judged.
+bool GoesOn(const JobImage& job) {
+  return job.fields.status == JobStatus::kRunning && job.run &&
+         job.run->verdict == JobStatus::kRunning;
+}
+
+// The first stage that had not ended. A run goes on from there.
+int StageOf(const JobImage& job) {
+  const auto first = std::find_if(job.stages.begin(), job.stages.end(), [](const JobImage& stage) {
+    return stage.fields.status != JobStatus::kFinished;
+  });
+  if (first == job.stages.end()) return job.fields.firstStage;
+  return std::max(static_cast<int>(first - job.stages.begin()), job.fields.firstStage);
+}
+
+}  // namespace
+
+struct QueueRecord::Resumed {
+  std::shared_ptr<JobGroup> group;
+  JobId job;
+  RunRecord run;
+};
+
+QueueRecord::QueueRecord(SettingsAndPaths& settings)
+    : settings_(settings),
+      writer_(RecordFilesIn(settings.workFolder), settings.Log().Sink(),
+              [&settings](const Message& message) { settings.Log().Note(message); }) {}
+
+void QueueRecord::Begin() {
+  QueueImage before = writer_.Begin(settings_.Get().keep_jobs != kNever);
+  if (!before.now.over) {
+    for (const GroupImage& group : before.now.groups) {
+      if (group.id == before.now.current) lostCurrent_ = static_cast<int>(lostGroups_.size());
+      lostGroups_.emplace_back(group.name, group.text);
+    }
+  }
+  resume_ = before.now.resume;
+  before.Apply(change::SessionBegins());
+  left_ = std::move(before.left);
+}
+
+LeftBehind QueueRecord::Left() const {
+  LeftBehind left;
+  for (const SessionImage& session : left_) {
+    left.last = std::max(left.last, session.last);
+    for (const auto& [id, job] : session.jobs) {
+      const JobStatus status = job.fields.status;
+      const bool isRunning = status == JobStatus::kRunning;
+      ++(HasEnded(status) ? left.ended
+         : !isRunning     ? left.queued
+         : IsRunBy(job)   ? left.stillRun
+                          : left.wereRunning);
+    }
+  }
+  return left;
+}
+
+void QueueRecord::Restore(JobGroupManager& manager) {
+  if (left_.empty()) return;
+  std::vector<Resumed> resumed;
+  writer_.Hold();  // a crash finds all of it restored, or nothing
+  for (const SessionImage& session : left_) RestoreSession(session, manager, resumed);
+  writer_.Put(change::LeftTaken());
+  writer_.Release();
+  left_.clear();
+  for (const Resumed& one : resumed) one.group->Resume(one.job, one.run);
+}
+
+void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& manager,
+                                 std::vector<Resumed>& resumed) {
+  bool isUntouched = true;
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    const auto group = manager.GroupAt(i);
+    isUntouched = isUntouched && group->JobCount() == 0 && !group->Running();
+  }
+  const int before = isUntouched && !session.groups.empty() ? manager.GroupCount() : 0;
+  std::vector<std::shared_ptr<JobGroup>> groups;
+  for (const GroupImage& image : session.groups) {
+    int index = before > 0 ? -1 : manager.IndexOfName(image.name);
+    if (index < 0) {
+      index = manager.AddGroup(image.name);
+      manager.GroupAt(index)->SetText(image.text);
+    }
+    groups.push_back(manager.GroupAt(index));
+    if (image.id == session.current) manager.SetCurrentGroup(index);
+  }
+  for (int i = 0; i < before; ++i) manager.RemoveGroup(0);
+  if (manager.CurrentGroupIndex() < 0) manager.SetCurrentGroup(0);
+
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    for (const JobId id : session.groups[i].jobs) {
+      const JobImage* const image = session.Find(id);
+      if (image == nullptr) continue;
+      const std::shared_ptr<JobFile> job = Revived(*image);
+      groups[i]->AddJob(job);
+      if (!GoesOn(*image)) continue;
+      RunRecorded(job->id, *image->run);
+      resumed.push_back({groups[i], job->id, *image->run});
+    }
+  }
+}
+
+// The job as it is to be in the list. One whose run goes on stays Running.
+std::shared_ptr<JobFile> QueueRecord::Revived(const JobImage& image) const {
+  const auto make = [this](SolverKind kind) { return RowOfKind(kind).makeJob(settings_.Get()); };
+  const std::shared_ptr<JobFile> job = make(image.kind);
+  Fill(*job, image, make);
+  if (HasEnded(job->status) || GoesOn(image)) return job;
+  job->firstStage = StageOf(image);
+  for (const std::shared_ptr<JobFile>& stage : job->stages) {
+    if (!HasEnded(stage->status)) stage->status = JobStatus::kQueued;
+  }
+  const bool wasRunning = job->status == JobStatus::kRunning;
+  job->status = JobStatus::kQueued;
+  job->SetRunError(0, {});
+  if (wasRunning && !image.run) {
+    job->status = JobStatus::kAborted;
+    job->ended = DateTimeWrapper::CurrentTime();
+    job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->jobFile));
+  } else if (wasRunning && job->stages.empty()) {  // it had ended, which nobody wrote down
+    job->status = image.run->verdict;
+    job->ended = image.run->ended;
+    job->SetMessageFile(image.run->messageFile);
+    job->SetRunError(image.run->errorCode, image.run->reason);
+  }
+  return job;
+}
+
+void QueueRecord::Forget() {
+  left_.clear();
+  writer_.Put(change::LeftTaken());
+}
+
+void QueueRecord::End(bool resume) {
+  writer_.Put(change::SessionOver{resume});
+  Flush();
+}
+
+void QueueRecord::Flush() {
+  writer_.Flush(kFlushPatience);
+}
+
+// A job that is queued again has stages that are.
+void QueueRecord::JobStatusChanged(int, const JobFile& job) {
+  if (job.status == JobStatus::kQueued && !job.stages.empty()) {
+    writer_.Put(change::JobSet{ImageOf(job)});
+  } else {
+    writer_.Put(change::Progress{job.id, JobId::kNone, ProgressOf(job)});
+  }
+}
+
+void QueueRecord::StageStatusChanged(int, const JobFile& job, const JobFile& stage) {
+  writer_.Put(change::Progress{job.id, stage.id, ProgressOf(stage)});
+}
+
+void QueueRecord::JobsChanged(int groupId, const ListChange& change) {
+  switch (change.what) {
+    case ListChange::What::kAdded:
+      return writer_.Put(change::JobAdded{groupId, ImageOf(change.job)});
+    case ListChange::What::kRemoved:
+      return writer_.Put(change::JobGone{change.job.id});
+    case ListChange::What::kMoved:
+      return writer_.Put(change::JobMoved{change.job.id, change.place});
+    case ListChange::What::kFields:
+      return writer_.Put(change::JobSet{ImageOf(change.job)});
+  }
+}
+
+void QueueRecord::GroupChanged(int groupId, const std::string& name, const std::string& text) {
+  writer_.Put(change::GroupSet{groupId, name, text});
+}
+
+void QueueRecord::GroupRemoved(int groupId) {
+  writer_.Put(change::GroupGone{groupId});
+}
+
+void QueueRecord::CurrentGroupChanged(int groupId) {
+  writer_.Put(change::CurrentGroup{groupId});
+}
+
+void QueueRecord::RunRecorded(JobId job, const RunRecord& run) {
+  writer_.Put(change::Run{job, run});
+  writer_.PutRun(run);
+}

@@ -1,0 +1,83 @@
+// Keeps the queue on disk, and brings back what the last session left.
+#ifndef KR_CORE_QUEUERECORD_H
+#define KR_CORE_QUEUERECORD_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/JobGroupManager.h"
+#include "core/QueueObserver.h"
+#include "core/SettingsAndPaths.h"
+#include "record/RecordWriter.h"
+
+// The jobs that earlier sessions left behind.
+struct LeftBehind {
+  int queued = 0;
+  int wereRunning = 0;    // their solver is gone
+  int stillRun = 0;       // it is not
+  int ended = 0;          // come back too, as they ended
+  std::int64_t last = 0;  // when they were heard of last, seconds since 1970
+
+  int Jobs() const { return queued + wereRunning + stillRun + ended; }
+};
+
+// Owned by the application; outlives the manager, whose recorder it is. The observer's calls come
+// from any thread and cost it a copy of the job; the rest is the interface thread's.
+class QueueRecord : public QueueObserver {
+ public:
+  // What keep_jobs of the settings says.
+  enum Keep : int { kNever = 0, kOffer = 1, kAtOnce = 2 };
+
+  explicit QueueRecord(SettingsAndPaths& settings);
+
+  // Reads the record; from here on every change is kept in it. Before the first group is made.
+  void Begin();
+  // The groups of a session that ended as none should, so that the group file does not have them;
+  // empty: it has.
+  const std::vector<SettingsAndPaths::GroupEntry>& LostGroups() const { return lostGroups_; }
+  int LostCurrent() const { return lostCurrent_; }  // which of them was current
+  // The last session wanted its jobs back without a question.
+  bool WantsRestore() const { return resume_; }
+
+  // All zero when there is nothing. Looks for processes.
+  LeftBehind Left() const;
+  // Puts them into the groups of their names, behind what is there; groups that are missing are
+  // made. As long as no group has a job, the groups become those of the record as a whole. Waiting
+  // jobs are queued again; solvers that still run are watched, those that have ended are judged.
+  void Restore(JobGroupManager& manager);
+  void Forget();
+
+  // The program ends as it should; `resume`: the next one restores without a question.
+  void End(bool resume);
+  // Waits until all is on the disk, at most a few seconds.
+  void Flush();
+
+  void JobStatusChanged(int groupId, const JobFile& job) override;
+  void StageStatusChanged(int groupId, const JobFile& job, const JobFile& stage) override;
+  void JobsChanged(int groupId, const ListChange& change) override;
+  void GroupChanged(int groupId, const std::string& name, const std::string& text) override;
+  void GroupRemoved(int groupId) override;
+  void CurrentGroupChanged(int groupId) override;
+  void RunRecorded(JobId job, const RunRecord& run) override;
+  void GroupRunChanged(int) override {}
+  void SettingsChanged() override {}
+  void IntakeProgress(int, int, const std::string&, int) override {}
+  void Logged(const Message&) override {}
+
+ private:
+  struct Resumed;
+  void RestoreSession(const SessionImage& session, JobGroupManager& manager,
+                      std::vector<Resumed>& resumed);
+  std::shared_ptr<JobFile> Revived(const JobImage& image) const;
+
+  SettingsAndPaths& settings_;
+  RecordWriter writer_;
+  std::vector<SessionImage> left_;
+  std::vector<SettingsAndPaths::GroupEntry> lostGroups_;
+  int lostCurrent_ = 0;
+  bool resume_ = false;
+};
+
+#endif

@@ -1,0 +1,178 @@
+#include "core/QueueRecord.h"
+
+#include <gtest/gtest.h>
+
+#include "CoreFixture.h"
+#include "support/Standin.h"
+#include "util/process/ProcessIdentity.h"
+
+namespace {
+
+// The program from a start to its end, which is a crash unless it says otherwise.
+struct Session {
+  explicit Session(const char* title) : settings(title) {
+    settings.SetSolverPath(SolverKind::kLsDynaSingle, StandinSolver());
+    settings.Set(&Settings::pause_time, 0);
+    record.Begin();
+    for (const auto& [name, text] : record.LostGroups()) manager.AddGroup(name);
+    if (manager.GroupCount() == 0) manager.AddGroup("Group1");
+    manager.SetCurrentGroup(0);
+  }
+
+  std::shared_ptr<JobFileDyna> Add(const std::string& deck, JobStatus status = JobStatus::kQueued,
+                                   int group = 0) {
+    auto job = std::make_shared<JobFileDyna>(settings.Get());
+    job->jobFile = deck;
+    job->status = status;
+    manager.GroupAt(group)->AddJob(job);
+    return job;
+  }
+
+  // "name: deck status, ..." of each group.
+  std::vector<std::string> Queue() {
+    std::vector<std::string> queue;
+    for (int i = 0; i < manager.GroupCount(); ++i) {
+      std::string line = manager.GroupAt(i)->Name() + ":";
+      manager.GroupAt(i)->ReadJobs([&](const JobFile& job) {
+        line += ' ' + job.jobFile + ' ' + JobStatusWord(job.status).English();
+      });
+      queue.push_back(line);
+    }
+    return queue;
+  }
+
+  SettingsAndPaths settings;
+  std::vector<std::unique_ptr<JobSolver>> solvers = MakeQuickSolvers();
+  QueueRecord record{settings};
+  JobGroupManager manager{settings, solvers, &record};
+};
+
+class QueueRecordTest : public CoreTest {
+ protected:
+  static std::unique_ptr<Session> Start() { return std::make_unique<Session>(kTitle); }
+
+  // A run whose process is gone, or is somebody else's.
+  static RunRecord RunOf(const JobFile& job, std::int32_t process, const std::string& mark) {
+    RunRecord run;
+    run.started = 1000;
+    run.jobFile = job.jobFile;
+    run.folder = job.Folder();
+    run.machine = MachineName();
+    run.process = {process, mark};
+    return run;
+  }
+};
+
+using Queue = std::vector<std::string>;
+
+TEST_F(QueueRecordTest, EachJobComesBackAsItsStatusWants) {
+  auto first = Start();
+  first->manager.AddGroup("Empty");
+  first->manager.AddGroup("Second");
+  first->manager.SetCurrentGroup(2);
+  const auto finished = first->Add("a.k", JobStatus::kFinished);
+  finished->SetMessageFile("messag.kra");
+  first->manager.GroupAt(0)->SetMemory(finished->id, 77);
+  first->Add("b.k", JobStatus::kWaiting);
+  first->Add("c.k", JobStatus::kRunning);
+  const auto stages = first->Add("d.k", JobStatus::kQueued, 2);
+  for (const char* deck : {"d1.k", "d2.k"}) {
+    auto stage = std::make_shared<JobFileDyna>(first->settings.Get());
+    stage->jobFile = deck;
+    first->manager.GroupAt(2)->AddStage(stages->id, stage);
+  }
+  first.reset();
+
+  const auto second = Start();
+  const LeftBehind left = second->record.Left();
+  EXPECT_EQ(left.queued, 2);
+  EXPECT_EQ(left.wereRunning, 1);
+  EXPECT_EQ(left.stillRun, 0);
+  EXPECT_EQ(left.ended, 1);
+  second->record.Restore(second->manager);
+  EXPECT_EQ(second->Queue(),
+            (Queue{"Group1: a.k Finished b.k Queued c.k Aborted", "Empty:", "Second: d.k Queued"}));
+  EXPECT_EQ(second->manager.CurrentGroupIndex(), 2);
+  second->manager.GroupAt(0)->ReadJobs([](const JobFile& job) {
+    if (job.jobFile == "a.k") {
+      EXPECT_EQ(job.memory, 77U);
+      EXPECT_EQ(job.MessageFile(), "messag.kra");
+    }
+    if (job.jobFile == "c.k") {
+      EXPECT_EQ(job.RunMessage().Id(), MessageId::kEndedBeforeItsSolver);
+    }
+  });
+  second->manager.GroupAt(2)->ReadJobs([](const JobFile& job) {
+    ASSERT_EQ(job.stages.size(), 2U);
+    EXPECT_EQ(job.stages[1]->jobFile, "d2.k");
+  });
+  EXPECT_EQ(second->record.Left().Jobs(), 0);
+}
+
+TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
+  Start()->Add("a.k");
+  {
+    const auto second = Start();
+    EXPECT_EQ(second->record.Left().queued, 1);
+    second->Add("b.k");
+    second->record.End(false);
+  }
+  {
+    const auto third = Start();
+    EXPECT_EQ(third->record.Left().queued, 2);
+    third->Add("c.k");
+    third->record.Restore(third->manager);
+    EXPECT_EQ(third->Queue(), Queue{"Group1: c.k Queued a.k Queued b.k Queued"});
+  }
+  {
+    const auto fourth = Start();
+    EXPECT_EQ(fourth->record.Left().queued, 3) << "restored once, not twice";
+    fourth->record.Forget();
+  }
+  EXPECT_EQ(Start()->record.Left().Jobs(), 0);
+}
+
+TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsAllBack) {
+  {
+    const auto first = Start();
+    first->Add("a.k");
+    first->record.End(true);
+  }
+  {
+    const auto second = Start();
+    EXPECT_TRUE(second->record.WantsRestore());
+    second->settings.Set(&Settings::keep_jobs, 0);
+    second->settings.WriteSettings();
+  }
+  SettingsAndPaths settings(kTitle);
+  settings.ReadSettings();
+  {
+    QueueRecord record(settings);
+    record.Begin();
+    EXPECT_EQ(record.Left().Jobs(), 0);
+  }
+  EXPECT_EQ(Start()->record.Left().Jobs(), 0);
+}
+
+// An id that another program has now is not the solver.
+TEST_F(QueueRecordTest, ASolverThatIsGoneIsJudgedByItsFiles) {
+  const std::int32_t own = PTWrapperProcess().ProcessId();
+  {
+    const auto first = Start();
+    const auto job = first->Add(Deck("a/deck.k"), JobStatus::kRunning);
+    first->record.RunRecorded(job->id, RunOf(*job, own, "another start"));
+  }
+  const auto second = Start();
+  EXPECT_EQ(second->record.Left().stillRun, 0);
+  EXPECT_EQ(second->record.Left().wereRunning, 1);
+  second->record.Restore(second->manager);
+  const auto group = second->manager.GroupAt(0);
+  ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+  group->ReadJobs([](const JobFile& job) {
+    EXPECT_EQ(job.status, JobStatus::kAborted);
+    EXPECT_EQ(job.started, 1000);
+    EXPECT_FALSE(job.RunMessage().Empty());
+  });
+}
+
+}  // namespace

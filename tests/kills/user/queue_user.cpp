@@ -1,0 +1,249 @@
+// A user at random, without a window: restores the queue that the record has, then adds, moves,
+// edits, submits and removes until somebody kills it. Prints what the queue is to be, a line each,
+// before it makes it so: milliseconds of the steady clock, then the queue. "ready" stands in front
+// of the first one, which is as it was restored. Ends by itself only when the queue is not what it
+// said.
+//
+//   queue_user SEED
+#include <chrono>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/Application.h"
+
+namespace {
+
+struct Job {
+  std::string file;
+  std::string options;
+  std::uint64_t memory = 0;
+  int cpus = 0;
+  int pause = 0;
+  std::vector<std::string> stages;
+  char status = 'Q';  // '*': any
+};
+
+struct Group {
+  std::string name;
+  std::string text;
+  std::vector<Job> jobs;
+};
+
+struct Model {
+  std::vector<Group> groups;
+  std::size_t current = 0;
+
+  std::string Text() const {
+    std::string text;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      text += (i == current ? "[>" : "[") + groups[i].name + '|' + groups[i].text;
+      for (const Job& job : groups[i].jobs) {
+        text += " {" + job.file + '|' + job.options + '|' + std::to_string(job.memory) + '|' +
+                std::to_string(job.cpus) + '|' + std::to_string(job.pause);
+        for (const std::string& stage : job.stages) text += '|' + stage;
+        text += std::string("|") + job.status + '}';
+      }
+      text += ']';
+    }
+    return text;
+  }
+};
+
+char Letter(JobStatus status) {
+  return "QWRFA"[static_cast<int>(status)];
+}
+
+Model ModelOf(JobGroupManager& manager) {
+  Model model;
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    const auto group = manager.GroupAt(i);
+    Group& made = model.groups.emplace_back(Group{group->Name(), group->Text(), {}});
+    group->ReadJobs([&](const JobFile& job) {
+      Job& one = made.jobs.emplace_back(Job{
+          job.jobFile, job.extraOptions, job.memory, job.ncpu, job.pause, {}, Letter(job.status)});
+      for (const auto& stage : job.stages) one.stages.push_back(stage->jobFile);
+    });
+  }
+  model.current = static_cast<std::size_t>(manager.CurrentGroupIndex());
+  return model;
+}
+
+class User {
+ public:
+  User(JobGroupManager& manager, SettingsAndPaths& settings, unsigned seed)
+      : manager_(manager), settings_(settings), random_(seed), model_(ModelOf(manager)) {
+    Say("ready ");
+  }
+
+  bool Step() {
+    const unsigned what = Number(100);
+    if (what < 30) return Add();
+    if (what < 40) return Remove();
+    if (what < 55) return Move();
+    if (what < 75) return Edit();
+    if (what < 90) return ChangeGroups();
+    if (what < 95) return Submit();
+    return Resubmit();
+  }
+
+ private:
+  unsigned Number(unsigned below) { return std::uniform_int_distribution(0U, below - 1)(random_); }
+  std::string Word() { return "w" + std::to_string(Number(1000000)); }
+
+  void Say(const char* head = "") {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+    std::printf("%s%lld %s\n", head, static_cast<long long>(ms), model_.Text().c_str());
+    std::fflush(stdout);
+  }
+
+  bool IsSo() {
+    const std::string is = ModelOf(manager_).Text();
+    if (is == model_.Text()) return true;
+    std::printf("wrong %s\n", is.c_str());
+    return false;
+  }
+
+  std::size_t AnyGroup() { return Number(static_cast<unsigned>(model_.groups.size())); }
+  std::shared_ptr<JobGroup> Real(std::size_t group) {
+    return manager_.GroupAt(static_cast<int>(group));
+  }
+  // False when the group has no job.
+  bool Pick(std::size_t& group, std::size_t& place, JobId& id) {
+    group = AnyGroup();
+    const std::size_t jobs = model_.groups[group].jobs.size();
+    if (jobs == 0) return false;
+    place = Number(static_cast<unsigned>(jobs));
+    id = Real(group)->JobIds().at(place);
+    return true;
+  }
+
+  bool Add() {
+    const std::size_t group = AnyGroup();
+    if (model_.groups[group].jobs.size() > 30) return true;
+    auto job = std::make_shared<JobFileDyna>(settings_.Get());
+    job->jobFile = "/nowhere/" + Word() + ".k";
+    job->memory = Number(5000);
+    job->pause = 0;
+    Job made{job->jobFile, "", job->memory, 0, 0, {}, 'Q'};
+    for (unsigned i = Number(4); i > 2; --i) {
+      job->stages.push_back(std::make_shared<JobFileDyna>(settings_.Get()));
+      made.stages.push_back(job->stages.back()->jobFile = "/nowhere/" + Word() + ".k");
+    }
+    model_.groups[group].jobs.push_back(made);
+    Say();
+    Real(group)->AddJob(job);
+    return IsSo();
+  }
+
+  bool Remove() {
+    std::size_t group = 0, place = 0;
+    JobId id{};
+    if (!Pick(group, place, id)) return true;
+    auto& jobs = model_.groups[group].jobs;
+    jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(place));
+    Say();
+    Real(group)->RemoveJob(id);
+    return IsSo();
+  }
+
+  bool Move() {
+    std::size_t group = 0, place = 0;
+    JobId id{};
+    if (!Pick(group, place, id)) return true;
+    auto& jobs = model_.groups[group].jobs;
+    const bool up = Number(2) == 0;
+    const bool can = jobs[place].status == 'Q' &&
+                     (up ? place > 0 && jobs[place - 1].status == 'Q' : place + 1 < jobs.size());
+    if (can) std::swap(jobs[place], jobs[up ? place - 1 : place + 1]);
+    Say();
+    Real(group)->MoveJob(id, up);
+    return IsSo();
+  }
+
+  bool Edit() {
+    std::size_t group = 0, place = 0;
+    JobId id{};
+    if (!Pick(group, place, id)) return true;
+    Job& job = model_.groups[group].jobs[place];
+    const unsigned what = Number(3);
+    if (what == 0) job.memory = Number(9000);
+    if (what == 1) job.cpus = static_cast<int>(Number(64));
+    if (what == 2) job.options = Word();
+    Say();
+    if (what == 0) Real(group)->SetMemory(id, job.memory);
+    if (what == 1) Real(group)->SetCpuCount(id, job.cpus);
+    if (what == 2) Real(group)->SetExtraOptions(id, job.options);
+    return IsSo();
+  }
+
+  bool ChangeGroups() {
+    const std::size_t group = AnyGroup();
+    const unsigned what = Number(5);
+    const bool add = what == 0 && model_.groups.size() < 8;
+    const bool remove = what == 1 && model_.groups.size() > 4;
+    if (add) model_.groups.push_back({Word(), "", {}});
+    if (remove) {
+      model_.groups.erase(model_.groups.begin() + static_cast<std::ptrdiff_t>(group));
+      const bool before = group < model_.current || model_.current == model_.groups.size();
+      if (before) --model_.current;
+    }
+    if (what == 2) model_.groups[group].name = Word();
+    if (what == 3) model_.groups[group].text = Word();
+    if (what == 4) model_.current = group;
+    Say();
+    if (add) manager_.AddGroup(model_.groups.back().name);
+    if (remove) manager_.RemoveGroup(static_cast<int>(group));
+    if (what == 2) Real(group)->SetName(model_.groups[group].name);
+    if (what == 3) Real(group)->SetText(model_.groups[group].text);
+    if (what == 4) manager_.SetCurrentGroup(static_cast<int>(group));
+    return IsSo();
+  }
+
+  // No solver is set: each job of the group is Aborted at once.
+  bool Submit() {
+    const std::size_t group = AnyGroup();
+    for (Job& job : model_.groups[group].jobs) {
+      if (job.status == 'Q') job.status = '*';
+    }
+    Say();
+    Real(group)->Submit();
+    while (Real(group)->Running()) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    for (Job& job : model_.groups[group].jobs) {
+      if (job.status == '*') job.status = 'A';
+    }
+    Say();
+    return IsSo();
+  }
+
+  bool Resubmit() {
+    std::size_t group = 0, place = 0;
+    JobId id{};
+    if (!Pick(group, place, id)) return true;
+    model_.groups[group].jobs[place].status = 'Q';
+    Say();
+    Real(group)->Resubmit(id);
+    return IsSo();
+  }
+
+  JobGroupManager& manager_;
+  SettingsAndPaths& settings_;
+  std::mt19937 random_;
+  Model model_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return 2;
+  Application application;
+  if (!application.Initialise(1, argv, {.restore = true})) return 3;
+  application.SettingsAndFiles().Set(&Settings::pause_time, 0);
+  User user(application.Manager(), application.SettingsAndFiles(),
+            static_cast<unsigned>(std::stoul(argv[1])));
+  while (user.Step()) std::this_thread::sleep_for(std::chrono::microseconds(500));
+  return 1;
+}
