@@ -1,5 +1,7 @@
 #include "record/Form.h"
 
+#include <algorithm>
+
 namespace form {
 
 namespace {
@@ -60,9 +62,76 @@ bool ToLatin1(const std::string& text, std::string& bytes) {
   return true;
 }
 
-bool TakeMessage(const Json& json, Message& message, int depth);
+// Takes what the parser finds. A list or object that is open does not move: only the innermost one
+// gets items.
+class Builder : public Json::json_sax_t {
+ public:
+  Value root;
 
-std::optional<Message::Argument> ArgumentOf(const Json& json, int depth) {
+  bool null() override { return Add(Value::Kind::kNone) != nullptr; }
+  bool boolean(bool value) override {
+    Value* const added = Add(Value::Kind::kBool);
+    added->flag = value;
+    return true;
+  }
+  bool number_integer(number_integer_t value) override {
+    Add(Value::Kind::kInteger)->integer = value;
+    return true;
+  }
+  bool number_unsigned(number_unsigned_t value) override {
+    Add(Value::Kind::kUnsigned)->whole = value;
+    return true;
+  }
+  bool number_float(number_float_t, const string_t&) override { return null(); }
+  bool string(string_t& value) override {
+    Add(Value::Kind::kText)->text = std::move(value);
+    return true;
+  }
+  bool binary(binary_t&) override { return false; }
+  bool start_object(std::size_t) override { return Open(Value::Kind::kObject); }
+  bool key(string_t& value) override {
+    key_ = std::move(value);
+    return true;
+  }
+  bool end_object() override { return Close(); }
+  bool start_array(std::size_t) override { return Open(Value::Kind::kList); }
+  bool end_array() override { return Close(); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    return false;
+  }
+
+ private:
+  static constexpr std::size_t kDeepestNest = 64;
+
+  Value* Add(Value::Kind kind) {
+    Value* added = &root;
+    if (!open_.empty()) {
+      added = &open_.back()->items.emplace_back();
+      if (open_.back()->IsObject()) added->key = std::move(key_);
+    }
+    added->kind = kind;
+    return added;
+  }
+  bool Open(Value::Kind kind) {
+    constexpr std::size_t kUsualMembers = 12;
+    if (open_.size() >= kDeepestNest) return false;
+    Value* const added = Add(kind);
+    if (kind == Value::Kind::kObject) added->items.reserve(kUsualMembers);
+    open_.push_back(added);
+    return true;
+  }
+  bool Close() {
+    open_.pop_back();
+    return true;
+  }
+
+  std::vector<Value*> open_;
+  std::string key_;
+};
+
+bool TakeMessage(const Value& json, Message& message, int depth);
+
+std::optional<Message::Argument> ArgumentOf(const Value& json, int depth) {
   std::string text;
   std::int64_t number = 0;
   Message inner;
@@ -72,28 +141,27 @@ std::optional<Message::Argument> ArgumentOf(const Json& json, int depth) {
   return std::nullopt;
 }
 
-bool TakeMessage(const Json& json, Message& message, int depth) {
-  if (!json.is_object() || depth > kDeepest) return false;
-  const auto id = json.find("id");
-  if (id == json.end() || !id->is_string()) return false;
+bool TakeMessage(const Value& json, Message& message, int depth) {
+  const Value* const id = json.Find("id");
+  if (id == nullptr || !id->IsText() || depth > kDeepest) return false;
   std::vector<Message::Argument> arguments;
   bool whole = true;
-  if (const auto with = json.find("with"); with != json.end()) {
-    for (const Json& one : *with) {
+  if (const Value* const with = json.Find("with")) {
+    for (const Value& one : with->items) {
       std::optional<Message::Argument> argument = ArgumentOf(one, depth);
       whole = whole && argument;
       if (whole) arguments.push_back(std::move(*argument));
     }
   }
   if (whole) {
-    if (auto known = Message::OfParts(id->get_ref<const std::string&>(), std::move(arguments))) {
+    if (auto known = Message::OfParts(id->text, std::move(arguments))) {
       message = std::move(*known);
       return true;
     }
   }
-  const auto text = json.find("text");
+  const Value* const text = json.Find("text");
   std::string words;
-  if (text == json.end() || !Take(*text, words)) return false;
+  if (text == nullptr || !Take(*text, words)) return false;
   message = Message(MessageId::kForeignWords, words);
   return true;
 }
@@ -105,15 +173,13 @@ Json Of(const std::string& text) {
   return Json::object({{"bytes", FromLatin1(text)}});
 }
 
-bool Take(const Json& json, std::string& text) {
-  if (json.is_string()) {
-    text = json.get_ref<const std::string&>();
+bool Take(const Value& json, std::string& text) {
+  if (json.IsText()) {
+    text = json.text;
     return true;
   }
-  if (!json.is_object()) return false;
-  const auto bytes = json.find("bytes");
-  return bytes != json.end() && bytes->is_string() &&
-         ToLatin1(bytes->get_ref<const std::string&>(), text);
+  const Value* const bytes = json.Find("bytes");
+  return bytes != nullptr && bytes->IsText() && ToLatin1(bytes->text, text);
 }
 
 Json Of(const Message& message) {
@@ -128,11 +194,11 @@ Json Of(const Message& message) {
   return json;
 }
 
-bool Take(const Json& json, Message& message) {
+bool Take(const Value& json, Message& message) {
   return TakeMessage(json, message, 0);
 }
 
-bool Take(const Json& json, JobStatus& status) {
+bool Take(const Value& json, JobStatus& status) {
   int number = 0;
   if (!Take(json, number) || number < 0 || number > static_cast<int>(JobStatus::kAborted)) {
     return false;
@@ -141,7 +207,7 @@ bool Take(const Json& json, JobStatus& status) {
   return true;
 }
 
-bool Take(const Json& json, SolverKind& kind) {
+bool Take(const Value& json, SolverKind& kind) {
   int number = 0;
   if (!Take(json, number) || number < 0 || number > static_cast<int>(kLastSolverKind)) return false;
   kind = static_cast<SolverKind>(number);
@@ -154,14 +220,23 @@ Json Of(const RunRecord& run) {
   return json;
 }
 
-bool Take(const Json& json, RunRecord& run) {
-  if (!json.is_object()) return false;
+bool Take(const Value& json, RunRecord& run) {
+  if (!json.IsObject()) return false;
   Read(json, run);
   return true;
 }
 
-Json Parsed(std::string_view text) {
-  return Json::parse(text, nullptr, false);
+const Value* Value::Find(std::string_view name) const {
+  if (kind != Kind::kObject) return nullptr;
+  const auto found = std::find_if(items.begin(), items.end(),
+                                  [name](const Value& member) { return member.key == name; });
+  return found == items.end() ? nullptr : &*found;
+}
+
+Value Parsed(std::string_view text) {
+  Builder builder;
+  const bool isWhole = Json::sax_parse(text.begin(), text.end(), &builder);
+  return isWhole ? std::move(builder.root) : Value();
 }
 
 std::string Text(const Json& json) {

@@ -22,35 +22,57 @@
 
 namespace form {
 
-using Json = nlohmann::json;
+using Json = nlohmann::json;  // to write
+
+// To read: JSON as it was parsed, lighter than what it is written from.
+struct Value {
+  enum class Kind : unsigned char { kNone, kBool, kInteger, kUnsigned, kText, kList, kObject };
+  Kind kind = Kind::kNone;  // of a null and of a number with a fraction too
+  bool flag = false;
+  std::int64_t integer = 0;
+  std::uint64_t whole = 0;
+  std::string text;
+  std::string key;           // of a member
+  std::vector<Value> items;  // of a list, or the members
+
+  bool IsObject() const { return kind == Kind::kObject; }
+  bool IsList() const { return kind == Kind::kList; }
+  bool IsText() const { return kind == Kind::kText; }
+  const Value* Find(std::string_view name) const;  // a member; null: there is none
+};
+
+// kNone for what is no JSON, or nested deeper than anything of ours.
+Value Parsed(std::string_view text);
+std::string Text(const Json& json);
 
 // Byte strings need not be UTF-8: such a one is {"bytes": the same, taken for Latin-1}.
 Json Of(const std::string& text);
-bool Take(const Json& json, std::string& text);
+bool Take(const Value& json, std::string& text);
 
 // {"id": its name, "with": its arguments, "text": its English}. One that this program's table does
 // not have, or has with other arguments, comes back as that text.
 Json Of(const Message& message);
-bool Take(const Json& json, Message& message);
+bool Take(const Value& json, Message& message);
 
 Json Of(const RunRecord& run);
-bool Take(const Json& json, RunRecord& run);
+bool Take(const Value& json, RunRecord& run);
 
 template <std::integral Number>
 Json Of(Number number) {
   return number;
 }
 template <std::integral Number>
-bool Take(const Json& json, Number& number) {
+bool Take(const Value& json, Number& number) {
   if constexpr (std::same_as<Number, bool>) {
-    if (!json.is_boolean()) return false;
+    if (json.kind != Value::Kind::kBool) return false;
+    number = json.flag;
+  } else if (json.kind == Value::Kind::kUnsigned) {
+    if (!std::in_range<Number>(json.whole)) return false;
+    number = static_cast<Number>(json.whole);
   } else {
-    if (!json.is_number_integer()) return false;
-    const bool fits = json.is_number_unsigned() ? std::in_range<Number>(json.get<std::uint64_t>())
-                                                : std::in_range<Number>(json.get<std::int64_t>());
-    if (!fits) return false;
+    if (json.kind != Value::Kind::kInteger || !std::in_range<Number>(json.integer)) return false;
+    number = static_cast<Number>(json.integer);
   }
-  number = json.get<Number>();
   return true;
 }
 
@@ -58,9 +80,9 @@ template <typename Enum>
 requires std::is_enum_v<Enum> Json Of(Enum value) {
   return static_cast<std::int64_t>(value);
 }
-bool Take(const Json& json, JobStatus& status);
-bool Take(const Json& json, SolverKind& kind);
-inline bool Take(const Json& json, JobId& id) {
+bool Take(const Value& json, JobStatus& status);
+bool Take(const Value& json, SolverKind& kind);
+inline bool Take(const Value& json, JobId& id) {
   std::uint64_t number = 0;
   if (!Take(json, number) || number == 0) return false;
   id = static_cast<JobId>(number);
@@ -72,7 +94,7 @@ Json Of(const std::optional<T>& value) {
   return value ? Of(*value) : Json();
 }
 template <typename T>
-bool Take(const Json& json, std::optional<T>& value) {
+bool Take(const Value& json, std::optional<T>& value) {
   T found{};
   if (!Take(json, found)) return false;
   value = std::move(found);
@@ -84,9 +106,9 @@ Json Of(const std::pair<A, B>& both) {
   return Json::array({Of(both.first), Of(both.second)});
 }
 template <typename A, typename B>
-bool Take(const Json& json, std::pair<A, B>& both) {
-  return json.is_array() && json.size() == 2 && Take(json[0], both.first) &&
-         Take(json[1], both.second);
+bool Take(const Value& json, std::pair<A, B>& both) {
+  return json.IsList() && json.items.size() == 2 && Take(json.items[0], both.first) &&
+         Take(json.items[1], both.second);
 }
 
 template <typename T>
@@ -96,9 +118,9 @@ Json Of(const std::vector<T>& list) {
   return json;
 }
 template <typename T>
-bool Take(const Json& json, std::vector<T>& list) {
-  if (!json.is_array()) return false;
-  for (const Json& one : json) {
+bool Take(const Value& json, std::vector<T>& list) {
+  if (!json.IsList()) return false;
+  for (const Value& one : json.items) {
     T found{};
     if (Take(one, found)) list.push_back(std::move(found));
   }
@@ -182,17 +204,11 @@ void Write(const Fields& fields, Json& json) {
   });
 }
 template <typename Fields>
-void Read(const Json& json, Fields& fields) {
-  if (!json.is_object()) return;
+void Read(const Value& json, Fields& fields) {
   ForEachField(fields, [&](const char* key, auto& field) {
-    const auto found = json.find(key);
-    if (found != json.end()) Take(*found, field);
+    if (const Value* const found = json.Find(key)) Take(*found, field);
   });
 }
-
-// One that is not JSON is discarded().
-Json Parsed(std::string_view text);
-std::string Text(const Json& json);
 
 }  // namespace form
 

@@ -29,22 +29,23 @@ Json JobJson(const JobImage& job) {
 }
 
 template <typename T>
-void TakeKey(const Json& json, const char* key, T& value) {
-  if (const auto found = json.find(key); found != json.end()) Take(*found, value);
+void TakeKey(const Value& json, const char* key, T& value) {
+  if (const Value* const found = json.Find(key)) Take(*found, value);
 }
 
-bool TakeJob(const Json& json, JobImage& job, bool isStage) {
-  if (!json.is_object() || !json.contains("id") || !Take(json["id"], job.id)) return false;
+bool TakeJob(const Value& json, JobImage& job, bool isStage) {
+  const Value* const id = json.Find("id");
+  if (id == nullptr || !Take(*id, job.id)) return false;
   TakeKey(json, "kind", job.kind);
   Read(json, job.fields);
   TakeKey(json, "message", job.messageFile);
   TakeKey(json, "code", job.errorCode);
   TakeKey(json, "reason", job.reason);
-  if (const auto dyna = json.find("dyna"); dyna != json.end()) Read(*dyna, job.dyna.emplace());
+  if (const Value* const dyna = json.Find("dyna")) Read(*dyna, job.dyna.emplace());
   TakeKey(json, "run", job.run);
-  const auto stages = json.find("stages");
-  if (isStage || stages == json.end()) return true;
-  for (const Json& one : *stages) {
+  const Value* const stages = json.Find("stages");
+  if (isStage || stages == nullptr) return true;
+  for (const Value& one : stages->items) {
     JobImage stage;
     if (TakeJob(one, stage, true)) job.stages.push_back(std::move(stage));
   }
@@ -76,82 +77,86 @@ struct ToJson {
   Json operator()(const change::SessionBegins& c) const { return {"begin", c.last}; }
 };
 
-using Reader = std::optional<QueueChange> (*)(const Json& json);
+using Reader = std::optional<QueueChange> (*)(const Value& json);
 
 template <typename T>
-bool At(const Json& json, std::size_t place, T& value) {
-  return place < json.size() && Take(json[place], value);
+bool At(const Value& json, std::size_t place, T& value) {
+  return place < json.items.size() && Take(json.items[place], value);
 }
 
 const std::map<std::string, Reader, std::less<>>& Readers() {
   using Result = std::optional<QueueChange>;
   static const auto& readers = *new const std::map<std::string, Reader, std::less<>>{
       {"group",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::GroupSet c;
          if (!At(json, 1, c.group) || !At(json, 2, c.name) || !At(json, 3, c.text)) return {};
          return c;
        }},
       {"nogroup",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::GroupGone c;
          return At(json, 1, c.group) ? Result(c) : Result();
        }},
       {"current",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::CurrentGroup c;
          return At(json, 1, c.group) ? Result(c) : Result();
        }},
       {"add",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::JobAdded c;
-         if (!At(json, 1, c.group) || json.size() < 3 || !TakeJob(json[2], c.job, false)) return {};
+         if (!At(json, 1, c.group) || json.items.size() < 3 ||
+             !TakeJob(json.items[2], c.job, false))
+           return {};
          return Result(std::move(c));
        }},
       {"remove",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::JobGone c;
          return At(json, 1, c.job) ? Result(c) : Result();
        }},
       {"move",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::JobMoved c;
          return At(json, 1, c.job) && At(json, 2, c.place) ? Result(c) : Result();
        }},
       {"job",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::JobSet c;
-         return json.size() > 1 && TakeJob(json[1], c.job, false) ? Result(std::move(c)) : Result();
+         return json.items.size() > 1 && TakeJob(json.items[1], c.job, false) ? Result(std::move(c))
+                                                                              : Result();
        }},
       {"status",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::Progress c;
          std::uint64_t stage = 0;
-         if (!At(json, 1, c.job) || !At(json, 2, stage) || json.size() < 4 || !json[3].is_object())
+         if (!At(json, 1, c.job) || !At(json, 2, stage) || json.items.size() < 4 ||
+             !json.items[3].IsObject())
            return {};
          c.stage = static_cast<JobId>(stage);
          JobImage job;
-         Read(json[3], job.fields);
-         TakeKey(json[3], "message", job.messageFile);
-         TakeKey(json[3], "code", job.errorCode);
-         TakeKey(json[3], "reason", job.reason);
+         Read(json.items[3], job.fields);
+         TakeKey(json.items[3], "message", job.messageFile);
+         TakeKey(json.items[3], "code", job.errorCode);
+         TakeKey(json.items[3], "reason", job.reason);
          c.progress = {job.fields.status, job.fields.started, job.fields.ended,
                        job.messageFile,   job.errorCode,      job.reason};
          return c;
        }},
       {"run",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::Run c;
          return At(json, 1, c.job) && At(json, 2, c.run) ? Result(std::move(c)) : Result();
        }},
-      {"taken", [](const Json&) -> Result { return change::LeftTaken(); }},
+      {"taken", [](const Value&) -> Result { return change::LeftTaken(); }},
       {"over",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::SessionOver c;
          return At(json, 1, c.resume) ? Result(c) : Result();
        }},
       {"begin",
-       [](const Json& json) -> Result {
+       [](const Value& json) -> Result {
          change::SessionBegins c;
          return At(json, 1, c.last) ? Result(c) : Result();
        }},
@@ -159,9 +164,9 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
   return readers;
 }
 
-std::optional<QueueChange> ChangeOf(const Json& json) {
-  if (!json.is_array() || json.empty() || !json[0].is_string()) return std::nullopt;
-  const auto found = Readers().find(json[0].get_ref<const std::string&>());
+std::optional<QueueChange> ChangeOf(const Value& json) {
+  if (!json.IsList() || json.items.empty()) return std::nullopt;
+  const auto found = Readers().find(json.items[0].text);
   return found == Readers().end() ? std::nullopt : found->second(json);
 }
 
@@ -305,13 +310,13 @@ std::string RecordOf(const std::vector<QueueChange>& changes, std::int64_t time)
 }
 
 bool ApplyRecord(std::string_view record, QueueImage& image) {
-  const form::Json json = form::Parsed(record);
-  if (!json.is_object()) return false;
-  const auto list = json.find("c");
-  const auto time = json.find("t");
-  if (list == json.end() || !list->is_array() || time == json.end()) return false;
+  const form::Value json = form::Parsed(record);
+  const form::Value* const list = json.Find("c");
+  const form::Value* const time = json.Find("t");
+  if (list == nullptr || !list->IsList() || time == nullptr) return false;
   std::vector<QueueChange> changes;
-  for (const form::Json& one : *list) {
+  changes.reserve(list->items.size());
+  for (const form::Value& one : list->items) {
     std::optional<QueueChange> change = form::ChangeOf(one);
     if (!change) return false;
     changes.push_back(std::move(*change));

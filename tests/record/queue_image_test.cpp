@@ -95,20 +95,20 @@ TEST(Form, AMessageThatTheTableDoesNotHaveComesBackInItsWords) {
   const Message known(MessageId::kNotNormal, "a\xFF.k", Message(MessageId::kNoResult, "b.lin"));
   form::Json json = form::Of(known);
   Message read;
-  ASSERT_TRUE(form::Take(json, read));
+  ASSERT_TRUE(form::Take(form::Parsed(json.dump()), read));
   EXPECT_EQ(read, known);
 
   for (form::Json other : {form::Json{{"id", "kOfNextYear"}}, form::Json{{"with", {1, 2, 3}}},
                            form::Json{{"with", form::Json::array()}}}) {
     form::Json changed = json;
     changed.update(other);
-    ASSERT_TRUE(form::Take(changed, read));
+    ASSERT_TRUE(form::Take(form::Parsed(changed.dump()), read));
     EXPECT_EQ(read.Id(), MessageId::kForeignWords);
     EXPECT_EQ(read.English(), known.English());
   }
   json.erase("text");
   json["id"] = "kOfNextYear";
-  EXPECT_FALSE(form::Take(json, read));
+  EXPECT_FALSE(form::Take(form::Parsed(json.dump()), read));
 }
 
 TEST(Form, NumbersThatDoNotFitAreLeftOut) {
