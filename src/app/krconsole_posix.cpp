@@ -54,7 +54,6 @@ void OutliveTheProgram() {
 
 int Run(const ConsoleRequest& request, pid_t& pid) {
   ChildStart start;
-  start.folder = request.folder;
   start.program = request.program;
   start.folder = request.folder;
   start.args = request.args;

@@ -459,8 +459,10 @@ TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
   for (const std::string& terminal : {std::string("kr-no-such-terminal"), broken}) {
     EXPECT_EQ(run(terminal), "hello\n") << terminal;
   }
+  const pid_t bystander = Find("Xvfb");
   const ScopedVariable nowhere("DISPLAY", ":4711");
   EXPECT_EQ(run("xterm"), "hello\n");
+  EXPECT_TRUE(IsAlive(bystander)) << "only what was started is ended";
 }
 
 TEST_F(ConsolePosix, ProgramThatCannotRunIsReportedFromTheTerminal) {

@@ -220,8 +220,8 @@ std::optional<int> Console::Poll() {
 }
 
 void Console::AddTo(ProcessTree& tree) const {
-  if (child_.pid > 0) tree.AddRoot(child_);
-  if (terminal_.pid > 0) tree.AddConsole(terminal_);
-  if (host_.pid > 0) tree.AddConsole(host_);
+  tree.AddRoot(child_);
+  tree.AddConsole(terminal_);
+  tree.AddConsole(host_);
   if (!InTerminal()) tree.AddLeader(host_);
 }

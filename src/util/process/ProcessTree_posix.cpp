@@ -22,17 +22,20 @@ bool HasProcess(const std::unordered_map<pid_t, std::uint64_t>& set, const Proce
 
 ProcessTree::ProcessTree(std::string token) : token_(std::move(token)) {}
 
+// Never the first process, nor "none": everything that runs is below them.
 void ProcessTree::AddRoot(const ProcessKey& key) {
+  if (key.pid <= 1) return;
   members_[key.pid] = key.start;
   earliest_ = std::min(earliest_, key.start);
 }
 
 void ProcessTree::AddLeader(const ProcessKey& key) {
   AddRoot(key);
-  sessions_.insert(key.pid);
+  if (key.pid > 1) sessions_.insert(key.pid);
 }
 
 void ProcessTree::AddConsole(const ProcessKey& key) {
+  if (key.pid <= 1) return;
   AddRoot(key);
   consoles_[key.pid] = key.start;
 }
@@ -92,7 +95,7 @@ bool ProcessTree::IsOfToken(const ProcessEntry& process) const {
 }
 
 bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
-  return process.key.pid != getpid() && process.key.start >= earliest_;
+  return process.key.pid > 1 && process.key.pid != getpid() && process.key.start >= earliest_;
 }
 
 bool ProcessTree::IsRelated(const ProcessEntry& process) const {
