@@ -87,7 +87,9 @@ TEST(QueueImage, ARunStaysWithItsJobUntilTheJobHasEnded) {
   image.Apply(change::Run{JobId{1}, run});
   image.Apply(change::JobSet{Waits(1, JobStatus::kRunning)});
   EXPECT_EQ(image.now.Find(JobId{1})->run->process.id, 7);
-  image.Apply(change::Progress{JobId{1}, JobId::kNone, {.status = JobStatus::kAborted}});
+  JobProgress aborted;
+  aborted.status = JobStatus::kAborted;
+  image.Apply(change::Progress{JobId{1}, JobId::kNone, aborted});
   EXPECT_FALSE(image.now.Find(JobId{1})->run);
 }
 

@@ -478,8 +478,8 @@ std::string Flx_AppWnd::FateOfQueued() const {
   static const char* const kKeys[] = {"ui_exit_lost", "ui_exit_offered", "ui_exit_restored"};
   JobGroupManager& manager = application_.Manager();
   int queued = 0;
-  for (int i = 0; i < manager.GroupCount(); ++i) {
-    queued += Count(*manager.GroupAt(i)).of[JobStatus::kQueued];
+  for (int at = 0; at < manager.GroupCount(); ++at) {
+    queued += Count(*manager.GroupAt(at)).of[JobStatus::kQueued];
   }
   if (queued == 0) return {};
   const int keep = std::clamp(application_.SettingsAndFiles().Get().keep_jobs, 0, 2);
