@@ -177,6 +177,39 @@ TEST_F(DaemonPosix, IsEndedByWhoOpensTheProcess) {
   EXPECT_EQ(watcher.ExitCode(), PTWrapperProcess::kUnknownExitCode);
 }
 
+// Its parent is a host that it was not started by.
+TEST_F(DaemonPosix, DoesNotLeadToTheRunAroundIt) {
+  Start("sleep 30");
+  PTWrapperProcess inner;
+  ASSERT_TRUE(inner.Open(NumbersIn(pid).front()));
+  EXPECT_TRUE(inner.Terminate());
+  EXPECT_FALSE(IsAlive(NumbersIn(pid).front()));
+  EXPECT_TRUE(process.IsActive());
+  EXPECT_TRUE(process.Terminate());
+}
+
+TEST(ProcessPosix, OnlyAWholeTokenLeadsToWhatWasStarted) {
+  const TempFolder folder;
+  const std::string script = folder.Write("run.sh", "exec sleep 30");
+  PTWrapperProcess first, second;
+  ASSERT_TRUE(StartScript(first, script));
+  ASSERT_TRUE(StartScript(second, script));
+  std::string here;
+  FileDirWrapper::CurrentDir(here);
+  const std::string token = second.Token();
+  EXPECT_EQ(PTWrapperProcess::FindStarted(token, here), second.ChildId());
+  for (const std::string& part : {token.substr(1), token.substr(0, 31), ':' + token,
+                                  std::string("KR_RUN="), std::string("="), std::string()}) {
+    EXPECT_EQ(PTWrapperProcess::FindStarted(part, here), 0) << part;
+  }
+  PTWrapperProcess opened;
+  ASSERT_TRUE(opened.Open(IdentityOfProcess(first.ChildId()), "="));
+  EXPECT_TRUE(opened.Terminate());
+  EXPECT_FALSE(first.IsActive());
+  EXPECT_TRUE(second.IsActive()) << "another run's";
+  EXPECT_TRUE(first.Terminate() && second.Terminate());
+}
+
 // Like the ranks of a launcher that was killed: one beside it, one in a session of its own, and one
 // without the environment that it was given.
 TEST(ProcessPosix, WhatADeadLauncherLeftRunsOnUntilAllIsToEnd) {

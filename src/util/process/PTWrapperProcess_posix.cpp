@@ -27,9 +27,6 @@ constexpr std::chrono::milliseconds kTerminateTime{1900};
 constexpr int kWaitMilliseconds = 200;
 constexpr int kStillActive = 259;
 constexpr int kSignalExitCode = 128;
-// Every started program carries its own token in this variable, after those of the programs around
-// it; what it starts inherits them.
-constexpr char kTokenVariable[] = "KR_RUN";
 
 std::string NewToken() {
   unsigned char bytes[16] = {};
@@ -357,8 +354,7 @@ std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::
   const std::string wanted = FileDirWrapper::IdentityOf(folder);
   for (const ProcessEntry& process : *all) {
     const pid_t pid = process.key.pid;
-    if (StartEnvironmentHolds(pid, token) &&
-        FileDirWrapper::IdentityOf(FolderOfProcess(pid)) == wanted) {
+    if (HasToken(pid, token) && FileDirWrapper::IdentityOf(FolderOfProcess(pid)) == wanted) {
       return pid;
     }
   }

@@ -111,8 +111,15 @@ std::string ExecutableName(const ProcessEntry& process) {
   return name.empty() ? process.threadName : name;
 }
 
-bool StartEnvironmentHolds(pid_t pid, const std::string& text) {
-  return ReadProcFile(pid, "environ").find(text) != std::string::npos;
+bool HasToken(pid_t pid, const std::string& token) {
+  if (token.empty() || token.find_first_of(std::string_view(":\0", 2)) != std::string::npos)
+    return false;
+  const std::string variables = std::string(1, '\0') + ReadProcFile(pid, "environ");
+  const std::string name = std::string(1, '\0') + kTokenVariable + '=';
+  const std::size_t begin = variables.find(name);
+  if (begin == std::string::npos) return false;
+  const std::string value = variables.c_str() + begin + name.size();
+  return (':' + value + ':').find(':' + token + ':') != std::string::npos;
 }
 
 std::string FolderOfProcess(pid_t pid) {

@@ -48,8 +48,12 @@ bool IsProcessAlive(const ProcessKey& key);
 // word of its command line or, when it has none, its thread name.
 std::string ExecutableName(const ProcessEntry& process);
 
-// Whether the environment that the process was started with holds the text.
-bool StartEnvironmentHolds(pid_t pid, const std::string& text);
+// The variable that holds the tokens of a started program and of those around it, the last its own,
+// between colons. What it starts inherits them.
+constexpr char kTokenVariable[] = "KR_RUN";
+
+// Whether the process was started with the token, whole; with none nobody was.
+bool HasToken(pid_t pid, const std::string& token);
 
 // A path that leads to the folder that the process is in.
 std::string FolderOfProcess(pid_t pid);

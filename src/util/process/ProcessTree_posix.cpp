@@ -41,12 +41,16 @@ void ProcessTree::AddConsole(const ProcessKey& key) {
 }
 
 void ProcessTree::AddFound(const ProcessKey& key) {
+  if (key.pid <= 1) return;
   AddRoot(key);
   const std::optional<ProcessEntry> found = ReadProcess(key.pid);
   if (!found || found->key != key) return;
   if (found->session == key.pid) sessions_.insert(key.pid);
   std::optional<ProcessEntry> above = ReadProcess(found->parent);
   if (!above || ExecutableName(*above) != kConsoleHost) return;
+  // Who lost his own host may have come to the one that we run below ourselves. A host starts its
+  // program in its session; in a terminal that a server shows it does not know the token.
+  if (above->session != found->session && !IsOfToken(*above)) return;
   // The host, and the terminal around it.
   do {
     AddConsole(above->key);
@@ -91,7 +95,7 @@ bool ProcessTree::IsConsole(const ProcessEntry& process) const {
 }
 
 bool ProcessTree::IsOfToken(const ProcessEntry& process) const {
-  return !token_.empty() && StartEnvironmentHolds(process.key.pid, token_);
+  return HasToken(process.key.pid, token_);
 }
 
 bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
