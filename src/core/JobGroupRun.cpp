@@ -83,7 +83,11 @@ bool JobGroup::StartThread(PTWrapperThread& thread, std::function<void()> work) 
 bool JobGroup::Resume(JobId job, const RunRecord& run) {
   const std::shared_ptr<JobFile> found = Share(job);
   if (!found) return false;
-  ++resumed_;
+  {
+    const MutexLock lock(submitMutex_);
+    if (!running_) stop_ = false;  // what was stopped before is not this run
+    ++resumed_;
+  }
   PTWrapperThread thread;
   if (StartThread(thread, [this, found, run] { GoOnWith(*found, run); })) return true;
   --resumed_;

@@ -175,4 +175,22 @@ TEST_F(QueueRecordTest, ASolverThatIsGoneIsJudgedByItsFiles) {
   });
 }
 
+// The jobs of an earlier session may come back long after the group was stopped.
+TEST_F(QueueRecordTest, AStopBeforeIsNotForTheRunThatComesBack) {
+  {
+    const auto first = Start();
+    const auto job = first->Add(Deck("a/deck.k"), JobStatus::kRunning);
+    first->record.RunRecorded(job->id, RunOf(*job, 1, "another start"));
+  }
+  const auto second = Start();
+  const auto group = second->manager.GroupAt(0);
+  second->Add("b.k", JobStatus::kFinished);
+  ASSERT_TRUE(group->Stop());
+  second->record.Restore(second->manager);
+  ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+  group->ReadJobs([](const JobFile& job) {
+    EXPECT_EQ(job.RunMessage().Empty(), job.jobFile == "b.k") << "it was judged";
+  });
+}
+
 }  // namespace
