@@ -102,6 +102,22 @@ TEST_F(ProgramTest, ALostDisplayAndAHangUpLeaveTheSolverToTheNextStart) {
   EXPECT_FALSE(SolverRuns("long.k")) << "the one that was taken over is stopped like any other";
 }
 
+TEST_F(ProgramTest, AScriptDoesNotStopWhatTheLastSessionLeftRunning) {
+  std::string settings = TempFolder::Read(Settings());
+  settings.insert(settings.find('\n') + 1, "keep_jobs=2\n");
+  std::ofstream(Settings()) << settings;
+  const std::string left = Deck("left", "run 8");
+  const Copy copy = Start("--submit " + left);
+  ASSERT_TRUE(WaitUntil([&] { return SolverRuns("left.k"); }));
+  Key("ctrl+t");
+  Command("xdotool windowkill " + main_);
+  EXPECT_EQ(WaitExit(copy), 1);
+  const Copy script = StartCopy("--submit --quit-when-done " + Deck("own", "run 1"));
+  EXPECT_EQ(WaitExit(script, kRun), 0) << TempFolder::Read(script.output);
+  EXPECT_TRUE(std::filesystem::exists(KeptMessage(left)));
+  EXPECT_NE(TempFolder::Read(KeptMessage(left)).find("N o r m a l"), std::string::npos);
+}
+
 // Its second stage runs, has started a process in a session of its own, and obeys no signal.
 TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
   const auto quit = [this](const Copy&) {

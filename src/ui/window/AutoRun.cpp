@@ -108,10 +108,11 @@ void AutoRun::Look(void* self) {
   Fl::repeat_timeout(kLookSeconds, Look, self);
 }
 
-// A job that was handed over when the queue had just ended has been promised to its copy.
+// A job that was handed over when the queue had just ended has been promised to its copy. What runs
+// in another group, as a run of the last session may, is not ours to stop.
 bool AutoRun::Ended() {
   if (application_.Intake().Busy()) return false;
-  bool all = true;
+  bool all = !options_.quitWhenDone || !application_.Manager().IsAnyGroupRunning();
   for (const auto& group : groups_) all = Ended(*group) && all;
   return all;
 }
