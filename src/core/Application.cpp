@@ -128,6 +128,7 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   SetSolverMode(SolverModeOfArguments(argc, argv));
   record_->Begin();
   MakeGroups();
+  record_->GroupsMade();
   const bool atOnce = settings_->Get().keep_jobs == QueueRecord::kAtOnce;
   if (atOnce || request.restore || record_->WantsRestore()) RestoreLeft();
   intake_ = std::make_unique<JobIntake>(*manager_);

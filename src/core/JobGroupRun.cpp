@@ -83,11 +83,7 @@ bool JobGroup::StartThread(PTWrapperThread& thread, std::function<void()> work) 
 bool JobGroup::Resume(JobId job, const RunRecord& run) {
   const std::shared_ptr<JobFile> found = Share(job);
   if (!found) return false;
-  {
-    const MutexLock lock(submitMutex_);
-    if (!running_) stop_ = false;  // what was stopped before is not this run
-    ++resumed_;
-  }
+  ++resumed_;
   PTWrapperThread thread;
   if (StartThread(thread, [this, found, run] { GoOnWith(*found, run); })) return true;
   --resumed_;
@@ -97,6 +93,7 @@ bool JobGroup::Resume(JobId job, const RunRecord& run) {
 void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
   setup_.observer.GroupRunChanged(Id());
   JobRunSetup setup = SetupFor(job);
+  // The group's stop may be one from before the job came; one from now on aborts the job itself.
   setup.begin = [&] { return BeginRunOf(job, run.started); };
   EndRunOf(job, ResumeRun(job, setup, run));
   --resumed_;
@@ -122,12 +119,16 @@ void JobGroup::RequestStop() {
 // afterwards gets a new thread, one added before is taken by this one.
 void JobGroup::RunLoop() {
   setup_.observer.GroupRunChanged(Id());
-  while (resumed_ > 0 && !stop_) DateTimeWrapper::SleepMSec(kLookAgainMs);
+  const auto waitForResumed = [this] {
+    while (resumed_ > 0 && !stop_) DateTimeWrapper::SleepMSec(kLookAgainMs);
+  };
+  waitForResumed();
   std::chrono::seconds pause{0};
   while (const auto job = TakeQueuedJob(stop_, pause, [this] { running_ = false; })) {
     JobRunSetup run = SetupFor(*job);
     run.pause = pause;
     EndRunOf(*job, RunJob(*job, run));
+    waitForResumed();
   }
   setup_.observer.GroupRunChanged(Id());
 }
@@ -136,7 +137,10 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
   JobRunSetup run = setup_.run;
   run.folders = [&] { return FoldersOf(job); };
   run.waits = [&](const Message& message) { ShowWait(job, message); };
-  run.begin = [&] { return BeginRunOf(job, 0); };
+  run.begin = [&] {
+    std::optional<JobRunContext> context = BeginRunOf(job, 0);
+    return stop_ ? std::nullopt : std::move(context);
+  };
   run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(job, stage, status); };
   run.recorded = [&](const JobFile&, const RunRecord& record) {
     setup_.observer.RunRecorded(job.id, record);
@@ -161,9 +165,9 @@ void JobGroup::ShowWait(const JobFile& job, const Message& message) {
   ShowWaiting(job);
 }
 
-// Nothing when the job is not to run: it was removed during the pause, or the group stopped.
+// Nothing when the job is not to run: it was removed during the pause.
 std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job, std::int64_t since) {
-  if (!BeginRun(job, since) || stop_) return std::nullopt;
+  if (!BeginRun(job, since)) return std::nullopt;
   JobRunContext context;
   context.settings = setup_.settings();
   context.groupText = Text();

@@ -21,6 +21,20 @@ bool GoesOn(const JobImage& job) {
          job.run->verdict == JobStatus::kRunning;
 }
 
+// A stage's end may be known from its run alone.
+void TakeEndOfStage(JobImage& job) {
+  if (!job.run || !HasEnded(job.run->verdict) || job.run->stage < 0) return;
+  const auto stage = static_cast<std::size_t>(job.run->stage);
+  if (stage < job.stages.size()) job.stages[stage].fields.status = job.run->verdict;
+}
+
+// Its stages, if it has any.
+bool AllFinished(const JobImage& job) {
+  return std::all_of(job.stages.begin(), job.stages.end(), [](const JobImage& stage) {
+    return stage.fields.status == JobStatus::kFinished;
+  });
+}
+
 // The first stage that had not ended. A run goes on from there.
 int StageOf(const JobImage& job) {
   const auto first = std::find_if(job.stages.begin(), job.stages.end(), [](const JobImage& stage) {
@@ -44,6 +58,7 @@ QueueRecord::QueueRecord(SettingsAndPaths& settings)
               [&settings](const Message& message) { settings.Log().Note(message); }) {}
 
 void QueueRecord::Begin() {
+  writer_.Hold();  // a crash before the groups are made leaves the record as it was
   QueueImage before = writer_.Begin(settings_.Get().keep_jobs != kNever);
   if (!before.now.over) {
     for (const GroupImage& group : before.now.groups) {
@@ -54,6 +69,10 @@ void QueueRecord::Begin() {
   resume_ = before.now.resume;
   before.Apply(change::SessionBegins());
   left_ = std::move(before.left);
+}
+
+void QueueRecord::GroupsMade() {
+  writer_.Release();
 }
 
 LeftBehind QueueRecord::Left() const {
@@ -118,7 +137,8 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
 }
 
 // The job as it is to be in the list. One whose run goes on stays Running.
-std::shared_ptr<JobFile> QueueRecord::Revived(const JobImage& image) const {
+std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
+  TakeEndOfStage(image);
   const auto make = [this](SolverKind kind) { return RowOfKind(kind).makeJob(settings_.Get()); };
   const std::shared_ptr<JobFile> job = make(image.kind);
   Fill(*job, image, make);
@@ -134,7 +154,8 @@ std::shared_ptr<JobFile> QueueRecord::Revived(const JobImage& image) const {
     job->status = JobStatus::kAborted;
     job->ended = DateTimeWrapper::CurrentTime();
     job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->jobFile));
-  } else if (wasRunning && job->stages.empty()) {  // it had ended, which nobody wrote down
+  } else if (wasRunning && (AllFinished(image) || image.run->verdict == JobStatus::kAborted)) {
+    // It had ended, which nobody wrote down.
     job->status = image.run->verdict;
     job->ended = image.run->ended;
     job->SetMessageFile(image.run->messageFile);

@@ -34,6 +34,8 @@ class QueueRecord : public QueueObserver {
 
   // Reads the record; from here on every change is kept in it. Before the first group is made.
   void Begin();
+  // The session's first groups are there. Nothing is written before that.
+  void GroupsMade();
   // The groups of a session that ended as none should, so that the group file does not have them;
   // empty: it has.
   const std::vector<SettingsAndPaths::GroupEntry>& LostGroups() const { return lostGroups_; }
@@ -70,7 +72,7 @@ class QueueRecord : public QueueObserver {
   struct Resumed;
   void RestoreSession(const SessionImage& session, JobGroupManager& manager,
                       std::vector<Resumed>& resumed);
-  std::shared_ptr<JobFile> Revived(const JobImage& image) const;
+  std::shared_ptr<JobFile> Revived(JobImage image) const;
 
   SettingsAndPaths& settings_;
   RecordWriter writer_;

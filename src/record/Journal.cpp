@@ -14,7 +14,8 @@ namespace {
 constexpr int kVersion = 1;
 constexpr std::size_t kDigits = 8;
 constexpr std::size_t kHead = 2 * (kDigits + 1);
-constexpr int kMostAside = 1000;  // files with the same name but for their number
+constexpr int kMostAside = 1000;                // files with the same name but for their number
+constexpr std::uint64_t kMostBytes = 1U << 30;  // more than a record of ours ever has
 
 constexpr std::array<std::uint32_t, 256> MakeCrcTable() {
   std::array<std::uint32_t, 256> table{};
@@ -98,7 +99,7 @@ JournalText::State StateOfTitle(std::string_view title, const JournalName& name,
 
 bool ReadJournalBytes(const std::string& path, std::string& bytes) {
   InputFile file;
-  if (!file.Open(path)) return false;
+  if (!file.Open(path) || file.Size() > kMostBytes) return false;
   bytes.resize(static_cast<std::size_t>(file.Size()));
   std::size_t done = 0;
   while (done < bytes.size()) {
@@ -189,7 +190,10 @@ bool Journal::Rewrite(const std::vector<std::string>& records) {
 }
 
 bool Journal::Append(std::string_view record) {
-  return file_.IsOpen() && file_.IsAt(path_) && file_.Append(JournalLine(record));
+  if (!file_.IsOpen()) return false;
+  if (file_.IsAt(path_)) return file_.Append(JournalLine(record));
+  inTheWay_ = true;  // what lies there now is somebody else's
+  return false;
 }
 
 bool Journal::Sync() {

@@ -36,7 +36,7 @@ JournalText ReadJournalText(std::string_view bytes, const JournalName& name);
 
 std::string JournalLine(std::string_view record);
 
-// The whole file; false when it cannot be read.
+// The whole file; false when it cannot be read, or is far bigger than any of ours.
 bool ReadJournalBytes(const std::string& path, std::string& bytes);
 
 // One thread at a time.

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kBetweenSyncs{300};
 constexpr std::chrono::seconds kBetweenTries{3};
+constexpr long kLockPatienceMs = 500;              // for a copy that was killed a moment ago
 constexpr std::uint64_t kSpareBytes = 512 * 1024;  // that a journal may have beyond its snapshot
 constexpr std::size_t kSpareHistory = 5000;        // records
 
@@ -43,7 +44,11 @@ void RecordWriter::TellFound(const Journal& journal, Journal::Found found) {
 
 QueueImage RecordWriter::Begin(bool keepQueue) {
   keepQueue_ = keepQueue;
-  if (lock_.Take(files_.lock, 0) == FileLock::Result::kBusy) {
+  if (lock_.Take(files_.lock, kLockPatienceMs) == FileLock::Result::kBusy) {
+    {
+      const MutexLock lock(mutex_);
+      end_ = true;  // nobody would take what is put
+    }
     report_(Message(MessageId::kRecordBusy, files_.queue));
     return {};
   }
@@ -79,6 +84,7 @@ void RecordWriter::Put(QueueChange change) {
 void RecordWriter::PutRun(const RunRecord& run) {
   {
     const MutexLock lock(mutex_);
+    if (end_) return;
     runs_.push_back(run);
     ++put_;
   }
@@ -123,7 +129,7 @@ bool RecordWriter::IsOwed() const {
   return queue_.dirty || history_.dirty || queue_.broken || history_.broken;
 }
 
-// The first round writes the session's beginning, whatever was put.
+// The first round writes the session's beginning, whatever was put, once nothing is held.
 void RecordWriter::Work() {
   std::uint64_t taken = 0;
   for (bool begun = false;; begun = true) {
@@ -133,8 +139,8 @@ void RecordWriter::Work() {
     bool syncNow = false;
     {
       MutexLock lock(mutex_);
-      while (begun && HasNothingToWrite()) {
-        if (!IsOwed()) {
+      while (begun ? HasNothingToWrite() : holds_ > 0) {
+        if (!begun || !IsOwed()) {
           lock.Wait(changed_);
         } else if (!lock.WaitUntil(changed_, Clock::now() + kBetweenSyncs)) {
           break;
@@ -149,8 +155,11 @@ void RecordWriter::Work() {
       }
     }
     const bool tryAgain = end || Clock::now() - tried_ >= kBetweenTries;
-    if (keepQueue_) WriteQueue(changes, tryAgain);
-    if (!keepQueue_ && !begun && FileDirWrapper::FileExists(files_.queue)) Mend(queue_, {});
+    if (keepQueue_) {
+      WriteQueue(changes, tryAgain);
+    } else if (queue_.broken && tryAgain) {
+      DropQueue();
+    }
     WriteHistory(runs, tryAgain);
     if (end || syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
       Sync(queue_);
@@ -195,6 +204,15 @@ void RecordWriter::WriteQueue(const std::vector<QueueChange>& changes, bool tryA
   const bool isLong = queue_.journal.Size() > 2 * queue_.journal.SnapshotSize() + kSpareBytes;
   const bool mend = queue_.broken ? !wasBroken || tryAgain : isLong;
   if (mend) Mend(queue_, SnapshotOf(image_));
+}
+
+// Of a session whose queue is not kept.
+void RecordWriter::DropQueue() {
+  if (FileDirWrapper::FileExists(files_.queue)) {
+    Mend(queue_, {});
+  } else {
+    queue_.broken = false;
+  }
 }
 
 std::vector<std::string> RecordWriter::HistorySnapshot() {

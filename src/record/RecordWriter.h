@@ -63,6 +63,7 @@ class RecordWriter {
   bool HasNothingToWrite() const KR_REQUIRES(mutex_);
   bool IsOwed() const;
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
+  void DropQueue();
   void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);

@@ -17,6 +17,7 @@ struct Session {
     for (const auto& [name, text] : record.LostGroups()) manager.AddGroup(name);
     if (manager.GroupCount() == 0) manager.AddGroup("Group1");
     manager.SetCurrentGroup(0);
+    record.GroupsMade();
   }
 
   std::shared_ptr<JobFileDyna> Add(const std::string& deck, JobStatus status = JobStatus::kQueued,
@@ -51,6 +52,12 @@ class QueueRecordTest : public CoreTest {
  protected:
   static std::unique_ptr<Session> Start() { return std::make_unique<Session>(kTitle); }
 
+  // In a folder of its own, since the solver writes there; the command is for the stand-in.
+  std::string DeckOf(const std::string& folder, const std::string& command) const {
+    FileDirWrapper::CreateDirTree(home_ / folder);
+    return Deck(folder + "/deck.k", "$ standin: " + command + "\n");
+  }
+
   // A run whose process is gone, or is somebody else's.
   static RunRecord RunOf(const JobFile& job, std::int32_t process, const std::string& mark) {
     RunRecord run;
@@ -61,6 +68,24 @@ class QueueRecordTest : public CoreTest {
     run.process = {process, mark};
     return run;
   }
+};
+
+// Started by a session that crashes at once.
+struct LeftSolver {
+  LeftSolver(Session& session, const std::shared_ptr<JobFileDyna>& job, RunRecord run) {
+    PTWrapperProcessStart start;
+    start.program = StandinSolver();
+    FileDirWrapper::QuotePath(start.program, start.commandLine);
+    start.commandLine += " i=" + job->jobFile;
+    start.folder = job->Folder();
+    start.showWindow = false;
+    EXPECT_TRUE(process.Create(start));
+    run.process = IdentityOfProcess(process.ChildId());
+    run.token = process.Token();
+    session.record.RunRecorded(job->id, run);
+  }
+  ~LeftSolver() { process.TerminateAll(); }
+  PTWrapperProcess process;
 };
 
 using Queue = std::vector<std::string>;
@@ -191,6 +216,50 @@ TEST_F(QueueRecordTest, AStopBeforeIsNotForTheRunThatComesBack) {
   group->ReadJobs([](const JobFile& job) {
     EXPECT_EQ(job.RunMessage().Empty(), job.jobFile == "b.k") << "it was judged";
   });
+}
+
+TEST_F(QueueRecordTest, AGroupThatRunsWaitsForASolverThatIsTakenOver) {
+  auto first = Start();
+  const auto left = first->Add(DeckOf("a", "run 4"), JobStatus::kRunning);
+  const LeftSolver solver(*first, left, RunOf(*left, 0, ""));
+  first.reset();
+
+  const auto second = Start();
+  second->Add(DeckOf("b", "run 1"));
+  const auto group = second->manager.GroupAt(0);
+  ASSERT_TRUE(group->Submit());
+  ASSERT_TRUE(WaitUntil([&] { return group->ActiveJob() != JobId::kNone; }));
+  second->record.Restore(second->manager);
+  const auto later = second->Add(DeckOf("c", "run 0"));
+  ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+  const JobFile* const taken = JobIn(*group, group->JobIds()[1]);
+  EXPECT_EQ(taken->status, JobStatus::kFinished);
+  EXPECT_EQ(later->status, JobStatus::kFinished);
+  EXPECT_GE(later->started, taken->ended);
+}
+
+TEST_F(QueueRecordTest, AStageWhoseRunHasEndedIsNotRunAgain) {
+  {
+    const auto first = Start();
+    for (const JobStatus verdict : {JobStatus::kFinished, JobStatus::kAborted}) {
+      auto job = std::make_shared<JobFileDyna>(first->settings.Get());
+      job->jobFile = "a.k";
+      job->status = JobStatus::kRunning;
+      for (const JobStatus status : {JobStatus::kFinished, JobStatus::kRunning}) {
+        job->stages.push_back(std::make_shared<JobFileDyna>(first->settings.Get()));
+        job->stages.back()->status = status;
+      }
+      first->manager.GroupAt(0)->AddJob(job);
+      RunRecord run = RunOf(*job, 0, "");
+      run.stage = 1;
+      run.ended = 2000;
+      run.verdict = verdict;
+      first->record.RunRecorded(job->id, run);
+    }
+  }
+  const auto second = Start();
+  second->record.Restore(second->manager);
+  EXPECT_EQ(second->Queue(), Queue{"Group1: a.k Finished a.k Aborted"});
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <set>
 
 #include "support/TempFolder.h"
@@ -95,6 +96,9 @@ TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
   folder_.Write("a.kr", ours);
   EXPECT_EQ(Read(records, {"history", "here"}), Journal::Found::kAside);
   folder_.Write("a.kr", ours);
+  std::filesystem::resize_file(path_, (1U << 30) + 1);
+  EXPECT_EQ(Read(records), Journal::Found::kAside);
+  folder_.Write("a.kr", ours);
   EXPECT_EQ(Read(records), Journal::Found::kRecords);
 }
 
@@ -102,8 +106,10 @@ TEST_F(JournalTest, NoticesThatItsFileIsGone) {
   Journal journal(path_, kName);
   ASSERT_TRUE(journal.Rewrite({"one"}));
   if (!FileDirWrapper::RemoveFile(path_)) GTEST_SKIP() << "an open file stays here";
+  folder_.Write("a.kr", "theirs");
   EXPECT_FALSE(journal.Append("two"));
   EXPECT_TRUE(journal.Rewrite({"one", "two"}));
+  EXPECT_EQ(TempFolder::Read(journal.Aside()), "theirs");
   EXPECT_TRUE(journal.Append("three"));
   Records records;
   EXPECT_EQ(Read(records), Journal::Found::kRecords);

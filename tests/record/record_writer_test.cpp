@@ -62,10 +62,11 @@ TEST_F(RecordWriterTest, TheNextSessionFindsWhatThisOneDid) {
 
 TEST_F(RecordWriterTest, WhatIsHeldCountsAsOne) {
   auto writer = Writer();
-  writer->Begin(true);
   writer->Hold();
+  writer->Begin(true);
   writer->Put(change::GroupSet{1, "A", ""});
   EXPECT_FALSE(writer->Flush(400ms));
+  EXPECT_FALSE(std::filesystem::exists(files_.queue)) << "the beginning too";
   writer->Put(change::GroupSet{2, "B", ""});
   writer->Release();
   EXPECT_TRUE(writer->Flush(20s));
@@ -108,9 +109,24 @@ TEST_F(RecordWriterTest, OnlyTheFirstWrites) {
     EXPECT_TRUE(second->Begin(true).now.groups.empty());
     second->Put(change::GroupSet{1, "B", ""});
     second->PutRun({});
+    EXPECT_TRUE(second->Flush(0ms)) << "nothing to wait for";
   }
   EXPECT_EQ(TempFolder::Read(files_.queue), before);
   EXPECT_EQ(Said(), std::vector{MessageId::kRecordBusy});
+}
+
+TEST_F(RecordWriterTest, AQueueThatIsNotKeptIsDroppedAndNotWaitedFor) {
+  const auto putAndFlush = [this](bool keepQueue) {
+    const auto writer = Writer();
+    writer->Begin(keepQueue);
+    writer->Put(change::GroupSet{1, "A", ""});
+    EXPECT_TRUE(writer->Flush(4s)) << keepQueue;
+  };
+  putAndFlush(false);
+  EXPECT_FALSE(std::filesystem::exists(files_.queue));
+  putAndFlush(true);
+  putAndFlush(false);
+  EXPECT_TRUE(Writer()->Begin(true).now.groups.empty());
 }
 
 // A folder in the place of the file: as full as a disk can be, for root too.
