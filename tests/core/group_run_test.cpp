@@ -25,8 +25,10 @@ class GroupRun : public GroupTest {
   std::string LogLines() {
     std::istringstream log(TempFolder::Read(files_.Log().Path()));
     std::string lines;
-    for (std::string line; std::getline(log, line);)
+    for (std::string line; std::getline(log, line);) {
+      if (line.ends_with('\r')) line.pop_back();
       lines += line.substr(line.find(">> ") + 3) + "\n";
+    }
     return lines;
   }
 
