@@ -7,6 +7,7 @@
 #include <FL/Fl_Tooltip.H>
 
 #include "ui/dialogs/ComnMsgBox.h"
+#include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Tip.h"
 
@@ -33,6 +34,21 @@ class LongTextsTest : public WindowTest {
     }
   }
 };
+
+TEST_F(LongTextsTest, AWindowIsMadeAsSmallAsTheScreen) {
+  Fl_Window big(Fl::w() - 100, 50, Fl::w() + 300, 200);
+  big.end();
+  FitScreen(big, nullptr);
+  EXPECT_EQ(big.x(), 0);
+  EXPECT_EQ(big.w(), Fl::w());
+  EXPECT_EQ(big.h(), 200);
+  Fl_Window small(Fl::w() - 100, Fl::h() - 50, 300, 200);
+  small.end();
+  FitScreen(small, nullptr);
+  EXPECT_EQ(small.x() + small.w(), Fl::w());
+  EXPECT_EQ(small.y() + small.h(), Fl::h());
+  EXPECT_EQ(small.w(), 300);
+}
 
 TEST_F(LongTextsTest, AMessageBoxStaysOnTheScreen) {
   std::string all = "These files do not exist:";

@@ -29,9 +29,7 @@ ModalWindow::ModalWindow(int w, int h) : Fl_Double_Window(w, h) {
 
 void ModalWindow::Open(Fl_Window* parent, Fl_Widget* focus) {
   CentreOver(*this, parent);
-  const ScreenArea screen = ScreenOf(parent);
-  position(std::max(std::min(x(), screen.x + screen.w - w()), screen.x),
-           std::max(std::min(y(), screen.y + screen.h - h()), screen.y));
+  MoveOntoScreen(*this, parent);
   show();
   if (focus) Fl::focus(focus);
 }
@@ -65,4 +63,16 @@ void CentreOver(Fl_Window& window, Fl_Window* parent) {
   }
   window.position(static_cast<int>(x + (w - window.w()) * 0.5),
                   static_cast<int>(y + (h - window.h()) * 0.5));
+}
+
+void MoveOntoScreen(Fl_Window& window, Fl_Window* parent) {
+  const ScreenArea screen = ScreenOf(parent);
+  window.position(std::max(std::min(window.x(), screen.x + screen.w - window.w()), screen.x),
+                  std::max(std::min(window.y(), screen.y + screen.h - window.h()), screen.y));
+}
+
+void FitScreen(Fl_Window& window, Fl_Window* parent) {
+  const ScreenArea screen = ScreenOf(parent);
+  window.size(std::min(window.w(), screen.w), std::min(window.h(), screen.h));
+  MoveOntoScreen(window, parent);
 }

@@ -32,4 +32,10 @@ ScreenArea ScreenOf(Fl_Window* parent);
 // Moves a window so that its middle lies over the parent's.
 void CentreOver(Fl_Window& window, Fl_Window* parent);
 
+// Moves a window as far onto the parent's screen as it fits there.
+void MoveOntoScreen(Fl_Window& window, Fl_Window* parent);
+
+// The same, and makes it smaller than it is when the screen has no room for it.
+void FitScreen(Fl_Window& window, Fl_Window* parent);
+
 #endif

@@ -24,7 +24,6 @@ constexpr int kWidth = 820;
 constexpr int kHeight = 560;
 constexpr int kMinWidth = 480;
 constexpr int kMinHeight = 240;
-constexpr int kTitleBar = 24;  // of the window manager, above the window's own area
 constexpr int kRow = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFindLabel = 52;
 constexpr int kFindWidth = 220;
@@ -86,11 +85,8 @@ void TextViewer::ShowOverDialog() {
 
 // Over the other window, as far as the screen has room.
 void TextViewer::PlaceBeside(Fl_Window* other) {
-  int left, top, width, height;
-  Fl::screen_work_area(left, top, width, height);
   CentreOver(*this, other);
-  position(std::clamp(x(), left, std::max(left, left + width - w())),
-           std::clamp(y(), top + kTitleBar, std::max(top + kTitleBar, top + height - h())));
+  FitScreen(*this, other);
 }
 
 void TextViewer::CloseAll() {

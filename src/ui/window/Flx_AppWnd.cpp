@@ -68,6 +68,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   end();
   resizable(nullptr);
   size_range(Layout::kMinWidth, Layout::kMinHeight);
+  FitScreen(*this, nullptr);
   ConnectParts();
   FilterEvents(this);
   ShowLeft();

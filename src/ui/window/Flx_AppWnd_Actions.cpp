@@ -483,7 +483,7 @@ std::string Flx_AppWnd::FateOfQueued() const {
   }
   if (queued == 0) return {};
   const int keep = std::clamp(application_.SettingsAndFiles().Get().keep_jobs, 0, 2);
-  return texts_.Format(kKeys[keep], std::to_string(queued)) + " ";
+  return texts_.Format(kKeys[keep], std::to_string(queued)) + "\n";
 }
 
 void Flx_AppWnd::Exit() {
