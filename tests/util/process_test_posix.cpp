@@ -197,7 +197,8 @@ TEST(ProcessPosix, OnlyAWholeTokenLeadsToWhatWasStarted) {
   std::string here;
   FileDirWrapper::CurrentDir(here);
   const std::string token = second.Token();
-  EXPECT_EQ(PTWrapperProcess::FindStarted(token, here), second.ChildId());
+  EXPECT_TRUE(WaitUntil(  // a program that is just becoming another shows no variables
+      [&] { return PTWrapperProcess::FindStarted(token, here) == second.ChildId(); }));
   for (const std::string& part : {token.substr(1), token.substr(0, 31), ':' + token,
                                   std::string("KR_RUN="), std::string("="), std::string()}) {
     EXPECT_EQ(PTWrapperProcess::FindStarted(part, here), 0) << part;
@@ -461,6 +462,29 @@ TEST_F(ConsolePosix, ATerminalThatStartsItsProgramAgainIsEndedToo) {
   EXPECT_TRUE(process.Terminate());
   for (const pid_t pid : NumbersIn(folder / "terminal")) EXPECT_FALSE(IsAlive(pid));
   EXPECT_EQ(Find("krconsole"), 0);
+}
+
+// The first one started serves all windows, the others hand it theirs and end.
+TEST_F(ConsolePosix, ATerminalWithSeveralWindowsLosesOnlyOne) {
+  const std::string pipe = folder / "pipe", ids = folder / "terminal";
+  const std::string terminal =
+      folder.Write("server", "#!/bin/sh\nshift 3\ntest -p " + pipe + " && echo \"$@\" > " + pipe +
+                                 " && exit\nmkfifo " + pipe + "\necho $$ > " + ids +
+                                 "\nsetsid \"$@\" &\nexec 3<>" + pipe +
+                                 "\nwhile read -r line <&3; do setsid $line & done\n");
+  chmod(terminal.c_str(), 0700);
+  PTWrapperProcessStart start = InTerminal(folder.Write("run.sh", "exec sleep 30"));
+  start.console.terminal = terminal;
+  PTWrapperProcess other;
+  ASSERT_TRUE(process.Create(start));
+  ASSERT_TRUE(other.Create(start));
+  const pid_t first = process.ChildId();
+  EXPECT_TRUE(process.Terminate());
+  EXPECT_FALSE(IsAlive(first));
+  EXPECT_TRUE(other.IsActive());
+  EXPECT_TRUE(other.Terminate());
+  ASSERT_EQ(NumbersIn(ids).size(), 1u);
+  EXPECT_EQ(kill(NumbersIn(ids).front(), SIGKILL), 0) << "it has ended";
 }
 
 TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {

@@ -25,7 +25,7 @@ ProcessTree::ProcessTree(std::string token) : token_(std::move(token)) {}
 // Never the first process, nor "none": everything that runs is below them.
 void ProcessTree::AddRoot(const ProcessKey& key) {
   if (key.pid <= 1) return;
-  members_[key.pid] = key.start;
+  members_[key.pid] = roots_[key.pid] = key.start;
   earliest_ = std::min(earliest_, key.start);
 }
 
@@ -61,6 +61,7 @@ void ProcessTree::AddFound(const ProcessKey& key) {
 bool ProcessTree::End(std::chrono::milliseconds limit) {
   const Clock::time_point deadline = Clock::now() + limit;
   MarkConsoleParents();
+  SpareOtherWindows();
   if (!EndPolitely(Which::kOthers, std::min(deadline, Clock::now() + kPoliteTime))) {
     Kill(Which::kOthers);
   }
@@ -88,6 +89,54 @@ void ProcessTree::MarkConsoleParents() {
       at = byId.find(parent);
     }
   }
+}
+
+// A terminal may show the windows of several runs, and of others, from one process. Each is a
+// session that the terminal started. Then it is not ended, nor what runs in the others; our window
+// goes with its host.
+void ProcessTree::SpareOtherWindows() {
+  std::unordered_set<pid_t> ours;
+  for (const auto& [pid, start] : roots_) {
+    const std::optional<ProcessEntry> root = ReadProcess(pid);
+    if (root && root->key.start == start && !IsConsole(*root)) ours.insert(root->session);
+  }
+  std::unordered_map<pid_t, ProcessEntry> byId;
+  for (ProcessEntry& process : Scan()) byId.emplace(process.key.pid, std::move(process));
+  for (const auto& [pid, process] : byId) {
+    if (process.session != pid || ours.contains(pid) || HasProcess(roots_, process.key)) continue;
+    auto above = byId.find(process.parent);
+    if (above == byId.end() || !IsConsole(above->second) ||
+        ExecutableName(above->second) == kConsoleHost) {
+      continue;
+    }
+    otherWindows_[pid] = process.key.start;
+    for (; above != byId.end() && IsConsole(above->second);
+         above = byId.find(above->second.parent)) {
+      spared_[above->first] = above->second.key.start;
+    }
+  }
+  for (const auto& set : {spared_, otherWindows_}) {
+    for (const auto& [pid, start] : set) {
+      members_.erase(pid);
+      consoles_.erase(pid);
+      sessions_.erase(pid);
+    }
+  }
+}
+
+// Without what runs in other windows of our terminal.
+void ProcessTree::LeaveOutSpared(std::vector<ProcessEntry>& processes) const {
+  if (spared_.empty()) return;
+  std::unordered_set<pid_t> apart;
+  std::size_t before = 0;
+  do {
+    before = processes.size();
+    std::erase_if(processes, [&](const ProcessEntry& process) {
+      const bool isOther = HasProcess(otherWindows_, process.key) || apart.contains(process.parent);
+      if (isOther) apart.insert(process.key.pid);
+      return isOther || HasProcess(spared_, process.key);
+    });
+  } while (processes.size() != before);
 }
 
 bool ProcessTree::IsConsole(const ProcessEntry& process) const {
@@ -126,6 +175,7 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
     sessions_.erase(process.key.pid);  // an id is not given anew while its session lasts
   }
   std::erase_if(others, [this](const ProcessEntry& process) { return !IsCandidate(process); });
+  LeaveOutSpared(others);
   std::vector<ProcessEntry> found;
   bool first = true;  // reading an environment costs the most and tells the same every time
   for (bool grew = true; grew; first = false) {

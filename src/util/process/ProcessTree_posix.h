@@ -42,6 +42,8 @@ class ProcessTree {
   bool IsRelated(const ProcessEntry& process) const;
   void Remember(const ProcessEntry& process);
   void MarkConsoleParents();
+  void SpareOtherWindows();
+  void LeaveOutSpared(std::vector<ProcessEntry>& processes) const;
   bool IsConsole(const ProcessEntry& process) const;
   enum class Which { kOthers, kConsoles, kAll };
   std::vector<ProcessKey> Select(Which which);
@@ -53,6 +55,9 @@ class ProcessTree {
   std::unordered_map<pid_t, std::uint64_t> members_;
   std::unordered_map<pid_t, std::uint64_t> consoles_;
   std::unordered_set<pid_t> sessions_;
+  std::unordered_map<pid_t, std::uint64_t> roots_;
+  std::unordered_map<pid_t, std::uint64_t> spared_;        // a terminal that others use too
+  std::unordered_map<pid_t, std::uint64_t> otherWindows_;  // what it started for them
   bool blind_ = false;  // the last scan could not see the processes
 };
 
