@@ -42,7 +42,8 @@ void RunAsFirstCopy(const std::string& deck) {
   setup.recorded = [&](const JobFile&, const RunRecord& record) {
     std::ofstream(deck + ".record")
         << record.started << ' ' << record.stage << ' ' << record.process.id << ' '
-        << record.process.mark << ' ' << record.token << '\n'
+        << (record.process.mark.empty() ? "ended" : record.process.mark) << ' ' << record.token
+        << '\n'
         << record.filesBefore;
     std::_Exit(0);
   };
