@@ -206,6 +206,7 @@ pictures() {
   xdotool windowsize --sync "$main" 1000 448
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"
+  key Tab  # "No" comes first while a job runs
   key Return
   for _ in $(seq 350); do
     kill -0 "$program" 2>/dev/null || break
