@@ -2,7 +2,6 @@
 #ifndef KR_RECORD_RECORDWRITER_H
 #define KR_RECORD_RECORDWRITER_H
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -13,7 +12,6 @@
 
 #include "messages/Message.h"
 #include "record/Journal.h"
-#include "record/PastRuns.h"
 #include "record/QueueImage.h"
 #include "record/RecordFiles.h"
 #include "util/files/FileLock.h"
@@ -45,13 +43,6 @@ class RecordWriter {
   // Waits until what was put is on the disk. False when it is not by then.
   bool Flush(std::chrono::milliseconds limit);
 
-  const RecordFiles& Files() const { return files_; }
-
-  // Those of the file are in it a moment after Begin, those that are put at once.
-  const PastRuns& Past() const { return past_; }
-  // Another number whenever the file of the history has something new. Any thread.
-  std::uint64_t HistoryVersion() const { return historyVersion_; }
-
   // The bytes of the queue's file.
   std::uint64_t QueueBytes() const;
 
@@ -74,7 +65,6 @@ class RecordWriter {
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
   void DropQueue();
   void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
-  void LearnPast();
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);
   void Sync(Target& target);
@@ -91,12 +81,8 @@ class RecordWriter {
   Target history_;
   QueueImage image_;
   std::vector<std::string> unwrittenHistory_;  // while that file is broken
-  std::vector<std::string> unlearned_;         // records that past_ does not have yet
   Clock::time_point synced_{};
   Clock::time_point tried_{};
-
-  PastRuns past_;
-  std::atomic<std::uint64_t> historyVersion_{0};
 
   mutable Mutex mutex_;
   std::condition_variable changed_;

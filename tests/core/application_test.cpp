@@ -51,18 +51,6 @@ TEST_F(ApplicationTest, AFirstStartHasOneGroupAndLeavesItsFiles) {
   EXPECT_TRUE(std::filesystem::exists(work + "/kr_init.config"));
 }
 
-TEST_F(ApplicationTest, GroupsAndTheirTextsOutliveTheProgram) {
-  ASSERT_TRUE(Start());
-  application_->Manager().AddGroup("Night");
-  application_->Manager().GroupAt(1)->SetText("100,n1,4");
-  application_->Shutdown();
-  ASSERT_TRUE(Start());
-  ASSERT_EQ(application_->Manager().GroupCount(), 2);
-  EXPECT_EQ(application_->Manager().CurrentGroupIndex(), 0);
-  EXPECT_EQ(application_->Manager().GroupAt(1)->Name(), "Night");
-  EXPECT_EQ(application_->Manager().GroupAt(1)->Text(), "100,n1,4");
-}
-
 TEST_F(ApplicationTest, WhatAKilledCopyLeftInTheWorkFolderGoesWithTheNextStart) {
   ASSERT_TRUE(Start());
   // Of a number that no process has.
@@ -142,20 +130,6 @@ TEST_F(ApplicationTest, HandOverLinesChangeAndStoreTheSettings) {
   EXPECT_EQ(now.cpu_count, 7);
   EXPECT_NE(now.SolverPath(SolverKind::kInc).find("KVIN_MC.EXE"), std::string::npos);
   application_->Manager().SetObserver(nullptr);
-}
-
-TEST_F(ApplicationTest, AMissingTextFileIsNotShown) {
-  ASSERT_TRUE(Start());
-  std::string shown;
-  application_->TextFallback = [&](const std::string& path) {
-    shown = path;
-    return true;
-  };
-  EXPECT_FALSE(application_->ViewTextFile(""));
-  EXPECT_FALSE(application_->ViewTextFile(home_ / "none"));
-  EXPECT_EQ(shown, "");
-  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "File [Null] does not exist"));
-  EXPECT_TRUE(LogHolds(application_->SettingsAndFiles(), "File [" + home_ / "none" + "] does"));
 }
 
 }  // namespace

@@ -32,19 +32,39 @@ class GroupRun : public GroupTest {
     return lines;
   }
 
-  bool WaitForSolver(const JobFile& job) const {
-    return WaitUntil([&] { return std::filesystem::exists(job.Folder() + "/messag"); });
+  std::shared_ptr<JobFileDyna> Add(const std::string& name, const std::string& command = {},
+                                   int pause = 0) {
+    auto job = Job(name, command);
+    job->pause = pause;
+    Group()->AddJob(job);
+    return job;
+  }
+  void RunToTheEnd() {
+    ASSERT_TRUE(Group()->Submit());
+    ASSERT_TRUE(WaitForEnd(*Group()));
+  }
+  // Until it waits in its pause.
+  std::shared_ptr<JobFileDyna> AddPaused() {
+    auto job = Add("paused", "", 1000);
+    Add("next");
+    EXPECT_TRUE(Group()->Submit());
+    EXPECT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
+    return job;
+  }
+  // Until its solver writes.
+  std::shared_ptr<JobFileDyna> StartHanging() {
+    auto job = Add("hangs", "hang");
+    EXPECT_TRUE(Group()->Submit());
+    EXPECT_TRUE(WaitUntil([&] { return std::filesystem::exists(job->Folder() + "/messag"); }));
+    return job;
   }
 };
 
 TEST_F(GroupRun, TakesTheJobsInOrderAndJudgesEach) {
-  Group()->AddJob(Job("good"));
-  Group()->AddJob(Job("bad", "fail"));
-  auto missing = Job("missing");
-  missing->jobFile += ".gone";
-  Group()->AddJob(missing);
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForEnd(*Group()));
+  Add("good");
+  Add("bad", "fail");
+  Add("missing")->jobFile += ".gone";
+  RunToTheEnd();
   EXPECT_EQ(StatusNotes(),
             (std::vector<std::string>{StatusNote(0, 1), StatusNote(0, 2), StatusNote(0, 3),
                                       StatusNote(1, 1), StatusNote(1, 2), StatusNote(1, 4),
@@ -54,14 +74,13 @@ TEST_F(GroupRun, TakesTheJobsInOrderAndJudgesEach) {
   EXPECT_TRUE(WaitUntil([&] { return seen_.Count("run " + std::to_string(Group()->Id())) == 2; }));
 
   ASSERT_TRUE(Group()->Resubmit(Id(0)));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForEnd(*Group()));
+  RunToTheEnd();
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_EQ(Status(*Group(), 1), JobStatus::kAborted);
 }
 
 TEST_F(GroupRun, ASecondSubmitStartsNothing) {
-  Group()->AddJob(Job("a", "run 1"));
+  Add("a", "run 1");
   ASSERT_TRUE(Group()->Submit());
   EXPECT_FALSE(Group()->Submit());
   EXPECT_EQ(Group()->LastError(), "Running work thread is found, submit job failed");
@@ -72,11 +91,10 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
 
 // After a crash it is all that there is.
 TEST_F(GroupRun, TheLogTellsWhatBecameOfEachJob) {
-  const auto first = Job("first", "run 60"), second = Job("second");
-  Group()->AddJob(first);
+  const auto first = Add("first", "run 60");
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return LogLines().find(" as process ") != std::string::npos; }));
-  Group()->AddJob(second);
+  const auto second = Add("second");
   std::string expected = "Job [" + first->jobFile + "] submitted in group [Group1]\nJob [" +
                          first->jobFile + "] started as process " +
                          std::to_string(first->process.ChildId()) + "\nJob [" + second->jobFile +
@@ -88,20 +106,12 @@ TEST_F(GroupRun, TheLogTellsWhatBecameOfEachJob) {
 }
 
 TEST_F(GroupRun, AnEmptyGroupEndsAtOnceAndCanBeSubmittedAgain) {
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_TRUE(Group()->Submit());
-    ASSERT_TRUE(WaitForEnd(*Group()));
-  }
+  for (int i = 0; i < 20; ++i) RunToTheEnd();
   EXPECT_TRUE(StatusNotes().empty());
 }
 
 TEST_F(GroupRun, StopInThePauseAbortsWithoutASolver) {
-  auto job = Job("paused");
-  job->pause = 1000;
-  Group()->AddJob(job);
-  Group()->AddJob(Job("next"));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
+  const auto job = AddPaused();
   EXPECT_TRUE(manager_->IsAnyJobActive());
   const auto begin = Clock::now();
   EXPECT_TRUE(Group()->Stop());
@@ -113,19 +123,13 @@ TEST_F(GroupRun, StopInThePauseAbortsWithoutASolver) {
 
   job->pause = 0;
   ASSERT_TRUE(Group()->Resubmit(Id(0)));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForEnd(*Group()));
+  RunToTheEnd();
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_EQ(Status(*Group(), 1), JobStatus::kFinished);
 }
 
 TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {
-  auto removed = Job("removed");
-  removed->pause = 1000;
-  Group()->AddJob(removed);
-  Group()->AddJob(Job("next"));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kWaiting));
+  const auto removed = AddPaused();
   ASSERT_TRUE(Group()->RemoveJob(Id(0)));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
@@ -133,11 +137,8 @@ TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {
 }
 
 TEST_F(GroupRun, ARemovedRunningJobLosesItsSolverAndTheNextGoesOn) {
-  auto removed = Job("removed", "hang");
-  Group()->AddJob(removed);
-  Group()->AddJob(Job("next"));
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForSolver(*removed));
+  const auto removed = StartHanging();
+  Add("next");
   ASSERT_TRUE(Group()->RemoveJob(Id(0)));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
@@ -146,16 +147,15 @@ TEST_F(GroupRun, ARemovedRunningJobLosesItsSolverAndTheNextGoesOn) {
 }
 
 TEST_F(GroupRun, FollowsItsJobThroughReordering) {
-  auto first = Job("first", "run 2");
-  Group()->AddJob(first);
-  Group()->AddJob(Job("second"));
-  Group()->AddJob(Job("third"));
+  Add("first", "run 2");
+  Add("second");
+  Add("third");
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kRunning));
   EXPECT_TRUE(Group()->MoveJob(Id(2), true));
   EXPECT_FALSE(Group()->MoveJob(Id(1), true));
   ASSERT_TRUE(Group()->RemoveJob(Id(2)));
-  Group()->AddJob(Job("late"));
+  Add("late");
   ASSERT_TRUE(WaitForEnd(*Group()));
   ASSERT_EQ(Group()->JobCount(), 3);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(Status(*Group(), i), JobStatus::kFinished) << i;
@@ -186,10 +186,7 @@ TEST_F(GroupRun, GroupsRunAtTheSameTimeEachWithItsFolderAndVariables) {
 }
 
 TEST_F(GroupRun, AGroupThatIsRemovedEndsItsSolver) {
-  auto job = Job("a", "hang");
-  Group()->AddJob(job);
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForSolver(*job));
+  const auto job = StartHanging();
   ASSERT_TRUE(manager_->RemoveGroup(0));
   EXPECT_TRUE(manager_->IsAnyGroupRunning());
   EXPECT_TRUE(manager_->Stop(-1));
@@ -198,10 +195,7 @@ TEST_F(GroupRun, AGroupThatIsRemovedEndsItsSolver) {
 }
 
 TEST_F(GroupRun, TheManagerCanGoWhileAGroupRuns) {
-  auto job = Job("a", "hang");
-  Group()->AddJob(job);
-  ASSERT_TRUE(Group()->Submit());
-  ASSERT_TRUE(WaitForSolver(*job));
+  const auto job = StartHanging();
   manager_.reset();
   EXPECT_FALSE(job->process.IsActive());
 }

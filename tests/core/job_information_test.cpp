@@ -35,9 +35,6 @@ class Information : public ::testing::Test {
 TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
   EXPECT_EQ(LastLine(1), "  Element Number is 7");
   EXPECT_EQ(LastLine(), "  Node Number is 12");
-  for (const std::string& line : JobInformation(output_))
-    EXPECT_EQ(line.find('\n'), std::string::npos) << line;
-
   output_.status = JobStatus::kAborted;
   EXPECT_EQ(LastLine(1), "Found 0 warnings");
   output_.status = JobStatus::kFinished;
@@ -45,17 +42,6 @@ TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
   EXPECT_EQ(LastLine().rfind("  d3plot: ", 0), 0U) << LastLine();
   std::filesystem::remove(folder_ / "d3plot");
   EXPECT_EQ(LastLine(1), "Found 0 warnings");
-}
-
-TEST_F(Information, ReadsWhatEachSolverWrites) {
-  output_.jobFile = folder_ / "part.v2.fin";
-  folder_.Write("part.v2_INFO.OUT", "THE TOTAL TIME IS ABOUT   12.5 SECONDS\n");
-  output_.solverType = SolverKind::kInc;
-  EXPECT_EQ(LastLine(1), "   12.5 SECONDS");
-  output_.jobFile = folder_ / "form.dat";
-  folder_.Write("form.OUT", " ERROR 7\n");
-  output_.solverType = SolverKind::kVorel;
-  EXPECT_EQ(LastLine(), "ERROR 7");
 }
 
 // The file that a post-processor opens.

@@ -160,21 +160,6 @@ TEST(GlobalStatesTest, NamesValuesAndWhatIsMissing) {
   }
 }
 
-TEST(GlobalStatesTest, DropsEverySecondRowWhenThereAreTooMany) {
-  GlobalStates states(200);
-  for (int i = 0; i < 1000; ++i) {
-    states.TakeLines(" dt of cycle " + std::to_string(i) +
-                     " is controlled by load curve\n time..... " + std::to_string(i) +
-                     ".0E+00\n value.... " + std::to_string(i) + ".0E+00\n");
-    ASSERT_EQ(states.Cycle(states.Rows() - 1), i);
-    ASSERT_LE(states.Rows() * 2, 202u);
-  }
-  EXPECT_GT(states.Rows(), 40u);
-  for (std::size_t row = 0; row < states.Rows(); ++row) {
-    ASSERT_EQ(states.Find("value")->values[row], static_cast<double>(states.Cycle(row)));
-  }
-}
-
 TEST(TextOutputTest, IncAndVorel) {
   TextOutput vorel;
   vorel.TakeLines(" D A T E (MM/DD/YY): 01/10/15\n TIME(HH:MM:SS:.01): 10:00:00:.12\n");

@@ -96,10 +96,4 @@ TEST_F(RunWatcherTest, AnotherRunOfTheJobBeginsAnew) {
   EXPECT_FALSE(State().news.cycle);
 }
 
-TEST_F(RunWatcherTest, KnowsNothingOfOtherJobs) {
-  going_ = false;
-  Start();
-  EXPECT_FALSE(watcher_->StateOf(kJob));
-}
-
 }  // namespace

@@ -92,11 +92,4 @@ TEST(TimeLeftTest, ClocksThatGoBackAndSilence) {
   EXPECT_EQ(left.At(now + 1, 0.2)->seconds, 0);
 }
 
-TEST(TimeLeftTest, MemoryIsBounded) {
-  EXPECT_LT(ReplayRun([](int) { return 1e-1; }, 300).worst, 0.03);  // several steps a look
-  TimeLeft left;
-  for (int i = 0; i < 100000; ++i) left.Add(i, i * 1e-6);
-  EXPECT_NEAR(left.At(99999, 0.2)->seconds, 100001, 200);
-}
-
 }  // namespace

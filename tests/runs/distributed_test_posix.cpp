@@ -1,36 +1,36 @@
 // Runs through an MPI launcher.
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 
+#include "RunFixture.h"
 #include "runs/FolderUse.h"
-#include "runs/JobRun.h"
-#include "support/SolverFixture.h"
 #include "util/process/ProcessTable_posix.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class DistributedTest : public SolverTest {};
+constexpr char kLauncher[] = "/usr/bin/mpiexec.hydra";
 
-std::string PathAfter(const std::string& folder) {
-  return folder + ":" + std::getenv("PATH");
-}
+class DistributedTest : public RunTest {
+ protected:
+  DistributedTest() {
+    context_.settings.use_mpp = true;
+    context_.settings.mpi = 9;
+  }
+  // What is found as the launcher. Not a link: it looks for its helper beside the name that it was
+  // called by.
+  void SetLauncher(const std::string& script) {
+    folder_.WriteProgram("mpiexec", "#!/bin/sh\n" + script);
+  }
+  const ScopedVariable path_{"PATH", folder_.Path() + ":" + std::getenv("PATH")};
+};
 
 TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
-  const std::string launcher = "/usr/bin/mpiexec.hydra";
-  if (!Exists(launcher)) GTEST_SKIP() << "MPICH's launcher is not installed";
-  fs::create_directory(folder_ / "bin");
-  // Not a link: the launcher looks for its helper beside the name that it was called by.
-  const std::string wrapper =
-      folder_.Write("bin/mpiexec", "#!/bin/sh\nexec " + launcher + " \"$@\"\n");
-  chmod(wrapper.c_str(), 0755);
-  const ScopedVariable path("PATH", PathAfter(folder_ / "bin"));
-  context_.settings.use_mpp = true;
-  context_.settings.mpi = 9;
+  if (!Exists(kLauncher)) GTEST_SKIP() << "MPICH's launcher is not installed";
+  SetLauncher(std::string("exec ") + kLauncher + " \"$@\"\n");
   context_.settings.mpi_param = "-n 4";
   fs::create_directory(folder_ / "my job");
   const std::string jobFolder = folder_ / "my job";
@@ -66,16 +66,9 @@ int CountRanks(const std::string& word) {
 }
 
 TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
-  const std::string launcher = "/usr/bin/mpiexec.hydra";
-  if (!Exists(launcher)) GTEST_SKIP() << "MPICH's launcher is not installed";
-  const std::string wrapper =
-      folder_.Write("mpiexec", "#!/bin/sh\n" + launcher +
-                                   " \"$@\" &\nuntil test -e mes0001; do sleep 0.05; done\n"
-                                   "kill -9 $$\n");
-  chmod(wrapper.c_str(), 0755);
-  const ScopedVariable path("PATH", PathAfter(folder_.Path()));
-  context_.settings.use_mpp = true;
-  context_.settings.mpi = 9;
+  if (!Exists(kLauncher)) GTEST_SKIP() << "MPICH's launcher is not installed";
+  SetLauncher(std::string(kLauncher) +
+              " \"$@\" &\nuntil test -e mes0001; do sleep 0.05; done\nkill -9 $$\n");
   context_.settings.mpi_param = "-n 2";
   const auto job = DynaJobWith("$ standin: run 60\n");
   int ranks = 0;
@@ -85,29 +78,18 @@ TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
     ranks = CountRanks("i=" + job->jobFile);
     job->abort = true;
   });
-  JobRunSetup setup;
-  setup.begin = [this] { return context_; };
-  setup.solverFor = [this](SolverKind kind) { return &Solver(kind); };
   // The abort comes between the launcher's death and the run's next look at it.
   Solver(job->GetSolverType()).pollTime = std::chrono::seconds(3);
-  EXPECT_EQ(RunJob(*job, setup), JobStatus::kAborted);
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
   stopper.join();
   EXPECT_GE(ranks, 2);
   EXPECT_EQ(CountRanks("i=" + job->jobFile), 0);
 }
 
 TEST_F(DistributedTest, RanksThatOutliveTheirLauncherKeepTheFolder) {
-  const std::string wrapper =
-      folder_.Write("mpiexec", "#!/bin/sh\nsleep 30 & echo $! > rank\nkill -9 $$\n");
-  chmod(wrapper.c_str(), 0755);
-  const ScopedVariable path("PATH", PathAfter(folder_.Path()));
-  context_.settings.use_mpp = true;
-  context_.settings.mpi = 9;
+  SetLauncher("sleep 30 & echo $! > rank\nkill -9 $$\n");
   const auto job = DynaJobWith("");
-  JobRunSetup setup;
-  setup.begin = [this] { return context_; };
-  setup.solverFor = [this](SolverKind kind) { return &Solver(kind); };
-  EXPECT_EQ(RunJob(*job, setup), JobStatus::kAborted);
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
   const pid_t rank = std::stoi(TempFolder::Read(folder_ / "rank"));
   FolderUse next("next.k");
   const FolderHolder holder = next.Take({folder_.Path()});
@@ -120,6 +102,7 @@ TEST_F(DistributedTest, RanksThatOutliveTheirLauncherKeepTheFolder) {
 }
 
 TEST_F(DistributedTest, RunsInAFolderWithABackslashInItsName) {
+  context_.settings.use_mpp = false;
   fs::create_directory(folder_ / "my\\job");
   const auto job = DynaJob(folder_.Write("my\\job/a.k", Deck("")));
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << job->RunMessage().English();
@@ -129,7 +112,6 @@ TEST_F(DistributedTest, RunsInAFolderWithABackslashInItsName) {
 
 TEST_F(DistributedTest, AMissingLauncherIsNamed) {
   const ScopedVariable path("PATH", folder_.Path());
-  context_.settings.use_mpp = true;
   context_.settings.host_lines = {"A 0"};
   context_.settings.mpi = 3;
   context_.settings.memory2 = 0;

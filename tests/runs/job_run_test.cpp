@@ -2,9 +2,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "runs/JobRun.h"
+#include "RunFixture.h"
 #include "runs/SolverVersion.h"
-#include "support/SolverFixture.h"
 
 namespace {
 
@@ -12,12 +11,11 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
-class JobRunTest : public SolverTest {
+class JobRunTest : public RunTest {
  protected:
   JobRunTest() {
     UseLibrary("qvas_whole");
     setup_.autoPosition = &autoPosition_;
-    setup_.solverFor = [this](SolverKind kind) { return &Solver(kind); };
   }
 
   void UseLibrary(const std::string& folder) {
@@ -46,7 +44,6 @@ class JobRunTest : public SolverTest {
   // Statuses of stages are written down among the library's calls.
   JobStatus RunWhole(JobFile& job) {
     JobRunSetup setup = setup_;
-    setup.begin = [this] { return context_; };
     setup.setStageStatus = [this, &job](JobFile& stage, JobStatus status) {
       stage.status = status;
       if (status == JobStatus::kRunning) sawAutoPosition_ = sawAutoPosition_ || autoPosition_;
@@ -83,7 +80,6 @@ class JobRunTest : public SolverTest {
     return copy;
   }
 
-  JobRunSetup setup_;
   std::unique_ptr<PositioningLibrary> library_;
   std::atomic<bool> autoPosition_{false};
   std::atomic<bool> sawAutoPosition_{false};

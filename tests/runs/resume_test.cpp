@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "RunFixture.h"
 #include "runs/FolderUse.h"
-#include "runs/JobRun.h"
-#include "support/SolverFixture.h"
+#include "support/OwnProgram.h"
 #include "util/process/ProcessIdentity.h"
 
 namespace {
@@ -60,13 +60,10 @@ const struct FirstCopy {
   }
 } firstCopy;
 
-class ResumeTest : public SolverTest {
+class ResumeTest : public RunTest {
  protected:
   void SetUp() override {
     context_.note = [this](const Message& message) { notes_.push_back(message.Id()); };
-    setup_.begin = [this] { return context_; };
-    setup_.solverFor = [this](SolverKind kind) { return &Solver(kind); };
-    setup_.setStageStatus = [](JobFile& stage, JobStatus status) { stage.status = status; };
     setup_.recorded = [this](const JobFile&, const RunRecord& record) {
       records_.push_back(record);
     };
@@ -79,12 +76,7 @@ class ResumeTest : public SolverTest {
   // The first copy has started the deck's solver and has died.
   void Begin(const std::string& deck) {
     PTWrapperProcess copy;
-    PTWrapperProcessStart start;
-    start.program = FileDirWrapper::ProgramPath();
-    FileDirWrapper::QuotePath(start.program, start.commandLine);
-    start.showWindow = false;
-    start.variables = {{kFirstCopy, deck}};
-    ASSERT_TRUE(copy.Create(start));
+    ASSERT_TRUE(copy.Create(OwnProgram(kFirstCopy, deck)));
     ASSERT_TRUE(copy.WaitProc());
     ASSERT_EQ(copy.ExitCode(), 0);
     copy.Terminate();
@@ -103,7 +95,6 @@ class ResumeTest : public SolverTest {
     return "Job [" + job_->jobFile + "] ended while Kestrun was not running";
   }
 
-  JobRunSetup setup_;
   RunRecord record_;
   std::shared_ptr<JobFileDyna> job_;
   std::vector<RunRecord> records_;

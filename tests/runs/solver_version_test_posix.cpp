@@ -1,5 +1,4 @@
 // Solvers that do not do as they should when asked for their version.
-#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -14,8 +13,7 @@ using Clock = std::chrono::steady_clock;
 class SolverVersionTest : public SolverTest {
  protected:
   bool Ask(const std::string& script) {
-    const std::string solver = folder_.Write("solver", "#!/bin/sh\n" + script);
-    chmod(solver.c_str(), 0755);
+    const std::string solver = folder_.WriteProgram("solver", "#!/bin/sh\n" + script);
     VersionQuery query;
     query.report = context_.report;
     query.abort = &abort_;

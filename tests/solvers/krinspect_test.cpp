@@ -73,13 +73,10 @@ TEST_F(Inspect, Reports) {
 
   // A job, its output, and a name of neither lead to one file.
   folder.Write("a_INFO.OUT", "THE TOTAL TIME FOR ALL IS ABOUT 3 S\n");
-  folder.Write("b.OUT", " ERROR 7\n");
   for (const char* name : {"a.fin", "a_INFO.OUT", "a"}) {
     ASSERT_TRUE(Read("inc", folder / name)) << name;
     EXPECT_EQ(out, "File Name : " + folder / "a_INFO.OUT" + "\nTHE TOTAL TIME: \n 3 S\n\n");
   }
-  ASSERT_TRUE(Read("vorel", folder / "b.dat"));
-  EXPECT_EQ(out, "File Name : " + folder / "b.OUT" + "\nERROR 7\n");
   EXPECT_FALSE(Read("inc", folder / "c.fin"));
 }
 

@@ -1,7 +1,6 @@
 #include <filesystem>
 
 #include "solvers/MessageFiles.h"
-#include "solvers/Verdict.h"
 #include "support/SolverFixture.h"
 
 namespace {
@@ -136,36 +135,6 @@ TEST_F(SolverTest, NoMessageFileTakesTheDecksPlace) {
   EXPECT_EQ(TempFolder::Read(job->jobFile), deck);
   EXPECT_EQ(job->MessageFile(), folder_ / "messag");
   EXPECT_TRUE(Has(log_, "Rename message file [" + job->MessageFile() + "] failed"));
-}
-
-TEST_F(SolverTest, ReadsHowARunEnded) {
-  const struct {
-    const char* text;
-    bool normal;
-  } cases[] = {
-      {" N o r m a l    t e r m i n a t i o n      12/21/25 20:15:16\n", true},
-      {" N o r m a l t e r m i n a t i o n", true},
-      {"t e r m i n a t i o n: N o r m a l, says the first word\r\n", true},
-      {"x\nN o r m a l\n", true},          // too short for the second word
-      {"N o r m a l 45678901\r\n", true},  // 20 characters
-      {"N o r m a l 456789012\n", false},
-      {"N o r m a l and more text\nt e r m i n a t i o n\n", false},
-      {" Normal termination of the whole run\n", false},
-      {" E r r o r   t e r m i n a t i o n\n", false},
-      {"", false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(ReadVerdict(folder_.Write("messag", c.text)).normal, c.normal) << c.text;
-  }
-  const std::string far(300000, '\n');
-  EXPECT_TRUE(
-      ReadVerdict(folder_.Write("messag", far + " N o r m a l   t e r m i n a t i o n" + far))
-          .normal);
-  EXPECT_EQ(ReadVerdict(folder_.Write("messag", far + " *** Error 10305 (KEY+305)\n     bad card\n"
-                                                      " *** Error 10306 (KEY+306)\n"))
-                .reason.English(),
-            "*** Error 10305 (KEY+305): bad card");
-  EXPECT_EQ(ReadVerdict(folder_.Path()).reason.English(), "its message file cannot be read");
 }
 
 }  // namespace

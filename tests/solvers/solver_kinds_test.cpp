@@ -34,12 +34,4 @@ TEST(SolverKinds, ARowBelongsToItsKindAlone) {
   EXPECT_EQ(SolverKindOfFile("/a.dat/b"), SolverKind::kLsDynaSingle);
 }
 
-TEST(SolverKinds, DriversStandInTheOrderOfTheKinds) {
-  const auto drivers = MakeSolvers();
-  ASSERT_EQ(drivers.size(), static_cast<std::size_t>(kLastSolverKind) + 1);
-  for (std::size_t i = 0; i < drivers.size(); ++i) {
-    EXPECT_EQ(drivers[i]->solverType, static_cast<SolverKind>(i));
-  }
-}
-
 }  // namespace

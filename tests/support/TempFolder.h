@@ -39,6 +39,11 @@ class TempFolder {
     std::ofstream(*this / name, std::ios::binary) << bytes;
     return *this / name;
   }
+  // One that can be started.
+  std::string WriteProgram(const std::string& name, const std::string& script) const {
+    std::filesystem::permissions(Write(name, script), std::filesystem::perms::owner_all);
+    return *this / name;
+  }
 
   static std::string Read(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

@@ -81,14 +81,6 @@ class Talker {
   Fl_Window* busy_ = nullptr;  // the window of the step that is at work
 };
 
-std::vector<Fl_Widget*> HeadButtons(Flx_Table& table) {
-  std::vector<Fl_Widget*> heads;
-  for (Fl_Widget* widget : WidgetsOf(table)) {
-    if (dynamic_cast<Flx_HeaderButton*>(widget)) heads.push_back(widget);
-  }
-  return heads;
-}
-
 struct Place {
   int x, y;
 };
@@ -109,7 +101,7 @@ Place PlaceOf(Fl_Widget& in, const std::string& text) {
 Place PlaceOf(Flx_Table& table, int row, const std::string& title) {
   const Drawing drawing(*table.window());
   int line = 0;
-  for (Fl_Widget* head : HeadButtons(table)) {
+  for (Flx_HeaderButton* head : All<Flx_HeaderButton>(table)) {
     if (drawing.Text(*head) != title) continue;
     for (const Drawn& drawn : drawing.In(table)) {
       if (drawn.icon || drawn.y < head->y() + head->h() || drawn.y == line) continue;
@@ -232,13 +224,13 @@ bool Drawing::HasFrame(Fl_Widget& widget, Fl_Color color) const {
 std::string HeadsOf(Flx_Table& table) {
   const Drawing drawing(*table.window());
   std::string titles;
-  for (Fl_Widget* head : HeadButtons(table)) titles += "|" + drawing.Text(*head);
+  for (Flx_HeaderButton* head : All<Flx_HeaderButton>(table)) titles += "|" + drawing.Text(*head);
   return titles.substr(1);
 }
 
 std::vector<std::string> RowsOf(Flx_Table& table) {
   const Drawing drawing(*table.window());
-  const std::vector<Fl_Widget*> heads = HeadButtons(table);
+  const std::vector<Flx_HeaderButton*> heads = All<Flx_HeaderButton>(table);
   std::vector<std::string> rows;
   std::size_t column = 0;
   int line = 0;

@@ -62,11 +62,18 @@ std::string HeadsOf(Flx_Table& table);
 std::vector<Fl_Widget*> WidgetsOf(const Fl_Group& in, const std::string& label = {});
 
 template <typename Kind>
-Kind* Look(const Fl_Group& in, const std::string& label = {}) {
+std::vector<Kind*> All(const Fl_Group& in, const std::string& label = {}) {
+  std::vector<Kind*> all;
   for (Fl_Widget* widget : WidgetsOf(in, label)) {
-    if (auto* found = dynamic_cast<Kind*>(widget)) return found;
+    if (auto* found = dynamic_cast<Kind*>(widget)) all.push_back(found);
   }
-  return nullptr;
+  return all;
+}
+
+template <typename Kind>
+Kind* Look(const Fl_Group& in, const std::string& label = {}) {
+  const std::vector<Kind*> all = All<Kind>(in, label);
+  return all.empty() ? nullptr : all.front();
 }
 
 // The first one.
@@ -81,11 +88,10 @@ template <typename Kind>
 Kind& Beside(const Fl_Group& in, const std::string& label) {
   const Fl_Widget& words = Find<Fl_Widget>(in, label);
   Kind* next = nullptr;
-  for (Fl_Widget* widget : WidgetsOf(in)) {
-    auto* found = dynamic_cast<Kind*>(widget);
-    const int middle = words.y() + words.h() / 2;
-    if (found && found->x() > words.x() && found->y() < middle &&
-        found->y() + found->h() > middle && (!next || found->x() < next->x()))
+  const int middle = words.y() + words.h() / 2;
+  for (Kind* found : All<Kind>(in)) {
+    if (found->x() > words.x() && found->y() < middle && found->y() + found->h() > middle &&
+        (!next || found->x() < next->x()))
       next = found;
   }
   if (!next) throw std::runtime_error("nothing beside: " + label);

@@ -6,7 +6,6 @@
 #include <FL/Fl_Button.H>
 #include <FL/Fl_File_Input.H>
 #include <FL/Fl_Return_Button.H>
-#include <sys/stat.h>
 
 #include "ui/help/TextViewer.h"
 #include "ui/window/Layout.h"
@@ -19,7 +18,6 @@ class ActionsTest : public WindowTest {
  protected:
   using WindowTest::WindowTest;
 
-  // A column of all rows.
   Lines Column(int column) {
     Lines cells;
     for (std::string row : Rows()) {
@@ -268,9 +266,8 @@ TEST_F(ActionsTest, OutputIsShownOnceThereIsSome) {
 TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAJobThatHasEnded) {
   const std::string opened = home_ / "opened";
   const std::string program =
-      home_.Write("my post.sh", "#!/bin/sh\nprintf '%s' \"$1\" > '" + opened + ".new'\nmv '" +
-                                    opened + ".new' '" + opened + "'\n");
-  chmod(program.c_str(), 0755);
+      home_.WriteProgram("my post.sh", "#!/bin/sh\nprintf '%s' \"$1\" > '" + opened +
+                                           ".new'\nmv '" + opened + ".new' '" + opened + "'\n");
   Files().Set(&Settings::post_processor, program);
   const std::string deck = AddJob("shown");
   EXPECT_EQ(AnswerToTool("tip_run_post", "OK"), Say("msg_no_cur_job"));
@@ -358,22 +355,6 @@ class ChineseActions : public ActionsTest {
   ChineseActions() : ActionsTest(1) {}
 };
 
-TEST_F(ChineseActions, ChoosersHaveTheSameFiltersAsInEnglish) {
-  const auto expect = [](const std::string& filters) {
-    return [=](Fl_Window& chooser) {
-      std::string shown;
-      const Fl_Choice& choice = Find<Fl_Choice>(chooser);
-      for (int i = 0; i + 1 < choice.size(); ++i)
-        shown += std::string(choice.text(i) ? choice.text(i) : "") + "|";
-      EXPECT_EQ(shown.substr(0, filters.size()), filters);
-      Key(chooser, FL_Escape);
-    };
-  };
-  Talk([&] { PressTool("tip_adddyn"); }, {expect("Dyna File (*.{dyn,k})|All Files (*)|")});
-  Talk([&] { Press(Find<Fl_Button>(*window_, "...")); },
-       {expect("All Files (*)|LS-DYNA Solver (*.exe)|")});
-}
-
 TEST_F(ChineseActions, AGroupNameHasSixtyCharactersOfAnyLanguage) {
   std::string name, told;
   for (int i = 0; i < 60; ++i) name += "组";
@@ -422,23 +403,6 @@ TEST_F(ActionsTest, EverySizeShowsAllSettings) {
     }
     EXPECT_EQ(Line(), "1 job: 1 queued");
   }
-}
-
-class NoLanguage : public ActionsTest {
- protected:
-  NoLanguage() : ActionsTest(2) {}
-};
-
-TEST_F(NoLanguage, HasNoTextsAndNoDialogs) {
-  PressKey(FL_F + 2);
-  EXPECT_EQ(Fl::modal(), nullptr);
-  std::string told = "none";
-  Talk([&] { PressKey('r', FL_CTRL); }, {[&](Fl_Window& box) {
-         told = Drawing(box).Text(box);
-         Key(box, FL_Enter);
-       }});
-  EXPECT_EQ(told, "");
-  EXPECT_EQ(HeadsOf(Table()), "|||||||||");
 }
 
 }  // namespace

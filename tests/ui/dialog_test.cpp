@@ -4,11 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <FL/Fl.H>
-#include <FL/Fl_Button.H>
-#include <FL/Fl_Check_Button.H>
-#include <FL/Fl_Choice.H>
-#include <FL/Fl_Menu_Button.H>
-#include <FL/Fl_Round_Button.H>
 
 #include <string>
 
@@ -31,35 +26,6 @@ class Built : public Flx_Base_Dialog {
 
 std::string Line(const std::string& id, const std::string& type, const std::string& place) {
   return id + "," + type + ",\"x\"," + place + ",3,14,7,15,0,4,20,56,20,99,\"\",0\n";
-}
-
-TEST(DialogBuilder, MakesEachTypeWithItsAttributes) {
-  std::string lines = "#" + Line("ID_NOTE", "Button", "1,1,1,1");
-  for (const char* type : {"Button", "Box", "Input", "Group", "Check_Button", "Round_Button",
-                           "Choice", "Browser", "Scrollbar", "Scroll", "Slider", "Tabs", "Counter",
-                           "Value_Slider", "Menu_Button", "Help_View", "Menu_Bar"})
-    lines += Line(type, type, type == std::string("Group") ? "350,250,5,5" : "300,200,20,10");
-  lines += Line("ID_BAD", "Buttons", "1,1,1,1") + Line("ID_CASE", "button", "1,1,1,1") +
-           "ID_SUB,Button,,1,1,5,5,2,3,49,49,0,0,9,56,0,0,,0\n";
-  const Built dialog(lines);
-  ASSERT_TRUE(dialog.built_);
-  EXPECT_EQ(dialog.Window()->children(), 18) << "what is open would have swallowed others";
-  EXPECT_EQ(dialog.Window()->labelsize(), 12);
-  EXPECT_TRUE(dialog.Window()->modal());
-  for (const char* id : {"ID_EARLY", "ID_NOTE", "ID_BAD", "ID_CASE"})
-    EXPECT_EQ(dialog.FindWidget(id), nullptr) << id;
-  for (const char* id : {"Button", "Check_Button", "Round_Button"})
-    EXPECT_EQ(dialog.Find(WidgetName<Fl_Button>{id})->down_box(), 14) << id;
-  EXPECT_EQ(dialog.Find(WidgetName<Fl_Choice>{"Choice"})->down_box(), 14);
-  EXPECT_EQ(dialog.Find(WidgetName<Fl_Menu_Button>{"Menu_Button"})->down_box(), FL_NO_BOX)
-      << "not of a choice";
-  const auto* round = dialog.Find(WidgetName<Fl_Round_Button>{"Round_Button"});
-  EXPECT_EQ(round->type(), Fl_Round_Button(0, 0, 1, 1).type()) << "99 keeps it";
-  EXPECT_EQ(dialog.FindWidget("ID_SUB")->type(), 0);
-  EXPECT_EQ(round->labelsize(), 12);
-  EXPECT_EQ(round->labelfont(), 4);
-  EXPECT_EQ(round->selection_color(), 15U);
-  EXPECT_EQ(round->align(), 20U);
 }
 
 TEST(DialogBuilder, PutsWidgetsIntoTheFirstGroupAtTheirCorner) {

@@ -146,10 +146,7 @@ TEST_F(JobTableTest, ScrolledRowsLookLikeRowsDrawnAnew) {
 
 TEST_F(JobTableTest, ColumnsAreDraggedAndFitted) {
   AddOneOfEach();
-  std::vector<Flx_HeaderButton*> heads;
-  for (Fl_Widget* widget : WidgetsOf(Table())) {
-    if (auto* head = dynamic_cast<Flx_HeaderButton*>(widget)) heads.push_back(head);
-  }
+  const std::vector<Flx_HeaderButton*> heads = All<Flx_HeaderButton>(Table());
   const int x = heads[1]->x(), width = heads[1]->w(), nameWidth = heads[0]->w();
   const int y = heads[0]->y() + heads[0]->h() / 2;
   Drag(*window_, x - 1, y, 60);
@@ -164,13 +161,7 @@ TEST_F(JobTableTest, ColumnsAreDraggedAndFitted) {
 
 TEST_F(JobTableTest, ColumnsMadeNarrowAndWideAgainAreAsBefore) {
   AddOneOfEach();
-  const auto heads = [&] {
-    std::vector<Flx_HeaderButton*> found;
-    for (Fl_Widget* widget : WidgetsOf(Table())) {
-      if (auto* head = dynamic_cast<Flx_HeaderButton*>(widget)) found.push_back(head);
-    }
-    return found;
-  }();
+  const std::vector<Flx_HeaderButton*> heads = All<Flx_HeaderButton>(Table());
   const auto drag = [&](std::size_t column, int by) {
     const Flx_HeaderButton& head = *heads[column];
     Drag(*window_, head.x() + head.w() - 1, head.y() + head.h() / 2, by);

@@ -11,7 +11,7 @@
 #include <filesystem>
 #endif
 
-#include "util/files/FileDirWrapper.h"
+#include "support/OwnProgram.h"
 #include "util/files/FileLock.h"
 
 namespace {
@@ -92,12 +92,7 @@ const struct Child {
 }  // namespace
 
 PTWrapperProcessStart TestChildStart(const std::string& behaviour) {
-  PTWrapperProcessStart start;
-  start.program = FileDirWrapper::ProgramPath();
-  FileDirWrapper::QuotePath(start.program, start.commandLine);
-  start.showWindow = false;
-  start.variables = {{kTestChildSwitch, behaviour}};
-  return start;
+  return OwnProgram(kTestChildSwitch, behaviour);
 }
 
 bool StartTestChild(PTWrapperProcess& process, const std::string& behaviour,

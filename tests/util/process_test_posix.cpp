@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -270,56 +269,24 @@ TEST(ProcessPosix, TerminateOutrunsProgramsThatKeepStartingOthers) {
   EXPECT_NE(std::system(search.c_str()), 0) << "no process of the script is left";
 }
 
-TEST(ProcessPosix, NamesAreThoseOfTheExecutableFile) {
-  const TempFolder folder;
-  const InFolder back(folder.Path());
-  const std::string shell = folder / "kr-odd (name) 1";
-  std::filesystem::copy_file("/bin/sh", shell);
-  folder.Write("kestrun.sh", "echo > up; " + Loop("sleep 0.1"));
-  PTWrapperProcess process;
-  ASSERT_TRUE(process.Create(shell, "some_other_name kestrun.sh", "", false, 0, "", false));
-  ASSERT_TRUE(WaitUntil([] { return FileDirWrapper::FileExists("up"); }));
-  std::filesystem::remove(shell);  // the running program keeps its name
-  prctl(PR_SET_NAME, "kestrun-thread");
-
-  std::vector<PTWrapperProcessInfo> list;
-  PTWrapperProcess::FindRunningProcessName(list);
-  const auto nameOf = [&](pid_t pid) {
-    const auto found = std::find_if(list.begin(), list.end(),
-                                    [&](const auto& entry) { return entry.processId == pid; });
-    return found == list.end() ? std::string() : found->exeName;
-  };
-  EXPECT_EQ(nameOf(process.ChildId()), "kr-odd (name) 1");
-  EXPECT_EQ(nameOf(getpid()).find("kestrun"), std::string::npos);
-  EXPECT_TRUE(PTWrapperProcess::Terminate("(name)"));
-  EXPECT_TRUE(WaitUntil([&] { return !process.IsActive(); }));
-}
-
-TEST(ProcessPosix, HostileOutputFilesStopNothing) {
+TEST(ProcessPosix, OutputFollowsNoLinksAndHostileFilesStopNothing) {
   const TempFolder folder;
   const std::string script = folder.Write("talk.sh", "echo hello");
-  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
-  for (const std::string& target : {folder / "fifo", folder.Path(), folder / "no/such/folder"}) {
+  const auto runTo = [&](const std::string& target) {
     PTWrapperProcess process;
     PTWrapperProcessStart start = ScriptStart(script);
     start.outputFile = target;
     ASSERT_TRUE(process.Create(start)) << target;
     EXPECT_TRUE(process.WaitProc());
     EXPECT_EQ(process.ExitCode(), 0);
-  }
-}
-
-TEST(ProcessPosix, OutputDoesNotFollowLinks) {
-  const TempFolder folder;
+  };
+  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+  for (const char* hostile : {"fifo", "", "no/such/folder"}) runTo(folder / hostile);
   folder.Write("kept", "precious");
   std::filesystem::create_symlink("kept", folder / "symbolic");
   std::filesystem::create_hard_link(folder / "kept", folder / "hard");
   for (const char* name : {"symbolic", "hard"}) {
-    PTWrapperProcess process;
-    PTWrapperProcessStart start = ScriptStart(folder.Write("talk.sh", "echo hello"));
-    start.outputFile = folder / name;
-    ASSERT_TRUE(process.Create(start));
-    EXPECT_TRUE(process.WaitProc());
+    runTo(folder / name);
     EXPECT_EQ(TempFolder::Read(folder / name), "hello\n") << name;
     EXPECT_EQ(TempFolder::Read(folder / "kept"), "precious") << name;
   }
@@ -358,6 +325,13 @@ class ConsolePosix : public testing::Test {
     if (screen->Name().empty() || FindProgram("xterm").empty()) GTEST_SKIP() << "no Xvfb or xterm";
   }
   void TearDown() override { process.Terminate(); }
+
+  // Waits for the script's sign that it runs, the file "up".
+  void StartInTerminal(const std::string& lines) {
+    const std::string script = "cd \"" + folder.Path() + "\"; " + lines;
+    ASSERT_TRUE(process.Create(InTerminal(folder.Write("run.sh", script))));
+    ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  }
 
   PTWrapperProcessStart InTerminal(const std::string& script) const {
     PTWrapperProcessStart start = ScriptStart(script);
@@ -423,12 +397,7 @@ TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
 }
 
 TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
-  const std::string script =
-      folder.Write("polite.sh", "trap 'sleep 0.2; echo > \"" + (folder / "saved") +
-                                    "\"; exit 0' TERM\necho > \"" + (folder / "up") + "\"\n" +
-                                    Loop("sleep 0.05"));
-  ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  StartInTerminal("trap 'sleep 0.2; echo > saved; exit 0' TERM\necho > up\n" + Loop("sleep 0.05"));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
   EXPECT_TRUE(process.Terminate());
@@ -438,10 +407,7 @@ TEST_F(ConsolePosix, TerminateLetsTheSolverFinishAndClosesTheWindow) {
 }
 
 TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
-  const std::string script = folder.Write(
-      "go_on.sh", "trap '' HUP TERM\necho > \"" + (folder / "up") + "\"\nsleep 1\nexit 0");
-  ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  StartInTerminal("trap '' HUP TERM\necho > up\nsleep 1\nexit 0");
   const pid_t host = Find("krconsole");
   ASSERT_GT(host, 0);
   kill(host, SIGKILL);
@@ -452,10 +418,9 @@ TEST_F(ConsolePosix, FollowsTheSolverWhenItsConsoleIsKilled) {
 }
 
 TEST_F(ConsolePosix, ATerminalThatStartsItsProgramAgainIsEndedToo) {
-  const std::string terminal =
-      folder.Write("again", "#!/bin/sh\ntrap '' TERM HUP\necho $$ > \"" + (folder / "terminal") +
-                                "\"\nshift 3\n" + Loop("\"$@\"; sleep 5"));
-  chmod(terminal.c_str(), 0700);
+  const std::string terminal = folder.WriteProgram(
+      "again", "#!/bin/sh\ntrap '' TERM HUP\necho $$ > \"" + (folder / "terminal") +
+                   "\"\nshift 3\n" + Loop("\"$@\"; sleep 5"));
   PTWrapperProcessStart start = InTerminal(folder.Write("run.sh", "exec sleep 30"));
   start.console.terminal = terminal;
   ASSERT_TRUE(process.Create(start));
@@ -468,11 +433,10 @@ TEST_F(ConsolePosix, ATerminalThatStartsItsProgramAgainIsEndedToo) {
 TEST_F(ConsolePosix, ATerminalWithSeveralWindowsLosesOnlyOne) {
   const std::string pipe = folder / "pipe", ids = folder / "terminal";
   const std::string terminal =
-      folder.Write("server", "#!/bin/sh\nshift 3\ntest -p " + pipe + " && echo \"$@\" > " + pipe +
-                                 " && exit\nmkfifo " + pipe + "\necho $$ > " + ids +
-                                 "\nsetsid \"$@\" &\nexec 3<>" + pipe +
-                                 "\nwhile read -r line <&3; do setsid $line & done\n");
-  chmod(terminal.c_str(), 0700);
+      folder.WriteProgram("server", "#!/bin/sh\nshift 3\ntest -p " + pipe + " && echo \"$@\" > " +
+                                        pipe + " && exit\nmkfifo " + pipe + "\necho $$ > " + ids +
+                                        "\nsetsid \"$@\" &\nexec 3<>" + pipe +
+                                        "\nwhile read -r line <&3; do setsid $line & done\n");
   PTWrapperProcessStart start = InTerminal(folder.Write("run.sh", "exec sleep 30"));
   start.console.terminal = terminal;
   PTWrapperProcess other;
@@ -488,10 +452,7 @@ TEST_F(ConsolePosix, ATerminalWithSeveralWindowsLosesOnlyOne) {
 }
 
 TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {
-  const std::string script =
-      folder.Write("run.sh", "echo > \"" + (folder / "up") + "\"\n" + Loop("sleep 0.05"));
-  ASSERT_TRUE(process.Create(InTerminal(script)));
-  ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "up"); }));
+  StartInTerminal("echo > up\n" + Loop("sleep 0.05"));
   const pid_t terminal = Find("xterm");
   ASSERT_GT(terminal, 0);
   kill(terminal, SIGKILL);
@@ -501,8 +462,7 @@ TEST_F(ConsolePosix, ClosedWindowEndsTheSolver) {
 
 TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
   const std::string script = folder.Write("talk.sh", "echo hello; exit 5");
-  const std::string broken = folder.Write("broken-terminal", "#!/bin/sh\nexit 3\n");
-  chmod(broken.c_str(), 0700);
+  const std::string broken = folder.WriteProgram("broken-terminal", "#!/bin/sh\nexit 3\n");
   const auto run = [&](const std::string& terminal) {
     std::filesystem::remove(folder / "out");
     PTWrapperProcessStart start = InTerminal(script);

@@ -6,9 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "support/OwnProgram.h"
 #include "support/TempFolder.h"
-#include "util/files/FileDirWrapper.h"
-#include "util/process/PTWrapper.h"
 
 namespace {
 
@@ -53,13 +52,13 @@ Seen SeenByChild(bool showWindow) {
   const TempFolder folder;
   SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
   const HANDLE event = CreateEventA(&inheritable, TRUE, FALSE, nullptr);
-  _putenv_s(kReportFile, (folder / "report").c_str());
-  _putenv_s(kHandle, std::to_string(reinterpret_cast<std::uintptr_t>(event)).c_str());
+  PTWrapperProcessStart start = OwnProgram(kReportFile, folder / "report");
+  start.variables.emplace_back(kHandle, std::to_string(reinterpret_cast<std::uintptr_t>(event)));
+  start.title = "A title; 'of' %TEMP%";
+  start.creationFlags = PTWrapperProcess::kNewConsole;
+  start.showWindow = showWindow;
   PTWrapperProcess process;
-  const std::string program = FileDirWrapper::ProgramPath();
-  EXPECT_TRUE(process.Create(program, "child", "A title; 'of' %TEMP%", false,
-                             PTWrapperProcess::kNewConsole, "", showWindow));
-  _putenv_s(kReportFile, "");
+  EXPECT_TRUE(process.Create(start));
   EXPECT_TRUE(process.WaitProc());
   EXPECT_EQ(process.ExitCode(), 0);
   CloseHandle(event);

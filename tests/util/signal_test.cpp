@@ -54,15 +54,6 @@ TEST_P(Signal, LivesAsLongAsSomebodyHoldsIt) {
   }
 }
 
-TEST_P(Signal, KindsShareTheirNames) {
-  PTWrapperSignal holder, other;
-  EXPECT_EQ(holder.CreateMutexSignal(name, false), 1);
-  EXPECT_EQ(other.CreateEventSignal(name), 0);
-  EXPECT_EQ(other.LastError(), "Create EVENT " + name + " failed");
-  EXPECT_FALSE(other.OpenSemaphoreSignal(name));
-  EXPECT_EQ(other.CreateMutexSignal(name, false), 2);
-}
-
 TEST_P(Signal, DeadOwnerLeavesAnAbandonedMutex) {
   const TempFolder folder;
   PTWrapperSignal mutex, other;
@@ -144,46 +135,6 @@ TEST_P(Signal, MutexExcludesThreads) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(counter, 2000);
-}
-
-TEST(SignalWaits, SeveralThreadsOnOneObject) {
-  PTWrapperSignal event;
-  ASSERT_EQ(event.CreateEventSignal(NewName()), 1);
-  std::atomic<int> passed{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      if (event.WaitForEventSignal(30000) == 0) ++passed;
-    });
-  }
-  for (int set = 1; set <= 4; ++set) {
-    EXPECT_TRUE(event.SetEventSignal());
-    EXPECT_TRUE(WaitUntil([&] { return passed == set; })) << set;
-  }
-  for (std::thread& thread : threads) thread.join();
-}
-
-TEST(SignalWaits, KeepTheirTime) {
-  PTWrapperSignal event;
-  EXPECT_EQ(event.WaitForEventSignal(-1), 3) << "there is none";
-  event.CreateEventSignal(NewName());
-  const Clock::time_point begin = Clock::now();
-  EXPECT_EQ(event.WaitForEventSignal(150), 1);
-  EXPECT_GE(Clock::now() - begin, milliseconds(140));
-  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(10));
-}
-
-TEST(SignalSemaphore, Counts) {
-  const std::string name = NewName();
-  PTWrapperSignal maker, taker;
-  EXPECT_EQ(maker.CreateSemaphoreSignal(name, 3, 2), 0);
-  EXPECT_EQ(maker.CreateSemaphoreSignal(name, 1, 3), 1);
-  EXPECT_TRUE(taker.OpenSemaphoreSignal(name));
-  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 0);
-  EXPECT_EQ(taker.WaitForSemaphoreSignal(0), 1);
-  EXPECT_TRUE(maker.ReleaseSemaphoreSignal(2));
-  EXPECT_EQ(taker.WaitForSemaphoreSignal(-1), 0);
-  EXPECT_FALSE(taker.ReleaseSemaphoreSignal(4)) << "more than the maximum";
 }
 
 }  // namespace

@@ -109,28 +109,4 @@ TEST(SignalPosix, HostileFilesAreRefusedWithoutDelay) {
   EXPECT_LT(Clock::now() - begin, std::chrono::seconds(5));
 }
 
-// Removing and making the same name over and over from both sides never gives two objects.
-TEST(SignalPosix, OneObjectWhileHoldersComeAndGo) {
-  const TempFolder folder;
-  const std::string name = NewName("");
-  PTWrapperSignal keeper;
-  PTWrapperProcess child;
-  for (int round = 0; round < 20; ++round) {
-    const std::string file = folder / std::to_string(round);
-    EXPECT_EQ(keeper.CreateEventSignal(name), 1);
-    ASSERT_TRUE(StartTestChild(child, "take " + name + " " + file));
-    ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(file); }));
-    if (round % 2) {
-      EXPECT_TRUE(keeper.CloseEventSignal());
-      EXPECT_EQ(keeper.CreateEventSignal(name), 2);
-    }
-    EXPECT_TRUE(keeper.SetEventSignal());
-    EXPECT_TRUE(child.WaitProc());
-    EXPECT_EQ(child.ExitCode(), 0);
-    EXPECT_TRUE(child.Terminate());
-    EXPECT_TRUE(keeper.CloseEventSignal());
-  }
-  EXPECT_FALSE(FileDirWrapper::FileExists(SharedFile::PathOf(name)));
-}
-
 }  // namespace

@@ -7,6 +7,7 @@
 //   queue_user SEED
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -111,14 +112,20 @@ class User {
   std::shared_ptr<JobGroup> Real(std::size_t group) {
     return manager_.GroupAt(static_cast<int>(group));
   }
-  // False when the group has no job.
-  bool Pick(std::size_t& group, std::size_t& place, JobId& id) {
-    group = AnyGroup();
-    const std::size_t jobs = model_.groups[group].jobs.size();
-    if (jobs == 0) return false;
-    place = Number(static_cast<unsigned>(jobs));
-    id = Real(group)->JobIds().at(place);
-    return true;
+  // A job in the model and in the queue. Nothing when the group has none.
+  struct Picked {
+    std::vector<Job>& jobs;
+    std::size_t place;
+    std::shared_ptr<JobGroup> real;
+    JobId id;
+  };
+  std::optional<Picked> Pick() {
+    const std::size_t group = AnyGroup();
+    auto& jobs = model_.groups[group].jobs;
+    if (jobs.empty()) return {};
+    const std::size_t place = Number(static_cast<unsigned>(jobs.size()));
+    const auto real = Real(group);
+    return Picked{jobs, place, real, real->JobIds().at(place)};
   }
 
   bool Add() {
@@ -140,43 +147,41 @@ class User {
   }
 
   bool Remove() {
-    std::size_t group = 0, place = 0;
-    JobId id{};
-    if (!Pick(group, place, id)) return true;
-    auto& jobs = model_.groups[group].jobs;
+    const auto picked = Pick();
+    if (!picked) return true;
+    const auto& [jobs, place, real, id] = *picked;
     jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(place));
     Say();
-    Real(group)->RemoveJob(id);
+    real->RemoveJob(id);
     return IsSo();
   }
 
   bool Move() {
-    std::size_t group = 0, place = 0;
-    JobId id{};
-    if (!Pick(group, place, id)) return true;
-    auto& jobs = model_.groups[group].jobs;
+    const auto picked = Pick();
+    if (!picked) return true;
+    const auto& [jobs, place, real, id] = *picked;
     const bool up = Number(2) == 0;
     const bool can = jobs[place].status == 'Q' &&
                      (up ? place > 0 && jobs[place - 1].status == 'Q' : place + 1 < jobs.size());
     if (can) std::swap(jobs[place], jobs[up ? place - 1 : place + 1]);
     Say();
-    Real(group)->MoveJob(id, up);
+    real->MoveJob(id, up);
     return IsSo();
   }
 
   bool Edit() {
-    std::size_t group = 0, place = 0;
-    JobId id{};
-    if (!Pick(group, place, id)) return true;
-    Job& job = model_.groups[group].jobs[place];
+    const auto picked = Pick();
+    if (!picked) return true;
+    const auto& [jobs, place, real, id] = *picked;
+    Job& job = jobs[place];
     const unsigned what = Number(3);
     if (what == 0) job.memory = Number(9000);
     if (what == 1) job.cpus = static_cast<int>(Number(64));
     if (what == 2) job.options = Word();
     Say();
-    if (what == 0) Real(group)->SetMemory(id, job.memory);
-    if (what == 1) Real(group)->SetCpuCount(id, job.cpus);
-    if (what == 2) Real(group)->SetExtraOptions(id, job.options);
+    if (what == 0) real->SetMemory(id, job.memory);
+    if (what == 1) real->SetCpuCount(id, job.cpus);
+    if (what == 2) real->SetExtraOptions(id, job.options);
     return IsSo();
   }
 
@@ -220,12 +225,11 @@ class User {
   }
 
   bool Resubmit() {
-    std::size_t group = 0, place = 0;
-    JobId id{};
-    if (!Pick(group, place, id)) return true;
-    model_.groups[group].jobs[place].status = 'Q';
+    const auto picked = Pick();
+    if (!picked) return true;
+    picked->jobs[picked->place].status = 'Q';
     Say();
-    Real(group)->Resubmit(id);
+    picked->real->Resubmit(picked->id);
     return IsSo();
   }
 
