@@ -2,8 +2,9 @@
 # Compiles the help pages of a language:
 #   compile_help.sh <folder of pages> <locale id> <code page> <work folder> <result.chm>
 # The project, its contents and its index come from the pages: 1.htm leads, the pages it links to
-# follow in its order; headings with an anchor stand below their page and in the index. Pages are
-# UTF-8, contents and index in the language's code page, as the system's viewer wants them.
+# follow in its order; headings with an anchor stand below their page and in the index. A page begins
+# with its heading, which becomes its title; what stands around it is added here. Pages are UTF-8,
+# contents and index in the language's code page, as the system's viewer wants them.
 # The same pages give the same bytes. Fails when the compiler warns or a page is in no contents.
 set -euo pipefail
 export LC_ALL=C
@@ -16,7 +17,23 @@ die() {
 
 rm -rf "$work"
 mkdir -p "$work"
-cp "$pages"/*.htm "$work"
+for page in "$pages"/*.htm; do
+  title=$(sed -n '1s|^<h1>\(.*\)</h1>.*|\1|p' "$page")
+  [ -n "$title" ] || die "$page does not begin with a line <h1>...</h1>"
+  {
+    cat <<HEAD
+<!DOCTYPE html PUBLIC "-//W3C//DTD HTML 4.01 Transitional//EN">
+<html>
+<head>
+<meta http-equiv="Content-Type" content="text/html; charset=utf-8">
+<title>$title</title>
+</head>
+<body>
+HEAD
+    cat "$page"
+    printf '</body>\n</html>\n'
+  } >"$work/${page##*/}"
+done
 cd "$work"
 
 # The pages in the order of the contents.
@@ -38,9 +55,6 @@ entries() {
   done
 }
 entries >entries
-for page in "${ordered[@]}"; do
-  grep -q "^1	$page	" entries || die "$pages/$page has no title in a line of its own"
-done
 
 sitemap() {
   awk -F '\t' -v nested="$1" '
