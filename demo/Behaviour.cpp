@@ -91,6 +91,10 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
     return true;
   }
   if (name == "ADAPTDUMP") return ReadNumber(words, 1, 0, kMostDumps, behaviour.adaptDumps);
+  if (name == "DUMPS") return ReadNumber(words, 1, 0, kMostDumps - 1, behaviour.dumps);
+  if (name == "RUNNING-DUMPS") {
+    return ReadNumber(words, 1, 0, kMostDumps, behaviour.runningDumps);
+  }
   if (name == "EXIT") {
     int code = 0;
     if (!ReadNumber(words, 1, 0, 255, code)) return false;

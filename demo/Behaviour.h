@@ -45,6 +45,8 @@ struct Behaviour {
   bool echo = false;
   bool crlf = false;
   int adaptDumps = 0;
+  int dumps = 0;         // restart dumps on the way
+  int runningDumps = 0;  // of them into one file
   std::optional<int> exitCode;
   std::optional<Version> version;
   std::vector<std::string> refused;  // commands that were not understood

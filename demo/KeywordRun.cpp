@@ -62,6 +62,8 @@ class KeywordRun {
   void MidRun();
   void Plot();
   void Dump();
+  void WriteDumpTo(const std::string& name);
+  void DumpNowAndThen();
   void HandOn();
   int End();
   void Error(int number, const std::string& text);
@@ -157,20 +159,22 @@ bool KeywordRun::ReadRestart() {
     Error(kErrorFile, "the restart file is a folder: " + options_.restart);
     return false;
   }
-  std::FILE* file = std::fopen(options_.restart.c_str(), "rb");
+  const std::string path = RankFile(options_.restart, rank_);
+  std::FILE* file = std::fopen(path.c_str(), "rb");
   if (file == nullptr) {
-    Error(kErrorFile, "the restart file cannot be read: " + options_.restart);
+    Error(kErrorFile, "the restart file cannot be read: " + path);
     return false;
   }
   std::fclose(file);
-  RestartState state{0, 1};
-  if (const auto dump = ReadDump(options_.restart)) {
+  RestartState state{0, 1, 0};
+  if (const auto dump = ReadDump(path)) {
     state = *dump;
   } else {
     message_.Line(" stand-in: the restart file is none of ours; the run begins at time 0");
   }
   startTime_ = state.time;
   endTime_ = state.endTime;
+  dumps_ = state.dumps;
   if (options_.deck.empty()) WriteWarnings();
   return true;
 }
@@ -279,6 +283,7 @@ Ending KeywordRun::Step() {
     message_.Progress(cycle_, time_, timeStep_, "flush i/o buffers");
   }
   TellState();
+  DumpNowAndThen();
   if (ending_ != Ending::kNone) return ending_;
   return last ? Ending::kTime : Ending::kNone;
 }
@@ -362,12 +367,24 @@ void KeywordRun::Plot() {
 }
 
 void KeywordRun::Dump() {
-  if (!WritesResults() || options_.noDump) return;
-  message_.Progress(std::max(cycle_, 1), time_, timeStep_,
-                    Format("write d3dump%02d file", ++dumps_));
-  if (!WriteDump(dumps_, {time_, endTime_})) {
+  if (!options_.noDump) WriteDumpTo(Format("d3dump%02d", ++dumps_));
+}
+
+void KeywordRun::WriteDumpTo(const std::string& name) {
+  message_.Progress(std::max(cycle_, 1), time_, timeStep_, "write " + name + " file");
+  if (!WriteDump(RankFile(name, rank_), {time_, endTime_, dumps_})) {
     Error(kErrorFile, "the restart dump cannot be written");
   }
+}
+
+// As evenly as the lines of progress allow.
+void KeywordRun::DumpNowAndThen() {
+  const auto isTimeFor = [this](int dumps) {
+    return line_ * dumps / lines_ != (line_ - 1) * dumps / lines_;
+  };
+  if (line_ == lines_) return;
+  if (isTimeFor(behaviour_.dumps + 1)) Dump();
+  if (isTimeFor(behaviour_.runningDumps + 1) && !options_.noDump) WriteDumpTo("runrsf");
 }
 
 void KeywordRun::HandOn() {

@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <set>
+#include <sstream>
 
 #include "System.h"
 #include "Text.h"
@@ -11,6 +13,7 @@
 namespace {
 
 constexpr char kDumpHead[] = "stand-in restart dump";
+constexpr std::size_t kDumpBytes = 2048;
 constexpr char kSenseSwitchFile[] = "d3kil";
 
 std::string Arguments(const Options& options) {
@@ -63,23 +66,33 @@ bool WriteEcho(const Options& options) {
                                                "\n");
 }
 
-bool WriteDump(int number, const RestartState& state) {
-  return WriteTextFile(Format("d3dump%02d", number),
-                       Format("%s\n%.17g %.17g\n", kDumpHead, state.time, state.endTime));
+std::string RankFile(const std::string& dump, const Rank& rank) {
+  return rank.parallel ? Format("%s.%04d", dump.c_str(), rank.number) : dump;
+}
+
+bool WriteDump(const std::string& path, const RestartState& state) {
+  std::string text =
+      Format("%s\n%.17g %.17g %d\n", kDumpHead, state.time, state.endTime, state.dumps);
+  text.resize(kDumpBytes, ' ');
+  return WriteTextFile(path, text);
 }
 
 std::optional<RestartState> ReadDump(const std::string& path) {
+  if (IsFolder(path)) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::istringstream lines(text);
   std::string head;
   std::string numbers;
-  if (IsFolder(path) || !std::getline(file, head) || head != kDumpHead) return std::nullopt;
-  std::getline(file, numbers);
+  if (text.size() != kDumpBytes || !std::getline(lines, head) || head != kDumpHead) return {};
+  std::getline(lines, numbers);
   const std::vector<std::string> words = Words(numbers);
-  if (words.size() != 2) return std::nullopt;
+  if (words.size() != 3) return std::nullopt;
   const auto time = ToReal(words[0]);
   const auto endTime = ToReal(words[1]);
-  if (!time || !endTime) return std::nullopt;
-  return RestartState{*time, *endTime};
+  const auto dumps = ToInteger(words[2]);
+  if (!time || !endTime || !dumps) return std::nullopt;
+  return RestartState{*time, *endTime, static_cast<int>(*dumps)};
 }
 
 bool WriteFormedResult(const Deck& deck) {

@@ -6,12 +6,14 @@
 #include <string>
 
 #include "Deck.h"
+#include "Launcher.h"
 #include "Options.h"
 
 // Where a run stood when it wrote a restart dump.
 struct RestartState {
   double time = 0;
   double endTime = 0;
+  int dumps = 0;  // that have been written so far, this one included
 };
 
 // The value, or "(not set)".
@@ -28,9 +30,10 @@ bool WriteListing(const Options& options, const Deck& deck);
 // "standin_echo.txt": one argument a line, then "cwd=" and "LSTC_MEMORY=".
 bool WriteEcho(const Options& options);
 
-// "d3dump01" and on. The number counts from 1.
-bool WriteDump(int number, const RestartState& state);
-// Nothing when the file is not a dump of ours.
+// The rank's own file of a dump, "d3dump01.0002"; the name itself when nothing is parallel.
+std::string RankFile(const std::string& dump, const Rank& rank);
+bool WriteDump(const std::string& path, const RestartState& state);
+// Nothing when the file is not a dump of ours, or not a whole one.
 std::optional<RestartState> ReadDump(const std::string& path);
 
 // "dynain": the nodes and shells of the parts that the deck wants handed on, as they were.

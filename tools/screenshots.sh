@@ -140,6 +140,24 @@ fill_queue() {
   sleep 1.5
 }
 
+# A program that dies while a job runs, and the next one, which offers what it left.
+shoot_left_bar() {
+  kill -9 "$program"
+  wait "$program" 2>/dev/null || true
+  "$bin/kestrun" &
+  program=$!
+  sleep 1  # the old window is gone
+  main=$(window_of Kestrun)
+  shoot left-bar "$main"
+  kill -9 "$program"
+  wait "$program" 2>/dev/null || true
+  "$bin/kestrun" --restore &  # the solver that runs is to be stopped
+  program=$!
+  sleep 1
+  main=$(window_of Kestrun)
+  xdotool windowactivate --sync "$main"
+}
+
 # Group's name, then those of three jobs.
 pictures() {
   jobs=$scratch/jobs$suffix
@@ -192,7 +210,7 @@ pictures() {
   shoot main-window "$main"
   xdotool windowsize --sync "$main" 720 420
   shoot main-window-narrow "$main"
-  xdotool windowsize --sync "$main" 1000 620  # the menus fit into it
+  xdotool windowmove --sync "$main" 120 24 windowsize --sync "$main" 1000 740  # the menus fit into it
   sleep 0.4
   xdotool mousemove --window "$main" "$submit_x" "$tool_y"
   sleep 1
@@ -203,7 +221,7 @@ pictures() {
   click 3 40 "$tab_y"
   shoot group-menu "$main"
   key Escape
-  xdotool windowsize --sync "$main" 1000 448
+  shoot_left_bar
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"
   key Tab  # "No" comes first while a job runs

@@ -4,6 +4,7 @@
 
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
+#include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -173,7 +174,7 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   if (dyna != nullptr && !ReadDeck(*dyna, request, settings, burst)) return nullptr;
   if (GivenUp(burst)) return nullptr;
   if (request.memory != 0) job->memory = request.memory;
-  job->restartFile = FileDirWrapper::AbsolutePath(request.restartFile);
+  job->restartFile = WithoutRank(FileDirWrapper::AbsolutePath(request.restartFile));
   job->pause = request.pause;
   job->ncpu = request.ncpu;
   if (dyna != nullptr && !AddStages(*dyna, request, settings, burst)) return nullptr;

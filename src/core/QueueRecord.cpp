@@ -159,6 +159,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
     job->status = image.run->verdict;
     job->ended = image.run->ended;
     job->SetMessageFile(image.run->messageFile);
+    job->SetRestartDump(image.run->restartDump);
     job->SetRunError(image.run->errorCode, image.run->reason);
   }
   return job;

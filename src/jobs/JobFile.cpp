@@ -62,11 +62,22 @@ void JobFile::SetRunError(int code, const Message& message) {
   runMessage_ = message;
 }
 
+std::string JobFile::RestartDump() const {
+  const MutexLock lock(mutex_);
+  return restartDump_;
+}
+
+void JobFile::SetRestartDump(const std::string& path) {
+  const MutexLock lock(mutex_);
+  restartDump_ = path;
+}
+
 void JobFile::ResetForRun() {
   status = JobStatus::kQueued;
   started = ended = 0;
   abort = false;
   SetMessageFile({});
+  SetRestartDump({});
   SetRunError(0, {});
   const std::size_t first = firstStage > 0 ? static_cast<std::size_t>(firstStage) : 0;
   for (std::size_t i = 0; i < stages.size(); ++i) {

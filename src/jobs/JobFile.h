@@ -105,6 +105,8 @@ class JobFile : public JobFields {
   // The files that tell how a run ended, as they lay in the folder when the solver started: only
   // what it wrote counts.
   FolderSnapshot folderBefore;
+  // FileDirWrapper::WriteTime of the newest restart dump that lay there then; 0: there was none.
+  std::int64_t dumpsBefore = 0;
 
   // The job file, or the restart file when there is no job file: what the job is called after.
   const std::string& MainFile() const { return jobFile.empty() ? restartFile : jobFile; }
@@ -124,6 +126,11 @@ class JobFile : public JobFields {
   Message RunMessage() const;
   void SetRunError(int code, const Message& message);
 
+  // The restart dump that the last run left to go on from (solvers/RestartDump.h); empty: none. Any
+  // thread.
+  std::string RestartDump() const;
+  void SetRestartDump(const std::string& path);
+
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.
   void ResetForRun();
@@ -131,6 +138,7 @@ class JobFile : public JobFields {
  private:
   mutable Mutex mutex_;
   std::string messageFile_ KR_GUARDED_BY(mutex_);
+  std::string restartDump_ KR_GUARDED_BY(mutex_);
   int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
   Message runMessage_ KR_GUARDED_BY(mutex_);
 };

@@ -179,12 +179,14 @@ void ForEachField(Fields& run, Visit visit) {
   visit("mark", run.process.mark);
   visit("token", run.token);
   visit("before", run.filesBefore);
+  visit("dumpsBefore", run.dumpsBefore);
   visit("ended", run.ended);
   visit("exit", run.exitCode);
   visit("verdict", run.verdict);
   visit("code", run.errorCode);
   visit("reason", run.reason);
   visit("message", run.messageFile);
+  visit("dump", run.restartDump);
   visit("errors", run.errors);
   visit("warnings", run.warnings);
   visit("nodes", run.nodes);

@@ -7,11 +7,12 @@ void JobImage::Set(const JobProgress& progress) {
   messageFile = progress.messageFile;
   errorCode = progress.errorCode;
   reason = progress.reason;
+  restartDump = progress.restartDump;
 }
 
 JobProgress ProgressOf(const JobFile& job) {
-  return {job.status,        job.started,        job.ended,
-          job.MessageFile(), job.RunErrorCode(), job.RunMessage()};
+  return {job.status,         job.started,      job.ended,        job.MessageFile(),
+          job.RunErrorCode(), job.RunMessage(), job.RestartDump()};
 }
 
 JobImage ImageOf(const JobFile& job) {
@@ -23,6 +24,7 @@ JobImage ImageOf(const JobFile& job) {
   image.messageFile = job.MessageFile();
   image.errorCode = job.RunErrorCode();
   image.reason = job.RunMessage();
+  image.restartDump = job.RestartDump();
   for (const std::shared_ptr<JobFile>& stage : job.stages) image.stages.push_back(ImageOf(*stage));
   return image;
 }
@@ -34,6 +36,7 @@ void Fill(JobFile& job, const JobImage& image,
   if (dyna != nullptr && image.dyna) static_cast<DynaFields&>(*dyna) = *image.dyna;
   job.SetMessageFile(image.messageFile);
   job.SetRunError(image.errorCode, image.reason);
+  job.SetRestartDump(image.restartDump);
   for (const JobImage& one : image.stages) {
     const std::shared_ptr<JobFile> stage = make(one.kind);
     Fill(*stage, one, make);

@@ -18,6 +18,7 @@ struct JobProgress {
   std::string messageFile;
   int errorCode = 0;
   Message reason;
+  std::string restartDump;
 
   bool operator==(const JobProgress&) const = default;
 };
@@ -30,6 +31,7 @@ struct JobImage {
   std::string messageFile;
   int errorCode = 0;
   Message reason;
+  std::string restartDump;
   std::optional<RunRecord> run;  // the one that is under way, or was when the program died
   std::vector<JobImage> stages;
 

@@ -13,6 +13,7 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (!job.messageFile.empty()) json["message"] = Of(job.messageFile);
   if (job.errorCode != 0) json["code"] = job.errorCode;
   if (!job.reason.Empty()) json["reason"] = Of(job.reason);
+  if (!job.restartDump.empty()) json["dump"] = Of(job.restartDump);
 }
 
 Json JobJson(const JobImage& job) {
@@ -33,14 +34,19 @@ void TakeKey(const Value& json, const char* key, T& value) {
   if (const Value* const found = json.Find(key)) Take(*found, value);
 }
 
-bool TakeJob(const Value& json, JobImage& job, bool isStage) {
-  const Value* const id = json.Find("id");
-  if (id == nullptr || !Take(*id, job.id)) return false;
-  TakeKey(json, "kind", job.kind);
+void TakeProgress(const Value& json, JobImage& job) {
   Read(json, job.fields);
   TakeKey(json, "message", job.messageFile);
   TakeKey(json, "code", job.errorCode);
   TakeKey(json, "reason", job.reason);
+  TakeKey(json, "dump", job.restartDump);
+}
+
+bool TakeJob(const Value& json, JobImage& job, bool isStage) {
+  const Value* const id = json.Find("id");
+  if (id == nullptr || !Take(*id, job.id)) return false;
+  TakeKey(json, "kind", job.kind);
+  TakeProgress(json, job);
   if (const Value* const dyna = json.Find("dyna")) Read(*dyna, job.dyna.emplace());
   TakeKey(json, "run", job.run);
   const Value* const stages = json.Find("stages");
@@ -136,12 +142,9 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
            return {};
          c.stage = static_cast<JobId>(stage);
          JobImage job;
-         Read(json.items[3], job.fields);
-         TakeKey(json.items[3], "message", job.messageFile);
-         TakeKey(json.items[3], "code", job.errorCode);
-         TakeKey(json.items[3], "reason", job.reason);
-         c.progress = {job.fields.status, job.fields.started, job.fields.ended,
-                       job.messageFile,   job.errorCode,      job.reason};
+         TakeProgress(json.items[3], job);
+         c.progress = {job.fields.status, job.fields.started, job.fields.ended, job.messageFile,
+                       job.errorCode,     job.reason,         job.restartDump};
          return c;
        }},
       {"run",

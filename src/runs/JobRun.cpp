@@ -11,6 +11,7 @@
 #include "runs/RunRecording.h"
 #include "runs/SolverVersion.h"
 #include "solvers/AbortableWait.h"
+#include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -218,6 +219,8 @@ class JobRun {
       FileDirWrapper::ListDir(stage.Folder(), files, folders, false);
       stage.folderBefore.Take(files);
     }
+    stage.dumpsBefore =
+        record_->dumpsBefore ? *record_->dumpsBefore : NewestDumpTime(stage.Folder());
     earlier_->runs = stage.process.Open(record_->process, record_->token);
     if (!earlier_->runs) return;
     Note(Message(MessageId::kJobTakenOver, stage.jobFile, stage.process.ChildId()));
@@ -240,6 +243,7 @@ class JobRun {
     const std::optional<int> exitCode = KnownExitCode(stage.process);
     if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
     EndSolver(stage, status);
+    if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
     if (status == JobStatus::kAborted && !stage.abort) use_.LeaveToRest();
     if (record_) {
       RecordEnd(*record_, stage, status, exitCode);
@@ -265,6 +269,7 @@ class JobRun {
 
   void TakeResultOf(const JobFile& stage) {
     job_.SetMessageFile(stage.MessageFile());
+    job_.SetRestartDump(stage.RestartDump());
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
   }
 
@@ -312,6 +317,7 @@ std::vector<std::string> RunFolders(const JobFile& job) {
 JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   job.SetRunError(0, {});
   job.SetMessageFile({});
+  job.SetRestartDump({});
   WaitUnlessAborted(setup.pause, job.abort);
   FolderUse use(job.jobFile);
   if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;

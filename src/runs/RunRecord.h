@@ -34,6 +34,7 @@ struct RunRecord {
   ProcessIdentity process;   // its mark is ASCII
   std::string token;         // PTWrapperProcess::Token(); ASCII
   std::string filesBefore;   // FolderSnapshot::Text() of what lay in the folder; ASCII
+  std::optional<std::int64_t> dumpsBefore;  // JobFile::dumpsBefore
 
   // Known at its end. A run that has not ended is Running.
   std::int64_t ended = 0;       // seconds since 1970
@@ -42,6 +43,7 @@ struct RunRecord {
   int errorCode = 0;        // JobFile::RunErrorCode
   Message reason;           // JobFile::RunMessage; may be said of a Finished run too
   std::string messageFile;  // where it is kept; empty: none
+  std::string restartDump;  // to go on from; empty: none
   // Of the message file and the results, where somebody has counted them.
   std::optional<std::int64_t> errors;
   std::optional<std::int64_t> warnings;

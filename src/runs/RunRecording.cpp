@@ -37,6 +37,7 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
   record.process = IdentityOfProcess(stage.process.ChildId());
   record.token = stage.process.Token();
   record.filesBefore = stage.folderBefore.Text();
+  record.dumpsBefore = stage.dumpsBefore;
   return record;
 }
 
@@ -54,6 +55,7 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.errorCode = stage.RunErrorCode();
   record.reason = stage.RunMessage();
   record.messageFile = stage.MessageFile();
+  record.restartDump = stage.RestartDump();
   if (record.messageFile.empty() || dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
   AnalysisHooks hooks;
   hooks.progress = [&stage](std::uint64_t, std::uint64_t) { return !stage.abort; };

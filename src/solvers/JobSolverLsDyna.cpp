@@ -3,6 +3,7 @@
 #include "jobs/JobArguments.h"
 #include "solvers/DeckPreparation.h"
 #include "solvers/MessageFiles.h"
+#include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
 #include "solvers/Verdict.h"
 #include "util/files/FileDirWrapper.h"
@@ -55,6 +56,7 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   start.commandLine = QuotedPath(mpp ? MpiLauncher(job.run->settings) : solver) + ' ' + arguments;
   start.title = "ORLA-KR/LS-DYNA";
   start.variables = {{"LSTC_MEMORY", MemoryMode(*dyna)}};
+  job.dumpsBefore = NewestDumpTime(job.Folder());
   return StartProcess(job, start, MessageAndKeptFiles(job));
 }
 

@@ -1,6 +1,7 @@
 #include "solvers/RunSteps.h"
 
 #include "jobs/JobArguments.h"
+#include "solvers/RestartDump.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -46,7 +47,7 @@ bool CheckJobFile(JobFile& job) {
 bool CheckRestartAndJobFile(JobFile& job) {
   if (job.restartFile.empty()) return CheckJobFile(job);
   if (!CheckLength(job, job.restartFile)) return false;
-  if (!FileDirWrapper::FileExists(job.restartFile)) {
+  if (!RestartFileExists(job.restartFile)) {
     return Fail(job, RunError::kJobFileMissing,
                 Message(MessageId::kRestartFileMissing, job.restartFile));
   }

@@ -81,6 +81,8 @@ class RandomQueue {
     run.reason = Reason();
     if (Number(0, 1) == 1) run.exitCode = -3;
     if (Number(0, 1) == 1) run.nodes = 0;
+    if (Number(0, 1) == 1) run.dumpsBefore = 0;
+    run.restartDump = Text();
     run.verdict = static_cast<JobStatus>(Number(0, 4));
     return run;
   }
@@ -118,7 +120,8 @@ class RandomQueue {
             0,
             Text(),
             static_cast<int>(Number(0, 6)),
-            Reason()};
+            Reason(),
+            Text()};
   }
 
   void Set(JobImage& job) {

@@ -55,6 +55,26 @@ TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   EXPECT_TRUE(endless->process.Terminate());
 }
 
+TEST_F(DistributedTest, ADistributedRunGoesOnFromTheDumpsOfAllItsRanks) {
+  if (!Exists(kLauncher)) GTEST_SKIP() << "MPICH's launcher is not installed";
+  SetLauncher(std::string("exec ") + kLauncher + " \"$@\"\n");
+  context_.settings.mpi_param = "-n 2";
+  const auto job = DynaJobWith("$ standin: dumps 4\n$ standin: run 5\n");
+  std::thread stopper([&] {
+    EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "d3dump02.0000"); }));
+    folder_.Write("d3dump03.0000", std::string(4096, ' '));  // the other rank did not come to it
+    job->abort = true;
+  });
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
+  stopper.join();
+  EXPECT_EQ(job->RestartDump(), folder_ / "d3dump02");
+
+  const auto restart = DynaJob("");
+  restart->restartFile = job->RestartDump();
+  EXPECT_EQ(RunJob(*restart, setup_), JobStatus::kFinished) << restart->RunMessage().English();
+  EXPECT_NE(TempFolder::Read(folder_ / "mes0000.krb").find("1 t 4.0000E-01"), std::string::npos);
+}
+
 // The living processes with this word on their command lines.
 int CountRanks(const std::string& word) {
   const std::optional<std::vector<ProcessEntry>> all = ListProcesses();

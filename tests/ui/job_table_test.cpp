@@ -50,6 +50,37 @@ class JobTableTest : public WindowTest {
   }
 };
 
+TEST_F(JobTableTest, AJobThatLeftARestartDumpGoesOnFromItWithOneClick) {
+  auto job = MakeJob<JobFileDyna>("/w/plate.k", JobStatus::kAborted);
+  job->solverType = SolverKind::kLsDynaDouble;
+  job->memory = 700;
+  job->SetRestartDump("/w/d3dump03");
+  Add(job);
+  auto stages = MakeJob<JobFileDyna>("/f/pan.k", JobStatus::kAborted);
+  for (const char* name : {"/f/0/s.k", "/f/1/s.k", "/f/2/s.k"}) {
+    stages->stages.push_back(MakeJob<JobFileDyna>(name, JobStatus::kFinished));
+  }
+  stages->stages[1]->SetRestartDump("/f/1/d3dump01");
+  stages->SetRestartDump("/f/1/d3dump01");
+  Add(stages);
+  EXPECT_NE(TipOf(0, "Status").find("d3dump03"), std::string::npos);
+  PressCell(Table(), 0, "Status");
+  PressCell(Table(), 0, "Status");  // it is there already
+  EXPECT_TRUE(LineSays(texts_.Format("ui_goes_on_already", "d3dump03")));
+  PressCell(Table(), 1, "Status");
+  const Lines rows = Rows();
+  ASSERT_EQ(rows.size(), 4U);
+  EXPECT_EQ(rows[2], "R=d3dump03|/w|LS-DYNA (D)|No|700|Queued|(View...)|(View...)|No|");
+  EXPECT_TRUE(rows[3].starts_with("pan.k (R=d3dump01)|/f|")) << rows[3];
+  Group()->ReadJob(Table().JobAt(3), [](const JobFile& restart) {
+    EXPECT_EQ(restart.firstStage, 1);
+    EXPECT_EQ(restart.stages[0]->status, JobStatus::kFinished);
+    EXPECT_EQ(restart.stages[1]->status, JobStatus::kQueued);
+    EXPECT_EQ(restart.stages[1]->Folder(), "/f/1");
+    EXPECT_EQ(restart.stages[2]->jobFile, "/f/2/s.k");
+  });
+}
+
 TEST_F(JobTableTest, SaysWhatEachJobIs) {
   EXPECT_EQ(Drawing(*window_).In(Table()).back().text, Say("ui_empty_hint"));
   AddOneOfEach();

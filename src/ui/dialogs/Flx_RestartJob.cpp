@@ -4,13 +4,13 @@
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Input.H>
 
+#include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/DialogTools.h"
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
-#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -91,7 +91,7 @@ void Flx_RestartJob::ShowInputUse() {
 
 void Flx_RestartJob::MarkMissing(Fl_Input& input) {
   const std::string path = PathIn(input);
-  const bool missing = !path.empty() && !FileDirWrapper::FileExists(path);
+  const bool missing = !path.empty() && !RestartFileExists(path);
   input.textcolor(missing ? Theme::kError : Theme::kText);
   SetTip(input, missing ? Shown("missing") : std::string());
   input.redraw();

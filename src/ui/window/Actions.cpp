@@ -32,6 +32,7 @@ const ActionInfo kActions[] = {
     {Action::kAbout, "about", "tip_about", nullptr, 0},
     {Action::kViewMessage, nullptr, nullptr, "ui_menu_message", FL_CTRL | 'm'},
     {Action::kStages, nullptr, nullptr, "ui_menu_stages", FL_CTRL | 'e'},
+    {Action::kGoOn, nullptr, nullptr, "ui_menu_go_on", FL_CTRL | 'g'},
     {Action::kStop, nullptr, nullptr, "ui_menu_stop", FL_CTRL | '.'},
     {Action::kRefresh, nullptr, nullptr, "ui_menu_refresh", FL_F + 5},
     {Action::kMppSettings, nullptr, nullptr, nullptr, 0},

@@ -30,6 +30,7 @@ enum class Action {
   kAbout,
   kViewMessage,
   kStages,
+  kGoOn,
   kStop,
   kRefresh,
   kMppSettings,

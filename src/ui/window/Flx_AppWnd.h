@@ -133,6 +133,7 @@ class Flx_AppWnd : public Fl_Double_Window {
 
   // Flx_AppWnd_Dialogs.cpp
   void AddRestart();
+  void GoOn();
   void RunPost();
   void OpenMppSettings();
   void Configure();
@@ -144,6 +145,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void PopUp(const std::vector<Action>& actions, int x, int y);  // kExit separates
   bool SolverEnabledFor(Action action) const;                    // true for actions of no solver
   bool CanPerform(Action action) const;
+  std::string MenuText(Action action) const;
+  std::string DumpOfCurrentJob() const;  // the file's name in UTF-8; empty: it has left none
   void CellPressed(int row, int column);
 
   Application& application_;

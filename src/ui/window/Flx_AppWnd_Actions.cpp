@@ -78,6 +78,8 @@ void Flx_AppWnd::Perform(Action action) {
       return ViewSummary();
     case Action::kStages:
       return OpenStages();
+    case Action::kGoOn:
+      return GoOn();
     case Action::kStop:
       return StopRunning();
     case Action::kRefresh:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/RestartJob.h"
 #include "solvers/PostResult.h"
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
@@ -24,6 +25,24 @@ void Flx_AppWnd::AddRestart() {
   if (request.restartFile.empty()) return;
   request.groupId = group->Id();
   application_.Intake().Add(request);
+}
+
+void Flx_AppWnd::GoOn() {
+  const auto group = Group();
+  std::string dump;
+  if (!ReadCurrentJob([&](const JobFile& job) { dump = job.RestartDump(); })) return;
+  std::string name;
+  FileDirWrapper::FileNameOf(dump, name, true);
+  JobId queued = FindRestartFrom(*group, dump);
+  const bool isThere = queued != JobId::kNone;
+  if (!isThere) {
+    const auto job = MakeRestartOf(*group, CurrentJob(), application_.SettingsAndFiles().Get());
+    if (!job || !group->AddJob(job)) return;
+    queued = job->id;
+    Refresh();
+  }
+  Table()->SelectJob(queued);
+  Say(texts_.Format(isThere ? "ui_goes_on_already" : "ui_goes_on", ToUi(name)));
 }
 
 void Flx_AppWnd::RunPost() {

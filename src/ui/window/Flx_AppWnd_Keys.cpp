@@ -3,9 +3,13 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Menu_Item.H>
 
+#include <list>
+
 #include "ui/fltk/Theme.h"
+#include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -54,6 +58,8 @@ bool Flx_AppWnd::CanPerform(Action action) const {
   switch (action) {
     case Action::kDeleteAll:
       return Group() && Group()->JobCount() > 0;
+    case Action::kGoOn:
+      return !DumpOfCurrentJob().empty();
     case Action::kDeleteGroup:
       return application_.Manager().GroupCount() > 1;
     default:
@@ -61,9 +67,26 @@ bool Flx_AppWnd::CanPerform(Action action) const {
   }
 }
 
+std::string Flx_AppWnd::DumpOfCurrentJob() const {
+  std::string name;
+  const auto group = Group();
+  if (!group) return name;
+  group->ReadJob(CurrentJob(), [&](const JobFile& job) {
+    if (HasEnded(job.status)) FileDirWrapper::FileNameOf(job.RestartDump(), name, true);
+  });
+  return ToUi(name);
+}
+
+std::string Flx_AppWnd::MenuText(Action action) const {
+  const std::string dump = action == Action::kGoOn ? DumpOfCurrentJob() : std::string();
+  return dump.empty() ? texts_.Get(InfoOf(action).menuKey)
+                      : texts_.Format("ui_menu_go_on_from", dump);
+}
+
 void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
   std::vector<Fl_Menu_Item> items;
   std::vector<Action> meanings;
+  std::list<std::string> words;
   for (const Action action : actions) {
     if (action == kSeparator) {
       if (!items.empty()) items.back().flags |= FL_MENU_DIVIDER;
@@ -71,7 +94,7 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
     }
     const ActionInfo& info = InfoOf(action);
     Fl_Menu_Item item = {};
-    item.text = texts_.Get(info.menuKey).c_str();
+    item.text = words.emplace_back(MenuText(action)).c_str();
     item.shortcut_ = info.shortcut;
     item.flags = CanPerform(action) ? 0 : FL_MENU_INACTIVE;
     item.labeltype_ = Theme::kMenuLabel;
@@ -86,11 +109,12 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob() != JobId::kNone) {
-    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,  Action::kStages,
-           kSeparator,           Action::kSubmit,      Action::kResubmit, Action::kStop,
-           kSeparator,           Action::kMoveUp,      Action::kMoveDown, kSeparator,
-           Action::kDeleteJob,   Action::kDeleteAll,   kSeparator,        Action::kAddDyna,
-           Action::kAddRestart,  Action::kAddVorel,    Action::kAddInc,   Action::kAddFolder},
+    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,   Action::kStages,
+           kSeparator,           Action::kSubmit,      Action::kResubmit,  Action::kGoOn,
+           Action::kStop,        kSeparator,           Action::kMoveUp,    Action::kMoveDown,
+           kSeparator,           Action::kDeleteJob,   Action::kDeleteAll, kSeparator,
+           Action::kAddDyna,     Action::kAddRestart,  Action::kAddVorel,  Action::kAddInc,
+           Action::kAddFolder},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
@@ -108,6 +132,7 @@ void Flx_AppWnd::OpenGroupMenu(int x, int y) {
 
 void Flx_AppWnd::CellPressed(int row, int column) {
   if (column == JobTable::kMessage) return Perform(Action::kViewMessage);
+  if (column == JobTable::kStatus) return Perform(Action::kGoOn);
   if (column == JobTable::kStages) return Perform(Action::kStages);
   if (column == JobTable::kSummary) return Perform(Action::kViewSummary);
   if (column != JobTable::kForce) return;

@@ -8,6 +8,7 @@
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
+#include "ui/fltk/Icons.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
@@ -17,6 +18,7 @@
 namespace {
 
 constexpr int kCheckSize = 13;
+constexpr int kGoOnSize = CellDrawing::kIconSize;
 
 bool CanViewMessage(JobStatus status) {
   return status == JobStatus::kRunning || HasEnded(status);
@@ -100,6 +102,7 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   row.status = job.status;
   if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
     row.reason = texts_.Say(job.RunMessage());
+  if (HasEnded(job.status)) row.dump = NameOf(job.RestartDump());
   row.multiStage = !job.stages.empty();
   row.dyna = dyna != nullptr;
   row.force = dyna && dyna->useSFile;
@@ -157,7 +160,9 @@ void JobTable::DrawCell(const Cell& cell) {
       }
       break;
     case kStatus:
-      DrawStatus(area, row.status, text);
+      DrawStatus({cell.x, cell.y, cell.w - (row.dump.empty() ? 0 : kGoOnSize), cell.h}, row.status,
+                 text);
+      if (!row.dump.empty()) DrawGoOn(cell);
       break;
     case kMessage:
       CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.status), cell.hovered);
@@ -171,6 +176,16 @@ void JobTable::DrawCell(const Cell& cell) {
     default:
       CellDrawing::Words(area, text);
   }
+}
+
+// At the end of the status: what a press does.
+void JobTable::DrawGoOn(const Cell& cell) {
+  const int x = cell.x + cell.w - CellDrawing::kPadding / 2 - kGoOnSize;
+  const int y = cell.y + (cell.h - kGoOnSize) / 2;
+  if (cell.hovered) {
+    Theme::DrawRounded(x - 2, y - 2, kGoOnSize + 4, kGoOnSize + 4, Theme::kSurface, Theme::kAccent);
+  }
+  if (Fl_RGB_Image* icon = Icon("state_go_on")) icon->draw(x, y);
 }
 
 void JobTable::DrawCheck(const Cell& cell, const Row& row) {
@@ -216,6 +231,8 @@ bool JobTable::IsButton(int row, int column) {
       return true;  // says why when there is nothing to view
     case kStages:
       return ReadRow(row).multiStage;
+    case kStatus:
+      return !ReadRow(row).dump.empty();
     case kForce:
       return ReadRow(row).dyna;
     default:
@@ -230,7 +247,7 @@ std::string JobTable::CellTip(int index, int column) {
     case kFolder:
       return row.path;
     case kStatus:
-      return row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
+      return StatusTip(row);
     case kForce:
       return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
     case kOther:
@@ -240,6 +257,12 @@ std::string JobTable::CellTip(int index, int column) {
   }
 }
 
+std::string JobTable::StatusTip(const Row& row) const {
+  std::string tip = row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
+  if (row.dump.empty()) return tip;
+  return tip + (tip.empty() ? "" : "\n") + texts_.Format("ui_tip_go_on", row.dump);
+}
+
 int JobTable::IconWidth(int column) const {
-  return column == kStatus ? CellDrawing::kIconSize : column == kForce ? kCheckSize : 0;
+  return column == kStatus ? 2 * CellDrawing::kIconSize : column == kForce ? kCheckSize : 0;
 }

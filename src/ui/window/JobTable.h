@@ -61,6 +61,7 @@ class JobTable : public Flx_Table {
   struct Row {
     std::string cells[kColumns];
     std::string path, reason;
+    std::string dump;  // the name of the one that the job can go on from
     JobStatus status = JobStatus::kQueued;
     bool multiStage = false;
     bool dyna = false;
@@ -68,7 +69,9 @@ class JobTable : public Flx_Table {
   };
   Row MakeRow(const JobFile& job) const;
   Row ReadRow(int row) const;
+  std::string StatusTip(const Row& row) const;
   int RowOf(JobId job) const;  // -1 when it has none
+  static void DrawGoOn(const Cell& cell);
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobList> list_;
