@@ -1,21 +1,21 @@
 // Runs in a terminal window: asks for the program to run over the socket named by the argument,
-// runs it in this terminal, and reports its start and its exit state. With "-" the socket is the
-// standard input, and there is no terminal.
+// runs it for this terminal, keeps what it prints, and reports its start and its exit state. With
+// "-" the socket is the standard input, and there is no terminal. The second argument is the token
+// by which all that belongs to the run is found.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "util/process/ChildStart_posix.h"
 #include "util/process/Console_posix.h"
+#include "util/process/ConsoleRelay_posix.h"
 
 namespace {
 
@@ -39,50 +39,45 @@ UniqueFd Connect(const char* address) {
   return link;
 }
 
-// A closing window tells only the first program of its terminal, which is this one.
-void PassOnHangUp(int) {
-  signal(SIGHUP, SIG_IGN);
-  kill(0, SIGHUP);
+// A terminal may be served by a process that was started for another run, or for none; who looks
+// for what belongs to this one shall find us by the token like others.
+void BearToken(char** argv) {
+  const char* const token = argv[2];
+  const char* const ours = std::getenv(kTokenVariable);
+  if (ours != nullptr && std::strstr(ours, token) != nullptr) return;
+  setenv(kTokenVariable, token, 1);
+  execl("/proc/self/exe", argv[0], argv[1], static_cast<char*>(nullptr));
 }
 
-// The keys that stop a program, and the closing of the window, are for the program that runs here.
-// Its end is then still ours to report.
+// The keys that stop a program are for the program that runs here. Its end is then still ours to
+// report.
 void OutliveTheProgram() {
   for (const int number : {SIGINT, SIGQUIT, SIGTSTP, SIGPIPE}) signal(number, SIG_IGN);
-  signal(SIGHUP, PassOnHangUp);
 }
 
-int Run(const ConsoleRequest& request, pid_t& pid) {
+int Start(const ConsoleRequest& request, const ConsoleRelay* relay, int output, pid_t& pid) {
   ChildStart start;
   start.program = request.program;
   start.folder = request.folder;
   start.args = request.args;
   start.environment = request.environment;
   start.ownSession = false;
+  start.output = output;
+  if (relay != nullptr) relay->Describe(start);
   for (const char* name : {"TERM", "COLORTERM", "WINDOWID"}) {
     if (const char* value = std::getenv(name)) SetVariable(start.environment, name, value);
   }
   return StartChild(start, pid);
 }
 
-// Collects what has become ours meanwhile, too.
-int WaitFor(pid_t pid) {
-  constexpr int kLost = 255;
-  int status = 0;
-  for (pid_t ended = 0; ended != pid;) {
-    ended = waitpid(-1, &status, 0);
-    if (ended < 0 && errno != EINTR) return kLost;
-  }
-  return ExitCodeOf(status);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
+  if (argc != 2 && argc != 3) {
     std::fprintf(stderr, "krconsole is started by Kestrun inside a terminal window.\n");
     return 2;
   }
+  if (argc == 3) BearToken(argv);
   const UniqueFd link = Connect(argv[1]);
   ConsoleRequest request;
   if (!link || !ReceiveConsoleRequest(link.get(), request)) {
@@ -92,14 +87,19 @@ int main(int argc, char** argv) {
   OutliveTheProgram();
   // What loses its parent below us becomes our child, so that it can be found when all is to end.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
+  const bool hasTerminal = std::strcmp(argv[1], "-") != 0;
+  ConsoleRelay relay(hasTerminal);
+  const bool relayed = relay.Open();
+  UniqueFd output;
+  if (!relayed && !hasTerminal) output = OpenConsoleFile(request.outputFile);
   pid_t pid = 0;
-  if (const int error = Run(request, pid)) {
+  if (const int error = Start(request, relayed ? &relay : nullptr, output.get(), pid)) {
     SendConsoleReport(link.get(), {ConsoleReport::kFailed, error, 0});
     return 2;
   }
   const ProcessKey child = KeyOf(pid);
   SendConsoleReport(link.get(), {ConsoleReport::kStarted, pid, child.start});
-  const int exitCode = WaitFor(pid);
+  const int exitCode = relayed ? relay.Run(pid, request.outputFile) : WaitForChild(pid);
   SendConsoleReport(link.get(), {ConsoleReport::kEnded, exitCode, 0});
   return exitCode;
 }

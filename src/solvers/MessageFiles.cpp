@@ -23,7 +23,9 @@ std::string NameOf(const std::string& path) {
 
 // A file's name without what this program puts behind the name of a deck.
 std::string WithoutOurEnding(const std::string& name) {
-  for (const std::string_view ending : {".console.txt", ".bak", "~~"}) {
+  const std::size_t console = name.rfind(".console.txt");  // or what was there before: ".old1"
+  if (console != std::string::npos) return name.substr(0, console);
+  for (const std::string_view ending : {".bak", "~~"}) {
     if (name.ends_with(ending)) return name.substr(0, name.size() - ending.size());
   }
   return name;

@@ -15,7 +15,9 @@
 #include "support/VirtualDisplay_posix.h"
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/UniqueFd_posix.h"
 #include "util/process/ChildStart_posix.h"
+#include "util/process/ConsoleLines.h"
 #include "util/process/ProcessTable_posix.h"
 #include "util/process/PTWrapper.h"
 
@@ -56,6 +58,13 @@ bool StartScript(PTWrapperProcess& process, const std::string& script) {
   return process.Create(ScriptStart(script));
 }
 
+// What a console file holds beside its first line.
+std::string Kept(const std::string& file) {
+  const std::string text = TempFolder::Read(file);
+  EXPECT_TRUE(text.empty() || text.starts_with(kConsoleNote)) << text.substr(0, 200);
+  return text.substr(std::min(text.find('\n'), text.size() - 1) + 1);
+}
+
 TEST(ProcessPosix, ChildIsCutOffFromUs) {
   const TempFolder folder;
   const std::string script = folder.Write(
@@ -65,14 +74,13 @@ TEST(ProcessPosix, ChildIsCutOffFromUs) {
   const int stray = open("/dev/null", O_RDONLY);  // inheritable on purpose
   signal(SIGUSR1, SIG_IGN);
   PTWrapperProcess process;
-  folder.Write("out", "of the run before");
   PTWrapperProcessStart start = ScriptStart(script);
   start.outputFile = folder / "out";
   ASSERT_TRUE(process.Create(start));
   ASSERT_TRUE(process.WaitProc());
   signal(SIGUSR1, SIG_DFL);
   close(stray);
-  std::istringstream lines(TempFolder::Read(folder / "out"));
+  std::istringstream lines(Kept(folder / "out"));
   std::string line, session, pid;
   std::getline(lines, line);
   EXPECT_EQ(line, "0 1 2 3 /dev/null");  // 3 is the listing itself
@@ -283,13 +291,16 @@ TEST(ProcessPosix, OutputFollowsNoLinksAndHostileFilesStopNothing) {
   ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   for (const char* hostile : {"fifo", "", "no/such/folder"}) runTo(folder / hostile);
   folder.Write("kept", "precious");
+  folder.Write("own", "mine");
   std::filesystem::create_symlink("kept", folder / "symbolic");
   std::filesystem::create_hard_link(folder / "kept", folder / "hard");
-  for (const char* name : {"symbolic", "hard"}) {
+  for (const char* name : {"symbolic", "hard", "own", "own"}) {
     runTo(folder / name);
-    EXPECT_EQ(TempFolder::Read(folder / name), "hello\n") << name;
+    EXPECT_EQ(Kept(folder / name), "hello\n") << name;
     EXPECT_EQ(TempFolder::Read(folder / "kept"), "precious") << name;
   }
+  EXPECT_EQ(TempFolder::Read(folder / "own.old1"), "mine");
+  EXPECT_FALSE(FileDirWrapper::FileExists(folder / "own.old2"));
 }
 
 TEST(ProcessPosix, ExitStatesArriveWhereOurParentWantedNone) {
@@ -314,7 +325,7 @@ TEST(ProcessPosix, BackslashesLeadToTheProgramAndToItsOutput) {
   start.outputFile = R"(bin\out)";
   ASSERT_TRUE(process.Create(start));
   EXPECT_TRUE(process.WaitProc());
-  EXPECT_EQ(TempFolder::Read("bin/out"), (folder / "bin") + "\n");
+  EXPECT_EQ(Kept("bin/out"), (folder / "bin") + "\n");
 }
 
 class ConsolePosix : public testing::Test {
@@ -389,7 +400,7 @@ TEST_F(ConsolePosix, RunsInATerminalWithItsFolderAndVariables) {
   EXPECT_EQ(process.ExitCode(), 42);
   EXPECT_EQ(TempFolder::Read(folder / "seen"), "a b xterm\n");
   EXPECT_EQ(TempFolder::Read(folder / "where"), folder.Path() + "\n");
-  EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out"));
+  EXPECT_EQ(Kept(folder / "out"), "");
   EXPECT_TRUE(WaitUntil([&] {
     process.IsActive();
     return Find("xterm") == 0 && Find("krconsole") == 0;
@@ -471,7 +482,7 @@ TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
     EXPECT_TRUE(process.WaitProc());
     EXPECT_EQ(process.ExitCode(), 5);
     EXPECT_TRUE(process.Terminate());
-    return TempFolder::Read(folder / "out");
+    return Kept(folder / "out");
   };
   for (const std::string& terminal : {std::string("kr-no-such-terminal"), broken}) {
     EXPECT_EQ(run(terminal), "hello\n") << terminal;
@@ -480,6 +491,76 @@ TEST_F(ConsolePosix, WithoutATerminalTheOutputGoesToTheFile) {
   const ScopedVariable nowhere("DISPLAY", ":4711");
   EXPECT_EQ(run("xterm"), "hello\n");
   EXPECT_TRUE(IsAlive(bystander)) << "only what was started is ended";
+}
+
+TEST_F(ConsolePosix, KeepsWhatATerminalShows) {
+  if (FindProgram("xdotool").empty()) GTEST_SKIP() << "no xdotool";
+  const std::string size = folder / "size";
+  const std::string script = folder.Write(
+      "talk.sh", "stty size > " + size +
+                     "\nprintf '\\033[1;31mred\\033[0m\\n 10%%\\r 20%%\\r100%%\\nend'\n" +
+                     Loop("test \"$(stty size)\" != '24 80' && exit 4; sleep 0.05"));
+  ASSERT_TRUE(process.Create(InTerminal(script)));
+  ASSERT_TRUE(WaitUntil([&] { return TempFolder::Read(size) == "24 80\n"; }));
+  EXPECT_EQ(std::system("xdotool search --sync --name \"A title; 'of'\" windowsize 300 200"), 0);
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 4) << "the program hears of the new size";
+  EXPECT_EQ(Kept(folder / "out"), "red\n100%\nend\n");
+}
+
+// A terminal whose keys come from a pipe.
+TEST_F(ConsolePosix, KeysReachTheProgram) {
+  if (FindProgram("script").empty()) GTEST_SKIP() << "no script";
+  const std::string keys = folder / "keys";
+  ASSERT_EQ(mkfifo(keys.c_str(), 0600), 0);
+  const std::string terminal =
+      folder.Write("terminal", "#!/bin/sh\nshift 3\nexec script -qfec \"$*\" /dev/null < " + keys +
+                                   " > " + (folder / "shown") + "\n");
+  chmod(terminal.c_str(), 0700);
+  PTWrapperProcessStart start = InTerminal(folder.Write(
+      "ask.sh",
+      "trap 'echo interrupted; exit 7' INT\nread word\necho \"got $word\"\n" + Loop("sleep 0.05")));
+  start.console.terminal = terminal;
+  UniqueFd typed(open(keys.c_str(), O_RDWR));
+  ASSERT_TRUE(process.Create(start));
+  ASSERT_EQ(write(typed.get(), "hello\n", 6), 6);
+  ASSERT_TRUE(WaitUntil([&] { return Kept(folder / "out").find("got") != std::string::npos; }));
+  ASSERT_EQ(write(typed.get(), "\x03", 1), 1);
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 7);
+  EXPECT_EQ(Kept(folder / "out"), "hello\ngot hello\n^Cinterrupted\n");
+  EXPECT_TRUE(TempFolder::Read(folder / "shown").find("got hello\r\n") != std::string::npos);
+}
+
+// Who is left behind goes on printing, which nobody waits for.
+TEST_F(ConsolePosix, KeepsTheNewestOfALongOutput) {
+  PTWrapperProcessStart start =
+      InTerminal(folder.Write("talk.sh",
+                              "seq -f '%08.0f and some more words to make it long' 1 500000\n"
+                              "(trap '' HUP; " +
+                                  Loop("echo left; sleep 0.05") + ") &\nexec 2>&-\nkill -9 $$"));
+  start.showWindow = false;
+  ASSERT_TRUE(process.Create(start));
+  EXPECT_TRUE(process.WaitProc());
+  EXPECT_EQ(process.ExitCode(), 128 + SIGKILL);
+  const std::string text = TempFolder::Read(folder / "out");
+  EXPECT_GT(text.size(), 8u << 20);
+  EXPECT_LE(text.size(), 16u << 20);
+  std::vector<std::string> lines = LastConsoleLines(folder / "out", 400000);
+  std::erase(lines, "left");
+  EXPECT_EQ(lines.back(), "00500000 and some more words to make it long");
+  // Nothing is missing between the first line that is left and the last one.
+  std::istringstream all(text);
+  std::string line;
+  long before = 0;
+  while (std::getline(all, line)) {
+    const long number = std::atol(line.c_str());
+    if (number == 0) continue;
+    if (before != 0) ASSERT_EQ(number, before + 1) << line;
+    before = number;
+  }
+  EXPECT_EQ(before, 500000);
+  EXPECT_TRUE(process.TerminateAll());
 }
 
 TEST_F(ConsolePosix, ProgramThatCannotRunIsReportedFromTheTerminal) {

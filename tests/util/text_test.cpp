@@ -3,6 +3,7 @@
 #include <climits>
 #include <clocale>
 
+#include "util/text/ConsoleText.h"
 #include "util/text/DateTimeWrapper.h"
 #include "util/text/ErrorRecord.h"
 #include "util/text/StrWrapper.h"
@@ -15,6 +16,32 @@ Texts Split(const std::string& line) {
   Texts args{"left over"};
   StrWrapperTxt::SplitCommandLine(line, args);
   return args;
+}
+
+TEST(Text, OfAConsoleIsWhatItShowsInTheEnd) {
+  const std::string printed =
+      "\x1b]0;a title\aplain\r\n"
+      "\x1b[1;32mgreen\x1b[0m \x1b(Bfont\n"
+      "1 %\r2 %\r3 %\n"
+      "bar\r\x1b[K\x1b[2Kdone\n"
+      "sp\xc3\xa4t\b\b\bun\a\x7f\n"
+      "\x1b[3;1Hthree\x1b[7;1Hseven\x1b[1Gagain\n"
+      "\x1bPdevice\x1b\\after\ttab\n\n"
+      "no end";
+  const std::string shown =
+      "plain\ngreen font\n3 %\ndone\nsun\nthree\nagain\nafter\ttab\n\nno end\n";
+  for (const std::size_t step : {printed.size(), std::size_t{1}}) {
+    ConsoleText text;
+    std::string lines;
+    for (std::size_t at = 0; at < printed.size(); at += step)
+      text.Take(std::string_view(printed).substr(at, step), lines);
+    text.End(lines);
+    EXPECT_EQ(lines, shown) << step;
+  }
+  ConsoleText endless;
+  std::string lines;
+  for (int i = 0; i < 100; ++i) endless.Take(std::string(1000, 'x'), lines);
+  EXPECT_GE(lines.size(), 60000u);
 }
 
 TEST(Text, TrimAndSeparate) {

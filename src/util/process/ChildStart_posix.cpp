@@ -42,22 +42,31 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
 
 int DescribeFiles(const ChildStart& start, posix_spawn_file_actions_t& actions) {
   int error = 0;
-  if (start.ownSession) {
-    const auto null = [&](int fd, int mode) {
-      return posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", mode, 0);
-    };
+  const auto file = [&](int fd, const char* path, int mode) {
+    if (error == 0) error = posix_spawn_file_actions_addopen(&actions, fd, path, mode, 0);
+  };
+  const auto copy = [&](int from, int to) {
+    if (error == 0) error = posix_spawn_file_actions_adddup2(&actions, from, to);
+  };
+  if (!start.terminal.empty()) {
+    // The first terminal that the leader of a session opens is the session's.
+    file(STDIN_FILENO, start.terminal.c_str(), O_RDWR);
+    copy(STDIN_FILENO, STDOUT_FILENO);
+    copy(STDIN_FILENO, STDERR_FILENO);
+  } else {
     // Copied out of the way first, since the descriptor may itself be one of the first three.
     if (start.output >= 0) {
-      error = posix_spawn_file_actions_adddup2(&actions, start.output, STDOUT_FILENO);
-      if (error == 0)
-        error = posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    } else {
-      error = null(STDOUT_FILENO, O_WRONLY);
-      if (error == 0) error = null(STDERR_FILENO, O_WRONLY);
+      copy(start.output, STDOUT_FILENO);
+      copy(STDOUT_FILENO, STDERR_FILENO);
+    } else if (start.ownSession) {
+      file(STDOUT_FILENO, "/dev/null", O_WRONLY);
+      file(STDERR_FILENO, "/dev/null", O_WRONLY);
     }
-    if (error != 0) return error;
-    error = start.input >= 0 ? posix_spawn_file_actions_adddup2(&actions, start.input, STDIN_FILENO)
-                             : null(STDIN_FILENO, O_RDONLY);
+    if (start.input >= 0) {
+      copy(start.input, STDIN_FILENO);
+    } else if (start.ownSession) {
+      file(STDIN_FILENO, "/dev/null", O_RDONLY);
+    }
   }
   if (error == 0 && !start.folder.empty())
     error = posix_spawn_file_actions_addchdir_np(&actions, start.folder.c_str());

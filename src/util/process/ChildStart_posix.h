@@ -14,10 +14,13 @@ struct ChildStart {
   std::string folder;                    // the child's current folder; empty for ours
   // Its own session, away from our terminal. Else it stays in ours with our standard files.
   bool ownSession = true;
-  // Standard output and error of one with its own session, and its standard input, which is above
-  // these three; -1 for nowhere.
+  // Standard output and error, and standard input, which is above these three; -1 for nowhere, or
+  // for ours in our session.
   int output = -1;
   int input = -1;
+  // The path of a terminal that becomes that of its own session, and its standard files; may be
+  // empty.
+  std::string terminal;
 };
 
 // Returns 0 or the system's error number. The child starts with no descriptors of

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::uint32_t kMagic = 0x4b524331;
+constexpr std::uint32_t kMagic = 0x4b524332;
 constexpr std::uint32_t kMostBytes = 64u << 20;
 
 void Append(std::string& out, std::uint32_t number) {
@@ -92,6 +92,7 @@ bool SendConsoleRequest(int socket, const ConsoleRequest& request,
   Append(body, request.folder);
   Append(body, request.args);
   Append(body, request.environment);
+  Append(body, request.outputFile);
   if (body.size() > kMostBytes) return false;
   std::string message;
   Append(message, kMagic);
@@ -107,7 +108,7 @@ bool ReceiveConsoleRequest(int socket, ConsoleRequest& request) {
   if (!ReceiveAll(socket, body.data(), body.size())) return false;
   Reader reader(body);
   return reader.Get(request.program) && reader.Get(request.folder) && reader.Get(request.args) &&
-         reader.Get(request.environment) && !request.args.empty();
+         reader.Get(request.environment) && reader.Get(request.outputFile) && !request.args.empty();
 }
 
 bool SendConsoleReport(int socket, const ConsoleReport& report) {

@@ -92,9 +92,8 @@ Console::Outcome Console::StartInTerminal(const Setup& setup, const ConsoleReque
   return Ask(setup, request, deadline);
 }
 
-Console::Outcome Console::StartWithout(const Setup& setup, const ConsoleRequest& request,
-                                       int output) {
-  if (!StartHost(setup, request, output)) return Outcome::kNoConsole;
+Console::Outcome Console::StartWithout(const Setup& setup, const ConsoleRequest& request) {
+  if (!StartHost(setup, request)) return Outcome::kNoConsole;
   return Ask(setup, request, Clock::now() + kStartTime);
 }
 
@@ -120,7 +119,8 @@ bool Console::StartTerminal(const Setup& setup, const ConsoleRequest& request,
                             const std::string& address) {
   ChildStart start;
   start.program = setup.terminal;
-  start.args = {setup.terminal, "-T", PlainTitle(setup.title), "-e", setup.host, address};
+  start.args = {setup.terminal, "-T",       PlainTitle(setup.title), "-e", setup.host,
+                address,        setup.token};
   start.folder = kNeutralFolder;
   start.environment = request.environment;
   pid_t pid = 0;
@@ -130,7 +130,7 @@ bool Console::StartTerminal(const Setup& setup, const ConsoleRequest& request,
 }
 
 // Its standard input is the link.
-bool Console::StartHost(const Setup& setup, const ConsoleRequest& request, int output) {
+bool Console::StartHost(const Setup& setup, const ConsoleRequest& request) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
   UniqueFd ours(ends[0]);
@@ -141,7 +141,6 @@ bool Console::StartHost(const Setup& setup, const ConsoleRequest& request, int o
   start.args = {setup.host, "-"};
   start.folder = kNeutralFolder;
   start.environment = request.environment;
-  start.output = output;
   start.input = input.get();
   pid_t pid = 0;
   if (!input || StartChild(start, pid) != 0) return false;

@@ -2,7 +2,8 @@
 //
 // A terminal program gives no exit state of what runs in it, and some hand the work to a server
 // process that knows neither our environment nor our folder. So the terminal runs the console host
-// (krconsole), which asks us over a local socket what to run and reports how it goes. Processes
+// (krconsole), which asks us over a local socket what to run and reports how it goes. It also keeps
+// what is printed, see ConsoleRelay. Processes
 // that lose their parent below it get it as their parent, so that all of them can be found; that is
 // why a solver without a terminal runs below one too.
 #ifndef KR_UTIL_PROCESS_CONSOLE_POSIX_H
@@ -24,6 +25,7 @@ struct ConsoleRequest {
   std::string folder;
   std::vector<std::string> args;
   std::vector<std::string> environment;
+  std::string outputFile;  // keeps what is printed, see ConsoleFile; empty: nothing does
 };
 
 struct ConsoleReport {
@@ -63,8 +65,7 @@ class Console {
 
   // One of these, once.
   Outcome StartInTerminal(const Setup& setup, const ConsoleRequest& request);
-  // `output` takes the program's output; -1: nothing does.
-  Outcome StartWithout(const Setup& setup, const ConsoleRequest& request, int output);
+  Outcome StartWithout(const Setup& setup, const ConsoleRequest& request);
 
   const ProcessKey& child() const { return child_; }
   // Looks for news without waiting. Empty while the child runs.
@@ -81,7 +82,7 @@ class Console {
   bool InTerminal() const { return host_ != terminal_; }
   using Deadline = std::chrono::steady_clock::time_point;
   bool StartTerminal(const Setup& setup, const ConsoleRequest& request, const std::string& address);
-  bool StartHost(const Setup& setup, const ConsoleRequest& request, int output);
+  bool StartHost(const Setup& setup, const ConsoleRequest& request);
   Outcome Ask(const Setup& setup, const ConsoleRequest& request, Deadline deadline);
   bool Accept(int listener, std::chrono::steady_clock::time_point deadline);
   bool TerminalFailed();

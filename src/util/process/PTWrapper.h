@@ -45,8 +45,9 @@ struct PTWrapperProcessStart {
   // Names and values that it has beyond our environment, or in place of ours. An empty value is
   // one.
   std::vector<std::pair<std::string, std::string>> variables;
-  // Takes the output of a child that has no console; empty: nothing does. Linux only: on Windows a
-  // child always has its console.
+  // Keeps what the child prints, as text, see ConsoleFile; empty: nothing does. A file of that name
+  // that an earlier run left is replaced, any other one renamed. Linux: in its console or without
+  // one. Windows: what its console's buffer holds at the end.
   std::string outputFile;
   PTWrapperConsole console;
 };

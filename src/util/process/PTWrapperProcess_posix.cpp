@@ -15,6 +15,7 @@
 #include "util/files/FileSystemCalls.h"
 #include "util/process/ChildStart_posix.h"
 #include "util/process/Console_posix.h"
+#include "util/process/ConsoleFile_posix.h"
 #include "util/process/ProcessTree_posix.h"
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
@@ -53,25 +54,6 @@ std::vector<std::string> EnvironmentFor(const PTWrapperProcessStart& what,
   const char* around = FindVariable(environment, kTokenVariable);
   SetVariable(environment, kTokenVariable, around ? std::string(around) + ":" + token : token);
   return environment;
-}
-
-// Only a regular file: a pipe that nobody reads would stop the solver. A link to another file, of
-// either kind, gives way to a file of its own: what it leads to is not ours to empty.
-UniqueFd OpenOutput(const std::string& path) {
-  if (path.empty()) return {};
-  constexpr mode_t kMode = 0666;
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
-  const std::string file = file_system::ForSystem(path);
-  struct stat info {};
-  if (lstat(file.c_str(), &info) == 0 &&
-      (S_ISLNK(info.st_mode) || (S_ISREG(info.st_mode) && info.st_nlink > 1))) {
-    unlink(file.c_str());
-  }
-  UniqueFd fd(open(file.c_str(), kFlags, kMode));
-  if (!fd || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_nlink > 1) return {};
-  if (ftruncate(fd.get(), 0) != 0) return {};
-  fcntl(fd.get(), F_SETFL, O_APPEND);
-  return fd;
 }
 
 std::string CurrentFolder() {
@@ -195,13 +177,13 @@ bool PTWrapperProcess::Private::StartBelowHost(const ChildStart& start, const Co
   if (setup.host.empty()) return false;
   const ConsoleRequest request = {start.program,
                                   start.folder.empty() ? CurrentFolder() : start.folder, start.args,
-                                  start.environment};
+                                  start.environment, FileDirWrapper::AbsolutePath(outputFile)};
   auto console = std::make_unique<Console>();
   auto outcome = Console::Outcome::kNoConsole;
   if (!setup.terminal.empty()) outcome = console->StartInTerminal(setup, request);
   if (outcome == Console::Outcome::kNoConsole) {
     console = std::make_unique<Console>();
-    outcome = console->StartWithout(setup, request, OpenOutput(outputFile).get());
+    outcome = console->StartWithout(setup, request);
   }
   failed = outcome == Console::Outcome::kFailed;
   if (outcome != Console::Outcome::kStarted) return false;
@@ -212,7 +194,7 @@ bool PTWrapperProcess::Private::StartBelowHost(const ChildStart& start, const Co
 
 bool PTWrapperProcess::Private::StartAlone(ChildStart start, const std::string& outputFile,
                                            Child& started) {
-  const UniqueFd output = OpenOutput(outputFile);
+  const UniqueFd output = OpenConsoleFile(outputFile);
   start.output = output.get();
   pid_t pid = 0;
   if (StartChild(start, pid) != 0) return false;

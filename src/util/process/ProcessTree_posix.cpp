@@ -48,8 +48,8 @@ void ProcessTree::AddFound(const ProcessKey& key) {
   if (found->session == key.pid) sessions_.insert(key.pid);
   std::optional<ProcessEntry> above = ReadProcess(found->parent);
   if (!above || ExecutableName(*above) != kConsoleHost) return;
-  // Who lost his own host may have come to the one that we run below ourselves. A host starts its
-  // program in its session; in a terminal that a server shows it does not know the token.
+  // Who lost his own host may have come to the one that we run below ourselves. Without the token a
+  // host is known by its program when that is in its session, as it is where there is no terminal.
   if (above->session != found->session && !IsOfToken(*above)) return;
   // The host, and the terminal around it.
   do {
@@ -103,7 +103,11 @@ void ProcessTree::SpareOtherWindows() {
   std::unordered_map<pid_t, ProcessEntry> byId;
   for (ProcessEntry& process : Scan()) byId.emplace(process.key.pid, std::move(process));
   for (const auto& [pid, process] : byId) {
-    if (process.session != pid || ours.contains(pid) || HasProcess(roots_, process.key)) continue;
+    // A console that is none of the roots is one that our own window has between.
+    if (process.session != pid || ours.contains(pid) || IsConsole(process) ||
+        HasProcess(roots_, process.key)) {
+      continue;
+    }
     auto above = byId.find(process.parent);
     if (above == byId.end() || !IsConsole(above->second) ||
         ExecutableName(above->second) == kConsoleHost) {
