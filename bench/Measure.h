@@ -6,7 +6,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -59,6 +63,34 @@ double BestSeconds(int rounds, const Work& work) {
   BestTime best;
   benchmark::RunSpecifiedBenchmarks(&best);
   return best.seconds;
+}
+
+// A program that compares its own reading of a big file with `wc -l` on it, both from the system's
+// cache and in turns, so that both have the same share of what else the machine does. The file has
+// as many megabytes as the first argument says, else 1000. Prints the times and their ratio; the
+// program's exit code.
+inline int CompareWithWc(
+    int argc, char** argv, const char* what, int rounds,
+    const std::function<bool(const std::string& path, std::uint64_t bytes)>& write,
+    const std::function<bool(const std::string& path)>& read) {
+  const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
+  const TemporaryFolder folder;
+  const std::string path = folder.File("big");
+  if (!write(path, megabytes * 1000000)) {
+    std::fprintf(stderr, "cannot write %s\n", path.c_str());
+    return 1;
+  }
+  bool good = true;
+  const std::string count = "wc -l " + path + " > " + folder.File("lines.txt");
+  double lines = 1e9;
+  double own = 1e9;
+  for (int i = 0; i < rounds; ++i) {
+    lines =
+        std::min(lines, BestSeconds(1, [&] { good = std::system(count.c_str()) == 0 && good; }));
+    own = std::min(own, BestSeconds(1, [&] { good = read(path) && good; }));
+  }
+  std::printf("%s %.3f s, wc -l %.3f s, ratio %.2f\n", what, own, lines, own / lines);
+  return good ? 0 : 1;
 }
 
 #endif

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int kRounds = 10;
-
 // Nodes and shell elements as a pre-processor writes them, a head of columns every 100 lines.
 bool WriteDeck(const std::string& path, std::uint64_t bytes) {
   std::FILE* const file = std::fopen(path.c_str(), "wb");
@@ -41,30 +39,9 @@ bool WriteDeck(const std::string& path, std::uint64_t bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
-  const TemporaryFolder folder;
-  const std::string deck = folder.File("big.k");
-  if (!WriteDeck(deck, megabytes * 1000000)) {
-    std::fprintf(stderr, "cannot write %s\n", deck.c_str());
-    return 1;
-  }
-
-  bool good = true;
-  const std::string count = "wc -l " + deck + " > " + folder.File("lines.txt");
-  const Settings settings;
-  const auto scanOnce = [&] {
-    JobFileDyna job(settings);
-    job.jobFile = deck;
-    good = ScanDeck(job, {}) && job.deckMemory == 200 && job.includes.size() == 1 && good;
-  };
-  // In turns, so that both have the same share of what else the machine does.
-  double lines = 1e9;
-  double scan = 1e9;
-  for (int i = 0; i < kRounds; ++i) {
-    lines =
-        std::min(lines, BestSeconds(1, [&] { good = std::system(count.c_str()) == 0 && good; }));
-    scan = std::min(scan, BestSeconds(1, scanOnce));
-  }
-  std::printf("deck scan %.3f s, wc -l %.3f s, ratio %.2f\n", scan, lines, scan / lines);
-  return good ? 0 : 1;
+  return CompareWithWc(argc, argv, "deck scan", 10, WriteDeck, [](const std::string& path) {
+    JobFileDyna job{Settings()};
+    job.jobFile = path;
+    return ScanDeck(job, {}) && job.deckMemory == 200 && job.includes.size() == 1;
+  });
 }

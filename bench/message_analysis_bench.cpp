@@ -37,24 +37,9 @@ bool WriteMessageFile(const std::string& path, std::uint64_t bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  constexpr int kRounds = 5;
-  const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
-  const TemporaryFolder folder;
-  const std::string path = folder.File("messag");
-  if (!WriteMessageFile(path, megabytes * 1000000)) {
-    std::fprintf(stderr, "cannot write %s\n", path.c_str());
-    return 1;
-  }
-
-  bool good = true;
-  const std::string count = "wc -l " + path + " > " + folder.File("lines.txt");
-  const double lines =
-      BestSeconds(kRounds, [&] { good = std::system(count.c_str()) == 0 && good; });
-  const double analysis = BestSeconds(kRounds, [&] {
-    const AnalysisReport report = AnalyseMessageFile(path);
-    good = report.errors == 1 && report.warnings > 20 && !report.cpuTime.empty() && good;
-  });
-  std::printf("message analysis %.3f s, wc -l %.3f s, ratio %.2f\n", analysis, lines,
-              analysis / lines);
-  return good ? 0 : 1;
+  return CompareWithWc(
+      argc, argv, "message analysis", 5, WriteMessageFile, [](const std::string& path) {
+        const AnalysisReport report = AnalyseMessageFile(path);
+        return report.errors == 1 && report.warnings > 20 && !report.cpuTime.empty();
+      });
 }

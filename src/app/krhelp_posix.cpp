@@ -17,6 +17,7 @@
 #include <string>
 
 #include "ui/help/HelpBook.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -33,12 +34,6 @@ struct Output {
 void Limit(int resource, rlim_t most) {
   const rlimit limit{most, most};
   setrlimit(resource, &limit);
-}
-
-bool EndsWith(const std::string& text, const char* end) {
-  const std::string tail(end);
-  return text.size() >= tail.size() &&
-         strcasecmp(text.c_str() + text.size() - tail.size(), tail.c_str()) == 0;
 }
 
 bool NamesUtf8(const std::string& page) {
@@ -79,8 +74,8 @@ int Write(chmFile* file, chmUnitInfo* unit, void* context) {
   auto* output = static_cast<Output*>(context);
   if (++output->entries > HelpBook::kMostEntries) return CHM_ENUMERATOR_FAILURE;
   const std::string name = unit->path;
-  const bool page = EndsWith(name, ".htm") || EndsWith(name, ".html");
-  if ((!page && !EndsWith(name, ".hhc")) || name.find('\n') != std::string::npos)
+  const bool page = EndsInAnyCase(name, ".htm") || EndsInAnyCase(name, ".html");
+  if ((!page && !EndsInAnyCase(name, ".hhc")) || name.find('\n') != std::string::npos)
     return CHM_ENUMERATOR_CONTINUE;
   if (unit->length > HelpBook::kMostPageBytes) return CHM_ENUMERATOR_FAILURE;
   std::string bytes(static_cast<std::size_t>(unit->length), '\0');

@@ -213,25 +213,21 @@ bool InspectMessage(const std::string& path, Findings& findings) {
   return true;
 }
 
-bool HasEnding(const std::string& path, std::string_view ending) {
-  return Upper(path).ends_with(ending);
-}
-
 // The output of a job; a file that is no job is taken for an output itself.
-std::string OutputOf(const std::string& path, std::string_view jobEnding,
-                     std::string_view outputEnding, const std::string& jobsOutput) {
-  if (HasEnding(path, jobEnding)) return jobsOutput;
-  if (HasEnding(path, outputEnding)) return path;
+std::string OutputOf(const std::string& path, const TextOutputNames& names,
+                     const std::string& jobsOutput) {
+  if (EndsInAnyCase(path, std::string(".") + names.jobExtension)) return jobsOutput;
+  if (EndsInAnyCase(path, names.outputEnding)) return path;
   return FileDirWrapper::FileExists(jobsOutput) ? jobsOutput : path;
 }
 
 bool InspectInc(const std::string& path, Findings& findings) {
-  const std::string file = OutputOf(path, ".FIN", "_INFO.OUT", IncInfoFile(path));
+  const std::string file = OutputOf(path, JobFileInc::kNames, IncInfoFile(path));
   return TakeReport(file, AnalyseIncInfoFile(file), findings);
 }
 
 bool InspectVorel(const std::string& path, Findings& findings) {
-  const std::string file = OutputOf(path, ".DAT", ".OUT", VorelOutFile(path));
+  const std::string file = OutputOf(path, JobFileVorel::kNames, VorelOutFile(path));
   return TakeReport(file, AnalyseVorelOutFile(file), findings);
 }
 

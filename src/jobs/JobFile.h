@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "jobs/JobId.h"
@@ -21,6 +22,16 @@
 // Settings::solver_path and stand in the record: a new kind comes last.
 enum class SolverKind : int { kLsDynaSingle = 0, kLsDynaDouble, kUtilityBatch, kVorel, kInc };
 inline constexpr SolverKind kLastSolverKind = SolverKind::kInc;
+
+// A message file that is kept after its run has its own name and this.
+inline constexpr std::string_view kKeptEnding = ".krb";
+
+// A solver that takes no decks writes one text about its run beside its job file, with the job's
+// name: "part_INFO.OUT" for "part.fin". Small and big letters are the same.
+struct TextOutputNames {
+  const char* jobExtension;
+  const char* outputEnding;
+};
 
 class JobFile;
 
@@ -156,6 +167,7 @@ class JobFileDyna : public JobFile, public DynaFields {
 class JobFileVorel : public JobFile {
  public:
   using JobFile::JobFile;
+  static constexpr TextOutputNames kNames = {"dat", ".OUT"};
   SolverKind GetSolverType() const override { return SolverKind::kVorel; }
   bool BuildArguments(std::string& arguments) const override;
 };
@@ -164,8 +176,12 @@ class JobFileVorel : public JobFile {
 class JobFileInc : public JobFile {
  public:
   using JobFile::JobFile;
+  static constexpr TextOutputNames kNames = {"fin", "_INFO.OUT"};
   SolverKind GetSolverType() const override { return SolverKind::kInc; }
   bool BuildArguments(std::string& arguments) const override;
 };
+
+// Of all kinds that have one; the longer endings first.
+inline constexpr TextOutputNames kTextOutputs[] = {JobFileInc::kNames, JobFileVorel::kNames};
 
 #endif

@@ -42,32 +42,15 @@ bool LooksLikeProgress(std::string_view line) {
   return digits > 0 && at > digits && line.substr(at).starts_with("t ");
 }
 
-// Beginnings of the other lines that tell something.
+// Whether another line tells something.
 bool IsTelling(std::string_view line) {
-  switch (line[0]) {
-    case 'B':
-      return line.starts_with("BEGIN implicit");
-    case 'C':
-      return line.starts_with(kOptions);
-    case 'E':
-      return line.starts_with("E r r o r") || line.starts_with("Equilibrium");
-    case 'I':
-      return line.starts_with("Iteration:");
-    case 'N':
-      return line.starts_with("N o r m a l");
-    case 'P':
-      return line.starts_with("Problem time");
-    case '*':
-      return line.starts_with("***");
-    case 'c':
-      return line.starts_with("current step size");
-    case 'e':
-      return line.starts_with("estimated ");
-    case 't':
-      return line.starts_with("termination time");
-    default:
-      return false;
-  }
+  constexpr std::string_view kBeginnings[] = {
+      "BEGIN implicit",    kOptions,      "E r r o r",       "Equilibrium",
+      "Iteration:",        "N o r m a l", "Problem time",    "***",
+      "current step size", "estimated ",  "termination time"};
+  return std::any_of(std::begin(kBeginnings), std::end(kBeginnings), [line](auto beginning) {
+    return beginning[0] == line[0] && line.starts_with(beginning);
+  });
 }
 
 std::optional<double> FiniteNumber(LineWords& words) {

@@ -1,25 +1,24 @@
 #include "progress/RunFiles.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 #include <vector>
 
 #include "jobs/DeckEndTime.h"
 #include "jobs/DeckScan.h"
+#include "jobs/JobArguments.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
 namespace {
 
-constexpr std::string_view kKept = ".krb";
+constexpr char kStatus[] = "status.out";
 
-std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return name;
-}
+const auto NameOf = &FileDirWrapper::NameOf;
 
-std::string FolderOf(const std::string& path) {
+std::string FolderBeside(const std::string& path) {
   std::string folder;
   FileDirWrapper::DirOf(path, folder);
   return folder.empty() ? "." : folder;
@@ -28,7 +27,7 @@ std::string FolderOf(const std::string& path) {
 // What stands in front of the kind of file, "CASE1." of "CASE1.messag"; nothing for other names.
 // Of a distributed run the first rank's file stands for all.
 std::optional<std::string> MessagePrefix(std::string name) {
-  if (name.ends_with(kKept)) name.resize(name.size() - kKept.size());
+  if (name.ends_with(kKeptEnding)) name.resize(name.size() - kKeptEnding.size());
   for (const std::string_view kind : {"messag", "mes0000"}) {
     if (name.ends_with(kind)) return name.substr(0, name.size() - kind.size());
   }
@@ -38,23 +37,25 @@ std::optional<std::string> MessagePrefix(std::string name) {
 RunFiles::Kind KindOf(const std::string& file) {
   const std::string name = NameOf(file);
   if (MessagePrefix(name)) return RunFiles::Kind::kKeyword;
-  const std::string upper = Upper(name);
-  if (upper.ends_with("_INFO.OUT")) return RunFiles::Kind::kInc;
-  return upper.ends_with(".OUT") && upper != "STATUS.OUT" && !upper.ends_with(".STATUS.OUT")
-             ? RunFiles::Kind::kVorel
-             : RunFiles::Kind::kNone;
+  // Of LS-DYNA, though other solvers' texts end so too.
+  if (SameButForCase(name, kStatus) || EndsInAnyCase(name, std::string(".") + kStatus))
+    return RunFiles::Kind::kNone;
+  const bool isText =
+      std::any_of(std::begin(kTextOutputs), std::end(kTextOutputs),
+                  [&](const auto& names) { return EndsInAnyCase(name, names.outputEnding); });
+  return isText ? RunFiles::Kind::kText : RunFiles::Kind::kNone;
 }
 
 std::string ExistingBeside(const std::string& file, const std::string& name) {
-  std::string path = FileDirWrapper::Join(FolderOf(file), name);
+  std::string path = FileDirWrapper::Join(FolderBeside(file), name);
   return FileDirWrapper::FileExists(path) && !FileDirWrapper::IsFolder(path) ? path : std::string();
 }
 
 void FindBeside(const std::string& prefix, const std::function<bool(const std::string&)>& isOld,
                 RunFiles& files, const std::string& anyFile) {
   files.glstat = ExistingBeside(anyFile, prefix + "glstat");
-  files.status = ExistingBeside(anyFile, prefix + "status.out");
-  if (files.status.empty()) files.status = ExistingBeside(anyFile, "status.out");
+  files.status = ExistingBeside(anyFile, prefix + kStatus);
+  if (files.status.empty()) files.status = ExistingBeside(anyFile, kStatus);
   for (std::string* file : {&files.glstat, &files.status}) {
     if (isOld && !file->empty() && isOld(*file)) file->clear();
   }
@@ -83,13 +84,15 @@ RunFiles OfFolder(const std::string& folder, const std::function<bool(const std:
 
 RunFiles OfFile(const std::string& path) {
   RunFiles files;
-  const std::string upper = Upper(NameOf(path));
   std::string prefix = NameOf(path);
-  for (const std::string_view kind : {"glstat", "status.out"}) {
+  for (const std::string_view kind : {"glstat", kStatus}) {
     if (!prefix.ends_with(kind)) continue;
     prefix.resize(prefix.size() - kind.size());
-    for (const char* name : {"messag", "mes0000", "messag.krb", "mes0000.krb"}) {
-      if (files.output.empty()) files.output = ExistingBeside(path, prefix + name);
+    for (const std::string_view kept : {std::string_view(), kKeptEnding}) {
+      for (const char* name : {"messag", "mes0000"}) {
+        if (!files.output.empty()) continue;
+        files.output = ExistingBeside(path, prefix + name + std::string(kept));
+      }
     }
     files.kind = RunFiles::Kind::kKeyword;
     FindBeside(prefix, {}, files, path);
@@ -97,13 +100,11 @@ RunFiles OfFile(const std::string& path) {
   }
   files.output = path;
   files.kind = KindOf(path);
-  if (upper.ends_with(".FIN") || upper.ends_with(".DAT")) {
-    const bool inc = upper.ends_with(".FIN");
-    const std::string job = NameOf(path).substr(0, upper.size() - 4);
-    files.output = FileDirWrapper::Join(FolderOf(path), job + (inc ? "_INFO.OUT" : ".OUT"));
-    files.kind = inc ? RunFiles::Kind::kInc : RunFiles::Kind::kVorel;
-  } else if (files.kind == RunFiles::Kind::kNone) {
-    files.kind = RunFiles::Kind::kKeyword;
+  if (files.kind == RunFiles::Kind::kNone) files.kind = RunFiles::Kind::kKeyword;
+  for (const auto& [extension, ending] : kTextOutputs) {
+    if (!EndsInAnyCase(path, std::string(".") + extension)) continue;
+    files.output = PathWithoutExtension(path) + ending;
+    files.kind = RunFiles::Kind::kText;
   }
   return files;
 }

@@ -8,17 +8,18 @@
 
 // Paths; empty where there is none.
 struct RunFiles {
-  enum class Kind { kNone, kKeyword, kInc, kVorel };
+  enum class Kind { kNone, kKeyword, kText };  // kText: of a solver that takes no decks
   Kind kind = Kind::kNone;
-  std::string output;  // the message file, "JOB_INFO.OUT", "JOB.OUT"
+  std::string output;  // the message file, the job's text output
   std::string glstat;
   std::string status;  // "status.out"
 };
 
 // Of a folder: the message file that was written last ("messag", "mes0000" of a distributed run, a
-// job's "NAME.messag", a kept "messag.krb"), without one the INC or Vorel output that was written
-// last, and what lies beside it under the same name. Of a file: the same for its run; a file under
-// another name is taken for a message file. `isOld` keeps files out that the run did not write.
+// job's "NAME.messag", a kept "messag.krb"), without one the text output of INC or Vorel that was
+// written last, and what lies beside it under the same name. Of a file: the same for its run; a
+// file under another name is taken for a message file. `isOld` keeps files out that the run did not
+// write.
 RunFiles FindRunFiles(const std::string& path,
                       const std::function<bool(const std::string& file)>& isOld = {});
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "jobs/JobFile.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -30,7 +31,7 @@ void RunProgress::AddFiles(const RunFiles& files) {
 }
 
 void RunProgress::FollowKeptFile() {
-  const std::string kept = files_.output + ".krb";
+  const std::string kept = files_.output + std::string(kKeptEnding);
   if (!output_ || FileDirWrapper::FileExists(files_.output) || !FileDirWrapper::FileExists(kept)) {
     return;
   }

@@ -90,25 +90,22 @@ bool At(const Value& json, std::size_t place, T& value) {
   return place < json.items.size() && Take(json.items[place], value);
 }
 
+// A change whose word is followed by these of its fields.
+template <typename Change, auto... fields>
+std::optional<QueueChange> ReadFields([[maybe_unused]] const Value& json) {
+  Change read;
+  [[maybe_unused]] std::size_t place = 0;
+  if (!(At(json, ++place, read.*fields) && ...)) return {};
+  return read;
+}
+
 const std::map<std::string, Reader, std::less<>>& Readers() {
   using Result = std::optional<QueueChange>;
   static const auto& readers = *new const std::map<std::string, Reader, std::less<>>{
-      {"group",
-       [](const Value& json) -> Result {
-         change::GroupSet c;
-         if (!At(json, 1, c.group) || !At(json, 2, c.name) || !At(json, 3, c.text)) return {};
-         return c;
-       }},
-      {"nogroup",
-       [](const Value& json) -> Result {
-         change::GroupGone c;
-         return At(json, 1, c.group) ? Result(c) : Result();
-       }},
-      {"current",
-       [](const Value& json) -> Result {
-         change::CurrentGroup c;
-         return At(json, 1, c.group) ? Result(c) : Result();
-       }},
+      {"group", ReadFields<change::GroupSet, &change::GroupSet::group, &change::GroupSet::name,
+                           &change::GroupSet::text>},
+      {"nogroup", ReadFields<change::GroupGone, &change::GroupGone::group>},
+      {"current", ReadFields<change::CurrentGroup, &change::CurrentGroup::group>},
       {"add",
        [](const Value& json) -> Result {
          change::JobAdded c;
@@ -117,16 +114,8 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
            return {};
          return Result(std::move(c));
        }},
-      {"remove",
-       [](const Value& json) -> Result {
-         change::JobGone c;
-         return At(json, 1, c.job) ? Result(c) : Result();
-       }},
-      {"move",
-       [](const Value& json) -> Result {
-         change::JobMoved c;
-         return At(json, 1, c.job) && At(json, 2, c.place) ? Result(c) : Result();
-       }},
+      {"remove", ReadFields<change::JobGone, &change::JobGone::job>},
+      {"move", ReadFields<change::JobMoved, &change::JobMoved::job, &change::JobMoved::place>},
       {"job",
        [](const Value& json) -> Result {
          change::JobSet c;
@@ -147,22 +136,10 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
                        job.errorCode,     job.reason,         job.restartDump};
          return c;
        }},
-      {"run",
-       [](const Value& json) -> Result {
-         change::Run c;
-         return At(json, 1, c.job) && At(json, 2, c.run) ? Result(std::move(c)) : Result();
-       }},
-      {"taken", [](const Value&) -> Result { return change::LeftTaken(); }},
-      {"over",
-       [](const Value& json) -> Result {
-         change::SessionOver c;
-         return At(json, 1, c.resume) ? Result(c) : Result();
-       }},
-      {"begin",
-       [](const Value& json) -> Result {
-         change::SessionBegins c;
-         return At(json, 1, c.last) ? Result(c) : Result();
-       }},
+      {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},
+      {"taken", ReadFields<change::LeftTaken>},
+      {"over", ReadFields<change::SessionOver, &change::SessionOver::resume>},
+      {"begin", ReadFields<change::SessionBegins, &change::SessionBegins::last>},
   };
   return readers;
 }

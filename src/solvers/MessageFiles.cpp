@@ -13,13 +13,7 @@
 
 namespace {
 
-constexpr std::string_view kKept = ".krb";
-
-std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return name;
-}
+const auto NameOf = &FileDirWrapper::NameOf;
 
 // A file's name without what this program puts behind the name of a deck.
 std::string WithoutOurEnding(const std::string& name) {
@@ -80,7 +74,7 @@ std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part
 }
 
 bool IsKept(const std::string& file) {
-  return Lower(file).ends_with(kKept);
+  return EndsInAnyCase(file, kKeptEnding);
 }
 
 // What stands in front of the kind of file: "CASE1." of "CASE1.messag".
@@ -101,7 +95,7 @@ std::vector<std::string> MessageAndKeptFiles(const JobFile& job) {
 }
 
 std::string KeptName(const std::string& messageFile) {
-  return messageFile + std::string(kKept);
+  return messageFile + std::string(kKeptEnding);
 }
 
 std::vector<std::string> AllMessageFiles(const JobFile& job) {
@@ -134,7 +128,7 @@ void TakeBackMessageFiles(const JobFile& job) {
   if (dynamic_cast<const JobFileDyna*>(&job) == nullptr) return;
   for (const std::string& kept : MessageAndKeptFiles(job)) {
     if (!IsKept(kept) || job.folderBefore.HoldsUnchanged(kept)) continue;
-    const std::string file = kept.substr(0, kept.size() - kKept.size());
+    const std::string file = kept.substr(0, kept.size() - kKeptEnding.size());
     if (!FileDirWrapper::FileExists(file)) std::rename(kept.c_str(), file.c_str());
   }
 }

@@ -113,11 +113,11 @@ std::array<std::int64_t, 3> ClockNumbers(const std::string& time) {
 }  // namespace
 
 std::string IncInfoFile(const std::string& jobFile) {
-  return Beside(jobFile, "_INFO.OUT");
+  return Beside(jobFile, JobFileInc::kNames.outputEnding);
 }
 
 std::string VorelOutFile(const std::string& jobFile) {
-  return Beside(jobFile, ".OUT");
+  return Beside(jobFile, JobFileVorel::kNames.outputEnding);
 }
 
 AnalysisReport AnalyseIncInfo(const std::string& jobFile, JobStatus status,

@@ -116,9 +116,7 @@ JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
     if (!isFirstBad) continue;
     reason = verdict.reason;
     if (messageFiles.size() == 1) continue;
-    std::string name;
-    FileDirWrapper::FileNameOf(file, name, true);
-    reason = Message(MessageId::kOfFile, name, verdict.reason);
+    reason = Message(MessageId::kOfFile, FileDirWrapper::NameOf(file), verdict.reason);
   }
   if (decisive.empty()) return NoMessageFile(job);
   job.SetMessageFile(decisive);

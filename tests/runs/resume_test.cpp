@@ -31,7 +31,7 @@ std::shared_ptr<JobFileDyna> JobOf(const std::string& deck, const Settings& sett
   return job;
 }
 
-void RunAsFirstCopy(const std::string& deck) {
+int RunAsFirstCopy(const std::string& deck) {
   JobRunContext context;
   context.settings.solver_path.fill(StandinSolver());
   const auto solvers = MakeQuickSolvers();
@@ -48,17 +48,10 @@ void RunAsFirstCopy(const std::string& deck) {
     std::_Exit(0);
   };
   RunJob(*JobOf(deck, context.settings), setup);
+  return 1;
 }
 
-// Before the tests' own main.
-const struct FirstCopy {
-  FirstCopy() {
-    const char* deck = std::getenv(kFirstCopy);
-    if (deck == nullptr || *deck == '\0') return;
-    RunAsFirstCopy(deck);
-    std::_Exit(1);
-  }
-} firstCopy;
+const OwnProgramChild firstCopy(kFirstCopy, RunAsFirstCopy);
 
 class ResumeTest : public RunTest {
  protected:

@@ -81,13 +81,7 @@ int Behave(const std::string& behaviour) {
   return 99;
 }
 
-// Before the tests' own main.
-const struct Child {
-  Child() {
-    const char* behaviour = std::getenv(kTestChildSwitch);
-    if (behaviour && *behaviour) std::_Exit(Behave(behaviour));
-  }
-} child;
+const OwnProgramChild child(kTestChildSwitch, Behave);
 
 }  // namespace
 

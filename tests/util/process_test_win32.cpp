@@ -14,7 +14,7 @@ namespace {
 constexpr char kReportFile[] = "KR_TEST_CONSOLE_REPORT";
 constexpr char kHandle[] = "KR_TEST_CONSOLE_HANDLE";
 
-void Report(const char* file) {
+int Report(const std::string& file) {
   STARTUPINFOA startup{};
   GetStartupInfoA(&startup);
   char title[256] = {};
@@ -28,17 +28,10 @@ void Report(const char* file) {
          << ((startup.dwFlags & STARTF_USESHOWWINDOW) != 0 ? startup.wShowWindow : SW_SHOW) << ' '
          << (startup.dwFlags & STARTF_USESTDHANDLES) << ' ' << (GetConsoleMode(output, &mode) != 0)
          << ' ' << (GetHandleInformation(handle, &flags) != 0) << '\n';
+  return 0;
 }
 
-// Before the tests' own main.
-const struct Child {
-  Child() {
-    const char* file = std::getenv(kReportFile);
-    if (file == nullptr || *file == '\0') return;
-    Report(file);
-    std::_Exit(0);
-  }
-} child;
+const OwnProgramChild child(kReportFile, Report);
 
 struct Seen {
   std::string title;

@@ -143,9 +143,8 @@ void Flx_MultipleStages::Update() {
     status = job.status;
     first = job.firstStage;
     for (const auto& stage : job.stages) {
-      std::string name;
-      FileDirWrapper::FileNameOf(stage->jobFile, name, true);
-      names.push_back(std::to_string(names.size() + 1) + "   " + ToUi(name));
+      names.push_back(std::to_string(names.size() + 1) + "   " +
+                      ToUi(FileDirWrapper::NameOf(stage->jobFile)));
       stages.push_back(stage->id);
     }
   });

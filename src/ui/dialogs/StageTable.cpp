@@ -82,9 +82,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   row.path = ToUi(stage.jobFile);
   row.status = stage.status;
   if (stage.status == JobStatus::kAborted) row.reason = words_.Say(stage.RunMessage());
-  std::string name;
-  FileDirWrapper::FileNameOf(stage.jobFile, name, true);
-  row.cells[kFile] = ToUi(name);
+  row.cells[kFile] = ToUi(FileDirWrapper::NameOf(stage.jobFile));
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&stage);
   row.cells[kType] =
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;

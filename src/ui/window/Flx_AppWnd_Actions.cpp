@@ -387,8 +387,7 @@ Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups, JobId only) const 
       if (only != JobId::kNone && job.id != only) return;
       losses.jobs.insert(job.id);
       if (losses.jobs.size() > kMostListed) return;
-      std::string name;
-      FileDirWrapper::FileNameOf(job.MainFile(), name, true);
+      const std::string name = FileDirWrapper::NameOf(job.MainFile());
       const bool runs = job.status == JobStatus::kRunning;
       running += runs;
       losses.text += (runs ? texts_.Format("ui_has_run", ToUi(name), TimeSince(job.started))

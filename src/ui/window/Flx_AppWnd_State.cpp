@@ -47,8 +47,7 @@ void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {
     status_->SetProgress({}, -1);
     return;
   }
-  std::string name;
-  FileDirWrapper::FileNameOf(changes.file, name, true);
+  const std::string name = FileDirWrapper::NameOf(changes.file);
   const std::string text = texts_.Format("ui_reading", std::to_string(changes.done + 1),
                                          std::to_string(changes.total), ToUi(name));
   const int percent = (changes.done * 100 + std::clamp(changes.percent, 0, 100)) / changes.total;

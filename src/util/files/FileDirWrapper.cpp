@@ -131,6 +131,12 @@ std::string FileDirWrapper::WithOwnSeparators(const std::string& path) {
   return file_system::ForSystem(path);
 }
 
+std::string FileDirWrapper::NameOf(const std::string& path) {
+  std::string name;
+  FileNameOf(path, name, true);
+  return name;
+}
+
 std::string FileDirWrapper::Join(const std::string& folder, const std::string& name) {
   if (folder.empty()) return name;
   return EndsInSeparator(folder) ? folder + name : folder + kSeparator + name;

@@ -74,6 +74,8 @@ class FileDirWrapper {
   static bool RemoveFile(const std::string& path);
 
   static bool FileNameOf(const std::string& path, std::string& name, bool withExtension);
+  // With its extension; empty when there is none.
+  static std::string NameOf(const std::string& path);
   // Empty for a name alone. What lies directly below a root gives the root, separator included.
   static bool DirOf(const std::string& path, std::string& dir);
   // Without the dot; of the file name only.

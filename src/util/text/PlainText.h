@@ -25,6 +25,16 @@ std::string Lower(std::string_view text);
 
 bool SameButForCase(std::string_view a, std::string_view b);
 
+// Whether it ends in these letters, small or big.
+constexpr bool EndsInAnyCase(std::string_view text, std::string_view end) {
+  if (text.size() < end.size()) return false;
+  text.remove_prefix(text.size() - end.size());
+  for (std::size_t i = 0; i < end.size(); ++i) {
+    if (Lower(text[i]) != Lower(end[i])) return false;
+  }
+  return true;
+}
+
 bool Holds(std::string_view text, std::string_view part);
 
 // The bytes of a UTF-8 character that begins with this one; 1 when none does.
