@@ -162,6 +162,16 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   Run();
   EXPECT_EQ(status(0), JobStatus::kFinished);
   EXPECT_EQ(status(1), JobStatus::kAborted);
+
+  // Nor in a group that runs already.
+  Files().SetSolverPath(SolverKind::kLsDynaSingle, KR_TEST_BIN_DIR "/standin_solver");
+  AddJob("long", "run 60");
+  window_->Perform(Action::kSubmit);
+  ASSERT_TRUE(Until([&] { return status(2) == JobStatus::kRunning; }));
+  Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);
+  AddJob("late");
+  said = Answer([&] { PressKey(FL_Enter, FL_CTRL); }, "OK");
+  EXPECT_NE(said.find(missing), std::string::npos);
 }
 
 TEST_F(SettingsRowTest, SomeJobsCannotBeEdited) {

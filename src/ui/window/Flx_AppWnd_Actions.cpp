@@ -214,8 +214,8 @@ void Flx_AppWnd::Submit() {
   const auto group = Group();
   if (!group) return;
   const std::string name = ToUi(group->Name());
+  if (SolversAreMissing(*group)) return;
   const bool again = group->Running();
-  if (!again && SolversAreMissing(*group)) return;
   const bool queued = Count(*group).of[JobStatus::kQueued] > 0;
   if (group->Submit()) {
     Say(texts_.Format(queued ? "ui_submitted" : "ui_submit_none", name));
@@ -507,7 +507,7 @@ void Flx_AppWnd::Leave() {
   AllowModalWindows(false);
   settings_->Commit();
   application_.running = false;
-  application_.Intake().Cancel();
+  application_.Intake().Close();
   if (application_.Manager().IsAnyGroupRunning()) StopAndWait(-1);
   // An open menu waits for an answer of its own.
   if (Fl_Window* menu = Fl::grab()) {
