@@ -48,7 +48,7 @@ void JobGroup::NoteQueued() {
   const std::string name = Name();
   std::vector<std::string> queued;
   ReadJobs([&](const JobFile& job) {
-    if (job.status == JobStatus::kQueued) queued.push_back(job.jobFile);
+    if (job.status == JobStatus::kQueued) queued.push_back(job.MainFile());
   });
   for (const std::string& path : queued) {
     setup_.log.Note(Message(MessageId::kJobSubmitted, path, name));
@@ -57,7 +57,7 @@ void JobGroup::NoteQueued() {
 
 // A group that runs takes it without another submit.
 void JobGroup::JobQueued(const JobFile& job) {
-  if (running_) setup_.log.Note(Message(MessageId::kJobSubmitted, job.jobFile, Name()));
+  if (running_) setup_.log.Note(Message(MessageId::kJobSubmitted, job.MainFile(), Name()));
 }
 
 bool JobGroup::Refuse(const Message& message) {
@@ -149,7 +149,7 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
 }
 
 void JobGroup::EndRunOf(JobFile& job, JobStatus status) {
-  setup_.log.Note(Message(MessageId::kJobEnded, job.jobFile, JobStatusWord(status)));
+  setup_.log.Note(Message(MessageId::kJobEnded, job.MainFile(), JobStatusWord(status)));
   EndRun(job, status);
 }
 

@@ -46,7 +46,7 @@ JobStatus Guarded(JobFile& job, const std::function<JobStatus()>& steps) {
   try {
     return steps();
   } catch (const std::exception& error) {
-    Fail(job, RunError::kNotStarted, Message(MessageId::kRunFailed, job.jobFile, error.what()));
+    Fail(job, RunError::kNotStarted, Message(MessageId::kRunFailed, job.MainFile(), error.what()));
     return JobStatus::kAborted;
   }
 }
@@ -119,7 +119,7 @@ class JobRun {
     context_.started = [this](const JobFile& stage, const PTWrapperProcessStart& start) {
       record_ = RecordOfStart(stage, IndexOf(stage), start);
       use_.NoteSolver(stage.Folder(), stage.process);
-      Note(Message(MessageId::kJobStarted, stage.jobFile, stage.process.ChildId()));
+      Note(Message(MessageId::kJobStarted, stage.MainFile(), stage.process.ChildId()));
       Record(stage);
     };
   }
@@ -145,7 +145,7 @@ class JobRun {
       session.emplace(*setup_.positioning, job_);
     }
     if (session && !session->Begin()) {
-      Fail(job_, RunError::kNotStarted, Message(MessageId::kPositioningFailed, job_.jobFile));
+      Fail(job_, RunError::kNotStarted, Message(MessageId::kPositioningFailed, job_.MainFile()));
       return JobStatus::kAborted;
     }
     const AutoPositionFlag flag(setup_.autoPosition, session && session->Wanted());
@@ -159,8 +159,9 @@ class JobRun {
 
   bool FirstStageExists() {
     if (first_ < stages_.size()) return true;
-    return Fail(job_, RunError::kNotStarted,
-                Message(MessageId::kFirstStageMissing, job_.jobFile, first_ + 1, stages_.size()));
+    return Fail(
+        job_, RunError::kNotStarted,
+        Message(MessageId::kFirstStageMissing, job_.MainFile(), first_ + 1, stages_.size()));
   }
 
   // A solver that does not tell its version passes. Each is asked once.
@@ -171,7 +172,8 @@ class JobRun {
       if (!IsHotForming(stage)) continue;
       const std::string solver = SolverProgram(context_.settings, stage.GetSolverType());
       if (asked.insert(solver).second && IsTooOld(solver)) {
-        return Fail(job_, RunError::kNotStarted, Message(MessageId::kSolverTooOld, stage.jobFile));
+        return Fail(job_, RunError::kNotStarted,
+                    Message(MessageId::kSolverTooOld, stage.MainFile()));
       }
     }
     return true;
@@ -223,7 +225,7 @@ class JobRun {
         record_->dumpsBefore ? *record_->dumpsBefore : NewestDumpTime(stage.Folder());
     earlier_->runs = stage.process.Open(record_->process, record_->token);
     if (!earlier_->runs) return;
-    Note(Message(MessageId::kJobTakenOver, stage.jobFile, stage.process.ChildId()));
+    Note(Message(MessageId::kJobTakenOver, stage.MainFile(), stage.process.ChildId()));
     Record(stage);
   }
 
@@ -236,7 +238,7 @@ class JobRun {
       }
       Fail(stage, RunError::kSolverMissing,
            Message(MessageId::kNoSolverOfType, static_cast<int>(stage.GetSolverType()),
-                   stage.jobFile));
+                   stage.MainFile()));
       return JobStatus::kAborted;
     });
     if (goesOn && !earlier_->runs && !stage.abort) SayItEndedUnwatched(stage);
@@ -255,16 +257,16 @@ class JobRun {
 
   static void SayItEndedUnwatched(JobFile& stage) {
     const Message reason = stage.RunMessage();
-    stage.SetRunError(stage.RunErrorCode(), reason.Empty()
-                                                ? Message(MessageId::kEndedUnwatched, stage.jobFile)
-                                                : Message(MessageId::kEndedUnwatchedWith, reason));
+    stage.SetRunError(stage.RunErrorCode(),
+                      reason.Empty() ? Message(MessageId::kEndedUnwatched, stage.MainFile())
+                                     : Message(MessageId::kEndedUnwatchedWith, reason));
   }
 
   void NoteEnd(const JobFile& stage, std::optional<int> exitCode) {
     const std::int32_t id = stage.process.ChildId();
     if (id == 0) return;
-    Note(exitCode ? Message(MessageId::kProcessEnded, id, stage.jobFile, *exitCode)
-                  : Message(MessageId::kProcessEndedUnknown, id, stage.jobFile));
+    Note(exitCode ? Message(MessageId::kProcessEnded, id, stage.MainFile(), *exitCode)
+                  : Message(MessageId::kProcessEndedUnknown, id, stage.MainFile()));
   }
 
   void TakeResultOf(const JobFile& stage) {
@@ -319,7 +321,7 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   job.SetMessageFile({});
   job.SetRestartDump({});
   WaitUnlessAborted(setup.pause, job.abort);
-  FolderUse use(job.jobFile);
+  FolderUse use(job.MainFile());
   if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;
   std::optional<JobRunContext> context = setup.begin();
   if (!context || job.abort) return JobStatus::kAborted;
@@ -330,7 +332,7 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
 JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& record) {
   job.SetRunError(0, {});
   job.SetMessageFile({});
-  FolderUse use(job.jobFile, record.token);
+  FolderUse use(job.MainFile(), record.token);
   const FolderHolder holder = use.Take(setup.folders ? setup.folders() : RunFolders(job));
   std::optional<JobRunContext> context = setup.begin();
   if (!context) {

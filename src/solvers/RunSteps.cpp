@@ -71,7 +71,7 @@ void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std
 }
 
 bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<std::string>& old) {
-  const std::string& mainFile = job.jobFile.empty() ? job.restartFile : job.jobFile;
+  const std::string& mainFile = job.MainFile();
   start.folder = job.Folder();
   start.outputFile = mainFile + ".console.txt";
   start.creationFlags = PTWrapperProcess::kNewConsole;
@@ -90,7 +90,6 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<s
 }
 
 JobStatus NotNormal(JobFile& job, const Message& reason) {
-  Fail(job, RunError::kNotNormal,
-       Message(MessageId::kNotNormal, job.jobFile.empty() ? job.restartFile : job.jobFile, reason));
+  Fail(job, RunError::kNotNormal, Message(MessageId::kNotNormal, job.MainFile(), reason));
   return JobStatus::kAborted;
 }

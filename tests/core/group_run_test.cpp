@@ -91,14 +91,15 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
 
 // After a crash it is all that there is.
 TEST_F(GroupRun, TheLogTellsWhatBecameOfEachJob) {
-  const auto first = Add("first", "run 60");
+  const auto first = Add("first", "run 60"), second = Job("second");
+  second->jobFile.swap(second->restartFile);
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return LogLines().find(" as process ") != std::string::npos; }));
-  const auto second = Add("second");
+  Group()->AddJob(second);
   std::string expected = "Job [" + first->jobFile + "] submitted in group [Group1]\nJob [" +
                          first->jobFile + "] started as process " +
-                         std::to_string(first->process.ChildId()) + "\nJob [" + second->jobFile +
-                         "] submitted in group [Group1]\n";
+                         std::to_string(first->process.ChildId()) + "\nJob [" +
+                         second->restartFile + "] submitted in group [Group1]\n";
   EXPECT_EQ(LogLines(), expected);
   EXPECT_TRUE(Group()->Stop());
   expected += "Job [" + first->jobFile + "] ended: Aborted\n";
