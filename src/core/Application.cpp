@@ -129,11 +129,10 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   record_->Begin();
   MakeGroups();
   record_->GroupsMade();
+  intake_ = std::make_unique<JobIntake>(*manager_);
   const bool atOnce = settings_->Get().keep_jobs == QueueRecord::kAtOnce;
   if (atOnce || request.restore || record_->WantsRestore()) RestoreLeft();
-  intake_ = std::make_unique<JobIntake>(*manager_);
-  reader_ = std::make_unique<HandOverReader>(
-      *settings_, [this](HandOverOrder order) { TakeOver(std::move(order)); });
+  reader_ = std::make_unique<HandOverReader>(*settings_, QueueOfReader());
   return true;
 }
 
@@ -206,14 +205,24 @@ void Application::Fail(int code, const Message& failure) {
   settings_->Log().Report(failure);
 }
 
-void Application::TakeOver(HandOverOrder order) {
+HandOverReader::Queue Application::QueueOfReader() {
+  return {[this](HandOverOrder order, const std::vector<std::string>& files) {
+            TakeOver(std::move(order), files);
+          },
+          [this](const std::string& file) { return record_->HasTaken(file); },
+          [this] { return record_->IsSafe(); }};
+}
+
+void Application::TakeOver(HandOverOrder order, const std::vector<std::string>& files) {
   const bool changed = TakeSettings(*settings_, order.settings);
   if (order.solverMode) SetSolverMode(*order.solverMode);
   const std::shared_ptr<JobGroup> group = manager_->CurrentGroup();
   if (order.groupText && group) group->SetText(*order.groupText);
   if (settings_->Dirty()) settings_->WriteSettings();
   if (changed || order.groupText || order.solverMode) manager_->Observer().SettingsChanged();
-  for (JobRequest& job : order.jobs) intake_->Add(std::move(job));
+  record_->TakeOver(files, [&] {
+    for (JobRequest& job : order.jobs) intake_->Add(std::move(job));
+  });
 }
 
 void Application::ReadFiles() {
@@ -263,11 +272,12 @@ int Application::Shutdown() {
   running = false;
   if (!settings_) return exitCode;
   if (manager_) manager_->RequestStop(-1);
-  if (intake_) intake_->Cancel();
+  if (intake_) intake_->Close();
   if (manager_) writer_->TakeBack();
   WriteFiles();
   stuck_ = manager_ && !manager_->Stop(-1);
   if (record_) record_->End(settings_->Get().language != language);
+  if (reader_) reader_->RemoveApplied();
   return exitCode;
 }
 
@@ -280,12 +290,13 @@ void Application::WriteFiles() {
 void Application::LeaveRunning() {
   if (settings_) WriteFiles();
   if (record_) record_->Flush();
+  if (reader_) reader_->RemoveApplied();
   LeaveProcess(exitCode);
 }
 
 void Application::RestoreLeft() {
   const int jobs = Left().Jobs();
-  record_->Restore(*manager_);
+  record_->Restore(*manager_, *intake_);
   if (jobs > 0) settings_->Log().Note(Message(MessageId::kJobsRestored, jobs));
 }
 

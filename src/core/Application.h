@@ -115,7 +115,8 @@ class Application {
   bool SurvivesOtherCopy(int argc, const char* const* argv, const StartRequest& request);
   void AddFaultsOfWriter();
   void Fail(int code, const Message& failure);
-  void TakeOver(HandOverOrder order);
+  void TakeOver(HandOverOrder order, const std::vector<std::string>& files);
+  HandOverReader::Queue QueueOfReader();
   void ReadFiles();
   void MakeGroups();
   void WriteFiles();

@@ -1,8 +1,12 @@
 #include "core/HandOver.h"
 
+#include <algorithm>
+
 #include "core/SettingsAndPaths.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FileLock.h"
+#include "util/process/PTWrapper.h"
+#include "util/text/DateTimeWrapper.h"
 
 // The right to touch the file, until the end of the scope.
 class HandOverGuard {
@@ -53,6 +57,35 @@ bool PutBigFileAside(SettingsAndPaths& files, const std::string& path) {
   files.Log().Report(
       Message(MessageId::kHandOverTooBig, files.handOverFile, kLargestFile / kMegabyte, aside));
   return true;
+}
+
+constexpr char kTakenMark[] = ".taken";
+
+std::string NameOf(const std::string& path) {
+  std::string name;
+  FileDirWrapper::FileNameOf(path, name, true);
+  return name;
+}
+
+// What the file is called while its jobs are not safe yet. No other one is ever called so.
+std::string TakenName(const std::string& path) {
+  static int count = 0;
+  return path + kTakenMark + '-' + std::to_string(DateTimeWrapper::CurrentTime()) + '-' +
+         std::to_string(PTWrapperProcess().ProcessId()) + '-' + std::to_string(++count);
+}
+
+// The oldest first.
+std::vector<std::string> LeftFiles(const std::string& path) {
+  std::string folder;
+  std::vector<std::string> files, folders, left;
+  FileDirWrapper::DirOf(path, folder);
+  FileDirWrapper::ListDir(folder, files, folders, false);
+  const std::string beginning = NameOf(path) + kTakenMark;
+  for (const std::string& file : files) {
+    if (NameOf(file).starts_with(beginning)) left.push_back(file);
+  }
+  std::sort(left.begin(), left.end());
+  return left;
 }
 
 }  // namespace
@@ -138,18 +171,30 @@ bool HandOverWriter::TakeBack() {
   return Enter(guard, kTakeBackLockMs) && record_.TakeBack(files_.handOverFile);
 }
 
-HandOverReader::HandOverReader(SettingsAndPaths& files, Apply apply)
-    : files_(files), apply_(std::move(apply)), taken_(files.handOverFile + ".taken") {}
+HandOverReader::HandOverReader(SettingsAndPaths& files, Queue queue)
+    : files_(files), queue_(std::move(queue)) {
+  for (const std::string& file : LeftFiles(files_.handOverFile)) {
+    if (queue_.has(NameOf(file))) {
+      applied_.push_back(file);
+    } else {
+      taken_.push_back(file);
+    }
+  }
+}
 
 void HandOverReader::Poll() {
-  if (isQueued_ && !RemoveTaken()) return;
-  if (hand_over_file::Exists(taken_) || TakeAway()) ReadTaken();
+  RemoveApplied();
+  if (taken_.empty() && !TakeAway()) return;
+  while (!taken_.empty() && ReadTaken()) taken_.pop_front();
+  RemoveApplied();  // where nothing is kept
 }
 
 bool HandOverReader::TakeAway() {
   HandOverGuard guard(files_);
   if (!MayGoOn(guard) || PutBigFileAside(files_, files_.handOverFile)) return false;
-  const Result result = hand_over_file::TakeAway(files_.handOverFile, kLargestFile, taken_);
+  const std::string taken = TakenName(files_.handOverFile);
+  const Result result = hand_over_file::TakeAway(files_.handOverFile, kLargestFile, taken);
+  if (result == Result::kDone) taken_.push_back(taken);
   if (result == Result::kMissing) reported_ = {};
   if (result == Result::kRefused || result == Result::kFailed)
     ReportOnce(Message(MessageId::kHandOverRefused, files_.handOverFile));
@@ -187,28 +232,37 @@ void HandOverReader::LookAtEvent(HandOverGuard& guard) {
   ReportEvent(EventIsKept(files_));
 }
 
-void HandOverReader::ReadTaken() {
+// False when the next poll is to try again.
+bool HandOverReader::ReadTaken() {
+  const std::string& file = taken_.front();
   std::string text;
-  const Result result = hand_over_file::Read(taken_, kLargestFile, text);
-  if (result == Result::kTooBig && PutBigFileAside(files_, taken_)) return;
+  const Result result = hand_over_file::Read(file, kLargestFile, text);
+  if (result == Result::kMissing || (result == Result::kTooBig && PutBigFileAside(files_, file)))
+    return true;
   if (result != Result::kDone) {
-    ReportOnce(Message(MessageId::kHandOverRefused, taken_));
-    return;
+    ReportOnce(Message(MessageId::kHandOverRefused, file));
+    return result == Result::kRefused;
   }
   HandOverOrder order = ReadHandOverText(text, files_.Get());
   for (const Message& remark : order.remarks) files_.Log().Report(remark);
-  apply_(std::move(order));
-  isQueued_ = true;
-  RemoveTaken();
+  applied_.push_back(file);
+  std::vector<std::string> names;
+  for (const std::string& one : applied_) names.push_back(NameOf(one));
+  queue_.apply(std::move(order), names);
+  return true;
 }
 
-// As long as the file is there, no other is taken away. One that somebody looks at may stay for
-// that long although its removal succeeds.
-bool HandOverReader::RemoveTaken() {
-  const bool isRemoved = FileDirWrapper::RemoveFile(taken_);
-  isQueued_ = hand_over_file::Exists(taken_);
-  if (isQueued_ && !isRemoved) ReportOnce(Message(MessageId::kHandOverNotRemoved, taken_));
-  return !isQueued_;
+void HandOverReader::RemoveApplied() {
+  if (applied_.empty() || !queue_.isSafe()) return;
+  std::erase_if(applied_, [this](const std::string& file) { return Remove(file); });
+}
+
+// One that somebody looks at may stay for that long although its removal succeeds.
+bool HandOverReader::Remove(const std::string& path) {
+  const bool isRemoved = FileDirWrapper::RemoveFile(path);
+  const bool isThere = hand_over_file::Exists(path);
+  if (isThere && !isRemoved) ReportOnce(Message(MessageId::kHandOverNotRemoved, path));
+  return !isThere;
 }
 
 void HandOverReader::ReportOnce(const Message& message) {

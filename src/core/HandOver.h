@@ -4,11 +4,14 @@
 // keys. Processes are kept apart by the event "Global\KESTRUN_TEMP_FILE_READWRITE", which other
 // programs know too, and by a lock beside the file, which is this user's alone and goes with its
 // holder. An event that is not given back, or that somebody keeps from us, stops nobody: the log
-// says so, and the lock is enough. A file that a reader has taken away is its alone; should it die
-// before the jobs are in the queue, the next reader finds them.
+// says so, and the lock is enough. A file that a reader has taken away is its alone and has a name
+// that no other one had. It stays until its jobs are on the disk as the queue's; the queue's record
+// names it. Should the reader die, the next one finds the file, and reads it when the record does
+// not name it.
 #ifndef KR_CORE_HANDOVER_H
 #define KR_CORE_HANDOVER_H
 
+#include <deque>
 #include <functional>
 #include <string>
 #include <vector>
@@ -52,34 +55,44 @@ class HandOverWriter {
 // The running copy's reader.
 class HandOverReader {
  public:
-  using Apply = std::function<void(HandOverOrder order)>;
+  // Whose the jobs become.
+  struct Queue {
+    // Puts an order into effect. `files`: the names of all files whose jobs it now has and that are
+    // still there.
+    std::function<void(HandOverOrder order, const std::vector<std::string>& files)> apply;
+    // It has the jobs of this file from an earlier session.
+    std::function<bool(const std::string& file)> has;
+    // What was applied is safe from a crash, or is not to be kept.
+    std::function<bool()> isSafe;
+  };
 
-  // `apply` puts an order into effect; when it returns, its jobs are the queue's. `files` outlives
-  // the object.
-  HandOverReader(SettingsAndPaths& files, Apply apply);
+  // Looks for files that a reader before has left. `files` outlives the object.
+  HandOverReader(SettingsAndPaths& files, Queue queue);
 
   // One look at the file, which never blocks for longer than some ten milliseconds, but for half a
   // second once a minute where somebody keeps the event from us. A file that belongs to another
   // user, that others may write, or that is a link is refused; that is reported once.
   void Poll();
+  // Removes the files whose jobs are safe. A part of Poll.
+  void RemoveApplied();
 
  private:
   bool TakeAway();
   bool MayGoOn(HandOverGuard& guard);
   void LookAtEvent(HandOverGuard& guard);
-  void ReadTaken();
-  bool RemoveTaken();
+  bool ReadTaken();
+  bool Remove(const std::string& path);
   void ReportOnce(const Message& message);
   void ReportEvent(const Message& message);
 
   SettingsAndPaths& files_;
-  const Apply apply_;
-  const std::string taken_;    // the name of the file while it is read
-  int missed_ = 0;             // polls in a row that found the event or the lock taken
-  int pollsWithoutEvent_ = 0;  // until the event is asked for again
-  bool isQueued_ = false;      // the jobs of the file that was taken away, which is still there
-  Message reported_;           // the last complaint about the file
-  Message reportedEvent_;      // and about the event
+  const Queue queue_;
+  std::deque<std::string> taken_;     // to be read
+  std::vector<std::string> applied_;  // read, and to be removed
+  int missed_ = 0;                    // polls in a row that found the event or the lock taken
+  int pollsWithoutEvent_ = 0;         // until the event is asked for again
+  Message reported_;                  // the last complaint about the file
+  Message reportedEvent_;             // and about the event
 };
 
 #endif

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/JobRequest.h"
+#include "jobs/JobRequest.h"
 #include "jobs/Settings.h"
 #include "messages/Message.h"
 #include "solvers/SolverKinds.h"

@@ -50,6 +50,12 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void CurrentGroupChanged(int groupId) override {
     Tell([&](QueueObserver& o) { o.CurrentGroupChanged(groupId); });
   }
+  void JobRequested(const JobRequest& request) override {
+    Tell([&](QueueObserver& o) { o.JobRequested(request); });
+  }
+  void RequestGivenUp(JobId request) override {
+    Tell([&](QueueObserver& o) { o.RequestGivenUp(request); });
+  }
   void RunRecorded(JobId job, const RunRecord& run) override {
     Tell([&](QueueObserver& o) { o.RunRecorded(job, run); });
   }

@@ -46,7 +46,7 @@ void TakeFromJob(JobFileDyna& stage, const JobFileDyna& job) {
 JobIntake::JobIntake(JobGroupManager& manager) : manager_(manager), worker_([this] { Work(); }) {}
 
 JobIntake::~JobIntake() {
-  Cancel();
+  Close();
   {
     const MutexLock lock(mutex_);
     end_ = true;
@@ -55,31 +55,56 @@ JobIntake::~JobIntake() {
   worker_.join();
 }
 
-void JobIntake::Add(JobRequest request) {
+// It is told of before its job can be.
+JobId JobIntake::Add(JobRequest request) {
   if (request.groupId == 0) {
     if (const auto group = manager_.CurrentGroup()) request.groupId = group->Id();
   }
+  const JobId id = request.id = NewJobId();
+  manager_.Observer().JobRequested(request);
   {
     const MutexLock lock(mutex_);
+    if (closed_) return id;
     waiting_.push_back(std::move(request));
     ++total_;
   }
   changed_.notify_all();
+  return id;
 }
 
 void JobIntake::Cancel() {
+  for (const JobRequest& request : Interrupt(false)) GiveUp(request);
+}
+
+void JobIntake::Close() {
+  Interrupt(true);
+}
+
+// Gives what was not being read yet.
+std::deque<JobRequest> JobIntake::Interrupt(bool forGood) {
+  std::deque<JobRequest> unread;
   int total = 0;
   {
     const MutexLock lock(mutex_);
+    closed_ = closed_ || forGood;
     ++burst_;
-    done_ += static_cast<int>(waiting_.size());
-    waiting_.clear();
+    unread.swap(waiting_);
+    done_ += static_cast<int>(unread.size());
     changed_.notify_all();
-    if (reading_ || total_ == 0) return;  // the worker tells the end, or there is nothing to tell
+    if (reading_ || total_ == 0) return unread;  // the worker tells the end, or there is none
     total = total_;
     done_ = total_ = 0;
   }
   manager_.Observer().IntakeProgress(total, total, {}, 100);
+  return unread;
+}
+
+void JobIntake::GiveUp(const JobRequest& request) {
+  {
+    const MutexLock lock(mutex_);
+    if (closed_) return;
+  }
+  manager_.Observer().RequestGivenUp(request.id);
 }
 
 bool JobIntake::Busy() const {
@@ -116,12 +141,13 @@ bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
 void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
   if (request.stageOf != JobId::kNone) return MakeAndAddStage(request, burst);
   const std::shared_ptr<JobFile> job = MakeJob(request, burst);
-  if (!job) return;
-  if (const auto group = GroupFor(request)) {
+  const auto group = job ? GroupFor(request) : nullptr;
+  if (group) {
     group->AddJob(job);
-  } else {
-    manager_.Settings().Log().Report(Message(MessageId::kNoGroup, job->jobFile));
+    return;
   }
+  if (job) manager_.Settings().Log().Report(Message(MessageId::kNoGroup, job->MainFile()));
+  GiveUp(request);
 }
 
 // Once nothing is to do, the next requests begin at none of so many.
@@ -168,6 +194,7 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   const std::string deck =
       FileDirWrapper::AbsolutePath(request.inputFile.empty() ? request.jobFile : request.inputFile);
   std::shared_ptr<JobFile> job = RowOfKind(KindOf(request, deck)).makeJob(settings);
+  job->id = request.id;
   job->jobFile = deck;
   job->memory = settings.memory_size;
   auto* const dyna = dynamic_cast<JobFileDyna*>(job.get());
@@ -237,6 +264,7 @@ void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
   const std::string deck = FileDirWrapper::AbsolutePath(request.jobFile);
   const auto group = GroupFor(request);
   const auto stage = NewStage(deck, settings);  // before the list is locked: it takes its time
+  stage->id = request.id;
   bool isOfDecks = false;
   const auto read = [&](const JobFile& job) {
     const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
@@ -244,7 +272,9 @@ void JobIntake::MakeAndAddStage(const JobRequest& request, unsigned burst) {
     if (isOfDecks) TakeFromJob(*stage, *dyna);
   };
   if (group) group->ReadJob(request.stageOf, read);
-  if (isOfDecks && (!ReadStage(*stage, request, settings, burst) || GivenUp(burst))) return;
-  if (isOfDecks && group->AddStage(request.stageOf, stage)) return;
-  manager_.Settings().Log().Report(Message(MessageId::kStageTooLate, deck));
+  const bool isRead = isOfDecks && ReadStage(*stage, request, settings, burst) && !GivenUp(burst);
+  if (isRead && group->AddStage(request.stageOf, stage)) return;
+  if (isRead || !isOfDecks)
+    manager_.Settings().Log().Report(Message(MessageId::kStageTooLate, deck));
+  GiveUp(request);
 }

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "core/JobGroupManager.h"
-#include "core/JobRequest.h"
+#include "jobs/JobRequest.h"
 #include "util/signals/Mutex.h"
 
 // Owned by the application. Any thread. Jobs appear at the end of their group in the order of the
@@ -21,11 +21,15 @@
 class JobIntake {
  public:
   explicit JobIntake(JobGroupManager& manager);
-  ~JobIntake();  // gives up what is not read yet
+  ~JobIntake();  // closes it
 
-  void Add(JobRequest request);
+  // Gives the id of the job that is to be.
+  JobId Add(JobRequest request);
   // Gives up the requests that have not become jobs yet.
   void Cancel();
+  // For the end of the program: makes no more jobs, but gives nothing up. What has not become a job
+  // yet stays in the record.
+  void Close();
   bool Busy() const;
   // Waits until nothing is left to read. For tests and programs without a window.
   void Drain();
@@ -44,7 +48,9 @@ class JobIntake {
   bool ReadStage(JobFileDyna& stage, const JobRequest& request, const Settings& settings,
                  unsigned burst);
   std::shared_ptr<JobGroup> GroupFor(const JobRequest& request) const;
+  std::deque<JobRequest> Interrupt(bool forGood);
   bool GivenUp(unsigned burst) const;
+  void GiveUp(const JobRequest& request);
   void TellProgress(const std::string& file, int percent);
   void EndRequest();
 
@@ -53,7 +59,8 @@ class JobIntake {
   std::condition_variable changed_;
   std::deque<JobRequest> waiting_ KR_GUARDED_BY(mutex_);
   bool reading_ KR_GUARDED_BY(mutex_) = false;
-  unsigned burst_ KR_GUARDED_BY(mutex_) = 0;  // counts the calls of Cancel
+  bool closed_ KR_GUARDED_BY(mutex_) = false;
+  unsigned burst_ KR_GUARDED_BY(mutex_) = 0;  // counts the calls of Interrupt
   int done_ KR_GUARDED_BY(mutex_) = 0;        // of the requests since nothing was to do
   int total_ KR_GUARDED_BY(mutex_) = 0;
   bool end_ KR_GUARDED_BY(mutex_) = false;

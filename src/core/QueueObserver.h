@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "jobs/JobFile.h"
+#include "jobs/JobRequest.h"
 #include "messages/Message.h"
 
 struct RunRecord;
@@ -50,6 +50,10 @@ class QueueObserver {
                             const std::string& /*text*/) {}
   virtual void GroupRemoved(int /*groupId*/) {}
   virtual void CurrentGroupChanged(int /*groupId*/) {}
+  // A job is to be made, which will have the request's id; or will not be made after all. Any
+  // thread.
+  virtual void JobRequested(const JobRequest& /*request*/) {}
+  virtual void RequestGivenUp(JobId /*request*/) {}
   // A run of the job's, or of a stage's, solver has begun or has ended.
   virtual void RunRecorded(JobId /*job*/, const RunRecord& /*run*/) {}
 };

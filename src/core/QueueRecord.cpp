@@ -67,6 +67,7 @@ void QueueRecord::Begin() {
     }
   }
   resume_ = before.now.resume;
+  handedOver_ = std::move(before.handedOver);
   before.Apply(change::SessionBegins());
   left_ = std::move(before.left);
 }
@@ -79,6 +80,7 @@ LeftBehind QueueRecord::Left() const {
   LeftBehind left;
   for (const SessionImage& session : left_) {
     left.last = std::max(left.last, session.last);
+    left.queued += static_cast<int>(session.requests.size());
     for (const auto& [id, job] : session.jobs) {
       const JobStatus status = job.fields.status;
       const bool isRunning = status == JobStatus::kRunning;
@@ -91,11 +93,11 @@ LeftBehind QueueRecord::Left() const {
   return left;
 }
 
-void QueueRecord::Restore(JobGroupManager& manager) {
+void QueueRecord::Restore(JobGroupManager& manager, JobIntake& intake) {
   if (left_.empty()) return;
   std::vector<Resumed> resumed;
   writer_.Hold();  // a crash finds all of it restored, or nothing
-  for (const SessionImage& session : left_) RestoreSession(session, manager, resumed);
+  for (const SessionImage& session : left_) RestoreSession(session, manager, intake, resumed);
   writer_.Put(change::LeftTaken());
   writer_.Release();
   left_.clear();
@@ -103,7 +105,7 @@ void QueueRecord::Restore(JobGroupManager& manager) {
 }
 
 void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& manager,
-                                 std::vector<Resumed>& resumed) {
+                                 JobIntake& intake, std::vector<Resumed>& resumed) {
   bool isUntouched = true;
   for (int i = 0; i < manager.GroupCount(); ++i) {
     const auto group = manager.GroupAt(i);
@@ -111,6 +113,8 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
   }
   const int before = isUntouched && !session.groups.empty() ? manager.GroupCount() : 0;
   std::vector<std::shared_ptr<JobGroup>> groups;
+  std::map<int, int> newGroups;  // what the ids of the session are now
+  std::map<JobId, JobId> newJobs;
   for (const GroupImage& image : session.groups) {
     int index = before > 0 ? -1 : manager.IndexOfName(image.name);
     if (index < 0) {
@@ -118,6 +122,7 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
       manager.GroupAt(index)->SetText(image.text);
     }
     groups.push_back(manager.GroupAt(index));
+    newGroups[image.id] = groups.back()->Id();
     if (image.id == session.current) manager.SetCurrentGroup(index);
   }
   for (int i = 0; i < before; ++i) manager.RemoveGroup(0);
@@ -129,10 +134,16 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
       if (image == nullptr) continue;
       const std::shared_ptr<JobFile> job = Revived(*image);
       groups[i]->AddJob(job);
+      newJobs[id] = job->id;
       if (!GoesOn(*image)) continue;
       RunRecorded(job->id, *image->run);
       resumed.push_back({groups[i], job->id, *image->run});
     }
+  }
+  for (auto [id, request] : session.requests) {
+    request.groupId = newGroups[request.groupId];
+    if (request.stageOf != JobId::kNone) request.stageOf = newJobs[request.stageOf];
+    newJobs[id] = intake.Add(std::move(request));
   }
 }
 
@@ -153,7 +164,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
   if (wasRunning && !image.run) {
     job->status = JobStatus::kAborted;
     job->ended = DateTimeWrapper::CurrentTime();
-    job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->jobFile));
+    job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->MainFile()));
   } else if (wasRunning && (AllFinished(image) || image.run->verdict == JobStatus::kAborted)) {
     // It had ended, which nobody wrote down.
     job->status = image.run->verdict;
@@ -168,6 +179,19 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
 void QueueRecord::Forget() {
   left_.clear();
   writer_.Put(change::LeftTaken());
+}
+
+void QueueRecord::TakeOver(const std::vector<std::string>& files,
+                           const std::function<void()>& request) {
+  writer_.Hold();
+  request();
+  writer_.Put(change::HandedOver{files});
+  writer_.Release();
+  takenOver_ = writer_.Mark();
+}
+
+bool QueueRecord::HasTaken(const std::string& file) const {
+  return std::find(handedOver_.begin(), handedOver_.end(), file) != handedOver_.end();
 }
 
 void QueueRecord::End(bool resume) {
@@ -215,6 +239,14 @@ void QueueRecord::GroupRemoved(int groupId) {
 
 void QueueRecord::CurrentGroupChanged(int groupId) {
   writer_.Put(change::CurrentGroup{groupId});
+}
+
+void QueueRecord::JobRequested(const JobRequest& request) {
+  writer_.Put(change::JobRequested{request});
+}
+
+void QueueRecord::RequestGivenUp(JobId request) {
+  writer_.Put(change::JobGone{request});
 }
 
 void QueueRecord::RunRecorded(JobId job, const RunRecord& run) {

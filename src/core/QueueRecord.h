@@ -3,11 +3,13 @@
 #define KR_CORE_QUEUERECORD_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/JobGroupManager.h"
+#include "core/JobIntake.h"
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
 #include "record/RecordWriter.h"
@@ -48,8 +50,17 @@ class QueueRecord : public QueueObserver {
   // Puts them into the groups of their names, behind what is there; groups that are missing are
   // made. As long as no group has a job, the groups become those of the record as a whole. Waiting
   // jobs are queued again; solvers that still run are watched, those that have ended are judged.
-  void Restore(JobGroupManager& manager);
+  // What had not become a job yet is asked of the intake again.
+  void Restore(JobGroupManager& manager, JobIntake& intake);
   void Forget();
+
+  // What `request` asks of the intake is recorded in one step with the hand-over files from which
+  // it came. `files`: all that must not be read again should they still be there, by their names.
+  void TakeOver(const std::vector<std::string>& files, const std::function<void()>& request);
+  // The session before had taken what this file holds.
+  bool HasTaken(const std::string& file) const;
+  // What was taken over is on the disk, or no queue is kept.
+  bool IsSafe() const { return writer_.IsSafe(takenOver_); }
 
   // The program ends as it should; `resume`: the next one restores without a question.
   void End(bool resume);
@@ -62,6 +73,8 @@ class QueueRecord : public QueueObserver {
   void GroupChanged(int groupId, const std::string& name, const std::string& text) override;
   void GroupRemoved(int groupId) override;
   void CurrentGroupChanged(int groupId) override;
+  void JobRequested(const JobRequest& request) override;
+  void RequestGivenUp(JobId request) override;
   void RunRecorded(JobId job, const RunRecord& run) override;
   void GroupRunChanged(int) override {}
   void SettingsChanged() override {}
@@ -70,7 +83,7 @@ class QueueRecord : public QueueObserver {
 
  private:
   struct Resumed;
-  void RestoreSession(const SessionImage& session, JobGroupManager& manager,
+  void RestoreSession(const SessionImage& session, JobGroupManager& manager, JobIntake& intake,
                       std::vector<Resumed>& resumed);
   std::shared_ptr<JobFile> Revived(JobImage image) const;
 
@@ -80,6 +93,8 @@ class QueueRecord : public QueueObserver {
   std::vector<SettingsAndPaths::GroupEntry> lostGroups_;
   int lostCurrent_ = 0;
   bool resume_ = false;
+  std::vector<std::string> handedOver_;  // before
+  std::uint64_t takenOver_ = 0;          // the mark behind what was taken over last
 };
 
 #endif

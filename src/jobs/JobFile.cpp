@@ -6,11 +6,6 @@
 
 namespace {
 
-JobId NewId() {
-  static std::atomic<std::uint64_t> last{0};
-  return static_cast<JobId>(++last);
-}
-
 std::string MakeIdentifier() {
   std::tm now{};
   std::string time;
@@ -25,7 +20,12 @@ std::string MakeIdentifier() {
 
 }  // namespace
 
-JobFile::JobFile(const Settings& settings) : id(NewId()) {
+JobId NewJobId() {
+  static std::atomic<std::uint64_t> last{0};
+  return static_cast<JobId>(++last);
+}
+
+JobFile::JobFile(const Settings& settings) : id(NewJobId()) {
   identifier = MakeIdentifier();
   pause = settings.pause_time;
 }

@@ -104,7 +104,7 @@ class JobFile : public JobFields {
   // The arguments behind the solver's name. Needs `run`. False when there is no such command line.
   virtual bool BuildArguments(std::string& arguments) const = 0;
 
-  const JobId id;
+  JobId id;  // does not change once the job is in a list
 
   std::atomic<bool> abort{false};  // set by Stop, polled by the driver once a second
   std::vector<std::shared_ptr<JobFile>> stages;

@@ -7,4 +7,7 @@
 // A number of each job and of each stage that no other one of this process has or had.
 enum class JobId : std::uint64_t { kNone = 0 };
 
+// Any thread.
+JobId NewJobId();
+
 #endif

@@ -17,6 +17,7 @@
 #include <nlohmann/json.hpp>
 
 #include "jobs/JobFile.h"
+#include "jobs/JobRequest.h"
 #include "messages/Message.h"
 #include "runs/RunRecord.h"
 
@@ -159,6 +160,22 @@ void ForEachField(Fields& job, Visit visit) {
   visit("deckId", job.deckIdentifier);
   visit("deckIdFlag", job.deckIdentifierFlag);
   visit("includes", job.includes);
+}
+template <typename Fields, typename Visit>
+requires std::same_as<std::remove_const_t<Fields>, JobRequest>
+void ForEachField(Fields& request, Visit visit) {
+  visit("id", request.id);
+  visit("kind", request.kind);
+  visit("pause", request.pause);
+  visit("memory", request.memory);
+  visit("s", request.sGiven);
+  visit("dump", request.dump);
+  visit("cpus", request.ncpu);
+  visit("input", request.inputFile);
+  visit("restart", request.restartFile);
+  visit("file", request.jobFile);
+  visit("group", request.groupId);
+  visit("stageOf", request.stageOf);
 }
 template <typename Fields, typename Visit>
 requires std::same_as<std::remove_const_t<Fields>, RunRecord>

@@ -65,6 +65,12 @@ struct ToJson {
   }
   Json operator()(const change::GroupGone& c) const { return {"nogroup", c.group}; }
   Json operator()(const change::CurrentGroup& c) const { return {"current", c.group}; }
+  Json operator()(const change::JobRequested& c) const {
+    Json request = Json::object();
+    Write(c.request, request);
+    return {"request", std::move(request)};
+  }
+  Json operator()(const change::HandedOver& c) const { return {"handed", Of(c.files)}; }
   Json operator()(const change::JobAdded& c) const { return {"add", c.group, JobJson(c.job)}; }
   Json operator()(const change::JobGone& c) const { return {"remove", Of(c.job)}; }
   Json operator()(const change::JobMoved& c) const { return {"move", Of(c.job), c.place}; }
@@ -106,6 +112,14 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
                            &change::GroupSet::text>},
       {"nogroup", ReadFields<change::GroupGone, &change::GroupGone::group>},
       {"current", ReadFields<change::CurrentGroup, &change::CurrentGroup::group>},
+      {"request",
+       [](const Value& json) -> Result {
+         change::JobRequested c;
+         if (json.items.size() < 2) return {};
+         Read(json.items[1], c.request);
+         return c.request.id == JobId::kNone ? Result() : Result(std::move(c));
+       }},
+      {"handed", ReadFields<change::HandedOver, &change::HandedOver::files>},
       {"add",
        [](const Value& json) -> Result {
          change::JobAdded c;
@@ -174,14 +188,20 @@ class Applier {
     std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
   }
   void operator()(const change::CurrentGroup& c) { now_.current = c.group; }
+  void operator()(const change::JobRequested& c) {
+    if (Job(c.request.id) == nullptr) now_.requests.emplace(c.request.id, c.request);
+  }
+  void operator()(const change::HandedOver& c) { image_.handedOver = c.files; }
   void operator()(const change::JobAdded& c) { (*this)(change::JobAdded(c)); }
   void operator()(change::JobAdded&& c) {
     GroupImage* const group = Group(c.group);
     const JobId id = c.job.id;
     if (group == nullptr || !now_.jobs.emplace(id, std::move(c.job)).second) return;
     group->jobs.push_back(id);
+    now_.requests.erase(id);
   }
   void operator()(const change::JobGone& c) {
+    now_.requests.erase(c.job);
     if (now_.jobs.erase(c.job) == 0) return;
     for (GroupImage& group : now_.groups) std::erase(group.jobs, c.job);
   }
@@ -200,6 +220,7 @@ class Applier {
     if (job == nullptr) return;
     std::optional<RunRecord> run = std::move(job->run);
     *job = c.job;
+    for (const JobImage& stage : job->stages) now_.requests.erase(stage.id);
     if (job->fields.status == JobStatus::kRunning) job->run = std::move(run);
   }
   void operator()(const change::Progress& c) {
@@ -257,6 +278,12 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
       changes.clear();
     }
   }
+  for (const auto& [id, request] : session.requests) {
+    changes.push_back(change::JobRequested{request});
+    if (changes.size() < kAtOnce) continue;
+    records.push_back(RecordOf(changes, session.last));
+    changes.clear();
+  }
   changes.push_back(change::CurrentGroup{session.current});
   if (session.over) changes.push_back(change::SessionOver{session.resume});
   records.push_back(RecordOf(changes, session.last));
@@ -265,6 +292,7 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
 }  // namespace
 
 bool SessionImage::IsLeft() const {
+  if (!requests.empty()) return true;
   if (!over) return !jobs.empty();
   return std::any_of(jobs.begin(), jobs.end(),
                      [](const auto& job) { return !HasEnded(job.second.fields.status); });
@@ -313,5 +341,7 @@ std::vector<std::string> SnapshotOf(const QueueImage& image) {
     records.push_back(RecordOf({change::SessionBegins{session.last}}, 0));
   }
   AddSession(image.now, records);
+  if (!image.handedOver.empty())
+    records.push_back(RecordOf({change::HandedOver{image.handedOver}}, image.now.last));
   return records;
 }

@@ -10,6 +10,7 @@
 #include <variant>
 #include <vector>
 
+#include "jobs/JobRequest.h"
 #include "record/JobImage.h"
 
 // What can happen to a queue. A group or a job that a change names and that is not there is passed
@@ -25,6 +26,12 @@ struct GroupGone {
 };
 struct CurrentGroup {
   int group = 0;
+};
+struct JobRequested {  // a job that is to be made: until JobAdded or JobSet has its id, or JobGone
+  JobRequest request;
+};
+struct HandedOver {  // what these hand-over files held has been requested, see QueueImage
+  std::vector<std::string> files;
 };
 struct JobAdded {  // at the end
   int group = 0;
@@ -60,9 +67,10 @@ struct SessionBegins {
 }  // namespace change
 
 using QueueChange =
-    std::variant<change::GroupSet, change::GroupGone, change::CurrentGroup, change::JobAdded,
-                 change::JobGone, change::JobMoved, change::JobSet, change::Progress, change::Run,
-                 change::LeftTaken, change::SessionOver, change::SessionBegins>;
+    std::variant<change::GroupSet, change::GroupGone, change::CurrentGroup, change::JobRequested,
+                 change::HandedOver, change::JobAdded, change::JobGone, change::JobMoved,
+                 change::JobSet, change::Progress, change::Run, change::LeftTaken,
+                 change::SessionOver, change::SessionBegins>;
 
 struct GroupImage {
   int id = 0;
@@ -74,9 +82,10 @@ struct GroupImage {
 struct SessionImage {
   std::vector<GroupImage> groups;
   std::unordered_map<JobId, JobImage> jobs;
-  int current = 0;        // group id
-  std::int64_t last = 0;  // when it was heard of last, seconds since 1970
-  bool over = false;      // it ended as it should
+  std::map<JobId, JobRequest> requests;  // in their order
+  int current = 0;                       // group id
+  std::int64_t last = 0;                 // when it was heard of last, seconds since 1970
+  bool over = false;                     // it ended as it should
   bool resume = false;
 
   // The next session has something to restore: jobs that had not ended; after a crash, any.
@@ -87,6 +96,7 @@ struct SessionImage {
 struct QueueImage {
   std::vector<SessionImage> left;  // oldest first
   SessionImage now;
+  std::vector<std::string> handedOver;  // files that must not be read again, should they still lie
 
   void Apply(const QueueChange& change);
   void Apply(QueueChange&& change);

@@ -115,6 +115,16 @@ bool RecordWriter::Flush(std::chrono::milliseconds limit) {
   return onDisk_ >= wanted;
 }
 
+std::uint64_t RecordWriter::Mark() const {
+  const MutexLock lock(mutex_);
+  return put_;
+}
+
+bool RecordWriter::IsSafe(std::uint64_t mark) const {
+  const MutexLock lock(mutex_);
+  return queueOnDisk_ >= mark || !keepQueue_ || end_;
+}
+
 std::uint64_t RecordWriter::QueueBytes() const {
   const MutexLock lock(mutex_);
   return queueBytes_;
@@ -169,6 +179,7 @@ void RecordWriter::Work() {
     {
       const MutexLock lock(mutex_);
       if (!IsOwed()) onDisk_ = taken;
+      if (!queue_.dirty && !queue_.broken) queueOnDisk_ = taken;
       queueBytes_ = queue_.journal.Size();
     }
     changed_.notify_all();

@@ -43,6 +43,11 @@ class RecordWriter {
   // Waits until what was put is on the disk. False when it is not by then.
   bool Flush(std::chrono::milliseconds limit);
 
+  // What was put up to now.
+  std::uint64_t Mark() const;
+  // What was put up to then is on the disk, or is not to be kept at all.
+  bool IsSafe(std::uint64_t mark) const;
+
   // The bytes of the queue's file.
   std::uint64_t QueueBytes() const;
 
@@ -93,6 +98,7 @@ class RecordWriter {
   bool syncNow_ KR_GUARDED_BY(mutex_) = false;  // somebody waits
   std::uint64_t put_ KR_GUARDED_BY(mutex_) = 0;
   std::uint64_t onDisk_ KR_GUARDED_BY(mutex_) = 0;
+  std::uint64_t queueOnDisk_ KR_GUARDED_BY(mutex_) = 0;  // of it, what is of the queue
   std::uint64_t queueBytes_ KR_GUARDED_BY(mutex_) = 0;
   std::thread worker_;
 };

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "core/HandOver.h"
 #include "core/JobList.h"
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
@@ -70,6 +71,14 @@ class RecordingObserver : public QueueObserver {
   mutable std::mutex mutex_;
   std::vector<std::string> notes_;
 };
+
+// Keeps the job files of what was handed over.
+inline HandOverReader::Queue JobsInto(std::vector<std::string>& jobs) {
+  const auto apply = [&jobs](const HandOverOrder& order, const std::vector<std::string>&) {
+    for (const JobRequest& job : order.jobs) jobs.push_back(job.jobFile);
+  };
+  return {apply, [](const std::string&) { return false; }, [] { return true; }};
+}
 
 class CoreTest : public testing::Test {
  protected:

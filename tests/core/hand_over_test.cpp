@@ -31,9 +31,7 @@ class HandOverTest : public CoreTest {
 
   SettingsAndPaths files_{kTitle};
   Paths jobs_;
-  HandOverReader reader_{files_, [this](const HandOverOrder& order) {
-                           for (const JobRequest& job : order.jobs) jobs_.push_back(job.jobFile);
-                         }};
+  HandOverReader reader_{files_, JobsInto(jobs_)};
 };
 
 // Absolute on both systems.
@@ -96,13 +94,35 @@ TEST_F(HandOverTest, ATextWithoutItsEndIsTakenWhenItStaysSo) {
   EXPECT_EQ(Poll(), (Paths{"/ha", "/early.k", Name("own.k")}));
 }
 
-TEST_F(HandOverTest, WhatAKilledReaderHadTakenIsReadFirst) {
-  WriteFile("#krjob\n/taken.k\n", ".taken");
+TEST_F(HandOverTest, WhatAKilledReaderHadTakenIsReadFirstUnlessItsJobsAreKept) {
+  const std::string name = std::filesystem::path(files_.handOverFile).filename().string();
+  WriteFile("#krjob\n/kept.k\n", ".taken-1");
+  WriteFile("#krjob\n/taken.k\n", ".taken-2");
   WriteFile("#krjob\n/next.k\n");
-  EXPECT_EQ(Poll(), Paths{"/taken.k"});
-  EXPECT_EQ(Poll(), (Paths{"/taken.k", "/next.k"}));
-  EXPECT_EQ(Poll().size(), 2u);
-  EXPECT_FALSE(FileDirWrapper::FileExists(files_.handOverFile + ".taken"));
+  bool isSafe = false;
+  Paths kept{name + ".taken-1"};
+  HandOverReader::Queue queue = JobsInto(jobs_);
+  queue.apply = [&, add = queue.apply](const HandOverOrder& order, const Paths& files) {
+    add(order, files);
+    kept = files;
+  };
+  queue.has = [&](const std::string& file) { return std::count(kept.begin(), kept.end(), file); };
+  queue.isSafe = [&] { return isSafe; };
+  {
+    HandOverReader reader(files_, queue);
+    for (int i = 0; i < 3; ++i) reader.Poll();
+  }
+  EXPECT_EQ(jobs_, (Paths{"/taken.k", "/next.k"}));
+  EXPECT_EQ(kept.size(), 3u) << "none of them may go as long as the jobs may be lost";
+  HandOverReader reader(files_, queue);
+  isSafe = true;
+  reader.Poll();
+  EXPECT_EQ(jobs_.size(), 2u);
+  const auto here =
+      std::filesystem::directory_iterator(std::filesystem::path(files_.handOverFile).parent_path());
+  EXPECT_TRUE(std::none_of(begin(here), end(here), [](const auto& file) {
+    return file.path().string().find(".taken") != std::string::npos;
+  }));
 }
 
 TEST_F(HandOverTest, TheBoundsAreSaidAndKeepNobodyFromWriting) {

@@ -36,9 +36,7 @@ class HostileHandOver : public CoreTest, protected ChildProcesses {
   }
   static std::vector<std::string> JobsOf(SettingsAndPaths& files) {
     std::vector<std::string> jobs;
-    HandOverReader reader(files, [&](const HandOverOrder& order) {
-      for (const JobRequest& job : order.jobs) jobs.push_back(job.jobFile);
-    });
+    HandOverReader reader(files, JobsInto(jobs));
     reader.Poll();
     return jobs;
   }
@@ -181,9 +179,7 @@ TEST_F(HostileHandOver, KilledWritersLeaveWholeRecordsOrNone) {
   constexpr int kPaths = 500;
   SettingsAndPaths files(kTitle);
   std::vector<std::string> jobs;
-  HandOverReader reader(files, [&](const HandOverOrder& order) {
-    for (const JobRequest& job : order.jobs) jobs.push_back(job.jobFile);
-  });
+  HandOverReader reader(files, JobsInto(jobs));
   for (int i = 0; i < kWriters; ++i) {
     const pid_t writer = StartChild([&] {
       std::vector<std::string> paths;

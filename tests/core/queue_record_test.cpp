@@ -46,6 +46,7 @@ struct Session {
   std::vector<std::unique_ptr<JobSolver>> solvers = MakeQuickSolvers();
   QueueRecord record{settings};
   JobGroupManager manager{settings, solvers, &record};
+  JobIntake intake{manager};
 };
 
 class QueueRecordTest : public CoreTest {
@@ -114,7 +115,7 @@ TEST_F(QueueRecordTest, EachJobComesBackAsItsStatusWants) {
   EXPECT_EQ(left.wereRunning, 1);
   EXPECT_EQ(left.stillRun, 0);
   EXPECT_EQ(left.ended, 1);
-  second->record.Restore(second->manager);
+  second->record.Restore(second->manager, second->intake);
   EXPECT_EQ(second->Queue(),
             (Queue{"Group1: a.k Finished b.k Queued c.k Aborted", "Empty:", "Second: d.k Queued"}));
   EXPECT_EQ(second->manager.CurrentGroupIndex(), 2);
@@ -134,6 +135,64 @@ TEST_F(QueueRecordTest, EachJobComesBackAsItsStatusWants) {
   EXPECT_EQ(second->record.Left().Jobs(), 0);
 }
 
+// Stops the intake at the first deck.
+struct Stopper : RecordingObserver {
+  void IntakeProgress(int, int, const std::string&, int) override {
+    ++calls;
+    while (stops) std::this_thread::yield();
+  }
+  std::atomic<int> calls = 0;
+  std::atomic<bool> stops = true;
+};
+
+TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
+  const auto ask = [this](Session& session, const char* deck, int group, JobId stageOf) {
+    JobRequest request = MakeJobRequest(session.settings.Get());
+    request.jobFile = Deck(deck);
+    request.groupId = session.manager.GroupAt(group)->Id();
+    request.stageOf = stageOf;
+    request.dump = false;
+    return session.intake.Add(request);
+  };
+  Stopper stopper;
+  {
+    const auto first = Start();
+    first->manager.AddGroup("Second");
+    first->manager.SetObserver(&stopper);
+    const auto job = first->Add(home_ / "job.k");
+    first->record.TakeOver({"file"}, [&] {
+      ask(*first, "a.k", 1, JobId::kNone);
+      ask(*first, "stage.k", 0, job->id);
+      ask(*first, "b.k", 1, JobId::kNone);
+    });
+    EXPECT_TRUE(WaitUntil([&] { return stopper.calls > 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return first->record.IsSafe(); }));
+    first->intake.Close();
+    stopper.stops = false;
+    first->record.End(false);
+  }
+  {
+    const auto second = Start();
+    EXPECT_EQ(second->record.Left().queued, 4);
+    EXPECT_TRUE(second->record.HasTaken("file"));
+    second->record.Restore(second->manager, second->intake);
+    second->intake.Drain();
+    EXPECT_EQ(second->Queue(),
+              (Queue{"Group1: " + home_ / "job.k" + " Queued",
+                     "Second: " + home_ / "a.k" + " Queued " + home_ / "b.k" + " Queued"}));
+    const auto groups = {second->manager.GroupAt(0), second->manager.GroupAt(1)};
+    EXPECT_EQ(JobIn(**groups.begin(), (*groups.begin())->JobIds()[0])->stages.size(), 1U);
+    second->manager.SetObserver(&stopper);
+    stopper.stops = true;
+    ask(*second, "c.k", 0, JobId::kNone);
+    ask(*second, "d.k", 0, JobId::kNone);
+    second->intake.Cancel();
+    stopper.stops = false;
+    second->intake.Drain();
+  }
+  EXPECT_EQ(Start()->record.Left().queued, 3) << "what the user gave up stays given up";
+}
+
 TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
   Start()->Add("a.k");
   {
@@ -146,7 +205,7 @@ TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
     const auto third = Start();
     EXPECT_EQ(third->record.Left().queued, 2);
     third->Add("c.k");
-    third->record.Restore(third->manager);
+    third->record.Restore(third->manager, third->intake);
     EXPECT_EQ(third->Queue(), Queue{"Group1: c.k Queued a.k Queued b.k Queued"});
   }
   {
@@ -190,7 +249,7 @@ TEST_F(QueueRecordTest, ASolverThatIsGoneIsJudgedByItsFiles) {
   const auto second = Start();
   EXPECT_EQ(second->record.Left().stillRun, 0);
   EXPECT_EQ(second->record.Left().wereRunning, 1);
-  second->record.Restore(second->manager);
+  second->record.Restore(second->manager, second->intake);
   const auto group = second->manager.GroupAt(0);
   ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
   group->ReadJobs([](const JobFile& job) {
@@ -211,7 +270,7 @@ TEST_F(QueueRecordTest, AStopBeforeIsNotForTheRunThatComesBack) {
   const auto group = second->manager.GroupAt(0);
   second->Add("b.k", JobStatus::kFinished);
   ASSERT_TRUE(group->Stop());
-  second->record.Restore(second->manager);
+  second->record.Restore(second->manager, second->intake);
   ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
   group->ReadJobs([](const JobFile& job) {
     EXPECT_EQ(job.RunMessage().Empty(), job.jobFile == "b.k") << "it was judged";
@@ -229,7 +288,7 @@ TEST_F(QueueRecordTest, AGroupThatRunsWaitsForASolverThatIsTakenOver) {
   const auto group = second->manager.GroupAt(0);
   ASSERT_TRUE(group->Submit());
   ASSERT_TRUE(WaitUntil([&] { return group->ActiveJob() != JobId::kNone; }));
-  second->record.Restore(second->manager);
+  second->record.Restore(second->manager, second->intake);
   const auto later = second->Add(DeckOf("c", "run 0"));
   ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
   const JobFile* const taken = JobIn(*group, group->JobIds()[1]);
@@ -258,7 +317,7 @@ TEST_F(QueueRecordTest, AStageWhoseRunHasEndedIsNotRunAgain) {
     }
   }
   const auto second = Start();
-  second->record.Restore(second->manager);
+  second->record.Restore(second->manager, second->intake);
   EXPECT_EQ(second->Queue(), Queue{"Group1: a.k Finished a.k Aborted"});
 }
 

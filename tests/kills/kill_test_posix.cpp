@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +10,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <random>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -33,6 +36,46 @@ bool Matches(const std::string& is, const std::string& model) {
   }
   return true;
 }
+
+// Decks that second copies handed over: their jobs, once each.
+struct Handed {
+  std::set<std::string> must;  // the copy has ended, and the job was not removed
+  std::set<std::string> may;
+
+  void Hear(const std::string& line) {
+    const std::string deck = line.substr(line.find(' ') + 1);
+    if (line.starts_with("handed ")) {
+      may.erase(deck);
+      must.insert(deck);
+    } else {
+      must.erase(deck);
+      may.insert(deck);
+    }
+  }
+
+  // Takes them out of the queue and looks for each.
+  static std::string Others(const std::string& queue) {
+    static const std::regex handed(R"( \{[^{}|]*/h\d+\.k\|[^{}]*\})");
+    return std::regex_replace(queue, handed, "");
+  }
+  std::string Missed(const std::string& queue) {
+    std::string wrong;
+    std::set<std::string> there;
+    for (const auto* decks : {&must, &may}) {
+      for (const std::string& deck : *decks) {
+        const std::size_t first = queue.find(deck);
+        const bool isThere = first != std::string::npos;
+        if (isThere) there.insert(deck);
+        if (!isThere && decks == &must) wrong += deck + " is lost\n";
+        if (isThere && queue.find(deck, first + 1) != std::string::npos)
+          wrong += deck + " is double\n";
+      }
+    }
+    must = there;
+    may.clear();
+    return wrong;
+  }
+};
 
 struct Round {
   std::string ready;  // the queue as it was restored; empty: killed before
@@ -64,21 +107,30 @@ class KillTest : public testing::Test {
     kill(user, SIGKILL);
     int status = 0;
     waitpid(user, &status, 0);
+    while (waitpid(-1, nullptr, 0) > 0) {  // copies that it had started
+    }
     if (!WIFSIGNALED(status)) round.wrong = "it ended: " + std::to_string(WEXITSTATUS(status));
     std::istringstream lines(TempFolder::Read(output));
     std::string line;
     while (std::getline(lines, line)) {
       if (line.starts_with("wrong")) round.wrong = line;
       if (lines.eof()) break;  // torn
+      if (line.starts_with("hand") || line.starts_with("drop ")) {
+        handed_.Hear(line);
+        continue;
+      }
       const bool isReady = line.starts_with("ready ");
       if (isReady) line.erase(0, 6);
-      const std::string queue = line.substr(line.find(' ') + 1);
+      const std::string all = line.substr(line.find(' ') + 1);
+      if (isReady) round.wrong += handed_.Missed(all);
+      const std::string queue = Handed::Others(all);
       if (isReady) round.ready = queue;
       round.said.emplace_back(std::atoll(line.c_str()), queue);
     }
     return round;
   }
 
+  Handed handed_;
   const TempFolder folder_;
   const ScopedVariable home_{"HOME", folder_.Path()};
   const ScopedVariable config_{"XDG_CONFIG_HOME", folder_ / "config"};
@@ -91,6 +143,10 @@ TEST_F(KillTest, WhatWasDoneUpToTheLastSecondIsRestored) {
   const char* wanted = std::getenv("KR_KILLS");
   const int kills = wanted != nullptr ? std::atoi(wanted) : 50;
   std::mt19937 random(static_cast<unsigned>(Milliseconds(Clock::now())));
+  std::string deck = "*KEYWORD\n";
+  while (deck.size() < 3'000'000) deck += "$ a line of a deck that takes some time to be read\n";
+  folder_.Write("deck.k", deck + "*END\n");
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
   std::vector<std::string> allowed = {};
   int restored = 0;
   int exact = 0;

@@ -14,7 +14,7 @@ class RandomQueue {
   explicit RandomQueue(unsigned seed) : random_(seed) {}
 
   QueueChange Next() {
-    switch (groups_.empty() ? 0 : Number(0, 15)) {
+    switch (groups_.empty() ? 0 : Number(0, 17)) {
       case 0: {
         const bool isNew = groups_.size() < 8;
         if (isNew) groups_.push_back(++lastGroup_);
@@ -51,6 +51,16 @@ class RandomQueue {
       case 11:
         if (Number(0, 9) == 0) return change::LeftTaken();
         [[fallthrough]];
+      case 12: {
+        JobRequest request;
+        request.id = static_cast<JobId>((lastJob_ += 3) + Number(0, 1));
+        request.kind = static_cast<SolverKind>(Number(0, 4));
+        request.jobFile = Text();
+        request.stageOf = AnyJob();
+        return change::JobRequested{request};
+      }
+      case 13:
+        return change::HandedOver{{Text(), Text()}};
       default:
         return change::JobAdded{AnyGroup(), Job()};
     }
@@ -155,10 +165,14 @@ inline std::string TextOf(const SessionImage& session) {
     for (const JobId job : group.jobs) one.now.jobs.emplace(job, *session.Find(job));
     for (const std::string& record : SnapshotOf(one)) text += record + '\n';
   }
+  QueueImage asked;
+  asked.now.requests = session.requests;
+  for (const std::string& record : SnapshotOf(asked)) text += record + '\n';
   return text;
 }
 inline std::string TextOf(const QueueImage& image) {
   std::string text;
+  for (const std::string& file : image.handedOver) text += file + '\n';
   for (const SessionImage& session : image.left) {
     text += "left " + std::to_string(session.last) + ' ' + TextOf(session);
   }

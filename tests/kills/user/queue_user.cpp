@@ -4,9 +4,19 @@
 // of the first one, which is as it was restored. Ends by itself only when the queue is not what it
 // said.
 //
+// Beside that, second copies hand it decks, which take some time to be read. Of such a deck it says
+// "hand" before, "handed" when the copy has ended, and "drop" before it removes the job.
+//
 //   queue_user SEED
+//   queue_user hand DECK
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <random>
 #include <string>
@@ -14,6 +24,7 @@
 #include <vector>
 
 #include "core/Application.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -53,6 +64,12 @@ struct Model {
   }
 };
 
+constexpr char kTitle[] = "Kestrun 2016 R1";
+
+bool IsHanded(const std::string& file) {
+  return std::filesystem::path(file).filename().string().front() == 'h';
+}
+
 char Letter(JobStatus status) {
   return "QWRFA"[static_cast<int>(status)];
 }
@@ -74,13 +91,19 @@ Model ModelOf(JobGroupManager& manager) {
 
 class User {
  public:
-  User(JobGroupManager& manager, SettingsAndPaths& settings, unsigned seed)
-      : manager_(manager), settings_(settings), random_(seed), model_(ModelOf(manager)) {
+  User(Application& application, unsigned seed)
+      : application_(application),
+        manager_(application.Manager()),
+        settings_(application.SettingsAndFiles()),
+        random_(seed) {
+    TakeHandedOver();
+    model_ = ModelOf(manager_);
     Say("ready ");
   }
 
   bool Step() {
     const unsigned what = Number(100);
+    if (what < 4) return HandOver();
     if (what < 30) return Add();
     if (what < 40) return Remove();
     if (what < 55) return Move();
@@ -146,10 +169,44 @@ class User {
     return IsSo();
   }
 
+  void TakeHandedOver() {
+    const auto pause = std::chrono::milliseconds(1);
+    for (application_.Tick(); FileDirWrapper::FileExists(settings_.handOverFile);
+         application_.Tick()) {
+      std::this_thread::sleep_for(pause);
+    }
+    application_.Intake().Drain();
+  }
+
+  bool HandOver() {
+    Group& group = model_.groups[model_.current];
+    if (group.jobs.size() > 30) return true;
+    const std::string home = std::getenv("HOME");
+    const std::string deck = home + "/h" + std::to_string(random_()) + ".k";
+    std::filesystem::create_symlink(home + "/deck.k", deck);
+    std::printf("hand %s\n", deck.c_str());
+    std::fflush(stdout);
+    const pid_t copy = fork();
+    if (copy == 0) {
+      execl("/proc/self/exe", "queue_user", "hand", deck.c_str(), nullptr);
+      _exit(127);
+    }
+    int status = 0;
+    if (waitpid(copy, &status, 0) != copy || status != 0) return IsSo();
+    std::printf("handed %s\n", deck.c_str());
+    std::fflush(stdout);
+    TakeHandedOver();
+    const Settings& settings = settings_.Get();
+    group.jobs.push_back(
+        {deck, "", settings.memory_size, settings.cpu_count, settings.pause_time, {}, 'Q'});
+    return IsSo();
+  }
+
   bool Remove() {
     const auto picked = Pick();
     if (!picked) return true;
     const auto& [jobs, place, real, id] = *picked;
+    if (IsHanded(jobs[place].file)) std::printf("drop %s\n", jobs[place].file.c_str());
     jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(place));
     Say();
     real->RemoveJob(id);
@@ -189,7 +246,10 @@ class User {
     const std::size_t group = AnyGroup();
     const unsigned what = Number(5);
     const bool add = what == 0 && model_.groups.size() < 8;
-    const bool remove = what == 1 && model_.groups.size() > 4;
+    const auto& jobs = model_.groups[group].jobs;
+    const bool remove =
+        what == 1 && model_.groups.size() > 4 &&
+        std::none_of(jobs.begin(), jobs.end(), [](const Job& job) { return IsHanded(job.file); });
     if (add) model_.groups.push_back({Word(), "", {}});
     if (remove) {
       model_.groups.erase(model_.groups.begin() + static_cast<std::ptrdiff_t>(group));
@@ -233,6 +293,7 @@ class User {
     return IsSo();
   }
 
+  Application& application_;
   JobGroupManager& manager_;
   SettingsAndPaths& settings_;
   std::mt19937 random_;
@@ -243,11 +304,14 @@ class User {
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
+  if (argc > 2) {
+    SettingsAndPaths files(kTitle);
+    return HandOverWriter(files).Write(argc - 1, argv + 1) ? 0 : 1;
+  }
   Application application;
   if (!application.Initialise(1, argv, {.restore = true})) return 3;
   application.SettingsAndFiles().Set(&Settings::pause_time, 0);
-  User user(application.Manager(), application.SettingsAndFiles(),
-            static_cast<unsigned>(std::stoul(argv[1])));
+  User user(application, static_cast<unsigned>(std::stoul(argv[1])));
   while (user.Step()) std::this_thread::sleep_for(std::chrono::microseconds(500));
   return 1;
 }

@@ -1,6 +1,6 @@
 // What is asked of the queue: a job that is to be made.
-#ifndef KR_CORE_JOBREQUEST_H
-#define KR_CORE_JOBREQUEST_H
+#ifndef KR_JOBS_JOBREQUEST_H
+#define KR_JOBS_JOBREQUEST_H
 
 #include <cstdint>
 #include <optional>
@@ -10,6 +10,7 @@
 
 // A record of the hand-over file, or a file chosen in the window.
 struct JobRequest {
+  JobId id = JobId::kNone;         // what the job or stage will be called; the intake gives it
   std::optional<SolverKind> kind;  // none: by the file's ending, and a deck's own wish
   int pause = 0;                   // seconds
   std::uint64_t memory = 0;        // megabytes; 0: the deck's or the settings' value
