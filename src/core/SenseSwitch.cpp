@@ -43,7 +43,7 @@ SenseSwitch AskSolverToStop(JobGroupManager& manager) {
     return SenseSwitch::kNoSwitch;
   }
   const std::string stopFile = FileDirWrapper::Join(folder, kStopFile);
-  if (FileDirWrapper::WriteFileWhole(stopFile, kStopWithRestartFile)) return SenseSwitch::kAsked;
+  if (FileDirWrapper::WriteOutputFile(stopFile, kStopWithRestartFile)) return SenseSwitch::kAsked;
   log.Report(Message(MessageId::kFileNotWritten, stopFile));
   return SenseSwitch::kFailed;
 }

@@ -149,7 +149,7 @@ void FolderUse::NoteSolver(const std::string& folder, const PTWrapperProcess& so
   if (found == held_.end() || !found->second->lock.Taken()) return;
   const Solver text = {MachineName(), IdentityOfProcess(solver.ChildId()), job_, solver.Token()};
   found->second->token = text.token;
-  found->second->solverNoted = FileDirWrapper::WriteFileWhole(
+  found->second->solverNoted = FileDirWrapper::WriteOutputFile(
       FileDirWrapper::Join(found->second->folder, kSolverName), TextOf(text));
 }
 

@@ -81,6 +81,12 @@ TEST(FilesOnLinux, ReplacingKeepsRightsAndLinks) {
   EXPECT_EQ(TempFolder::Read(path), "new");
   EXPECT_EQ(ModeOf(path), 0640u);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
+  const std::string output = temp / "output";
+  ASSERT_EQ(symlink("real", output.c_str()), 0);
+  EXPECT_TRUE(FileDirWrapper::WriteOutputFile(output, "whole"));
+  EXPECT_EQ(TempFolder::Read(output), "whole");
+  EXPECT_FALSE(std::filesystem::is_symlink(output));
+  EXPECT_EQ(TempFolder::Read(path), "new");
 
   // A link to a file that is still missing, and one to itself.
   FileDirWrapper::RemoveFile(path);

@@ -109,6 +109,10 @@ class FileDirWrapper {
   static bool WriteFileWhole(const std::string& path, const std::string& contents,
                              std::string* why = nullptr);
 
+  // The same in a folder where other programs and people put files: a link is replaced, what it
+  // leads to stays as it is.
+  static bool WriteOutputFile(const std::string& path, const std::string& contents);
+
   // Removes the temporary files that killed processes have left in WriteFileWhole(path) and, as
   // they lie in the same folder, of other files there.
   static void RemoveLeftTempFiles(const std::string& path);

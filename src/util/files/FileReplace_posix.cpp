@@ -110,6 +110,10 @@ bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& 
   return false;
 }
 
+bool FileDirWrapper::WriteOutputFile(const std::string& path, const std::string& contents) {
+  return ReplaceContents(path, contents, Flush::kYes, Links::kReplace);
+}
+
 bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
   const std::string own = file_system::ForSystem(path);
   RemoveFile(own);
@@ -132,12 +136,14 @@ void FileDirWrapper::RemoveLeftTempFiles(const std::string& path) {
   }
 }
 
-bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush) {
+bool ReplaceContents(const std::string& path, const std::string& contents, Flush flush,
+                     Links links) {
   std::string target = file_system::ForSystem(path);
-  if (target.empty() || !ResolveLinks(target)) return false;
+  if (target.empty() || (links == Links::kFollow && !ResolveLinks(target))) return false;
   struct stat old {};
-  const bool exists = stat(target.c_str(), &old) == 0;
+  bool exists = lstat(target.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) return false;
+  exists = exists && !S_ISLNK(old.st_mode);
   if (exists && !S_ISREG(old.st_mode)) {
     errno = S_ISDIR(old.st_mode) ? EISDIR : EPERM;
     return false;

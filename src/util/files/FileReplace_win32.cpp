@@ -93,9 +93,7 @@ bool Flush(const std::string& path) {
   return ok;
 }
 
-bool WriteWhole(const std::string& path, const std::string& contents) {
-  if (path.empty()) return false;
-  const std::string target = ResolveLinks(FileDirWrapper::AbsolutePath(path));
+bool WriteWhole(const std::string& target, const std::string& contents) {
   const file_system::Kind kind = file_system::KindOf(target);
   if (kind != file_system::Kind::kMissing && kind != file_system::Kind::kFile) return false;
   const DWORD attributes = GetFileAttributesA(target.c_str());
@@ -154,9 +152,20 @@ bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string
 bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents,
                                     std::string* why) {
   SetLastError(ERROR_SUCCESS);
-  if (WriteWhole(path, contents)) return true;
+  if (!path.empty() && WriteWhole(ResolveLinks(FileDirWrapper::AbsolutePath(path)), contents))
+    return true;
   if (why != nullptr) *why = WordsOf(GetLastError());
   return false;
+}
+
+bool FileDirWrapper::WriteOutputFile(const std::string& path, const std::string& contents) {
+  if (path.empty()) return false;
+  const std::string target = AbsolutePath(path);
+  const DWORD attributes = GetFileAttributesA(target.c_str());
+  constexpr DWORD kPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY;
+  const bool isLink = attributes != INVALID_FILE_ATTRIBUTES &&
+                      (attributes & kPlace) == FILE_ATTRIBUTE_REPARSE_POINT;
+  return (!isLink || RemoveFile(target)) && WriteWhole(target, contents);
 }
 
 // One that is being written cannot be deleted.
