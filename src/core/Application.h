@@ -74,6 +74,9 @@ class Application {
   void RestoreLeft();
   void ForgetLeft();
 
+  // What the queue remembers: runs before, the files that tell of them.
+  const QueueRecord& Record() const { return *record_; }
+
   // One tick of the poll timer: looks at the hand-over file. False when ticking is to end.
   bool Tick();
 
@@ -98,7 +101,7 @@ class Application {
   const std::string& Version() const { return version_; }
   const std::string& ProgramFolder() const { return programFolder_; }
 
-  // Valid after Initialise. Manager and Intake only when it returned true.
+  // Valid after Initialise. Manager, Intake and Record only when it returned true.
   SettingsAndPaths& SettingsAndFiles() { return *settings_; }
   JobGroupManager& Manager() { return *manager_; }
   JobIntake& Intake() { return *intake_; }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,13 @@ class QueueRecord : public QueueObserver {
   int LostCurrent() const { return lostCurrent_; }  // which of them was current
   // The last session wanted its jobs back without a question.
   bool WantsRestore() const { return resume_; }
+
+  // What the job's deck took when it ran last; only a look into the memory. Any thread, with the
+  // lock of the job's list held.
+  std::optional<PastRun> LastRunOf(const JobFile& job) const { return writer_.Past().Of(job); }
+  // The runs of all sessions, for ReadHistory, and a number that changes when they do. Any thread.
+  const RecordFiles& Files() const { return writer_.Files(); }
+  std::uint64_t HistoryVersion() const { return writer_.HistoryVersion(); }
 
   // All zero when there is nothing. Looks for processes.
   LeftBehind Left() const;

@@ -55,6 +55,14 @@ std::string_view HistoryKeyOf(std::string_view record) {
   return record.substr(0, record.find(' '));
 }
 
+std::optional<RunRecord> RunOfHistoryRecord(std::string_view record) {
+  RunRecord run;
+  const std::size_t blank = record.find(' ');
+  if (blank == std::string_view::npos) return std::nullopt;
+  if (!form::Take(form::Parsed(record.substr(blank)), run)) return std::nullopt;
+  return run;
+}
+
 void DropOldHistory(std::vector<std::string>& records, std::size_t most) {
   std::unordered_map<std::string, std::size_t> places;
   std::vector<std::string> kept;
@@ -82,12 +90,7 @@ std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& m
   }
   DropOldHistory(records);
   for (const std::string& record : records) {
-    RunRecord run;
-    const std::size_t blank = record.find(' ');
-    if (blank == std::string::npos) continue;
-    if (form::Take(form::Parsed(std::string_view(record).substr(blank)), run)) {
-      runs.push_back(std::move(run));
-    }
+    if (std::optional<RunRecord> run = RunOfHistoryRecord(record)) runs.push_back(std::move(*run));
   }
   return runs;
 }

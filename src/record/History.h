@@ -3,6 +3,7 @@
 #define KR_RECORD_HISTORY_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,9 @@ inline constexpr std::size_t kMostHistory = 10000;
 // last one counts.
 std::string HistoryRecordOf(const RunRecord& run);
 std::string_view HistoryKeyOf(std::string_view record);
+
+// Nothing when it is no record of a run.
+std::optional<RunRecord> RunOfHistoryRecord(std::string_view record);
 
 // The newest so many of the records, each run once, in the order in which they began.
 void DropOldHistory(std::vector<std::string>& records, std::size_t most = kMostHistory);

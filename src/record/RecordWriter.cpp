@@ -62,7 +62,8 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
     return true;
   });
   TellFound(history_.journal, history);
-  if (history != Journal::Found::kRecords) unwrittenHistory_ = std::move(runs);
+  if (history != Journal::Found::kRecords) unwrittenHistory_ = runs;
+  unlearned_ = std::move(runs);
   if (!keepQueue) before = {};
   image_ = before;
   image_.Apply(change::SessionBegins());
@@ -82,6 +83,7 @@ void RecordWriter::Put(QueueChange change) {
 }
 
 void RecordWriter::PutRun(const RunRecord& run) {
+  past_.Add(run);
   {
     const MutexLock lock(mutex_);
     if (end_) return;
@@ -149,7 +151,7 @@ void RecordWriter::Work() {
     bool syncNow = false;
     {
       MutexLock lock(mutex_);
-      while (begun ? HasNothingToWrite() : holds_ > 0) {
+      while (begun ? unlearned_.empty() && HasNothingToWrite() : holds_ > 0) {
         if (!begun || !IsOwed()) {
           lock.Wait(changed_);
         } else if (!lock.WaitUntil(changed_, Clock::now() + kBetweenSyncs)) {
@@ -171,6 +173,7 @@ void RecordWriter::Work() {
       DropQueue();
     }
     WriteHistory(runs, tryAgain);
+    LearnPast();
     if (end || syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
       Sync(queue_);
       Sync(history_);
@@ -226,6 +229,15 @@ void RecordWriter::DropQueue() {
   }
 }
 
+// A few at a time, so that what is put does not wait.
+void RecordWriter::LearnPast() {
+  constexpr std::size_t kAtOnce = 200;
+  for (std::size_t i = 0; i < kAtOnce && !unlearned_.empty(); ++i) {
+    if (const auto run = RunOfHistoryRecord(unlearned_.back())) past_.Add(*run);
+    unlearned_.pop_back();
+  }
+}
+
 std::vector<std::string> RecordWriter::HistorySnapshot() {
   std::vector<std::string> records;
   history_.journal.Read([&](std::string_view record) {
@@ -249,12 +261,15 @@ void RecordWriter::WriteHistory(const std::vector<RunRecord>& runs, bool tryAgai
     history_.broken = true;
     unwrittenHistory_.push_back(std::move(record));
   }
+  if (!runs.empty()) ++historyVersion_;
   if (unwrittenHistory_.size() > kMostHistory) DropOldHistory(unwrittenHistory_);
   const bool isLong = history_.records > 2 * kMostHistory + kSpareHistory;
   const bool mend = history_.broken ? !wasBroken || tryAgain : isLong;
   if (!mend) return;
   Mend(history_, HistorySnapshot());
-  if (!history_.broken) unwrittenHistory_.clear();
+  if (history_.broken) return;
+  unwrittenHistory_.clear();
+  ++historyVersion_;
 }
 
 void RecordWriter::Sync(Target& target) {

@@ -2,6 +2,7 @@
 #ifndef KR_RECORD_RECORDWRITER_H
 #define KR_RECORD_RECORDWRITER_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -12,6 +13,7 @@
 
 #include "messages/Message.h"
 #include "record/Journal.h"
+#include "record/PastRuns.h"
 #include "record/QueueImage.h"
 #include "record/RecordFiles.h"
 #include "util/files/FileLock.h"
@@ -48,6 +50,13 @@ class RecordWriter {
   // What was put up to then is on the disk, or is not to be kept at all.
   bool IsSafe(std::uint64_t mark) const;
 
+  const RecordFiles& Files() const { return files_; }
+
+  // Those of the file are in it a moment after Begin, those that are put at once.
+  const PastRuns& Past() const { return past_; }
+  // Another number whenever the file of the history has something new. Any thread.
+  std::uint64_t HistoryVersion() const { return historyVersion_; }
+
   // The bytes of the queue's file.
   std::uint64_t QueueBytes() const;
 
@@ -70,6 +79,7 @@ class RecordWriter {
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
   void DropQueue();
   void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
+  void LearnPast();
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);
   void Sync(Target& target);
@@ -86,8 +96,12 @@ class RecordWriter {
   Target history_;
   QueueImage image_;
   std::vector<std::string> unwrittenHistory_;  // while that file is broken
+  std::vector<std::string> unlearned_;         // records that past_ does not have yet
   Clock::time_point synced_{};
   Clock::time_point tried_{};
+
+  PastRuns past_;
+  std::atomic<std::uint64_t> historyVersion_{0};
 
   mutable Mutex mutex_;
   std::condition_variable changed_;

@@ -9,6 +9,7 @@
 #include "RandomQueue.h"
 #include "record/History.h"
 #include "support/TempFolder.h"
+#include "support/WaitUntil.h"
 
 namespace {
 
@@ -181,6 +182,57 @@ TEST_F(RecordWriterTest, KeepsTheNewestRunsEachOnce) {
   EXPECT_EQ(runs[1].verdict, JobStatus::kAborted);
   EXPECT_EQ(runs[1].filesBefore, "");
   EXPECT_FALSE(FileDirWrapper::FileExists(files_.queue)) << "nothing of the queue was wanted";
+}
+
+TEST_F(RecordWriterTest, KnowsWhatTheNewestGoodRunOfADeckTook) {
+  RunRecord run;
+  const auto put = [&run](RecordWriter& writer, std::int64_t started, std::int64_t seconds,
+                          JobStatus verdict = JobStatus::kFinished) {
+    run.started = started;
+    run.ended = started + seconds;
+    run.verdict = verdict;
+    writer.PutRun(run);
+  };
+  {
+    const auto writer = Writer();
+    writer->Begin(true);
+    run.cpus = 8;
+    run.jobFile = "/a.k";
+    put(*writer, 1000, 70);
+    put(*writer, 2000, 50);
+    put(*writer, 3000, 5, JobStatus::kAborted);
+    run.reason = Message(MessageId::kEndedUnwatched, run.jobFile);
+    put(*writer, 4000, 9999);
+    run.reason = {};
+    run.restartFile = "/d3dump01";
+    put(*writer, 5000, 7);
+    run.restartFile = "";
+    run.jobFile = "/b.k";
+    put(*writer, 1500, 20);
+  }
+  const auto writer = Writer();
+  writer->Begin(true);
+  const auto job = [](const char* deck) {
+    auto made = std::make_shared<JobFileDyna>(Settings());
+    made->jobFile = deck;
+    return made;
+  };
+  const auto a = job("/a.k");
+  ASSERT_TRUE(WaitUntil([&] { return writer->Past().Of(*a).has_value(); }));
+  ASSERT_TRUE(WaitUntil([&] { return writer->Past().Of(*job("/b.k")).has_value(); }));
+  EXPECT_EQ(writer->Past().Of(*a)->seconds, 50);
+  EXPECT_EQ(writer->Past().Of(*a)->cpus, 8);
+  const auto staged = job("/main.k");
+  staged->stages = {job("/b.k"), a};
+  EXPECT_EQ(writer->Past().Of(*staged)->seconds, 70);
+  EXPECT_EQ(writer->Past().Of(*staged)->started, 2000);
+  staged->stages.push_back(job("/new.k"));
+  EXPECT_FALSE(writer->Past().Of(*staged)) << "nobody knows how long the last stage takes";
+  run.jobFile = "/new.k";
+  const std::uint64_t version = writer->HistoryVersion();
+  put(*writer, 6000, 30);
+  EXPECT_EQ(writer->Past().Of(*staged)->seconds, 100);
+  EXPECT_TRUE(WaitUntil([&] { return writer->HistoryVersion() != version; }));
 }
 
 }  // namespace
