@@ -204,6 +204,7 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   job->restartFile = WithoutRank(FileDirWrapper::AbsolutePath(request.restartFile));
   job->pause = request.pause;
   job->ncpu = request.ncpu;
+  if (!request.extraOptions.empty()) job->extraOptions = request.extraOptions;
   if (dyna != nullptr && !AddStages(*dyna, request, settings, burst)) return nullptr;
   return job;
 }

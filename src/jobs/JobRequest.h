@@ -7,6 +7,7 @@
 #include <string>
 
 #include "jobs/JobFile.h"
+#include "runs/RunRecord.h"
 
 // A record of the hand-over file, or a file chosen in the window.
 struct JobRequest {
@@ -20,7 +21,8 @@ struct JobRequest {
   std::string inputFile;    // the "i" value
   std::string restartFile;  // the "r" value
   std::string jobFile;      // the deck when there is no inputFile
-  int groupId = 0;          // 0: the group that is current when the request is added
+  std::string extraOptions = {};
+  int groupId = 0;  // 0: the group that is current when the request is added
   // The deck becomes the last stage of this job instead of a job of its own.
   JobId stageOf = JobId::kNone;
 };
@@ -30,6 +32,21 @@ inline JobRequest MakeJobRequest(const Settings& settings) {
   JobRequest request;
   request.pause = settings.pause_time;
   request.ncpu = settings.cpu_count;
+  return request;
+}
+
+// A request for a job that runs what this one ran, with what that was told.
+inline JobRequest RequestToRunAgain(const RunRecord& run) {
+  JobRequest request;
+  request.kind = run.solver;
+  request.pause = run.pause;
+  request.memory = run.memory;
+  request.sGiven = run.useSFile;
+  request.dump = run.dump;
+  request.ncpu = run.ncpu;
+  request.restartFile = run.restartFile;
+  request.jobFile = run.jobFile;
+  request.extraOptions = run.extraOptions;
   return request;
 }
 

@@ -191,6 +191,11 @@ void ForEachField(Fields& run, Visit visit) {
   visit("variables", run.variables);
   visit("cpus", run.cpus);
   visit("memory", run.memory);
+  visit("options", run.extraOptions);
+  visit("ncpu", run.ncpu);
+  visit("pause", run.pause);
+  visit("sfile", run.useSFile);
+  visit("dump", run.dump);
   visit("machine", run.machine);
   visit("process", run.process.id);
   visit("mark", run.process.mark);

@@ -10,14 +10,6 @@
 
 namespace {
 
-// One word that no other run has.
-std::string KeyOf(const RunRecord& run) {
-  std::string key = std::to_string(run.started) + '/' + std::to_string(run.process.id) + '/' +
-                    run.process.mark + '/' + std::to_string(run.stage);
-  std::replace(key.begin(), key.end(), ' ', '_');
-  return key;
-}
-
 // A text as it stands between commas. What a script reads is one line a run.
 std::string Field(std::string text) {
   std::replace_if(
@@ -45,10 +37,17 @@ std::string Known(const std::optional<Number>& number) {
 
 }  // namespace
 
+std::string HistoryName(const RunRecord& run) {
+  std::string name = std::to_string(run.started) + '/' + std::to_string(run.process.id) + '/' +
+                     run.process.mark + '/' + std::to_string(run.stage);
+  std::replace(name.begin(), name.end(), ' ', '_');
+  return name;
+}
+
 std::string HistoryRecordOf(const RunRecord& run) {
   RunRecord kept = run;
   kept.filesBefore.clear();  // only for who goes on with it
-  return KeyOf(run) + ' ' + form::Text(form::Of(kept));
+  return HistoryName(run) + ' ' + form::Text(form::Of(kept));
 }
 
 std::string_view HistoryKeyOf(std::string_view record) {

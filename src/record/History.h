@@ -13,6 +13,9 @@
 // More are dropped, the oldest first.
 inline constexpr std::size_t kMostHistory = 10000;
 
+// One word that no other run has.
+std::string HistoryName(const RunRecord& run);
+
 // A run is written down when it begins and again when it has ended: of records with one key the
 // last one counts.
 std::string HistoryRecordOf(const RunRecord& run);

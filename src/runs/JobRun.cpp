@@ -249,6 +249,7 @@ class JobRun {
     if (status == JobStatus::kAborted && !stage.abort) use_.LeaveToRest();
     if (record_) {
       RecordEnd(*record_, stage, status, exitCode);
+      if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_);
       Record(stage);
       record_.reset();
     }

@@ -14,8 +14,8 @@
 #include "util/process/ProcessIdentity.h"
 
 // A plain value: who keeps records writes the fields as they are. Texts are byte strings in the
-// system's code page, but for those said to be ASCII. It holds no secret: the settings' access token
-// is masked in the command line and in the reason.
+// system's code page, but for those said to be ASCII. It holds no secret: the settings' access
+// token is masked in the command line and in the reason.
 struct RunRecord {
   // Known when the process has been started.
   std::int64_t started = 0;  // seconds since 1970
@@ -30,10 +30,16 @@ struct RunRecord {
   std::vector<std::pair<std::string, std::string>> variables;
   int cpus = 0;              // asked for, all hosts together
   std::uint64_t memory = 0;  // megabytes; 0: the solver's choice
-  std::string machine;       // MachineName() of where it runs
-  ProcessIdentity process;   // its mark is ASCII
-  std::string token;         // PTWrapperProcess::Token(); ASCII
-  std::string filesBefore;   // FolderSnapshot::Text() of what lay in the folder; ASCII
+  // What else the job was told, for another run of it.
+  std::string extraOptions;
+  int ncpu = 0;
+  int pause = 0;  // seconds
+  bool useSFile = false;
+  bool dump = true;
+  std::string machine;      // MachineName() of where it runs
+  ProcessIdentity process;  // its mark is ASCII
+  std::string token;        // PTWrapperProcess::Token(); ASCII
+  std::string filesBefore;  // FolderSnapshot::Text() of what lay in the folder; ASCII
   std::optional<std::int64_t> dumpsBefore;  // JobFile::dumpsBefore
 
   // Known at its end. A run that has not ended is Running.

@@ -1,10 +1,23 @@
 #include "runs/RunRecording.h"
 
+#include <algorithm>
+#include <chrono>
+#include <string_view>
+
+#include "d3plot/ptkPostD3plotManager.h"
 #include "jobs/JobArguments.h"
 #include "solvers/OutputAnalysis.h"
+#include "solvers/PostResult.h"
+#include "util/files/IOWrapper.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kCountPatience{10};
+constexpr std::int64_t kClockSlack = 5;  // seconds by which a file server's clock may be behind
+constexpr std::string_view kPlotName = "d3plot";
 
 std::string Masked(const std::string& text, const std::string& secret) {
   return Message(MessageId::kForeignWords, text).Without(secret).English();
@@ -16,6 +29,44 @@ int CpusOf(const JobFile& stage, const JobRunContext& context) {
     return static_cast<int>(BuildHostList(settings, context.groupText).cpus);
   }
   return stage.ncpu < 1 ? settings.cpu_count : stage.ncpu;
+}
+
+void CountMessages(RunRecord& record, const JobFile& stage) {
+  if (record.messageFile.empty()) return;
+  AnalysisHooks hooks;
+  hooks.progress = [&stage, end = Clock::now() + kCountPatience](std::uint64_t, std::uint64_t) {
+    return !stage.abort && Clock::now() < end;
+  };
+  const AnalysisReport report = AnalyseMessageFile(record.messageFile, hooks);
+  if (report.outcome != AnalysisReport::Outcome::kRead) return;
+  record.errors = report.errors;
+  record.warnings = report.warnings;
+}
+
+// In seconds since 1970; nothing when there is no such file.
+std::optional<std::int64_t> WrittenAt(const std::string& path) {
+  std::int64_t created = 0, accessed = 0, modified = 0, size = 0;
+  if (!IOWrapperTxt::FileStatInfo(path, created, accessed, modified, size)) return std::nullopt;
+  return modified;
+}
+
+// A restart goes on with the files of the run before.
+bool IsOfRun(const std::string& path, const RunRecord& record) {
+  const std::optional<std::int64_t> written = WrittenAt(path);
+  return written && (!record.restartFile.empty() || *written >= record.started - kClockSlack);
+}
+
+// The head of the database tells; states are not read.
+void CountModel(RunRecord& record, const JobFile& stage) {
+  for (const std::string& path : PostResults(PostSourceOf(stage))) {
+    if (!path.ends_with(kPlotName) || !IsOfRun(path, record)) continue;
+    ptkPostD3plotManager manager;
+    ptkUnstructuredGridManager grids;
+    if (!manager.Open(path, grids)) continue;
+    record.nodes = grids.Grid().NumberOfPoints();
+    record.elements = grids.Grid().NumberOfCells();
+    return;
+  }
 }
 
 }  // namespace
@@ -33,6 +84,13 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
   record.variables = start.variables;
   record.cpus = CpusOf(stage, *stage.run);
   record.memory = stage.memory;
+  record.extraOptions = Masked(stage.extraOptions, stage.run->settings.inc_token);
+  record.ncpu = stage.ncpu;
+  record.pause = stage.pause;
+  if (const auto* const dyna = dynamic_cast<const JobFileDyna*>(&stage)) {
+    record.useSFile = dyna->useSFile;
+    record.dump = dyna->dump;
+  }
   record.machine = MachineName();
   record.process = IdentityOfProcess(stage.process.ChildId());
   record.token = stage.process.Token();
@@ -56,11 +114,13 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.reason = stage.RunMessage();
   record.messageFile = stage.MessageFile();
   record.restartDump = stage.RestartDump();
-  if (record.messageFile.empty() || dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
-  AnalysisHooks hooks;
-  hooks.progress = [&stage](std::uint64_t, std::uint64_t) { return !stage.abort; };
-  const AnalysisReport report = AnalyseMessageFile(record.messageFile, hooks);
-  if (report.outcome != AnalysisReport::Outcome::kRead) return;
-  record.errors = report.errors;
-  record.warnings = report.warnings;
+  if (dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
+  CountMessages(record, stage);
+  CountModel(record, stage);
+}
+
+void RecordUnwatchedEnd(RunRecord& record) {
+  const std::optional<std::int64_t> written = WrittenAt(record.messageFile);
+  if (!written || record.ended < record.started) return;
+  record.ended = std::clamp(*written, record.started, record.ended);
 }

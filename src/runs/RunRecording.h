@@ -10,8 +10,13 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
 // How the stage's process ended, as long as it holds one; none when it runs or nobody knows.
 std::optional<int> KnownExitCode(const PTWrapperProcess& process);
 
-// Writes down how the run ended. Errors and warnings are counted where there is a message file.
+// Writes down how the run ended. Of a deck's run, errors and warnings are counted where there is a
+// message file, nodes and elements where there is a "d3plot" that the run wrote or went on with.
+// Takes some seconds at most; what cannot be counted until then stays unknown.
 void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
                std::optional<int> exitCode);
+
+// Then, of a run whose end nobody watched: it ended when it wrote its message file last.
+void RecordUnwatchedEnd(RunRecord& record);
 
 #endif

@@ -110,6 +110,7 @@ TEST_F(ResumeTest, OneThatStillRunsIsWatchedToItsEnd) {
   EXPECT_EQ(records_[1].started, record_.started);
   EXPECT_GE(records_[1].ended, record_.started);
   EXPECT_EQ(records_[1].errors, 0);
+  EXPECT_GT(records_[1].nodes.value_or(0), 0);
 #ifdef _WIN32
   EXPECT_EQ(records_[1].exitCode, 0);
   EXPECT_EQ(notes_, (std::vector{MessageId::kJobTakenOver, MessageId::kProcessEnded}));
