@@ -359,12 +359,22 @@ void Application::OpenResult(const std::string& path) {
   const std::string commandLine = ViewerCommand(program) + ' ' + InQuotes(path);
   const Message failure = program.empty() ? Message(MessageId::kNoPostProcessor, path)
                                           : Message(MessageId::kPostProcessorFailed, commandLine);
-  const auto start = [this, path, commandLine, failure, byDesktop = program.empty()] {
-    if (byDesktop ? OpenWithDesktop(path) : StartProgram(commandLine)) return;
-    settings_->Log().Report(failure);
-  };
+  StartOrReport(
+      [path, commandLine, byDesktop = program.empty()] {
+        return byDesktop ? OpenWithDesktop(path) : StartProgram(commandLine);
+      },
+      failure);
+}
+
+void Application::OpenFolder(const std::string& path) {
+  StartOrReport([path] { return OpenWithDesktop(path); }, Message(MessageId::kNoFolderShown, path));
+}
+
+void Application::StartOrReport(std::function<bool()> start, const Message& failure) {
   try {
-    StartOffThread(start);
+    StartOffThread([this, start = std::move(start), failure] {
+      if (!start()) settings_->Log().Report(failure);
+    });
   } catch (const std::system_error&) {
     settings_->Log().Report(failure);
   }

@@ -92,6 +92,8 @@ class Application {
   // file. Returns at once; a failure is in the log and names the setting: the program does not
   // exist, could not be run, or the desktop has none.
   void OpenResult(const std::string& path);
+  // Shows a folder in what the desktop has for it. Returns at once; a failure is in the log.
+  void OpenFolder(const std::string& path);
 
   // Enables and disables the drivers.
   void SetSolverMode(SolverMode mode);
@@ -125,6 +127,7 @@ class Application {
   void WriteFiles();
   std::vector<SettingsAndPaths::GroupEntry> GroupEntries() const;
   void StartOffThread(std::function<void()> start);
+  void StartOrReport(std::function<bool()> start, const Message& failure);
   bool OpenTextFile(const std::string& path,
                     const std::function<bool(const std::string& path)>& fallback);
   void ReportNoViewer(const std::string& commandLine);

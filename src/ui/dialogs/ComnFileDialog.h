@@ -8,8 +8,7 @@
 #include <vector>
 
 // Captions and filters are UTF-8, paths are byte strings in the system's code page. Interface
-// thread; events of the program go on while the chooser is open. The program itself never chooses a
-// file to write: SetOpen(false), SetDefExt and SetDefFile are there for the sake of the interface.
+// thread; events of the program go on while the chooser is open.
 class ComnFileDialog {
  public:
   void SetParentWindow(Fl_Window* parent) { parent_ = parent; }

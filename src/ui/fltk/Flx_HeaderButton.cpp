@@ -4,6 +4,8 @@
 #include <FL/fl_draw.H>
 #include <FL/Fl_Window.H>
 
+#include <utility>
+
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 
@@ -11,6 +13,7 @@ namespace {
 
 constexpr int kEdge = 5;  // pixels on each side of a column's border that take hold of it
 constexpr int kTextPadding = 8;
+constexpr int kMarkWidth = 12;
 
 }  // namespace
 
@@ -47,7 +50,8 @@ int Flx_HeaderButton::handle(int event) {
       ShowDefaultCursor();
       return 1;
     case FL_PUSH:
-      if (Fl::event_button() != FL_LEFT_MOUSE || ColumnAtEdge() < 0) return 1;
+      pressed_ = Fl::event_button() == FL_LEFT_MOUSE && ColumnAtEdge() < 0;
+      if (Fl::event_button() != FL_LEFT_MOUSE || pressed_) return 1;
       if (Fl::event_clicks() > 0) {
         Fl::event_clicks(0);
         sizer_.FitColumn(ColumnAtEdge());
@@ -62,10 +66,23 @@ int Flx_HeaderButton::handle(int event) {
       return 1;
     case FL_RELEASE:
       sizer_.EndColumnResize();
+      if (std::exchange(pressed_, false) && Fl::event_inside(this)) sizer_.HeadPressed(column_);
       return 1;
     default:
       return Fl_Widget::handle(event);
   }
+}
+
+void Flx_HeaderButton::SetMark(Mark mark) {
+  if (std::exchange(mark_, mark) != mark) redraw();
+}
+
+void Flx_HeaderButton::DrawMark() const {
+  constexpr int kHalf = 4;
+  const int middle = x() + w() - kTextPadding - kHalf;
+  const int tip = mark_ == Mark::kAscending ? -2 : 2;
+  const int centre = y() + h() / 2;
+  fl_polygon(middle - kHalf, centre - tip, middle + kHalf, centre - tip, middle, centre + tip);
 }
 
 void Flx_HeaderButton::draw() {
@@ -76,8 +93,10 @@ void Flx_HeaderButton::draw() {
   fl_xyline(x(), y() + h() - 1, x() + w() - 1);
   fl_font(FL_HELVETICA, labelsize());
   fl_color(Theme::kMuted);
-  const std::string text = FitHead(title_, w() - kTextPadding - 3);
+  const int mark = mark_ == Mark::kNone ? 0 : kMarkWidth;
+  const std::string text = FitHead(title_, w() - kTextPadding - 3 - mark);
   fl_push_clip(x(), y(), w() - 2, h());
   fl_draw(text.c_str(), x() + kTextPadding, y(), w(), h() - 1, FL_ALIGN_LEFT, nullptr, 0);
+  if (mark_ != Mark::kNone) DrawMark();
   fl_pop_clip();
 }

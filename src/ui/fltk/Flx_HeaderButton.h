@@ -6,9 +6,11 @@
 
 #include <string>
 
-// What a head asks of its table while the user drags the right edge of a column.
+// What a head asks of its table when it is pressed, and while the user drags the right edge of a
+// column.
 class ColumnSizer {
  public:
+  virtual void HeadPressed(int column) = 0;
   virtual void BeginColumnResize(int column) = 0;
   virtual void ResizeColumn(int byPixels) = 0;  // since the beginning
   virtual void EndColumnResize() = 0;
@@ -23,10 +25,15 @@ class Flx_HeaderButton : public Fl_Button {
  public:
   Flx_HeaderButton(ColumnSizer& sizer, int column, const std::string& title);
 
+  enum class Mark { kNone, kAscending, kDescending };
+  // How the rows are sorted by this column.
+  void SetMark(Mark mark);
+
   int handle(int event) override;
   void draw() override;
 
  private:
+  void DrawMark() const;
   // The column whose right edge is under the mouse; -1 when none is.
   int ColumnAtEdge() const;
   void ShowResizeCursor();
@@ -35,6 +42,8 @@ class Flx_HeaderButton : public Fl_Button {
   ColumnSizer& sizer_;
   const int column_;
   const std::string title_;
+  Mark mark_ = Mark::kNone;
+  bool pressed_ = false;
   int pushX_ = 0;
   bool resizeCursor_ = false;
 };

@@ -86,9 +86,10 @@ Flx_Table::Flx_Table(int x, int y, int w, int h) : Fl_Group(x, y, w, h) {
 }
 
 void Flx_Table::AddColumn(const TableColumn& column) {
-  heads_->begin();
+  Fl_Group* const open = Fl_Group::current();
+  Fl_Group::current(heads_);
   auto* button = new Flx_HeaderButton(*this, ColumnCount(), column.title);
-  heads_->end();
+  Fl_Group::current(open);
   buttons_.push_back(button);
   columns_.push_back(column);
   widths_.push_back(column.width);
@@ -203,6 +204,18 @@ void Flx_Table::CopyColumns(const Flx_Table& other) {
   columns_ = other.columns_;
   wantedFor_ = other.wantedFor_;
   LayOut();
+}
+
+void Flx_Table::ShowSorted(int column, bool descending) {
+  using Mark = Flx_HeaderButton::Mark;
+  for (int i = 0; i < ColumnCount(); ++i) {
+    const Mark mark = descending ? Mark::kDescending : Mark::kAscending;
+    buttons_[static_cast<std::size_t>(i)]->SetMark(i == column ? mark : Mark::kNone);
+  }
+}
+
+void Flx_Table::HeadPressed(int column) {
+  if (OnHead) OnHead(column);
 }
 
 void Flx_Table::BeginColumnResize(int column) {

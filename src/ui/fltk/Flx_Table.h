@@ -38,6 +38,9 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   void RowsChanged();
   void RowChanged(int row);
 
+  // Shows that the rows are sorted by a column; -1: by none.
+  void ShowSorted(int column, bool descending);
+
   // Takes over the widths that the user gave to another table with the same columns.
   void CopyColumns(const Flx_Table& other);
 
@@ -48,6 +51,8 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   // A right click or the menu key; the row, if any, is current then. Window coordinates.
   std::function<void(int x, int y)> OnMenu;
   std::function<void(int row, int column)> OnCell;  // a button cell was pressed
+  std::function<void(int column)> OnHead;           // a column's head was pressed
+  std::function<void()> OnOpen;                     // the current row was double clicked
 
   void draw() override;
   void resize(int x, int y, int w, int h) override;
@@ -81,6 +86,7 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
  private:
   class Rows;
   class Extent;
+  void HeadPressed(int column) override;
   void BeginColumnResize(int column) override;
   void ResizeColumn(int byPixels) override;
   void EndColumnResize() override;

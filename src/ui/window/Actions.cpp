@@ -35,6 +35,8 @@ const ActionInfo kActions[] = {
     {Action::kGoOn, nullptr, nullptr, "ui_menu_go_on", FL_CTRL | 'g'},
     {Action::kStop, nullptr, nullptr, "ui_menu_stop", FL_CTRL | '.'},
     {Action::kRefresh, nullptr, nullptr, "ui_menu_refresh", FL_F + 5},
+    {Action::kHistory, nullptr, nullptr, "ui_menu_history", FL_CTRL | 'h'},
+    {Action::kJobHistory, nullptr, nullptr, "ui_menu_job_history", FL_CTRL | FL_SHIFT | 'h'},
     {Action::kMppSettings, nullptr, nullptr, nullptr, 0},
     {Action::kNextGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_Tab},
     {Action::kPreviousGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_SHIFT | FL_Tab},

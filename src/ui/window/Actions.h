@@ -33,6 +33,8 @@ enum class Action {
   kGoOn,
   kStop,
   kRefresh,
+  kHistory,
+  kJobHistory,
   kMppSettings,
   kNextGroup,
   kPreviousGroup,

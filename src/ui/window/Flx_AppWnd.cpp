@@ -4,6 +4,7 @@
 #include <FL/Fl_Box.H>
 #include <FL/fl_draw.H>
 
+#include "ui/dialogs/HistoryWindow.h"
 #include "ui/fltk/EventFilter.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
@@ -84,6 +85,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
   application_.EditFallback = nullptr;
+  HistoryWindow::CloseAll();
   TextViewer::CloseAll();
   ComnChmDialog::CloseViewer();
 }
@@ -141,6 +143,7 @@ void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   table->hide();
   table->OnSelect = [this] { ShowCurrentJob(); };
   table->OnMenu = [this](int x, int y) { OpenJobMenu(x, y); };
+  table->PastRunOf = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
   table->OnCell = [this](int row, int column) { CellPressed(row, column); };
   if (!tables_.empty()) table->CopyColumns(*tables_.front());
   tables_.push_back(table);

@@ -135,6 +135,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void AddRestart();
   void GoOn();
   void RunPost();
+  void ShowRunsOfJob();
   void OpenMppSettings();
   void Configure();
   void ShowAbout();

@@ -12,9 +12,11 @@
 #include "ui/dialogs/Flx_MultipleStages.h"
 #include "ui/dialogs/Flx_RenameGroup.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/dialogs/HistoryWindow.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/KeywordFiles.h"
 #include "ui/window/StoppingWindow.h"
@@ -66,6 +68,10 @@ void Flx_AppWnd::Perform(Action action) {
       return RunPost();
     case Action::kConfig:
       return Configure();
+    case Action::kHistory:
+      return HistoryWindow::Show(application_, texts_, {});
+    case Action::kJobHistory:
+      return ShowRunsOfJob();
     case Action::kMppSettings:
       return OpenMppSettings();
     case Action::kAbout:
@@ -372,10 +378,7 @@ void Flx_AppWnd::OpenStages() {
 
 std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
   const std::int64_t seconds = std::max<std::int64_t>(DateTimeWrapper::CurrentTime() - moment, 0);
-  const std::int64_t minutes = seconds / 60;
-  if (minutes == 0) return texts_.Format("ui_time_seconds", std::to_string(seconds));
-  if (minutes < 60) return texts_.Format("ui_time_minutes", std::to_string(minutes));
-  return texts_.Format("ui_time_hours", std::to_string(minutes / 60), std::to_string(minutes % 60));
+  return ShownDuration(seconds, texts_);
 }
 
 // A line for each job, and what is lost with them.

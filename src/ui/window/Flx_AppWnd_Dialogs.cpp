@@ -8,6 +8,7 @@
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
 #include "ui/dialogs/Flx_RestartJob.h"
+#include "ui/dialogs/HistoryWindow.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
@@ -58,6 +59,15 @@ void Flx_AppWnd::RunPost() {
     return Inform(texts_.Get("msg_not_exist") + "\n" + ToUi(paths.front()));
   Say(texts_.Format("ui_post_opens", ToUi(*result)));
   application_.OpenResult(*result);
+}
+
+// Stages are runs of their own, of decks in the job's folder or below it.
+void Flx_AppWnd::ShowRunsOfJob() {
+  std::string path;
+  const auto read = [&](const JobFile& job) {
+    path = job.stages.empty() ? job.MainFile() : job.Folder();
+  };
+  if (ReadCurrentJob(read)) HistoryWindow::Show(application_, texts_, ToUi(path));
 }
 
 void Flx_AppWnd::OpenMppSettings() {

@@ -12,8 +12,8 @@
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/window/Layout.h"
-#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -22,13 +22,6 @@ constexpr int kGoOnSize = CellDrawing::kIconSize;
 
 bool CanViewMessage(JobStatus status) {
   return status == JobStatus::kRunning || HasEnded(status);
-}
-
-// In UTF-8.
-std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return ToUi(name);
 }
 
 struct Shape {
@@ -102,19 +95,13 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   row.status = job.status;
   if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
     row.reason = texts_.Say(job.RunMessage());
-  if (HasEnded(job.status)) row.dump = NameOf(job.RestartDump());
+  if (HasEnded(job.status)) row.dump = ShownName(job.RestartDump());
   row.multiStage = !job.stages.empty();
   row.dyna = dyna != nullptr;
   row.force = dyna && dyna->useSFile;
-  row.path = ToUi(job.jobFile);
-  row.cells[kName] = NameOf(job.jobFile);
-  if (!job.restartFile.empty()) {
-    // As the solver is told.
-    const std::string restart = "R=" + NameOf(job.restartFile);
-    row.cells[kName] = row.path.empty() ? restart : row.cells[kName] + " (" + restart + ")";
-    if (!row.path.empty()) row.path += "\n";
-    row.path += texts_.Format("ui_tip_restart", ToUi(job.restartFile));
-  }
+  row.past = PastText(job);
+  row.path = ShownPath(job.jobFile, job.restartFile, texts_);
+  row.cells[kName] = ShownJob(job.jobFile, job.restartFile);
   row.cells[kFolder] = ToUi(job.Folder());
   row.cells[kSolver] = RowOfKind(job.GetSolverType()).name;
   row.cells[kStages] = texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
@@ -125,6 +112,16 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
       row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
   row.cells[kOther] = ToUi(job.extraOptions);
   return row;
+}
+
+std::string JobTable::PastText(const JobFile& job) const {
+  const bool waits = job.status == JobStatus::kQueued || job.status == JobStatus::kWaiting;
+  const std::optional<PastRun> past = waits && PastRunOf ? PastRunOf(job) : std::nullopt;
+  if (!past) return {};
+  const std::string took = ShownDuration(past->seconds, texts_);
+  const std::string when = ShownMoment(past->started, texts_);
+  if (past->cpus == 1) return texts_.Format("ui_past_run_one", took, when);
+  return texts_.Format("ui_past_run", took, std::to_string(past->cpus), when);
 }
 
 // Empty for a job that has been removed meanwhile.
@@ -244,6 +241,7 @@ std::string JobTable::CellTip(int index, int column) {
   const Row row = ReadRow(index);
   switch (column) {
     case kName:
+      return row.past.empty() ? row.path : row.path + '\n' + row.past;
     case kFolder:
       return row.path;
     case kStatus:
@@ -258,7 +256,7 @@ std::string JobTable::CellTip(int index, int column) {
 }
 
 std::string JobTable::StatusTip(const Row& row) const {
-  std::string tip = row.reason.empty() ? std::string() : texts_.Format("ui_code", row.reason);
+  std::string tip = row.reason.empty() ? row.past : texts_.Format("ui_code", row.reason);
   if (row.dump.empty()) return tip;
   return tip + (tip.empty() ? "" : "\n") + texts_.Format("ui_tip_go_on", row.dump);
 }

@@ -4,10 +4,12 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/JobList.h"
+#include "record/PastRuns.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
 
@@ -41,6 +43,9 @@ class JobTable : public Flx_Table {
 
   void SelectJob(JobId job);
 
+  // What the job took when it ran before; called with the list locked. Null: nobody knows.
+  std::function<std::optional<PastRun>(const JobFile& job)> PastRunOf;
+
   // The list changed.
   void JobsChanged();
   // What a job shows changed.
@@ -62,12 +67,14 @@ class JobTable : public Flx_Table {
     std::string cells[kColumns];
     std::string path, reason;
     std::string dump;  // the name of the one that the job can go on from
+    std::string past;  // what it took before; of a job that has not run yet
     JobStatus status = JobStatus::kQueued;
     bool multiStage = false;
     bool dyna = false;
     bool force = false;
   };
   Row MakeRow(const JobFile& job) const;
+  std::string PastText(const JobFile& job) const;
   Row ReadRow(int row) const;
   std::string StatusTip(const Row& row) const;
   int RowOf(JobId job) const;  // -1 when it has none

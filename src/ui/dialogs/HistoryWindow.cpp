@@ -1,0 +1,412 @@
+#include "ui/dialogs/HistoryWindow.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Menu_Item.H>
+
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "record/History.h"
+#include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/ComnMsgBox.h"
+#include "ui/dialogs/Flx_ShowInfo.h"
+#include "ui/fltk/LineInput.h"
+#include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/Sizes.h"
+#include "ui/fltk/Theme.h"
+#include "ui/text/Encoding.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/signals/Mutex.h"
+
+namespace {
+
+constexpr double kLookSeconds = 0.1;
+constexpr std::chrono::seconds kBetweenReadings{1};
+constexpr int kWidth = 1180;
+constexpr int kHeight = 520;
+constexpr int kMinWidth = 720;
+constexpr int kMinHeight = 240;
+constexpr int kRow = Sizes::kButtonHeight + 2 * Sizes::kMargin;
+constexpr int kFilterLabel = 52;
+constexpr int kFilterWidth = 300;
+constexpr int kVerdictWidth = 130;
+constexpr int kButtonWidth = 96;
+
+HistoryWindow* theWindow = nullptr;
+
+Fl_Box* MakeNote(int x, int y, int right, Fl_Align align) {
+  auto* note = new Fl_Box(x, y, right - x, Sizes::kButtonHeight);
+  note->align(align | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
+  note->labelcolor(Theme::kMuted);
+  return note;
+}
+
+}  // namespace
+
+struct HistoryWindow::Reading {
+  RecordFiles files;
+  TextTable texts;  // the thread's own
+  Mutex mutex;
+  HistoryTable::Rows rows KR_GUARDED_BY(mutex);  // null until it is done
+};
+
+struct HistoryWindow::Export {
+  std::string path;
+  HistoryTable::Rows rows;
+  std::vector<std::size_t> places;
+  Mutex mutex;
+  bool done KR_GUARDED_BY(mutex) = false;
+  bool written KR_GUARDED_BY(mutex) = false;
+  std::string why KR_GUARDED_BY(mutex);
+};
+
+// In the order of their buttons.
+const std::vector<HistoryWindow::Command>& HistoryWindow::Commands() {
+  using Self = HistoryWindow;
+  static const std::vector<Command> commands = {
+      {"ui_past_summary", &Self::HasEnded, &Self::ShowSummary, true},
+      {"ui_past_message", &Self::HasMessage, &Self::ShowMessage, true},
+      {"ui_past_folder", &Self::HasFolder, &Self::OpenFolder, true},
+      {"ui_past_again", &Self::HasFile, &Self::RunAgain, true},
+      {"ui_past_export", &Self::HasRows, &Self::ExportRows, false},
+      {"ui_text_close", nullptr, &Self::Close, false},
+  };
+  return commands;
+}
+
+void HistoryWindow::Show(Application& application, const TextTable& texts,
+                         const std::string& words) {
+  if (theWindow == nullptr) {
+    Fl_Window* const other = Fl::first_window();
+    theWindow = new HistoryWindow(application, texts);
+    CentreOver(*theWindow, other);
+    FitScreen(*theWindow, other);
+  }
+  theWindow->show();
+  theWindow->FilterFor(words);
+}
+
+void HistoryWindow::CloseAll() {
+  delete theWindow;
+}
+
+HistoryWindow::HistoryWindow(Application& application, const TextTable& texts)
+    : Fl_Double_Window(kWidth, kHeight), application_(application), texts_(texts) {
+  copy_label(texts_.Get("ui_past_title").c_str());
+  xclass("KestrunHistory");
+  color(Theme::kWindow);
+  MakeFilterRow();
+  table_ = new HistoryTable(Sizes::kMargin, kRow, kWidth - 2 * Sizes::kMargin, kHeight - 2 * kRow,
+                            texts_);
+  MakeFooter();
+  end();
+  resizable(table_);
+  size_range(kMinWidth, kMinHeight);
+  table_->OnSelect = [this] { ShowButtons(); };
+  table_->OnOpen = [this] { ShowSummary(); };
+  table_->OnMenu = [this](int x, int y) { OpenMenu(x, y); };
+  callback([](Fl_Widget* self, void*) { static_cast<HistoryWindow*>(self)->Close(); });
+  StartReading();
+  ShowFiltered();
+  Fl::add_timeout(kLookSeconds, Tick, this);
+}
+
+HistoryWindow::~HistoryWindow() {
+  Fl::remove_timeout(Tick, this);
+  if (theWindow == this) theWindow = nullptr;
+}
+
+void HistoryWindow::MakeFilterRow() {
+  auto* row = new Fl_Group(0, 0, kWidth, kRow);
+  const int y = Sizes::kMargin;
+  const auto changed = [](Fl_Widget*, void* self) {
+    static_cast<HistoryWindow*>(self)->ShowFiltered();
+  };
+  filter_ = new LineInput(Sizes::kMargin + kFilterLabel, y, kFilterWidth, Sizes::kButtonHeight);
+  filter_->copy_label(texts_.Get("ui_past_filter").c_str());
+  filter_->copy_tooltip(texts_.Get("ui_past_filter_tip").c_str());
+  filter_->when(FL_WHEN_CHANGED);
+  filter_->callback(changed, this);
+  const int x = filter_->x() + filter_->w() + Sizes::kMargin;
+  verdict_ = new Fl_Choice(x, y, kVerdictWidth, Sizes::kButtonHeight);
+  verdicts_.Show(*verdict_,
+                 {texts_.Get("ui_past_any"), texts_.Say(JobStatusWord(JobStatus::kFinished)),
+                  texts_.Say(JobStatusWord(JobStatus::kAborted)),
+                  texts_.Say(JobStatusWord(JobStatus::kRunning)), texts_.Get("ui_past_unknown")},
+                 0);
+  verdict_->callback(changed, this);
+  count_ = MakeNote(x + verdict_->w() + Sizes::kMargin, y, kWidth - Sizes::kMargin, FL_ALIGN_RIGHT);
+  row->end();
+  row->resizable(count_);
+}
+
+void HistoryWindow::MakeFooter() {
+  auto* footer = new Fl_Group(0, kHeight - kRow, kWidth, kRow);
+  const int y = kHeight - kRow + Sizes::kMargin;
+  int x = Sizes::kMargin;
+  for (const Command& command : Commands()) {
+    const bool last = &command == &Commands().back();
+    if (last) {
+      said_ = MakeNote(x, y, kWidth - kButtonWidth - 2 * Sizes::kMargin, FL_ALIGN_LEFT);
+      x = kWidth - kButtonWidth - Sizes::kMargin;
+    }
+    auto* button = new Fl_Button(x, y, kButtonWidth, Sizes::kButtonHeight);
+    button->copy_label(texts_.Get(command.key).c_str());
+    button->color(Theme::kSurface);
+    button->callback(
+        [](Fl_Widget* pressed, void* self) {
+          auto* window = static_cast<HistoryWindow*>(self);
+          for (std::size_t i = 0; i < Commands().size(); ++i) {
+            if (window->buttons_[i] == pressed) return (window->*Commands()[i].act)();
+          }
+        },
+        this);
+    buttons_.push_back(button);
+    x += kButtonWidth + Sizes::kGap;
+  }
+  footer->end();
+  footer->resizable(said_);
+}
+
+void HistoryWindow::FilterFor(const std::string& words) {
+  filter_->value(words.c_str());
+  verdict_->value(0);
+  ShowFiltered();
+  table_->TakeFocus();
+}
+
+void HistoryWindow::ShowFiltered() {
+  table_->SetFilter(filter_->value(), static_cast<HistoryVerdict>(verdict_->value()));
+  ShowCount();
+  ShowButtons();
+}
+
+void HistoryWindow::ShowCount() {
+  const std::size_t all = table_->AllRows()->size();
+  const std::size_t shown = table_->Places().size();
+  table_->SetNothing(texts_.Get(!hasRead_  ? "ui_past_reading"
+                                : all == 0 ? "ui_past_none"
+                                           : "ui_past_no_match"));
+  std::string text;
+  if (shown < all) {
+    text = texts_.Format("ui_past_some", std::to_string(shown), std::to_string(all));
+  } else if (all > 0) {
+    text = texts_.Format("ui_past_all", std::to_string(all));
+  }
+  count_->copy_label(text.c_str());
+}
+
+bool HistoryWindow::Can(const Command& command) const {
+  return command.can == nullptr || (this->*command.can)();
+}
+
+void HistoryWindow::ShowButtons() {
+  for (std::size_t i = 0; i < buttons_.size(); ++i) {
+    const bool can = Can(Commands()[i]);
+    if (can == (buttons_[i]->active() != 0)) continue;
+    can ? buttons_[i]->activate() : buttons_[i]->deactivate();
+  }
+}
+
+void HistoryWindow::Say(const std::string& text) {
+  said_->copy_label(text.c_str());
+}
+
+void HistoryWindow::Inform(const std::string& text) {
+  ComnMsgBox::Inform(this, label(), text, texts_.Get("ui_ok"));
+}
+
+void HistoryWindow::OpenMenu(int x, int y) {
+  if (table_->CurrentRun() == nullptr) return;
+  std::vector<Fl_Menu_Item> items;
+  std::vector<const Command*> meanings;
+  for (const Command& command : Commands()) {
+    if (!command.inMenu) continue;
+    Fl_Menu_Item item = {};
+    item.text = texts_.Get(command.key).c_str();
+    item.flags = Can(command) ? 0 : FL_MENU_INACTIVE;
+    item.labeltype_ = Theme::kMenuLabel;
+    item.labelsize_ = Sizes::kFontSize;
+    items.push_back(item);
+    meanings.push_back(&command);
+  }
+  items.push_back(Fl_Menu_Item{});
+  const Fl_Menu_Item* const picked = items.front().popup(x, y);
+  if (picked == nullptr || picked->text == nullptr) return;
+  (this->*meanings[static_cast<std::size_t>(picked - items.data())]->act)();
+}
+
+int HistoryWindow::handle(int event) {
+  if ((event == FL_KEYBOARD || event == FL_SHORTCUT) && TakeKey()) return 1;
+  return Fl_Double_Window::handle(event);
+}
+
+bool HistoryWindow::TakeKey() {
+  const int key = Fl::event_key();
+  if (key == FL_Escape) return Close(), true;
+  if (key == FL_F + 5 && !reading_) return StartReading(), true;
+  if (key == FL_Enter || key == FL_KP_Enter) return ShowSummary(), true;
+  if (Fl::event_ctrl() != 0 && key == 'f') {
+    filter_->take_focus();
+    return filter_->position(filter_->size(), 0), true;
+  }
+  return false;
+}
+
+void HistoryWindow::Tick(void* self) {
+  auto* window = static_cast<HistoryWindow*>(self);
+  window->TakeRead();
+  window->TakeExported();
+  const bool isOld = window->version_ != window->application_.Record().HistoryVersion();
+  if (isOld && !window->reading_ && Clock::now() >= window->next_) window->StartReading();
+  Fl::repeat_timeout(kLookSeconds, Tick, self);
+}
+
+// What comes while the file is read is read again.
+void HistoryWindow::StartReading() {
+  reading_ = std::make_shared<Reading>();
+  reading_->files = application_.Record().Files();
+  FillTexts(application_.language, {}, reading_->texts);
+  version_ = application_.Record().HistoryVersion();
+  try {
+    std::thread([reading = reading_] {
+      auto rows = std::make_shared<const std::vector<HistoryRow>>(HistoryRowsOf(
+          ReadHistory(reading->files.history, reading->files.machine), reading->texts));
+      const MutexLock lock(reading->mutex);
+      reading->rows = std::move(rows);
+    }).detach();
+  } catch (const std::system_error&) {
+    reading_.reset();
+    Say(texts_.Get("ui_past_not_read"));
+  }
+}
+
+void HistoryWindow::TakeRead() {
+  if (!reading_) return;
+  HistoryTable::Rows rows;
+  {
+    const MutexLock lock(reading_->mutex);
+    rows = std::move(reading_->rows);
+  }
+  if (!rows) return;
+  reading_.reset();
+  hasRead_ = true;
+  next_ = Clock::now() + kBetweenReadings;
+  table_->SetRows(std::move(rows));
+  ShowCount();
+  ShowButtons();
+}
+
+bool HistoryWindow::HasEnded() const {
+  const HistoryRow* const row = table_->CurrentRun();
+  return row != nullptr && ::HasEnded(row->run.verdict);
+}
+
+bool HistoryWindow::HasMessage() const {
+  const HistoryRow* const row = table_->CurrentRun();
+  return row != nullptr && !row->run.messageFile.empty();
+}
+
+bool HistoryWindow::HasFolder() const {
+  const HistoryRow* const row = table_->CurrentRun();
+  return row != nullptr && !row->run.folder.empty();
+}
+
+bool HistoryWindow::HasFile() const {
+  const HistoryRow* const row = table_->CurrentRun();
+  return row != nullptr && !(row->run.jobFile.empty() && row->run.restartFile.empty());
+}
+
+void HistoryWindow::ShowSummary() {
+  if (!HasEnded()) return;
+  const RunRecord& run = table_->CurrentRun()->run;
+  Flx_ShowInfo dialog(this, application_.language,
+                      {run.solver, run.verdict, run.jobFile, run.folder, run.messageFile});
+  dialog.Run();
+}
+
+void HistoryWindow::ShowMessage() {
+  const std::string path = table_->CurrentRun()->run.messageFile;
+  if (!FileDirWrapper::FileExists(path))
+    return Inform(texts_.Get("msg_not_exist") + "\n" + ToUi(path));
+  application_.ViewTextFile(path);
+}
+
+void HistoryWindow::OpenFolder() {
+  const std::string path = table_->CurrentRun()->run.folder;
+  if (!FileDirWrapper::IsFolder(path))
+    return Inform(texts_.Get("msg_not_exist") + "\n" + ToUi(path));
+  application_.OpenFolder(path);
+}
+
+void HistoryWindow::RunAgain() {
+  const RunRecord& run = table_->CurrentRun()->run;
+  const auto group = application_.Manager().CurrentGroup();
+  if (!group) return;
+  if (!application_.SolverEnabled(run.solver))
+    return Inform(texts_.Get("ui_disabled_files") + "\n" + ToUi(run.jobFile));
+  for (const std::string& path : {run.jobFile, run.restartFile}) {
+    if (!path.empty() && !FileDirWrapper::FileExists(path))
+      return Inform(texts_.Get("ui_past_gone") + "\n" + ToUi(path));
+  }
+  JobRequest request = RequestToRunAgain(run);
+  request.groupId = group->Id();
+  application_.Intake().Add(request);
+  Say(texts_.Format("ui_past_added", table_->CurrentRun()->Cell(HistoryColumn::kJob),
+                    ToUi(group->Name())));
+}
+
+void HistoryWindow::ExportRows() {
+  if (export_) return;
+  ComnFileDialog dialog;
+  dialog.SetParentWindow(this);
+  dialog.SetOpen(false);
+  dialog.SetCaption(texts_.Get("ui_past_export_title"));
+  dialog.SetFilter("CSV (*.csv)|*.csv|");
+  dialog.SetDefExt("csv");
+  dialog.SetDefFile("history.csv");
+  if (!dialog.DoModal() || export_) return;
+  const auto job = std::make_shared<Export>();
+  job->path = dialog.GetPathName();
+  job->rows = table_->AllRows();
+  job->places = table_->Places();
+  Say(texts_.Format("ui_past_exports", ToUi(job->path)));
+  try {
+    std::thread([job] {
+      std::vector<RunRecord> runs;
+      for (const std::size_t place : job->places) runs.push_back((*job->rows)[place].run);
+      std::string why;
+      const bool written = FileDirWrapper::WriteFileWhole(job->path, HistoryCsv(runs), &why);
+      const MutexLock lock(job->mutex);
+      job->done = true;
+      job->written = written;
+      job->why = why;
+    }).detach();
+    export_ = job;
+  } catch (const std::system_error& error) {
+    Inform(texts_.Format("ui_past_not_exported", ToUi(job->path), ToUi(error.what())));
+  }
+}
+
+void HistoryWindow::TakeExported() {
+  if (!export_) return;
+  std::string why;
+  {
+    const MutexLock lock(export_->mutex);
+    if (!export_->done) return;
+    if (!export_->written) why = export_->why.empty() ? "-" : export_->why;
+  }
+  const auto job = std::exchange(export_, nullptr);
+  if (why.empty())
+    return Say(
+        texts_.Format("ui_past_exported", std::to_string(job->places.size()), ToUi(job->path)));
+  Say({});
+  Inform(texts_.Format("ui_past_not_exported", ToUi(job->path), ToUi(why)));
+}
+
+void HistoryWindow::Close() {
+  hide();
+  Fl::delete_widget(this);
+  if (theWindow == this) theWindow = nullptr;
+}
