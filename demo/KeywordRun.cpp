@@ -29,7 +29,8 @@ constexpr auto kSwitchGrace = std::chrono::milliseconds(500);
 constexpr int kFewestLines = 10;
 constexpr int kMostLines = 2000;
 constexpr double kLinesASecond = 5;
-constexpr int kIterations = 3;  // of an implicit step
+constexpr double kTimeNoise = 1e-9;  // of the way to the end
+constexpr int kIterations = 3;       // of an implicit step
 constexpr int kPlotIntervals = 5;
 constexpr long long kDefaultWords = 127121;
 
@@ -58,7 +59,9 @@ class KeywordRun {
   Ending Step();
   void March();
   void Wait(Clock::time_point until);
-  void ObeySwitch(int number);
+  void ObeySwitch(const SenseSwitch& asked);
+  void TakeEndTime(double endTime);
+  double TotalSeconds() const;
   void MidRun();
   void Plot();
   void Dump();
@@ -84,6 +87,7 @@ class KeywordRun {
   GlobalStates states_;
   double startTime_ = 0;
   double endTime_ = 0;
+  double plannedEnd_ = 0;  // as the run began
   double time_ = 0;
   double timeStep_ = 0;
   int cycle_ = 0;
@@ -232,6 +236,7 @@ void KeywordRun::March() {
                : std::clamp(static_cast<int>(behaviour_.runSeconds * kLinesASecond), kFewestLines,
                             kMostLines);
   time_ = startTime_;
+  plannedEnd_ = endTime_;
   timeStep_ = (TimeAt(1) - TimeAt(0)) * lines_ / std::max(behaviour_.cycles, lines_);
   for (const std::string& text : EstimateLines(endTime_, 0, behaviour_.runSeconds)) {
     message_.Line(text);
@@ -263,20 +268,32 @@ double KeywordRun::TimeAt(int line) const {
     const double lost = (1 - last) / std::max(lines_ - steady, 1);  // with each line
     return count - lost * falling * (falling + 1) / 2;
   };
-  return startTime_ + std::max(endTime_ - startTime_, 0.0) * sum(line) / sum(lines_);
+  const double way = std::max(plannedEnd_ - startTime_, 0.0) / sum(lines_);
+  return startTime_ + way * (sum(std::min(line, lines_)) + last * std::max(line - lines_, 0));
+}
+
+// By the way to the end time at the speed that was planned.
+double KeywordRun::TotalSeconds() const {
+  const double planned = plannedEnd_ - startTime_;
+  const double share = planned > 0 ? (endTime_ - startTime_) / planned : 1;
+  return behaviour_.runSeconds * std::max(share, 0.0);
 }
 
 Ending KeywordRun::Step() {
   const double before = time_;
   const int cycleBefore = cycle_;
-  time_ = TimeAt(line_);
+  const double next = TimeAt(line_);
+  // Without a way to go the lines alone lead to the end.
+  const bool moves = plannedEnd_ > startTime_;
+  const bool last =
+      moves ? next >= endTime_ - kTimeNoise * (plannedEnd_ - startTime_) : line_ >= lines_;
+  time_ = std::max(before, std::min(next, endTime_));
   cycle_ =
       static_cast<int>(static_cast<double>(std::max(behaviour_.cycles, lines_)) * line_ / lines_);
   timeStep_ = (time_ - before) / std::max(cycle_ - cycleBefore, 1);
   if (line_ == lines_ / 2) MidRun();
   if (ending_ != Ending::kNone) return ending_;
   if (behaviour_.implicit) message_.ImplicitEnd(kIterations);
-  const bool last = line_ == lines_;
   if (last || line_ % std::max(lines_ / kPlotIntervals, 1) == 0) {
     Plot();
   } else if (!behaviour_.implicit) {
@@ -307,12 +324,12 @@ std::string KeywordRun::Controlled() const {
 // Energies and the run's own guess of its end.
 void KeywordRun::TellState() {
   if (!WritesResults()) return;
-  const double share = static_cast<double>(line_) / lines_;
+  const double share = std::min(static_cast<double>(line_) / lines_, 1.0);
   const bool written = states_.Write({std::max(cycle_, 1), time_, timeStep_, share, Controlled()},
                                      behaviour_.sickness);
   const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
   std::string status;
-  for (const std::string& text : EstimateLines(endTime_, elapsed, behaviour_.runSeconds)) {
+  for (const std::string& text : EstimateLines(endTime_, elapsed, TotalSeconds())) {
     status += text + "\n";
   }
   if (!written || !WriteTextFile("status.out", status)) {
@@ -323,17 +340,22 @@ void KeywordRun::TellState() {
 // Looks for the sense switch at least once, then until the time has come.
 void KeywordRun::Wait(Clock::time_point until) {
   while (true) {
-    if (const int number = ReadSenseSwitch()) ObeySwitch(number);
+    if (const auto asked = ReadSenseSwitch()) ObeySwitch(*asked);
     const auto now = Clock::now();
     if (ending_ != Ending::kNone || now >= until) return;
     std::this_thread::sleep_for(std::min<Clock::duration>(kPollInterval, until - now));
   }
 }
 
-void KeywordRun::ObeySwitch(int number) {
+void KeywordRun::ObeySwitch(const SenseSwitch& asked) {
+  const int number = asked.number;
   // It lies there until the first rank takes it away, so the others obey what ends the run only.
-  if (!rank_.First() && number != 1) return;
-  message_.Line(Format(" *** sense switch %d", number));
+  if (!rank_.First() && number > 1) return;
+  if (number == 0) {
+    if (asked.endTime != endTime_) TakeEndTime(asked.endTime);
+  } else {
+    message_.Line(Format(" *** sense switch %d", number));
+  }
   if (number == 1 || number == 3) Dump();
   if (number == 2) message_.Progress(cycle_, time_, timeStep_, "time step information");
   if (number == 4) Plot();
@@ -342,6 +364,17 @@ void KeywordRun::ObeySwitch(int number) {
     RemoveSenseSwitch();
   }
   if (number == 1) ending_ = Ending::kSwitch;
+}
+
+// The run keeps its speed.
+void KeywordRun::TakeEndTime(double endTime) {
+  endTime_ = endTime;
+  message_.Line(" *** sense switch: new termination time");
+  const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
+  for (const std::string& text : EstimateLines(endTime_, elapsed, TotalSeconds())) {
+    message_.Line(text);
+  }
+  message_.Line();
 }
 
 void KeywordRun::MidRun() {

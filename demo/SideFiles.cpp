@@ -128,14 +128,22 @@ bool WriteAdaptDump(int number) {
   return WriteTextFile(Format("adapt%02d.adaptdmp", number), "stand-in adaptive dump\n");
 }
 
-int ReadSenseSwitch() {
-  if (IsFolder(kSenseSwitchFile)) return 0;
+std::optional<SenseSwitch> ReadSenseSwitch() {
+  constexpr char kEndTime[] = "ENDTIME=";
+  constexpr std::size_t kLongest = 64;
+  if (IsFolder(kSenseSwitchFile)) return std::nullopt;
   std::ifstream file(kSenseSwitchFile);
-  char text[8] = "";
+  char text[kLongest] = "";
   file.read(text, sizeof text - 1);
   const std::string word = Upper(Trim(text));
-  if (word.size() < 3 || word.substr(0, 2) != "SW" || word[2] < '1' || word[2] > '4') return 0;
-  return word[2] - '0';
+  if (word.starts_with(kEndTime)) {
+    const auto endTime = ToReal(Trim(word.substr(sizeof kEndTime - 1)));
+    return endTime ? std::optional(SenseSwitch{0, *endTime}) : std::nullopt;
+  }
+  if (word.size() < 3 || !word.starts_with("SW") || word[2] < '1' || word[2] > '4') {
+    return std::nullopt;
+  }
+  return SenseSwitch{word[2] - '0', 0};
 }
 
 void RemoveSenseSwitch() {

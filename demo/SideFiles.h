@@ -42,8 +42,12 @@ bool WriteFormedResult(const Deck& deck);
 // "adapt01.adaptdmp" and on.
 bool WriteAdaptDump(int number);
 
-// Looks for a sense switch: the file "d3kil" holding "sw1" to "sw4". 0 for none.
-int ReadSenseSwitch();
+// A sense switch: the file "d3kil" holding "sw1" to "sw4", or "endtime=..." with a new end time.
+struct SenseSwitch {
+  int number = 0;  // 0: the end time
+  double endTime = 0;
+};
+std::optional<SenseSwitch> ReadSenseSwitch();
 void RemoveSenseSwitch();
 
 #endif

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "core/JobGroup.h"
+#include "core/SenseSwitch.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -141,7 +142,10 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
     std::optional<JobRunContext> context = BeginRunOf(job, 0);
     return stop_ ? std::nullopt : std::move(context);
   };
-  run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(job, stage, status); };
+  run.setStageStatus = [&](JobFile& stage, JobStatus status) {
+    if (HasEnded(status)) WithdrawSwitch(stage.Folder());
+    ShowStage(job, stage, status);
+  };
   run.recorded = [&](const JobFile&, const RunRecord& record) {
     setup_.observer.RunRecorded(job.id, record);
   };
@@ -150,6 +154,7 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
 
 void JobGroup::EndRunOf(JobFile& job, JobStatus status) {
   setup_.log.Note(Message(MessageId::kJobEnded, job.MainFile(), JobStatusWord(status)));
+  WithdrawSwitch(job.Folder());
   EndRun(job, status);
 }
 

@@ -104,7 +104,7 @@ HistoryWindow::HistoryWindow(Application& application, const TextTable& texts)
   resizable(table_);
   size_range(kMinWidth, kMinHeight);
   table_->OnSelect = [this] { ShowButtons(); };
-  table_->OnOpen = [this] { ShowSummary(); };
+  table_->OnDoubleClick = [this](int, int) { ShowSummary(); };
   table_->OnMenu = [this](int x, int y) { OpenMenu(x, y); };
   callback([](Fl_Widget* self, void*) { static_cast<HistoryWindow*>(self)->Close(); });
   StartReading();

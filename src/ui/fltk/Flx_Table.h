@@ -50,9 +50,9 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   std::function<void()> OnSelect;
   // A right click or the menu key; the row, if any, is current then. Window coordinates.
   std::function<void(int x, int y)> OnMenu;
-  std::function<void(int row, int column)> OnCell;  // a button cell was pressed
-  std::function<void(int column)> OnHead;           // a column's head was pressed
-  std::function<void()> OnOpen;                     // the current row was double clicked
+  std::function<void(int row, int column)> OnCell;         // a button cell was pressed
+  std::function<void(int column)> OnHead;                  // a column's head was pressed
+  std::function<void(int row, int column)> OnDoubleClick;  // on a cell that is no button
 
   void draw() override;
   void resize(int x, int y, int w, int h) override;

@@ -132,9 +132,10 @@ int Flx_Table::Rows::HandlePush() {
              table_.IsButton(row, column)) {
     pushedRow_ = row;
     pushedColumn_ = column;
-  } else if (Fl::event_button() == FL_LEFT_MOUSE && row >= 0 && Fl::event_clicks() > 0) {
+  } else if (Fl::event_button() == FL_LEFT_MOUSE && row >= 0 && column >= 0 &&
+             Fl::event_clicks() > 0) {
     Fl::event_clicks(0);
-    if (table_.OnOpen) table_.OnOpen();
+    if (table_.OnDoubleClick) table_.OnDoubleClick(row, column);
   }
   return 1;
 }

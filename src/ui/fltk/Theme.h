@@ -32,6 +32,11 @@ inline constexpr Fl_Color kWaiting = Rgb(0xB25309);
 inline constexpr Fl_Color kRunning = Rgb(0x1D4ED8);
 inline constexpr Fl_Color kFinished = Rgb(0x07753F);
 inline constexpr Fl_Color kAborted = Rgb(0xC4281C);
+// Curves: told apart by those who see no red or no green as well.
+inline constexpr Fl_Color kCurve1 = Rgb(0x0072B2);
+inline constexpr Fl_Color kCurve2 = Rgb(0xD55E00);
+inline constexpr Fl_Color kCurve3 = Rgb(0x009E73);
+inline constexpr Fl_Color kCurve4 = Rgb(0xC24F96);
 
 // The label of a popup menu's item: more room between the lines than the toolkit leaves.
 inline constexpr Fl_Labeltype kMenuLabel = FL_FREE_LABELTYPE;

@@ -14,5 +14,6 @@ struct TextRow {
 // The main window's own texts, and what was added to them; in the order in which they are set.
 std::span<const TextRow> MainTexts();
 std::span<const TextRow> MoreTexts();
+std::span<const TextRow> MonitorTexts();
 
 #endif

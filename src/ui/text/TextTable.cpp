@@ -54,7 +54,7 @@ void FillTexts(int language, const std::string& title, TextTable& texts) {
   const bool chinese = language == 1;
   if (chinese) texts.UseCodePage936();
   texts.Set(title, title);
-  for (const auto rows : {MainTexts(), MoreTexts()}) {
+  for (const auto rows : {MainTexts(), MoreTexts(), MonitorTexts()}) {
     for (const TextRow& row : rows) {
       if (chinese)
         SetChinese(row.key, row.chinese, row.asItStands, texts);

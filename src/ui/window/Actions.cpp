@@ -37,6 +37,8 @@ const ActionInfo kActions[] = {
     {Action::kRefresh, nullptr, nullptr, "ui_menu_refresh", FL_F + 5},
     {Action::kHistory, nullptr, nullptr, "ui_menu_history", FL_CTRL | 'h'},
     {Action::kJobHistory, nullptr, nullptr, "ui_menu_job_history", FL_CTRL | FL_SHIFT | 'h'},
+    {Action::kMonitor, nullptr, nullptr, "ui_menu_monitor", FL_CTRL | FL_SHIFT | 'm'},
+    {Action::kOpenRunFolder, nullptr, nullptr, "ui_menu_run_folder", FL_CTRL | FL_SHIFT | 'r'},
     {Action::kMppSettings, nullptr, nullptr, nullptr, 0},
     {Action::kNextGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_Tab},
     {Action::kPreviousGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_SHIFT | FL_Tab},

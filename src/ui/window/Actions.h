@@ -35,6 +35,8 @@ enum class Action {
   kRefresh,
   kHistory,
   kJobHistory,
+  kMonitor,
+  kOpenRunFolder,
   kMppSettings,
   kNextGroup,
   kPreviousGroup,

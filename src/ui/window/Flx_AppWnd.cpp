@@ -10,6 +10,7 @@
 #include "ui/fltk/Theme.h"
 #include "ui/help/ComnChmDialog.h"
 #include "ui/help/TextViewer.h"
+#include "ui/monitor/MonitorWindow.h"
 #include "ui/window/Layout.h"
 
 namespace {
@@ -87,6 +88,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   application_.EditFallback = nullptr;
   HistoryWindow::CloseAll();
   TextViewer::CloseAll();
+  MonitorWindow::CloseAll();
   ComnChmDialog::CloseViewer();
 }
 
@@ -145,6 +147,9 @@ void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   table->OnMenu = [this](int x, int y) { OpenJobMenu(x, y); };
   table->PastRunOf = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
   table->OnCell = [this](int row, int column) { CellPressed(row, column); };
+  table->OnDoubleClick = [this](int, int column) {
+    if (column == JobTable::kStatus) Perform(Action::kMonitor);
+  };
   if (!tables_.empty()) table->CopyColumns(*tables_.front());
   tables_.push_back(table);
 }

@@ -136,6 +136,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void GoOn();
   void RunPost();
   void ShowRunsOfJob();
+  void OpenMonitor();
+  void OpenRunFolder();
   void OpenMppSettings();
   void Configure();
   void ShowAbout();

@@ -72,6 +72,10 @@ void Flx_AppWnd::Perform(Action action) {
       return HistoryWindow::Show(application_, texts_, {});
     case Action::kJobHistory:
       return ShowRunsOfJob();
+    case Action::kMonitor:
+      return OpenMonitor();
+    case Action::kOpenRunFolder:
+      return OpenRunFolder();
     case Action::kMppSettings:
       return OpenMppSettings();
     case Action::kAbout:

@@ -1,14 +1,16 @@
-// The main window's actions that open dialogs of settings, and the post-processor.
+// The main window's actions that open dialogs of settings, the monitor, and the post-processor.
 
 #include <algorithm>
 
 #include "core/RestartJob.h"
 #include "solvers/PostResult.h"
+#include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
 #include "ui/dialogs/Flx_RestartJob.h"
 #include "ui/dialogs/HistoryWindow.h"
+#include "ui/monitor/MonitorWindow.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
@@ -68,6 +70,22 @@ void Flx_AppWnd::ShowRunsOfJob() {
     path = job.stages.empty() ? job.MainFile() : job.Folder();
   };
   if (ReadCurrentJob(read)) HistoryWindow::Show(application_, texts_, ToUi(path));
+}
+
+void Flx_AppWnd::OpenMonitor() {
+  const JobId job = CurrentJob();
+  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
+  MonitorWindow::Show(application_, texts_, MonitoredRun(Group(), job), this);
+}
+
+void Flx_AppWnd::OpenRunFolder() {
+  ComnFolder dialog;
+  dialog.SetParentWindow(this);
+  dialog.SetTitle(texts_.Get("mon_choose_folder"));
+  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) MonitorWindow::Show(application_, texts_, MonitoredRun(dialog.GetPath()), this);
 }
 
 void Flx_AppWnd::OpenMppSettings() {

@@ -109,17 +109,19 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob() != JobId::kNone) {
-    PopUp({Action::kViewMessage, Action::kViewSummary, Action::kRunPost,  Action::kStages,
-           Action::kJobHistory,  Action::kHistory,     kSeparator,        Action::kSubmit,
-           Action::kResubmit,    Action::kGoOn,        Action::kStop,     kSeparator,
-           Action::kMoveUp,      Action::kMoveDown,    kSeparator,        Action::kDeleteJob,
-           Action::kDeleteAll,   kSeparator,           Action::kAddDyna,  Action::kAddRestart,
-           Action::kAddVorel,    Action::kAddInc,      Action::kAddFolder},
+    PopUp({Action::kMonitor,    Action::kViewMessage, Action::kViewSummary, Action::kRunPost,
+           Action::kStages,     Action::kJobHistory,  Action::kHistory,     kSeparator,
+           Action::kSubmit,     Action::kResubmit,    Action::kGoOn,        Action::kStop,
+           kSeparator,          Action::kMoveUp,      Action::kMoveDown,    kSeparator,
+           Action::kDeleteJob,  Action::kDeleteAll,   kSeparator,           Action::kAddDyna,
+           Action::kAddRestart, Action::kAddVorel,    Action::kAddInc,      Action::kAddFolder,
+           kSeparator,          Action::kOpenRunFolder},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
            Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
-           Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kHistory, Action::kReadLog},
+           Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kHistory, Action::kReadLog,
+           Action::kOpenRunFolder},
           x, y);
   }
 }

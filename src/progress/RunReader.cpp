@@ -1,0 +1,363 @@
+#include "progress/RunReader.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "progress/Health.h"
+#include "progress/SolverClock.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/files/InputFile.h"
+#include "util/files/IOWrapper.h"
+#include "util/signals/Mutex.h"
+#include "util/text/DateTimeWrapper.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kEvery{1};
+constexpr int kLooksBetweenSearches = 5;     // for files, and for what is on the disk
+constexpr std::int64_t kClockSlack = 5;      // seconds between this clock and that of the files
+constexpr std::int64_t kLastWrites = 120;    // seconds that a run writes after its last line
+constexpr std::int64_t kStillWritten = 600;  // seconds since its last line that a run may be silent
+constexpr std::size_t kTailBytes = 64 * 1024;
+constexpr std::size_t kLongestTailLine = 400;
+
+double SteadySeconds() {
+  return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+}
+
+// Seconds of progress/SolverClock.h since those of 1970.
+std::int64_t LocalShift() {
+  return LocalClockNow() - DateTimeWrapper::CurrentTime();
+}
+
+std::vector<std::string> LastLines(const std::string& path) {
+  InputFile file;
+  if (path.empty() || !file.Open(path)) return {};
+  const std::uint64_t from = file.Size() > kTailBytes ? file.Size() - kTailBytes : 0;
+  std::string bytes(static_cast<std::size_t>(file.Size() - from), '\0');
+  const std::ptrdiff_t got = file.ReadAt(from, bytes.data(), bytes.size());
+  bytes.resize(static_cast<std::size_t>(std::max<std::ptrdiff_t>(got, 0)));
+  std::vector<std::string> lines;
+  for (std::size_t end = bytes.size(); end > 0 && lines.size() < RunReader::kMostTailLines;) {
+    const std::size_t before = bytes.rfind('\n', end - 1);
+    const bool isWhole = before != std::string::npos;
+    const std::size_t begin = isWhole ? before + 1 : 0;
+    std::string line = bytes.substr(begin, end - begin);
+    while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.pop_back();
+    if (line.size() > kLongestTailLine) line.resize(kLongestTailLine);
+    const bool isFirst = lines.empty() && end == bytes.size();
+    if (!(isFirst && line.empty()) && (isWhole || from == 0)) lines.push_back(std::move(line));
+    if (!isWhole) break;
+    end = before;
+  }
+  std::reverse(lines.begin(), lines.end());
+  return lines;
+}
+
+// The files of the folder that were written since then, each with its time in seconds since 1970.
+std::vector<DiskUse::File> FilesSince(const std::string& folder, std::int64_t since) {
+  std::vector<std::string> files, folders;
+  FileDirWrapper::ListDir(folder, files, folders, false);
+  std::vector<DiskUse::File> found;
+  for (const std::string& file : files) {
+    std::int64_t created, accessed, modified, size;
+    if (!IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size)) continue;
+    if (modified >= since && size > 0) {
+      found.push_back({modified, static_cast<std::uint64_t>(size)});
+    }
+  }
+  return found;
+}
+
+bool IsSameRun(const RunToRead& one, const RunToRead& other) {
+  return one.folder == other.folder && one.since == other.since && one.deck == other.deck &&
+         one.path.empty() == other.path.empty();
+}
+
+}  // namespace
+
+struct RunReader::Shared {
+  explicit Shared(const Settings& healthLimits) : limits(healthLimits) {}
+
+  const Settings limits;
+  std::atomic<bool> ended{false};
+  std::atomic<bool> cancelled{false};
+  std::atomic<bool> anew{false};  // another run is wanted
+  std::atomic<int> percent{0};
+  Mutex mutex;
+  std::condition_variable changed;
+  RunToRead wanted KR_GUARDED_BY(mutex);
+  std::vector<std::function<void()>> works KR_GUARDED_BY(mutex);
+  bool woken KR_GUARDED_BY(mutex) = false;
+  std::shared_ptr<const RunPicture> picture KR_GUARDED_BY(mutex);
+
+  void Wake() KR_REQUIRES(mutex) {
+    woken = true;
+    changed.notify_all();
+  }
+  void Work();
+  void Show(RunPicture next, const RunToRead& run);
+};
+
+namespace {
+
+// One run while it is read.
+class Reading {
+ public:
+  Reading(const RunToRead& run, const Settings& limits)
+      : run_(run), limits_(limits), progress_(RunFiles()), health_(std::in_place, limits) {}
+
+  void Take(const RunToRead& run) { run_ = run; }
+  const RunToRead& Run() const { return run_; }
+
+  // False when the hook ended it.
+  bool Look(const RunProgress::Progress& hook) {
+    if (looks_++ % kLooksBetweenSearches == 0 || progress_.Files().output.empty()) FindFiles();
+    progress_.FollowKeptFile();
+    news_ = progress_.Look(hook) || news_;
+    return !progress_.Stopped();
+  }
+
+  RunPicture Picture() {
+    if (!run_.mayGrow && !isClosed_ && progress_.HasRead()) {
+      progress_.TakeOpenLines();
+      isClosed_ = news_ = true;
+    }
+    RunPicture picture;
+    picture.files = progress_.Files();
+    picture.now = LocalClockNow();
+    picture.isRunning = run_.isRunning || IsBeingWritten();
+    health_->Look(progress_.States(), progress_.Message(), news_, SteadySeconds());
+    const bool sampled = LookAtDisk();
+    picture.news = progress_.News(picture.isRunning ? std::optional(picture.now) : std::nullopt);
+    if (picture.news.ended != RunEnd::kRunning && !run_.isRunning) picture.isRunning = false;
+    for (const HealthFinding& finding : health_->Findings()) {
+      // Who does not run is silent.
+      if (picture.isRunning || finding.check != HealthCheck::kSilence)
+        picture.health.push_back(finding.message);
+    }
+    if (!curves_ || news_ || sampled) MakeCurvesAnew();
+    if (news_ || tail_.empty()) tail_ = LastLines(progress_.Files().output);
+    news_ = false;
+    picture.curves = curves_;
+    picture.tail = tail_;
+    picture.bytes = bytes_;
+    return picture;
+  }
+
+  // Big decks are read whole: after there is something to see.
+  bool AskDeck() {
+    if (askedDeck_ || !progress_.HasRead() || progress_.Files().kind != RunFiles::Kind::kKeyword)
+      return false;
+    askedDeck_ = true;
+    if (progress_.News().endTime) return false;
+    const std::string& told = progress_.Message().DeckName();
+    progress_.SetDeckEndTime(EndTimeOfDeck(run_.folder, run_.deck.empty() ? told : run_.deck));
+    return true;
+  }
+
+ private:
+  bool IsOld(const std::string& file) const {
+    if (run_.since == 0) return false;
+    std::int64_t created, accessed, modified, size;
+    return IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size) &&
+           modified < run_.since - kClockSlack;
+  }
+
+  // Of a folder of which nobody says whether something runs there.
+  bool IsBeingWritten() const {
+    std::int64_t created, accessed, modified, size;
+    return run_.mayGrow &&
+           IOWrapperTxt::FileStatInfo(progress_.Files().output, created, accessed, modified,
+                                      size) &&
+           std::abs(DateTimeWrapper::CurrentTime() - modified) < kStillWritten;
+  }
+
+  // A deck with cases writes one message file after another.
+  void FindFiles() {
+    if (run_.path.empty()) return;
+    const auto isOld = [this](const std::string& file) { return IsOld(file); };
+    RunFiles found = FindRunFiles(run_.path, isOld);
+    if (!found.output.empty() && (!FileDirWrapper::FileExists(found.output) || IsOld(found.output)))
+      found.output.clear();
+    const std::string& known = progress_.Files().output;
+    const bool isAnother = !found.output.empty() && !known.empty() && found.output != known &&
+                           found.output != known + ".krb" && found.output + ".krb" != known;
+    if (isAnother) BeginAnew();
+    const bool isNew = progress_.Files().kind == RunFiles::Kind::kNone;
+    if (found.output.empty() && found.glstat.empty() && found.status.empty() && isNew) return;
+    progress_.AddFiles(found);
+  }
+
+  void BeginAnew() {
+    progress_ = RunProgress(RunFiles());
+    health_.emplace(limits_);
+    disk_ = {};
+    curves_.reset();
+    tail_.clear();
+    askedDeck_ = isClosed_ = false;
+    news_ = true;
+  }
+
+  // True when something came to the curve.
+  bool LookAtDisk() {
+    const bool isKeyword = progress_.Files().kind == RunFiles::Kind::kKeyword;
+    if (!isKeyword || !progress_.HasRead() || (looks_ - 1) % kLooksBetweenSearches != 0)
+      return false;
+    const std::vector<ProgressPoint>& points = progress_.Message().Points();
+    if (points.empty()) return false;
+    const std::int64_t shift = LocalShift();
+    const std::int64_t start = points.front().clock;
+    std::vector<DiskUse::File> files = FilesSince(run_.folder, start - shift - kClockSlack);
+    bytes_ = 0;
+    for (DiskUse::File& file : files) {
+      bytes_ += file.bytes;
+      file.written = std::max(file.written + shift, start);
+    }
+    if (disk_.Empty()) {
+      // The files of a run that was copied have other times than the run: nothing is known then.
+      const std::int64_t end = run_.isRunning ? LocalClockNow() : points.back().clock + kLastWrites;
+      disk_.BeginWith(std::move(files), start, end);
+      return !disk_.Empty();
+    }
+    if (!run_.isRunning) return false;
+    disk_.Sample(LocalClockNow(), bytes_);
+    return true;
+  }
+
+  void MakeCurvesAnew() {
+    RunCurves curves = MakeCurves(progress_.States(), progress_.Message());
+    const std::vector<ProgressPoint>& points = progress_.Message().Points();
+    if (!points.empty()) disk_.PutInto(curves, points.front().clock);
+    curves_ = std::make_shared<const RunCurves>(std::move(curves));
+  }
+
+  RunToRead run_;
+  const Settings limits_;
+  RunProgress progress_;
+  std::optional<Health> health_;  // never empty
+  DiskUse disk_;
+  std::shared_ptr<const RunCurves> curves_;
+  std::vector<std::string> tail_;
+  std::uint64_t bytes_ = 0;
+  int looks_ = 0;
+  bool news_ = true;
+  bool askedDeck_ = false;
+  bool isClosed_ = false;  // nobody writes any more: the last lines were taken
+};
+
+}  // namespace
+
+void RunReader::Shared::Work() {
+  std::unique_ptr<Reading> reading;
+  while (true) {
+    RunToRead run;
+    std::vector<std::function<void()>> todo;
+    {
+      const MutexLock lock(mutex);
+      run = wanted;
+      todo.swap(works);
+      anew = false;
+    }
+    for (const std::function<void()>& work : todo) work();
+    if (ended) return;
+    if (!reading || !IsSameRun(reading->Run(), run)) {
+      reading = std::make_unique<Reading>(run, limits);
+      percent = 0;
+    }
+    reading->Take(run);
+    const auto hook = [this](std::uint64_t done, std::uint64_t size) {
+      if (size > 0 && percent < 100) {
+        percent = std::min(
+            99, static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(size)));
+      }
+      return !ended && !cancelled && !anew;
+    };
+    const bool whole = !cancelled && reading->Look(hook);
+    if (whole || cancelled) {
+      RunPicture next = reading->Picture();
+      next.isWhole = whole;
+      next.switchWaits = !run.switchFile.empty() && FileDirWrapper::FileExists(run.switchFile);
+      percent = 100;
+      Show(std::move(next), run);
+      if (whole && reading->AskDeck()) continue;
+    }
+    MutexLock lock(mutex);
+    const auto next = Clock::now() + kEvery;
+    while (!woken && Clock::now() < next) lock.WaitUntil(changed, next);
+    woken = false;
+  }
+}
+
+// Not when another run is wanted meanwhile.
+void RunReader::Shared::Show(RunPicture next, const RunToRead& run) {
+  const MutexLock lock(mutex);
+  if (IsSameRun(wanted, run)) picture = std::make_shared<const RunPicture>(std::move(next));
+}
+
+RunReader::RunReader(const Settings& healthLimits)
+    : shared_(std::make_shared<Shared>(healthLimits)) {
+  try {
+    std::thread([shared = shared_] { shared->Work(); }).detach();
+  } catch (const std::system_error&) {
+    // Nothing is shown then; the window says that it reads.
+  }
+}
+
+RunReader::~RunReader() {
+  shared_->ended = true;
+  const MutexLock lock(shared_->mutex);
+  shared_->Wake();
+}
+
+void RunReader::Read(const RunToRead& run) {
+  const MutexLock lock(shared_->mutex);
+  if (run == shared_->wanted) return;
+  if (!IsSameRun(run, shared_->wanted)) {
+    shared_->anew = true;
+    shared_->cancelled = false;
+    shared_->percent = 0;
+    shared_->picture.reset();
+  }
+  shared_->wanted = run;
+  shared_->Wake();
+}
+
+std::shared_ptr<const RunPicture> RunReader::Picture() const {
+  const MutexLock lock(shared_->mutex);
+  return shared_->picture;
+}
+
+int RunReader::Percent() const {
+  return shared_->percent;
+}
+
+void RunReader::Cancel() {
+  shared_->cancelled = true;
+}
+
+bool RunReader::IsCancelled() const {
+  return shared_->cancelled;
+}
+
+void RunReader::Continue() {
+  shared_->cancelled = false;
+  shared_->percent = 0;
+  const MutexLock lock(shared_->mutex);
+  shared_->Wake();
+}
+
+void RunReader::Do(std::function<void()> work) {
+  const MutexLock lock(shared_->mutex);
+  shared_->works.push_back(std::move(work));
+  shared_->Wake();
+}

@@ -1,0 +1,51 @@
+// Which run a monitor shows, and how it stands in the queue.
+#ifndef KR_UI_MONITOR_MONITOREDRUN_H
+#define KR_UI_MONITOR_MONITOREDRUN_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/JobList.h"
+#include "progress/RunReader.h"
+
+// A job, one of its stages, or a folder of which the queue knows nothing. Interface thread.
+class MonitoredRun {
+ public:
+  MonitoredRun(const std::shared_ptr<JobList>& list, JobId job);
+  explicit MonitoredRun(std::string folder);
+
+  bool IsJob() const { return job_ != JobId::kNone; }
+  bool IsSameAs(const MonitoredRun& other) const {
+    return job_ == other.job_ && folder_ == other.folder_;
+  }
+
+  // By its place among the job's stages; -1: the one that runs, or ran last.
+  void ChooseStage(int stage) { chosen_ = stage; }
+
+  struct State {
+    bool inQueue = false;
+    std::string name;                 // of the deck or the folder; UTF-8, as those of the stages
+    std::vector<std::string> stages;  // empty: a job without any
+    int stage = -1;                   // that is shown
+    JobStatus status = JobStatus::kQueued;  // of the job or the stage
+    std::int64_t started = 0, ended = 0;    // seconds since 1970; 0: not yet
+    Message reason;                         // why it waits or was aborted
+    bool runsDeck = true;                   // by a solver that writes energies and takes switches
+    RunToRead run;
+    bool operator==(const State& other) const = default;
+  };
+  // How it stands now. A job that has left the queue stays as it was.
+  const State& Look();
+
+ private:
+  void Take(const JobFile& job);
+
+  const std::weak_ptr<JobList> list_;
+  const JobId job_ = JobId::kNone;
+  const std::string folder_;
+  int chosen_ = -1;
+  State state_;
+};
+
+#endif
