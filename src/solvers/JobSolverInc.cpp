@@ -10,7 +10,7 @@
 JobSolverInc::JobSolverInc() : JobSolver(SolverKind::kInc) {}
 
 bool JobSolverInc::Start(JobFile& job) {
-  if (dynamic_cast<JobFileInc*>(&job) == nullptr) return false;
+  if (dynamic_cast<JobFileInc*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
   const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile)) ||

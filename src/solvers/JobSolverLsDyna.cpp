@@ -40,9 +40,10 @@ JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision)
 
 bool JobSolverLsDyna::Start(JobFile& job) {
   auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
-  if (dyna == nullptr) return false;
   const bool mpp = job.run->settings.use_mpp;
-  if (mpp && MppSolver(dyna->solverType) == nullptr) return false;
+  if (dyna == nullptr || (mpp && MppSolver(dyna->solverType) == nullptr)) {
+    return FailAsOtherKind(job, solverType);
+  }
   const std::string& solver = SolverProgram(job.run->settings, dyna->solverType);
   if (!CheckSolver(job, solver) || !CheckRestartAndJobFile(job)) return false;
   if (dyna->useSFile && !CheckCommandLinePath(job, job.run->settings.force)) return false;

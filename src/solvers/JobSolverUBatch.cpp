@@ -16,7 +16,7 @@ std::string MessageFile(const JobFile& job) {
 JobSolverUBatch::JobSolverUBatch() : JobSolver(SolverKind::kUtilityBatch) {}
 
 bool JobSolverUBatch::Start(JobFile& job) {
-  if (dynamic_cast<JobFileDyna*>(&job) == nullptr) return false;
+  if (dynamic_cast<JobFileDyna*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
   const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, job.jobFile, true)) return false;

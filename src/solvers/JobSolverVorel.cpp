@@ -17,7 +17,7 @@ std::string ResultFile(const JobFile& job) {
 JobSolverVorel::JobSolverVorel() : JobSolver(SolverKind::kVorel) {}
 
 bool JobSolverVorel::Start(JobFile& job) {
-  if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return false;
+  if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
   const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
   if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;

@@ -2,6 +2,7 @@
 
 #include "jobs/JobArguments.h"
 #include "solvers/RestartDump.h"
+#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -30,6 +31,11 @@ bool Fail(JobFile& job, int code, const Message& reason) {
   job.SetRunError(code, WithoutToken(job, reason));
   if (job.run != nullptr && job.run->runErrorCode != nullptr) *job.run->runErrorCode = code;
   return false;
+}
+
+bool FailAsOtherKind(JobFile& job, SolverKind kind) {
+  return Fail(job, RunError::kNotStarted,
+              Message(MessageId::kOtherKindOfJob, job.MainFile(), RowOfKind(kind).name));
 }
 
 bool CheckSolver(JobFile& job, const std::string& path) {

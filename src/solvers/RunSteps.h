@@ -39,6 +39,9 @@ void Report(const JobFile& job, const Message& message);
 // false.
 bool Fail(JobFile& job, int code, const Message& reason);
 
+// The same for a job that is not of this kind.
+bool FailAsOtherKind(JobFile& job, SolverKind kind);
+
 bool CheckSolver(JobFile& job, const std::string& path);
 
 // With a restart file, where the solver takes one, the job file may be left out, not missing.

@@ -77,6 +77,10 @@ TEST_F(DriverTest, Vorel) {
   EXPECT_EQ(Received(), (Lines{folder_ / "part.v2", "512000", "-a", "b c"}));
   EXPECT_EQ(job->MessageFile(), folder_ / "part.v2.OUT");
 
+  EXPECT_EQ(Solver(SolverKind::kInc).Run(*job, context_), JobStatus::kAborted);
+  EXPECT_EQ(job->RunMessage().English(),
+            "Job [" + job->jobFile + "] is no job for the solver INCSolver");
+
   folder_.Write("part.v2.dat", "$ standin: no-message\n$ standin: no-result\n");
   EXPECT_EQ(Run(*job), JobStatus::kAborted);
   EXPECT_EQ(runErrorCode_, 2);

@@ -124,9 +124,9 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ForgetLeft();
   std::string FateOfQueued() const;
   void Exit();
-  // Tells the group (-1: all) to stop and waits with a small window. False when something still
+  // Tells the group (null: all) to stop and waits with a small window. False when something still
   // runs after 30 seconds; says so.
-  bool StopAndWait(int group);
+  bool StopAndWait(const std::shared_ptr<JobGroup>& group);
   void RunDialog(Flx_Base_Dialog& dialog);
   void Inform(const std::string& text);
   bool Ask(const std::string& text, ComnMsgBox::Type type = ComnMsgBox::kYesNo);

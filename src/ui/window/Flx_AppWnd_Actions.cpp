@@ -257,7 +257,7 @@ void Flx_AppWnd::DeleteAll() {
   const auto group = Group();
   if (!group || group->JobCount() == 0) return;
   if (!AskToLose(texts_.Get("msg_ask_delall"), {group})) return;
-  if (group->Running() && !StopAndWait(application_.Manager().IndexOf(group.get()))) return;
+  if (group->Running() && !StopAndWait(group)) return;
   for (const JobId job : group->JobIds()) group->RemoveJob(job);
   Refresh();
 }
@@ -325,9 +325,8 @@ void Flx_AppWnd::DeleteGroup() {
   const auto group = Group();
   if (!group || manager.GroupCount() < 2) return;
   if (!AskToLose(texts_.Get("msg_ask_del_group"), {group})) return;
-  if (group->Running() && !StopAndWait(manager.IndexOf(group.get()))) return;
-  const int index = manager.IndexOf(group.get());
-  manager.RemoveGroup(index);
+  if (group->Running() && !StopAndWait(group)) return;
+  manager.RemoveGroup(manager.IndexOf(group.get()));
   if (manager.CurrentGroupIndex() < 0) manager.SetCurrentGroup(0);
   Refresh();
   if (Table()) Table()->TakeFocus();
@@ -430,17 +429,20 @@ void Flx_AppWnd::StopRunning() {
   const bool active = group && group->Running() && group->ActiveJob() != JobId::kNone;
   if (active && !AskToLose(texts_.Get("ui_ask_stop"), {group})) return;
   if (!group || !group->Running()) return Say(texts_.Get("ui_nothing_runs"));
-  if (StopAndWait(application_.Manager().IndexOf(group.get()))) Say(texts_.Get("ui_stopped"));
+  if (StopAndWait(group)) Say(texts_.Get("ui_stopped"));
   Refresh();
 }
 
-bool Flx_AppWnd::StopAndWait(int group) {
+bool Flx_AppWnd::StopAndWait(const std::shared_ptr<JobGroup>& group) {
   JobGroupManager& manager = application_.Manager();
-  const auto one = manager.GroupAt(group);
-  manager.RequestStop(group);
+  if (group) {
+    group->RequestStop();
+  } else {
+    manager.RequestStop(-1);
+  }
   const bool stopped =
       WaitWhileStopping(this, texts_.Get("ui_stopping_title"), texts_.Get("ui_stopping_text"),
-                        [&] { return one ? one->Running() : manager.IsAnyGroupRunning(); });
+                        [&] { return group ? group->Running() : manager.IsAnyGroupRunning(); });
   if (!stopped) Inform(texts_.Get("ui_not_stopped"));
   return stopped;
 }
@@ -504,7 +506,7 @@ void Flx_AppWnd::Exit() {
   };
   if (manager.IsAnyJobActive() && !AskToLose(FateOfQueued() + texts_.Get("msg_ask_exit"), groups()))
     return;
-  if (manager.IsAnyGroupRunning() && !StopAndWait(-1)) return;
+  if (manager.IsAnyGroupRunning() && !StopAndWait({})) return;
   Leave();
 }
 
@@ -515,7 +517,7 @@ void Flx_AppWnd::Leave() {
   settings_->Commit();
   application_.running = false;
   application_.Intake().Close();
-  if (application_.Manager().IsAnyGroupRunning()) StopAndWait(-1);
+  if (application_.Manager().IsAnyGroupRunning()) StopAndWait({});
   // An open menu waits for an answer of its own.
   if (Fl_Window* menu = Fl::grab()) {
     Fl::e_keysym = FL_Escape;
