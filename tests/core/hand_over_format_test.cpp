@@ -138,18 +138,10 @@ TEST(HandOverText, ArgumentsBecomeLinesThatReadBackAsTheyWereMeant) {
       MakeHandOverText({"a.k", "", "sub/a=b.k", "memory=5.k", "memory=200", "#odd.k", "#vorel",
                         "i=c.k", "s=x", "r", "two\nlines.k"},
                        remarks);
-  std::string expected = "#krjob\n";
-  const auto add = [&](const std::string& line) { expected += line + "\n"; };
-  add(FileDirWrapper::AbsolutePath("a.k"));
-  add(FileDirWrapper::AbsolutePath("sub/a=b.k"));
-  add(FileDirWrapper::AbsolutePath("memory=5.k"));
-  add("memory=200");
-  add(FileDirWrapper::AbsolutePath("#odd.k"));
-  add("#vorel");
-  add("i=" + FileDirWrapper::AbsolutePath("c.k"));
-  add("s=x");
-  add(FileDirWrapper::AbsolutePath("r"));
-  EXPECT_EQ(text, expected);
+  const auto path = &FileDirWrapper::AbsolutePath;
+  EXPECT_EQ(text, "#krjob\n" + path("a.k") + "\n" + path("sub/a=b.k") + "\n" + path("memory=5.k") +
+                      "\nmemory=200\n" + path("#odd.k") + "\n#vorel\ni=" + path("c.k") + "\ns=x\n" +
+                      path("r") + "\n");
   EXPECT_EQ(remarks.size(), 1u);
   EXPECT_EQ(MakeHandOverText({"#krjob", "#inc"}, remarks), "#krjob\n#inc\n");
 }

@@ -22,20 +22,19 @@ class Intake : public GroupTest {
 
 TEST_F(Intake, TheKindComesFromTheRequestThenTheEndingThenTheDeck) {
   const std::string asksForDouble = Deck("double.k", "$RCMD-SOLVER: DOUBLE\n");
-  EXPECT_TRUE(Make<JobFileVorel>(home_.Write("a.DAT", "")));
-  EXPECT_TRUE(Make<JobFileInc>(home_.Write("a.fin", "")));
-  EXPECT_TRUE(
-      Make<JobFileInc>(home_.Write("b.dat", ""), [](JobRequest& r) { r.kind = SolverKind::kInc; }));
-  EXPECT_EQ(Make<JobFileDyna>(Deck("plain.k"))->solverType, SolverKind::kLsDynaSingle);
-  EXPECT_EQ(Make<JobFileDyna>(asksForDouble)->solverType, SolverKind::kLsDynaDouble);
-  EXPECT_EQ(
-      Make<JobFileDyna>(asksForDouble, [](JobRequest& r) { r.kind = SolverKind::kLsDynaSingle; })
-          ->solverType,
-      SolverKind::kLsDynaSingle);
-  EXPECT_EQ(
-      Make<JobFileDyna>(Deck("c.dat"), [](JobRequest& r) { r.kind = SolverKind::kLsDynaDouble; })
-          ->solverType,
-      SolverKind::kLsDynaDouble);
+  const struct {
+    std::string path;
+    std::optional<SolverKind> asked;
+    SolverKind kind;
+  } cases[] = {{home_.Write("a.DAT", ""), {}, SolverKind::kVorel},
+               {home_.Write("b.dat", ""), SolverKind::kInc, SolverKind::kInc},
+               {Deck("plain.k"), {}, SolverKind::kLsDynaSingle},
+               {asksForDouble, {}, SolverKind::kLsDynaDouble},
+               {asksForDouble, SolverKind::kLsDynaSingle, SolverKind::kLsDynaSingle}};
+  for (const auto& [path, asked, kind] : cases) {
+    const auto change = [asked = asked](JobRequest& request) { request.kind = asked; };
+    EXPECT_EQ(Make<JobFile>(path, change)->GetSolverType(), kind) << path;
+  }
 }
 
 TEST_F(Intake, MemoryIsTheRequestsThenTheDecksThenTheSettings) {

@@ -59,10 +59,6 @@ TEST(PostResult, FollowsTheLastStageThatEndedAndItsKind) {
   job.jobFile = "/decks/main.dyn";
   job.status = JobStatus::kFinished;
   EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/decks/d3plot"));
-  job.deckIdentifier = "door";
-  job.deckIdentifierFlag = 1;
-  EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/decks/door.d3plot"));
-
   job.stages = {stage("/s1/gravity.dyn", "Gravity loading", JobStatus::kFinished),
                 stage("/s2/trim.dyn", "TRIMMING", JobStatus::kQueued)};
   EXPECT_EQ(PostResults(PostSourceOf(job)).front(), absolute("/s1/d3drlf"));
@@ -71,13 +67,6 @@ TEST(PostResult, FollowsTheLastStageThatEndedAndItsKind) {
   EXPECT_FALSE(IsCompensation(PostSourceOf(job)));
   job.stages.push_back(stage("/s3/scp.dyn", "Springback Compensation", JobStatus::kFinished));
   EXPECT_TRUE(IsCompensation(PostSourceOf(job)));
-
-  JobFileDyna utility(settings);
-  utility.solverType = SolverKind::kUtilityBatch;
-  EXPECT_TRUE(PostResults(PostSourceOf(utility)).empty());
-  JobFileInc inc(settings);
-  inc.jobFile = "/decks/part.v2.fin";
-  EXPECT_EQ(PostResults(PostSourceOf(inc)).front(), "/decks/part.v2.idx");
 }
 
 }  // namespace

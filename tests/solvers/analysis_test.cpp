@@ -106,16 +106,6 @@ TEST_F(MessageAnalysis, LinesThatFollowAnErrorGoWithIt) {
   EXPECT_EQ(Warnings(close + " *** Error 2 (B+2)\n two\n"), (Lines{"one", "still one"}));
 }
 
-TEST_F(MessageAnalysis, OddLines) {
-  EXPECT_EQ(Analyse("*** Warning").warnings, 1);
-  EXPECT_EQ(Analyse("*** Error 99999999999999999999999\n").errors, 1);
-  EXPECT_EQ(Analyse("***Error 1\n** Error 2\n*** error 3\n").errors, 0);
-  EXPECT_EQ(Analyse(std::string("\0\0 *** Error 1\n\0\n", 18)).errors, 1);
-  EXPECT_EQ(
-      Errors("a *** Error 60004 x\n\tb \t\n \t\n c\n"),
-      (Lines{"Nonlinear solving did not converge. Please check the solver parameters.", "b"}));
-}
-
 // Messages at every place of the blocks in which the file is read.
 TEST_F(MessageAnalysis, NothingIsLostBetweenBlocks) {
   std::string text;

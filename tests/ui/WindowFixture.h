@@ -81,9 +81,8 @@ class WindowTest : public CoreTest {
 
   // The button whose tip begins with the text of the key.
   ToolButton& Tool(const std::string& tipKey) {
-    for (Fl_Widget* widget : WidgetsOf(*window_)) {
-      auto* tool = dynamic_cast<ToolButton*>(widget);
-      if (tool && std::string(tool->tooltip()).starts_with(Say(tipKey))) return *tool;
+    for (ToolButton* tool : All<ToolButton>(*window_)) {
+      if (std::string(tool->tooltip()).starts_with(Say(tipKey))) return *tool;
     }
     throw std::runtime_error("no such tool: " + tipKey);
   }

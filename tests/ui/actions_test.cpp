@@ -283,13 +283,6 @@ TEST_F(ActionsTest, ThePostProcessorOpensTheResultOfAJobThatHasEnded) {
   EXPECT_TRUE(Until([&] { return std::filesystem::exists(opened); }));
   EXPECT_EQ(TempFolder::Read(opened), result);
 
-  Group()->RemoveJob(Group()->JobIds().front());
-  Add(MakeJob<JobFileDyna>(home_ / "aborted.k", JobStatus::kAborted));
-  PressKey(FL_Home);
-  EXPECT_TRUE(AnswerToTool("tip_run_post", "OK").starts_with(Say("msg_not_exist")));
-  const std::string left = home_.Write("d3plot", "as far as it came");
-  PressTool("tip_run_post");
-  EXPECT_TRUE(Until([&] { return TempFolder::Read(opened) == left; }));
   Files().Set(&Settings::post_processor, home_ / "no such program");
   PressTool("tip_run_post");
   EXPECT_TRUE(LineSays("Post-processor [" + home_ / "no such program" + "] does not exist"));

@@ -40,6 +40,17 @@ TEST(CodePage936, BadAndLongTextsAreCut) {
   EXPECT_EQ(ConvertedText936(text), text.substr(0, 1 + 2 * 1022)) << "1,023 characters";
 }
 
+TEST(ChineseTexts, TakeAsManyValuesAsTheEnglishOnes) {
+  const auto values = [](const std::string& text) {
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find("%s", at)) != std::string::npos; ++at) ++count;
+    return count;
+  };
+  for (const auto& texts : {MainTexts(), MoreTexts()}) {
+    for (const TextRow& row : texts) EXPECT_EQ(values(row.english), values(row.chinese)) << row.key;
+  }
+}
+
 TEST(ChineseTexts, AreKeptInTheCodePageAndShownInUtf8) {
   TextTable texts;
   FillTexts(1, "Title", texts);

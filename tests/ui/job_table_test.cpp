@@ -99,12 +99,6 @@ TEST_F(JobTableTest, SaysWhatEachJobIs) {
   EXPECT_EQ(TipOf(4, "I Force"), "");
 }
 
-TEST_F(JobTableTest, TellsWhyAJobWasAborted) {
-  AddJob("bad", "fail");
-  Run();
-  EXPECT_EQ(TipOf(0, "Status").substr(0, 8), "Reason: ");
-}
-
 TEST_F(JobTableTest, TellsWhyAJobWaits) {
   const std::string runs = AddJob("same", "run 60");
   PressTool("tip_add_group");
@@ -184,7 +178,6 @@ TEST_F(JobTableTest, ColumnsAreDraggedAndFitted) {
   EXPECT_EQ(heads[0]->w(), nameWidth + 60);
   EXPECT_EQ(heads[1]->x(), x + 60);
   EXPECT_EQ(heads[1]->w(), width);
-  EXPECT_EQ(Rows()[0], "queued.k|/w|LS-DYNA (S)|No|500|Queued|(View...)|(View...)|No|q=1");
   ClickAt(*window_, x + 59, y, FL_LEFT_MOUSE, true);
   EXPECT_LT(heads[0]->w(), nameWidth);
   EXPECT_NE(Rows()[5].find("part.v2.fin|"), std::string::npos) << "whole all the same";

@@ -10,7 +10,6 @@ namespace {
 
 class LeftBarTest : public WindowTest {
  protected:
-  using WindowTest::WindowTest;
   std::string Bar() {
     LeftBar* const bar = Look<LeftBar>(*window_);
     return bar != nullptr ? Drawing(*window_).Text(*bar) : std::string();
@@ -45,19 +44,6 @@ TEST_F(LeftBarTest, ForgettingAsks) {
   EXPECT_EQ(Bar(), "");
   Start();
   EXPECT_EQ(Bar(), "");
-}
-
-class LeftBarChineseTest : public LeftBarTest {
- protected:
-  LeftBarChineseTest() : LeftBarTest(1) {}
-};
-
-TEST_F(LeftBarChineseTest, SaysItInChinese) {
-  Files().Set(&Settings::language,
-              1);  // else it has just been changed, and all comes back by itself
-  Leave();
-  EXPECT_TRUE(Bar().starts_with("3 个任务，")) << Bar();
-  EXPECT_NE(Bar().find("：2 个排队中，1 个已结束"), std::string::npos) << Bar();
 }
 
 }  // namespace

@@ -81,8 +81,6 @@ TEST_F(GroupTabsTest, KeepTheCurrentOneInSight) {
 
 class StatusBarTest : public WindowTest {
  protected:
-  using WindowTest::WindowTest;
-
   QueueObserver& Queue() { return application_->Manager().Observer(); }
   Fl_Color ColorOf(const std::string& text) {
     for (const Drawn& drawn : Drawing(*window_).In(Part<StatusBar>())) {
@@ -160,19 +158,6 @@ TEST_F(StatusBarTest, ShowsTheReadingOfDecks) {
   Queue().IntakeProgress(4, 4, "", 0);
   EXPECT_TRUE(Until([&] { return !cancel.visible(); }));
   EXPECT_EQ(Line(), "No jobs");
-}
-
-class ChineseStatusBar : public StatusBarTest {
- protected:
-  ChineseStatusBar() : StatusBarTest(1) {}
-};
-
-TEST_F(ChineseStatusBar, SpeaksChinese) {
-  Add(MakeJob<JobFileDyna>("/w/a.k"));
-  Add(MakeJob<JobFileDyna>("/w/b.k", JobStatus::kAborted));
-  EXPECT_EQ(Line(), "2 个任务: 排队 1, 中止 1");
-  Queue().Logged(Message(MessageId::kFileMissing, "/w/деталь.k"));
-  EXPECT_TRUE(LineSays("文件 [/w/деталь.k] 不存在"));
 }
 
 }  // namespace

@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <thread>
-
 #include "support/TempFolder.h"
 #include "util/files/IOWrapper.h"
 
@@ -16,23 +13,6 @@ TEST(IniBytes, OtherLinesStayAsTheyAre) {
   const std::string file = temp.Write("f.ini", head + " Key\t= old\r\n\r\n[B]\r\nk=1\r\n");
   EXPECT_TRUE(IOWrapperIni().WriteValToIni("a", "KEY", "new", file));
   EXPECT_EQ(TempFolder::Read(file), head + "Key=new\r\n\r\n[B]\r\nk=1\r\n");
-}
-
-TEST(IniBytes, ThreadsDoNotUndoEachOthersChanges) {
-  const TempFolder temp;
-  const std::string file = temp / "f.ini";
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&file, t] {
-      IOWrapperIni ini;
-      for (int i = 0; i < 10; ++i) {
-        ini.WriteValToIni("S" + std::to_string(t), std::to_string(i), "v", file);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  const std::string bytes = TempFolder::Read(file);
-  EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\n'), 44);
 }
 
 TEST(HostilePlaces, PipesFoldersAndDevicesDoNotHang) {

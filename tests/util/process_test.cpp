@@ -24,6 +24,18 @@ bool IsWritten(const std::string& file) {
   return TempFolder::Read(file).ends_with("\n");
 }
 
+// A child, the child's child and that one's, each of which writes its id to this file and its
+// depth.
+bool StartTree(PTWrapperProcess& process, const std::string& pid) {
+  return StartTestChild(process, "tree 2 " + pid) && WaitUntil([&] {
+           return IsWritten(pid + "0") && IsWritten(pid + "1") && IsWritten(pid + "2") &&
+                  Runs(pid + "0") && Runs(pid + "1") && Runs(pid + "2");
+         });
+}
+bool TreeHasEnded(const std::string& pid) {
+  return WaitUntil([&] { return !Runs(pid + "0") && !Runs(pid + "1") && !Runs(pid + "2"); });
+}
+
 TEST(Process, ReportsTheExitCodeAndStaysHeldUntilTerminated) {
   PTWrapperProcess process;
   EXPECT_EQ(process.ExitCode(), -1);
@@ -103,14 +115,9 @@ TEST(Process, AnAbortEndsEverythingThatWasStarted) {
   const TempFolder folder;
   const std::string pid = folder / "pid";
   PTWrapperProcess process;
-  ASSERT_TRUE(StartTestChild(process, "tree 2 " + pid));
-  for (const char* depth : {"0", "1", "2"}) {
-    ASSERT_TRUE(WaitUntil([&] { return IsWritten(pid + depth) && Runs(pid + depth); })) << depth;
-  }
+  ASSERT_TRUE(StartTree(process, pid));
   EXPECT_TRUE(process.Terminate());
-  for (const char* depth : {"0", "1", "2"}) {
-    EXPECT_TRUE(WaitUntil([&] { return !Runs(pid + depth); })) << depth;
-  }
+  EXPECT_TRUE(TreeHasEnded(pid));
 
   ASSERT_TRUE(StartTestChild(process, "leave " + (folder / "left")));
   EXPECT_TRUE(process.WaitProc());
@@ -128,10 +135,7 @@ TEST(Process, WhatAnotherStartedIsOpenedAndEndedAsAWhole) {
   std::string token;
   {
     PTWrapperProcess starter;
-    ASSERT_TRUE(StartTestChild(starter, "tree 2 " + pid));
-    for (const char* depth : {"0", "1", "2"}) {
-      ASSERT_TRUE(WaitUntil([&] { return IsWritten(pid + depth); })) << depth;
-    }
+    ASSERT_TRUE(StartTree(starter, pid));
     child = IdentityOfProcess(starter.ChildId());
     token = starter.Token();
   }
@@ -146,9 +150,7 @@ TEST(Process, WhatAnotherStartedIsOpenedAndEndedAsAWhole) {
   PTWrapperProcess watcher;
   ASSERT_TRUE(watcher.Open(child.id));
   EXPECT_TRUE(process.Terminate());
-  for (const char* depth : {"0", "1", "2"}) {
-    EXPECT_TRUE(WaitUntil([&] { return !Runs(pid + depth); })) << depth;
-  }
+  EXPECT_TRUE(TreeHasEnded(pid));
   EXPECT_TRUE(watcher.WaitProc());
   EXPECT_FALSE(watcher.IsActive());
   EXPECT_FALSE(process.Open(child, token));

@@ -4,7 +4,6 @@
 #include <clocale>
 
 #include "util/text/ConsoleText.h"
-#include "util/text/DateTimeWrapper.h"
 #include "util/text/ErrorRecord.h"
 #include "util/text/StrWrapper.h"
 
@@ -84,17 +83,6 @@ TEST(Text, LeadingNumbersAreClamped) {
   EXPECT_EQ(StrWrapperTxt::LeadingInt("-99999999999999999999999"), INT_MIN);
   EXPECT_EQ(StrWrapperTxt::LeadingUnsigned("18446744073709551616"), ULLONG_MAX);
   EXPECT_EQ(StrWrapperTxt::LeadingUnsigned("-5"), 0u);
-}
-
-TEST(Dates, FixedFormats) {
-  std::tm time{};
-  ASSERT_TRUE(DateTimeWrapper::GMTime(1425719100, &time));
-  std::string text;
-  EXPECT_TRUE(DateTimeWrapperStr::DateTimeString(&time, text));
-  EXPECT_EQ(text, "2015-03-07 09:05:00");
-  EXPECT_FALSE(DateTimeWrapperStr::DateTimeString(nullptr, text));
-  EXPECT_EQ(text, "");
-  EXPECT_FALSE(DateTimeWrapper::LocalTime(LLONG_MAX, &time));
 }
 
 class Reporter : public ErrorReporting {
