@@ -3,6 +3,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Menu_Item.H>
 
+#include <algorithm>
 #include <list>
 
 #include "ui/fltk/Theme.h"
@@ -14,6 +15,25 @@
 namespace {
 
 constexpr Action kSeparator = Action::kExit;
+
+// Higher up where the menu would go on below the screen, which the toolkit lets it do when it has
+// no room above its place either. Coordinates of the window.
+int PlaceOfMenu(const std::vector<Fl_Menu_Item>& items, int y) {
+  constexpr int kLineGap = 4;  // as the toolkit has it
+  constexpr int kFrame = 12;
+  int line = 0;
+  int lines = 0;
+  for (; items[static_cast<std::size_t>(lines)].text != nullptr; ++lines) {
+    int height = 0;
+    items[static_cast<std::size_t>(lines)].measure(&height, nullptr);
+    line = std::max(line, height + kLineGap);
+  }
+  int left = 0, top = 0, width = 0, height = 0;
+  Fl::screen_work_area(left, top, width, height, Fl::event_x_root(), Fl::event_y_root());
+  const int toRoot = Fl::event_y_root() - Fl::event_y();
+  const int lowest = top + height - (lines * line + kFrame) - toRoot;
+  return std::min(y, std::max(lowest, top - toRoot));
+}
 
 }  // namespace
 
@@ -103,7 +123,7 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
     meanings.push_back(action);
   }
   items.push_back(Fl_Menu_Item{});
-  const Fl_Menu_Item* picked = items.front().popup(x, y);
+  const Fl_Menu_Item* picked = items.front().popup(x, PlaceOfMenu(items, y));
   if (picked && picked->text) Perform(meanings[static_cast<std::size_t>(picked - items.data())]);
 }
 
