@@ -203,6 +203,10 @@ pictures() {
   key ctrl+m
   shoot text "$(window_of KestrunText)"
   xdotool windowactivate --sync "$main"
+  key ctrl+h
+  sleep 1  # the history is read
+  shoot_dialog history KestrunHistory
+  xdotool windowactivate --sync "$main"
   key F1
   shoot help "$(window_of KestrunHelp)"
   xdotool windowactivate --sync "$main"
