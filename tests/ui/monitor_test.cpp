@@ -43,7 +43,7 @@ TEST_F(MonitorTest, ShowsAJobFromItsStartToItsEndAndAsksItsSolver) {
   const std::string deck = AddJob("plate", "run 60");
   const std::string folder = home_ / "plate";
   PressCell(Table(), 0, "Status");
-  PressKey('g', FL_CTRL);
+  PressKey(FL_F + 6);
   ASSERT_EQ(Monitors().size(), 1u);
   EXPECT_STREQ(Monitor().label(), "Monitor: plate.k");
   EXPECT_TRUE(HeadSays("The job has not started yet."));
@@ -57,7 +57,7 @@ TEST_F(MonitorTest, ShowsAJobFromItsStartToItsEndAndAsksItsSolver) {
   char* const lines = Find<Fl_Text_Display>(Monitor()).buffer()->text();
   EXPECT_NE(std::string(lines).find("flush i/o buffers"), std::string::npos) << lines;
   std::free(lines);
-  PressKey('g', FL_CTRL);
+  PressKey(FL_F + 6);
   EXPECT_EQ(Monitors().size(), 1u) << "one for a job";
 
   ASSERT_TRUE(Until([&] { return CanPress("Write a Dump"); }));
