@@ -10,10 +10,10 @@ out=$(realpath -m "${2:-$root/docs}")
 title="Kestrun 2016 R1"
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrun.XXX")
 mkdir -p "$out"
-language= suffix= jobs= main= program=
+language= suffix= jobs= main= program= sick=
 
 cleanup() {
-  kill ${program:-} ${manager:-} ${server:-} 2>/dev/null || true
+  kill ${program:-} ${sick:-} ${manager:-} ${server:-} 2>/dev/null || true
   wait 2>/dev/null || true
   rm -rf "$scratch"
 }
@@ -158,11 +158,44 @@ shoot_left_bar() {
   xdotool windowactivate --sync "$main"
 }
 
+# A run beside the queue that is as sick as the stand-in can be.
+run_sick() {
+  decks=()
+  deck sick/sick.k plate.k 40
+  for sickness in 'lines 400' 'falling-step 0.005' 'energy-ratio 1.5' 'hourglass 20' 'added-mass 7'; do
+    sed -i "1a \$ standin: $sickness" "$jobs/sick/sick.k"
+  done
+  (cd "$jobs/sick" && exec "$scratch/solvers/ls-dyna_s" i=sick.k >sick.console 2>&1) &
+  sick=$!
+}
+
+# The monitor of the job that runs, and of the sick run.
+shoot_monitors() {
+  row "$row_4"
+  key F6
+  shoot monitor "$(window_of KestrunMonitor)"
+  key Escape
+  xdotool windowactivate --sync "$main"
+  key shift+F6
+  window_of KestrunChooser >"$scratch/chooser"
+  key ctrl+a
+  xdotool type --delay 60 "$jobs/sick"
+  sleep 0.3
+  key Return
+  wait "$sick" || true
+  sick=
+  sleep 1.5
+  shoot monitor-sick "$(window_of KestrunMonitor)"
+  key Escape
+  xdotool windowactivate --sync "$main"
+}
+
 # Group's name, then those of three jobs.
 pictures() {
   jobs=$scratch/jobs$suffix
   mkdir -p "$jobs"
   start_program
+  run_sick
   shoot main-window-empty "$main"
   fill_queue "$2" "$3" "$4"
   key F2
@@ -225,6 +258,7 @@ pictures() {
   click 3 40 "$tab_y"
   shoot group-menu "$main"
   key Escape
+  shoot_monitors
   shoot_left_bar
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"

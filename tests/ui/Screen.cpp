@@ -97,8 +97,8 @@ Place PlaceOf(Fl_Widget& in, const std::string& text) {
   throw std::runtime_error("not to be seen: " + text);
 }
 
-// The middle of a cell.
-Place PlaceOf(Flx_Table& table, int row, const std::string& title) {
+// A place in a cell, by its share of the width.
+Place PlaceOf(Flx_Table& table, int row, const std::string& title, double across = 0.5) {
   const Drawing drawing(*table.window());
   int line = 0;
   for (Flx_HeaderButton* head : All<Flx_HeaderButton>(table)) {
@@ -106,7 +106,7 @@ Place PlaceOf(Flx_Table& table, int row, const std::string& title) {
     for (const Drawn& drawn : drawing.In(table)) {
       if (drawn.icon || drawn.y < head->y() + head->h() || drawn.y == line) continue;
       line = drawn.y;
-      if (row-- == 0) return {head->x() + head->w() / 2, line - 1};
+      if (row-- == 0) return {head->x() + static_cast<int>(head->w() * across), line - 1};
     }
   }
   throw std::runtime_error("no such cell: " + title);
@@ -320,9 +320,14 @@ void MoveToCell(Flx_Table& table, int row, const std::string& title) {
   MoveTo(*table.window(), place.x, place.y);
 }
 
-void PressCell(Flx_Table& table, int row, const std::string& title, int button) {
+void PressCell(Flx_Table& table, int row, const std::string& title, int button, bool twice) {
   const Place place = PlaceOf(table, row, title);
-  ClickAt(*table.window(), place.x, place.y, button);
+  ClickAt(*table.window(), place.x, place.y, button, twice);
+}
+
+void PressEndOfCell(Flx_Table& table, int row, const std::string& title) {
+  const Place place = PlaceOf(table, row, title, 0.9);
+  ClickAt(*table.window(), place.x, place.y);
 }
 
 Fl_Window* TipWindow() {

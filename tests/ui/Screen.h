@@ -108,7 +108,9 @@ void Press(Fl_Widget& widget);  // in its middle
 void Press(Fl_Widget& in, const std::string& text, int button = FL_LEFT_MOUSE, bool twice = false);
 // Cells, the column by its title, the row counted from the first one in sight.
 void MoveToCell(Flx_Table& table, int row, const std::string& title);
-void PressCell(Flx_Table& table, int row, const std::string& title, int button = FL_LEFT_MOUSE);
+void PressCell(Flx_Table& table, int row, const std::string& title, int button = FL_LEFT_MOUSE,
+               bool twice = false);
+void PressEndOfCell(Flx_Table& table, int row, const std::string& title);
 
 // The tooltip that comes up where the mouse is, null when none does, and what it says.
 Fl_Window* TipWindow();

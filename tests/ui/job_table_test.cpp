@@ -64,10 +64,11 @@ TEST_F(JobTableTest, AJobThatLeftARestartDumpGoesOnFromItWithOneClick) {
   stages->SetRestartDump("/f/1/d3dump01");
   Add(stages);
   EXPECT_NE(TipOf(0, "Status").find("d3dump03"), std::string::npos);
-  PressCell(Table(), 0, "Status");
-  PressCell(Table(), 0, "Status");  // it is there already
+  PressCell(Table(), 0, "Status");  // beside the arrow: only selects
+  PressEndOfCell(Table(), 0, "Status");
+  PressEndOfCell(Table(), 0, "Status");  // it is there already
   EXPECT_TRUE(LineSays(texts_.Format("ui_goes_on_already", "d3dump03")));
-  PressCell(Table(), 1, "Status");
+  PressEndOfCell(Table(), 1, "Status");
   const Lines rows = Rows();
   ASSERT_EQ(rows.size(), 4U);
   EXPECT_EQ(rows[2], "R=d3dump03|/w|LS-DYNA (D)|No|700|Queued|(View...)|(View...)|No|");

@@ -71,6 +71,8 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   // Over the empty area when there are no rows.
   virtual void DrawEmpty(int x, int y, int w, int h) = 0;
   virtual bool IsButton(int row, int column) = 0;
+  // Of a button cell: whether a press this many pixels before its right edge counts.
+  virtual bool PressesAt(int /*column*/, int /*beforeEnd*/) const { return true; }
   virtual std::string CellTip(int row, int column) = 0;
   // Whether Escape selects no row; else the window has it.
   virtual bool EscapeDeselects() const { return true; }

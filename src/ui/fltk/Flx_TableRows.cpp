@@ -128,12 +128,14 @@ int Flx_Table::Rows::HandlePush() {
   pushedRow_ = -1;
   if (Fl::event_button() == FL_RIGHT_MOUSE) {
     OpenMenu(Fl::event_x(), Fl::event_y());
-  } else if (Fl::event_button() == FL_LEFT_MOUSE && row >= 0 && column >= 0 &&
-             table_.IsButton(row, column)) {
+    return 1;
+  }
+  if (Fl::event_button() != FL_LEFT_MOUSE || row < 0 || column < 0) return 1;
+  const int end = table_.ColumnX(column) + table_.widths_[static_cast<std::size_t>(column)];
+  if (table_.IsButton(row, column) && table_.PressesAt(column, end - Fl::event_x())) {
     pushedRow_ = row;
     pushedColumn_ = column;
-  } else if (Fl::event_button() == FL_LEFT_MOUSE && row >= 0 && column >= 0 &&
-             Fl::event_clicks() > 0) {
+  } else if (Fl::event_clicks() > 0) {
     Fl::event_clicks(0);
     if (table_.OnDoubleClick) table_.OnDoubleClick(row, column);
   }

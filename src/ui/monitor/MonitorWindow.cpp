@@ -284,8 +284,8 @@ void MonitorWindow::ShowStages() {
   if (state_.stages == stages_) return;
   stages_ = state_.stages;
   std::vector<std::string> entries = {texts_.Get("mon_stage_newest")};
-  for (std::size_t i = 0; i < stages_.size(); ++i)
-    entries.push_back(std::to_string(i + 1) + "  " + stages_[i]);
+  for (std::size_t at = 0; at < stages_.size(); ++at)
+    entries.push_back(std::to_string(at + 1) + "  " + stages_[at]);
   stageEntries_.Show(*stage_, entries, 0);
   run_.ChooseStage(-1);
   stages_.empty() ? stage_->hide() : stage_->show();

@@ -221,6 +221,11 @@ void JobTable::DrawEmpty(int x, int y, int w, int h) {
           FL_ALIGN_CENTER, nullptr, 0);
 }
 
+// Of the status the arrow at its end alone: a double click on the rest opens the monitor.
+bool JobTable::PressesAt(int column, int beforeEnd) const {
+  return column != kStatus || beforeEnd <= kGoOnSize + CellDrawing::kPadding;
+}
+
 bool JobTable::IsButton(int row, int column) {
   switch (column) {
     case kMessage:

@@ -57,6 +57,7 @@ class JobTable : public Flx_Table {
   void DrawCell(const Cell& cell) override;
   void DrawEmpty(int x, int y, int w, int h) override;
   bool IsButton(int row, int column) override;
+  bool PressesAt(int column, int beforeEnd) const override;
   std::string CellTip(int row, int column) override;
   std::string CellText(int row, int column) override { return ReadRow(row).cells[column]; }
   int IconWidth(int column) const override;
