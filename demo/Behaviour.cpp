@@ -53,6 +53,8 @@ bool ReadNotices(const std::vector<std::string>& words, std::vector<Notices>& li
 bool* Flag(Behaviour& behaviour, const std::string& name) {
   if (name == "CRASH") return &behaviour.crash;
   if (name == "HANG") return &behaviour.hang;
+  if (name == "NO-LICENCE") return &behaviour.noLicence;
+  if (name == "WINDOW-SIZE") return &behaviour.windowSize;
   if (name == "NO-MESSAGE") return &behaviour.noMessage;
   if (name == "NO-RESULT") return &behaviour.noResult;
   if (name == "EMPTY-RESULT") return &behaviour.emptyResult;
@@ -76,6 +78,14 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
     return true;
   }
   if (name == "LINES") return ReadNumber(words, 1, 1, kMostLines, behaviour.lines);
+  if (name == "CHATTER") return ReadNumber(words, 1, 1, kMostLines, behaviour.chatter);
+  if (name == "KILL") {
+    constexpr int kLastSignal = 31;
+    int number = 0;
+    if (!ReadNumber(words, 1, 1, kLastSignal, number)) return false;
+    behaviour.killSignal = number;
+    return true;
+  }
   if (name == "CYCLES") return ReadNumber(words, 1, 1, kMostCycles, behaviour.cycles);
   Sickness& sickness = behaviour.sickness;
   if (name == "FALLING-STEP") return ReadShare(words, 1e-6, 1, sickness.stepShare);

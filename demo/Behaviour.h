@@ -36,6 +36,10 @@ struct Behaviour {
   bool warningsWithoutBlank = false;  // memory lines follow a block directly
   std::optional<int> fail;            // the number of the error
   bool crash = false;
+  std::optional<int> killSignal;
+  bool noLicence = false;
+  bool windowSize = false;
+  int chatter = 0;  // lines on the console
   bool hang = false;
   bool noMessage = false;
   bool noResult = false;     // of Vorel

@@ -14,6 +14,12 @@ long StartSleepingChild();
 // Dies the way a faulty program does: at once, nothing flushed, nothing tidied, no dialog.
 [[noreturn]] void Crash();
 
+// By that signal; on Windows as if the console had been closed.
+void DieBySignal(int number);
+
+// Of the console that the standard output is; false when it is none.
+bool ReadWindowSize(int& lines, int& columns);
+
 bool IsFolder(const std::string& path);
 std::string CurrentFolder();
 // The folder of the running executable file, without a separator at its end.

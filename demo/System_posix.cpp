@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -42,6 +43,21 @@ void Crash() {
   std::signal(SIGSEGV, SIG_DFL);
   raise(SIGSEGV);
   _exit(139);
+}
+
+void DieBySignal(int number) {
+  const rlimit noCore{0, 0};
+  setrlimit(RLIMIT_CORE, &noCore);
+  std::signal(number, SIG_DFL);
+  raise(number);
+}
+
+bool ReadWindowSize(int& lines, int& columns) {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return false;
+  lines = size.ws_row;
+  columns = size.ws_col;
+  return true;
 }
 
 bool IsFolder(const std::string& path) {

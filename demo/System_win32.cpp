@@ -49,6 +49,19 @@ void Crash() {
   ExitProcess(kAccessViolation);
 }
 
+void DieBySignal(int) {
+  constexpr UINT kControlC = 0xC000013A;
+  TerminateProcess(GetCurrentProcess(), kControlC);
+}
+
+bool ReadWindowSize(int& lines, int& columns) {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info)) return false;
+  lines = info.srWindow.Bottom - info.srWindow.Top + 1;
+  columns = info.srWindow.Right - info.srWindow.Left + 1;
+  return true;
+}
+
 bool IsFolder(const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -6,6 +6,7 @@
 #include "solvers/ReportText.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/LineBlocks.h"
 
 namespace {
 
@@ -24,6 +25,15 @@ void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
   lines.push_back(Said(hooks, Message(MessageId::kReportNodes, grid.NumberOfPoints())));
 }
 
+// A line each.
+void AddLastWords(const Message& words, const AnalysisHooks& hooks,
+                  std::vector<std::string>& lines) {
+  if (words.Empty()) return;
+  if (!lines.empty()) lines.emplace_back();
+  const std::string text = Said(hooks, words);
+  for (std::size_t at = 0; at < text.size();) lines.emplace_back(TakeLine(text, at));
+}
+
 }  // namespace
 
 std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisHooks& hooks) {
@@ -34,5 +44,6 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   for (std::string& line : lines) std::erase(line, '\n');
   if (output.status == JobStatus::kFinished && row.runsDecks)
     AddModelSize(output.folder, hooks, lines);
+  AddLastWords(output.lastWords, hooks, lines);
   return lines;
 }

@@ -9,8 +9,9 @@
 #include "solvers/OutputAnalysis.h"
 
 // The report of the solver's output, then, for a finished job on a deck with a "d3plot"
-// in its folder, the size of its model or why that cannot be read. A line holds no line feed. Empty
-// when the progress hook ended it. Reads files that may be big; any thread.
+// in its folder, the size of its model or why that cannot be read, then what the solver of a run
+// that failed said last. A line holds no line feed. Empty when the progress hook ended it. Reads
+// files that may be big; any thread.
 std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisHooks& hooks = {});
 
 #endif

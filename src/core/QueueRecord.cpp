@@ -172,6 +172,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
     job->SetMessageFile(image.run->messageFile);
     job->SetRestartDump(image.run->restartDump);
     job->SetRunError(image.run->errorCode, image.run->reason);
+    job->SetLastWords(image.run->lastWords);
   }
   return job;
 }

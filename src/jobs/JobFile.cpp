@@ -60,6 +60,17 @@ void JobFile::SetRunError(int code, const Message& message) {
   const MutexLock lock(mutex_);
   runErrorCode_ = code;
   runMessage_ = message;
+  lastWords_ = {};
+}
+
+Message JobFile::LastWords() const {
+  const MutexLock lock(mutex_);
+  return lastWords_;
+}
+
+void JobFile::SetLastWords(const Message& words) {
+  const MutexLock lock(mutex_);
+  lastWords_ = words;
 }
 
 std::string JobFile::RestartDump() const {

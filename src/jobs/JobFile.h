@@ -142,6 +142,11 @@ class JobFile : public JobFields {
   std::string RestartDump() const;
   void SetRestartDump(const std::string& path);
 
+  // What there is to say beside that reason, in lines: how the solver ended and what it printed
+  // last (solvers/LastWords.h). SetRunError takes it back. Any thread.
+  Message LastWords() const;
+  void SetLastWords(const Message& words);
+
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.
   void ResetForRun();
@@ -152,6 +157,7 @@ class JobFile : public JobFields {
   std::string restartDump_ KR_GUARDED_BY(mutex_);
   int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
   Message runMessage_ KR_GUARDED_BY(mutex_);
+  Message lastWords_ KR_GUARDED_BY(mutex_);
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.

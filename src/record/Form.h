@@ -207,6 +207,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("verdict", run.verdict);
   visit("code", run.errorCode);
   visit("reason", run.reason);
+  visit("words", run.lastWords);
   visit("message", run.messageFile);
   visit("dump", run.restartDump);
   visit("errors", run.errors);

@@ -8,11 +8,12 @@ void JobImage::Set(const JobProgress& progress) {
   errorCode = progress.errorCode;
   reason = progress.reason;
   restartDump = progress.restartDump;
+  lastWords = progress.lastWords;
 }
 
 JobProgress ProgressOf(const JobFile& job) {
-  return {job.status,         job.started,      job.ended,        job.MessageFile(),
-          job.RunErrorCode(), job.RunMessage(), job.RestartDump()};
+  return {job.status,         job.started,      job.ended,         job.MessageFile(),
+          job.RunErrorCode(), job.RunMessage(), job.RestartDump(), job.LastWords()};
 }
 
 JobImage ImageOf(const JobFile& job) {
@@ -25,6 +26,7 @@ JobImage ImageOf(const JobFile& job) {
   image.errorCode = job.RunErrorCode();
   image.reason = job.RunMessage();
   image.restartDump = job.RestartDump();
+  image.lastWords = job.LastWords();
   for (const std::shared_ptr<JobFile>& stage : job.stages) image.stages.push_back(ImageOf(*stage));
   return image;
 }
@@ -37,6 +39,7 @@ void Fill(JobFile& job, const JobImage& image,
   job.SetMessageFile(image.messageFile);
   job.SetRunError(image.errorCode, image.reason);
   job.SetRestartDump(image.restartDump);
+  job.SetLastWords(image.lastWords);
   for (const JobImage& one : image.stages) {
     const std::shared_ptr<JobFile> stage = make(one.kind);
     Fill(*stage, one, make);

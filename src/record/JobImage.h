@@ -19,6 +19,7 @@ struct JobProgress {
   int errorCode = 0;
   Message reason;
   std::string restartDump;
+  Message lastWords;
 
   bool operator==(const JobProgress&) const = default;
 };
@@ -32,6 +33,7 @@ struct JobImage {
   int errorCode = 0;
   Message reason;
   std::string restartDump;
+  Message lastWords;
   std::optional<RunRecord> run;  // the one that is under way, or was when the program died
   std::vector<JobImage> stages;
 

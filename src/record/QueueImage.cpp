@@ -14,6 +14,7 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (job.errorCode != 0) json["code"] = job.errorCode;
   if (!job.reason.Empty()) json["reason"] = Of(job.reason);
   if (!job.restartDump.empty()) json["dump"] = Of(job.restartDump);
+  if (!job.lastWords.Empty()) json["words"] = Of(job.lastWords);
 }
 
 Json JobJson(const JobImage& job) {
@@ -40,6 +41,7 @@ void TakeProgress(const Value& json, JobImage& job) {
   TakeKey(json, "code", job.errorCode);
   TakeKey(json, "reason", job.reason);
   TakeKey(json, "dump", job.restartDump);
+  TakeKey(json, "words", job.lastWords);
 }
 
 bool TakeJob(const Value& json, JobImage& job, bool isStage) {
@@ -147,7 +149,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          JobImage job;
          TakeProgress(json.items[3], job);
          c.progress = {job.fields.status, job.fields.started, job.fields.ended, job.messageFile,
-                       job.errorCode,     job.reason,         job.restartDump};
+                       job.errorCode,     job.reason,         job.restartDump,  job.lastWords};
          return c;
        }},
       {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},

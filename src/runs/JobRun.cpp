@@ -11,6 +11,7 @@
 #include "runs/RunRecording.h"
 #include "runs/SolverVersion.h"
 #include "solvers/AbortableWait.h"
+#include "solvers/LastWords.h"
 #include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
@@ -243,6 +244,9 @@ class JobRun {
     });
     if (goesOn && !earlier_->runs && !stage.abort) SayItEndedUnwatched(stage);
     const std::optional<int> exitCode = KnownExitCode(stage.process);
+    if (status == JobStatus::kAborted && !stage.abort) {
+      stage.SetLastWords(LastWordsOf(stage, exitCode));
+    }
     if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
     EndSolver(stage, status);
     if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
@@ -274,6 +278,7 @@ class JobRun {
     job_.SetMessageFile(stage.MessageFile());
     job_.SetRestartDump(stage.RestartDump());
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
+    job_.SetLastWords(stage.LastWords());
   }
 
   void SetStatus(JobFile& stage, JobStatus status) {

@@ -48,6 +48,7 @@ struct RunRecord {
   JobStatus verdict = JobStatus::kRunning;
   int errorCode = 0;        // JobFile::RunErrorCode
   Message reason;           // JobFile::RunMessage; may be said of a Finished run too
+  Message lastWords;        // JobFile::LastWords
   std::string messageFile;  // where it is kept; empty: none
   std::string restartDump;  // to go on from; empty: none
   // Of the message file and the results, where somebody has counted them.

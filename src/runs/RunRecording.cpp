@@ -112,6 +112,7 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.verdict = verdict;
   record.errorCode = stage.RunErrorCode();
   record.reason = stage.RunMessage();
+  record.lastWords = stage.LastWords();
   record.messageFile = stage.MessageFile();
   record.restartDump = stage.RestartDump();
   if (dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;

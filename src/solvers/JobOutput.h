@@ -12,6 +12,7 @@ struct JobOutput {
   std::string jobFile;
   std::string folder;
   std::string messageFile;
+  Message lastWords;
 };
 
 // With the job's list locked.

@@ -1,16 +1,12 @@
 #include "solvers/RunSteps.h"
 
 #include "jobs/JobArguments.h"
+#include "solvers/LastWords.h"
 #include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
-
-// The access token of a solver's command line is nobody's business.
-Message WithoutToken(const JobFile& job, const Message& message) {
-  return job.run != nullptr ? message.Without(job.run->settings.inc_token) : message;
-}
 
 // A longer one would be cut, or not be found, by who has buffers of the usual size.
 bool CheckLength(JobFile& job, const std::string& path) {
@@ -20,6 +16,10 @@ bool CheckLength(JobFile& job, const std::string& path) {
 }
 
 }  // namespace
+
+Message WithoutToken(const JobFile& job, const Message& message) {
+  return job.run != nullptr ? message.Without(job.run->settings.inc_token) : message;
+}
 
 void Report(const JobFile& job, const Message& message) {
   if (job.run == nullptr || !job.run->report) return;
@@ -77,16 +77,17 @@ void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std
 }
 
 bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<std::string>& old) {
-  const std::string& mainFile = job.MainFile();
   start.folder = job.Folder();
-  start.outputFile = mainFile + ".console.txt";
+  start.outputFile = ConsoleFileOf(job);
   start.creationFlags = PTWrapperProcess::kNewConsole;
   start.console = job.run->console;
   if (!job.process.Terminate()) Report(job, Message(MessageId::kNotEnded, job.process.LastError()));
   if (!FileDirWrapper::IsFolder(start.folder)) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kFolderNotEntered, start.folder));
   }
-  job.folderBefore.Take(old);
+  std::vector<std::string> before = old;
+  before.push_back(start.outputFile);
+  job.folderBefore.Take(before);
   if (!job.process.Create(start)) {
     return Fail(job, RunError::kNotStarted,
                 Message(MessageId::kNotStarted, job.process.LastError()));

@@ -35,6 +35,9 @@ class RunScope {
 // For the application log. The settings' access token is masked, here and below.
 void Report(const JobFile& job, const Message& message);
 
+// The message without it.
+Message WithoutToken(const JobFile& job, const Message& message);
+
 // Reports why the run ends and leaves it with its code in the job and the run's context. Always
 // false.
 bool Fail(JobFile& job, int code, const Message& reason);

@@ -4,6 +4,7 @@
 
 #include "RunFixture.h"
 #include "runs/SolverVersion.h"
+#include "solvers/LastWords.h"
 
 namespace {
 
@@ -70,6 +71,11 @@ class JobRunTest : public RunTest {
     }));
   }
 
+  static std::string HostOfConsoles() {
+    const std::string host = std::string(KR_TEST_BIN_DIR) + "/krconsole";
+    return FileDirWrapper::FileExists(host) ? host : host + ".exe";
+  }
+
   // A solver in a folder of its own, since its report lies beside it.
   std::string OwnSolver() {
     const std::string name = std::filesystem::path(StandinSolver()).filename().string();
@@ -108,6 +114,42 @@ TEST_F(JobRunTest, AStageThatFailsIsTheLast) {
   EXPECT_EQ(job->RunErrorCode(), 2);
   EXPECT_EQ(job->RunMessage().English(), job->stages[1]->RunMessage().English());
   EXPECT_EQ(runErrorCode_, 2);
+}
+
+TEST_F(JobRunTest, AFailedSolverTellsHowItEndedAndWhatItPrinted) {
+  context_.console.host = HostOfConsoles();
+  std::vector<RunRecord> records;
+  setup_.recorded = [&](const JobFile&, const RunRecord& record) { records.push_back(record); };
+  const auto refused = Job("a", "", {"$ standin: chatter 30\n$ standin: no-licence\n"});
+  EXPECT_EQ(RunWhole(*refused), JobStatus::kAborted);
+  EXPECT_EQ(refused->RunErrorCode(), 3);
+  const std::string words = refused->LastWords().English();
+  const std::string first = "The solver ended: exit code 1";
+  EXPECT_TRUE(words.starts_with(first)) << words;
+  EXPECT_EQ(records.back().lastWords, refused->LastWords());
+  EXPECT_TRUE(
+      words.ends_with(" part 30: 100%\n"
+                      " *** licence error: no server answers at 27008@licences\n"
+                      "     checked 3 times within 15 seconds\n"
+                      " the run ends: no licence"))
+      << words;
+  EXPECT_EQ(std::count(words.begin(), words.end(), '\n'), 21);
+
+  // It has a message file: there is no need for more.
+  const auto killed = Job("b", "", {"$ standin: kill 9\n"});
+  EXPECT_EQ(RunWhole(*killed), JobStatus::kAborted);
+  EXPECT_EQ(killed->RunErrorCode(), 2);
+  const bool isSignal = PTWrapperProcess::SignalOf(128 + 9) == 9;
+  EXPECT_EQ(killed->LastWords().English(),
+            isSignal ? "The solver ended: killed by signal 9, out of memory?"
+                     : "The solver ended: 0xC000013A: Ctrl+C, or its console was closed");
+
+  // What lies there from an earlier run is not this one's.
+  std::filesystem::remove(ConsoleFileOf(*refused->stages[0]));
+  std::filesystem::create_directory(ConsoleFileOf(*refused->stages[0]));
+  EXPECT_EQ(RunWhole(*refused), JobStatus::kAborted);
+  EXPECT_EQ(refused->LastWords().English(), first);
+  EXPECT_EQ(ExitWords(static_cast<int>(0xC0000135)).English(), "0xC0000135: a DLL is missing");
 }
 
 TEST_F(JobRunTest, WhenNothingIsToBePositioned) {

@@ -81,7 +81,7 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
   Row row;
   row.path = ToUi(stage.jobFile);
   row.status = stage.status;
-  if (stage.status == JobStatus::kAborted) row.reason = words_.Say(stage.RunMessage());
+  if (stage.status == JobStatus::kAborted) row.reason = FailureWords(stage, words_);
   row.cells[kFile] = ToUi(FileDirWrapper::NameOf(stage.jobFile));
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&stage);
   row.cells[kType] =

@@ -94,7 +94,7 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   Row row;
   row.status = job.status;
   if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
-    row.reason = texts_.Say(job.RunMessage());
+    row.reason = FailureWords(job, texts_);
   if (HasEnded(job.status)) row.dump = ShownName(job.RestartDump());
   row.multiStage = !job.stages.empty();
   row.dyna = dyna != nullptr;

@@ -17,7 +17,6 @@
 #include "util/files/FileSystemCalls.h"
 #include "util/process/ConsoleLines.h"
 #include "util/signals/Mutex.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -27,21 +26,6 @@ constexpr int kMostOld = 99;
 
 std::string Note(const std::string& words) {
   return std::string(kConsoleNote) + words + "\n";
-}
-
-std::string FirstLine() {
-  std::tm now{};
-  std::string time;
-  if (DateTimeWrapper::CurrentLocalTime(&now)) DateTimeWrapperStr::DateTimeString(&now, time);
-  return Note("What the program printed from " + time + " on");
-}
-
-bool BeginsAsOurs(const std::string& file) {
-  const UniqueFd fd(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
-  std::string begin(kConsoleNote.size(), '\0');
-  return fd &&
-         pread(fd.get(), begin.data(), begin.size(), 0) == static_cast<ssize_t>(begin.size()) &&
-         begin == kConsoleNote;
 }
 
 bool PutAside(const std::string& file) {
@@ -59,7 +43,7 @@ bool MakeRoom(const std::string& file) {
   if (lstat(file.c_str(), &info) != 0) return errno == ENOENT;
   if (S_ISLNK(info.st_mode)) return unlink(file.c_str()) == 0;
   if (!S_ISREG(info.st_mode)) return false;
-  if (info.st_size == 0 || BeginsAsOurs(file)) return unlink(file.c_str()) == 0;
+  if (info.st_size == 0 || IsConsoleFile(file)) return unlink(file.c_str()) == 0;
   return PutAside(file);
 }
 
@@ -82,7 +66,7 @@ UniqueFd OpenConsoleFile(const std::string& path) {
   constexpr mode_t kMode = 0666;
   UniqueFd fd(
       open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_APPEND, kMode));
-  if (fd) WriteAll(fd.get(), FirstLine());
+  if (fd) WriteAll(fd.get(), ConsoleFirstLine());
   return fd;
 }
 
@@ -152,7 +136,7 @@ void ConsoleFile::Shared::KeepNewest() {
   const ssize_t got = pread(fd.get(), block.data(), block.size(), from);
   if (from <= 0 || got <= 0) return;
   from += std::find(block.begin(), block.begin() + got, '\n') - block.begin() + 1;
-  const std::string head = FirstLine() + Note("Earlier lines are left out");
+  const std::string head = ConsoleFirstLine() + Note("Earlier lines are left out");
   fcntl(fd.get(), F_SETFL, 0);
   off_t to = pwrite(fd.get(), head.data(), head.size(), 0);
   for (ssize_t read = 1; to > 0 && read > 0 && from < info.st_size; from += read) {

@@ -4,7 +4,23 @@
 
 #include "util/files/InputFile.h"
 #include "util/files/LineBlocks.h"
+#include "util/text/DateTimeWrapper.h"
 #include "util/text/PlainText.h"
+
+std::string ConsoleFirstLine() {
+  std::tm now{};
+  std::string time;
+  if (DateTimeWrapper::CurrentLocalTime(&now)) DateTimeWrapperStr::DateTimeString(&now, time);
+  return std::string(kConsoleNote) + "What the program printed from " + time + " on\n";
+}
+
+bool IsConsoleFile(const std::string& file) {
+  InputFile input;
+  std::string begin(kConsoleNote.size(), '\0');
+  return input.Open(file) &&
+         input.ReadAt(0, begin.data(), begin.size()) == static_cast<std::ptrdiff_t>(begin.size()) &&
+         begin == kConsoleNote;
+}
 
 std::vector<std::string> LastConsoleLines(const std::string& file, std::size_t most,
                                           std::size_t longest) {

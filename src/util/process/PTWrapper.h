@@ -111,6 +111,9 @@ class PTWrapperProcess : public PTWrapper {
   // (Linux): of a process of Open() that is not our child, and when the console host was killed.
   int ExitCode() const;
 
+  // The signal that an exit state tells of; 0 when it tells of none (Windows: always).
+  static int SignalOf(int exitCode);
+
   // The calling process's own id.
   std::int32_t ProcessId() const;
   // The id of the child that was started (the solver, not the terminal around it); 0 when none.

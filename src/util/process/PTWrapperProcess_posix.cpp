@@ -316,6 +316,12 @@ int PTWrapperProcess::ExitCode() const {
   return p_->child->HasEnded() ? *p_->child->exitCode : kStillActive;
 }
 
+int PTWrapperProcess::SignalOf(int exitCode) {
+  constexpr int kLastSignal = 64;
+  const int signal = exitCode - kSignalExitCode;
+  return signal > 0 && signal <= kLastSignal ? signal : 0;
+}
+
 std::int32_t PTWrapperProcess::ProcessId() const {
   return getpid();
 }

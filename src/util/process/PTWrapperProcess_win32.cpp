@@ -138,18 +138,43 @@ std::wstring EnvironmentFor(const PTWrapperProcessStart& start) {
   return block + L'\0';
 }
 
+// Who keeps what the child prints, see ConsoleKeeper; none where there is nothing to keep, or the
+// program for it is missing.
+Handle StartKeeper(const PTWrapperProcessStart& what, DWORD child) {
+  if (what.outputFile.empty() || !(what.creationFlags & PTWrapperProcess::kNewConsole)) return {};
+  std::string folder;
+  FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
+  const std::string host =
+      what.console.host.empty() ? FileDirWrapper::Join(folder, "krconsole.exe") : what.console.host;
+  if (!FileDirWrapper::FileExists(host)) return {};
+  std::string line = '"' + host + "\" " + std::to_string(child) + " \"" +
+                     FileDirWrapper::AbsolutePath(what.outputFile) + '"';
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION info{};
+  // Not in the child's folder, which somebody may want to remove.
+  if (!CreateProcessA(host.c_str(), line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
+                      folder.c_str(), &startup, &info)) {
+    return {};
+  }
+  CloseHandle(info.hThread);
+  return Handle(info.hProcess);
+}
+
 }  // namespace
 
 struct PTWrapperProcess::Private {
   bool Start(const PTWrapperProcessStart& what, const std::string& program, STARTUPINFOA& startup)
       KR_REQUIRES(mutex);
   bool End(bool leftovers) KR_REQUIRES(mutex);
+  void AwaitKeeper() KR_REQUIRES(mutex);
 
   Mutex mutex;
   // Forgotten by Terminate, never closed: its id cannot be taken over.
   HANDLE process KR_GUARDED_BY(mutex) = nullptr;
   DWORD processId KR_GUARDED_BY(mutex) = 0;
-  Handle job KR_GUARDED_BY(mutex);  // may be none
+  Handle job KR_GUARDED_BY(mutex);     // may be none
+  Handle keeper KR_GUARDED_BY(mutex);  // may be none
   std::string token KR_GUARDED_BY(mutex);
   Handle pipeRead KR_GUARDED_BY(mutex);
   Handle ioEvent KR_GUARDED_BY(mutex);
@@ -169,6 +194,7 @@ bool PTWrapperProcess::Private::Start(const PTWrapperProcessStart& what, const s
     return false;
   token = NewToken();
   job = NewJob(token, info.hProcess);
+  keeper = StartKeeper(what, info.dwProcessId);
   ResumeThread(info.hThread);
   CloseHandle(info.hThread);
   process = info.hProcess;
@@ -176,11 +202,21 @@ bool PTWrapperProcess::Private::Start(const PTWrapperProcessStart& what, const s
   return true;
 }
 
+// The child has ended. Who does not get ready would keep its console open.
+void PTWrapperProcess::Private::AwaitKeeper() {
+  constexpr DWORD kMilliseconds = 2000;
+  const Handle waited = std::move(keeper);
+  if (waited && WaitForSingleObject(waited.get(), kMilliseconds) == WAIT_TIMEOUT) {
+    TerminateProcess(waited.get(), 1);
+  }
+}
+
 // Forgets the child. True when it has ended, and with it all that it started; of a child that had
 // ended before, the latter only counts with `leftovers`.
 bool PTWrapperProcess::Private::End(bool leftovers) {
   const HANDLE ending = std::exchange(process, nullptr);
   const Handle tree = std::move(job);
+  keeper.Close();  // it ends by itself
   processId = 0;
   token.clear();
   if (HasEnded(ending) && !leftovers) return true;
@@ -293,7 +329,11 @@ bool PTWrapperProcess::WaitProc() {
     SetLastError("the process is not opened");
     return false;
   }
-  if (WaitForSingleObject(process, INFINITE) != WAIT_FAILED) return true;
+  if (WaitForSingleObject(process, INFINITE) != WAIT_FAILED) {
+    const MutexLock lock(p_->mutex);
+    p_->AwaitKeeper();
+    return true;
+  }
   SetLastError("Invalid thread handle\n");
   const MutexLock lock(p_->mutex);
   p_->process = nullptr;
@@ -303,7 +343,9 @@ bool PTWrapperProcess::WaitProc() {
 
 bool PTWrapperProcess::IsActive() const {
   const MutexLock lock(p_->mutex);
-  return p_->process && !HasEnded(p_->process);
+  if (!p_->process || !HasEnded(p_->process)) return p_->process != nullptr;
+  p_->AwaitKeeper();
+  return false;
 }
 
 bool PTWrapperProcess::Terminate() {
@@ -326,6 +368,10 @@ int PTWrapperProcess::ExitCode() const {
   DWORD code = kStillActive;
   GetExitCodeProcess(p_->process, &code);
   return static_cast<int>(code);
+}
+
+int PTWrapperProcess::SignalOf(int) {
+  return 0;
 }
 
 std::int32_t PTWrapperProcess::ProcessId() const {
