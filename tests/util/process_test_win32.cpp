@@ -8,6 +8,9 @@
 
 #include "support/OwnProgram.h"
 #include "support/TempFolder.h"
+#include "util/files/FileDirWrapper.h"
+#include "util/process/ConsoleLines.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 
@@ -92,6 +95,33 @@ TEST(ProcessWin32, GlobalEventsAreOpenToAll) {
   EXPECT_TRUE(present);
   EXPECT_EQ(list, nullptr);
   CloseHandle(event);
+}
+
+// Twice: what the first run printed gives way, what somebody else put there does not.
+TEST(ProcessWin32, KeepsWhatItsConsoleHoldsAtTheEnd) {
+  const TempFolder folder;
+  folder.Write("a.k", "$ standin: chatter 2\n$ standin: no-licence\n*KEYWORD\n*END\n");
+  folder.Write("out", "mine");
+  PTWrapperProcessStart start;
+  start.program = KR_TEST_BIN_DIR "/standin_solver.exe";
+  start.commandLine = "standin_solver i=a.k";
+  start.folder = folder.Path();
+  start.creationFlags = PTWrapperProcess::kNewConsole;
+  start.outputFile = folder / "out";
+  PTWrapperProcess process;
+  for (int run = 0; run < 2; ++run) {
+    ASSERT_TRUE(process.Create(start));
+    EXPECT_TRUE(process.WaitProc());
+    EXPECT_EQ(process.ExitCode(), 1);
+    EXPECT_TRUE(process.Terminate());
+    const std::vector<std::string> lines = LastConsoleLines(start.outputFile, 100);
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_TRUE(lines[0].starts_with(" part 1: 100%")) << lines[0];
+    EXPECT_EQ(lines[4], " the run ends: no licence");
+    EXPECT_TRUE(IsConsoleFile(start.outputFile));
+  }
+  EXPECT_EQ(TempFolder::Read(folder / "out.old1"), "mine");
+  EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out.old2"));
 }
 
 }  // namespace

@@ -71,14 +71,12 @@ UniqueFd OpenConsoleFile(const std::string& path) {
 }
 
 struct ConsoleFile::Shared {
-  explicit Shared(UniqueFd file) : fd(std::move(file)) {}
-
-  void WriteOut();
+  void WriteOut(const std::string& path);
   void Put(std::string_view lines);
   void KeepNewest();
 
   // The thread's alone.
-  const UniqueFd fd;
+  UniqueFd fd;
   bool failed = false;  // the last lines found no room
 
   Mutex mutex;
@@ -89,7 +87,8 @@ struct ConsoleFile::Shared {
   bool done KR_GUARDED_BY(mutex) = false;
 };
 
-void ConsoleFile::Shared::WriteOut() {
+void ConsoleFile::Shared::WriteOut(const std::string& path) {
+  fd = OpenConsoleFile(path);
   for (bool last = false; !last;) {
     std::string lines;
     bool gap = false;
@@ -110,7 +109,7 @@ void ConsoleFile::Shared::WriteOut() {
 
 // What was written in part is cut off again, so that what follows begins a line.
 void ConsoleFile::Shared::Put(std::string_view lines) {
-  if (lines.empty()) return;
+  if (!fd || lines.empty()) return;
   if (failed) {
     const std::string note = Note("Lines are missing here: the disk was full");
     if (!WriteAll(fd.get(), note)) return;
@@ -148,11 +147,9 @@ void ConsoleFile::Shared::KeepNewest() {
 }
 
 bool ConsoleFile::Open(const std::string& path) {
-  UniqueFd fd = OpenConsoleFile(path);
-  if (!fd) return false;
-  shared_ = std::make_shared<Shared>(std::move(fd));
+  shared_ = std::make_shared<Shared>();
   try {
-    std::thread([shared = shared_] { shared->WriteOut(); }).detach();
+    std::thread([shared = shared_, path] { shared->WriteOut(path); }).detach();
   } catch (const std::system_error&) {
     shared_.reset();
   }

@@ -23,8 +23,9 @@ class ConsoleFile {
   ConsoleFile(const ConsoleFile&) = delete;
   ConsoleFile& operator=(const ConsoleFile&) = delete;
 
+  // There may be no such file to have: then what is written is lost. False without a thread.
   bool Open(const std::string& path);
-  // Whole lines. Without an open file nothing happens.
+  // Whole lines.
   void Write(const std::string& lines);
   // Returns when everything is written, or after this time; the rest is then lost with the process.
   void Close(std::chrono::milliseconds limit);

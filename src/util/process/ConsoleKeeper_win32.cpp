@@ -4,13 +4,16 @@
 
 #include <cstdio>
 #include <iterator>
-#include <memory>
 
 #include "util/process/ConsoleLines.h"
+#include "util/text/ConsoleText.h"
 
 namespace {
 
+// A program has its console soon, or never.
 constexpr DWORD kLookMilliseconds = 2;
+constexpr DWORD kLateMilliseconds = 1000;
+constexpr ULONGLONG kSoonMilliseconds = 10000;
 // The system ends who has not done so some seconds after the console was closed.
 constexpr DWORD kClosingMilliseconds = 4000;
 constexpr int kMostOld = 99;
@@ -26,8 +29,11 @@ BOOL WINAPI TakeControl(DWORD event) {
 }
 
 bool Enter(DWORD id, HANDLE process) {
+  const ULONGLONG begun = GetTickCount64();
   while (!AttachConsole(id)) {
-    if (WaitForSingleObject(process, kLookMilliseconds) != WAIT_TIMEOUT) return false;
+    const bool isLate = GetTickCount64() - begun > kSoonMilliseconds;
+    const DWORD pause = isLate ? kLateMilliseconds : kLookMilliseconds;
+    if (WaitForSingleObject(process, pause) != WAIT_TIMEOUT) return false;
   }
   return SetConsoleCtrlHandler(TakeControl, TRUE);
 }
@@ -38,6 +44,16 @@ std::string InCodePage(const std::wstring& text) {
   std::string converted(static_cast<std::size_t>(bytes), '\0');
   WideCharToMultiByte(CP_ACP, 0, text.data(), size, converted.data(), bytes, nullptr, nullptr);
   return converted;
+}
+
+// A console that does not know escape sequences shows them.
+std::string WithLineEnds(const std::string& shown) {
+  ConsoleText plain;
+  std::string lines;
+  plain.Take(shown, lines);
+  std::string text;
+  for (const char c : lines) text += c == '\n' ? "\r\n" : std::string(1, c);
+  return text;
 }
 
 // Up to the line of the cursor.
@@ -56,10 +72,10 @@ std::string ReadBuffer() {
                                 &count);
     line.resize(count);
     line.resize(line.find_last_not_of(std::wstring(L" \0", 2)) + 1);
-    text += InCodePage(line) + "\r\n";
+    text += InCodePage(line) + '\n';
   }
   CloseHandle(screen);
-  return text.substr(0, text.find_last_not_of("\r\n") + 1) + "\r\n";
+  return text.substr(0, text.find_last_not_of('\n') + 1) + '\n';
 }
 
 // True when nothing has the name any more. A link is not what it leads to.
@@ -99,10 +115,9 @@ bool Write(const std::string& file, const std::string& text) {
 bool KeepConsole(unsigned long id, const std::string& file) {
   const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, id);
   theClosing = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-  std::string begun = ConsoleFirstLine();
-  begun.replace(begun.size() - 1, 1, "\r\n");
+  const std::string begun = ConsoleFirstLine();
   if (process == nullptr || theClosing == nullptr || !Enter(id, process)) return false;
   const HANDLE ends[] = {process, theClosing};
   WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE);
-  return Write(file, begun + ReadBuffer());
+  return Write(file, WithLineEnds(begun + ReadBuffer()));
 }
