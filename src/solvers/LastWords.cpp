@@ -91,8 +91,8 @@ Message ExitWords(int exitCode) {
   char digits[16];
   std::snprintf(digits, sizeof digits, "0x%08X", static_cast<unsigned>(number));
   const Meaning* const meaning = Find(kStatuses, number);
-  return meaning != nullptr ? Message(MessageId::kExitStatusOf, digits, Message(meaning->words))
-                            : Message(MessageId::kExitStatus, digits);
+  return meaning != nullptr ? Message(MessageId::kOfFile, digits, Message(meaning->words))
+                            : Message(MessageId::kForeignWords, digits);
 }
 
 Message LastWordsOf(const JobFile& job, std::optional<int> exitCode) {

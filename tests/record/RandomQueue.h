@@ -93,6 +93,7 @@ class RandomQueue {
     if (Number(0, 1) == 1) run.nodes = 0;
     if (Number(0, 1) == 1) run.dumpsBefore = 0;
     run.restartDump = Text();
+    run.lastWords = Reason();
     run.verdict = static_cast<JobStatus>(Number(0, 4));
     return run;
   }
@@ -131,7 +132,8 @@ class RandomQueue {
             Text(),
             static_cast<int>(Number(0, 6)),
             Reason(),
-            Text()};
+            Text(),
+            Reason()};
   }
 
   void Set(JobImage& job) {
