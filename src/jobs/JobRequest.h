@@ -7,7 +7,6 @@
 #include <string>
 
 #include "jobs/JobFile.h"
-#include "runs/RunRecord.h"
 
 // A record of the hand-over file, or a file chosen in the window.
 struct JobRequest {
@@ -32,21 +31,6 @@ inline JobRequest MakeJobRequest(const Settings& settings) {
   JobRequest request;
   request.pause = settings.pause_time;
   request.ncpu = settings.cpu_count;
-  return request;
-}
-
-// A request for a job that runs what this one ran, with what that was told.
-inline JobRequest RequestToRunAgain(const RunRecord& run) {
-  JobRequest request;
-  request.kind = run.solver;
-  request.pause = run.pause;
-  request.memory = run.memory;
-  request.sGiven = run.useSFile;
-  request.dump = run.dump;
-  request.ncpu = run.ncpu;
-  request.restartFile = run.restartFile;
-  request.jobFile = run.jobFile;
-  request.extraOptions = run.extraOptions;
   return request;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "jobs/JobFile.h"
+#include "jobs/JobRequest.h"
 #include "messages/Message.h"
 #include "util/process/ProcessIdentity.h"
 
@@ -57,5 +58,20 @@ struct RunRecord {
   std::optional<std::int64_t> nodes;
   std::optional<std::int64_t> elements;
 };
+
+// A request for a job that runs what this one ran, with what that was told.
+inline JobRequest RequestToRunAgain(const RunRecord& run) {
+  JobRequest request;
+  request.kind = run.solver;
+  request.pause = run.pause;
+  request.memory = run.memory;
+  request.sGiven = run.useSFile;
+  request.dump = run.dump;
+  request.ncpu = run.ncpu;
+  request.restartFile = run.restartFile;
+  request.jobFile = run.jobFile;
+  request.extraOptions = run.extraOptions;
+  return request;
+}
 
 #endif
