@@ -177,11 +177,11 @@ shoot_monitors() {
   key Escape
   xdotool windowactivate --sync "$main"
   key shift+F6
-  window_of KestrunChooser >"$scratch/chooser"
+  window_of KestrunChooser >/dev/null
   key ctrl+a
   xdotool type --delay 60 "$jobs/sick"
   sleep 0.3
-  key Return
+  key Return Return  # into the folder, then take it
   wait "$sick" || true
   sick=
   sleep 1.5

@@ -39,7 +39,7 @@ constexpr TextRow kMonitor[] = {
     {"mon_unit_mb", "MB", "MB"},
     {"mon_axis_time", "problem time", "计算时间"},
     {"mon_axis_time_unit", "problem time (unit of the deck)", "计算时间（关键字文件单位）"},
-    {"mon_axis_clock", "clock since the start (h:min)", "开始后的实际时间（时:分）"},
+    {"mon_axis_clock", "clock since the start (h:min[:s])", "开始后的实际时间（时:分[:秒]）"},
     {"mon_kinetic", "kinetic", "动能"},
     {"mon_internal", "internal", "内能"},
     {"mon_hourglass", "hourglass", "沙漏能"},
