@@ -293,7 +293,10 @@ void RunReader::Shared::Work() {
     }
     MutexLock lock(mutex);
     const auto next = Clock::now() + kEvery;
-    while (!woken && Clock::now() < next) lock.WaitUntil(changed, next);
+    const bool isDone = whole && !run.mayGrow;
+    while (!woken && (isDone || Clock::now() < next)) {
+      isDone ? lock.Wait(changed) : static_cast<void>(lock.WaitUntil(changed, next));
+    }
     woken = false;
   }
 }

@@ -40,8 +40,9 @@ struct RunPicture {
   bool switchWaits = false;                 // the switch file is there
 };
 
-// Files are looked at once a second. A file system that does not answer blocks the reader's thread
-// alone: the destructor does not wait for it. Interface thread, or one at a time.
+// Files are looked at once a second, those that nobody writes any more once. A file system that
+// does not answer blocks the reader's thread alone: the destructor does not wait for it. Interface
+// thread, or one at a time.
 class RunReader {
  public:
   static constexpr std::size_t kMostTailLines = 200;

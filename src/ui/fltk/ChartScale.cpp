@@ -170,8 +170,12 @@ ChartRange WidenedRange(ChartRange range, double margin) {
 
 ChartTicks NumberTicks(const ChartRange& range, int most) {
   if (most < 1 || IsEmpty(range) || IsFlat(range)) return {};
-  const double step = RoundStep(range.Width() / most);
+  double step = RoundStep(range.Width() / most);
   ChartTicks ticks = TicksAt(range, step, most + 1);
+  if (ticks.ticks.size() < 2) {
+    step = RoundStep(range.Width() / (2 * most));
+    ticks = TicksAt(range, step, 2 * most + 1);
+  }
   const double biggest = std::max(std::abs(range.low), std::abs(range.high));
   const int magnitude = static_cast<int>(std::floor(std::log10(biggest)));
   if (magnitude >= kPlainDigits || biggest < kPlainLeast) {

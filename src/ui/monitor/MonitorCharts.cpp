@@ -89,12 +89,16 @@ void MonitorCharts::ShowOver(bool clock) {
 
 void MonitorCharts::Show(const std::shared_ptr<const RunPicture>& picture, bool runsDeck,
                          const std::string& none) {
-  const bool isNew = !picture_ || !picture || picture->curves != picture_->curves;
-  const bool same = !isNew && runsDeck == runsDeck_ && none == none_;
+  const auto curvesOf = [](const std::shared_ptr<const RunPicture>& one) {
+    return one ? one->curves : nullptr;
+  };
+  if (picture == picture_ && runsDeck == runsDeck_ && none == none_) return;
+  const bool sameCurves =
+      picture && curvesOf(picture) == curvesOf(picture_) && runsDeck == runsDeck_ && none == none_;
   picture_ = picture;
   runsDeck_ = runsDeck;
   none_ = none;
-  same ? FillProgress() : Fill();
+  sameCurves ? FillProgress() : Fill();
 }
 
 ChartCurve MonitorCharts::Curve(const char* name, Fl_Color color, Quantity quantity) const {

@@ -308,7 +308,7 @@ void MonitorWindow::ShowTail() {
   if (picture_ && !picture_->files.output.empty()) {
     std::string name;
     FileDirWrapper::FileNameOf(picture_->files.output, name, true);
-    title = texts_.Format("mon_lines", ToUi(name));
+    title = PlainLabel(texts_.Format("mon_lines", ToUi(name)));
     for (const std::string& line : picture_->tail) {
       std::string rest;
       text += (text.empty() ? "" : "\n") + ShownText(line, rest);

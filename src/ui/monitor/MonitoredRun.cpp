@@ -33,7 +33,8 @@ RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck) {
   run.folder = job.Folder();
   run.deck = job.jobFile;
   run.since = started;
-  run.path = job.MessageFile();
+  // A deck with cases writes one message file after another while it runs.
+  if (!run.isRunning) run.path = job.MessageFile();
   if (run.path.empty()) run.path = runsDeck ? run.folder : job.jobFile;
   if (run.isRunning && runsDeck) run.switchFile = SwitchFileIn(run.folder);
   return run;

@@ -130,14 +130,6 @@ constexpr TextRow kMonitor[] = {
      "from "
      "the dump.\nStop it?",
      "%s 将写出重启动文件并结束，不会到达终止时间；之后可以用重启动任务从该文件继续。\n要停止吗？"},
-    {"mon_end_title", "New End Time", "新终止时间"},
-    {"mon_end_now", "Problem time now: %s; the run ends at: %s", "当前计算时间：%s；终止时间：%s"},
-    {"mon_end_label", "Ends at:", "终止于："},
-    {"mon_end_set", "Set", "设置"},
-    {"mon_end_bad",
-     "The end time is a number above the problem time of now, in the unit of the deck.",
-     "终止时间应为大于当前计算时间的数，单位与关键字文件相同。"},
-    {"mon_unknown", "not known", "未知"},
 };
 
 static_assert(std::ranges::all_of(kMonitor,
