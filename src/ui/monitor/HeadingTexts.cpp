@@ -125,7 +125,7 @@ void TellByQueue(const MonitoredRun::State& run, const TextTable& texts, Heading
       break;
     default:
       heading.color = Theme::kQueued;
-      heading.details = texts.Get("mon_none_queued");
+      Add(heading.details, texts.Get("mon_none_queued"));
       break;
   }
 }
@@ -160,6 +160,8 @@ HeadingTexts HeadingOf(const MonitoredRun::State& run, bool isJob, const RunPict
                        const TextTable& texts) {
   HeadingTexts heading;
   heading.color = Theme::kMuted;
+  // A picture of it is to tell of which run.
+  heading.details = run.name.substr(run.name.find_last_of("/\\") + 1);
   if (isJob) {
     TellByQueue(run, texts, heading);
   } else if (picture) {

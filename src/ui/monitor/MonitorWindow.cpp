@@ -224,7 +224,9 @@ void MonitorWindow::LayOut() {
   const int left = last->x() + last->w() + 2 * kMargin;
   cancel_->position(w() - kMargin - cancel_->w(), kMargin);
   bar_->position(cancel_->x() - kMargin - kBarWidth, bar_->y());
-  note_->resize(left, kMargin, std::max(w() - kMargin - left, 1), kButtonHeight);
+  int right = w() - kMargin;
+  if (cancel_->visible()) right = (bar_->visible() ? bar_->x() : cancel_->x()) - kMargin;
+  note_->resize(left, kMargin, std::max(right - left, 1), kButtonHeight);
   pane_->resize(0, kControls, w(), foot - kControls - kGap);
   heading_->resize(kMargin, kControls, w() - 2 * kMargin, heading_->h());
   const int top = kControls + heading_->h();
@@ -322,17 +324,18 @@ void MonitorWindow::ShowTail() {
 
 void MonitorWindow::ShowReading() {
   const bool cancelled = reader_.IsCancelled();
-  const bool reads =
-      !cancelled && !picture_ && std::chrono::steady_clock::now() - opened_ > kAtOnce;
+  const bool hasAll = picture_ && picture_->isWhole;
+  const bool isLong = picture_ || std::chrono::steady_clock::now() - opened_ > kAtOnce;
+  const bool reads = !cancelled && !hasAll && isLong;
   if (reads) bar_->value(static_cast<float>(reader_.Percent()));
   const bool shows = reads || cancelled;
-  if (shows != (cancel_->visible() != 0) || reads != (bar_->visible() != 0)) {
-    reads ? bar_->show() : bar_->hide();
-    shows ? cancel_->show() : cancel_->hide();
-    controls_->redraw();
-  }
+  if (shows == (cancel_->visible() != 0) && reads == (bar_->visible() != 0)) return;
+  reads ? bar_->show() : bar_->hide();
+  shows ? cancel_->show() : cancel_->hide();
   cancel_->copy_label(texts_.Get(cancelled ? "mon_read_on" : "ui_cancel").c_str());
-  if (cancelled) Note(texts_.Get("mon_cancelled"), Theme::kWaiting);
+  Note(cancelled ? texts_.Get("mon_cancelled") : std::string(), Theme::kWaiting);
+  LayOut();
+  redraw();
 }
 
 void MonitorWindow::Note(const std::string& text, Fl_Color color) {
