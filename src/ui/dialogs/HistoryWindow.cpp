@@ -157,8 +157,8 @@ void HistoryWindow::MakeFooter() {
     button->callback(
         [](Fl_Widget* pressed, void* self) {
           auto* window = static_cast<HistoryWindow*>(self);
-          for (std::size_t i = 0; i < Commands().size(); ++i) {
-            if (window->buttons_[i] == pressed) return (window->*Commands()[i].act)();
+          for (std::size_t at = 0; at < Commands().size(); ++at) {
+            if (window->buttons_[at] == pressed) return (window->*Commands()[at].act)();
           }
         },
         this);
@@ -202,10 +202,10 @@ bool HistoryWindow::Can(const Command& command) const {
 }
 
 void HistoryWindow::ShowButtons() {
-  for (std::size_t i = 0; i < buttons_.size(); ++i) {
-    const bool can = Can(Commands()[i]);
-    if (can == (buttons_[i]->active() != 0)) continue;
-    can ? buttons_[i]->activate() : buttons_[i]->deactivate();
+  for (std::size_t at = 0; at < buttons_.size(); ++at) {
+    const bool can = Can(Commands()[at]);
+    if (can == (buttons_[at]->active() != 0)) continue;
+    can ? buttons_[at]->activate() : buttons_[at]->deactivate();
   }
 }
 
