@@ -25,6 +25,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kEvery{1};
 constexpr int kLooksBetweenSearches = 5;     // for files, and for what is on the disk
 constexpr std::int64_t kClockSlack = 5;      // seconds between this clock and that of the files
+constexpr std::int64_t kEndSlack = 2;        // of the same, where the next run may follow at once
 constexpr std::int64_t kLastWrites = 120;    // seconds that a run writes after its last line
 constexpr std::int64_t kStillWritten = 600;  // seconds since its last line that a run may be silent
 constexpr std::size_t kTailBytes = 64 * 1024;
@@ -166,11 +167,14 @@ class Reading {
   }
 
  private:
+  // Also what came later: stages and runs in one folder write over each other's files.
   bool IsOld(const std::string& file) const {
-    if (run_.since == 0) return false;
+    // While it runs nothing of it is kept yet.
+    if (run_.isRunning && file.ends_with(".krb")) return true;
     std::int64_t created, accessed, modified, size;
-    return IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size) &&
-           modified < run_.since - kClockSlack;
+    if (!IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size)) return false;
+    return modified < run_.since - kClockSlack ||
+           (run_.until > 0 && modified > run_.until + kEndSlack);
   }
 
   // Of a folder of which nobody says whether something runs there.

@@ -91,6 +91,10 @@ TEST_F(RunReaderTest, FollowsARunToItsEndAndKeepsEarlierOnesOut) {
       Read(reader, run, [](const RunPicture& next) { return next.news.ended == RunEnd::kNormal; });
   EXPECT_EQ(picture.news.percent, 100);
 
+  RunReader another{Settings()};
+  run.until = 1000;
+  EXPECT_EQ(Read(another, run).files.output, "") << "a later run's";
+
   std::atomic<bool> done{false};
   reader.Do([&] { done = true; });
   EXPECT_TRUE(WaitUntil([&] { return done.load(); }));

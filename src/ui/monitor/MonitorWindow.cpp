@@ -29,7 +29,7 @@ constexpr double kFirstLookSeconds = 0.05;         // until there is something t
 constexpr std::chrono::milliseconds kAtOnce{300};  // files that are read in this time show no bar
 constexpr int kWidth = 1120;
 constexpr int kHeight = 740;
-constexpr int kMinWidth = 880;
+constexpr int kMinWidth = 960;
 constexpr int kMinHeight = 520;
 constexpr int kControls = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFoot = SwitchPanel::kHeight;

@@ -33,6 +33,7 @@ RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck) {
   run.folder = job.Folder();
   run.deck = job.jobFile;
   run.since = started;
+  run.until = job.ended;
   // A deck with cases writes one message file after another while it runs.
   if (!run.isRunning) run.path = job.MessageFile();
   if (run.path.empty()) run.path = runsDeck ? run.folder : job.jobFile;

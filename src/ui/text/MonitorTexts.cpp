@@ -54,7 +54,8 @@ constexpr TextRow kMonitor[] = {
      "只显示此图表，或重新显示全部图表"},
 
     {"mon_none_yet", "No results yet", "还没有结果"},
-    {"mon_none_ended", "The run has left no results.", "计算没有留下结果。"},
+    {"mon_none_ended", "The run has left no results, or a later run has replaced them.",
+     "计算没有留下结果，或已被之后的计算覆盖。"},
     {"mon_none_queued", "The job has not started yet.", "任务尚未开始。"},
     {"mon_none_folder", "There is no output of a run in this folder.",
      "此文件夹中没有计算输出文件。"},
