@@ -16,14 +16,14 @@
 
 // What is to be read.
 struct RunToRead {
-  std::string path;  // as FindRunFiles takes it; empty: nothing
-  std::string folder;
-  std::string deck;        // where it is known
-  std::int64_t since = 0;  // what was written before (seconds since 1970) is of another run
-  std::int64_t until = 0;  // what was written after it too; 0: nobody has
-  bool mayGrow = true;     // somebody may still write
-  bool isRunning = false;  // somebody writes
-  std::string switchFile;  // looked for at each look; empty: none
+  std::string path = {};  // as FindRunFiles takes it; empty: nothing
+  std::string folder = {};
+  std::string deck = {};        // where it is known
+  std::int64_t since = 0;       // what was written before (seconds since 1970) is of another run
+  std::int64_t until = 0;       // what was written after it too; 0: nobody has
+  bool mayGrow = true;          // somebody may still write
+  bool isRunning = false;       // somebody writes
+  std::string switchFile = {};  // looked for at each look; empty: none
   bool operator==(const RunToRead&) const = default;
 };
 
