@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs the demo jobs in the real window: tools/demo.sh FOLDER_OF_THE_PROGRAMS
-# With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
+# The program is killed once while a job runs, and the next start goes on with the queue and takes
+# the solver over. With a display the window stays open. Without one it runs under Xvfb, prints a line a job and
 # saves a screenshot; exit code 0 only when every job has ended as its deck says.
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
@@ -51,8 +52,31 @@ export XDG_CONFIG_HOME=$scratch/config TMPDIR=$scratch/tmp
 export KESTRUN_HANDOVER_FOLDER=$scratch/handover
 echo "Work folder: $scratch"
 
+# Leaves the second program in `window`; its options are the arguments.
+run_and_kill() {
+  local first=$jobs/frame/messag  # of the second job, while it runs
+  "$bin/kestrun" --submit "${decks[@]}" &
+  window=$!
+  for _ in $(seq 600); do
+    [ -e "$first" ] && break
+    kill -0 "$window" 2>/dev/null || break
+    sleep 0.1
+  done
+  if [ ! -e "$first" ]; then
+    echo "Kestrun ended early, or runs no jobs: another copy of yours may be running. Its log: $work/kr.log" >&2
+    return 1
+  fi
+  kill -9 "$window"
+  wait "$window" 2>/dev/null || true
+  echo "Killed Kestrun while $(basename "${first%/*}").k ran; the next start goes on"
+  "$bin/kestrun" --restore --submit "$@" &
+  window=$!
+}
+
 if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
-  exec "$bin/kestrun" --submit "${decks[@]}"
+  run_and_kill
+  wait "$window"
+  exit
 fi
 
 # A display of our own, on the first free number; Xvfb writes the number when it is ready.
@@ -77,8 +101,7 @@ openbox >"$scratch/openbox.log" 2>&1 &
 manager=$!
 
 report=$scratch/report.txt
-"$bin/kestrun" --submit "--report=$report" "${decks[@]}" &
-window=$!
+run_and_kill "--report=$report"
 for _ in $(seq $((time_limit * 5))); do
   [ -s "$report" ] && break
   kill -0 "$window" 2>/dev/null || { echo "Kestrun ended early: another copy of yours may be running. Its log: $work/kr.log" >&2; exit 1; }

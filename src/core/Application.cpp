@@ -131,7 +131,11 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   record_->GroupsMade();
   intake_ = std::make_unique<JobIntake>(*manager_);
   const bool atOnce = settings_->Get().keep_jobs == QueueRecord::kAtOnce;
-  if (atOnce || request.restore || record_->WantsRestore()) RestoreLeft();
+  if (atOnce || request.restore) {
+    RestoreLeft();
+  } else if (record_->WantsRestore()) {
+    record_->RestoreWanted(*manager_, *intake_);
+  }
   reader_ = std::make_unique<HandOverReader>(*settings_, QueueOfReader());
   return true;
 }

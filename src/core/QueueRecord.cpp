@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "runs/RunRecording.h"
 #include "solvers/SolverKinds.h"
 #include "util/process/ProcessIdentity.h"
 #include "util/text/DateTimeWrapper.h"
@@ -10,9 +11,10 @@
 namespace {
 
 constexpr std::chrono::seconds kFlushPatience{5};
+constexpr std::chrono::seconds kStartPatience{2};
 
 bool IsRunBy(const JobImage& job) {
-  return job.run && job.run->machine == MachineName() && Runs(job.run->process);
+  return job.run && Runs(ProcessOf(*job.run));
 }
 
 // Its solver was started and has not been judged.
@@ -94,13 +96,23 @@ LeftBehind QueueRecord::Left() const {
 }
 
 void QueueRecord::Restore(JobGroupManager& manager, JobIntake& intake) {
+  Restore(manager, intake, false);
+}
+
+void QueueRecord::RestoreWanted(JobGroupManager& manager, JobIntake& intake) {
+  Restore(manager, intake, true);
+}
+
+void QueueRecord::Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly) {
   if (left_.empty()) return;
   std::vector<Resumed> resumed;
   writer_.Hold();  // a crash finds all of it restored, or nothing
-  for (const SessionImage& session : left_) RestoreSession(session, manager, intake, resumed);
-  writer_.Put(change::LeftTaken());
+  for (const SessionImage& session : left_) {
+    if (session.resume || !wantedOnly) RestoreSession(session, manager, intake, resumed);
+  }
+  writer_.Put(change::LeftTaken{wantedOnly});
   writer_.Release();
-  left_.clear();
+  std::erase_if(left_, [&](const auto& session) { return session.resume || !wantedOnly; });
   for (const Resumed& one : resumed) one.group->Resume(one.job, one.run);
 }
 
@@ -252,5 +264,11 @@ void QueueRecord::RequestGivenUp(JobId request) {
 
 void QueueRecord::RunRecorded(JobId job, const RunRecord& run) {
   writer_.Put(change::Run{job, run});
-  writer_.PutRun(run);
+  const bool isAboutToStart = run.process.id == 0 && !HasEnded(run.verdict);
+  if (isAboutToStart) {
+    // A solver of which the record knows nothing would not be found after a crash.
+    writer_.AwaitWritten(kStartPatience);
+  } else {
+    writer_.PutRun(run);
+  }
 }

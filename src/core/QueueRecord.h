@@ -60,6 +60,8 @@ class QueueRecord : public QueueObserver {
   // jobs are queued again; solvers that still run are watched, those that have ended are judged.
   // What had not become a job yet is asked of the intake again.
   void Restore(JobGroupManager& manager, JobIntake& intake);
+  // The same for the session that wanted it alone; earlier ones stay.
+  void RestoreWanted(JobGroupManager& manager, JobIntake& intake);
   void Forget();
 
   // What `request` asks of the intake is recorded in one step with the hand-over files from which
@@ -91,6 +93,7 @@ class QueueRecord : public QueueObserver {
 
  private:
   struct Resumed;
+  void Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly);
   void RestoreSession(const SessionImage& session, JobGroupManager& manager, JobIntake& intake,
                       std::vector<Resumed>& resumed);
   std::shared_ptr<JobFile> Revived(JobImage image) const;

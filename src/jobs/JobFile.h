@@ -42,7 +42,10 @@ struct JobRunContext {
   PTWrapperConsole console;
   MessageSink report;  // for the application log
   MessageSink note;    // for what is no fault; may be null
-  // Called when the solver's process has been created from `start`; may be null.
+  // Called when the solver's process is about to be created from `start`, whose token it will have;
+  // may be null.
+  std::function<void(const JobFile& job, const PTWrapperProcessStart& start)> starting;
+  // Called when it has been created; may be null.
   std::function<void(const JobFile& job, const PTWrapperProcessStart& start)> started;
   // The manager's code of the last run that did not end normally; may be null.
   std::atomic<int>* runErrorCode = nullptr;

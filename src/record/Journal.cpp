@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <optional>
 #include <sstream>
 
@@ -89,7 +90,8 @@ JournalText::State StateOfTitle(std::string_view title, const JournalName& name,
     return JournalText::State::kForeign;
   }
   if (version > kVersion) return JournalText::State::kNewer;
-  if (!(words >> machine >> count) || machine != Word(name.machine) || version != kVersion) {
+  // A machine that has been renamed keeps its file when that is.
+  if (!(words >> machine >> count) || version != kVersion) {
     return JournalText::State::kForeign;
   }
   return JournalText::State::kWhole;
@@ -157,10 +159,15 @@ Journal::Found Journal::Read(const std::function<bool(std::string_view record)>&
   return Found::kInTheWay;
 }
 
+// The file has both names until a new one takes its own, so that a crash never finds none. What can
+// have no second name, like a folder, is renamed.
 bool Journal::PutAside() {
   for (int number = 1; number <= kMostAside; ++number) {
     aside_ = path_ + ".old" + std::to_string(number);
-    if (!FileDirWrapper::FileExists(aside_)) return FileDirWrapper::ReplaceFileWith(path_, aside_);
+    if (FileDirWrapper::IsSameFile(path_, aside_)) return true;  // before a crash
+    if (FileDirWrapper::FileExists(aside_)) continue;
+    return FileDirWrapper::GiveSecondName(path_, aside_) ||
+           std::rename(path_.c_str(), aside_.c_str()) == 0;
   }
   return false;
 }

@@ -26,7 +26,7 @@ struct JournalText {
     kWhole,    // its end may be torn
     kDamaged,  // records of it can be read, but not all that there were
     kNewer,    // of a later version of the program
-    kForeign   // rubbish, another kind of file, another machine's
+    kForeign   // rubbish, another kind of file
   };
   State state = State::kWhole;
   std::vector<std::string_view> records;  // inside the bytes; none of kNewer and kForeign
@@ -47,11 +47,12 @@ class Journal {
   enum class Found {
     kNothing,
     kRecords,
-    kAside,    // there was something that cannot be believed as a whole: it has another name now
-    kInTheWay  // the same, but it cannot be read or renamed; nothing is written while it lies there
+    kAside,    // there was something that cannot be believed as a whole: it is kept under another
+               // name, and under its own until a Rewrite
+    kInTheWay  // the same, but it cannot be kept; nothing is written while it lies there
   };
   // Hands each record to `take`, until it refuses one: the file is not to be believed then. What a
-  // file that is put aside has of whole records is handed out too. Changes nothing but its name.
+  // file that is put aside has of whole records is handed out too.
   Found Read(const std::function<bool(std::string_view record)>& take);
   // Where the last file that could not be believed lies now.
   const std::string& Aside() const { return aside_; }

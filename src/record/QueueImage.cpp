@@ -86,7 +86,7 @@ struct ToJson {
     return {"status", Of(c.job), static_cast<std::uint64_t>(c.stage), progress};
   }
   Json operator()(const change::Run& c) const { return {"run", Of(c.job), Of(c.run)}; }
-  Json operator()(const change::LeftTaken&) const { return Json::array({"taken"}); }
+  Json operator()(const change::LeftTaken& c) const { return {"taken", c.resumed}; }
   Json operator()(const change::SessionOver& c) const { return {"over", c.resume}; }
   Json operator()(const change::SessionBegins& c) const { return {"begin", c.last}; }
 };
@@ -153,7 +153,12 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          return c;
        }},
       {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},
-      {"taken", ReadFields<change::LeftTaken>},
+      {"taken",
+       [](const Value& json) -> Result {
+         change::LeftTaken c;
+         At(json, 1, c.resumed);
+         return c;
+       }},
       {"over", ReadFields<change::SessionOver, &change::SessionOver::resume>},
       {"begin", ReadFields<change::SessionBegins, &change::SessionBegins::last>},
   };
@@ -241,7 +246,10 @@ class Applier {
     JobImage* const job = Job(c.job);
     if (job != nullptr) job->run = c.run;
   }
-  void operator()(const change::LeftTaken&) { image_.left.clear(); }
+  void operator()(const change::LeftTaken& c) {
+    std::erase_if(image_.left,
+                  [&](const SessionImage& session) { return session.resume || !c.resumed; });
+  }
   void operator()(const change::SessionOver& c) {
     now_.over = true;
     now_.resume = c.resume;
@@ -295,7 +303,7 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
 
 bool SessionImage::IsLeft() const {
   if (!requests.empty()) return true;
-  if (!over) return !jobs.empty();
+  if (!over || resume) return !jobs.empty();
   return std::any_of(jobs.begin(), jobs.end(),
                      [](const auto& job) { return !HasEnded(job.second.fields.status); });
 }

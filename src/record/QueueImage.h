@@ -56,7 +56,11 @@ struct Run {  // one that has begun, or has ended
   JobId job = JobId::kNone;
   RunRecord run;
 };
-struct LeftTaken {};  // what was left behind has been restored or forgotten
+// What was left behind has been restored or forgotten; `resumed`: only of the sessions that ended
+// with a wish to be restored.
+struct LeftTaken {
+  bool resumed = false;
+};
 struct SessionOver {  // the program has ended as it should; `resume`: restore it without asking
   bool resume = false;
 };

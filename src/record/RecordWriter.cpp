@@ -34,11 +34,13 @@ RecordWriter::~RecordWriter() {
   if (worker_.joinable()) worker_.join();
 }
 
-void RecordWriter::TellFound(const Journal& journal, Journal::Found found) {
+void RecordWriter::TellFound(Target& target, Journal::Found found) {
+  const Journal& journal = target.journal;
   if (found == Journal::Found::kAside) {
     report_(Message(MessageId::kRecordAside, journal.Path(), journal.Aside()));
   } else if (found == Journal::Found::kInTheWay) {
     report_(Message(MessageId::kRecordUnreadable, journal.Path()));
+    target.told = true;
   }
 }
 
@@ -55,13 +57,13 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
   QueueImage before;
   const Journal::Found found =
       queue_.journal.Read([&](std::string_view record) { return ApplyRecord(record, before); });
-  TellFound(queue_.journal, found);
+  TellFound(queue_, found);
   std::vector<std::string> runs;
   const Journal::Found history = history_.journal.Read([&](std::string_view record) {
     runs.emplace_back(record);
     return true;
   });
-  TellFound(history_.journal, history);
+  TellFound(history_, history);
   if (history != Journal::Found::kRecords) unwrittenHistory_ = runs;
   unlearned_ = std::move(runs);
   if (!keepQueue) before = {};
@@ -107,14 +109,24 @@ void RecordWriter::Release() {
 }
 
 bool RecordWriter::Flush(std::chrono::milliseconds limit) {
+  return WaitFor(&RecordWriter::onDisk_, limit);
+}
+
+bool RecordWriter::AwaitWritten(std::chrono::milliseconds limit) {
+  return WaitFor(&RecordWriter::written_, limit);
+}
+
+bool RecordWriter::WaitFor(std::uint64_t RecordWriter::*done, std::chrono::milliseconds limit) {
   const auto end = Clock::now() + limit;
   MutexLock lock(mutex_);
   const std::uint64_t wanted = put_;
-  syncNow_ = true;
+  const std::uint64_t mine = ++asked_;
+  syncNow_ = syncNow_ || done == &RecordWriter::onDisk_;
   changed_.notify_all();
-  while (onDisk_ < wanted && lock.WaitUntil(changed_, end)) {
+  while (this->*done < wanted && !(cannotWrite_ && answered_ >= mine) &&
+         lock.WaitUntil(changed_, end)) {
   }
-  return onDisk_ >= wanted;
+  return this->*done >= wanted;
 }
 
 std::uint64_t RecordWriter::Mark() const {
@@ -133,12 +145,12 @@ std::uint64_t RecordWriter::QueueBytes() const {
 }
 
 bool RecordWriter::HasNothingToWrite() const {
-  return !end_ && !syncNow_ && (holds_ > 0 || (changes_.empty() && runs_.empty()));
+  return !end_ && answered_ == asked_ && (holds_ > 0 || (changes_.empty() && runs_.empty()));
 }
 
 // What is written is not on the disk yet, or could not be written.
 bool RecordWriter::IsOwed() const {
-  return queue_.dirty || history_.dirty || queue_.broken || history_.broken;
+  return queue_.dirty || history_.dirty || IsBroken();
 }
 
 // The first round writes the session's beginning, whatever was put, once nothing is held.
@@ -149,6 +161,8 @@ void RecordWriter::Work() {
     std::vector<RunRecord> runs;
     bool end = false;
     bool syncNow = false;
+    bool tryNow = false;
+    std::uint64_t asked = 0;
     {
       MutexLock lock(mutex_);
       while (begun ? unlearned_.empty() && HasNothingToWrite() : holds_ > 0) {
@@ -160,13 +174,15 @@ void RecordWriter::Work() {
       }
       end = end_;
       syncNow = std::exchange(syncNow_, false);
+      asked = asked_;
+      tryNow = asked != answered_;
       if (holds_ == 0) {
         changes.swap(changes_);
         runs.swap(runs_);
         taken = put_;
       }
     }
-    const bool tryAgain = end || Clock::now() - tried_ >= kBetweenTries;
+    const bool tryAgain = end || tryNow || Clock::now() - tried_ >= kBetweenTries;
     if (keepQueue_) {
       WriteQueue(changes, tryAgain);
     } else if (queue_.broken && tryAgain) {
@@ -181,6 +197,9 @@ void RecordWriter::Work() {
     }
     {
       const MutexLock lock(mutex_);
+      answered_ = asked;
+      cannotWrite_ = IsBroken();
+      if (!cannotWrite_) written_ = taken;
       if (!IsOwed()) onDisk_ = taken;
       if (!queue_.dirty && !queue_.broken) queueOnDisk_ = taken;
       queueBytes_ = queue_.journal.Size();

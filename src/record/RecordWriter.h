@@ -42,8 +42,11 @@ class RecordWriter {
   void Hold();
   void Release();
 
-  // Waits until what was put is on the disk. False when it is not by then.
+  // Waits until what was put is on the disk. False when it is not by then; at once when it is known
+  // that it cannot be written.
   bool Flush(std::chrono::milliseconds limit);
+  // The same, but for a power cut: what was put survives the end of the program.
+  bool AwaitWritten(std::chrono::milliseconds limit);
 
   // What was put up to now.
   std::uint64_t Mark() const;
@@ -75,7 +78,9 @@ class RecordWriter {
 
   void Work();
   bool HasNothingToWrite() const KR_REQUIRES(mutex_);
+  bool IsBroken() const { return queue_.broken || history_.broken; }
   bool IsOwed() const;
+  bool WaitFor(std::uint64_t RecordWriter::*done, std::chrono::milliseconds limit);
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
   void DropQueue();
   void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
@@ -83,7 +88,7 @@ class RecordWriter {
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);
   void Sync(Target& target);
-  void TellFound(const Journal& journal, Journal::Found found);
+  void TellFound(Target& target, Journal::Found found);
 
   const RecordFiles files_;
   const MessageSink report_;
@@ -111,8 +116,12 @@ class RecordWriter {
   bool end_ KR_GUARDED_BY(mutex_) = false;
   bool syncNow_ KR_GUARDED_BY(mutex_) = false;  // somebody waits
   std::uint64_t put_ KR_GUARDED_BY(mutex_) = 0;
+  std::uint64_t written_ KR_GUARDED_BY(mutex_) = 0;
   std::uint64_t onDisk_ KR_GUARDED_BY(mutex_) = 0;
   std::uint64_t queueOnDisk_ KR_GUARDED_BY(mutex_) = 0;  // of it, what is of the queue
+  bool cannotWrite_ KR_GUARDED_BY(mutex_) = false;
+  std::uint64_t asked_ KR_GUARDED_BY(mutex_) = 0;     // counts who has begun to wait
+  std::uint64_t answered_ KR_GUARDED_BY(mutex_) = 0;  // of them, for whom writing was tried
   std::uint64_t queueBytes_ KR_GUARDED_BY(mutex_) = 0;
   std::thread worker_;
 };

@@ -117,8 +117,12 @@ class JobRun {
     } else {
       first_ = static_cast<std::size_t>(std::max(job.firstStage, 0));
     }
-    context_.started = [this](const JobFile& stage, const PTWrapperProcessStart& start) {
+    context_.starting = [this](const JobFile& stage, const PTWrapperProcessStart& start) {
       record_ = RecordOfStart(stage, IndexOf(stage), start);
+      Record(stage);
+    };
+    context_.started = [this](const JobFile& stage, const PTWrapperProcessStart&) {
+      record_->process = IdentityOfProcess(stage.process.ChildId());
       use_.NoteSolver(stage.Folder(), stage.process);
       Note(Message(MessageId::kJobStarted, stage.MainFile(), stage.process.ChildId()));
       Record(stage);
@@ -224,6 +228,7 @@ class JobRun {
     }
     stage.dumpsBefore =
         record_->dumpsBefore ? *record_->dumpsBefore : NewestDumpTime(stage.Folder());
+    record_->process = ProcessOf(*record_);
     earlier_->runs = stage.process.Open(record_->process, record_->token);
     if (!earlier_->runs) return;
     Note(Message(MessageId::kJobTakenOver, stage.MainFile(), stage.process.ChildId()));
@@ -343,7 +348,7 @@ JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& rec
   std::optional<JobRunContext> context = setup.begin();
   if (!context) {
     PTWrapperProcess unwanted;
-    if (unwanted.Open(record.process, record.token)) unwanted.TerminateAll();
+    if (unwanted.Open(ProcessOf(record), record.token)) unwanted.TerminateAll();
     return JobStatus::kAborted;
   }
   return JobRun(job, setup, *context, use).GoOn(record, holder.kind == FolderHolder::Kind::kNobody);

@@ -35,8 +35,9 @@ struct JobRunSetup {
   // Sets the status of one of the job's stages. Not called for a job without stages.
   std::function<void(JobFile& stage, JobStatus status)> setStageStatus;
 
-  // Writes down each run of a solver process: called when it has been started or taken over, and
-  // again when it is judged. `stage` is the job, or the stage of it that runs. May be null.
+  // Writes down each run of a solver process: called when it is about to be started, with no
+  // process yet, when it has been started or taken over, and when it is judged. `stage` is the job,
+  // or the stage of it that runs. May be null.
   std::function<void(const JobFile& stage, const RunRecord& record)> recorded;
 
   // Positions the stages of forming jobs; null: nothing does.

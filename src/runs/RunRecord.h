@@ -18,7 +18,7 @@
 // system's code page, but for those said to be ASCII. It holds no secret: the settings' access
 // token is masked in the command line and in the reason.
 struct RunRecord {
-  // Known when the process has been started.
+  // Known before the process is started, but for the process.
   std::int64_t started = 0;  // seconds since 1970
   int stage = -1;            // index into JobFile::stages; -1: the job itself
   SolverKind solver = SolverKind::kLsDynaSingle;
@@ -38,7 +38,7 @@ struct RunRecord {
   bool useSFile = false;
   bool dump = true;
   std::string machine;      // MachineName() of where it runs
-  ProcessIdentity process;  // its mark is ASCII
+  ProcessIdentity process;  // its mark is ASCII; id 0: not known yet
   std::string token;        // PTWrapperProcess::Token(); ASCII
   std::string filesBefore;  // FolderSnapshot::Text() of what lay in the folder; ASCII
   std::optional<std::int64_t> dumpsBefore;  // JobFile::dumpsBefore

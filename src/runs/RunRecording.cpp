@@ -92,11 +92,15 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
     record.dump = dyna->dump;
   }
   record.machine = MachineName();
-  record.process = IdentityOfProcess(stage.process.ChildId());
-  record.token = stage.process.Token();
+  record.token = start.token;
   record.filesBefore = stage.folderBefore.Text();
   record.dumpsBefore = stage.dumpsBefore;
   return record;
+}
+
+ProcessIdentity ProcessOf(const RunRecord& record) {
+  if (record.process.id != 0) return record.process;
+  return IdentityOfProcess(PTWrapperProcess::FindStarted(record.token, record.folder));
 }
 
 std::optional<int> KnownExitCode(const PTWrapperProcess& process) {

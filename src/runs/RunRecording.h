@@ -4,8 +4,12 @@
 
 #include "runs/RunRecord.h"
 
-// Of a solver that has just been started from `start`; `stage` is its job, `index` its place.
+// Of a solver that is about to be started from `start`; `stage` is its job, `index` its place.
 RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessStart& start);
+
+// The process of a run that has not ended by its record. Where the program died before it knew the
+// process, what was started with the token and works in the folder.
+ProcessIdentity ProcessOf(const RunRecord& record);
 
 // How the stage's process ended, as long as it holds one; none when it runs or nobody knows.
 std::optional<int> KnownExitCode(const PTWrapperProcess& process);

@@ -88,6 +88,8 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<s
   std::vector<std::string> before = old;
   before.push_back(start.outputFile);
   job.folderBefore.Take(before);
+  start.token = PTWrapperProcess::NewToken();
+  if (job.run->starting) job.run->starting(job, start);
   if (!job.process.Create(start)) {
     return Fail(job, RunError::kNotStarted,
                 Message(MessageId::kNotStarted, job.process.LastError()));

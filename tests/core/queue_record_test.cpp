@@ -216,15 +216,27 @@ TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
   EXPECT_EQ(Start()->record.Left().Jobs(), 0);
 }
 
-TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsAllBack) {
+TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsItsSessionBack) {
   {
     const auto first = Start();
     first->Add("a.k");
-    first->record.End(true);
+    first->record.End(false);
   }
   {
     const auto second = Start();
-    EXPECT_TRUE(second->record.WantsRestore());
+    second->Add("b.k", JobStatus::kFinished);
+    second->record.End(true);
+  }
+  {
+    const auto third = Start();
+    EXPECT_TRUE(third->record.WantsRestore());
+    third->record.RestoreWanted(third->manager);
+    EXPECT_EQ(third->Queue(), Queue{"Group1: b.k Finished"});
+    EXPECT_EQ(third->record.Left().queued, 1) << "nobody has chosen yet";
+  }
+  {
+    const auto second = Start();
+    EXPECT_EQ(second->record.Left().Jobs(), 2);
     second->settings.Set(&Settings::keep_jobs, 0);
     second->settings.WriteSettings();
   }

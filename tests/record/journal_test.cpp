@@ -26,6 +26,12 @@ class JournalTest : public testing::Test {
     return found;
   }
 
+  // What was put aside is the same file until then.
+  void WriteAnew(const std::string& bytes) {
+    std::filesystem::remove_all(path_);
+    folder_.Write("a.kr", bytes);
+  }
+
   TempFolder folder_;
   const std::string path_ = folder_ / "a.kr";
   std::string aside_;
@@ -75,7 +81,12 @@ TEST_F(JournalTest, ADamagedFileIsPutAsideAndWhatStandsBeforeTheDamageIsUsed) {
   EXPECT_EQ(Read(records), Journal::Found::kAside);
   EXPECT_EQ(records, Records{"one"});
   EXPECT_EQ(TempFolder::Read(aside_), bytes);
-  EXPECT_FALSE(FileDirWrapper::FileExists(path_));
+  // It stays until there is another one.
+  EXPECT_EQ(Read(records), Journal::Found::kAside);
+  EXPECT_EQ(TempFolder::Read(path_), bytes);
+  ASSERT_TRUE(Journal(path_, kName).Rewrite(records));
+  EXPECT_EQ(Read(records), Journal::Found::kRecords);
+  EXPECT_EQ(TempFolder::Read(aside_), bytes);
 }
 
 TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
@@ -86,22 +97,23 @@ TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
   std::set<std::string> asides;
   for (const std::string& bytes : {newer, std::string("rubbish\n"), std::string(5000, '\0'),
                                    JournalLine("kestrun queue x here 0")}) {
-    folder_.Write("a.kr", bytes);
+    WriteAnew(bytes);
     EXPECT_EQ(Read(records), Journal::Found::kAside) << bytes.substr(0, 40);
     EXPECT_TRUE(records.empty());
     EXPECT_EQ(TempFolder::Read(aside_), bytes);
     asides.insert(aside_);
   }
   EXPECT_EQ(asides.size(), 4U);
-  folder_.Write("a.kr", ours);
-  EXPECT_EQ(Read(records, {"queue", "elsewhere"}), Journal::Found::kAside);
-  folder_.Write("a.kr", ours);
+  WriteAnew(ours);
   EXPECT_EQ(Read(records, {"history", "here"}), Journal::Found::kAside);
-  folder_.Write("a.kr", ours);
+  WriteAnew(ours);
   std::filesystem::resize_file(path_, (1U << 30) + 1);
   EXPECT_EQ(Read(records), Journal::Found::kAside);
-  folder_.Write("a.kr", ours);
-  EXPECT_EQ(Read(records), Journal::Found::kRecords);
+  std::filesystem::remove(path_);
+  std::filesystem::create_directory(path_);
+  EXPECT_EQ(Read(records), Journal::Found::kAside);
+  WriteAnew(ours);
+  EXPECT_EQ(Read(records, {"queue", "renamed"}), Journal::Found::kRecords);
 }
 
 TEST_F(JournalTest, NoticesThatItsFileIsGone) {

@@ -6,6 +6,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 class RestartDumpTest : public RunTest {
  protected:
@@ -49,7 +50,7 @@ TEST_F(RestartDumpTest, AGracefulStopLeavesOneButNotANormalEnd) {
 
   const auto stopped = DynaJobWith("$ standin: run 60\n$ standin: running-dumps 50\n");
   std::thread stopper([&] {
-    EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "runrsf"); }));
+    EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "runrsf"); }, 1min));
     folder_.Write("d3kil", "sw1");
   });
   EXPECT_EQ(RunWhole(*stopped), JobStatus::kFinished);
@@ -67,7 +68,7 @@ TEST_F(RestartDumpTest, AStageLeavesItsOwn) {
   }
   EXPECT_EQ(RunWhole(*job), JobStatus::kAborted);
   EXPECT_EQ(job->stages[0]->RestartDump(), "");
-  EXPECT_EQ(job->stages[1]->RestartDump(), folder_ / "s1/d3dump02");
+  EXPECT_EQ(job->stages[1]->RestartDump(), FileDirWrapper::Join(folder_ / "s1", "d3dump02"));
   EXPECT_EQ(job->RestartDump(), job->stages[1]->RestartDump());
 }
 

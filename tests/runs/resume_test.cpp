@@ -40,12 +40,14 @@ int RunAsFirstCopy(const std::string& deck) {
   setup.solverFor = [&](SolverKind) { return solvers.front().get(); };
   setup.setStageStatus = [](JobFile&, JobStatus) {};
   setup.recorded = [&](const JobFile&, const RunRecord& record) {
+    const bool isStarted = record.process.id != 0;
+    if (isStarted && Exists(deck + ".lost")) std::_Exit(0);
     std::ofstream(deck + ".record")
         << record.started << ' ' << record.stage << ' ' << record.process.id << ' '
         << (record.process.mark.empty() ? "ended" : record.process.mark) << ' ' << record.token
         << '\n'
         << record.filesBefore;
-    std::_Exit(0);
+    if (isStarted) std::_Exit(0);
   };
   RunJob(*JobOf(deck, context.settings), setup);
   return 1;
@@ -121,6 +123,19 @@ TEST_F(ResumeTest, OneThatStillRunsIsWatchedToItsEnd) {
   EXPECT_FALSE(Exists(folder_ / ".kr_running.txt"));
 }
 
+// The copy died before it could write down what it had started.
+TEST_F(ResumeTest, OneWhoseProcessNobodyKnowsIsFoundByItsToken) {
+  const std::string deck = DeckWith("$ standin: run 2\n");
+  folder_.Write("a.k.lost", "");
+  Begin(deck);
+  EXPECT_EQ(record_.process.id, 0);
+  record_.folder = folder_.Path();
+  EXPECT_EQ(ResumeRun(*job_, setup_, record_), JobStatus::kFinished);
+  EXPECT_EQ(job_->RunMessage().English(), "");
+  EXPECT_NE(records_[0].process.id, 0);
+  EXPECT_EQ(notes_.front(), MessageId::kJobTakenOver);
+}
+
 TEST_F(ResumeTest, AStopEndsIt) {
   Begin(DeckWith("$ standin: run 60\n"));
   std::thread stopper([this] {
@@ -178,9 +193,10 @@ TEST_F(ResumeTest, StagesGoOnAfterTheOneThatRan) {
   EXPECT_EQ(record_.stage, 0);
   EXPECT_EQ(ResumeRun(*job_, setup_, record_), JobStatus::kFinished);
   for (const auto& stage : job_->stages) EXPECT_EQ(stage->status, JobStatus::kFinished);
-  ASSERT_EQ(records_.size(), 4u);
+  ASSERT_EQ(records_.size(), 5u);
   EXPECT_EQ(records_[2].stage, 1);
-  EXPECT_EQ(records_[3].exitCode, 0);
+  EXPECT_EQ(records_[2].process.id, 0) << "not started yet";
+  EXPECT_EQ(records_[4].exitCode, 0);
 }
 
 }  // namespace

@@ -102,6 +102,10 @@ class FileDirWrapper {
   // stay as they were.
   static bool ReplaceFileWith(const std::string& from, const std::string& to);
 
+  // The file gets a second name on its file system, where that has such. False when something is
+  // called so.
+  static bool GiveSecondName(const std::string& path, const std::string& name);
+
   // Writes the text to a temporary file beside `path` and puts it in place (ReplaceFileWith).
   // The old file stays when anything fails or when it is read-only, and keeps its rights. Through a
   // link the file that it leads to is written. `why` gets the system's words for a failure; empty

@@ -103,6 +103,13 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   return true;
 }
 
+bool FileDirWrapper::GiveSecondName(const std::string& path, const std::string& name) {
+  const std::string second = file_system::ForSystem(name);
+  if (link(file_system::ForSystem(path).c_str(), second.c_str()) != 0) return false;
+  SyncFolder(FolderOf(second));
+  return true;
+}
+
 bool FileDirWrapper::WriteFileWhole(const std::string& path, const std::string& contents,
                                     std::string* why) {
   if (ReplaceContents(path, contents, Flush::kYes)) return true;

@@ -137,6 +137,10 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   return Flush(from) && MoveOver(from, to);
 }
 
+bool FileDirWrapper::GiveSecondName(const std::string& path, const std::string& name) {
+  return CreateHardLinkA(name.c_str(), path.c_str(), nullptr) != 0;
+}
+
 // The folder's rights decide who may read it.
 bool FileDirWrapper::WritePrivateFile(const std::string& path, const std::string& contents) {
   RemoveFile(path);

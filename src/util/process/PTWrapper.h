@@ -49,6 +49,7 @@ struct PTWrapperProcessStart {
   // that an earlier run left is replaced, any other one renamed. Linux: in its console or without
   // one. Windows: what its console's buffer holds at the end.
   std::string outputFile;
+  std::string token;  // from PTWrapperProcess::NewToken(); empty: the child gets one
   PTWrapperConsole console;
 };
 
@@ -120,6 +121,8 @@ class PTWrapperProcess : public PTWrapper {
   std::int32_t ChildId() const;
   // A word of ASCII that leads to what the child started, also in another process; empty when none.
   std::string Token() const;
+  // One that no process has: for who wants to know it before the child starts.
+  static std::string NewToken();
 
   // The id of a living process that was started below the child with this token and, where that can
   // be told, works in the folder; 0 when there is none, or none can be found.

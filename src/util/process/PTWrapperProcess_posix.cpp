@@ -29,24 +29,6 @@ constexpr int kWaitMilliseconds = 200;
 constexpr int kStillActive = 259;
 constexpr int kSignalExitCode = 128;
 
-std::string NewToken() {
-  unsigned char bytes[16] = {};
-  if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) {
-    // Still unlike any other token of this machine: one process, one moment.
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::to_string(getpid()) + "-" + std::to_string(now.tv_sec) + "-" +
-           std::to_string(now.tv_nsec);
-  }
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string token;
-  for (const unsigned char byte : bytes) {
-    token += kDigits[byte >> 4];
-    token += kDigits[byte & 15];
-  }
-  return token;
-}
-
 std::vector<std::string> EnvironmentFor(const PTWrapperProcessStart& what,
                                         const std::string& token) {
   std::vector<std::string> environment = CurrentEnvironment();
@@ -230,7 +212,7 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
 
   bool failed = !ownFolder.empty() && !FileDirWrapper::SetCurrentDir(ownFolder);
   Private::Child child;
-  child.token = NewToken();
+  child.token = what.token.empty() ? NewToken() : what.token;
   const ChildStart start = Describe(what, child.token);
   failed = failed || start.program.empty();
   bool started = false;
@@ -334,6 +316,24 @@ std::int32_t PTWrapperProcess::ChildId() const {
 std::string PTWrapperProcess::Token() const {
   const MutexLock lock(p_->mutex);
   return p_->child ? p_->child->token : std::string();
+}
+
+std::string PTWrapperProcess::NewToken() {
+  unsigned char bytes[16] = {};
+  if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) {
+    // Still unlike any other token of this machine: one process, one moment.
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::to_string(getpid()) + "-" + std::to_string(now.tv_sec) + "-" +
+           std::to_string(now.tv_nsec);
+  }
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string token;
+  for (const unsigned char byte : bytes) {
+    token += kDigits[byte >> 4];
+    token += kDigits[byte & 15];
+  }
+  return token;
 }
 
 std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::string& folder) {

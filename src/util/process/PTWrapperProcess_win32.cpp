@@ -60,14 +60,6 @@ const char* MakePipe(Pipe& pipe) {
   return nullptr;
 }
 
-std::string NewToken() {
-  std::random_device random;
-  std::ostringstream token;
-  token << std::hex << std::setfill('0');
-  for (int i = 0; i < 4; ++i) token << std::setw(8) << random();
-  return token.str();
-}
-
 // The same in all sessions of the machine.
 std::string JobName(const std::string& token) {
   return "Global\\KR_RUN_" + token;
@@ -192,7 +184,7 @@ bool PTWrapperProcess::Private::Start(const PTWrapperProcessStart& what, const s
                       environment.empty() ? nullptr : environment.data(),
                       what.folder.empty() ? nullptr : what.folder.c_str(), &startup, &info))
     return false;
-  token = NewToken();
+  token = what.token.empty() ? NewToken() : what.token;
   job = NewJob(token, info.hProcess);
   keeper = StartKeeper(what, info.dwProcessId);
   ResumeThread(info.hThread);
@@ -386,6 +378,14 @@ std::int32_t PTWrapperProcess::ChildId() const {
 std::string PTWrapperProcess::Token() const {
   const MutexLock lock(p_->mutex);
   return p_->token;
+}
+
+std::string PTWrapperProcess::NewToken() {
+  std::random_device random;
+  std::ostringstream token;
+  token << std::hex << std::setfill('0');
+  for (int i = 0; i < 4; ++i) token << std::setw(8) << random();
+  return token.str();
 }
 
 // A folder cannot be told.
