@@ -86,7 +86,7 @@ TEST_F(JournalTest, ADamagedFileIsPutAsideAndWhatStandsBeforeTheDamageIsUsed) {
   EXPECT_EQ(TempFolder::Read(path_), bytes);
   ASSERT_TRUE(Journal(path_, kName).Rewrite(records));
   EXPECT_EQ(Read(records), Journal::Found::kRecords);
-  EXPECT_EQ(TempFolder::Read(aside_), bytes);
+  EXPECT_EQ(TempFolder::Read(path_ + ".old1"), bytes);
 }
 
 TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
