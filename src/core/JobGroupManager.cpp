@@ -12,6 +12,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kLookAgainMs = 100;
 constexpr std::chrono::seconds kStopLimit{30};
+constexpr std::size_t kMostUnheard = 10;
 
 std::string ProgramFolder() {
   std::string folder;
@@ -30,6 +31,9 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void Set(QueueObserver* observer) {
     const WriteLock lock(mutex_);
     observer_ = observer;
+    if (observer == nullptr) return;
+    for (const Message& message : unheard_) observer->Logged(message);
+    unheard_.clear();
   }
 
   void JobStatusChanged(int groupId, const JobFile& job) override {
@@ -68,8 +72,14 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void IntakeProgress(int done, int total, const std::string& file, int percent) override {
     Tell([&](QueueObserver& o) { o.IntakeProgress(done, total, file, percent); });
   }
+  // What is said before there is a window waits for it.
   void Logged(const Message& message) override {
-    Tell([&](QueueObserver& o) { o.Logged(message); });
+    const WriteLock lock(mutex_);
+    if (observer_ != nullptr) {
+      observer_->Logged(message);
+    } else if (unheard_.size() < kMostUnheard) {
+      unheard_.push_back(message);
+    }
   }
 
  private:
@@ -84,6 +94,7 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
 
   SharedMutex mutex_;
   QueueObserver* observer_ KR_GUARDED_BY(mutex_) = nullptr;
+  std::vector<Message> unheard_ KR_GUARDED_BY(mutex_);
 };
 
 JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
