@@ -219,7 +219,8 @@ void RecordWriter::Mend(Target& target, const std::vector<std::string>& records)
   }
   target.broken = true;
   tried_ = Clock::now();
-  if (!target.told) report_(Message(MessageId::kRecordNotWritten, target.journal.Path()));
+  if (queue_.told || history_.told) return;  // what keeps one from being written keeps both
+  report_(Message(MessageId::kRecordNotWritten, target.journal.Path()));
   target.told = true;
 }
 

@@ -34,7 +34,9 @@ void Print(const Message& message) {
 }
 
 std::string Elapsed(const JobFile& job) {
-  return job.started == 0 || job.ended == 0 ? "" : std::to_string(job.ended - job.started);
+  // A clock may have been set back meanwhile.
+  const bool isKnown = job.started != 0 && job.ended >= job.started;
+  return isKnown ? std::to_string(job.ended - job.started) : "";
 }
 
 }  // namespace
