@@ -230,7 +230,7 @@ TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsItsSessionBack) {
   {
     const auto third = Start();
     EXPECT_TRUE(third->record.WantsRestore());
-    third->record.RestoreWanted(third->manager);
+    third->record.RestoreWanted(third->manager, third->intake);
     EXPECT_EQ(third->Queue(), Queue{"Group1: b.k Finished"});
     EXPECT_EQ(third->record.Left().queued, 1) << "nobody has chosen yet";
   }
