@@ -183,9 +183,11 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
     const auto groups = {second->manager.GroupAt(0), second->manager.GroupAt(1)};
     EXPECT_EQ(JobIn(**groups.begin(), (*groups.begin())->JobIds()[0])->stages.size(), 1U);
     second->manager.SetObserver(&stopper);
+    stopper.calls = 0;
     stopper.stops = true;
     ask(*second, "c.k", 0, JobId::kNone);
     ask(*second, "d.k", 0, JobId::kNone);
+    EXPECT_TRUE(WaitUntil([&] { return stopper.calls > 0; }));
     second->intake.Cancel();
     stopper.stops = false;
     second->intake.Drain();

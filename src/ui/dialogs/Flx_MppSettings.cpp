@@ -23,7 +23,7 @@ ID_CHECKBOX1,Check_Button,"Use MPP",10,6,80,24,0,3,49,56,0,0,12,56,20,99,"Run LS
 ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL1,Box,"Group",10,36,50,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL2,Box,"Memory2 (MB)",10,66,64,24,0,0,49,49,0,0,11,56,20,99,"Memory2 (MB)",0,0,0,0
+ID_LABEL2,Box,"Memory2 (MB)",10,66,64,24,0,0,49,49,0,0,12,56,20,99,"Memory2 (MB)",0,0,0,0
 ID_INPUT1,Input,"",100,66,294,24,3,3,7,15,0,0,12,56,4,99,"Memory of each process but the first (memory2=), in MB",0,0,14,0
 ID_LABEL4,Box,"MPI Param",10,96,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT2,Input,"",100,96,294,24,3,3,7,15,0,0,12,56,4,99,"Arguments for the MPI launcher, in front of the host list",0,0,14,0
@@ -103,14 +103,16 @@ Flx_MppSettings::Flx_MppSettings(Fl_Window* parent, Application& application)
 }
 
 bool Flx_MppSettings::Initialise() {
-  if (!HasAll(kUseMpp, kMpi, kGroup, kMemory, kMpiParam, kMppParam, kSingleSolver, kChooseSingle,
-              kDoubleSolver, kChooseDouble, kHosts, kEditHosts, kReloadHosts, kStop, kClose))
+  if (!HasAll(kUseMpp, kMpi, kGroup, kMemoryLabel, kMemory, kMpiParam, kMppParam, kSingleSolver,
+              kChooseSingle, kDoubleSolver, kChooseDouble, kHosts, kEditHosts, kReloadHosts, kStop,
+              kClose))
     return false;
   std::vector<std::string> kinds(std::begin(kMpiKinds), std::end(kMpiKinds));
   kinds.push_back(Shown("mpi_other"));
   mpiEntries_.Show(*Find(kMpi), kinds, settings_.Get().mpi);
   Find(kMpi)->callback(
       [](Fl_Widget*, void* self) { static_cast<Flx_MppSettings*>(self)->ChooseMpi(); }, this);
+  Find(kMemoryLabel)->labelsize(Find(kMemoryLabel)->labelsize() - 1);  // it would touch its field
   ShowSettings();
   ShowGroups();
   Find(kHosts)->type(Fl_Scroll::VERTICAL);

@@ -23,6 +23,7 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   // The widgets by their ids in the layout.
   static constexpr WidgetName<Fl_Check_Button> kUseMpp{"ID_CHECKBOX1"};
   static constexpr WidgetName<Fl_Choice> kMpi{"ID_CHOICE2"}, kGroup{"ID_CHOICE1"};
+  static constexpr WidgetName<Fl_Box> kMemoryLabel{"ID_LABEL2"};
   static constexpr WidgetName<Fl_Input> kMemory{"ID_INPUT1"}, kMpiParam{"ID_INPUT2"},
       kMppParam{"ID_INPUT3"}, kSingleSolver{"ID_INPUT4"}, kDoubleSolver{"ID_INPUT5"};
   static constexpr WidgetName<Fl_Button> kChooseSingle{"ID_BUTTON5"}, kChooseDouble{"ID_BUTTON6"},

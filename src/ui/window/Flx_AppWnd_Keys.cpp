@@ -123,7 +123,10 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
     meanings.push_back(action);
   }
   items.push_back(Fl_Menu_Item{});
-  const Fl_Menu_Item* picked = items.front().popup(x, PlaceOfMenu(items, y));
+  const int place = PlaceOfMenu(items, y);
+  // Beside the pointer, where it would lie over an entry.
+  constexpr int kAside = 8;
+  const Fl_Menu_Item* const picked = items.front().popup(place < y ? x + kAside : x, place);
   if (picked && picked->text) Perform(meanings[static_cast<std::size_t>(picked - items.data())]);
 }
 
