@@ -102,8 +102,15 @@ manager=$!
 
 report=$scratch/report.txt
 run_and_kill "--report=$report"
+picture_taken=
 for _ in $(seq $((time_limit * 5))); do
   [ -s "$report" ] && break
+  # In the middle of a run, so that the picture has a bar.
+  if [ -z "$picture_taken" ] && [ -s "$jobs/plate/messag" ]; then
+    sleep 2.5
+    import -window root "$scratch/root.png"
+    picture_taken=1
+  fi
   kill -0 "$window" 2>/dev/null || { echo "Kestrun ended early: another copy of yours may be running. Its log: $work/kr.log" >&2; exit 1; }
   sleep 0.2
 done
@@ -113,7 +120,7 @@ if [ ! -s "$report" ]; then
 fi
 sleep 1
 screenshot=${KR_SCREENSHOT:-$scratch/kestrun.png}
-import -window root "$scratch/root.png"
+[ -n "$picture_taken" ] || import -window root "$scratch/root.png"
 id=$(xdotool search --name "^$title\$" | head -n 1)
 # The window with its frame, cut out of the screen: left, right, top, bottom of the frame first.
 read -r left right top bottom < <(xprop -id "$id" _NET_FRAME_EXTENTS | sed 's/.*= //; s/,//g')

@@ -10,7 +10,8 @@ out=$(realpath -m "${2:-$root/docs}")
 title="Kestrun 2016 R1"
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrun.XXX")
 mkdir -p "$out"
-language= suffix= jobs= main= program= sick=
+language= suffix= jobs= main= program= sick= began=
+long_run=240  # seconds of the job that goes on while the pictures are taken
 
 cleanup() {
   kill ${program:-} ${sick:-} ${manager:-} ${server:-} 2>/dev/null || true
@@ -89,6 +90,13 @@ shoot_dialog() {
   key Escape
 }
 
+# A picture with the tip of a job's status: picture's name, place of the row.
+shoot_tip() {
+  xdotool mousemove --window "$main" 600 "$2" sleep 0.3 mousemove_relative 2 1
+  sleep 2
+  shoot "$1" "$main"
+}
+
 # Copies a demo deck: where to, which, how many seconds it runs.
 deck() {
   mkdir -p "$(dirname "$jobs/$1")"
@@ -127,7 +135,9 @@ fill_queue() {
   cp -r "$root/demo/decks/forming" "$jobs/forming"
   sed -i 's/standin: run .*/standin: run 0.3/' "$jobs/forming"/*.k
   decks+=("$jobs/forming/forming.k")
-  deck "$3/$3.k" frame.k 600
+  # Healthy at first, and sick in its second half.
+  deck "$3/$3.k" plate.k "$long_run"
+  sed -i '1a $ standin: falling-step 0.005\n$ standin: hourglass 20' "$jobs/$3/$3.k"
   deck pan/pan.fin pan.fin 3
   deck bracket/bracket.dat bracket.dat 2
   "$bin/kestrun" "${decks[@]}"
@@ -137,6 +147,7 @@ fill_queue() {
     [ -e "$jobs/$3/messag" ] && break
     sleep 0.1
   done
+  began=$SECONDS
   sleep 1.5
 }
 
@@ -259,6 +270,9 @@ pictures() {
   shoot group-menu "$main"
   key Escape
   shoot_monitors
+  [ $((SECONDS - began)) -ge $((long_run / 2)) ] || shoot_tip run-tip "$row_4"
+  while [ $((SECONDS - began)) -lt $((long_run * 11 / 20)) ]; do sleep 1; done
+  shoot_tip run-tip-sick "$row_4"
   shoot_left_bar
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"

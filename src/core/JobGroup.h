@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/JobList.h"
+#include "core/RunWatch.h"
 #include "core/RunningThreads.h"
 #include "runs/JobRun.h"
 
@@ -22,6 +23,7 @@ struct JobGroupSetup {
   std::function<Settings()> settings;  // a copy for a run; any thread
   JobRunSetup run;                     // what all runs share: drivers, positioning
   std::atomic<int>* runErrorCode = nullptr;
+  RunWatch* watch = nullptr;  // may be null
   std::shared_ptr<RunningThreads> threads;
 };
 

@@ -72,6 +72,9 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void IntakeProgress(int done, int total, const std::string& file, int percent) override {
     Tell([&](QueueObserver& o) { o.IntakeProgress(done, total, file, percent); });
   }
+  void RunLookedAt(JobId job) override {
+    Tell([&](QueueObserver& o) { o.RunLookedAt(job); });
+  }
   // What is said before there is a window waits for it.
   void Logged(const Message& message) override {
     const WriteLock lock(mutex_);
@@ -104,7 +107,9 @@ JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
       solvers_(solvers),
       relay_(std::make_unique<ObserverRelay>(recorder)),
       threads_(std::make_shared<RunningThreads>()),
-      positioning_(ProgramFolder()) {}
+      positioning_(ProgramFolder()),
+      watch_([&settings] { return settings.Snapshot(); },
+             [this](JobId job) { relay_->RunLookedAt(job); }, settings.Log().Sink()) {}
 
 JobGroupManager::~JobGroupManager() {
   RequestStop(-1);
@@ -129,12 +134,13 @@ Message JobGroupManager::RefusalOfName(const std::string& name) {
 }
 
 JobGroupSetup JobGroupManager::GroupSetup() {
-  JobGroupSetup setup{*relay_, settings_.Log(), [this] { return settings_.Snapshot(); }, {}, {},
+  JobGroupSetup setup{*relay_, settings_.Log(), [this] { return settings_.Snapshot(); }, {}, {}, {},
                       {}};
   setup.run.solverFor = [this](SolverKind kind) { return SolverFor(kind); };
   setup.run.positioning = &positioning_;
   setup.run.autoPosition = &autoPosition;
   setup.runErrorCode = &runErrorCode;
+  setup.watch = &watch_;
   setup.threads = threads_;
   return setup;
 }

@@ -61,6 +61,7 @@ class JobGroupManager {
   bool Stop(int index);
 
   SettingsAndPaths& Settings() { return settings_; }
+  const RunWatch& Watch() const { return watch_; }
   // The first driver of that kind; null when there is none.
   JobSolver* SolverFor(SolverKind kind) const;
 
@@ -82,6 +83,7 @@ class JobGroupManager {
   const std::unique_ptr<ObserverRelay> relay_;
   const std::shared_ptr<RunningThreads> threads_;
   PositioningLibrary positioning_;
+  RunWatch watch_;
   mutable Mutex mutex_;  // never held while a group is asked for something
   std::vector<std::shared_ptr<JobGroup>> groups_ KR_GUARDED_BY(mutex_);
   std::vector<std::weak_ptr<JobGroup>> removed_ KR_GUARDED_BY(mutex_);

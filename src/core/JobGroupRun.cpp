@@ -137,6 +137,7 @@ void JobGroup::RunLoop() {
 JobRunSetup JobGroup::SetupFor(JobFile& job) {
   JobRunSetup run = setup_.run;
   run.folders = [&] { return FoldersOf(job); };
+  run.minFreeMb = [this] { return setup_.settings().min_free_mb; };
   run.waits = [&](const Message& message) { ShowWait(job, message); };
   run.begin = [&] {
     std::optional<JobRunContext> context = BeginRunOf(job, 0);
@@ -148,6 +149,10 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
   };
   run.recorded = [&](const JobFile&, const RunRecord& record) {
     setup_.observer.RunRecorded(job.id, record);
+    if (setup_.watch != nullptr) setup_.watch->Recorded(job.id, record);
+  };
+  run.stoppedAt = [&](const JobFile&, const RunRecord& record) {
+    return setup_.watch == nullptr ? kNotStopped : setup_.watch->StoppedAt(job.id, record);
   };
   return run;
 }

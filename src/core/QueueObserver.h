@@ -41,6 +41,9 @@ class QueueObserver {
   // Decks are being read: how many are done of how many, the one being read and its percentage.
   // done == total: nothing is being read any more.
   virtual void IntakeProgress(int done, int total, const std::string& file, int percent) = 0;
+  // A running job, or one that has just ended, was looked at: RunWatch::StateOf tells more. While no
+  // list is locked.
+  virtual void RunLookedAt(JobId /*job*/) {}
   // Something was reported to the application log.
   virtual void Logged(const Message& message) = 0;
 

@@ -183,6 +183,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
     job->ended = image.run->ended;
     job->SetMessageFile(image.run->messageFile);
     job->SetRestartDump(image.run->restartDump);
+    job->SetStoppedAt(image.run->stoppedAt);
     job->SetRunError(image.run->errorCode, image.run->reason);
     job->SetLastWords(image.run->lastWords);
   }

@@ -60,6 +60,8 @@ const Key kLastKeys[] = {
     {"HEALTH", "health_hourglass_percent", &Settings::health_hourglass_percent},
     {"HEALTH", "health_mass_percent", &Settings::health_mass_percent},
     {"HEALTH", "health_not_finite", &Settings::health_not_finite},
+    {"HEALTH", "health_disk_percent", &Settings::health_disk_percent},
+    {"HEALTH", "min_free_mb", &Settings::min_free_mb},
     {"EXTERNAL_APP", "viewer", &Settings::viewer},
 };
 

@@ -83,6 +83,22 @@ void JobFile::SetRestartDump(const std::string& path) {
   restartDump_ = path;
 }
 
+Message StoppedMessage(int stoppedAt) {
+  if (stoppedAt == kNotStopped) return {};
+  if (stoppedAt < 0) return Message(MessageId::kStoppedEarly);
+  return Message(MessageId::kStoppedAt, std::to_string(stoppedAt) + "%");
+}
+
+int JobFile::StoppedAt() const {
+  const MutexLock lock(mutex_);
+  return stoppedAt_;
+}
+
+void JobFile::SetStoppedAt(int percent) {
+  const MutexLock lock(mutex_);
+  stoppedAt_ = percent;
+}
+
 void JobFile::ResetForRun() {
   status = JobStatus::kQueued;
   started = ended = 0;
@@ -90,6 +106,7 @@ void JobFile::ResetForRun() {
   SetMessageFile({});
   SetRestartDump({});
   SetRunError(0, {});
+  SetStoppedAt(kNotStopped);
   const std::size_t first = firstStage > 0 ? static_cast<std::size_t>(firstStage) : 0;
   for (std::size_t i = 0; i < stages.size(); ++i) {
     stages[i]->abort = false;

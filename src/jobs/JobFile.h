@@ -35,6 +35,14 @@ struct TextOutputNames {
 
 class JobFile;
 
+// Where a run stopped that ended normally: a percentage of the end time, or one of these.
+enum RunStop : int {
+  kNotStopped = -1,        // it reached its end time, or nobody knows better
+  kStoppedSomewhere = -2,  // before its end time, which is not known
+};
+// In words; empty for kNotStopped.
+Message StoppedMessage(int stoppedAt);
+
 // What a driver needs to know beyond the job, made for one run.
 struct JobRunContext {
   Settings settings;      // a copy made when the run began
@@ -150,6 +158,10 @@ class JobFile : public JobFields {
   Message LastWords() const;
   void SetLastWords(const Message& words);
 
+  // The last run's, a RunStop; of a job with stages, the first one's that stopped. Any thread.
+  int StoppedAt() const;
+  void SetStoppedAt(int percent);
+
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.
   void ResetForRun();
@@ -161,6 +173,7 @@ class JobFile : public JobFields {
   int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
   Message runMessage_ KR_GUARDED_BY(mutex_);
   Message lastWords_ KR_GUARDED_BY(mutex_);
+  int stoppedAt_ KR_GUARDED_BY(mutex_) = kNotStopped;
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.

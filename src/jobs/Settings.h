@@ -59,6 +59,8 @@ struct Settings {
   int health_hourglass_percent = 10;  // of the internal energy, above
   int health_mass_percent = 5;        // of added mass, above
   int health_not_finite = 1;          // values that are NaN or infinite
+  int health_disk_percent = 100;      // of the free space that the rest of the run will need, above
+  int min_free_mb = 200;              // no job starts with less space in its folder; 0: always
 
   // EXTERNAL_APP
   std::string viewer = "notepad.exe";

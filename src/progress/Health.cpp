@@ -76,6 +76,23 @@ void Health::Find(HealthCheck check, double time, Message message) {
   if (!known) findings_.push_back({check, time, std::move(message)});
 }
 
+void Health::Drop(HealthCheck check) {
+  const auto found = std::find_if(findings_.begin(), findings_.end(),
+                                  [&](const HealthFinding& one) { return one.check == check; });
+  if (found == findings_.end()) return;
+  if (static_cast<std::size_t>(found - findings_.begin()) < told_) --told_;
+  findings_.erase(found);
+}
+
+void Health::LookAtDisk(double needed, double free) {
+  constexpr double kGigabyte = 1024.0 * 1024 * 1024;
+  if (limits_.health_disk_percent <= 0 || needed <= free * limits_.health_disk_percent / 100) {
+    return Drop(HealthCheck::kDisk);
+  }
+  Find(HealthCheck::kDisk, std::numeric_limits<double>::quiet_NaN(),
+       Message(MessageId::kHealthDisk, Short(free / kGigabyte), Short(needed / kGigabyte)));
+}
+
 void Health::LookAtRow(const Columns& columns, std::size_t row) {
   const double time = Columns::At(columns.time, row);
   LookAtStep(Columns::At(columns.step, row), time);
@@ -121,9 +138,7 @@ void Health::LookAtSilence(const MessageProgress& message, bool news, double now
   if (news) {
     longestPause_ = std::max(longestPause_, silent);
     lastNews_ = now;
-    told_ -= std::erase_if(findings_, [](const HealthFinding& finding) {
-      return finding.check == HealthCheck::kSilence;  // told, as all of the last look
-    });
+    Drop(HealthCheck::kSilence);
     return;
   }
   const double pause = std::max(longestPause_, message.LongestPause());

@@ -18,6 +18,7 @@ enum class HealthCheck {
   kHourglass,    // against the internal energy
   kAddedMass,
   kNotFinite,  // NaN or infinite values
+  kDisk,       // will be full before the run ends
 };
 
 struct HealthFinding {
@@ -27,7 +28,7 @@ struct HealthFinding {
 };
 
 // Looks at one run again and again. The limits are the health_... fields of the settings; one that
-// is 0 switches its check off. A finding stays, but for the silence, which ends with the next news.
+// is 0 switches its check off. A finding stays, but for the silence, which ends with the next news, and the disk.
 // One thread at a time.
 class Health {
  public:
@@ -39,6 +40,9 @@ class Health {
   std::vector<HealthFinding> Look(const GlobalStates& states, const MessageProgress& message,
                                   bool news, double now);
 
+  // What the run will still write and what it may, in bytes. A finding ends when there is room.
+  void LookAtDisk(double needed, double free);
+
   // What is wrong now, each check once.
   const std::vector<HealthFinding>& Findings() const { return findings_; }
 
@@ -46,6 +50,7 @@ class Health {
   struct Columns;
   bool Wants(HealthCheck check) const;
   void Find(HealthCheck check, double time, Message message);
+  void Drop(HealthCheck check);
   void LookAtRow(const Columns& columns, std::size_t row);
   void LookAtStep(double step, double time);
   void LookAtSilence(const MessageProgress& message, bool news, double now);

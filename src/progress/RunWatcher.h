@@ -14,28 +14,51 @@
 #include <thread>
 #include <vector>
 
-#include "jobs/JobId.h"
+#include "jobs/JobFile.h"
 #include "jobs/Settings.h"
 #include "messages/Message.h"
+#include "progress/Health.h"
 #include "progress/RunFiles.h"
 #include "progress/RunProgress.h"
+#include "util/process/ProcessIdentity.h"
 #include "util/signals/Mutex.h"
 
 // A run that is going on.
 struct WatchedRun {
   JobId job = JobId::kNone;
-  std::int64_t started = 0;  // tells the runs of a job apart
-  RunFiles::Kind kind = RunFiles::Kind::kKeyword;
-  std::string folder;   // that it runs in
-  std::string jobFile;  // the deck or the job; empty for a restart without one
+  std::int64_t started = 0;                        // seconds since 1970
+  int stage = -1;                                  // of the job; -1: the job itself
+  RunFiles::Kind kind = RunFiles::Kind::kKeyword;  // kNone: nothing tells how far it is
+  std::string folder;                              // that it runs in
+  std::string jobFile;           // the deck or the job; empty for a restart without one
+  std::string filesBefore = {};  // what lay in the folder, as FolderSnapshot::Text tells it
+  ProcessIdentity process = {};  // the solver's
+  int cpus = 0;                  // asked for; 0: not known
+
+  bool IsSameAs(const WatchedRun& other) const {
+    return job == other.job && started == other.started && stage == other.stage &&
+           process.id == other.process.id;
+  }
+};
+
+// What a run takes of the machine. What is not known is empty.
+struct RunUse {
+  std::optional<double> processors;  // busy on average since the look before
+  std::optional<std::uint64_t> memory;
+  std::uint64_t results = 0;  // bytes of the files that it has written so far
 };
 
 // How a run stands, or how it stood when it ended.
 struct RunState {
-  std::int64_t started = 0;  // of WatchedRun
+  WatchedRun run;
   bool running = true;
   RunNews news;
-  std::vector<Message> health;  // what is wrong
+  RunUse use;
+  std::vector<HealthFinding> health;  // what is wrong
+
+  // Of a run that ended normally before its end time: the percentage of that, rounded down, or
+  // kStoppedSomewhere. Else kNotStopped.
+  int StoppedAt() const;
 };
 
 // Reads files without any lock held. Any thread.
@@ -56,17 +79,28 @@ class RunWatcher {
   // Nothing for a job that has not run. Ended runs are kept for the newest thousand jobs.
   std::optional<RunState> StateOf(JobId job) const;
 
+  // How the run ended: looks once more, or for the first time, and then no more. The solver has
+  // ended. Waits for the thread, half a minute at most; none then. Not within a hook.
+  std::optional<RunState> LookLast(const WatchedRun& run);
+
  private:
   struct Watch;
+  struct LastLook;
+  void TakeLastLooks();
+  void EndWatch(std::unique_ptr<Watch> watch);
+  void SampleUse();
   void Work();
   void LookAtAll();
   void Publish(const Watch& watch, bool running);
 
   const Hooks hooks_;
   const std::chrono::milliseconds every_;
-  std::map<JobId, std::unique_ptr<Watch>> watches_;  // the thread's
+  std::map<JobId, std::unique_ptr<Watch>> watches_;   // the thread's
+  std::chrono::steady_clock::time_point nextSample_;  // the thread's
   mutable Mutex mutex_;
   std::condition_variable woken_;
+  std::condition_variable looked_;
+  std::vector<std::shared_ptr<LastLook>> lastLooks_ KR_GUARDED_BY(mutex_);
   bool end_ KR_GUARDED_BY(mutex_) = false;
   std::map<JobId, RunState> states_ KR_GUARDED_BY(mutex_);
   std::deque<JobId> ended_ KR_GUARDED_BY(mutex_);  // the oldest first

@@ -210,6 +210,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("words", run.lastWords);
   visit("message", run.messageFile);
   visit("dump", run.restartDump);
+  visit("stopped", run.stoppedAt);
   visit("errors", run.errors);
   visit("warnings", run.warnings);
   visit("nodes", run.nodes);

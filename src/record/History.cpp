@@ -108,7 +108,7 @@ std::string HistoryJson(const std::vector<RunRecord>& runs) {
 std::string HistoryCsv(const std::vector<RunRecord>& runs) {
   std::string text =
       "started,ended,seconds,verdict,exit,file,restart,folder,program,cpus,memory_mb,errors,"
-      "warnings,nodes,elements,message_file,reason\n";
+      "warnings,nodes,elements,message_file,reason,stopped_at\n";
   for (const RunRecord& run : runs) {
     const bool hasEnded = run.ended >= run.started && run.ended != 0;
     const std::string fields[] = {LocalTime(run.started),
@@ -127,7 +127,8 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs) {
                                   Known(run.nodes),
                                   Known(run.elements),
                                   run.messageFile,
-                                  run.reason.English()};
+                                  run.reason.English(),
+                                  run.stoppedAt < 0 ? "" : std::to_string(run.stoppedAt)};
     for (const std::string& field : fields) {
       text += (&field == fields ? "" : ",") + Field(field);
     }

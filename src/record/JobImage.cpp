@@ -9,11 +9,13 @@ void JobImage::Set(const JobProgress& progress) {
   reason = progress.reason;
   restartDump = progress.restartDump;
   lastWords = progress.lastWords;
+  stoppedAt = progress.stoppedAt;
 }
 
 JobProgress ProgressOf(const JobFile& job) {
-  return {job.status,         job.started,      job.ended,         job.MessageFile(),
-          job.RunErrorCode(), job.RunMessage(), job.RestartDump(), job.LastWords()};
+  return {job.status,        job.started,        job.ended,
+          job.MessageFile(), job.RunErrorCode(), job.RunMessage(),
+          job.RestartDump(), job.LastWords(),    job.StoppedAt()};
 }
 
 JobImage ImageOf(const JobFile& job) {
@@ -27,6 +29,7 @@ JobImage ImageOf(const JobFile& job) {
   image.reason = job.RunMessage();
   image.restartDump = job.RestartDump();
   image.lastWords = job.LastWords();
+  image.stoppedAt = job.StoppedAt();
   for (const std::shared_ptr<JobFile>& stage : job.stages) image.stages.push_back(ImageOf(*stage));
   return image;
 }
@@ -40,6 +43,7 @@ void Fill(JobFile& job, const JobImage& image,
   job.SetRunError(image.errorCode, image.reason);
   job.SetRestartDump(image.restartDump);
   job.SetLastWords(image.lastWords);
+  job.SetStoppedAt(image.stoppedAt);
   for (const JobImage& one : image.stages) {
     const std::shared_ptr<JobFile> stage = make(one.kind);
     Fill(*stage, one, make);

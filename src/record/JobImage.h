@@ -20,6 +20,7 @@ struct JobProgress {
   Message reason;
   std::string restartDump;
   Message lastWords;
+  int stoppedAt = kNotStopped;
 
   bool operator==(const JobProgress&) const = default;
 };
@@ -34,6 +35,7 @@ struct JobImage {
   Message reason;
   std::string restartDump;
   Message lastWords;
+  int stoppedAt = kNotStopped;
   std::optional<RunRecord> run;  // the one that is under way, or was when the program died
   std::vector<JobImage> stages;
 

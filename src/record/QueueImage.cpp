@@ -15,6 +15,7 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (!job.reason.Empty()) json["reason"] = Of(job.reason);
   if (!job.restartDump.empty()) json["dump"] = Of(job.restartDump);
   if (!job.lastWords.Empty()) json["words"] = Of(job.lastWords);
+  if (job.stoppedAt != kNotStopped) json["stopped"] = job.stoppedAt;
 }
 
 Json JobJson(const JobImage& job) {
@@ -42,6 +43,7 @@ void TakeProgress(const Value& json, JobImage& job) {
   TakeKey(json, "reason", job.reason);
   TakeKey(json, "dump", job.restartDump);
   TakeKey(json, "words", job.lastWords);
+  TakeKey(json, "stopped", job.stoppedAt);
 }
 
 bool TakeJob(const Value& json, JobImage& job, bool isStage) {
@@ -148,8 +150,9 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          c.stage = static_cast<JobId>(stage);
          JobImage job;
          TakeProgress(json.items[3], job);
-         c.progress = {job.fields.status, job.fields.started, job.fields.ended, job.messageFile,
-                       job.errorCode,     job.reason,         job.restartDump,  job.lastWords};
+         c.progress = {job.fields.status, job.fields.started, job.fields.ended,
+                       job.messageFile,   job.errorCode,      job.reason,
+                       job.restartDump,   job.lastWords,      job.stoppedAt};
          return c;
        }},
       {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},

@@ -15,6 +15,7 @@
 #include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/FreeSpace.h"
 
 namespace {
 
@@ -82,13 +83,30 @@ Message WaitMessage(const JobFile& job, const FolderHolder& holder) {
   return {};
 }
 
-// False when the job was aborted meanwhile.
-bool WaitForFolders(JobFile& job, const JobRunSetup& setup, FolderUse& use) {
+// Empty when there is enough, or nobody can tell.
+Message SpaceMessage(const JobFile& job, const JobRunSetup& setup,
+                     const std::vector<std::string>& folders) {
+  constexpr std::uint64_t kMegabyte = 1024 * 1024;
+  const int least = setup.minFreeMb ? setup.minFreeMb() : 0;
+  if (least <= 0) return {};
+  for (const std::string& folder : folders) {
+    const std::optional<std::uint64_t> free = FreeSpace(folder);
+    if (!free || *free / kMegabyte >= static_cast<std::uint64_t>(least)) continue;
+    return Message(MessageId::kWaitsForSpace, job.MainFile(), least, folder);
+  }
+  return {};
+}
+
+// Also for space in them. `mine`: they are held. False when the job was aborted meanwhile.
+bool WaitForFolders(JobFile& job, const JobRunSetup& setup, FolderUse& use, bool mine = false) {
   constexpr std::chrono::milliseconds kLookAgain{250};
   Message told;
   while (!job.abort) {
-    const Message message =
-        WaitMessage(job, use.Take(setup.folders ? setup.folders() : RunFolders(job)));
+    const std::vector<std::string> folders = setup.folders ? setup.folders() : RunFolders(job);
+    Message message;
+    if (!mine) message = WaitMessage(job, use.Take(folders));
+    mine = message.Empty();
+    if (mine) message = SpaceMessage(job, setup, folders);
     if (!(message == told)) {
       job.SetRunError(0, message);
       if (setup.waits) setup.waits(message);
@@ -213,7 +231,8 @@ class JobRun {
   bool MayStart(JobFile& stage, std::size_t index) {
     SetStatus(stage, JobStatus::kWaiting);
     if (index > 0) WaitUnlessAborted(std::chrono::seconds(stage.pause), job_.abort);
-    if (!mine_) mine_ = WaitForFolders(job_, setup_, use_);
+    // The first one's has been asked for with the job's.
+    if (!mine_ || index > first_) mine_ = WaitForFolders(job_, setup_, use_, mine_);
     return !job_.abort && !stage.abort;
   }
 
@@ -257,6 +276,9 @@ class JobRun {
     if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
     if (status == JobStatus::kAborted && !stage.abort) use_.LeaveToRest();
     if (record_) {
+      if (status == JobStatus::kFinished && setup_.stoppedAt) {
+        stage.SetStoppedAt(setup_.stoppedAt(stage, *record_));
+      }
       RecordEnd(*record_, stage, status, exitCode);
       if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_);
       Record(stage);
@@ -284,6 +306,7 @@ class JobRun {
     job_.SetRestartDump(stage.RestartDump());
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
     job_.SetLastWords(stage.LastWords());
+    if (job_.StoppedAt() == kNotStopped) job_.SetStoppedAt(stage.StoppedAt());
   }
 
   void SetStatus(JobFile& stage, JobStatus status) {
@@ -331,6 +354,7 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   job.SetRunError(0, {});
   job.SetMessageFile({});
   job.SetRestartDump({});
+  job.SetStoppedAt(kNotStopped);
   WaitUnlessAborted(setup.pause, job.abort);
   FolderUse use(job.MainFile());
   if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;

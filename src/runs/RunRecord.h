@@ -52,6 +52,7 @@ struct RunRecord {
   Message lastWords;        // JobFile::LastWords
   std::string messageFile;  // where it is kept; empty: none
   std::string restartDump;  // to go on from; empty: none
+  int stoppedAt = kNotStopped;
   // Of the message file and the results, where somebody has counted them.
   std::optional<std::int64_t> errors;
   std::optional<std::int64_t> warnings;

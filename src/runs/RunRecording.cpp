@@ -119,6 +119,7 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.lastWords = stage.LastWords();
   record.messageFile = stage.MessageFile();
   record.restartDump = stage.RestartDump();
+  record.stoppedAt = stage.StoppedAt();
   if (dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
   CountMessages(record, stage);
   CountModel(record, stage);

@@ -2,5 +2,6 @@
 
 JobOutput OutputOf(const JobFile& job) {
   return {job.GetSolverType(), job.status,        job.jobFile,
-          job.Folder(),        job.MessageFile(), job.LastWords()};
+          job.Folder(),        job.MessageFile(), job.LastWords(),
+          job.StoppedAt()};
 }

@@ -13,6 +13,7 @@ struct JobOutput {
   std::string folder;
   std::string messageFile;
   Message lastWords;
+  int stoppedAt = kNotStopped;
 };
 
 // With the job's list locked.

@@ -63,6 +63,23 @@ TEST_F(HealthTest, LimitsAreTheUsers) {
   EXPECT_TRUE(health.Look(states_, message_, true, 0).empty());
 }
 
+TEST_F(HealthTest, ADiskThatFillsIsToldOnceUntilThereIsRoom) {
+  constexpr double kGigabyte = 1 << 30;
+  State(" kinetic energy...... NaN\n");
+  health_.LookAtDisk(2 * kGigabyte, 1.5 * kGigabyte);
+  EXPECT_EQ(Look(),
+            "The disk has 1.5 GB free, and the run will write about 2 GB more;"
+            "Values of [kinetic energy] are not a number or infinite;");
+  health_.LookAtDisk(2 * kGigabyte, kGigabyte);
+  EXPECT_EQ(Look(), "");
+  EXPECT_EQ(health_.Findings().size(), 2u);
+  health_.LookAtDisk(kGigabyte, kGigabyte);
+  EXPECT_EQ(health_.Findings().size(), 1u);
+  EXPECT_EQ(Look(), "");
+  health_.LookAtDisk(2 * kGigabyte, kGigabyte);
+  EXPECT_NE(Look(), "");
+}
+
 TEST_F(HealthTest, ALastRowThatIsNotWholeYetIsLookedAtAgain) {
   State("");
   EXPECT_EQ(Look(), "");

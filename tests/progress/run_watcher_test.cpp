@@ -6,6 +6,8 @@
 #include "progress/RunWatcher.h"
 #include "support/TempFolder.h"
 #include "support/WaitUntil.h"
+#include "util/files/FolderSnapshot.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 
@@ -27,11 +29,23 @@ class RunWatcherTest : public testing::Test {
     folder_.Write("glstat",
                   " dt of cycle 1 is controlled by shell 1 of part 1\n time.... 9.0E+00\n");
     folder_.Write("messag.krb", kHalf);
+    NoteFilesBefore({"glstat", "messag.krb"});
+  }
+
+  void NoteFilesBefore(const std::vector<std::string>& names) {
+    std::vector<std::string> files;
+    for (const std::string& name : names) files.push_back(folder_ / name);
+    FolderSnapshot before;
+    before.Take(files);
+    run_.filesBefore = before.Text();
   }
 
   void Start() {
     RunWatcher::Hooks hooks;
-    hooks.runs = [this] { return going_ ? std::vector{run_} : std::vector<WatchedRun>(); };
+    hooks.runs = [this] {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      return going_ ? std::vector{run_} : std::vector<WatchedRun>();
+    };
     hooks.settings = [] { return Settings(); };
     hooks.changed = [this](JobId job) { changes_ += job == kJob ? 1 : 0; };
     hooks.report = [this](const Message& message) {
@@ -75,6 +89,7 @@ TEST_F(RunWatcherTest, FollowsARunToItsStop) {
   going_ = false;
   ASSERT_TRUE(WaitUntil([&] { return !State().running; }));
   EXPECT_EQ(State().news.ended, RunEnd::kStopped);
+  EXPECT_EQ(State().StoppedAt(), 25);
   EXPECT_EQ(State().news.percent, 25);
   watcher_.reset();
   EXPECT_EQ(said_,
@@ -90,10 +105,34 @@ TEST_F(RunWatcherTest, AnotherRunOfTheJobBeginsAnew) {
   going_ = false;
   ASSERT_TRUE(WaitUntil([&] { return !State().running; }));
   run_.started = 2;
+  NoteFilesBefore({"glstat", "messag.krb", "messag"});
   going_ = true;
   ASSERT_TRUE(WaitUntil([&] { return State().running; }));
-  EXPECT_EQ(State().started, 2);
+  EXPECT_EQ(State().run.started, 2);
   EXPECT_FALSE(State().news.cycle);
+}
+
+// A run that ended while nobody watched, and is still among those that go on.
+TEST_F(RunWatcherTest, LooksOnceAtARunThatHasEndedAndMeasuresOneThatGoesOn) {
+  going_ = false;
+  Start();
+  EXPECT_FALSE(watcher_->StateOf(kJob));
+  folder_.Write("messag", std::string(kBegin) + kHalf + " N o r m a l    t e r m i n a t i o n\n");
+  const std::optional<RunState> last = watcher_->LookLast(run_);
+  ASSERT_TRUE(last);
+  EXPECT_EQ(last->StoppedAt(), 25);
+  EXPECT_GE(last->use.results, sizeof kBegin + sizeof kHalf);
+  going_ = true;
+  const int before = changes_;
+  EXPECT_FALSE(WaitUntil([&] { return changes_ > before; }, std::chrono::milliseconds(100)));
+
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    run_.process = IdentityOfProcess(PTWrapperProcess().ProcessId());
+  }
+  ASSERT_TRUE(WaitUntil([&] { return State().use.memory.has_value(); }));
+  EXPECT_GT(*State().use.memory, 1u << 20);
+  EXPECT_TRUE(State().running);
 }
 
 }  // namespace

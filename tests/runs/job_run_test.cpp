@@ -1,6 +1,7 @@
 // Whole runs without a group, with a positioning library that writes down its calls.
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include "RunFixture.h"
 #include "runs/SolverVersion.h"
@@ -347,6 +348,27 @@ TEST_F(JobRunVersionTest, AHotFormingJobIsItsOwnOnlyStage) {
   EXPECT_EQ(Calls(*job), (Lines{"begin", "data main.k", "auto?", "open", "main main.k",
                                 "position main.k", "close", "end"}));
   EXPECT_EQ(job->MessageFile(), Beside(*job, "messag.krb"));
+}
+
+TEST_F(JobRunTest, AJobWaitsForSpaceInItsFolder) {
+  const auto job = DynaJob(folder_.Write("big.k", Deck("")));
+  int least = std::numeric_limits<int>::max();
+  std::vector<std::string> told;
+  setup_.minFreeMb = [&] { return least; };
+  setup_.waits = [&](const Message& message) {
+    told.push_back(message.English());
+    EXPECT_EQ(job->RunMessage(), message);
+    least = 0;
+  };
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kFinished) << job->RunMessage().English();
+  EXPECT_EQ(told, (std::vector<std::string>{"Job [" + job->jobFile +
+                                                "] waits: less than 2147483647 MB are free in its "
+                                                "folder [" +
+                                                job->Folder() + "]",
+                                            ""}));
+  least = std::numeric_limits<int>::max();
+  setup_.waits = [&](const Message&) { job->abort = true; };
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
 }
 
 TEST_F(JobRunTest, AJobWaitsForTheOneThatRunsInItsFolder) {

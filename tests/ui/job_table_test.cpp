@@ -234,7 +234,8 @@ TEST_F(ChineseJobTable, TellsWhyAJobWasAborted) {
   Run();
   const std::string notNormal = Packed("原因：任务 [" + bad + "] 未正常结束：*** Error ");
   EXPECT_EQ(Packed(TipOf(0, "状态")).substr(0, notNormal.size()), notNormal);
-  EXPECT_EQ(Packed(TipOf(1, "状态")), Packed("原因：任务文件 [" + gone + "] 不存在"));
+  const std::string missing = Packed("原因：任务文件 [" + gone + "] 不存在");
+  EXPECT_EQ(Packed(TipOf(1, "状态")).substr(0, missing.size()), missing);
   EXPECT_TRUE(LineSays("任务文件 ["));
 }
 

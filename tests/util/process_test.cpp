@@ -9,6 +9,7 @@
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/PTWrapper.h"
+#include "util/process/ProcessUse.h"
 
 namespace {
 
@@ -137,6 +138,12 @@ TEST(Process, WhatAnotherStartedIsOpenedAndEndedAsAWhole) {
     PTWrapperProcess starter;
     ASSERT_TRUE(StartTree(starter, pid));
     child = IdentityOfProcess(starter.ChildId());
+    const auto uses = UseOfTrees({child, {1, "first"}, {child.id, child.mark + "1"}});
+    ASSERT_TRUE(uses.size() == 3 && uses[0]);
+    EXPECT_GE(uses[0]->processes, 3);
+    EXPECT_GT(uses[0]->memory, std::uint64_t{100000} * 3);
+    EXPECT_LT(uses[0]->processorSeconds, 60);
+    EXPECT_FALSE(uses[1] || uses[2]);
     token = starter.Token();
   }
   PTWrapperProcess process;

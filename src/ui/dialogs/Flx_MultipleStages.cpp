@@ -111,7 +111,8 @@ void Flx_MultipleStages::MakeTable() {
   place->hide();
   table_ = new StageTable(
       place->x(), place->y(), place->w(), place->h(), subject_.group, subject_.job,
-      [this](const std::string& key) { return Shown(key); }, subject_.texts);
+      [this](const std::string& key) { return Shown(key); }, subject_.texts,
+      [this](JobId job) { return subject_.application.Manager().Watch().StateOf(job); });
   Window()->add(table_);
   table_->OnSelect = [this] { Update(); };
   table_->OnCell = [this](int row, int column) {

@@ -43,6 +43,7 @@ class Flx_MultipleStages : public Flx_Base_Dialog {
   bool Initialise() override;
   int HandleWidget(Fl_Widget* widget) override;
   void QueueChanged() override;
+  void RunsLookedAt() override { table_->redraw(); }
 
  private:
   void MakeTable();

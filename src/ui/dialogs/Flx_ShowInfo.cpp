@@ -26,6 +26,7 @@ constexpr double kLookSeconds = 0.1;
 constexpr std::chrono::milliseconds kAtOnce{20};
 constexpr Fl_Color kGreenLamp = 63;
 constexpr Fl_Color kRedLamp = 88;
+constexpr Fl_Color kAmberLamp = Theme::Rgb(0xE58A00);
 constexpr int kLeastWidth = 320;
 constexpr int kLeastHeight = 200;
 constexpr int kBarWidth = 200;
@@ -95,7 +96,8 @@ Flx_ShowInfo::~Flx_ShowInfo() {
 bool Flx_ShowInfo::Initialise() {
   if (!HasAll(kLamp, kResult, kLines, kClose)) return false;
   const bool finished = output_.status == JobStatus::kFinished;
-  Find(kLamp)->color(finished ? kGreenLamp : kRedLamp);
+  const bool stopped = finished && output_.stoppedAt != kNotStopped;
+  Find(kLamp)->color(stopped ? kAmberLamp : finished ? kGreenLamp : kRedLamp);
   Find(kResult)->label(ConvertText(GetText(finished ? "successful" : "failed")));
   Fl_Browser* list = Find(kLines);
   list->format_char(kNoFormat);

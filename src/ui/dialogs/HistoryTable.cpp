@@ -96,7 +96,9 @@ void HistoryTable::DrawCell(const Cell& cell) {
   CellDrawing::UseFont();
   fl_color(Theme::kText);
   if (column == HistoryColumn::kVerdict && row.verdict != HistoryVerdict::kUnknown)
-    return DrawStatus(area, row.run.verdict, row.Cell(column));
+    return DrawStatus(area, {.status = row.run.verdict,
+                             .words = {row.Cell(column)},
+                             .marked = row.run.stoppedAt != kNotStopped});
   if (column == HistoryColumn::kFolder || column == HistoryColumn::kVerdict)
     fl_color(Theme::kMuted);
   CellDrawing::Words(area, row.Cell(column), column == HistoryColumn::kFolder);

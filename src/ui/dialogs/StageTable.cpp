@@ -36,8 +36,8 @@ struct Shape {
 
 // In the order of Column.
 constexpr Shape kShapes[] = {
-    {"lab_ms_file", 180, 3},  {"lab_ms_type", 120, 2}, {"lab_ms_solv", 96, 0},
-    {"lab_ms_memory", 70, 0}, {"lab_ms_stat", 96, 0},  {"lab_ms_msg", 76, 0},
+    {"lab_ms_file", 150, 3},  {"lab_ms_type", 96, 2},  {"lab_ms_solv", 96, 0},
+    {"lab_ms_memory", 70, 0}, {"lab_ms_stat", 150, 0}, {"lab_ms_msg", 76, 0},
     {"lab_ms_result", 76, 0},
 };
 static_assert(std::size(kShapes) == StageTable::kColumns);
@@ -48,12 +48,13 @@ constexpr int kLeastWidth = 70;
 const std::span<const DialogText> StageTable::kTexts = kStageTexts;
 
 StageTable::StageTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, JobId job,
-                       Texts texts, const TextTable& words)
+                       Texts texts, const TextTable& words, RunStateOf stateOf)
     : Flx_Table(x, y, w, h),
       list_(std::move(list)),
       job_(job),
       texts_(std::move(texts)),
-      words_(words) {
+      words_(words),
+      stateOf_(std::move(stateOf)) {
   for (const Shape& shape : kShapes)
     AddColumn({texts_(shape.title), shape.width, kLeastWidth, shape.share});
 }
@@ -77,18 +78,23 @@ int StageTable::RowCount() const {
   return static_cast<int>(stages_.size());
 }
 
-StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
+StageTable::Row StageTable::MakeRow(const JobFile& stage,
+                                    const std::optional<RunState>& state) const {
   Row row;
   row.path = ToUi(stage.jobFile);
-  row.status = stage.status;
-  if (stage.status == JobStatus::kAborted) row.reason = FailureWords(stage, words_);
+  row.shown = ShownStatus(stage, state, words_);
+  row.tip = RunTip(stage, state, words_);
+  if (stage.status == JobStatus::kAborted) {
+    const std::string why = FailureWords(stage, words_);
+    if (!why.empty()) row.tip = words_.Format("ui_code", why);
+  }
   row.cells[kFile] = ToUi(FileDirWrapper::NameOf(stage.jobFile));
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&stage);
   row.cells[kType] =
       dyna && !dyna->simulationType.empty() ? ToUi(dyna->simulationType) : CellDrawing::kNothing;
   row.cells[kSolver] = RowOfKind(stage.GetSolverType()).name;
   row.cells[kMemory] = stage.memory ? std::to_string(stage.memory) : CellDrawing::kNothing;
-  row.cells[kStatus] = words_.Say(JobStatusWord(stage.status));
+  row.cells[kStatus] = row.shown.words.front();
   row.cells[kMessage] = row.cells[kSummary] = texts_("lab_ms_view");
   return row;
 }
@@ -96,12 +102,14 @@ StageTable::Row StageTable::MakeRow(const JobFile& stage) const {
 // Rows of stages that have been removed meanwhile are empty.
 std::vector<StageTable::Row> StageTable::ReadRows(int first, int last) const {
   std::vector<Row> rows(static_cast<std::size_t>(std::max(last - first, 0)));
+  const std::optional<RunState> state = stateOf_ ? stateOf_(job_) : std::nullopt;
   list_->ReadJob(job_, [&](const JobFile& job) {
     for (std::size_t index = 0; index < job.stages.size(); ++index) {
       for (int row = first; row < last; ++row) {
         if (StageAt(row) != job.stages[index]->id) continue;
         Row& made = rows[static_cast<std::size_t>(row - first)];
-        made = MakeRow(*job.stages[index]);
+        const bool isItsRun = state && state->run.stage == static_cast<int>(index);
+        made = MakeRow(*job.stages[index], isItsRun ? state : std::nullopt);
         made.cells[kFile] = std::to_string(row + 1) + "   " + made.cells[kFile];
         made.skipped = static_cast<int>(index) < job.firstStage;
       }
@@ -119,14 +127,14 @@ void StageTable::DrawCell(const Cell& cell) {
   const Row& row = shown_[static_cast<std::size_t>(cell.row - firstRow_)];
   const CellArea area = {cell.x, cell.y, cell.w, cell.h};
   const std::string& text = row.cells[cell.column];
-  const bool ended = HasEnded(row.status);
+  const bool ended = HasEnded(row.shown.status);
   CellDrawing::UseFont();
   fl_color(row.skipped ? Theme::kDisabledText : Theme::kText);
   switch (cell.column) {
     case kStatus:
-      return DrawStatus(area, row.status, text);
+      return DrawStatus(area, row.shown);
     case kMessage:
-      return CellDrawing::Link(area, text, ended || row.status == JobStatus::kRunning,
+      return CellDrawing::Link(area, text, ended || row.shown.status == JobStatus::kRunning,
                                cell.hovered);
     case kSummary:
       return CellDrawing::Link(area, text, ended, cell.hovered);
@@ -145,8 +153,7 @@ std::string StageTable::CellTip(int index, int column) {
     case kFile:
       return row.skipped ? row.path + "\n" + texts_("skipped") : row.path;
     case kStatus:
-      if (!row.reason.empty()) return words_.Format("ui_code", row.reason);
-      return row.skipped ? texts_("skipped") : std::string();
+      return row.tip.empty() && row.skipped ? texts_("skipped") : row.tip;
     case kMessage:
       return texts_("tip_ms_view_job");
     case kSummary:

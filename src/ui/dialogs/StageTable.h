@@ -10,6 +10,7 @@
 
 #include "core/JobList.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
+#include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
 
@@ -26,7 +27,7 @@ class StageTable : public Flx_Table {
 
   // `words` has the texts of the main window and outlives the table.
   StageTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, JobId job, Texts texts,
-             const TextTable& words);
+             const TextTable& words, RunStateOf stateOf = {});
 
   // Other stages, or what they show changed. The current one stays current wherever it moved.
   void SetStages(std::vector<JobId> stages);
@@ -48,11 +49,11 @@ class StageTable : public Flx_Table {
  private:
   struct Row {
     std::string cells[kColumns];
-    std::string path, reason;
-    JobStatus status = JobStatus::kQueued;
+    std::string path, tip;  // of the file, of the status
+    StatusShown shown;
     bool skipped = false;
   };
-  Row MakeRow(const JobFile& stage) const;
+  Row MakeRow(const JobFile& stage, const std::optional<RunState>& state) const;
   std::vector<Row> ReadRows(int first, int last) const;
   Row ReadRow(int row) const { return ReadRows(row, row + 1).front(); }
 
@@ -60,6 +61,7 @@ class StageTable : public Flx_Table {
   const JobId job_;
   const Texts texts_;
   const TextTable& words_;
+  const RunStateOf stateOf_;
   std::vector<JobId> stages_;  // by row
   int firstRow_ = 0;           // the row of shown_[0]
   std::vector<Row> shown_;

@@ -2,6 +2,7 @@
 
 #include <FL/fl_draw.H>
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -15,8 +16,11 @@ struct Look {
   const char* icon;
 };
 
-Look LookOf(JobStatus status) {
-  switch (status) {
+constexpr int kBarHeight = 3;
+
+Look LookOf(const StatusShown& shown) {
+  if (shown.marked) return {Theme::kWaiting, "state_marked"};
+  switch (shown.status) {
     case JobStatus::kWaiting:
       return {Theme::kWaiting, "state_waiting"};
     case JobStatus::kRunning:
@@ -46,10 +50,22 @@ std::string Narrow(std::string_view line) {
 
 }  // namespace
 
-void DrawStatus(const CellArea& cell, JobStatus status, const std::string& word) {
-  const Look look = LookOf(status);
+void DrawStatus(const CellArea& cell, const StatusShown& shown) {
+  const Look look = LookOf(shown);
+  const auto fits = [&](const std::string& words) {
+    return CellDrawing::Width(words) <= cell.w - CellDrawing::kIconSize + 4;
+  };
+  const auto words = std::find_if(shown.words.begin(), shown.words.end() - 1, fits);
+  CellArea text = cell;
+  if (shown.share >= 0) text.h -= kBarHeight;
   fl_color(look.color);
-  CellDrawing::IconAndWords(cell, look.icon, word);
+  CellDrawing::IconAndWords(text, look.icon, *words);
+  if (shown.share < 0) return;
+  const int width = cell.w - 2 * CellDrawing::kPadding + 2;
+  const int y = cell.y + cell.h - kBarHeight - 2;
+  fl_rectf(cell.x + CellDrawing::kPadding - 2, y, width, kBarHeight, Theme::kPressed);
+  const int done = static_cast<int>(width * std::min(shown.share, 1.0) + 0.5);
+  fl_rectf(cell.x + CellDrawing::kPadding - 2, y, done, kBarHeight, look.color);
 }
 
 std::string FailureWords(const JobFile& job, const TextTable& words) {

@@ -3,13 +3,22 @@
 #define KR_UI_DIALOGS_STATUSCELL_H
 
 #include <string>
+#include <vector>
 
 #include "jobs/JobFile.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/text/TextTable.h"
 
-// Its icon, and its word in its colour. Interface thread, while a table draws.
-void DrawStatus(const CellArea& cell, JobStatus status, const std::string& word);
+struct StatusShown {
+  JobStatus status = JobStatus::kQueued;
+  std::vector<std::string> words = {""};  // UTF-8; the same ever shorter
+  double share = -1;                      // of a bar, 0 to 1; below 0: none
+  bool marked = false;                    // something is wrong with it
+};
+
+// Its icon, the longest of its words that has room, in its colour, and below them the bar.
+// Interface thread, while a table draws.
+void DrawStatus(const CellArea& cell, const StatusShown& shown);
 
 // Why a job or stage failed, and below it what its solver said last, cut to what a tip can show. In
 // UTF-8; empty when there is no reason.

@@ -50,7 +50,10 @@ std::string ReportText(const JobGroup& group) {
     const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
     text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
             ReportField(last) + "\t" + LocalTime(job.started) + "\t" + LocalTime(job.ended) + "\t" +
-            Elapsed(job) + "\n";
+            Elapsed(job);
+    const Message stopped = StoppedMessage(job.StoppedAt());
+    if (!stopped.Empty()) text += "\t" + stopped.English();
+    text += "\n";
   });
   return text;
 }

@@ -140,7 +140,10 @@ void Flx_AppWnd::ConnectParts() {
 
 void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   begin();
-  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_);
+  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
+                             [this](JobId job) {
+                               return application_.Manager().Watch().StateOf(job);
+                             });
   end();
   table->hide();
   table->OnSelect = [this] { ShowCurrentJob(); };

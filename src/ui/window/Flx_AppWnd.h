@@ -80,6 +80,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void SwitchToGroup(int index);
   void StepGroup(int by);
   Counts Count(const JobGroup& group) const;
+  std::string EndOf(const JobGroup& group) const;
   // Reads the current job; false, after telling the user, when there is none.
   bool ReadCurrentJob(const std::function<void(const JobFile&)>& read);
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "core/SmallTextFile.h"
+#include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
@@ -31,12 +32,17 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (const auto changed = changes.jobs.find(shown); table && changed != changes.jobs.end()) {
     for (const JobId job : changed->second) table->JobChanged(job);
   }
+  if (table) {
+    for (const JobId job : changes.runs) table->JobChanged(job);
+  }
   const bool jobs = !changes.groups.empty() || !changes.jobs.empty();
   if (jobs || changes.settings) settings_->Refresh();
-  if (jobs || changes.running || changes.settings) ShowTabs();
-  if (jobs || changes.running) ShowState();
+  const bool runs = !changes.runs.empty();
+  if (jobs || runs || changes.running || changes.settings) ShowTabs();
+  if (jobs || runs || changes.running) ShowState();
   if (jobs || changes.running || changes.settings) ShowTools();
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
+  if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
   if (changes.intake) ShowIntake(changes);
   if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
     status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
@@ -84,6 +90,7 @@ void Flx_AppWnd::ShowTabs() {
     if (!group) continue;
     GroupTabs::Tab tab{ToUi(group->Name()), {}, {}, group->JobCount(), group->Running()};
     tab.tip = tab.name;
+    if (const std::string end = EndOf(*group); !end.empty()) tab.tip = end;
     if (index == manager.CurrentGroupIndex() && !value.empty()) {
       tab.note = value;
       tab.tip += "\n" + texts_.Format("ui_tip_group", value);
@@ -91,6 +98,24 @@ void Flx_AppWnd::ShowTabs() {
     tabs.push_back(std::move(tab));
   }
   tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
+}
+
+// "Group1 ends about Sun 06:40"; empty when that cannot be told, as with jobs queued behind the one
+// that runs or stages that it has still to come to.
+std::string Flx_AppWnd::EndOf(const JobGroup& group) const {
+  double left = -1;
+  bool isKnown = group.Running();
+  group.ReadJobs([&](const JobFile& job) {
+    if (HasEnded(job.status)) return;
+    const std::optional<RunState> state = application_.Manager().Watch().StateOf(job.id);
+    const bool isLast = job.stages.empty() ||
+                        (state && state->run.stage + 1 == static_cast<int>(job.stages.size()));
+    isKnown = isKnown && left < 0 && isLast && job.status == JobStatus::kRunning && state &&
+              state->running && state->news.secondsLeft;
+    if (isKnown) left = *state->news.secondsLeft;
+  });
+  if (!isKnown || left < 0) return {};
+  return texts_.Format("run_group_ends", ToUi(group.Name()), EndWords(left, texts_));
 }
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
@@ -119,7 +144,8 @@ void Flx_AppWnd::ShowState() {
     details +=
         (details.empty() ? ": " : ", ") + texts_.Format(kKeys.at(status), std::to_string(count));
   }
-  status_->SetState(text + details);
+  const std::string end = EndOf(*group);
+  status_->SetState(text + details + (end.empty() ? "" : ". " + end));
 }
 
 std::string Flx_AppWnd::ToolTip(Action action) const {

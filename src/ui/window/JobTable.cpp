@@ -32,18 +32,18 @@ struct Shape {
 
 // In the order of Column.
 constexpr Shape kShapes[] = {
-    {"lab_job_name", 160, 90, 3},  {"lab_in_folder", 192, 90, 5}, {"lab_solv", 110, 110, 0},
-    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 92, 92, 0},
+    {"lab_job_name", 128, 90, 3},  {"lab_in_folder", 112, 80, 5}, {"lab_solv", 110, 110, 0},
+    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 236, 110, 2},
     {"lab_messag", 70, 70, 0},     {"lab_result", 76, 76, 0},     {"lab_iforce", 64, 64, 0},
-    {"lab_other_para", 98, 92, 3},
+    {"lab_other_para", 80, 70, 3},
 };
 static_assert(std::size(kShapes) == JobTable::kColumns);
 
 }  // namespace
 
 JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list,
-                   const TextTable& texts)
-    : Flx_Table(x, y, w, h), list_(std::move(list)), texts_(texts) {
+                   const TextTable& texts, RunStateOf stateOf)
+    : Flx_Table(x, y, w, h), list_(std::move(list)), texts_(texts), stateOf_(std::move(stateOf)) {
   for (const Shape& shape : kShapes)
     AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share});
   JobsChanged();
@@ -92,21 +92,29 @@ int JobTable::RowCount() const {
 JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
   Row row;
-  row.status = job.status;
-  if (job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting)
-    row.reason = FailureWords(job, texts_);
+  const std::optional<RunState> state = stateOf_ ? stateOf_(job.id) : std::nullopt;
+  row.shown = ShownStatus(job, state, texts_);
+  const bool tellsWhy = job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting;
+  const std::string why = tellsWhy ? FailureWords(job, texts_) : std::string();
+  if (!why.empty()) row.tip = texts_.Format("ui_code", why);
   if (HasEnded(job.status)) row.dump = ShownName(job.RestartDump());
+  const auto add = [&row](const std::string& lines) {
+    if (!lines.empty()) row.tip += (row.tip.empty() ? "" : "\n") + lines;
+  };
+  add(RunTip(job, state, texts_));
+  row.past = PastText(job);
+  if (why.empty()) add(row.past);
+  if (!row.dump.empty()) add(texts_.Format("ui_tip_go_on", row.dump));
   row.multiStage = !job.stages.empty();
   row.dyna = dyna != nullptr;
   row.force = dyna && dyna->useSFile;
-  row.past = PastText(job);
   row.path = ShownPath(job.jobFile, job.restartFile, texts_);
   row.cells[kName] = ShownJob(job.jobFile, job.restartFile);
   row.cells[kFolder] = ToUi(job.Folder());
   row.cells[kSolver] = RowOfKind(job.GetSolverType()).name;
   row.cells[kStages] = texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
   row.cells[kMemory] = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
-  row.cells[kStatus] = texts_.Say(JobStatusWord(job.status));
+  row.cells[kStatus] = row.shown.words.front();
   row.cells[kMessage] = row.cells[kSummary] = texts_.Get("lab_view");
   row.cells[kForce] =
       row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
@@ -157,15 +165,15 @@ void JobTable::DrawCell(const Cell& cell) {
       }
       break;
     case kStatus:
-      DrawStatus({cell.x, cell.y, cell.w - (row.dump.empty() ? 0 : kGoOnSize), cell.h}, row.status,
-                 text);
+      DrawStatus({cell.x, cell.y, cell.w - (row.dump.empty() ? 0 : kGoOnSize), cell.h}, row.shown);
       if (!row.dump.empty()) DrawGoOn(cell);
       break;
     case kMessage:
-      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.status), cell.hovered);
+      CellDrawing::Link(area, text, !row.multiStage && CanViewMessage(row.shown.status),
+                        cell.hovered);
       break;
     case kSummary:
-      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.status), cell.hovered);
+      CellDrawing::Link(area, text, !row.multiStage && HasEnded(row.shown.status), cell.hovered);
       break;
     case kForce:
       DrawCheck(cell, row);
@@ -191,7 +199,7 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
     CellDrawing::Words({cell.x, cell.y, cell.w, cell.h}, row.cells[kForce]);
     return;
   }
-  const bool enabled = row.status != JobStatus::kRunning;
+  const bool enabled = row.shown.status != JobStatus::kRunning;
   const int x = cell.x + CellDrawing::kPadding;
   const int y = cell.y + (cell.h - kCheckSize) / 2;
   const Fl_Color on = enabled ? Theme::kAccent : Theme::kDisabledText;
@@ -250,7 +258,7 @@ std::string JobTable::CellTip(int index, int column) {
     case kFolder:
       return row.path;
     case kStatus:
-      return StatusTip(row);
+      return row.tip;
     case kForce:
       return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
     case kOther:
@@ -258,12 +266,6 @@ std::string JobTable::CellTip(int index, int column) {
     default:
       return {};
   }
-}
-
-std::string JobTable::StatusTip(const Row& row) const {
-  std::string tip = row.reason.empty() ? row.past : texts_.Format("ui_code", row.reason);
-  if (row.dump.empty()) return tip;
-  return tip + (tip.empty() ? "" : "\n") + texts_.Format("ui_tip_go_on", row.dump);
 }
 
 int JobTable::IconWidth(int column) const {

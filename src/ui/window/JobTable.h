@@ -10,6 +10,7 @@
 
 #include "core/JobList.h"
 #include "record/PastRuns.h"
+#include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
 
@@ -32,7 +33,8 @@ class JobTable : public Flx_Table {
   };
 
   // The texts outlive the table.
-  JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, const TextTable& texts);
+  JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list, const TextTable& texts,
+           RunStateOf stateOf = {});
 
   const std::shared_ptr<JobList>& List() const { return list_; }
 
@@ -66,10 +68,10 @@ class JobTable : public Flx_Table {
   // What a row shows, in UTF-8.
   struct Row {
     std::string cells[kColumns];
-    std::string path, reason;
-    std::string dump;  // the name of the one that the job can go on from
+    std::string path, tip;  // of the file, of the status
+    StatusShown shown;
     std::string past;  // what it took before; of a job that has not run yet
-    JobStatus status = JobStatus::kQueued;
+    std::string dump;  // the name of the one that the job can go on from
     bool multiStage = false;
     bool dyna = false;
     bool force = false;
@@ -77,13 +79,13 @@ class JobTable : public Flx_Table {
   Row MakeRow(const JobFile& job) const;
   std::string PastText(const JobFile& job) const;
   Row ReadRow(int row) const;
-  std::string StatusTip(const Row& row) const;
   int RowOf(JobId job) const;  // -1 when it has none
   static void DrawGoOn(const Cell& cell);
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobList> list_;
   const TextTable& texts_;
+  const RunStateOf stateOf_;
   std::vector<JobId> jobs_;  // by row
   int firstRow_ = 0;         // the row of shown_[0]
   std::vector<Row> shown_;

@@ -89,6 +89,10 @@ void QueueNotes::IntakeProgress(int done, int total, const std::string& file, in
   });
 }
 
+void QueueNotes::RunLookedAt(JobId job) {
+  Take([&](QueueChanges& changes) { changes.runs.insert(job); });
+}
+
 void QueueNotes::Logged(const Message& message) {
   Take([&](QueueChanges& changes) { changes.message = message; });
 }

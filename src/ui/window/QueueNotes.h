@@ -14,6 +14,7 @@
 // What changed since the interface looked last.
 struct QueueChanges {
   std::map<int, std::set<JobId>> jobs;  // whose status changed, by group id
+  std::set<JobId> runs;                 // that were looked at
   std::set<int> groups;                 // groups whose list changed
   bool running = false;                 // a group's thread began or ended
   bool settings = false;
@@ -40,6 +41,7 @@ class QueueNotes : public QueueObserver {
   void GroupRunChanged(int groupId) override;
   void SettingsChanged() override;
   void IntakeProgress(int done, int total, const std::string& file, int percent) override;
+  void RunLookedAt(JobId job) override;
   void Logged(const Message& message) override;
 
  private:

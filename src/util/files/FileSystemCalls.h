@@ -42,6 +42,9 @@ inline bool IdOf(const std::string& path, FileId& id) {
   return true;
 }
 
+// FileState::written in seconds since 1970.
+std::int64_t SecondsOf(std::int64_t written);
+
 // One level. True also when another process was faster.
 bool MakeFolder(const std::string& path);
 

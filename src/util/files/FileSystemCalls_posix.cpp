@@ -9,6 +9,11 @@
 #include <cstring>
 
 namespace file_system {
+namespace {
+
+constexpr std::int64_t kNanoseconds = 1000000000;
+
+}  // namespace
 
 Kind KindOf(const std::string& path) {
   struct stat info {};
@@ -54,13 +59,16 @@ std::vector<Entry> ReadFolder(const std::string& folder) {
 }
 
 bool StateOf(const std::string& path, FileState& state) {
-  constexpr std::int64_t kNanoseconds = 1000000000;
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) return false;
   state.id = {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
   state.size = static_cast<std::uint64_t>(info.st_size);
   state.written = std::int64_t{info.st_mtim.tv_sec} * kNanoseconds + info.st_mtim.tv_nsec;
   return true;
+}
+
+std::int64_t SecondsOf(std::int64_t written) {
+  return written / kNanoseconds;
 }
 
 bool MakeFolder(const std::string& path) {

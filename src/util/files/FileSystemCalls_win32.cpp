@@ -62,6 +62,13 @@ bool StateOf(const std::string& path, FileState& state) {
   return ok;
 }
 
+// Counted in 100 nanoseconds from 1601.
+std::int64_t SecondsOf(std::int64_t written) {
+  constexpr std::int64_t kUnits = 10000000;
+  constexpr std::int64_t kUntil1970 = 11644473600;
+  return written / kUnits - kUntil1970;
+}
+
 bool MakeFolder(const std::string& path) {
   return CreateDirectoryA(path.c_str(), nullptr) || KindOf(path) == Kind::kFolder;
 }

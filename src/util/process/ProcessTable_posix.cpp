@@ -59,10 +59,14 @@ std::optional<ProcessEntry> ReadProcess(pid_t pid) {
   std::istringstream fields(text.substr(close + 1));
   fields >> entry.state >> entry.parent;
   std::string skipped;
-  constexpr int kSession = 6, kThreads = 20, kStart = 22;
+  constexpr int kSession = 6, kTimes = 14, kThreads = 20, kStart = 22;
   for (int field = 5; field < kSession; ++field) fields >> skipped;
   fields >> entry.session;
-  for (int field = kSession + 1; field < kThreads; ++field) fields >> skipped;
+  for (int field = kSession + 1; field < kTimes; ++field) fields >> skipped;
+  std::uint64_t user = 0, system = 0, childrensUser = 0, childrensSystem = 0;
+  fields >> user >> system >> childrensUser >> childrensSystem;
+  entry.cpu = user + system + childrensUser + childrensSystem;
+  for (int field = kTimes + 4; field < kThreads; ++field) fields >> skipped;
   fields >> entry.threads >> skipped;
   static_assert(kStart == kThreads + 2);
   fields >> entry.key.start;

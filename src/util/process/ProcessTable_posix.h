@@ -25,6 +25,7 @@ struct ProcessEntry {
   pid_t session = 0;
   char state = '?';
   int threads = 0;
+  std::uint64_t cpu = 0;  // clock ticks, with those of its children that have ended
   std::string threadName;
 
   // False for one that has ended and only waits to be collected.

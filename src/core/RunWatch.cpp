@@ -1,0 +1,61 @@
+#include "core/RunWatch.h"
+
+#include <utility>
+
+namespace {
+
+RunFiles::Kind KindOf(SolverKind kind) {
+  switch (kind) {
+    case SolverKind::kLsDynaSingle:
+    case SolverKind::kLsDynaDouble:
+      return RunFiles::Kind::kKeyword;
+    case SolverKind::kVorel:
+    case SolverKind::kInc:
+      return RunFiles::Kind::kText;
+    case SolverKind::kUtilityBatch:
+      break;
+  }
+  return RunFiles::Kind::kNone;
+}
+
+WatchedRun WatchedFrom(JobId job, const RunRecord& run) {
+  return {.job = job,
+          .started = run.started,
+          .stage = run.stage,
+          .kind = KindOf(run.solver),
+          .folder = run.folder,
+          .jobFile = run.jobFile,
+          .filesBefore = run.filesBefore,
+          .process = run.process,
+          .cpus = run.cpus};
+}
+
+}  // namespace
+
+RunWatch::RunWatch(std::function<Settings()> settings, std::function<void(JobId job)> changed,
+                   MessageSink report)
+    : watcher_({.runs = [this] { return Runs(); },
+                .settings = std::move(settings),
+                .changed = std::move(changed),
+                .report = std::move(report)}) {}
+
+std::vector<WatchedRun> RunWatch::Runs() const {
+  const MutexLock lock(mutex_);
+  std::vector<WatchedRun> runs;
+  for (const auto& [job, run] : runs_) runs.push_back(run);
+  return runs;
+}
+
+void RunWatch::Recorded(JobId job, const RunRecord& run) {
+  const MutexLock lock(mutex_);
+  if (HasEnded(run.verdict)) {
+    runs_.erase(job);
+  } else {
+    runs_.insert_or_assign(job, WatchedFrom(job, run));
+  }
+}
+
+int RunWatch::StoppedAt(JobId job, const RunRecord& run) {
+  const std::optional<RunState> state = watcher_.LookLast(WatchedFrom(job, run));
+  return state ? state->StoppedAt() : kNotStopped;
+}

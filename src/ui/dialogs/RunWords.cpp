@@ -1,0 +1,250 @@
+#include "ui/dialogs/RunWords.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+
+#include "ui/text/Encoding.h"
+#include "util/text/DateTimeWrapper.h"
+
+namespace {
+
+constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
+const std::string kDot = " \xC2\xB7 ";
+
+const char* KeyOf(HealthCheck check) {
+  switch (check) {
+    case HealthCheck::kSilence:
+      return "run_silent";
+    case HealthCheck::kTimeStep:
+      return "run_step_low";
+    case HealthCheck::kEnergyRatio:
+      return "run_energy";
+    case HealthCheck::kHourglass:
+      return "run_hourglass";
+    case HealthCheck::kAddedMass:
+      return "run_mass";
+    case HealthCheck::kNotFinite:
+      return "run_not_finite";
+    case HealthCheck::kDisk:
+      return "run_disk";
+  }
+  return "";
+}
+
+// Of what was found the newest says the most.
+std::string HealthWord(const RunState& state, const TextTable& texts) {
+  return state.health.empty() ? std::string() : texts.Get(KeyOf(state.health.back().check));
+}
+
+std::string Short(double value, const char* format = "%.4g") {
+  char text[48];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+// 12,000
+std::string Grouped(std::int64_t number) {
+  std::string text = std::to_string(number);
+  for (auto at = static_cast<std::ptrdiff_t>(text.size()) - 3; at > 0; at -= 3) {
+    text.insert(static_cast<std::size_t>(at), ",");
+  }
+  return text;
+}
+
+std::string Bytes(std::uint64_t bytes) {
+  constexpr std::array kUnits = {"KB", "MB", "GB", "TB"};
+  double value = static_cast<double>(bytes) / 1024;
+  std::size_t unit = 0;
+  for (; value >= 1000 && unit + 1 < kUnits.size(); ++unit) value /= 1024;
+  return Short(value, value < 10 && unit > 0 ? "%.1f " : "%.0f ") + kUnits[unit];
+}
+
+// Down, so that 100 means the end.
+int Percent(const RunNews& news) {
+  return static_cast<int>(*news.percent);
+}
+
+// What the figures of a run say.
+void AddNews(const RunNews& news, const TextTable& texts, std::vector<std::string>& lines) {
+  if (news.time && news.endTime && news.percent) {
+    lines.push_back(texts.Format("run_time_of", Short(*news.time), Short(*news.endTime),
+                                 std::to_string(Percent(news)) + "%"));
+  } else if (news.time) {
+    lines.push_back(texts.Format("run_time", Short(*news.time)));
+  }
+  if (news.cycle) lines.push_back(texts.Format("run_cycle", Grouped(*news.cycle)));
+  if (news.implicitStep > 0) {
+    lines.push_back(texts.Format("run_implicit", std::to_string(news.implicitStep),
+                                 std::to_string(news.iterations)));
+  }
+  if (news.timeStep && *news.timeStep > 0) {
+    const std::string step = Short(*news.timeStep, "%.3g");
+    lines.push_back(news.controlledBy.empty()
+                        ? texts.Format("run_step", step)
+                        : texts.Format("run_step_by", step, ToUi(news.controlledBy)));
+  }
+}
+
+void AddUse(const RunState& state, const TextTable& texts, std::vector<std::string>& lines) {
+  std::string line;
+  const auto add = [&line](const std::string& words) {
+    line += (line.empty() ? "" : kDot) + words;
+  };
+  if (state.run.cpus > 0) add(texts.Format("run_cpus", std::to_string(state.run.cpus)));
+  if (state.use.processors) {
+    add(texts.Format("run_processor", Short(100 * *state.use.processors, "%.0f") + "%"));
+  }
+  if (state.use.memory) add(texts.Format("run_memory", Bytes(*state.use.memory)));
+  if (!line.empty()) lines.push_back(line);
+  if (state.use.results > 0) {
+    lines.push_back(texts.Format("run_results", Bytes(state.use.results)));
+  }
+}
+
+void AddTimes(const JobFile& job, const RunState* running, const TextTable& texts,
+              std::vector<std::string>& lines) {
+  if (job.started == 0) return;
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  const std::int64_t end = HasEnded(job.status) ? job.ended : now;
+  const auto elapsed = static_cast<double>(std::max<std::int64_t>(end - job.started, 0));
+  lines.push_back(texts.Format(HasEnded(job.status) ? "run_started_took" : "run_started",
+                               MomentWords(job.started, now, texts),
+                               DurationWords(elapsed, texts)));
+  if (running == nullptr || !running->news.secondsLeft) return;
+  const double left = *running->news.secondsLeft;
+  lines.push_back(texts.Format("run_ends", EndWords(left, texts),
+                               DurationWords(left, texts, running->news.spread)));
+}
+
+std::string StoppedWords(int stoppedAt, const TextTable& texts) {
+  return texts.Say(StoppedMessage(stoppedAt));
+}
+
+}  // namespace
+
+std::string DurationWords(double seconds, const TextTable& texts, double spread) {
+  constexpr std::array kSteps = {5.0,         10.0,         30.0,         kMinute, 2 * kMinute,
+                                 5 * kMinute, 10 * kMinute, 30 * kMinute, kHour,   2 * kHour,
+                                 6 * kHour,   12 * kHour,   kDay};
+  const double least = seconds < 2 * kMinute ? 1 : seconds < kDay ? kMinute : kHour;
+  double step = least;
+  for (const double one : kSteps) {
+    if (one > least && one <= seconds * (spread - 1)) step = one;
+  }
+  const double rounded = std::max(std::round(seconds / step), 1.0) * step;
+  const auto part = [&](const char* key, double unit, double within) {
+    const double value = std::floor(std::fmod(rounded, within) / unit);
+    return value > 0 ? texts.Format(key, Short(value, "%.0f")) : std::string();
+  };
+  std::string words;
+  std::string rest;
+  if (rounded >= kDay) {
+    words = part("run_d", kDay, 1e9);
+    rest = part("run_h", kHour, kDay);
+  } else if (rounded >= kHour) {
+    words = part("run_h", kHour, kDay);
+    rest = part("run_min", kMinute, kHour);
+  } else if (rounded >= kMinute) {
+    words = part("run_min", kMinute, kHour);
+    rest = part("run_s", 1, kMinute);
+  } else {
+    words = texts.Format("run_s", Short(seconds < 1 ? 0 : rounded, "%.0f"));
+  }
+  if (!rest.empty()) words += " " + rest;
+  return step > least ? texts.Format("run_about", words) : words;
+}
+
+std::string MomentWords(std::int64_t moment, std::int64_t now, const TextTable& texts) {
+  std::tm then{};
+  std::tm today{};
+  if (!DateTimeWrapper::LocalTime(moment, &then) || !DateTimeWrapper::LocalTime(now, &today)) {
+    return {};
+  }
+  std::string clock;
+  DateTimeWrapperStr::FormatString("%H:%M", &then, clock);
+  if (then.tm_year == today.tm_year && then.tm_yday == today.tm_yday) return clock;
+  const double apart = std::abs(static_cast<double>(moment - now));
+  if (apart < 6 * kDay) {
+    const std::string day = "run_day" + std::to_string(then.tm_wday);
+    return texts.Get(day) + " " + clock;
+  }
+  std::string date;
+  DateTimeWrapperStr::DateString(&then, date);
+  return date + " " + clock;
+}
+
+std::string EndWords(double secondsLeft, const TextTable& texts) {
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  return MomentWords(now + static_cast<std::int64_t>(secondsLeft), now, texts);
+}
+
+StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state,
+                        const TextTable& texts) {
+  StatusShown shown;
+  shown.status = job.status;
+  const std::string word = texts.Say(JobStatusWord(job.status));
+  if (job.status == JobStatus::kFinished && job.StoppedAt() != kNotStopped) {
+    shown.marked = true;
+    const std::string full = word + kDot + StoppedWords(job.StoppedAt(), texts);
+    const bool known = job.StoppedAt() >= 0;
+    const std::string at = known ? std::to_string(job.StoppedAt()) + "%" : "";
+    shown.words = {full};
+    if (known) shown.words.push_back(word + kDot + texts.Format("run_stopped_at", at));
+    if (known) shown.words.push_back(word + " " + at);
+    shown.words.push_back(word);
+    return shown;
+  }
+  shown.words = {word};
+  if (job.status != JobStatus::kRunning || !state || !state->running) return shown;
+  const RunNews& news = state->news;
+  std::string text = word;
+  if (state->run.stage >= 0 && !job.stages.empty()) {
+    text += " " + std::to_string(state->run.stage + 1) + "/" + std::to_string(job.stages.size());
+    if (news.percent) text += ",";
+  }
+  if (news.percent) {
+    shown.share = *news.percent / 100;
+    text += " " + std::to_string(Percent(news)) + "%";
+  }
+  shown.words = {text, word};
+  const std::string health = HealthWord(*state, texts);
+  if (!health.empty()) {
+    shown.marked = true;
+    shown.words.insert(shown.words.begin(), text + kDot + health);
+  }
+  if (news.percent && news.secondsLeft) {
+    const std::string left = DurationWords(*news.secondsLeft, texts, news.spread);
+    const std::string rest = health.empty() ? "" : kDot + health;
+    shown.words.insert(shown.words.begin(), text + kDot + left + rest);
+  }
+  return shown;
+}
+
+std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
+                   const TextTable& texts) {
+  std::vector<std::string> lines;
+  const bool running = job.status == JobStatus::kRunning && state && state->running;
+  if (running) {
+    for (const HealthFinding& finding : state->health) {
+      lines.push_back("! " + texts.Say(finding.message));
+    }
+    if (state->run.stage >= 0 && !job.stages.empty()) {
+      lines.push_back(texts.Format("run_stage", std::to_string(state->run.stage + 1),
+                                   std::to_string(job.stages.size())));
+    }
+    AddNews(state->news, texts, lines);
+  }
+  if (job.status == JobStatus::kFinished && job.StoppedAt() != kNotStopped) {
+    lines.push_back("! " + StoppedWords(job.StoppedAt(), texts));
+  }
+  if (job.status == JobStatus::kRunning || HasEnded(job.status)) {
+    AddTimes(job, running ? &*state : nullptr, texts, lines);
+  }
+  if (running) AddUse(*state, texts, lines);
+  std::string tip;
+  for (const std::string& line : lines) tip += (tip.empty() ? "" : "\n") + line;
+  return tip;
+}

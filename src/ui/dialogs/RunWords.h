@@ -1,0 +1,38 @@
+// What is said of a run that goes on or has ended. Interface thread.
+#ifndef KR_UI_DIALOGS_RUNWORDS_H
+#define KR_UI_DIALOGS_RUNWORDS_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "jobs/JobFile.h"
+#include "progress/RunWatcher.h"
+#include "ui/dialogs/StatusCell.h"
+#include "ui/text/TextTable.h"
+
+// How the last run of a job stands, where that is known; see RunWatch::StateOf.
+using RunStateOf = std::function<std::optional<RunState>(JobId job)>;
+
+// All texts here are UTF-8.
+
+// The status of a job or of a stage. `state`: of the job whose run it is; only that of a run that
+// goes on counts.
+StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state,
+                        const TextTable& texts);
+
+// Lines that tell more; empty for a job that has not run.
+std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
+                   const TextTable& texts);
+
+// "1 h 12 min". With a spread (see TimeLeft::Estimate) it is rounded as it deserves, and "about 1
+// h" when that shows.
+std::string DurationWords(double seconds, const TextTable& texts, double spread = 1);
+
+// "06:40", "Sun 06:40" on another day, with the date beyond a week. Seconds since 1970; `now` too.
+std::string MomentWords(std::int64_t moment, std::int64_t now, const TextTable& texts);
+// The moment so many seconds from now.
+std::string EndWords(double secondsLeft, const TextTable& texts);
+
+#endif
