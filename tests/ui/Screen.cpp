@@ -326,7 +326,7 @@ void PressCell(Flx_Table& table, int row, const std::string& title, int button, 
 }
 
 void PressEndOfCell(Flx_Table& table, int row, const std::string& title) {
-  const Place place = PlaceOf(table, row, title, 0.9);
+  const Place place = PlaceOf(table, row, title, 0.95);
   ClickAt(*table.window(), place.x, place.y);
 }
 
