@@ -91,9 +91,12 @@ std::uint64_t CardMemory(std::string_view rest) {
   const std::string upper = Upper(text);
   const std::size_t number = MemoryOption(upper);
   if (number == std::string::npos) return 0;
-  const std::size_t unit = upper.find_first_not_of("0123456789", number);
-  return ToMegabytes(std::string_view(upper).substr(number),
-                     unit != std::string::npos && upper[unit] == 'M');
+  const std::string_view value = std::string_view(upper).substr(number);
+  const std::size_t end = std::min(value.find_first_not_of("0123456789"), value.size());
+  const std::string_view unit = value.substr(end, value.find_first_of(" \t,", end) - end);
+  const std::string_view next = Trimmed(value.substr(end));  // "800 MB", but not "800 MEMORY2=50M"
+  const std::string_view word = next.substr(0, next.find_first_of(" \t,"));
+  return ToMegabytes(value, unit.starts_with('M') || word == "M" || word == "MB");
 }
 
 class DeckScanner {

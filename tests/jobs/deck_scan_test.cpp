@@ -20,6 +20,8 @@ TEST_F(DeckTest, ReadsTheMemoryOnTheKeywordCard) {
       {"*KEYWORD 800 MB", 800},
       {"*KEYWORD 200000000 MEMORY2=50000000", 762},
       {"*KEYWORD MEMORY2=50M MEMORY=800M", 800},
+      {"*KEYWORD MEMORY = 800 MB NCPU=4", 800},
+      {"*KEYWORD MEMORY=200000000 MEMORY2=50M", 762},
       {"\xEF\xBB\xBF*KEYWORD 7M", 7},
       {"*KEYWORD_JOBID   1048576", 4},
       {"*KEYWORD memory = 200000000 ncpu=4", 762},
