@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/JobTimeLeft.h"
 #include "core/SmallTextFile.h"
 #include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Tip.h"
@@ -100,22 +101,12 @@ void Flx_AppWnd::ShowTabs() {
   tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
 }
 
-// "Group1 ends about Sun 06:40"; empty when that cannot be told, as with jobs queued behind the one
-// that runs or stages that it has still to come to.
+// "Group1 ends about Sun 06:40"; empty when that cannot be told, as with a deck that has not run yet.
 std::string Flx_AppWnd::EndOf(const JobGroup& group) const {
-  double left = -1;
-  bool isKnown = group.Running();
-  group.ReadJobs([&](const JobFile& job) {
-    if (HasEnded(job.status)) return;
-    const std::optional<RunState> state = application_.Manager().Watch().StateOf(job.id);
-    const bool isLast = job.stages.empty() ||
-                        (state && state->run.stage + 1 == static_cast<int>(job.stages.size()));
-    isKnown = isKnown && left < 0 && isLast && job.status == JobStatus::kRunning && state &&
-              state->running && state->news.secondsLeft;
-    if (isKnown) left = *state->news.secondsLeft;
-  });
-  if (!isKnown || left < 0) return {};
-  return texts_.Format("run_group_ends", ToUi(group.Name()), EndWords(left, texts_));
+  const auto past = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
+  const std::optional<double> left = GroupTimeLeft(group, application_.Manager().Watch(), past);
+  if (!left) return {};
+  return texts_.Format("run_group_ends", ToUi(group.Name()), EndWords(*left, texts_));
 }
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
