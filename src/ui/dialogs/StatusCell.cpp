@@ -50,6 +50,12 @@ std::string Narrow(std::string_view line) {
 
 }  // namespace
 
+Fl_Color StatusColor(JobStatus status) {
+  StatusShown shown;
+  shown.status = status;
+  return LookOf(shown).color;
+}
+
 void DrawStatus(const CellArea& cell, const StatusShown& shown) {
   const Look look = LookOf(shown);
   const auto fits = [&](const std::string& words) {

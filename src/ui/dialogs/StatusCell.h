@@ -2,6 +2,8 @@
 #ifndef KR_UI_DIALOGS_STATUSCELL_H
 #define KR_UI_DIALOGS_STATUSCELL_H
 
+#include <FL/Enumerations.H>
+
 #include <string>
 #include <vector>
 
@@ -15,6 +17,8 @@ struct StatusShown {
   double share = -1;                      // of a bar, 0 to 1; below 0: none
   bool marked = false;                    // something is wrong with it
 };
+
+Fl_Color StatusColor(JobStatus status);
 
 // Its icon, the longest of its words that has room, in its colour, and below them the bar.
 // Interface thread, while a table draws.

@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <iterator>
-#include <sstream>
 #include <utility>
 
+#include "ui/dialogs/RunWords.h"
+#include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/ChartScale.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -28,28 +29,6 @@ void Add(std::string& line, const std::string& text) {
 std::int64_t Whole(double seconds) {
   constexpr double kMost = 1e12;
   return static_cast<std::int64_t>(std::clamp(seconds, 0.0, kMost));
-}
-
-std::string ShownDuration(std::int64_t seconds, const TextTable& texts) {
-  const std::int64_t minutes = seconds / 60;
-  if (minutes == 0) return texts.Format("ui_time_seconds", std::to_string(seconds));
-  if (minutes < 60) return texts.Format("ui_time_minutes", std::to_string(minutes));
-  return texts.Format("ui_time_hours", std::to_string(minutes / 60), std::to_string(minutes % 60));
-}
-
-// "Sun 06:40", the date where that is more than six days away.
-std::string ShownEnd(std::int64_t seconds, const TextTable& texts) {
-  constexpr std::int64_t kDays = 6 * 24 * 3600;
-  std::tm time{};
-  std::string text;
-  if (!DateTimeWrapper::LocalTime(seconds, &time)) return text;
-  DateTimeWrapperStr::DateTimeString(&time, text);
-  text = text.substr(0, text.rfind(':'));
-  if (seconds - DateTimeWrapper::CurrentTime() > kDays) return text;
-  std::istringstream days(texts.Get("ui_weekdays"));
-  std::string day;
-  for (int i = 0; i <= time.tm_wday; ++i) days >> day;
-  return day + text.substr(text.find(' '));
 }
 
 std::string Percent(double percent) {
@@ -77,8 +56,7 @@ std::string Left(const RunPicture& picture, const TextTable& texts) {
     text = texts.Format("mon_left_between", duration(left / news.spread),
                         duration(left * news.spread));
   }
-  Add(text,
-      texts.Format("mon_ends", ShownEnd(DateTimeWrapper::CurrentTime() + Whole(left), texts)));
+  Add(text, texts.Format("mon_ends", EndWords(static_cast<double>(Whole(left)), texts)));
   return text;
 }
 
@@ -110,24 +88,8 @@ void TellByFiles(const RunPicture& picture, const TextTable& texts, HeadingTexts
 
 void TellByQueue(const MonitoredRun::State& run, const TextTable& texts, HeadingTexts& heading) {
   heading.title = texts.Say(JobStatusWord(run.status));
-  switch (run.status) {
-    case JobStatus::kRunning:
-      heading.color = Theme::kRunning;
-      break;
-    case JobStatus::kFinished:
-      heading.color = Theme::kFinished;
-      break;
-    case JobStatus::kAborted:
-      heading.color = Theme::kAborted;
-      break;
-    case JobStatus::kWaiting:
-      heading.color = Theme::kWaiting;
-      break;
-    default:
-      heading.color = Theme::kQueued;
-      Add(heading.details, texts.Get("mon_none_queued"));
-      break;
-  }
+  heading.color = StatusColor(run.status);
+  if (run.status == JobStatus::kQueued) Add(heading.details, texts.Get("mon_none_queued"));
 }
 
 std::string Details(const RunPicture& picture, const TextTable& texts) {
