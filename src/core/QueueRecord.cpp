@@ -181,11 +181,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
     // It had ended, which nobody wrote down.
     job->status = image.run->verdict;
     job->ended = image.run->ended;
-    job->SetMessageFile(image.run->messageFile);
-    job->SetRestartDump(image.run->restartDump);
-    job->SetStoppedAt(image.run->stoppedAt);
-    job->SetRunError(image.run->errorCode, image.run->reason);
-    job->SetLastWords(image.run->lastWords);
+    job->SetResult(*image.run);
   }
   return job;
 }

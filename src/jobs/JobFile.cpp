@@ -36,51 +36,61 @@ std::string JobFile::Folder() const {
   return FolderOf(MainFile());
 }
 
+RunResult JobFile::Result() const {
+  const MutexLock lock(mutex_);
+  return result_;
+}
+
+void JobFile::SetResult(const RunResult& result) {
+  const MutexLock lock(mutex_);
+  result_ = result;
+}
+
 std::string JobFile::MessageFile() const {
   const MutexLock lock(mutex_);
-  return messageFile_;
+  return result_.messageFile;
 }
 
 void JobFile::SetMessageFile(const std::string& path) {
   const MutexLock lock(mutex_);
-  messageFile_ = path;
+  result_.messageFile = path;
 }
 
 int JobFile::RunErrorCode() const {
   const MutexLock lock(mutex_);
-  return runErrorCode_;
+  return result_.errorCode;
 }
 
 Message JobFile::RunMessage() const {
   const MutexLock lock(mutex_);
-  return runMessage_;
+  return result_.reason;
 }
 
 void JobFile::SetRunError(int code, const Message& message) {
   const MutexLock lock(mutex_);
-  runErrorCode_ = code;
-  runMessage_ = message;
-  lastWords_ = {};
+  result_.errorCode = code;
+  result_.reason = message;
+  result_.lastWords = {};
 }
 
 Message JobFile::LastWords() const {
   const MutexLock lock(mutex_);
-  return lastWords_;
+  return result_.lastWords;
 }
 
 void JobFile::SetLastWords(const Message& words) {
   const MutexLock lock(mutex_);
-  lastWords_ = words;
+  result_.lastWords = words;
 }
 
 std::string JobFile::RestartDump() const {
   const MutexLock lock(mutex_);
-  return restartDump_;
+  return result_.restartDump;
 }
 
 void JobFile::SetRestartDump(const std::string& path) {
   const MutexLock lock(mutex_);
-  restartDump_ = path;
+  result_.restartDump = path;
 }
 
 Message StoppedMessage(int stoppedAt) {
@@ -91,22 +101,19 @@ Message StoppedMessage(int stoppedAt) {
 
 int JobFile::StoppedAt() const {
   const MutexLock lock(mutex_);
-  return stoppedAt_;
+  return result_.stoppedAt;
 }
 
 void JobFile::SetStoppedAt(int percent) {
   const MutexLock lock(mutex_);
-  stoppedAt_ = percent;
+  result_.stoppedAt = percent;
 }
 
 void JobFile::ResetForRun() {
   status = JobStatus::kQueued;
   started = ended = 0;
   abort = false;
-  SetMessageFile({});
-  SetRestartDump({});
-  SetRunError(0, {});
-  SetStoppedAt(kNotStopped);
+  SetResult({});
   const std::size_t first = firstStage > 0 ? static_cast<std::size_t>(firstStage) : 0;
   for (std::size_t i = 0; i < stages.size(); ++i) {
     stages[i]->abort = false;

@@ -43,6 +43,22 @@ enum RunStop : int {
 // In words; empty for kNotStopped.
 Message StoppedMessage(int stoppedAt);
 
+// What a run has left beside its status. May say something of one that is Finished too.
+struct RunResult {
+  std::string messageFile;  // where it is kept; empty: none
+  // 0 or the driver's code (2 not normally terminated, 3 no message file, 4 job or restart file
+  // missing, 5 solver missing, 6 process not created), and the reason in words.
+  int errorCode = 0;
+  Message reason;
+  std::string restartDump;  // to go on from (solvers/RestartDump.h); empty: none
+  // What there is to say beside the reason, in lines: how the solver ended and what it printed
+  // last (solvers/LastWords.h).
+  Message lastWords;
+  int stoppedAt = kNotStopped;  // a RunStop; of a job with stages, the first one's that stopped
+
+  bool operator==(const RunResult&) const = default;
+};
+
 // What a driver needs to know beyond the job, made for one run.
 struct JobRunContext {
   Settings settings;      // a copy made when the run began
@@ -137,28 +153,20 @@ class JobFile : public JobFields {
   // file. A root keeps its separator.
   std::string Folder() const;
 
-  // Written by the driver while the job runs, read by the interface: any thread.
+  // Of the last run. Written by the driver while the job runs, read by the interface: any thread.
+  RunResult Result() const;
+  void SetResult(const RunResult& result);
+
+  // The same one by one.
   std::string MessageFile() const;
   void SetMessageFile(const std::string& path);
-
-  // How the last run ended: 0 or the driver's code (2 not normally terminated, 3 no message file,
-  // 4 job or restart file missing, 5 solver missing, 6 process not created), and the reason in
-  // words. Any thread.
   int RunErrorCode() const;
   Message RunMessage() const;
-  void SetRunError(int code, const Message& message);
-
-  // The restart dump that the last run left to go on from (solvers/RestartDump.h); empty: none. Any
-  // thread.
+  void SetRunError(int code, const Message& message);  // takes the last words back
   std::string RestartDump() const;
   void SetRestartDump(const std::string& path);
-
-  // What there is to say beside that reason, in lines: how the solver ended and what it printed
-  // last (solvers/LastWords.h). SetRunError takes it back. Any thread.
   Message LastWords() const;
   void SetLastWords(const Message& words);
-
-  // The last run's, a RunStop; of a job with stages, the first one's that stopped. Any thread.
   int StoppedAt() const;
   void SetStoppedAt(int percent);
 
@@ -168,12 +176,7 @@ class JobFile : public JobFields {
 
  private:
   mutable Mutex mutex_;
-  std::string messageFile_ KR_GUARDED_BY(mutex_);
-  std::string restartDump_ KR_GUARDED_BY(mutex_);
-  int runErrorCode_ KR_GUARDED_BY(mutex_) = 0;
-  Message runMessage_ KR_GUARDED_BY(mutex_);
-  Message lastWords_ KR_GUARDED_BY(mutex_);
-  int stoppedAt_ KR_GUARDED_BY(mutex_) = kNotStopped;
+  RunResult result_ KR_GUARDED_BY(mutex_);
 };
 
 // An LS-DYNA keyword deck, for LS-DYNA or the utility batch program.

@@ -15,6 +15,7 @@
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
 #include "util/files/IOWrapper.h"
+#include "util/files/WrittenFiles.h"
 #include "util/signals/Mutex.h"
 #include "util/text/DateTimeWrapper.h"
 
@@ -62,21 +63,6 @@ std::vector<std::string> LastLines(const std::string& path) {
   }
   std::reverse(lines.begin(), lines.end());
   return lines;
-}
-
-// The files of the folder that were written since then, each with its time in seconds since 1970.
-std::vector<DiskUse::File> FilesSince(const std::string& folder, std::int64_t since) {
-  std::vector<std::string> files, folders;
-  FileDirWrapper::ListDir(folder, files, folders, false);
-  std::vector<DiskUse::File> found;
-  for (const std::string& file : files) {
-    std::int64_t created, accessed, modified, size;
-    if (!IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size)) continue;
-    if (modified >= since && size > 0) {
-      found.push_back({modified, static_cast<std::uint64_t>(size)});
-    }
-  }
-  return found;
 }
 
 bool IsSameRun(const RunToRead& one, const RunToRead& other) {
@@ -221,11 +207,12 @@ class Reading {
     if (points.empty()) return false;
     const std::int64_t shift = LocalShift();
     const std::int64_t start = points.front().clock;
-    std::vector<DiskUse::File> files = FilesSince(run_.folder, start - shift - kClockSlack);
+    std::vector<DiskUse::File> files;
     bytes_ = 0;
-    for (DiskUse::File& file : files) {
-      bytes_ += file.bytes;
-      file.written = std::max(file.written + shift, start);
+    for (const WrittenFile& file : FilesWrittenSince(run_.folder, start - shift - kClockSlack)) {
+      if (file.size == 0) continue;
+      bytes_ += file.size;
+      files.push_back({std::max(file.written + shift, start), file.size});
     }
     if (disk_.Empty()) {
       // The files of a run that was copied have other times than the run: nothing is known then.

@@ -4,18 +4,11 @@ void JobImage::Set(const JobProgress& progress) {
   fields.status = progress.status;
   fields.started = progress.started;
   fields.ended = progress.ended;
-  messageFile = progress.messageFile;
-  errorCode = progress.errorCode;
-  reason = progress.reason;
-  restartDump = progress.restartDump;
-  lastWords = progress.lastWords;
-  stoppedAt = progress.stoppedAt;
+  static_cast<RunResult&>(*this) = progress;
 }
 
 JobProgress ProgressOf(const JobFile& job) {
-  return {job.status,        job.started,        job.ended,
-          job.MessageFile(), job.RunErrorCode(), job.RunMessage(),
-          job.RestartDump(), job.LastWords(),    job.StoppedAt()};
+  return {job.Result(), job.status, job.started, job.ended};
 }
 
 JobImage ImageOf(const JobFile& job) {
@@ -24,12 +17,7 @@ JobImage ImageOf(const JobFile& job) {
   image.kind = job.GetSolverType();
   image.fields = job;
   if (const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job)) image.dyna = *dyna;
-  image.messageFile = job.MessageFile();
-  image.errorCode = job.RunErrorCode();
-  image.reason = job.RunMessage();
-  image.restartDump = job.RestartDump();
-  image.lastWords = job.LastWords();
-  image.stoppedAt = job.StoppedAt();
+  static_cast<RunResult&>(image) = job.Result();
   for (const std::shared_ptr<JobFile>& stage : job.stages) image.stages.push_back(ImageOf(*stage));
   return image;
 }
@@ -39,11 +27,7 @@ void Fill(JobFile& job, const JobImage& image,
   static_cast<JobFields&>(job) = image.fields;
   auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
   if (dyna != nullptr && image.dyna) static_cast<DynaFields&>(*dyna) = *image.dyna;
-  job.SetMessageFile(image.messageFile);
-  job.SetRunError(image.errorCode, image.reason);
-  job.SetRestartDump(image.restartDump);
-  job.SetLastWords(image.lastWords);
-  job.SetStoppedAt(image.stoppedAt);
+  job.SetResult(image);
   for (const JobImage& one : image.stages) {
     const std::shared_ptr<JobFile> stage = make(one.kind);
     Fill(*stage, one, make);

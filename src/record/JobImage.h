@@ -11,31 +11,19 @@
 #include "runs/RunRecord.h"
 
 // How far a job has come.
-struct JobProgress {
+struct JobProgress : RunResult {
   JobStatus status = JobStatus::kQueued;
   std::int64_t started = 0;
   std::int64_t ended = 0;
-  std::string messageFile;
-  int errorCode = 0;
-  Message reason;
-  std::string restartDump;
-  Message lastWords;
-  int stoppedAt = kNotStopped;
 
   bool operator==(const JobProgress&) const = default;
 };
 
-struct JobImage {
+struct JobImage : RunResult {
   JobId id = JobId::kNone;  // of the session that had it
   SolverKind kind = SolverKind::kLsDynaSingle;
   JobFields fields;  // its status and times are the ones that count
   std::optional<DynaFields> dyna;
-  std::string messageFile;
-  int errorCode = 0;
-  Message reason;
-  std::string restartDump;
-  Message lastWords;
-  int stoppedAt = kNotStopped;
   std::optional<RunRecord> run;  // the one that is under way, or was when the program died
   std::vector<JobImage> stages;
 

@@ -150,9 +150,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          c.stage = static_cast<JobId>(stage);
          JobImage job;
          TakeProgress(json.items[3], job);
-         c.progress = {job.fields.status, job.fields.started, job.fields.ended,
-                       job.messageFile,   job.errorCode,      job.reason,
-                       job.restartDump,   job.lastWords,      job.stoppedAt};
+         c.progress = {job, job.fields.status, job.fields.started, job.fields.ended};
          return c;
        }},
       {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},

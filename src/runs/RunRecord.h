@@ -17,7 +17,7 @@
 // A plain value: who keeps records writes the fields as they are. Texts are byte strings in the
 // system's code page, but for those said to be ASCII. It holds no secret: the settings' access
 // token is masked in the command line and in the reason.
-struct RunRecord {
+struct RunRecord : RunResult {
   // Known before the process is started, but for the process.
   std::int64_t started = 0;  // seconds since 1970
   int stage = -1;            // index into JobFile::stages; -1: the job itself
@@ -43,16 +43,10 @@ struct RunRecord {
   std::string filesBefore;  // FolderSnapshot::Text() of what lay in the folder; ASCII
   std::optional<std::int64_t> dumpsBefore;  // JobFile::dumpsBefore
 
-  // Known at its end. A run that has not ended is Running.
+  // Known at its end, as its result. A run that has not ended is Running.
   std::int64_t ended = 0;       // seconds since 1970
   std::optional<int> exitCode;  // none: not known
   JobStatus verdict = JobStatus::kRunning;
-  int errorCode = 0;        // JobFile::RunErrorCode
-  Message reason;           // JobFile::RunMessage; may be said of a Finished run too
-  Message lastWords;        // JobFile::LastWords
-  std::string messageFile;  // where it is kept; empty: none
-  std::string restartDump;  // to go on from; empty: none
-  int stoppedAt = kNotStopped;
   // Of the message file and the results, where somebody has counted them.
   std::optional<std::int64_t> errors;
   std::optional<std::int64_t> warnings;

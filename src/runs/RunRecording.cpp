@@ -114,12 +114,7 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.ended = DateTimeWrapper::CurrentTime();
   record.exitCode = exitCode;
   record.verdict = verdict;
-  record.errorCode = stage.RunErrorCode();
-  record.reason = stage.RunMessage();
-  record.lastWords = stage.LastWords();
-  record.messageFile = stage.MessageFile();
-  record.restartDump = stage.RestartDump();
-  record.stoppedAt = stage.StoppedAt();
+  static_cast<RunResult&>(record) = stage.Result();
   if (dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
   CountMessages(record, stage);
   CountModel(record, stage);

@@ -126,14 +126,8 @@ class RandomQueue {
   }
 
   JobProgress Progress() {
-    return {static_cast<JobStatus>(Number(0, 4)),
-            Number(0, 2000000000),
-            0,
-            Text(),
-            static_cast<int>(Number(0, 6)),
-            Reason(),
-            Text(),
-            Reason()};
+    RunResult result{Text(), static_cast<int>(Number(0, 6)), Reason(), Text(), Reason()};
+    return {std::move(result), static_cast<JobStatus>(Number(0, 4)), Number(0, 2000000000), 0};
   }
 
   void Set(JobImage& job) {

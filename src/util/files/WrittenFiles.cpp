@@ -12,8 +12,8 @@ std::vector<WrittenFile> FilesWrittenSince(const std::string& folder, std::int64
     std::string path = FileDirWrapper::Join(folder, entry.name);
     file_system::FileState state;
     if (!file_system::StateOf(path, state)) continue;
-    if (file_system::SecondsOf(state.written) < since) continue;
-    found.push_back({std::move(path), state.size});
+    const std::int64_t written = file_system::SecondsOf(state.written);
+    if (written >= since) found.push_back({std::move(path), state.size, written});
   }
   return found;
 }

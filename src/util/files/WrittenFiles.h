@@ -9,7 +9,8 @@
 
 struct WrittenFile {
   std::string path;
-  std::uint64_t size = 0;  // bytes
+  std::uint64_t size = 0;    // bytes
+  std::int64_t written = 0;  // seconds since 1970
 };
 
 // The files directly in the folder that were written in that second (since 1970) or later. Looks at
