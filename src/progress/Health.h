@@ -28,8 +28,8 @@ struct HealthFinding {
 };
 
 // Looks at one run again and again. The limits are the health_... fields of the settings; one that
-// is 0 switches its check off. A finding stays, but for the silence, which ends with the next news, and the disk.
-// One thread at a time.
+// is 0 switches its check off. A finding stays, but for the silence, which ends with the next
+// news, and the disk. One thread at a time.
 class Health {
  public:
   explicit Health(const Settings& limits) : limits_(limits) {}

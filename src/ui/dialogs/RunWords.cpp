@@ -14,24 +14,13 @@ namespace {
 constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
 const std::string kDot = " \xC2\xB7 ";
 
+// In the order of HealthCheck.
+constexpr std::array kHealthKeys = {"run_silent", "run_step_low",   "run_energy", "run_hourglass",
+                                    "run_mass",   "run_not_finite", "run_disk"};
+static_assert(kHealthKeys.size() == static_cast<std::size_t>(HealthCheck::kDisk) + 1);
+
 const char* KeyOf(HealthCheck check) {
-  switch (check) {
-    case HealthCheck::kSilence:
-      return "run_silent";
-    case HealthCheck::kTimeStep:
-      return "run_step_low";
-    case HealthCheck::kEnergyRatio:
-      return "run_energy";
-    case HealthCheck::kHourglass:
-      return "run_hourglass";
-    case HealthCheck::kAddedMass:
-      return "run_mass";
-    case HealthCheck::kNotFinite:
-      return "run_not_finite";
-    case HealthCheck::kDisk:
-      return "run_disk";
-  }
-  return "";
+  return kHealthKeys[static_cast<std::size_t>(check)];
 }
 
 // Of what was found the newest says the most.
