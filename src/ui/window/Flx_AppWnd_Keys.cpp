@@ -132,13 +132,11 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob() != JobId::kNone) {
-    PopUp({Action::kMonitor,    Action::kViewMessage,  Action::kViewSummary, Action::kRunPost,
-           Action::kStages,     Action::kJobHistory,   Action::kHistory,     kSeparator,
-           Action::kSubmit,     Action::kResubmit,     Action::kGoOn,        Action::kStop,
-           kSeparator,          Action::kMoveUp,       Action::kMoveDown,    kSeparator,
-           Action::kDeleteJob,  Action::kDeleteAll,    kSeparator,           Action::kAddDyna,
-           Action::kAddRestart, Action::kAddVorel,     Action::kAddInc,      Action::kAddFolder,
-           kSeparator,          Action::kOpenRunFolder},
+    PopUp({Action::kMonitor,   Action::kViewMessage, Action::kViewSummary, Action::kRunPost,
+           Action::kStages,    Action::kJobHistory,  Action::kHistory,     kSeparator,
+           Action::kSubmit,    Action::kResubmit,    Action::kGoOn,        Action::kStop,
+           kSeparator,         Action::kMoveUp,      Action::kMoveDown,    kSeparator,
+           Action::kDeleteJob, Action::kDeleteAll,   kSeparator,           Action::kOpenRunFolder},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
