@@ -77,6 +77,15 @@ bool IsKept(const std::string& file) {
   return EndsInAnyCase(file, kKeptEnding);
 }
 
+// "messag" or "mes0001", alone or behind a prefix that ends in a dot: not the "frames001.png" that
+// another program has put there.
+bool IsNamedAsOne(const std::string& file) {
+  const std::string name = NameOf(file);
+  const std::string kind = name.substr(name.rfind('.') + 1);
+  return kind == "messag" ||
+         (kind.starts_with("mes0") && kind.find_first_not_of("0123456789", 3) == std::string::npos);
+}
+
 // What stands in front of the kind of file: "CASE1." of "CASE1.messag".
 std::string CaseOf(const std::string& file) {
   const std::string name = NameOf(file);
@@ -105,13 +114,17 @@ std::vector<std::string> AllMessageFiles(const JobFile& job) {
 }
 
 std::vector<std::string> CaseMessageFiles(const JobFile& job) {
-  std::vector<std::string> files;
-  std::set<std::string> cases;
-  for (const std::string& file : AllMessageFiles(job)) {
-    if (job.folderBefore.HoldsUnchanged(file) || !cases.insert(CaseOf(file)).second) continue;
-    files.push_back(file);
+  std::vector<std::string> written = AllMessageFiles(job);
+  std::erase_if(written,
+                [&](const std::string& file) { return job.folderBefore.HoldsUnchanged(file); });
+  // Where one has the name of a message file, what only holds the word is something else.
+  if (std::any_of(written.begin(), written.end(), IsNamedAsOne)) {
+    std::erase_if(written, [](const std::string& file) { return !IsNamedAsOne(file); });
   }
-  return files;
+  std::set<std::string> cases;
+  std::erase_if(written,
+                [&](const std::string& file) { return !cases.insert(CaseOf(file)).second; });
+  return written;
 }
 
 std::string FindMessageFile(const JobFile& job, const std::string& name) {

@@ -121,7 +121,7 @@ TEST_F(SolverTest, FindsTheMessageFile) {
   folder_.Write("mes0002", "");
   folder_.Write("mes0001", "");
   EXPECT_EQ(CaseMessageFiles(*job), Lines{folder_ / "mes0001"});
-  for (const char* name : {"CASE10.messag", "CASE2.mes0000", "CASE2.mes0001"}) {
+  for (const char* name : {"CASE10.messag", "CASE2.mes0000", "CASE2.mes0001", "frames001.png"}) {
     folder_.Write(name, "");
   }
   EXPECT_EQ(CaseMessageFiles(*job),
