@@ -76,6 +76,8 @@ class Application {
 
   // What the queue remembers: runs before, the files that tell of them.
   const QueueRecord& Record() const { return *record_; }
+  // Jobs run that the end of the program stops; false: it does not end after all.
+  void EndStopsJobs(bool stops) { record_->EndStopsJobs(stops); }
 
   // One tick of the poll timer: looks at the hand-over file. False when ticking is to end.
   bool Tick();

@@ -105,10 +105,17 @@ void QueueRecord::RestoreWanted(JobGroupManager& manager, JobIntake& intake) {
 
 void QueueRecord::Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly) {
   if (left_.empty()) return;
+  bool isUntouched = !intake.Busy();
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    const auto group = manager.GroupAt(i);
+    isUntouched = isUntouched && group->JobCount() == 0 && !group->Running();
+  }
   std::vector<Resumed> resumed;
   writer_.Hold();  // a crash finds all of it restored, or nothing
   for (const SessionImage& session : left_) {
-    if (session.resume || !wantedOnly) RestoreSession(session, manager, intake, resumed);
+    if (!session.resume && wantedOnly) continue;
+    RestoreSession(session, manager, intake, isUntouched, resumed);
+    isUntouched = isUntouched && session.groups.empty();
   }
   writer_.Put(change::LeftTaken{wantedOnly});
   writer_.Release();
@@ -117,12 +124,8 @@ void QueueRecord::Restore(JobGroupManager& manager, JobIntake& intake, bool want
 }
 
 void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& manager,
-                                 JobIntake& intake, std::vector<Resumed>& resumed) {
-  bool isUntouched = true;
-  for (int i = 0; i < manager.GroupCount(); ++i) {
-    const auto group = manager.GroupAt(i);
-    isUntouched = isUntouched && group->JobCount() == 0 && !group->Running();
-  }
+                                 JobIntake& intake, bool isUntouched,
+                                 std::vector<Resumed>& resumed) {
   const int before = isUntouched && !session.groups.empty() ? manager.GroupCount() : 0;
   std::vector<std::shared_ptr<JobGroup>> groups;
   std::map<int, int> newGroups;  // what the ids of the session are now
@@ -148,7 +151,8 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
       groups[i]->AddJob(job);
       newJobs[id] = job->id;
       if (!GoesOn(*image)) continue;
-      RunRecorded(job->id, *image->run);
+      writer_.Put(change::Run{job->id, *image->run});
+      if (image->run->process.id != 0) writer_.PutRun(*image->run);
       resumed.push_back({groups[i], job->id, *image->run});
     }
   }
@@ -205,7 +209,7 @@ bool QueueRecord::HasTaken(const std::string& file) const {
 }
 
 void QueueRecord::End(bool resume) {
-  writer_.Put(change::SessionOver{resume});
+  writer_.Put(change::SessionOver{resume, endStopsJobs_});
   Flush();
 }
 

@@ -72,6 +72,8 @@ class QueueRecord : public QueueObserver {
   // What was taken over is on the disk, or no queue is kept.
   bool IsSafe() const { return writer_.IsSafe(takenOver_); }
 
+  // The end of the program stops jobs: they are offered as those that had not ended.
+  void EndStopsJobs(bool stops) { endStopsJobs_ = stops; }
   // The program ends as it should; `resume`: the next one restores without a question.
   void End(bool resume);
   // Waits until all is on the disk, at most a few seconds.
@@ -95,7 +97,7 @@ class QueueRecord : public QueueObserver {
   struct Resumed;
   void Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly);
   void RestoreSession(const SessionImage& session, JobGroupManager& manager, JobIntake& intake,
-                      std::vector<Resumed>& resumed);
+                      bool isUntouched, std::vector<Resumed>& resumed);
   std::shared_ptr<JobFile> Revived(JobImage image) const;
 
   SettingsAndPaths& settings_;
@@ -104,6 +106,7 @@ class QueueRecord : public QueueObserver {
   std::vector<SettingsAndPaths::GroupEntry> lostGroups_;
   int lostCurrent_ = 0;
   bool resume_ = false;
+  bool endStopsJobs_ = false;
   std::vector<std::string> handedOver_;  // before
   std::uint64_t takenOver_ = 0;          // the mark behind what was taken over last
 };

@@ -220,11 +220,17 @@ void RunWatcher::TakeLastLooks() {
 void RunWatcher::EndWatch(std::unique_ptr<Watch> watch) {
   watch->looks = 0;
   watch->progress.FollowKeptFile();
-  watch->Look();
+  TellHealth(*watch);
   watch->progress.TakeOpenLines();
   watch->nextResults = {};
   watch->SampleResults();
   Publish(*watch, false);
+}
+
+void RunWatcher::TellHealth(Watch& watch) {
+  for (const HealthFinding& finding : watch.Look()) {
+    hooks_.report(Message(MessageId::kHealthOfJob, watch.run.jobFile, finding.message));
+  }
 }
 
 void RunWatcher::SampleUse() {
@@ -261,9 +267,7 @@ void RunWatcher::LookAtAll() {
     const auto found = watches_.find(run.job);
     if (!running.contains(run.job) || found == watches_.end()) continue;
     const std::unique_ptr<Watch>& watch = found->second;
-    for (const HealthFinding& finding : watch->Look()) {
-      hooks_.report(Message(MessageId::kHealthOfJob, watch->run.jobFile, finding.message));
-    }
+    TellHealth(*watch);
     Publish(*watch, true);
   }
   for (auto watch = watches_.begin(); watch != watches_.end();) {

@@ -88,6 +88,7 @@ class RunWatcher {
   struct LastLook;
   void TakeLastLooks();
   void EndWatch(std::unique_ptr<Watch> watch);
+  void TellHealth(Watch& watch);  // looks, and reports what is newly wrong
   void SampleUse();
   void Work();
   void LookAtAll();

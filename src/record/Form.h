@@ -174,6 +174,7 @@ void ForEachField(Fields& request, Visit visit) {
   visit("input", request.inputFile);
   visit("restart", request.restartFile);
   visit("file", request.jobFile);
+  visit("options", request.extraOptions);
   visit("group", request.groupId);
   visit("stageOf", request.stageOf);
 }
@@ -209,7 +210,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("reason", run.reason);
   visit("words", run.lastWords);
   visit("message", run.messageFile);
-  visit("dump", run.restartDump);
+  visit("goOn", run.restartDump);
   visit("stopped", run.stoppedAt);
   visit("errors", run.errors);
   visit("warnings", run.warnings);

@@ -39,7 +39,7 @@ std::string Known(const std::optional<Number>& number) {
 
 std::string HistoryName(const RunRecord& run) {
   std::string name = std::to_string(run.started) + '/' + std::to_string(run.process.id) + '/' +
-                     run.process.mark + '/' + std::to_string(run.stage);
+                     run.process.mark + '/' + std::to_string(run.stage) + '/' + run.token;
   std::replace(name.begin(), name.end(), ' ', '_');
   return name;
 }

@@ -22,8 +22,8 @@ bool WasWatched(const RunRecord& run) {
 }  // namespace
 
 void PastRuns::Add(const RunRecord& run) {
-  const bool tells =
-      run.verdict == JobStatus::kFinished && run.ended >= run.started && WasWatched(run);
+  const bool tells = run.verdict == JobStatus::kFinished && run.stoppedAt == kNotStopped &&
+                     run.ended >= run.started && WasWatched(run);
   if (!tells) return;
   const PastRun past{run.started, run.ended - run.started, run.cpus};
   const MutexLock lock(mutex_);

@@ -89,7 +89,7 @@ struct ToJson {
   }
   Json operator()(const change::Run& c) const { return {"run", Of(c.job), Of(c.run)}; }
   Json operator()(const change::LeftTaken& c) const { return {"taken", c.resumed}; }
-  Json operator()(const change::SessionOver& c) const { return {"over", c.resume}; }
+  Json operator()(const change::SessionOver& c) const { return {"over", c.resume, c.stopped}; }
   Json operator()(const change::SessionBegins& c) const { return {"begin", c.last}; }
 };
 
@@ -160,7 +160,13 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          At(json, 1, c.resumed);
          return c;
        }},
-      {"over", ReadFields<change::SessionOver, &change::SessionOver::resume>},
+      {"over",
+       [](const Value& json) -> Result {
+         change::SessionOver c;
+         if (!At(json, 1, c.resume)) return {};
+         At(json, 2, c.stopped);
+         return c;
+       }},
       {"begin", ReadFields<change::SessionBegins, &change::SessionBegins::last>},
   };
   return readers;
@@ -254,6 +260,7 @@ class Applier {
   void operator()(const change::SessionOver& c) {
     now_.over = true;
     now_.resume = c.resume;
+    now_.stopped = c.stopped;
   }
   void operator()(const change::SessionBegins& c) {
     if (c.last != 0) now_.last = c.last;
@@ -296,7 +303,7 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
     changes.clear();
   }
   changes.push_back(change::CurrentGroup{session.current});
-  if (session.over) changes.push_back(change::SessionOver{session.resume});
+  if (session.over) changes.push_back(change::SessionOver{session.resume, session.stopped});
   records.push_back(RecordOf(changes, session.last));
 }
 
@@ -304,7 +311,7 @@ void AddSession(const SessionImage& session, std::vector<std::string>& records) 
 
 bool SessionImage::IsLeft() const {
   if (!requests.empty()) return true;
-  if (!over || resume) return !jobs.empty();
+  if (!over || resume || stopped) return !jobs.empty();
   return std::any_of(jobs.begin(), jobs.end(),
                      [](const auto& job) { return !HasEnded(job.second.fields.status); });
 }

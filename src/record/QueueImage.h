@@ -61,8 +61,11 @@ struct Run {  // one that has begun, or has ended
 struct LeftTaken {
   bool resumed = false;
 };
-struct SessionOver {  // the program has ended as it should; `resume`: restore it without asking
+// The program has ended as it should. `resume`: restore it without asking; `stopped`: jobs ran until
+// the end stopped them.
+struct SessionOver {
   bool resume = false;
+  bool stopped = false;
 };
 // The program starts: what the session before had is left behind, see SessionImage::IsLeft.
 struct SessionBegins {
@@ -91,6 +94,7 @@ struct SessionImage {
   std::int64_t last = 0;                 // when it was heard of last, seconds since 1970
   bool over = false;                     // it ended as it should
   bool resume = false;
+  bool stopped = false;
 
   // The next session has something to restore: jobs that had not ended; after a crash, any.
   bool IsLeft() const;

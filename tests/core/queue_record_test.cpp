@@ -218,6 +218,18 @@ TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
   EXPECT_EQ(Start()->record.Left().Jobs(), 0);
 }
 
+TEST_F(QueueRecordTest, AJobThatTheEndStoppedIsOffered) {
+  for (const bool stops : {false, true}) {
+    {
+      const auto first = Start();
+      first->Add("a.k", JobStatus::kAborted);
+      first->record.EndStopsJobs(stops);
+      first->record.End(false);
+    }
+    EXPECT_EQ(Start()->record.Left().Jobs(), stops ? 1 : 0);
+  }
+}
+
 TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsItsSessionBack) {
   {
     const auto first = Start();

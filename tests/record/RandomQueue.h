@@ -47,7 +47,7 @@ class RandomQueue {
         return change::Run{AnyJob(), Run()};
       case 10:
         if (Number(0, 9) == 0) return change::SessionBegins{Number(1, 1000000000)};
-        return change::SessionOver{Number(0, 1) == 1};
+        return change::SessionOver{Number(0, 1) == 1, Number(0, 1) == 1};
       case 11:
         if (Number(0, 9) == 0) return change::LeftTaken();
         [[fallthrough]];
@@ -154,7 +154,8 @@ class RandomQueue {
 // Everything that an image holds, in one order: equal texts, equal images.
 inline std::string TextOf(const SessionImage& session) {
   std::string text = std::to_string(session.current) + (session.over ? " over" : "") +
-                     (session.resume ? " resume" : "") + '\n';
+                     (session.resume ? " resume" : "") + (session.stopped ? " stopped" : "") +
+                     '\n';
   for (const GroupImage& group : session.groups) {
     QueueImage one;
     one.now.groups = {group};

@@ -170,7 +170,7 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   ASSERT_TRUE(Until([&] { return status(2) == JobStatus::kRunning; }));
   Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);
   AddJob("late");
-  said = Answer([&] { PressKey(FL_Enter, FL_CTRL); }, "OK");
+  said = Answer([&] { window_->Perform(Action::kSubmit); }, "OK");
   EXPECT_NE(said.find(missing), std::string::npos);
 }
 

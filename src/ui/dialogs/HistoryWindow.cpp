@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "record/History.h"
+#include "solvers/RestartDump.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
@@ -347,10 +348,11 @@ void HistoryWindow::RunAgain() {
   if (!group) return;
   if (!application_.SolverEnabled(run.solver))
     return Inform(texts_.Get("ui_disabled_files") + "\n" + ToUi(run.jobFile));
-  for (const std::string& path : {run.jobFile, run.restartFile}) {
-    if (!path.empty() && !FileDirWrapper::FileExists(path))
-      return Inform(texts_.Get("ui_past_gone") + "\n" + ToUi(path));
-  }
+  const auto gone = [&](const std::string& path) {
+    Inform(texts_.Get("ui_past_gone") + "\n" + ToUi(path));
+  };
+  if (!run.jobFile.empty() && !FileDirWrapper::FileExists(run.jobFile)) return gone(run.jobFile);
+  if (!run.restartFile.empty() && !RestartFileExists(run.restartFile)) return gone(run.restartFile);
   JobRequest request = RequestToRunAgain(run);
   request.groupId = group->Id();
   application_.Intake().Add(request);

@@ -506,7 +506,8 @@ void Flx_AppWnd::Exit() {
   };
   if (manager.IsAnyJobActive() && !AskToLose(FateOfQueued() + texts_.Get("msg_ask_exit"), groups()))
     return;
-  if (manager.IsAnyGroupRunning() && !StopAndWait({})) return;
+  application_.EndStopsJobs(manager.IsAnyJobActive());
+  if (manager.IsAnyGroupRunning() && !StopAndWait({})) return application_.EndStopsJobs(false);
   Leave();
 }
 
@@ -517,7 +518,10 @@ void Flx_AppWnd::Leave() {
   settings_->Commit();
   application_.running = false;
   application_.Intake().Close();
-  if (application_.Manager().IsAnyGroupRunning()) StopAndWait({});
+  if (application_.Manager().IsAnyGroupRunning()) {
+    if (application_.Manager().IsAnyJobActive()) application_.EndStopsJobs(true);
+    StopAndWait({});
+  }
   // An open menu waits for an answer of its own.
   if (Fl_Window* menu = Fl::grab()) {
     Fl::e_keysym = FL_Escape;
