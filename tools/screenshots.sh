@@ -271,8 +271,6 @@ pictures() {
   key Escape
   shoot_monitors
   [ $((SECONDS - began)) -ge $((long_run / 2)) ] || shoot_tip run-tip "$row_4"
-  while [ $((SECONDS - began)) -lt $((long_run * 11 / 20)) ]; do sleep 1; done
-  shoot_tip run-tip-sick "$row_4"
   shoot_left_bar
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"
