@@ -278,10 +278,10 @@ void MoveTo(Fl_Window& window, int x, int y) {
   Fl::handle(FL_MOVE, &window);
 }
 
-void ClickAt(Fl_Window& window, int x, int y, int button, bool twice) {
+void ClickAt(Fl_Window& window, int x, int y, int button, bool twice, int held) {
   MoveTo(window, x, y);
   Fl::e_keysym = FL_Button + button;
-  Fl::e_state = FL_BUTTON1 << (button - 1);
+  Fl::e_state = (FL_BUTTON1 << (button - 1)) | held;
   Fl::e_is_click = 1;
   Fl::e_clicks = twice ? 1 : 0;
   Fl::handle(FL_PUSH, &window);
@@ -289,14 +289,14 @@ void ClickAt(Fl_Window& window, int x, int y, int button, bool twice) {
   Fl::handle(FL_RELEASE, &window);
 }
 
-void Drag(Fl_Window& window, int x, int y, int byX) {
+void Drag(Fl_Window& window, int x, int y, int byX, int byY) {
   MoveTo(window, x, y);
   Fl::e_keysym = FL_Button + FL_LEFT_MOUSE;
   Fl::e_state = FL_BUTTON1;
   Fl::e_clicks = 0;
   Fl::handle(FL_PUSH, &window);
   Fl::e_is_click = 0;
-  MoveTo(window, x + byX, y);  // a drag while the button is down
+  MoveTo(window, x + byX, y + byY);  // a drag while the button is down
   Fl::e_state = 0;
   Fl::handle(FL_RELEASE, &window);
 }
@@ -320,9 +320,10 @@ void MoveToCell(Flx_Table& table, int row, const std::string& title) {
   MoveTo(*table.window(), place.x, place.y);
 }
 
-void PressCell(Flx_Table& table, int row, const std::string& title, int button, bool twice) {
+void PressCell(Flx_Table& table, int row, const std::string& title, int button, bool twice,
+               int held) {
   const Place place = PlaceOf(table, row, title);
-  ClickAt(*table.window(), place.x, place.y, button, twice);
+  ClickAt(*table.window(), place.x, place.y, button, twice, held);
 }
 
 void PressEndOfCell(Flx_Table& table, int row, const std::string& title) {

@@ -101,15 +101,17 @@ Kind& Beside(const Fl_Group& in, const std::string& label) {
 // Mouse events in a window, at a place that was computed from what is there.
 void MoveTo(Fl_Window& window, int x, int y);
 void MoveTo(Fl_Widget& in, const std::string& text);  // a text that the widget has drawn
-void ClickAt(Fl_Window& window, int x, int y, int button = FL_LEFT_MOUSE, bool twice = false);
-void Drag(Fl_Window& window, int x, int y, int byX);
+// `held`: modifier keys.
+void ClickAt(Fl_Window& window, int x, int y, int button = FL_LEFT_MOUSE, bool twice = false,
+             int held = 0);
+void Drag(Fl_Window& window, int x, int y, int byX, int byY = 0);
 
 void Press(Fl_Widget& widget);  // in its middle
 void Press(Fl_Widget& in, const std::string& text, int button = FL_LEFT_MOUSE, bool twice = false);
 // Cells, the column by its title, the row counted from the first one in sight.
 void MoveToCell(Flx_Table& table, int row, const std::string& title);
 void PressCell(Flx_Table& table, int row, const std::string& title, int button = FL_LEFT_MOUSE,
-               bool twice = false);
+               bool twice = false, int held = 0);
 void PressEndOfCell(Flx_Table& table, int row, const std::string& title);
 
 // The tooltip that comes up where the mouse is, null when none does, and what it says.

@@ -5,6 +5,7 @@
 #include <FL/fl_draw.H>
 
 #include "ui/fltk/Flx_HeaderButton.h"
+#include "ui/fltk/Sizes.h"
 
 namespace {
 
@@ -43,6 +44,21 @@ class JobTableTest : public WindowTest {
     MoveToCell(Table(), row, title);
     return Tip();
   }
+  // The names of the selected jobs without their endings; the current one in brackets.
+  std::string Selected() {
+    std::string names;
+    for (const JobId job : Table().SelectedJobs()) {
+      std::string name;
+      Group()->ReadJob(job, [&](const JobFile& read) { name = read.jobFile; });
+      name = std::filesystem::path(name).stem().string();
+      names += job == Table().CurrentJob() ? "[" + name + "]" : name;
+    }
+    return names;
+  }
+  void Select(int row, int held, int button = FL_LEFT_MOUSE) {
+    PressCell(Table(), row, "Job Name", button, false, held);
+  }
+
   // Without blanks, which stand where a line ends.
   static std::string Packed(std::string text) {
     std::erase(text, ' ');
@@ -142,6 +158,55 @@ TEST_F(JobTableTest, AMenuActsOnTheRowUnderTheMouse) {
   Talk([&] { PressCell(Table(), 2, "Job Name", FL_RIGHT_MOUSE); },
        {[&](Fl_Window& menu) { Press(menu, "Resubmit"); }});
   EXPECT_EQ(Rows()[2], "R=d3dump01|/w|UTILITYBATCH|No|77|Queued|(View...)|(View...)|No|");
+}
+
+TEST_F(JobTableTest, SeveralRowsAreSelectedByMouseAndKeys) {
+  for (const char* name : {"a", "b", "c", "d", "e", "f"})
+    Add(MakeJob<JobFileDyna>("/w/" + std::string(name) + ".k"));
+  int told = 0;
+  const auto before = std::exchange(Table().OnSelect, {});
+  Table().OnSelect = [&] { ++told, before(); };
+  Select(1, 0);
+  Select(3, FL_SHIFT);
+  EXPECT_EQ(Selected(), "bc[d]");
+  Select(5, FL_CTRL);
+  Select(2, FL_CTRL);
+  EXPECT_EQ(Selected(), "[b]df") << "the nearest one becomes current";
+  EXPECT_EQ(told, 4);
+  PressKey(FL_Down);
+  EXPECT_EQ(Selected(), "[c]");
+  PressKey(FL_Home, FL_SHIFT);
+  EXPECT_EQ(Selected(), "[a]bc");
+  PressKey(FL_End, FL_SHIFT);
+  EXPECT_EQ(Selected(), "cde[f]");
+  PressKey('a', FL_CTRL);
+  EXPECT_EQ(Selected(), "abcde[f]");
+  told = 0;
+  PressKey('a', FL_CTRL);
+  EXPECT_EQ(told, 0);
+  PressKey(FL_Escape);
+  EXPECT_EQ(Selected(), "");
+
+  // A band, from below the rows to the last but one.
+  const int x = Table().x() + 300;
+  const int below = Table().y() + Sizes::kHeaderHeight + 7 * Sizes::kRowHeight;
+  Drag(*window_, x, below, 90, -5 * Sizes::kRowHeight / 2);
+  EXPECT_EQ(Selected(), "[e]f");
+
+  // A menu is for what is selected, when it is opened there.
+  Talk([&] { Select(5, 0, FL_RIGHT_MOUSE); }, {[](Fl_Window& menu) { Key(menu, FL_Escape); }});
+  EXPECT_EQ(Selected(), "e[f]");
+
+  // Jobs that move, come and go.
+  Table().SelectJobs({Table().JobAt(1), Table().JobAt(4), Table().JobAt(5)});
+  EXPECT_EQ(Selected(), "be[f]");
+  window_->Perform(Action::kMoveUp);
+  EXPECT_EQ(Selected(), "b[f]e");
+  told = 0;
+  Group()->RemoveJob(Table().JobAt(4));
+  Add(MakeJob<JobFileDyna>("/w/g.k"));
+  EXPECT_EQ(Selected(), "b[e]");
+  EXPECT_EQ(told, 1);
 }
 
 // What scrolling leaves on the screen and draws beside it is what a new drawing gives.

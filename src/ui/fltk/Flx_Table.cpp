@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <numeric>
 #include <tuple>
+#include <utility>
 
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Flx_TableRows.h"
@@ -175,25 +176,106 @@ int Flx_Table::LastVisibleRow() const {
   return std::min(end, RowCount());
 }
 
+void Flx_Table::ScrollToRow(int row) {
+  if (row < 0) return;
+  const int top = row * Sizes::kRowHeight;
+  const int bottom = top + Sizes::kRowHeight - viewHeight_;
+  ScrollTo(scroll_->xposition(), std::min(std::max(scroll_->yposition(), bottom), top));
+}
+
+bool Flx_Table::IsSelected(int row) const {
+  const auto index = static_cast<std::size_t>(row);
+  return row >= 0 && index < selected_.size() && selected_[index];
+}
+
 void Flx_Table::SelectRow(int row) {
   row = std::clamp(row, -1, RowCount() - 1);
-  const int old = current_;
-  current_ = row;
-  if (row >= 0) {
-    const int top = row * Sizes::kRowHeight;
-    const int bottom = top + Sizes::kRowHeight - viewHeight_;
-    const int y = std::min(std::max(scroll_->yposition(), bottom), top);
-    ScrollTo(scroll_->xposition(), y);
+  anchor_ = row;
+  ScrollToRow(row);
+  SelectRange(row, row, {});
+}
+
+void Flx_Table::SelectRows(const std::vector<int>& rows, int current) {
+  Selection selected(static_cast<std::size_t>(RowCount()));
+  bool holdsCurrent = false;
+  for (const int row : rows) {
+    selected[static_cast<std::size_t>(row)] = true;
+    holdsCurrent = holdsCurrent || row == current;
   }
-  if (row == old) return;
+  if (!holdsCurrent) current = rows.empty() ? -1 : *std::min_element(rows.begin(), rows.end());
+  anchor_ = current;
+  SetSelection(std::move(selected), current);
+}
+
+void Flx_Table::SelectAllRows() {
+  if (!SelectsSeveral() || RowCount() == 0) return;
+  SetSelection(Selection(static_cast<std::size_t>(RowCount()), true), std::max(current_, 0));
+}
+
+void Flx_Table::SelectRange(int from, int to, const Selection& rest) {
+  Selection selected = rest;
+  selected.resize(static_cast<std::size_t>(RowCount()));
+  if (to >= 0) {
+    const auto [first, last] = std::minmax(from, to);
+    std::fill(selected.begin() + std::max(first, 0), selected.begin() + last + 1, true);
+  }
+  SetSelection(std::move(selected), to);
+}
+
+void Flx_Table::ExtendTo(int row) {
+  if (RowCount() == 0) return;
+  row = std::clamp(row, 0, RowCount() - 1);
+  anchor_ = std::clamp(anchor_, 0, RowCount() - 1);
+  ScrollToRow(row);
+  SelectRange(anchor_, row, {});
+}
+
+// The current row is always a selected one: when it goes, the nearest becomes current.
+void Flx_Table::ToggleRow(int row) {
+  Selection selected = selected_;
+  selected.resize(static_cast<std::size_t>(RowCount()));
+  const auto at = selected.begin() + row;
+  *at = !*at;
+  anchor_ = row;
+  int current = row;
+  if (!*at) {
+    current = -1;
+    for (int i = 0; i < RowCount(); ++i) {
+      const bool nearer = current < 0 || std::abs(i - row) < std::abs(current - row);
+      if (selected[static_cast<std::size_t>(i)] && nearer) current = i;
+    }
+  }
+  SetSelection(std::move(selected), current);
+}
+
+void Flx_Table::SetSelection(Selection selected, int current) {
+  if (current == current_ && selected == selected_) return;
+  const int old = std::exchange(current_, current);
+  selected_.resize(selected.size());
+  for (int row = FirstVisibleRow(); row < LastVisibleRow(); ++row) {
+    const auto index = static_cast<std::size_t>(row);
+    if (selected[index] != selected_[index]) RowChanged(row);
+  }
+  selected_ = std::move(selected);
   RowChanged(old);
-  RowChanged(row);
+  RowChanged(current);
   if (OnSelect) OnSelect();
 }
 
 void Flx_Table::RowsChanged() {
   LayOut();
+  selected_.resize(static_cast<std::size_t>(RowCount()));
   if (current_ >= RowCount()) SelectRow(RowCount() - 1);
+}
+
+void Flx_Table::RowsReplaced(Selection selected, int current) {
+  const int top = current_ * Sizes::kRowHeight - scroll_->yposition();
+  const bool inSight = current_ >= 0 && top > -Sizes::kRowHeight && top < viewHeight_;
+  const bool moved = std::exchange(current_, current) != current;
+  selected_ = std::move(selected);
+  if (anchor_ >= RowCount() || !IsSelected(anchor_)) anchor_ = current;
+  LayOut();
+  if (moved && inSight) ScrollToRow(current);
 }
 
 void Flx_Table::RowChanged(int row) {

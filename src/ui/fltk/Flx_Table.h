@@ -5,6 +5,7 @@
 #include <FL/Fl_Group.H>
 #include <FL/Fl_Scroll.H>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -20,8 +21,9 @@ struct TableColumn {
 };
 
 // Base of the tables. Rows are not widgets: only those that can be seen are drawn, so the number of
-// rows does not matter. One row is current, or none. A derived class gives the rows and draws the
-// cells; its owner hears of what the user does through the functions below. Interface thread.
+// rows does not matter. One row is current and selected, or none is; in a table that says so others
+// may be selected beside it. A derived class gives the rows and draws the cells; its owner hears of
+// what the user does through the functions below. Interface thread.
 class Flx_Table : public Fl_Group, private ColumnSizer {
  public:
   Flx_Table(int x, int y, int w, int h);
@@ -31,8 +33,15 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
 
   // -1: none.
   int CurrentRow() const { return current_; }
-  // Scrolls to the row; -1 selects none. Tells `OnSelect` when the current row changes.
+  // Scrolls to the row and selects it alone; -1 selects none. This and the next tell `OnSelect`
+  // once when they change something.
   void SelectRow(int row);
+  // Does not scroll. The first of the rows is the current one when `current` is none of them.
+  void SelectRows(const std::vector<int>& rows, int current);
+  // All of them where several may be.
+  void SelectAllRows();
+  bool IsSelected(int row) const;
+  int SelectedCount() const { return static_cast<int>(std::ranges::count(selected_, true)); }
 
   // The number of rows or all their contents changed.
   void RowsChanged();
@@ -47,7 +56,7 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   // Moves the keyboard focus to the rows.
   void TakeFocus();
 
-  std::function<void()> OnSelect;
+  std::function<void()> OnSelect;  // the selection or the current row is another one
   // A right click or the menu key; the row, if any, is current then. Window coordinates.
   std::function<void(int x, int y)> OnMenu;
   std::function<void(int row, int column)> OnCell;         // a button cell was pressed
@@ -64,7 +73,10 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
     bool hovered;  // the mouse is over this cell
   };
 
+  using Selection = std::vector<bool>;  // by row
+
   virtual int RowCount() const = 0;
+  virtual bool SelectsSeveral() const { return false; }
   // Rows first to last (not included) are drawn next.
   virtual void PrepareRows(int first, int last) = 0;
   virtual void DrawCell(const Cell& cell) = 0;
@@ -81,6 +93,11 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   // Pixels that a column needs beside its texts, for an icon or a box.
   virtual int IconWidth(int) const { return 0; }
 
+  // The rows are other ones, or stand in another order, and are selected like this. `current` is
+  // one of these, or -1. Scrolls only to keep the current row in sight. Does not tell.
+  void RowsReplaced(Selection selected, int current);
+  void ScrollToRow(int row);
+
   // The rows that can be seen, at least partly: first to last (not included).
   int FirstVisibleRow() const;
   int LastVisibleRow() const;
@@ -88,6 +105,12 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
  private:
   class Rows;
   class Extent;
+  // Selects from one row to another, both included, beside what is selected in `rest`; the second
+  // one becomes current.
+  void SelectRange(int from, int to, const Selection& rest);
+  void ExtendTo(int row);   // from where the selection began, and scrolls there
+  void ToggleRow(int row);  // and goes on from there
+  void SetSelection(Selection selected, int current);
   void HeadPressed(int column) override;
   void BeginColumnResize(int column) override;
   void ResizeColumn(int byPixels) override;
@@ -122,6 +145,8 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   int widthAtPush_ = 0;
   std::pair<std::vector<TableColumn>, int> atPush_;  // columns_ and wantedFor_ until then
   int current_ = -1;
+  int anchor_ = -1;  // where a range begins
+  Selection selected_;
 };
 
 #endif

@@ -5,6 +5,8 @@
 #include <FL/Fl_Window.H>
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
@@ -14,8 +16,16 @@ namespace {
 
 constexpr int kWheelRows = 3;
 
-bool HasModifier() {
-  return (Fl::event_state() & (FL_CTRL | FL_ALT | FL_META | FL_SHIFT)) != 0;
+constexpr int kBandStart = 5;        // pixels that the mouse moves before it pulls a band
+constexpr double kBandEvery = 0.04;  // seconds between two rows that a band scrolls
+
+int FirstOf(const std::vector<bool>& selected) {
+  const auto first = std::find(selected.begin(), selected.end(), true);
+  return first == selected.end() ? -1 : static_cast<int>(first - selected.begin());
+}
+
+bool IsHeld(int modifiers) {
+  return (Fl::event_state() & (FL_CTRL | FL_ALT | FL_META | FL_SHIFT)) == modifiers;
 }
 
 }  // namespace
@@ -33,6 +43,10 @@ void Flx_Table::Extent::resize(int x, int y, int w, int h) {
 
 Flx_Table::Rows::Rows(Flx_Table& table, int x, int y, int w, int h)
     : Fl_Widget(x, y, w, h), table_(table) {}
+
+Flx_Table::Rows::~Rows() {
+  Fl::remove_timeout(ScrollBand, this);
+}
 
 void Flx_Table::Rows::resize(int, int, int, int) {
   Pin();
@@ -67,6 +81,7 @@ void Flx_Table::Rows::draw() {
   if (first >= last) return;
   table_.PrepareRows(first, last);
   for (int row = first; row < last; ++row) DrawRow(row, clipX + clipW);
+  if (banding_) DrawBand();
 }
 
 void Flx_Table::Rows::DrawRow(int row, int last) {
@@ -74,7 +89,7 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
   const bool focused = Fl::focus() == this;
   Fl_Color fill = Theme::kSurface;
   if (row == hoverRow_) fill = Theme::kRowHover;
-  if (row == table_.current_) fill = focused ? Theme::kSelected : Theme::kSelectedUnfocused;
+  if (table_.IsSelected(row)) fill = focused ? Theme::kSelected : Theme::kSelectedUnfocused;
   fl_color(fill);
   fl_rectf(x(), top, w(), Sizes::kRowHeight - 1);
   fl_color(Theme::kFaintLine);
@@ -91,6 +106,18 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
     }
     left += width;
   }
+  // Which of the selected ones the keys go on from.
+  if (row != table_.current_ || !focused || !table_.SelectsSeveral()) return;
+  if (table_.IsSelected(row - 1) || table_.IsSelected(row + 1) || table_.SelectedCount() > 1)
+    fl_rect(x(), top, w(), Sizes::kRowHeight - 1, Theme::kFocus);
+}
+
+void Flx_Table::Rows::DrawBand() const {
+  const auto [left, right] = std::minmax(table_.OriginX() + bandX_, Fl::event_x());
+  const auto [top, bottom] = std::minmax(table_.OriginY() + bandY_, Fl::event_y());
+  fl_push_clip(x(), y(), w(), h());
+  fl_rect(left, top, right - left + 1, bottom - top + 1, Theme::kAccent);
+  fl_pop_clip();
 }
 
 int Flx_Table::Rows::RowAtMouse() const {
@@ -124,13 +151,13 @@ int Flx_Table::Rows::HandlePush() {
   take_focus();
   const int row = RowAtMouse();
   const int column = table_.ColumnAt(Fl::event_x());
-  table_.SelectRow(row);
+  SelectByPush(row);
   pushedRow_ = -1;
   if (Fl::event_button() == FL_RIGHT_MOUSE) {
     OpenMenu(Fl::event_x(), Fl::event_y());
     return 1;
   }
-  if (Fl::event_button() != FL_LEFT_MOUSE || row < 0 || column < 0) return 1;
+  if (!canBand_ || row < 0 || column < 0 || !IsHeld(0)) return 1;
   const int end = table_.ColumnX(column) + table_.widths_[static_cast<std::size_t>(column)];
   if (table_.IsButton(row, column) && table_.PressesAt(column, end - Fl::event_x())) {
     pushedRow_ = row;
@@ -142,36 +169,110 @@ int Flx_Table::Rows::HandlePush() {
   return 1;
 }
 
+// A right click leaves what is selected when it is on one of it.
+void Flx_Table::Rows::SelectByPush(int row) {
+  const bool several = table_.SelectsSeveral() && row >= 0;
+  canBand_ = Fl::event_button() == FL_LEFT_MOUSE;
+  if (several && canBand_ && Fl::event_state(FL_SHIFT)) {
+    table_.ExtendTo(row);
+  } else if (several && canBand_ && Fl::event_state(FL_CTRL)) {
+    table_.ToggleRow(row);
+  } else if (several && !canBand_ && table_.IsSelected(row)) {
+    table_.SetSelection(table_.selected_, row);
+  } else if (row >= 0 || !Fl::event_state(FL_SHIFT | FL_CTRL)) {
+    table_.SelectRow(row);
+  }
+  bandX_ = Fl::event_x() - table_.OriginX();
+  bandY_ = Fl::event_y() - table_.OriginY();
+  besideBand_ = Selection(static_cast<std::size_t>(table_.RowCount()));
+  if (Fl::event_state(FL_CTRL)) besideBand_ = table_.selected_;
+}
+
+// Selects the rows between where it began and the mouse.
+void Flx_Table::Rows::DragBand() {
+  const int mouseY = Fl::event_y() - table_.OriginY();
+  const bool moved = std::abs(mouseY - bandY_) >= kBandStart ||
+                     std::abs(Fl::event_x() - table_.OriginX() - bandX_) >= kBandStart;
+  if (!canBand_ || !table_.SelectsSeveral() || (!banding_ && !moved)) return;
+  if (!std::exchange(banding_, true)) {
+    pushedRow_ = -1;
+    Hover(-1, -1);
+  }
+  const int rows = table_.RowCount();
+  const auto rowAt = [](int place) { return place < 0 ? -1 : place / Sizes::kRowHeight; };
+  const int from = rowAt(bandY_);
+  const int to = rowAt(mouseY);
+  if (std::min(from, to) < rows && std::max(from, to) >= 0) {
+    table_.SelectRange(std::clamp(from, 0, rows - 1), std::clamp(to, 0, rows - 1), besideBand_);
+  } else {
+    table_.SetSelection(besideBand_, FirstOf(besideBand_));
+  }
+  const bool outside = Fl::event_y() < y() || Fl::event_y() >= y() + h();
+  if (outside && !Fl::has_timeout(ScrollBand, this)) Fl::add_timeout(kBandEvery, ScrollBand, this);
+  redraw();
+}
+
+void Flx_Table::Rows::ScrollBand(void* self) {
+  auto* rows = static_cast<Rows*>(self);
+  const bool above = Fl::event_y() < rows->y();
+  if (!rows->banding_ || (!above && Fl::event_y() < rows->y() + rows->h())) return;
+  const Flx_Table& table = rows->table_;
+  rows->table_.ScrollTo(table.scroll_->xposition(),
+                        table.scroll_->yposition() + (above ? -1 : 1) * Sizes::kRowHeight);
+  rows->DragBand();
+}
+
+void Flx_Table::Rows::EndBand() {
+  canBand_ = false;
+  if (std::exchange(banding_, false)) redraw();
+}
+
+int Flx_Table::Rows::RowOfKey(int key) const {
+  const int current = table_.current_;
+  const int page = std::max(1, h() / Sizes::kRowHeight - 1);
+  const int last = std::max(0, table_.RowCount() - 1);
+  switch (key) {
+    case FL_Up:
+      return std::max(0, current - 1);
+    case FL_Down:
+      return std::min(current + 1, last);
+    case FL_Home:
+      return 0;
+    case FL_End:
+      return last;
+    case FL_Page_Up:
+      return std::max(0, current - page);
+    case FL_Page_Down:
+      return std::min(std::max(0, current) + page, last);
+    default:
+      return -1;
+  }
+}
+
 int Flx_Table::Rows::HandleKey() {
   const int key = Fl::event_key();
   const int current = table_.current_;
-  const int page = std::max(1, h() / Sizes::kRowHeight - 1);
   if (key == FL_Menu || (key == FL_F + 10 && Fl::event_state(FL_SHIFT))) {
-    table_.SelectRow(current);
+    table_.ScrollToRow(current);
     OpenMenu(x() + Sizes::kRowHeight,
              current < 0 ? y() : table_.OriginY() + (current + 1) * Sizes::kRowHeight);
     return 1;
   }
-  if (HasModifier()) return 0;
+  const int row = RowOfKey(key);
+  if (table_.SelectsSeveral() && row >= 0 && IsHeld(FL_SHIFT)) {
+    table_.ExtendTo(row);
+    return 1;
+  }
+  if (table_.SelectsSeveral() && key == 'a' && IsHeld(FL_CTRL)) {
+    table_.SelectAllRows();
+    return 1;
+  }
+  if (!IsHeld(0)) return 0;
+  if (row >= 0) {
+    table_.SelectRow(row);
+    return 1;
+  }
   switch (key) {
-    case FL_Up:
-      table_.SelectRow(std::max(0, current - 1));
-      return 1;
-    case FL_Down:
-      table_.SelectRow(current + 1);
-      return 1;
-    case FL_Home:
-      table_.SelectRow(0);
-      return 1;
-    case FL_End:
-      table_.SelectRow(table_.RowCount() - 1);
-      return 1;
-    case FL_Page_Up:
-      table_.SelectRow(std::max(0, current - page));
-      return 1;
-    case FL_Page_Down:
-      table_.SelectRow(std::max(0, current) + page);
-      return 1;
     case FL_Left:
       table_.ScrollTo(table_.scroll_->xposition() - Sizes::kRowHeight, table_.scroll_->yposition());
       return 1;
@@ -208,8 +309,10 @@ int Flx_Table::Rows::handle(int event) {
     case FL_PUSH:
       return HandlePush();
     case FL_DRAG:
+      DragBand();
       return 1;
     case FL_RELEASE: {
+      EndBand();
       const bool same = pushedRow_ >= 0 && RowAtMouse() == pushedRow_ &&
                         table_.ColumnAt(Fl::event_x()) == pushedColumn_;
       pushedRow_ = -1;

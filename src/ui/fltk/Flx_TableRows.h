@@ -26,6 +26,7 @@ class Flx_Table::Extent : public Fl_Widget {
 class Flx_Table::Rows : public Fl_Widget {
  public:
   Rows(Flx_Table& table, int x, int y, int w, int h);
+  ~Rows() override;
 
   void draw() override;
   int handle(int event) override;
@@ -39,7 +40,13 @@ class Flx_Table::Rows : public Fl_Widget {
   void Hover(int row, int column);
   void ShowTip();
   int HandlePush();
+  void SelectByPush(int row);
+  void DragBand();
+  void EndBand();
+  static void ScrollBand(void* self);  // while the mouse is above or below the rows
+  void DrawBand() const;
   int HandleKey();
+  int RowOfKey(int key) const;  // that a key leads to; -1: none of these keys
   int HandleWheel();
   void OpenMenu(int x, int y);
   void DrawRow(int row, int last);
@@ -49,6 +56,11 @@ class Flx_Table::Rows : public Fl_Widget {
   int hoverColumn_ = -1;
   int pushedRow_ = -1;  // a button cell that the mouse went down on
   int pushedColumn_ = -1;
+  // A band that is pulled over the rows, from a place in them.
+  bool canBand_ = false;  // the mouse went down where one may begin
+  bool banding_ = false;
+  int bandX_ = 0, bandY_ = 0;  // from the beginning of the first row and column
+  Selection besideBand_;       // what stays selected
 };
 
 #endif

@@ -3,7 +3,9 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
+#include <unordered_set>
 
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
@@ -67,17 +69,45 @@ JobId JobTable::CurrentJob() const {
   return JobAt(CurrentRow());
 }
 
+std::vector<JobId> JobTable::SelectedJobs() const {
+  std::vector<JobId> jobs;
+  for (int row = 0; row < RowCount(); ++row)
+    if (IsSelected(row)) jobs.push_back(JobAt(row));
+  return jobs;
+}
+
+void JobTable::SelectJobs(const std::vector<JobId>& jobs) {
+  const std::unordered_set<JobId> wanted(jobs.begin(), jobs.end());
+  std::vector<int> rows;
+  for (int row = 0; row < RowCount(); ++row)
+    if (wanted.count(JobAt(row))) rows.push_back(row);
+  SelectRows(rows, CurrentRow());
+}
+
+// When the current job goes and others are selected, the nearest of them becomes current, else the
+// job that is now in its row.
 void JobTable::JobsChanged() {
   const JobId before = CurrentJob();
+  const std::vector<JobId> selected = SelectedJobs();
+  const std::unordered_set<JobId> wanted(selected.begin(), selected.end());
+  const int oldRow = CurrentRow();
   jobs_ = list_->JobIds();
-  RowsChanged();
-  if (CurrentJob() == before) return;
-  const int row = RowOf(before);
-  if (row >= 0) {
-    SelectRow(row);
-  } else if (OnSelect) {
-    OnSelect();  // another job in the same row
+  Selection now(jobs_.size());
+  int current = -1;
+  for (int row = 0; row < RowCount(); ++row) {
+    const JobId job = JobAt(row);
+    if (!wanted.count(job)) continue;
+    now[static_cast<std::size_t>(row)] = true;
+    const bool nearer = std::abs(row - oldRow) < std::abs(current - oldRow);
+    if (job == before || current < 0 || (JobAt(current) != before && nearer)) current = row;
   }
+  if (current < 0 && oldRow >= 0 && RowCount() > 0) {
+    current = std::min(oldRow, RowCount() - 1);
+    now[static_cast<std::size_t>(current)] = true;
+  }
+  RowsReplaced(std::move(now), current);
+  const bool same = CurrentJob() == before && SelectedJobs().size() == selected.size();
+  if (!same && OnSelect) OnSelect();
 }
 
 void JobTable::JobChanged(JobId job) {

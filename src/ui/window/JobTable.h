@@ -45,6 +45,12 @@ class JobTable : public Flx_Table {
 
   void SelectJob(JobId job);
 
+  // In the order of the rows that are shown. A row that goes out of sight by a filter is selected
+  // no more; a job that moves stays selected.
+  std::vector<JobId> SelectedJobs() const;
+  // Those of them that have a row. The current job stays current if it is among them.
+  void SelectJobs(const std::vector<JobId>& jobs);
+
   // What the job took when it ran before; called with the list locked. Null: nobody knows.
   std::function<std::optional<PastRun>(const JobFile& job)> PastRunOf;
 
@@ -55,6 +61,7 @@ class JobTable : public Flx_Table {
 
  protected:
   int RowCount() const override;
+  bool SelectsSeveral() const override { return true; }
   void PrepareRows(int first, int last) override;
   void DrawCell(const Cell& cell) override;
   void DrawEmpty(int x, int y, int w, int h) override;
