@@ -280,6 +280,7 @@ void Flx_Table::RowsReplaced(Selection selected, int current) {
 
 void Flx_Table::RowChanged(int row) {
   rows_->RedrawRow(row);
+  rows_->RefreshTip(row);
 }
 
 void Flx_Table::CopyColumns(const Flx_Table& other) {

@@ -142,6 +142,11 @@ void Flx_Table::Rows::ShowTip() {
             table_.CellTip(hoverRow_, hoverColumn_));
 }
 
+void Flx_Table::Rows::RefreshTip(int row) {
+  if (row < 0 || row != hoverRow_ || hoverColumn_ < 0) return;
+  ChangeTip(*this, table_.CellTip(hoverRow_, hoverColumn_));
+}
+
 void Flx_Table::Rows::OpenMenu(int x, int y) {
   Hover(-1, -1);
   if (table_.OnMenu) table_.OnMenu(x, y);

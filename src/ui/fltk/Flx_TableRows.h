@@ -34,6 +34,8 @@ class Flx_Table::Rows : public Fl_Widget {
   void resize(int x, int y, int w, int h) override;
   void Pin();
   void RedrawRow(int row);
+  // The row says something else now, and so may its tip that is shown.
+  void RefreshTip(int row);
 
  private:
   int RowAtMouse() const;

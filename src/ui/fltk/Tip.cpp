@@ -4,8 +4,10 @@
 #include <FL/Fl_Box.H>
 #include <FL/fl_draw.H>
 #include <FL/Fl_Tooltip.H>
+#include <FL/Fl_Window.H>
 
 #include <algorithm>
+#include <array>
 
 #include "ui/fltk/Labels.h"
 
@@ -13,6 +15,13 @@ namespace {
 
 constexpr int kMostLines = 16;
 constexpr int kRoundingPixels = 4;  // what the toolkit may count more when it breaks lines itself
+
+// The toolkit keeps the address of what it shows.
+std::array<char, 4096> kept{};
+
+void Keep(const std::string& text) {
+  kept[text.copy(kept.data(), kept.size() - 1)] = '\0';
+}
 
 // As it is shown in the tooltip's font.
 std::string Fitted(const std::string& text) {
@@ -50,9 +59,29 @@ void SetTip(Fl_Widget& widget, const std::string& text) {
 }
 
 void ShowTip(Fl_Widget& widget, int x, int y, int w, int h, const std::string& text) {
-  static std::string shown;  // the toolkit keeps its address
   if (text.empty()) return Fl_Tooltip::enter_area(&widget, 0, 0, 0, 0, nullptr);
   if (Fl_Tooltip::current() == &widget) Fl_Tooltip::exit(&widget);
-  shown = Fitted(text);
-  Fl_Tooltip::enter_area(&widget, x, y, w, h, shown.c_str());
+  Keep(Fitted(text));
+  Fl_Tooltip::enter_area(&widget, x, y, w, h, kept.data());
+}
+
+void ChangeTip(const Fl_Widget& widget, const std::string& text) {
+  if (text.empty() || Fl_Tooltip::current() != &widget) return;
+  const std::string fitted = Fitted(text);
+  if (fitted == kept.data()) return;
+  Keep(fitted);
+  Fl_Window* window = Fl::first_window();
+  while (window != nullptr && !window->tooltip_window()) window = Fl::next_window(window);
+  if (window == nullptr) return;
+  int width = Fl_Tooltip::wrap_width();
+  int height = 0;
+  fl_font(Fl_Tooltip::font(), Fl_Tooltip::size());
+  fl_measure(kept.data(), width, height, 1);
+  width += 2 * Fl_Tooltip::margin_width();
+  height += 2 * Fl_Tooltip::margin_height();
+  int left, top, across, down;
+  Fl::screen_work_area(left, top, across, down, window->x(), window->y());
+  window->resize(std::max(std::min(window->x(), left + across - width), left),
+                 std::max(std::min(window->y(), top + down - height), top), width, height);
+  window->redraw();
 }

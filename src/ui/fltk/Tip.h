@@ -18,4 +18,8 @@ void SetTip(Fl_Widget& widget, const std::string& text);
 // counted from the widget's.
 void ShowTip(Fl_Widget& widget, int x, int y, int w, int h, const std::string& text);
 
+// The tooltip that ShowTip has shown last says something else now. It stays where it is. Nothing
+// when it is not the widget's.
+void ChangeTip(const Fl_Widget& widget, const std::string& text);
+
 #endif

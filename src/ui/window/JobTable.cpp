@@ -35,7 +35,7 @@ struct Shape {
 // In the order of Column.
 constexpr Shape kShapes[] = {
     {"lab_job_name", 128, 90, 3},  {"lab_in_folder", 112, 80, 5}, {"lab_solv", 110, 110, 0},
-    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 236, 110, 2},
+    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 190, 110, 2},
     {"lab_messag", 70, 70, 0},     {"lab_result", 76, 76, 0},     {"lab_iforce", 64, 64, 0},
     {"lab_other_para", 80, 70, 3},
 };
