@@ -5,7 +5,6 @@
 #include <set>
 #include <system_error>
 
-#include "core/HandOverPlace.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
 #include "util/text/PlainText.h"
@@ -108,8 +107,11 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
     Fail(ExitCode::kRefused, request.refusal);
     return false;
   }
-  writer_ = std::make_unique<HandOverWriter>(*settings_);
-  const bool isAlone = !AnotherCopyRuns(BecomeFirstCopy());
+  std::string otherFile;
+  const bool isFirst = BecomeFirstCopy(otherFile);
+  const bool isAlone = otherFile.empty() && !AnotherCopyRuns(isFirst);
+  writer_ = std::make_unique<HandOverWriter>(
+      *settings_, otherFile.empty() ? settings_->handOverFile : otherFile);
   if (!isAlone && !SurvivesOtherCopy(argc, argv, request)) return false;
   if (request.hasWindow && !HasDisplay()) {
     writer_->TakeBack();
@@ -140,10 +142,22 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   return true;
 }
 
-// False when another copy of this user has been first, or when it cannot be told.
-bool Application::BecomeFirstCopy() {
-  return firstCopy_.Taken() ||
-         firstCopy_.Take(FirstCopyLock(settings_->workFolder), 0) == FileLock::Result::kTaken;
+// False when another copy of this user has been first, with the file that it looks at; also when it
+// cannot be told.
+bool Application::BecomeFirstCopy(std::string& otherFile) {
+  if (!firstCopy_.empty()) return true;
+  std::vector<std::unique_ptr<FileLock>> locks;
+  for (const HandOverPlace& place : settings_->handOverPlaces) {
+    auto lock = std::make_unique<FileLock>();
+    const FileLock::Result result = lock->Take(place.lock, 0);
+    if (result == FileLock::Result::kBusy) {
+      otherFile = SettingsAndPaths::HandOverFileIn(place);
+      return false;
+    }
+    if (result == FileLock::Result::kTaken) locks.push_back(std::move(lock));
+  }
+  firstCopy_ = std::move(locks);
+  return !firstCopy_.empty();
 }
 
 // Two processes of the program that belong to one user; this one is normally one of them. Copies
@@ -179,7 +193,8 @@ bool Application::SurvivesOtherCopy(int argc, const char* const* argv,
   const bool waitsForTaker = writer_->Waits();
   const Clock::time_point end = Clock::now() + (waitsForTaker ? kTakerPatience : kGoingPatience);
   while (Clock::now() < end && writer_->Waits() == waitsForTaker) {
-    if (BecomeFirstCopy() && !AnotherCopyRuns(true)) {
+    std::string other;
+    if (BecomeFirstCopy(other) && !AnotherCopyRuns(true)) {
       AddFaultsOfWriter();
       return true;
     }
@@ -282,6 +297,7 @@ int Application::Shutdown() {
   stuck_ = manager_ && !manager_->Stop(-1);
   if (record_) record_->End(settings_->Get().language != language);
   if (reader_) reader_->RemoveApplied();
+  if (!stuck_) firstCopy_.clear();
   return exitCode;
 }
 

@@ -116,7 +116,7 @@ class Application {
   int language = 0;     // 0 English, 1 Chinese; fixed for the process
 
  private:
-  bool BecomeFirstCopy();
+  bool BecomeFirstCopy(std::string& otherFile);
   static bool AnotherCopyRuns(bool isFirst);
   void HandOver(int argc, const char* const* argv);
   bool SurvivesOtherCopy(int argc, const char* const* argv, const StartRequest& request);
@@ -138,7 +138,7 @@ class Application {
   const std::string title_;
   std::string programFolder_;
   std::vector<Message> failures_;
-  FileLock firstCopy_;  // held by the copy of this user that has the window
+  std::vector<std::unique_ptr<FileLock>> firstCopy_;  // held by the copy that has the window
   bool stuck_ = false;  // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;

@@ -13,7 +13,7 @@ class HandOverGuard {
  public:
   enum class Event { kTaken, kNotGivenBack, kKept };
 
-  explicit HandOverGuard(SettingsAndPaths& files) : files_(files) {}
+  HandOverGuard(SettingsAndPaths& files, const std::string& path) : files_(files), path_(path) {}
   ~HandOverGuard();
   HandOverGuard(const HandOverGuard&) = delete;
   HandOverGuard& operator=(const HandOverGuard&) = delete;
@@ -28,6 +28,7 @@ class HandOverGuard {
 
  private:
   SettingsAndPaths& files_;
+  const std::string path_;
   FileLock lock_;
   Event found_ = Event::kKept;
   bool givesBack_ = false;
@@ -50,21 +51,23 @@ Message EventIsKept(const SettingsAndPaths& files) {
   return Message(MessageId::kHandOverEventKept, files.handOverEvent.LastError());
 }
 
-// A file too big to be read would stand in the way of all that come after it.
-bool PutBigFileAside(SettingsAndPaths& files, const std::string& path) {
-  const std::string aside = files.handOverFile + ".big";
-  if (!hand_over_file::PutAsideWhenBigger(path, kLargestFile, aside)) return false;
-  files.Log().Report(
-      Message(MessageId::kHandOverTooBig, files.handOverFile, kLargestFile / kMegabyte, aside));
-  return true;
-}
-
 constexpr char kTakenMark[] = ".taken";
 
 std::string NameOf(const std::string& path) {
   std::string name;
   FileDirWrapper::FileNameOf(path, name, true);
   return name;
+}
+
+// A file too big to be read would stand in the way of all that come after it.
+bool PutBigFileAside(SettingsAndPaths& files, const std::string& path) {
+  std::string folder;
+  FileDirWrapper::DirOf(path, folder);
+  const std::string file = FileDirWrapper::Join(folder, NameOf(files.handOverFile));
+  const std::string aside = file + ".big";
+  if (!hand_over_file::PutAsideWhenBigger(path, kLargestFile, aside)) return false;
+  files.Log().Report(Message(MessageId::kHandOverTooBig, file, kLargestFile / kMegabyte, aside));
+  return true;
 }
 
 // What the file is called while its jobs are not safe yet. No other one is ever called so.
@@ -106,10 +109,13 @@ HandOverGuard::Event HandOverGuard::TakeEvent(long milliseconds) {
 }
 
 bool HandOverGuard::TakeLock(long milliseconds) {
-  const FileLock::Result result = lock_.Take(files_.handOverFile + ".lock", milliseconds);
+  const FileLock::Result result = lock_.Take(path_ + ".lock", milliseconds);
   return result == FileLock::Result::kTaken ||
          (result == FileLock::Result::kFailed && found_ == Event::kTaken);
 }
+
+HandOverWriter::HandOverWriter(SettingsAndPaths& files)
+    : HandOverWriter(files, files.handOverFile) {}
 
 bool HandOverWriter::Write(int argc, const char* const* argv) {
   if (argc <= 1) return true;
@@ -118,22 +124,21 @@ bool HandOverWriter::Write(int argc, const char* const* argv) {
   for (const Message& remark : remarks) Fault(remark);
   // What a reader would leave out.
   for (const Message& remark : ReadHandOverText(text, files_.Get()).remarks) Fault(remark);
-  if (!Append(text)) Fault(Message(MessageId::kHandOverNotWritten, files_.handOverFile));
+  if (!Append(text)) Fault(Message(MessageId::kHandOverNotWritten, path_));
   return faults_.empty();
 }
 
 bool HandOverWriter::Append(const std::string& text) {
-  HandOverGuard guard(files_);
+  HandOverGuard guard(files_, path_);
   if (!Enter(guard, kWriterLockMs)) {
-    Fault(Message(MessageId::kHandOverBusy, files_.handOverFile));
+    Fault(Message(MessageId::kHandOverBusy, path_));
     return false;
   }
-  PutBigFileAside(files_, files_.handOverFile);
-  const Result result =
-      hand_over_file::Append(files_.handOverFile, text, RecordsOf(text), kLargestFile, record_);
-  if (result == Result::kRefused) Fault(Message(MessageId::kHandOverRefused, files_.handOverFile));
+  PutBigFileAside(files_, path_);
+  const Result result = hand_over_file::Append(path_, text, RecordsOf(text), kLargestFile, record_);
+  if (result == Result::kRefused) Fault(Message(MessageId::kHandOverRefused, path_));
   if (result == Result::kTooBig) {
-    Fault(Message(MessageId::kHandOverFull, files_.handOverFile, kLargestFile / kMegabyte));
+    Fault(Message(MessageId::kHandOverFull, path_, kLargestFile / kMegabyte));
   }
   return result == Result::kDone;
 }
@@ -154,7 +159,7 @@ void HandOverWriter::Fault(const Message& fault) {
 }
 
 bool HandOverWriter::Waits() const {
-  return record_.IsIn(files_.handOverFile);
+  return record_.IsIn(path_);
 }
 
 bool HandOverWriter::StopWaiting() {
@@ -167,48 +172,52 @@ bool HandOverWriter::StopWaiting() {
 
 bool HandOverWriter::TakeBack() {
   if (!Waits()) return false;
-  HandOverGuard guard(files_);
-  return Enter(guard, kTakeBackLockMs) && record_.TakeBack(files_.handOverFile);
+  HandOverGuard guard(files_, path_);
+  return Enter(guard, kTakeBackLockMs) && record_.TakeBack(path_);
 }
 
 HandOverReader::HandOverReader(SettingsAndPaths& files, Queue queue)
     : files_(files), queue_(std::move(queue)) {
-  for (const std::string& file : LeftFiles(files_.handOverFile)) {
-    if (queue_.has(NameOf(file))) {
-      applied_.push_back(file);
-    } else {
-      taken_.push_back(file);
+  for (const HandOverPlace& place : files_.handOverPlaces) {
+    places_.push_back({.path = SettingsAndPaths::HandOverFileIn(place)});
+    for (const std::string& file : LeftFiles(places_.back().path)) {
+      if (queue_.has(NameOf(file))) {
+        applied_.push_back(file);
+      } else {
+        taken_.push_back(file);
+      }
     }
   }
 }
 
 void HandOverReader::Poll() {
   RemoveApplied();
-  if (taken_.empty() && !TakeAway()) return;
+  for (Place& place : places_) {
+    if (taken_.empty()) TakeAway(place);
+  }
   while (!taken_.empty() && ReadTaken()) taken_.pop_front();
   RemoveApplied();  // where nothing is kept
 }
 
-bool HandOverReader::TakeAway() {
-  HandOverGuard guard(files_);
-  if (!MayGoOn(guard) || PutBigFileAside(files_, files_.handOverFile)) return false;
-  const std::string taken = TakenName(files_.handOverFile);
-  const Result result = hand_over_file::TakeAway(files_.handOverFile, kLargestFile, taken);
+void HandOverReader::TakeAway(Place& place) {
+  HandOverGuard guard(files_, place.path);
+  if (!MayGoOn(place, guard) || PutBigFileAside(files_, place.path)) return;
+  const std::string taken = TakenName(place.path);
+  const Result result = hand_over_file::TakeAway(place.path, kLargestFile, taken);
   if (result == Result::kDone) taken_.push_back(taken);
-  if (result == Result::kMissing) reported_ = {};
+  if (result == Result::kMissing) place.reported = {};
   if (result == Result::kRefused || result == Result::kFailed)
-    ReportOnce(Message(MessageId::kHandOverRefused, files_.handOverFile));
-  return result == Result::kDone;
+    ReportOnce(place.reported, Message(MessageId::kHandOverRefused, place.path));
 }
 
 // The event is given time to come back: whoever holds it may be at the file without our lock.
-bool HandOverReader::MayGoOn(HandOverGuard& guard) {
-  LookAtEvent(guard);
+bool HandOverReader::MayGoOn(Place& place, HandOverGuard& guard) {
+  LookAtEvent(place, guard);
   const HandOverGuard::Event event = guard.Found();
   const bool isMissing = event == HandOverGuard::Event::kNotGivenBack;
-  if ((isMissing && missed_ + 1 < kMostMissed) || !guard.TakeLock(kReaderWaitMs)) {
-    if (++missed_ == kMostMissed)
-      ReportOnce(Message(MessageId::kHandOverBusy, files_.handOverFile));
+  if ((isMissing && place.missed + 1 < kMostMissed) || !guard.TakeLock(kReaderWaitMs)) {
+    if (++place.missed == kMostMissed)
+      ReportOnce(place.reported, Message(MessageId::kHandOverBusy, place.path));
     return false;
   }
   if (isMissing) {
@@ -217,18 +226,18 @@ bool HandOverReader::MayGoOn(HandOverGuard& guard) {
   }
   if (event == HandOverGuard::Event::kTaken) reportedEvent_ = {};
   // Who does not give it back now is not waited for with the next poll.
-  missed_ = isMissing ? kMostMissed - 1 : 0;
+  place.missed = isMissing ? kMostMissed - 1 : 0;
   return true;
 }
 
 // One that is kept from us may cost half a second, which the window must not stand still often.
-void HandOverReader::LookAtEvent(HandOverGuard& guard) {
-  if (pollsWithoutEvent_ > 0) {
-    --pollsWithoutEvent_;
+void HandOverReader::LookAtEvent(Place& place, HandOverGuard& guard) {
+  if (place.pollsWithoutEvent > 0) {
+    --place.pollsWithoutEvent;
     return;
   }
   if (guard.TakeEvent(kReaderWaitMs) != HandOverGuard::Event::kKept) return;
-  pollsWithoutEvent_ = kPollsWithoutEvent;
+  place.pollsWithoutEvent = kPollsWithoutEvent;
   ReportEvent(EventIsKept(files_));
 }
 
@@ -240,7 +249,7 @@ bool HandOverReader::ReadTaken() {
   if (result == Result::kMissing || (result == Result::kTooBig && PutBigFileAside(files_, file)))
     return true;
   if (result != Result::kDone) {
-    ReportOnce(Message(MessageId::kHandOverRefused, file));
+    ReportOnce(reportedTaken_, Message(MessageId::kHandOverRefused, file));
     return result == Result::kRefused;
   }
   HandOverOrder order = ReadHandOverText(text, files_.Get());
@@ -261,18 +270,17 @@ void HandOverReader::RemoveApplied() {
 bool HandOverReader::Remove(const std::string& path) {
   const bool isRemoved = FileDirWrapper::RemoveFile(path);
   const bool isThere = hand_over_file::Exists(path);
-  if (isThere && !isRemoved) ReportOnce(Message(MessageId::kHandOverNotRemoved, path));
+  if (isThere && !isRemoved)
+    ReportOnce(reportedTaken_, Message(MessageId::kHandOverNotRemoved, path));
   return !isThere;
 }
 
-void HandOverReader::ReportOnce(const Message& message) {
-  if (reported_ == message) return;
-  reported_ = message;
+void HandOverReader::ReportOnce(Message& reported, const Message& message) {
+  if (reported == message) return;
+  reported = message;
   files_.Log().Report(message);
 }
 
 void HandOverReader::ReportEvent(const Message& message) {
-  if (reportedEvent_ == message) return;
-  reportedEvent_ = message;
-  files_.Log().Report(message);
+  ReportOnce(reportedEvent_, message);
 }

@@ -48,24 +48,24 @@ bool MakeOwnFolder(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-std::vector<std::string> Places() {
+std::vector<std::string> Folders() {
   const char* moved = std::getenv(kMoved);
   if (moved != nullptr && *moved == '/') return {moved};
-  std::vector<std::string> places;
+  std::vector<std::string> folders = {"/dev/shm/kr-" + std::to_string(geteuid())};
   const std::string home = HomeOfUser();
-  if (!home.empty()) places.push_back(home + "/.config/orla/handover-" + HostName());
-  places.push_back("/dev/shm/kr-" + std::to_string(geteuid()));
-  return places;
+  if (!home.empty()) folders.push_back(home + "/.config/orla/handover-" + HostName());
+  return folders;
 }
 
 }  // namespace
 
-std::string HandOverFolder() {
-  const std::vector<std::string> places = Places();
-  const auto usable = std::find_if(places.begin(), places.end(), MakeOwnFolder);
-  return usable == places.end() ? places.front() : *usable;
-}
-
-std::string FirstCopyLock(const std::string&) {
-  return FileDirWrapper::Join(HandOverFolder(), "kr_running.lock");
+std::vector<HandOverPlace> HandOverPlaces(const std::string&) {
+  std::vector<std::string> folders = Folders();
+  const std::string wanted = folders.front();
+  std::erase_if(folders, [](const std::string& folder) { return !MakeOwnFolder(folder); });
+  if (folders.empty()) folders.push_back(wanted);
+  std::vector<HandOverPlace> places;
+  for (const std::string& folder : folders)
+    places.push_back({folder, FileDirWrapper::Join(folder, "kr_running.lock")});
+  return places;
 }

@@ -2,12 +2,8 @@
 
 #include "util/files/FileDirWrapper.h"
 
-std::string HandOverFolder() {
+std::vector<HandOverPlace> HandOverPlaces(const std::string& workFolder) {
   std::string folder;
   FileDirWrapper::TempDir(folder);
-  return folder;
-}
-
-std::string FirstCopyLock(const std::string& workFolder) {
-  return FileDirWrapper::Join(workFolder, "kr_running.lock");
+  return {{folder, FileDirWrapper::Join(workFolder, "kr_running.lock")}};
 }

@@ -1,6 +1,5 @@
 #include "core/SettingsAndPaths.h"
 
-#include "core/HandOverPlace.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -22,7 +21,8 @@ void OpenOrMakeEvent(PTWrapperSignal& signal) {
 SettingsAndPaths::SettingsAndPaths(const std::string& title)
     : workFolder(WorkFolderOf(title)),
       settingsFile(FileDirWrapper::Join(workFolder, "kr_init.config")),
-      handOverFile(FileDirWrapper::Join(HandOverFolder(), kHandOverFile)),
+      handOverPlaces(HandOverPlaces(workFolder)),
+      handOverFile(HandOverFileIn(handOverPlaces.front())),
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
       groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),
       log_(FileDirWrapper::Join(workFolder, "kr.log")) {
@@ -37,6 +37,10 @@ std::string SettingsAndPaths::WorkFolderOf(const std::string& title) {
   FileDirWrapper::AppDataDir(folder);
   folder = FileDirWrapper::Join(FileDirWrapper::Join(folder, "orla"), title);
   return FileDirWrapper::AbsolutePath(folder);
+}
+
+std::string SettingsAndPaths::HandOverFileIn(const HandOverPlace& place) {
+  return FileDirWrapper::Join(place.folder, kHandOverFile);
 }
 
 // Somebody may have removed the folder while the program runs.

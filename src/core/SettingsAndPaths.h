@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/AppLog.h"
+#include "core/HandOverPlace.h"
 #include "jobs/Settings.h"
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
@@ -76,7 +77,9 @@ class SettingsAndPaths {
 
   const std::string workFolder;
   const std::string settingsFile;
-  const std::string handOverFile;
+  const std::vector<HandOverPlace> handOverPlaces;
+  const std::string handOverFile;  // in the first of them
+  static std::string HandOverFileIn(const HandOverPlace& place);
   const std::string hostFile;
   const std::string groupFile;
   std::vector<GroupEntry> groupEntries;

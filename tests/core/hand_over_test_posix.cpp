@@ -1,6 +1,8 @@
 // What other users, dying processes and a full disk do to the hand-over.
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -114,13 +116,13 @@ TEST_F(HostileHandOver, ThePlaceFollowsFromTheUserAlone) {
   const int code = InChild([&] {
     if (!Become("nobody")) return 1;
     unsetenv("KESTRUN_HANDOVER_FOLDER");
-    const std::string place = HandOverFolder();
+    const std::string place = HandOverPlaces({}).front().folder;
     setenv("HOME", home_.Path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", home_.Path().c_str(), 1);
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("TMPDIR");
     struct stat info {};
-    if (HandOverFolder() != place || stat(place.c_str(), &info) != 0) return 2;
+    if (HandOverPlaces({}).front().folder != place || stat(place.c_str(), &info) != 0) return 2;
     return info.st_uid == geteuid() && (info.st_mode & 0777) == 0700 ? 0 : 3;
   });
   EXPECT_EQ(code, 0);
@@ -128,10 +130,70 @@ TEST_F(HostileHandOver, ThePlaceFollowsFromTheUserAlone) {
   const std::string moved = home_ / "handover";
   ASSERT_EQ(mkdir(moved.c_str(), 0777), 0);
   ASSERT_EQ(chmod(moved.c_str(), 0777), 0);
-  EXPECT_EQ(HandOverFolder(), moved);
+  EXPECT_EQ(HandOverPlaces({}).front().folder, moved);
   struct stat info {};
   ASSERT_EQ(stat(moved.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0700u);
+}
+
+// A batch job may have another name of the computer, no home, or a /dev/shm of its own.
+TEST_F(HostileHandOver, ASecondCopyFindsTheFirstWhateverTheEnvironment) {
+  const std::string own = home_ / "nobody";
+  for (const std::string& folder : {own, home_ / "other", home_ / "config"}) {
+    ASSERT_TRUE(FileDirWrapper::CreateDirTree(folder));
+    ASSERT_EQ(chmod(folder.c_str(), 01777), 0);
+  }
+  chmod(home_.Path().c_str(), 0755);
+  const std::string users = home_.Write("passwd", "nobody:x:65534:65534::" + own + ":/bin/sh\n");
+  constexpr int kNotAllowed = 77;
+  const auto copy = [&](const std::string& differs, const auto& run) {
+    return StartChild([&] {
+      const auto put = [](const std::string& from, const std::string& to) {
+        return mount(from.c_str(), to.c_str(), nullptr, MS_BIND, nullptr) == 0;
+      };
+      if (unshare(CLONE_NEWNS | CLONE_NEWUTS) != 0 ||
+          mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+          !put(users, "/etc/passwd"))
+        return kNotAllowed;
+      if (differs == "name" && sethostname("other", 5) != 0) return 1;
+      if (differs == "home" && !put("/proc", own)) return 1;
+      if (differs == "shm" && !put(home_ / "other", "/dev/shm")) return 1;
+      if (!Become("nobody")) return 1;
+      unsetenv("KESTRUN_HANDOVER_FOLDER");
+      const std::string job = "/" + differs + ".k";
+      const char* arguments[] = {"kestrun", job.c_str()};
+      Application application;
+      return run(application.Initialise(2, arguments), application);
+    });
+  };
+  const std::string seen = home_ / "config/seen";
+  const pid_t first = copy("", [&](bool isFirst, Application& application) {
+    while (isFirst && application.Tick()) {
+      application.Intake().Drain();
+      std::string jobs;
+      application.Manager().CurrentGroup()->ReadJobs(
+          [&](const JobFile& job) { jobs += job.jobFile + " "; });
+      std::ofstream(seen) << jobs;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return 1;
+  });
+  const bool runs = WaitUntil([&] {
+    return FileDirWrapper::FileExists(seen) || waitpid(first, nullptr, WNOHANG) == first;
+  });
+  if (!FileDirWrapper::FileExists(seen)) GTEST_SKIP() << "needs root and name spaces";
+  EXPECT_TRUE(runs);
+  for (const std::string differs : {"name", "home", "shm"}) {
+    const pid_t second = copy(differs, [](bool isFirst, Application& application) {
+      return isFirst ? 1 : application.exitCode;
+    });
+    EXPECT_EQ(WaitFor(second), 0) << differs;
+    EXPECT_TRUE(WaitUntil([&] {
+      return TempFolder::Read(seen).find("/" + differs + ".k ") != std::string::npos;
+    })) << differs;
+  }
+  kill(first, SIGKILL);
+  WaitFor(first);
 }
 
 // The locks under which the event's state is read and its holders come and go; somebody else's

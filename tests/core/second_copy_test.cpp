@@ -5,7 +5,6 @@
 #include <map>
 
 #include "core/Application.h"
-#include "core/HandOverPlace.h"
 #include "CoreFixture.h"
 
 namespace {
@@ -131,7 +130,7 @@ TEST_F(SecondCopy, TakesThePlaceOfACopyThatEnds) {
     EXPECT_TRUE(WaitUntil([&] {
       FileLock probe;
       return argument == kOwnRun
-                 ? probe.Take(FirstCopyLock(files.workFolder), 0) == FileLock::Result::kBusy
+                 ? probe.Take(files.handOverPlaces.front().lock, 0) == FileLock::Result::kBusy
                  : FileDirWrapper::FileExists(files.handOverFile);
     }));
     for (PTWrapperProcess& other : others) EXPECT_TRUE(other.Terminate());
