@@ -62,7 +62,7 @@ bool JobSolverLsDyna::Start(JobFile& job) {
 }
 
 JobStatus JobSolverLsDyna::Finish(JobFile& job) {
-  const std::vector<std::string> files = CaseMessageFiles(job);
+  const std::vector<std::string> files = WrittenMessageFiles(job);
   const JobStatus status = JudgeRun(job, files);
   if (!files.empty() && job.run->settings.no_adapdump) RemoveAdaptDumps(job);
   return status;

@@ -86,10 +86,17 @@ bool IsNamedAsOne(const std::string& file) {
          (kind.starts_with("mes0") && kind.find_first_not_of("0123456789", 3) == std::string::npos);
 }
 
-// What stands in front of the kind of file: "CASE1." of "CASE1.messag".
-std::string CaseOf(const std::string& file) {
+// The name holds the word, but its ending is one of another kind of file: "names0.csv".
+bool HasOtherEnding(const std::string& file) {
   const std::string name = NameOf(file);
-  return name.substr(0, std::min(name.find("mes0"), name.find("messag")));
+  const std::string_view ending = std::string_view(name).substr(name.rfind('.') + 1);
+  return !Holds(ending, "mes0") && !Holds(ending, "messag");
+}
+
+// One file of each case.
+void KeepFirstOfEachCase(std::vector<std::string>& files) {
+  std::set<std::string> cases;
+  std::erase_if(files, [&](const std::string& file) { return !cases.insert(CaseOf(file)).second; });
 }
 
 }  // namespace
@@ -113,18 +120,28 @@ std::vector<std::string> AllMessageFiles(const JobFile& job) {
   return files;
 }
 
-std::vector<std::string> CaseMessageFiles(const JobFile& job) {
+std::string CaseOf(const std::string& messageFile) {
+  const std::string name = NameOf(messageFile);
+  return name.substr(0, std::min(name.find("mes0"), name.find("messag")));
+}
+
+std::vector<std::string> WrittenMessageFiles(const JobFile& job) {
   std::vector<std::string> written = AllMessageFiles(job);
   std::erase_if(written,
                 [&](const std::string& file) { return job.folderBefore.HoldsUnchanged(file); });
   // Where one has the name of a message file, what only holds the word is something else.
   if (std::any_of(written.begin(), written.end(), IsNamedAsOne)) {
     std::erase_if(written, [](const std::string& file) { return !IsNamedAsOne(file); });
+  } else {
+    KeepFirstOfEachCase(written);
   }
-  std::set<std::string> cases;
-  std::erase_if(written,
-                [&](const std::string& file) { return !cases.insert(CaseOf(file)).second; });
   return written;
+}
+
+std::vector<std::string> CaseMessageFiles(const JobFile& job) {
+  std::vector<std::string> files = WrittenMessageFiles(job);
+  KeepFirstOfEachCase(files);
+  return files;
 }
 
 std::string FindMessageFile(const JobFile& job, const std::string& name) {
@@ -133,8 +150,9 @@ std::string FindMessageFile(const JobFile& job, const std::string& name) {
 }
 
 void RemoveMessageFiles(const JobFile& job) {
-  for (const std::string& file : AllMessageFiles(job))
-    RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
+  for (const std::string& file : AllMessageFiles(job)) {
+    if (!HasOtherEnding(file)) RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
+  }
 }
 
 void TakeBackMessageFiles(const JobFile& job) {

@@ -15,7 +15,13 @@
 // is made of their names.
 std::vector<std::string> CaseMessageFiles(const JobFile& job);
 
-// The same with what lay there before, and the files of all ranks.
+// The same with the files of all ranks, those of a case side by side and the first rank's first.
+std::vector<std::string> WrittenMessageFiles(const JobFile& job);
+
+// What stands in front of the kind of file: "CASE1." of "CASE1.messag".
+std::string CaseOf(const std::string& messageFile);
+
+// The same with what lay there before.
 std::vector<std::string> AllMessageFiles(const JobFile& job);
 
 // The same with the kept copies.
@@ -24,7 +30,8 @@ std::vector<std::string> MessageAndKeptFiles(const JobFile& job);
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 
-// Before a run. What cannot be removed is reported.
+// Before a run. What cannot be removed is reported. A file whose ending says that it is of another
+// kind ("names0.csv") stays.
 void RemoveMessageFiles(const JobFile& job);
 
 // After a run. What cannot be removed is reported.

@@ -1,5 +1,7 @@
 #include "solvers/Verdict.h"
 
+#include <map>
+#include <optional>
 #include <string_view>
 
 #include "solvers/MessageFiles.h"
@@ -84,6 +86,7 @@ JobStatus NoMessageFile(JobFile& job) {
 }  // namespace
 
 MessageVerdict ReadVerdict(const std::string& messageFile) {
+  using Tells = MessageVerdict::Tells;
   MessageVerdict verdict;
   LineBlocks blocks(LineBlocks::LongLines::kInPieces);
   NormalLine normalLine;
@@ -91,34 +94,48 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
     verdict.reason = Message(MessageId::kMessageFileUnreadable);
     return verdict;
   }
-  bool errorEnd = false;
   for (std::string_view block; blocks.Next(block);) {
-    if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {true, {}};
+    if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {.normal = true};
     if (verdict.reason.Empty()) verdict.reason = FirstError(block);
-    errorEnd = errorEnd || Holds(block, "E r r o r");
+    verdict.errorEnd = verdict.errorEnd || Holds(block, "E r r o r");
   }
-  if (verdict.reason.Empty()) {
-    verdict.reason =
-        errorEnd ? Message(MessageId::kErrorTermination) : Message(MessageId::kNoNormalLine);
+  if (!verdict.reason.Empty()) {
+    verdict.tells = Tells::kWhy;
+  } else if (verdict.errorEnd) {
+    verdict.tells = Tells::kError;
+    verdict.reason = Message(MessageId::kErrorTermination);
+  } else {
+    verdict.reason = Message(MessageId::kNoNormalLine);
   }
   return verdict;
 }
 
 JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
-  std::string decisive;
-  Message reason;
+  struct Decisive {
+    std::string kept;  // where it is now
+    std::string name;
+    std::string caseName;
+    MessageVerdict verdict;
+  };
+  std::optional<Decisive> decisive;
+  std::map<std::string, bool> normalCases;  // by what their first ranks say
   for (const std::string& file : messageFiles) {
     if (job.folderBefore.HoldsUnchanged(file)) continue;
-    MessageVerdict verdict = ReadVerdict(file);
-    const std::string kept = KeepMessageFile(job, file);
-    const bool isFirstBad = !verdict.normal && reason.Empty();
-    if (decisive.empty() || isFirstBad) decisive = kept;
-    if (!isFirstBad) continue;
-    reason = verdict.reason;
-    if (messageFiles.size() == 1) continue;
-    reason = Message(MessageId::kOfFile, FileDirWrapper::NameOf(file), verdict.reason);
+    const MessageVerdict verdict = ReadVerdict(file);
+    const auto [itsCase, isFirstRank] = normalCases.emplace(CaseOf(file), verdict.normal);
+    const bool hasWords = verdict.tells == MessageVerdict::Tells::kWhy && !itsCase->second;
+    if (!isFirstRank && !verdict.errorEnd && !hasWords) continue;
+    Decisive found = {KeepMessageFile(job, file), FileDirWrapper::NameOf(file), itsCase->first,
+                      verdict};
+    const bool isBetter =
+        decisive && decisive->caseName == found.caseName && decisive->verdict.tells < verdict.tells;
+    if (!decisive || (!verdict.normal && (decisive->verdict.normal || isBetter)))
+      decisive = std::move(found);
   }
-  if (decisive.empty()) return NoMessageFile(job);
-  job.SetMessageFile(decisive);
-  return reason.Empty() ? JobStatus::kFinished : NotNormal(job, reason);
+  if (!decisive) return NoMessageFile(job);
+  job.SetMessageFile(decisive->kept);
+  const Message& reason = decisive->verdict.reason;
+  if (decisive->verdict.normal) return JobStatus::kFinished;
+  if (messageFiles.size() == 1) return NotNormal(job, reason);
+  return NotNormal(job, Message(MessageId::kOfFile, decisive->name, reason));
 }

@@ -8,16 +8,21 @@
 
 #include "jobs/JobFile.h"
 
-// How the run ended by its message files, Finished or Aborted: Finished when all that this run
-// wrote say so. Each is renamed to its name and ".krb"; the first that does not tell of a normal
-// end, else the first, becomes the job's message file. Leaves code 2 and the reason with the job;
-// without a file, or with old ones only, code 3.
+// How the run ended by its message files, Finished or Aborted: Finished when those of all cases
+// that this run wrote say so. For a case the file of its first rank speaks, since the other ranks
+// need not tell of the end; but none of them may tell of an error termination. The files of the
+// first ranks and those that tell of an error are renamed to their names and ".krb"; the first that
+// stands against a normal end, else the first, becomes the job's message file. Of a case whose
+// first rank does not know why it ended it is the rank that does. Leaves code 2 and the reason with
+// the job; without a file, or with old ones only, code 3. `messageFiles`: see WrittenMessageFiles.
 JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles);
 
 // What a message file says about the end of its run.
 struct MessageVerdict {
   bool normal = false;
-  Message reason;  // of a run that did not end normally
+  bool errorEnd = false;  // it tells of an error termination
+  enum class Tells { kNothing, kError, kWhy } tells = Tells::kNothing;
+  Message reason = {};  // of a run that did not end normally
 };
 MessageVerdict ReadVerdict(const std::string& messageFile);
 

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "solvers/MessageFiles.h"
+#include "solvers/Verdict.h"
 #include "support/SolverFixture.h"
 
 namespace {
@@ -10,6 +11,7 @@ TEST_F(SolverTest, RunsADeckToItsEnd) {
   folder_.Write("mes0003", "old");
   folder_.Write("messag.krb", "old");
   folder_.Write("mes0000.KRB", "kept");
+  folder_.Write("names0.csv", "a table");
   folder_.Write("messages.k", "a deck");
   folder_.Write("messag.dyn.bak", "a deck");
   const auto job = DynaJobWith("$ standin: echo\n$ standin: adaptdump 1\n");
@@ -23,6 +25,7 @@ TEST_F(SolverTest, RunsADeckToItsEnd) {
   EXPECT_FALSE(Exists(folder_ / "mes0003"));
   EXPECT_EQ(TempFolder::Read(folder_ / "mes0000.KRB"), "kept");
   EXPECT_EQ(TempFolder::Read(folder_ / "messages.k"), "a deck");
+  EXPECT_EQ(TempFolder::Read(folder_ / "names0.csv"), "a table");
   EXPECT_EQ(TempFolder::Read(folder_ / "messag.dyn.bak"), "a deck");
   EXPECT_TRUE(Exists(folder_ / "adapt01.adaptdmp"));
   const Lines echo = ReadLines(folder_ / "standin_echo.txt");
@@ -126,6 +129,34 @@ TEST_F(SolverTest, FindsTheMessageFile) {
   }
   EXPECT_EQ(CaseMessageFiles(*job),
             (Lines{folder_ / "CASE2.mes0000", folder_ / "CASE10.messag", folder_ / "mes0001"}));
+}
+
+TEST_F(SolverTest, AnErrorOfAnyRankIsNoNormalEnd) {
+  const std::string normal = " N o r m a l    t e r m i n a t i o n\n";
+  const std::string error = " *** Error 40509\n E r r o r   t e r m i n a t i o n\n";
+  const auto judge = [&](const std::string& zero, const std::string& two) {
+    for (const char* name : {"mes0000", "mes0001", "mes0002"}) {
+      std::filesystem::remove(folder_ / name);
+      std::filesystem::remove(folder_ / name + ".krb");
+    }
+    folder_.Write("mes0000", zero);
+    folder_.Write("mes0001", "nothing of the end\n");
+    folder_.Write("mes0002", two);
+    const auto job = DynaJobWith("");
+    const JobStatus status = JudgeRun(*job, WrittenMessageFiles(*job));
+    EXPECT_TRUE(Exists(folder_ / "mes0000.krb"));
+    EXPECT_TRUE(Exists(folder_ / "mes0001"));
+    return status == JobStatus::kFinished
+               ? "Finished"
+               : FileDirWrapper::NameOf(job->MessageFile()) + " " + job->RunMessage().English();
+  };
+  EXPECT_EQ(judge(normal, "no word\n"), "Finished");
+  EXPECT_EQ(judge("no word\n", "no word\n").substr(0, 11), "mes0000.krb");
+  for (const std::string& zero : {normal, std::string("no word\n")}) {
+    const std::string reason = judge(zero, error);
+    EXPECT_EQ(reason.substr(0, 11), "mes0002.krb") << reason;
+    EXPECT_NE(reason.find("mes0002: *** Error 40509"), std::string::npos) << reason;
+  }
 }
 
 TEST_F(SolverTest, NoMessageFileTakesTheDecksPlace) {
