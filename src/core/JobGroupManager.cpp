@@ -51,6 +51,9 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
   void GroupRemoved(int groupId) override {
     Tell([&](QueueObserver& o) { o.GroupRemoved(groupId); });
   }
+  void GroupPlaced(int groupId, int place) override {
+    Tell([&](QueueObserver& o) { o.GroupPlaced(groupId, place); });
+  }
   void CurrentGroupChanged(int groupId) override {
     Tell([&](QueueObserver& o) { o.CurrentGroupChanged(groupId); });
   }
@@ -168,6 +171,26 @@ bool JobGroupManager::RemoveGroup(int index) {
   }
   relay_->GroupRemoved(group->Id());
   TellCurrentGroup();
+  return true;
+}
+
+bool JobGroupManager::ReturnGroup(const std::shared_ptr<JobGroup>& group, int index) {
+  if (IndexOf(group.get()) >= 0) return false;
+  const std::string before = group->Name();
+  std::string name = before;
+  for (int number = 2; IndexOfName(name) >= 0; ++number) {
+    name = before + ' ' + std::to_string(number);
+  }
+  index = std::clamp(index, 0, GroupCount());
+  {
+    const MutexLock lock(mutex_);
+    groups_.insert(groups_.begin() + index, group);
+    std::erase_if(removed_, [&](const auto& former) { return former.lock() == group; });
+    if (index <= current_) ++current_;
+  }
+  group->SetName(name);  // tells of the group
+  relay_->GroupPlaced(group->Id(), index);
+  group->TellAll();
   return true;
 }
 

@@ -39,6 +39,9 @@ class JobGroupManager {
   int AddGroup(const std::string& name);
   // A group that runs is told to stop first; its thread may outlive this call.
   bool RemoveGroup(int index);
+  // A group that was removed is there again with its jobs, at this place; its name gets a number
+  // when another one has it now. False when it is there.
+  bool ReturnGroup(const std::shared_ptr<JobGroup>& group, int index);
   std::shared_ptr<JobGroup> GroupAt(int index) const;  // null out of range
   std::shared_ptr<JobGroup> GroupById(int id) const;
   int GroupCount() const;

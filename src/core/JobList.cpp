@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "solvers/SolverKinds.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -14,39 +13,6 @@ constexpr char kMutexName[] = "KESTRUN_MUTEX_SIGNAL_NAME";
 std::mutex& ProcessMutex() {
   static std::mutex mutex;
   return mutex;
-}
-
-void SetAbort(JobFile& job, bool abort) {
-  job.abort = abort;
-  for (const std::shared_ptr<JobFile>& stage : job.stages) SetAbort(*stage, abort);
-}
-
-// A setter that does nothing for jobs of other kinds.
-template <typename T>
-std::function<bool(JobFile&)> DynaSetter(T DynaFields::*field, T value) {
-  return [field, value](JobFile& job) {
-    auto* dyna = dynamic_cast<JobFileDyna*>(&job);
-    if (dyna == nullptr) return false;
-    dyna->*field = value;
-    return true;
-  };
-}
-
-template <typename T>
-std::function<bool(JobFile&)> Setter(T JobFields::*field, T value) {
-  return [field, value = std::move(value)](JobFile& job) {
-    job.*field = value;
-    return true;
-  };
-}
-
-// What is set for a job with stages is set for each of them.
-std::function<bool(JobFile&)> WithStages(std::function<bool(JobFile&)> change) {
-  return [change = std::move(change)](JobFile& job) {
-    if (!change(job)) return false;
-    for (const std::shared_ptr<JobFile>& stage : job.stages) change(*stage);
-    return true;
-  };
 }
 
 }  // namespace
@@ -117,8 +83,8 @@ JobFile* JobList::FirstActive() const {
   return found == jobs_.end() ? nullptr : found->get();
 }
 
-void JobList::Tell(ListChange::What what, const JobFile& job, std::size_t place) const {
-  observer_.JobsChanged(id_, {what, job, place});
+void JobList::Tell(ListChange::What what, const Told& jobs, std::size_t place) const {
+  if (!jobs.empty()) observer_.JobsChanged(id_, {what, jobs, place});
 }
 
 void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
@@ -127,7 +93,7 @@ void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
   if (status == JobStatus::kRunning)
     job.started = since != 0 ? since : DateTimeWrapper::CurrentTime();
   job.ended = hasEnded ? DateTimeWrapper::CurrentTime() : 0;
-  observer_.JobStatusChanged(id_, job);
+  if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
 
 bool JobList::AddJob(std::shared_ptr<JobFile> job) {
@@ -135,35 +101,8 @@ bool JobList::AddJob(std::shared_ptr<JobFile> job) {
   const Access access(*this);
   if (!byId_.emplace(job->id, job.get()).second) return false;
   jobs_.push_back(std::move(job));
-  Tell(ListChange::What::kAdded, *jobs_.back(), jobs_.size() - 1);
+  Tell(ListChange::What::kAdded, {jobs_.back().get()}, jobs_.size() - 1);
   if (jobs_.back()->status == JobStatus::kQueued) JobQueued(*jobs_.back());
-  return true;
-}
-
-bool JobList::RemoveJob(JobId job) {
-  std::shared_ptr<JobFile> removed;  // freed without the lock
-  const Access access(*this);
-  JobFile* const found = Find(job);
-  if (found == nullptr) return false;
-  if (IsActive(found->status)) SetAbort(*found, true);
-  const std::size_t place = PlaceOf(*found);
-  removed = std::move(jobs_[place]);
-  jobs_.erase(jobs_.begin() + static_cast<std::ptrdiff_t>(place));
-  byId_.erase(job);
-  Tell(ListChange::What::kRemoved, *removed, place);
-  return true;
-}
-
-bool JobList::MoveJob(JobId job, bool up) {
-  const Access access(*this);
-  const JobFile* const found = Find(job);
-  if (found == nullptr || found->status != JobStatus::kQueued) return false;
-  const std::size_t place = PlaceOf(*found);
-  if (up ? place == 0 : place + 1 == jobs_.size()) return false;
-  const std::size_t other = up ? place - 1 : place + 1;
-  if (up && jobs_[other]->status != JobStatus::kQueued) return false;
-  std::swap(jobs_[place], jobs_[other]);
-  Tell(ListChange::What::kMoved, *found, other);
   return true;
 }
 
@@ -171,52 +110,15 @@ bool JobList::ChangeJob(JobId job, const std::function<bool(JobFile&)>& change) 
   const Access access(*this);
   JobFile* const found = Find(job);
   if (found == nullptr || found->status == JobStatus::kRunning || !change(*found)) return false;
-  Tell(ListChange::What::kFields, *found, 0);
+  Tell(ListChange::What::kFields, {found});
   return true;
-}
-
-bool JobList::Resubmit(JobId job) {
-  const Access access(*this);
-  JobFile* const found = Find(job);
-  if (found == nullptr) return false;
-  if (!HasEnded(found->status)) return false;
-  found->ResetForRun();
-  SetStatus(*found, JobStatus::kQueued);
-  JobQueued(*found);
-  return true;
-}
-
-bool JobList::SetMemory(JobId job, std::uint64_t megabytes) {
-  return ChangeJob(job, WithStages(Setter(&JobFile::memory, megabytes)));
-}
-
-bool JobList::SetCpuCount(JobId job, int count) {
-  return ChangeJob(job, WithStages(Setter(&JobFile::ncpu, count)));
-}
-
-bool JobList::SetPause(JobId job, int seconds) {
-  return ChangeJob(job, WithStages(Setter(&JobFile::pause, seconds)));
-}
-
-bool JobList::SetPrecision(JobId job, SolverKind kind) {
-  if (!RowOfKind(kind).runsDecks) return false;
-  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::solverType, kind)));
-}
-
-bool JobList::SetUseSFile(JobId job, bool on) {
-  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::useSFile, on)));
-}
-
-bool JobList::SetDump(JobId job, bool on) {
-  return ChangeJob(job, WithStages(DynaSetter(&JobFileDyna::dump, on)));
 }
 
 bool JobList::SetRestartFile(JobId job, const std::string& path) {
-  return ChangeJob(job, Setter(&JobFile::restartFile, path));
-}
-
-bool JobList::SetExtraOptions(JobId job, const std::string& options) {
-  return ChangeJob(job, Setter(&JobFile::extraOptions, options));
+  return ChangeJob(job, [&path](JobFile& found) {
+    found.restartFile = path;
+    return true;
+  });
 }
 
 int JobList::JobCount() const {
@@ -296,14 +198,15 @@ void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status) {
   SetStatus(job, stage, status);
 }
 
+// A job that has been removed may come back.
 void JobList::EndRun(JobFile& job, JobStatus status) {
   const Access access(*this);
-  if (Find(job.id) != nullptr) SetStatus(job, status);
+  SetStatus(job, status);
 }
 
 void JobList::AbortActiveJobs() {
   const Access access(*this);
   for (const std::shared_ptr<JobFile>& job : jobs_) {
-    if (IsActive(job->status)) SetAbort(*job, true);
+    if (IsActive(job->status)) job->Abort();
   }
 }

@@ -13,9 +13,33 @@
 
 #include "core/AppLog.h"
 #include "core/QueueObserver.h"
+#include "jobs/JobField.h"
 #include "jobs/JobFile.h"
+#include "record/JobImage.h"
 #include "util/process/PTWrapper.h"
 #include "util/signals/Mutex.h"
+
+// What became of an operation on several jobs. Jobs that are not in the list count nowhere.
+struct ManyDone {
+  int done = 0;
+  int running = 0;  // left out, since they run
+  int unfit = 0;    // left out, since their status or their kind forbids it
+
+  int LeftOut() const { return running + unfit; }
+};
+
+// A job that was taken out, and the place in the list that it had.
+struct RemovedJob {
+  std::shared_ptr<JobFile> job;
+  std::size_t place = 0;
+};
+
+// How a job and its stages had ended before they were queued again.
+struct JobEnd {
+  JobId job = JobId::kNone;
+  JobProgress progress;
+  std::vector<std::pair<JobId, JobProgress>> stages;
+};
 
 // Operations may be called on any thread; each takes the lock that all lists share, waits for it
 // without limit and lets go before it returns. Jobs and stages are named by their id; for one that
@@ -35,24 +59,55 @@ class JobList : public PTWrapper {
   int Id() const { return id_; }
 
   bool AddJob(std::shared_ptr<JobFile> job);  // at the end; false for one that is there already
+
+  // On several jobs in one step, in a time that grows as the list does: nobody sees a part of it.
+  using Jobs = std::vector<JobId>;
   // A job that runs is told to abort; whoever runs it ends the solver and goes on with the next.
-  bool RemoveJob(JobId job);
-  // A queued job moves down past any job, and up past a queued one only.
-  bool MoveJob(JobId job, bool up);
-  // Finished and Aborted jobs only: back to Queued.
-  bool Resubmit(JobId job);
+  // What comes back has the order of the list.
+  std::vector<RemovedJob> RemoveJobs(const Jobs& jobs);
+  // Back to the places that they had. Of a job that runs still, the run ends as Aborted.
+  void ReturnJobs(const std::vector<RemovedJob>& removed);
+  // Queued jobs move down past any job, and up past queued ones only; they keep their order. Jobs
+  // that have nowhere to go stay and are not counted as done. `before`, when there is one, gets the
+  // order of what has moved and has been moved past.
+  enum class Move { kUp, kDown, kToTop, kToBottom };
+  ManyDone MoveJobs(const Jobs& jobs, Move move, Jobs* before = nullptr);
+  // These jobs stand in this order among themselves again, wherever others are.
+  void RestoreOrder(const Jobs& order);
+  // Finished and Aborted jobs only: back to Queued. `ends` gets how they had ended.
+  ManyDone ResubmitJobs(const Jobs& jobs, std::vector<JobEnd>* ends = nullptr);
+  // Those that are still Queued are as they had ended.
+  ManyDone RestoreEnds(const std::vector<JobEnd>& ends);
+  // Of a job with stages this sets each stage too; for a single one there is ChangeStage. A
+  // precision is one that runs decks. `before` gets what the jobs had that had something else.
+  ManyDone SetField(const Jobs& jobs, JobField field, const FieldValue& value,
+                    std::vector<FieldBefore>* before = nullptr);
+  ManyDone RestoreField(JobField field, const std::vector<FieldBefore>& before);
+  // Tells of all jobs as if they had been added: the list is known again.
+  void TellAll();
 
-  // Of a job with stages these set each stage too; for a single one there is ChangeStage.
-  bool SetMemory(JobId job, std::uint64_t megabytes);
-  bool SetCpuCount(JobId job, int count);
-  bool SetPause(JobId job, int seconds);
-  bool SetPrecision(JobId job, SolverKind kind);  // LS-DYNA jobs: one that runs decks
-  bool SetUseSFile(JobId job, bool on);           // LS-DYNA jobs
-  bool SetDump(JobId job, bool on);               // LS-DYNA jobs
+  // The same for one job.
+  bool RemoveJob(JobId job) { return !RemoveJobs({job}).empty(); }
+  bool MoveJob(JobId job, bool up) {
+    return MoveJobs({job}, up ? Move::kUp : Move::kDown).done > 0;
+  }
+  bool Resubmit(JobId job) { return ResubmitJobs({job}).done > 0; }
+  bool Set(JobId job, JobField field, const FieldValue& value) {
+    return SetField({job}, field, value).done > 0;
+  }
+  bool SetMemory(JobId job, std::uint64_t megabytes) {
+    return Set(job, JobField::kMemory, megabytes);
+  }
+  bool SetCpuCount(JobId job, int count) { return Set(job, JobField::kCpus, count); }
+  bool SetPause(JobId job, int seconds) { return Set(job, JobField::kPause, seconds); }
+  bool SetPrecision(JobId job, SolverKind kind) { return Set(job, JobField::kPrecision, kind); }
+  bool SetUseSFile(JobId job, bool on) { return Set(job, JobField::kForce, on); }
+  bool SetDump(JobId job, bool on) { return Set(job, JobField::kDump, on); }
+  bool SetExtraOptions(JobId job, const std::string& options) {
+    return Set(job, JobField::kOptions, options);
+  }
 
-  // Of the job alone.
-  bool SetRestartFile(JobId job, const std::string& path);
-  bool SetExtraOptions(JobId job, const std::string& options);
+  bool SetRestartFile(JobId job, const std::string& path);  // of the job alone
 
   // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
   // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.
@@ -90,7 +145,7 @@ class JobList : public PTWrapper {
   bool BeginRun(JobFile& job, std::int64_t since = 0);
   // What a waiting job says of itself has changed.
   void ShowWaiting(const JobFile& job);
-  // These write nothing for a job that has been removed, but for the stage's own status.
+  // Of a job that has been removed nobody is told.
   void ShowStage(const JobFile& job, JobFile& stage, JobStatus status);
   void EndRun(JobFile& job, JobStatus status);
   // Sets the abort flags of the active jobs and their stages.
@@ -129,7 +184,14 @@ class JobList : public PTWrapper {
     const JobList& list_;
   };
 
-  void Tell(ListChange::What what, const JobFile& job, std::size_t place) const KR_REQUIRES(lock_);
+  using Told = std::vector<const JobFile*>;
+  void Tell(ListChange::What what, const Told& jobs, std::size_t place = 0) const
+      KR_REQUIRES(lock_);
+  // Takes a new order of the same jobs, and tells what of it is new.
+  void TakeOrder(std::vector<std::shared_ptr<JobFile>> order, Jobs* before) KR_REQUIRES(lock_);
+  // Which of the jobs are to be changed, in the order of `jobs`; counts the others.
+  template <typename Fits>
+  std::vector<JobFile*> Pick(const Jobs& jobs, ManyDone& done, Fits fits) const KR_REQUIRES(lock_);
   JobFile* Find(JobId job) const KR_REQUIRES(lock_);  // null when it is not there
   JobFile* FindStage(JobId job, JobId stage) const KR_REQUIRES(lock_);
   std::size_t PlaceOf(const JobFile& job) const KR_REQUIRES(lock_);

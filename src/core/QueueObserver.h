@@ -2,6 +2,7 @@
 #ifndef KR_CORE_QUEUEOBSERVER_H
 #define KR_CORE_QUEUEOBSERVER_H
 
+#include <span>
 #include <string>
 
 #include "jobs/JobRequest.h"
@@ -9,17 +10,17 @@
 
 struct RunRecord;
 
-// How the list of a group changed.
+// How the list of a group changed: of one job, or of several in one step.
 struct ListChange {
   enum class What {
     kAdded,    // at the end
-    kRemoved,  // whatever its status is
-    kMoved,
-    kFields  // fields of it, or stages
+    kRemoved,  // whatever their status is
+    kOrder,    // from `place` on, these jobs stand in this order
+    kFields    // fields of them, stages, or all that tells how far they are
   };
   What what;
-  const JobFile& job;
-  std::size_t place;  // in the list; of one that is removed, where it was
+  std::span<const JobFile* const> jobs;
+  std::size_t place = 0;  // in the list
 };
 
 // Calls come from any thread, those about jobs while the list of jobs is locked, in the order of
@@ -41,17 +42,19 @@ class QueueObserver {
   // Decks are being read: how many are done of how many, the one being read and its percentage.
   // done == total: nothing is being read any more.
   virtual void IntakeProgress(int done, int total, const std::string& file, int percent) = 0;
-  // A running job, or one that has just ended, was looked at: RunWatch::StateOf tells more. While no
-  // list is locked.
+  // A running job, or one that has just ended, was looked at: RunWatch::StateOf tells more. While
+  // no list is locked.
   virtual void RunLookedAt(JobId /*job*/) {}
   // Something was reported to the application log.
   virtual void Logged(const Message& message) = 0;
 
-  // For who keeps a record. The first is called for a new group, too; the first three on the
+  // For who keeps a record. The first is called for a new group, too; the first four on the
   // interface thread, the last on the run's, while no list is locked.
   virtual void GroupChanged(int /*groupId*/, const std::string& /*name*/,
                             const std::string& /*text*/) {}
   virtual void GroupRemoved(int /*groupId*/) {}
+  // It stands at this place among the groups.
+  virtual void GroupPlaced(int /*groupId*/, int /*place*/) {}
   virtual void CurrentGroupChanged(int /*groupId*/) {}
   // A job is to be made, which will have the request's id; or will not be made after all. Any
   // thread.

@@ -231,16 +231,21 @@ void QueueRecord::StageStatusChanged(int, const JobFile& job, const JobFile& sta
 }
 
 void QueueRecord::JobsChanged(int groupId, const ListChange& change) {
-  switch (change.what) {
-    case ListChange::What::kAdded:
-      return writer_.Put(change::JobAdded{groupId, ImageOf(change.job)});
-    case ListChange::What::kRemoved:
-      return writer_.Put(change::JobGone{change.job.id});
-    case ListChange::What::kMoved:
-      return writer_.Put(change::JobMoved{change.job.id, change.place});
-    case ListChange::What::kFields:
-      return writer_.Put(change::JobSet{ImageOf(change.job)});
+  std::vector<QueueChange> changes;
+  std::vector<JobId> ids;
+  for (const JobFile* const job : change.jobs) {
+    if (change.what == ListChange::What::kAdded) {
+      changes.emplace_back(change::JobAdded{groupId, ImageOf(*job)});
+    } else if (change.what == ListChange::What::kFields) {
+      changes.emplace_back(change::JobSet{ImageOf(*job)});
+    } else {
+      ids.push_back(job->id);
+    }
   }
+  if (change.what == ListChange::What::kRemoved) changes.emplace_back(change::JobsGone{ids});
+  if (change.what == ListChange::What::kOrder)
+    changes.emplace_back(change::JobOrder{groupId, change.place, ids});
+  writer_.Put(std::move(changes));
 }
 
 void QueueRecord::GroupChanged(int groupId, const std::string& name, const std::string& text) {
@@ -249,6 +254,10 @@ void QueueRecord::GroupChanged(int groupId, const std::string& name, const std::
 
 void QueueRecord::GroupRemoved(int groupId) {
   writer_.Put(change::GroupGone{groupId});
+}
+
+void QueueRecord::GroupPlaced(int groupId, int place) {
+  writer_.Put(change::GroupPlaced{groupId, place});
 }
 
 void QueueRecord::CurrentGroupChanged(int groupId) {

@@ -84,6 +84,7 @@ class QueueRecord : public QueueObserver {
   void JobsChanged(int groupId, const ListChange& change) override;
   void GroupChanged(int groupId, const std::string& name, const std::string& text) override;
   void GroupRemoved(int groupId) override;
+  void GroupPlaced(int groupId, int place) override;
   void CurrentGroupChanged(int groupId) override;
   void JobRequested(const JobRequest& request) override;
   void RequestGivenUp(JobId request) override;

@@ -121,4 +121,9 @@ void JobFile::ResetForRun() {
   }
 }
 
+void JobFile::Abort() {
+  abort = true;
+  for (const std::shared_ptr<JobFile>& stage : stages) stage->Abort();
+}
+
 JobFileDyna::JobFileDyna(const Settings& settings) : JobFile(settings) {}

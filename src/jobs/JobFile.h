@@ -174,6 +174,9 @@ class JobFile : public JobFields {
   // Stages before the first one to run keep how they ended.
   void ResetForRun();
 
+  // Sets its abort flag and those of its stages.
+  void Abort();
+
  private:
   mutable Mutex mutex_;
   RunResult result_ KR_GUARDED_BY(mutex_);

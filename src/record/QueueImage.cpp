@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <unordered_set>
 
 #include "record/Form.h"
 
@@ -68,6 +69,7 @@ struct ToJson {
     return {"group", c.group, Of(c.name), Of(c.text)};
   }
   Json operator()(const change::GroupGone& c) const { return {"nogroup", c.group}; }
+  Json operator()(const change::GroupPlaced& c) const { return {"place", c.group, c.place}; }
   Json operator()(const change::CurrentGroup& c) const { return {"current", c.group}; }
   Json operator()(const change::JobRequested& c) const {
     Json request = Json::object();
@@ -78,6 +80,10 @@ struct ToJson {
   Json operator()(const change::JobAdded& c) const { return {"add", c.group, JobJson(c.job)}; }
   Json operator()(const change::JobGone& c) const { return {"remove", Of(c.job)}; }
   Json operator()(const change::JobMoved& c) const { return {"move", Of(c.job), c.place}; }
+  Json operator()(const change::JobsGone& c) const { return {"gone", Of(c.jobs)}; }
+  Json operator()(const change::JobOrder& c) const {
+    return {"order", c.group, c.place, Of(c.jobs)};
+  }
   Json operator()(const change::JobSet& c) const { return {"job", JobJson(c.job)}; }
   Json operator()(const change::Progress& c) const {
     JobImage job;
@@ -115,6 +121,8 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
       {"group", ReadFields<change::GroupSet, &change::GroupSet::group, &change::GroupSet::name,
                            &change::GroupSet::text>},
       {"nogroup", ReadFields<change::GroupGone, &change::GroupGone::group>},
+      {"place",
+       ReadFields<change::GroupPlaced, &change::GroupPlaced::group, &change::GroupPlaced::place>},
       {"current", ReadFields<change::CurrentGroup, &change::CurrentGroup::group>},
       {"request",
        [](const Value& json) -> Result {
@@ -133,6 +141,9 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          return Result(std::move(c));
        }},
       {"remove", ReadFields<change::JobGone, &change::JobGone::job>},
+      {"gone", ReadFields<change::JobsGone, &change::JobsGone::jobs>},
+      {"order", ReadFields<change::JobOrder, &change::JobOrder::group, &change::JobOrder::place,
+                           &change::JobOrder::jobs>},
       {"move", ReadFields<change::JobMoved, &change::JobMoved::job, &change::JobMoved::place>},
       {"job",
        [](const Value& json) -> Result {
@@ -201,6 +212,14 @@ class Applier {
     for (const JobId job : group->jobs) now_.jobs.erase(job);
     std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
   }
+  void operator()(const change::GroupPlaced& c) {
+    const GroupImage* const found = Group(c.group);
+    if (found == nullptr) return;
+    const GroupImage group = *found;
+    std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
+    const auto last = static_cast<int>(now_.groups.size());
+    now_.groups.insert(now_.groups.begin() + std::clamp(c.place, 0, last), group);
+  }
   void operator()(const change::CurrentGroup& c) { now_.current = c.group; }
   void operator()(const change::JobRequested& c) {
     if (Job(c.request.id) == nullptr) now_.requests.emplace(c.request.id, c.request);
@@ -214,10 +233,30 @@ class Applier {
     group->jobs.push_back(id);
     now_.requests.erase(id);
   }
-  void operator()(const change::JobGone& c) {
-    now_.requests.erase(c.job);
-    if (now_.jobs.erase(c.job) == 0) return;
-    for (GroupImage& group : now_.groups) std::erase(group.jobs, c.job);
+  void operator()(const change::JobGone& c) { (*this)(change::JobsGone{{c.job}}); }
+  void operator()(const change::JobsGone& c) {
+    bool wereThere = false;
+    for (const JobId job : c.jobs) {
+      now_.requests.erase(job);
+      wereThere = now_.jobs.erase(job) != 0 || wereThere;
+    }
+    const auto isGone = [this](JobId job) { return Job(job) == nullptr; };
+    for (GroupImage& group : now_.groups) {
+      if (wereThere) std::erase_if(group.jobs, isGone);
+    }
+  }
+  void operator()(const change::JobOrder& c) {
+    GroupImage* const group = Group(c.group);
+    if (group == nullptr) return;
+    std::unordered_set<JobId> others(group->jobs.begin(), group->jobs.end());
+    std::vector<JobId> placed;
+    for (const JobId job : c.jobs) {
+      if (others.erase(job) != 0) placed.push_back(job);
+    }
+    std::erase_if(group->jobs, [&others](JobId job) { return others.count(job) == 0; });
+    const std::size_t place = std::min<std::size_t>(c.place, group->jobs.size());
+    group->jobs.insert(group->jobs.begin() + static_cast<std::ptrdiff_t>(place), placed.begin(),
+                       placed.end());
   }
   void operator()(const change::JobMoved& c) {
     for (GroupImage& group : now_.groups) {

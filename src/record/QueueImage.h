@@ -24,6 +24,10 @@ struct GroupSet {  // a new one is the last
 struct GroupGone {
   int group = 0;
 };
+struct GroupPlaced {  // among the groups
+  int group = 0;
+  int place = 0;
+};
 struct CurrentGroup {
   int group = 0;
 };
@@ -40,9 +44,17 @@ struct JobAdded {  // at the end
 struct JobGone {
   JobId job = JobId::kNone;
 };
-struct JobMoved {
+struct JobsGone {
+  std::vector<JobId> jobs;
+};
+struct JobMoved {  // in records of 2016 R1 before JobOrder
   JobId job = JobId::kNone;
   std::uint64_t place = 0;
+};
+struct JobOrder {  // from the place on, these jobs stand in this order
+  int group = 0;
+  std::uint64_t place = 0;
+  std::vector<JobId> jobs;
 };
 struct JobSet {  // anything of it; the run of one that runs stays
   JobImage job;
@@ -61,8 +73,8 @@ struct Run {  // one that has begun, or has ended
 struct LeftTaken {
   bool resumed = false;
 };
-// The program has ended as it should. `resume`: restore it without asking; `stopped`: jobs ran until
-// the end stopped them.
+// The program has ended as it should. `resume`: restore it without asking; `stopped`: jobs ran
+// until the end stopped them.
 struct SessionOver {
   bool resume = false;
   bool stopped = false;
@@ -74,10 +86,11 @@ struct SessionBegins {
 }  // namespace change
 
 using QueueChange =
-    std::variant<change::GroupSet, change::GroupGone, change::CurrentGroup, change::JobRequested,
-                 change::HandedOver, change::JobAdded, change::JobGone, change::JobMoved,
-                 change::JobSet, change::Progress, change::Run, change::LeftTaken,
-                 change::SessionOver, change::SessionBegins>;
+    std::variant<change::GroupSet, change::GroupGone, change::GroupPlaced, change::CurrentGroup,
+                 change::JobRequested, change::HandedOver, change::JobAdded, change::JobGone,
+                 change::JobsGone, change::JobMoved, change::JobOrder, change::JobSet,
+                 change::Progress, change::Run, change::LeftTaken, change::SessionOver,
+                 change::SessionBegins>;
 
 struct GroupImage {
   int id = 0;

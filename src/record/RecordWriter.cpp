@@ -1,6 +1,7 @@
 #include "record/RecordWriter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "record/History.h"
@@ -75,10 +76,16 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
 }
 
 void RecordWriter::Put(QueueChange change) {
+  std::vector<QueueChange> changes;
+  changes.push_back(std::move(change));
+  Put(std::move(changes));
+}
+
+void RecordWriter::Put(std::vector<QueueChange> changes) {
   {
     const MutexLock lock(mutex_);
     if (end_) return;
-    changes_.push_back(std::move(change));
+    std::move(changes.begin(), changes.end(), std::back_inserter(changes_));
     ++put_;
   }
   changed_.notify_all();

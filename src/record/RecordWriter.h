@@ -38,6 +38,7 @@ class RecordWriter {
 
   // Each counts whole or not at all, and so does what is put between Hold and Release.
   void Put(QueueChange change);
+  void Put(std::vector<QueueChange> changes);  // all of them or none
   void PutRun(const RunRecord& run);  // for the history
   void Hold();
   void Release();

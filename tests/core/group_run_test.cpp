@@ -140,11 +140,20 @@ TEST_F(GroupRun, AJobRemovedInThePauseIsNotRun) {
 TEST_F(GroupRun, ARemovedRunningJobLosesItsSolverAndTheNextGoesOn) {
   const auto removed = StartHanging();
   Add("next");
-  ASSERT_TRUE(Group()->RemoveJob(Id(0)));
+  const auto kept = Group()->RemoveJobs({Id(0)});
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   EXPECT_FALSE(removed->process.IsActive());
-  EXPECT_EQ(removed->status, JobStatus::kRunning);  // nothing was written into it
+  Group()->ReturnJobs(kept);
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
+
+  // It comes back before its run has returned.
+  ASSERT_TRUE(Group()->Resubmit(Id(0)));
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitForStatus(*Group(), 0, JobStatus::kRunning));
+  Group()->ReturnJobs(Group()->RemoveJobs({Id(0)}));
+  ASSERT_TRUE(WaitForEnd(*Group()));
+  EXPECT_EQ(Status(*Group(), 0), JobStatus::kAborted);
 }
 
 TEST_F(GroupRun, FollowsItsJobThroughReordering) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/QueueUndo.h"
 #include "CoreFixture.h"
 #include "support/Standin.h"
 #include "util/process/ProcessIdentity.h"
@@ -133,6 +134,30 @@ TEST_F(QueueRecordTest, EachJobComesBackAsItsStatusWants) {
     EXPECT_EQ(job.stages[1]->jobFile, "d2.k");
   });
   EXPECT_EQ(second->record.Left().Jobs(), 0);
+}
+
+TEST_F(QueueRecordTest, ACrashBehindAnUndoHasTheJobsAtTheirPlaces) {
+  auto first = Start();
+  first->manager.AddGroup("Second");
+  for (const char* deck : {"a.k", "b.k", "c.k", "d.k"}) first->Add(deck);
+  const auto ended = first->Add("e.k", JobStatus::kFinished);
+  first->manager.AddGroup("Third");
+  QueueUndo undo(first->manager);
+  const auto group = first->manager.GroupAt(0);
+  const std::vector<JobId> all = group->JobIds();
+  undo.Move(group, {all[2], all[3]}, JobList::Move::kUp);  // a c d b e
+  undo.Resubmit(group, {ended->id});
+  undo.Remove(group, {all[0], all[3], ended->id});
+  undo.RemoveGroup(0);
+  for (int step = 0; step < 3; ++step) undo.Undo();
+  const Queue queue = first->Queue();
+  EXPECT_EQ(queue.front(), "Group1: a.k Queued c.k Queued d.k Queued b.k Queued e.k Finished");
+  undo.Remove(first->manager.GroupAt(1), {});
+  first.reset();
+
+  const auto second = Start();
+  second->record.Restore(second->manager, second->intake);
+  EXPECT_EQ(second->Queue(), queue);
 }
 
 // Stops the intake at the first deck.

@@ -27,8 +27,12 @@ class RandomQueue {
         return change::GroupGone{group};
       }
       case 2:
+        if (Number(0, 3) == 0) return change::JobsGone{{AnyJob(), AnyJob()}};
         return change::JobGone{AnyJob()};
       case 3:
+        if (Number(0, 3) == 0)
+          return change::GroupPlaced{AnyGroup(), static_cast<int>(Number(0, 5))};
+        return change::JobOrder{AnyGroup(), Number(0, 5), {AnyJob(), AnyJob(), AnyJob()}};
       case 4:
         return change::JobMoved{AnyJob(), Number(0, 5)};
       case 5: {
@@ -154,8 +158,7 @@ class RandomQueue {
 // Everything that an image holds, in one order: equal texts, equal images.
 inline std::string TextOf(const SessionImage& session) {
   std::string text = std::to_string(session.current) + (session.over ? " over" : "") +
-                     (session.resume ? " resume" : "") + (session.stopped ? " stopped" : "") +
-                     '\n';
+                     (session.resume ? " resume" : "") + (session.stopped ? " stopped" : "") + '\n';
   for (const GroupImage& group : session.groups) {
     QueueImage one;
     one.now.groups = {group};
