@@ -19,6 +19,7 @@
 #include "record/History.h"
 #include "record/RecordFiles.h"
 #include "solvers/OutputAnalysis.h"
+#include "solvers/Verdict.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -208,8 +209,14 @@ bool TakeReport(const std::string& path, const AnalysisReport& report, Findings&
 bool InspectMessage(const std::string& path, Findings& findings) {
   const AnalysisReport report = AnalyseMessageFile(path);
   if (!TakeReport(path, report, findings)) return false;
+  const MessageVerdict verdict = ReadVerdict(path);
+  const bool isPlain = verdict.failure.kind == FailureKind::kNone;
+  const Failure failure = isPlain ? Failure{FailureKind::kNoNormalEnd} : verdict.failure;
   findings.entries = {
-      {"errors", report.errors}, {"warnings", report.warnings}, {"cpu_time", report.cpuTime}};
+      {"errors", report.errors},
+      {"warnings", report.warnings},
+      {"cpu_time", report.cpuTime},
+      {"how", verdict.normal ? Entry::Value() : Entry::Value(FailureMessage(failure).English())}};
   return true;
 }
 

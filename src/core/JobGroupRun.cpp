@@ -154,6 +154,9 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
   run.stoppedAt = [&](const JobFile&, const RunRecord& record) {
     return setup_.watch == nullptr ? kNotStopped : setup_.watch->StoppedAt(job.id, record);
   };
+  run.stepFell = [&](const JobFile&, const RunRecord& record) {
+    return setup_.watch != nullptr && setup_.watch->StepFell(job.id, record);
+  };
   return run;
 }
 

@@ -42,7 +42,8 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   if (report.outcome == AnalysisReport::Outcome::kEnded) return {};
   std::vector<std::string> lines = std::move(report.lines);
   for (std::string& line : lines) std::erase(line, '\n');
-  const Message stopped = StoppedMessage(output.stoppedAt);
+  const Message stopped = output.status == JobStatus::kAborted ? FailureMessage(output.failure)
+                                                               : StoppedMessage(output.stoppedAt);
   if (!stopped.Empty()) lines.insert(lines.begin(), Said(hooks, stopped));
   if (output.status == JobStatus::kFinished && row.runsDecks)
     AddModelSize(output.folder, hooks, lines);

@@ -169,6 +169,7 @@ std::shared_ptr<JobFile> JobList::TakeQueuedJob(const std::atomic<bool>& stop,
     pause = std::chrono::seconds(job->pause);
     SetStatus(*job, JobStatus::kWaiting);
     if (!stop) return job;
+    job->SetHowFailed({FailureKind::kStopped});
     SetStatus(*job, JobStatus::kAborted);
   }
   none();

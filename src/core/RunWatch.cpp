@@ -1,5 +1,6 @@
 #include "core/RunWatch.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -53,6 +54,14 @@ void RunWatch::Recorded(JobId job, const RunRecord& run) {
   } else {
     runs_.insert_or_assign(job, WatchedFrom(job, run));
   }
+}
+
+bool RunWatch::StepFell(JobId job, const RunRecord& run) {
+  const std::optional<RunState> state = watcher_.LookLast(WatchedFrom(job, run));
+  if (!state) return false;
+  return std::any_of(state->health.begin(), state->health.end(), [](const HealthFinding& finding) {
+    return finding.check == HealthCheck::kTimeStep;
+  });
 }
 
 int RunWatch::StoppedAt(JobId job, const RunRecord& run) {

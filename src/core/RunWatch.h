@@ -25,6 +25,8 @@ class RunWatch {
   void Recorded(JobId job, const RunRecord& run);
   // As JobRunSetup::stoppedAt has it.
   int StoppedAt(JobId job, const RunRecord& run);
+  // As JobRunSetup::stepFell has it, by the limit of the settings.
+  bool StepFell(JobId job, const RunRecord& run);
 
   // How the job's last run goes on or how it ended, in this session; none before. Does not wait.
   std::optional<RunState> StateOf(JobId job) const { return watcher_.StateOf(job); }

@@ -71,6 +71,7 @@ void JobFile::SetRunError(int code, const Message& message) {
   result_.errorCode = code;
   result_.reason = message;
   result_.lastWords = {};
+  result_.failure = {};
 }
 
 Message JobFile::LastWords() const {
@@ -107,6 +108,44 @@ int JobFile::StoppedAt() const {
 void JobFile::SetStoppedAt(int percent) {
   const MutexLock lock(mutex_);
   result_.stoppedAt = percent;
+}
+
+Message FailureMessage(const Failure& failure) {
+  switch (failure.kind) {
+    case FailureKind::kStopped:
+      return Message(MessageId::kFailedStopped);
+    case FailureKind::kSolverError:
+      return failure.number == 0 ? Message(MessageId::kFailedSolver)
+                                 : Message(MessageId::kFailedSolverError, failure.number);
+    case FailureKind::kNoMessageFile:
+      return Message(MessageId::kFailedNoMessageFile);
+    case FailureKind::kKilled:
+      return failure.number < 0 ? Message(MessageId::kFailedCrashed)
+                                : Message(MessageId::kExitSignal, failure.number);
+    case FailureKind::kDiskFull:
+      return Message(MessageId::kFailedDisk);
+    case FailureKind::kCannotStart:
+      return Message(MessageId::kFailedStart);
+    case FailureKind::kTimeStep:
+      return Message(MessageId::kFailedTimeStep);
+    case FailureKind::kLicence:
+      return Message(MessageId::kFailedLicence);
+    case FailureKind::kNoNormalEnd:
+      return Message(MessageId::kFailedNoEnd);
+    case FailureKind::kNone:
+      break;
+  }
+  return {};
+}
+
+Failure JobFile::HowFailed() const {
+  const MutexLock lock(mutex_);
+  return result_.failure;
+}
+
+void JobFile::SetHowFailed(const Failure& failure) {
+  const MutexLock lock(mutex_);
+  result_.failure = failure;
 }
 
 void JobFile::ResetForRun() {

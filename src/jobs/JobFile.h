@@ -43,6 +43,31 @@ enum RunStop : int {
 // In words; empty for kNotStopped.
 Message StoppedMessage(int stoppedAt);
 
+// How a run failed. The numbers stand in the record: a new one comes last.
+enum class FailureKind : int {
+  kNone = 0,       // it did not, or nobody knows
+  kStopped,        // by the user; the only one that is no failure
+  kSolverError,    // number: of the solver's first error; 0: it tells of one without a number
+  kNoMessageFile,  // number: its exit code where that is known
+  kKilled,         // number: the signal; of Windows its status, which is negative
+  kDiskFull,
+  kCannotStart,  // number: the code of the run
+  kTimeStep,     // it collapsed
+  kLicence,
+  kNoNormalEnd,  // nothing tells of a normal end, or of an error
+};
+inline constexpr FailureKind kLastFailureKind = FailureKind::kNoNormalEnd;
+
+// Two runs with equal ones failed for the same reason.
+struct Failure {
+  FailureKind kind = FailureKind::kNone;
+  int number = 0;
+
+  bool operator==(const Failure&) const = default;
+};
+// "solver error 40509", "stopped by you"; empty for kNone.
+Message FailureMessage(const Failure& failure);
+
 // What a run has left beside its status. May say something of one that is Finished too.
 struct RunResult {
   std::string messageFile;  // where it is kept; empty: none
@@ -55,6 +80,7 @@ struct RunResult {
   // last (solvers/LastWords.h).
   Message lastWords;
   int stoppedAt = kNotStopped;  // a RunStop; of a job with stages, the first one's that stopped
+  Failure failure = {};         // of a run that was aborted
 
   bool operator==(const RunResult&) const = default;
 };
@@ -162,13 +188,16 @@ class JobFile : public JobFields {
   void SetMessageFile(const std::string& path);
   int RunErrorCode() const;
   Message RunMessage() const;
-  void SetRunError(int code, const Message& message);  // takes the last words back
+  // Takes the last words back, and how it failed.
+  void SetRunError(int code, const Message& message);
   std::string RestartDump() const;
   void SetRestartDump(const std::string& path);
   Message LastWords() const;
   void SetLastWords(const Message& words);
   int StoppedAt() const;
   void SetStoppedAt(int percent);
+  Failure HowFailed() const;
+  void SetHowFailed(const Failure& failure);
 
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.

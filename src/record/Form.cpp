@@ -214,6 +214,18 @@ bool Take(const Value& json, SolverKind& kind) {
   return true;
 }
 
+Json Of(const Failure& failure) {
+  return Json::array({static_cast<int>(failure.kind), failure.number});
+}
+
+bool Take(const Value& json, Failure& failure) {
+  std::pair<int, int> both;
+  if (!Take(json, both)) return false;
+  const bool isKnown = both.first >= 0 && both.first <= static_cast<int>(kLastFailureKind);
+  if (isKnown) failure = {static_cast<FailureKind>(both.first), both.second};
+  return isKnown;
+}
+
 Json Of(const RunRecord& run) {
   Json json = Json::object();
   Write(run, json);

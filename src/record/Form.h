@@ -90,6 +90,10 @@ inline bool Take(const Value& json, JobId& id) {
   return true;
 }
 
+// [kind, number]
+Json Of(const Failure& failure);
+bool Take(const Value& json, Failure& failure);
+
 template <typename T>
 Json Of(const std::optional<T>& value) {
   return value ? Of(*value) : Json();
@@ -212,6 +216,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("message", run.messageFile);
   visit("goOn", run.restartDump);
   visit("stopped", run.stoppedAt);
+  visit("how", run.failure);
   visit("errors", run.errors);
   visit("warnings", run.warnings);
   visit("nodes", run.nodes);

@@ -100,6 +100,7 @@ std::string HistoryJson(const std::vector<RunRecord>& runs) {
     form::Json json = form::Of(run);
     json["verdict"] = JobStatusWord(run.verdict).English();
     if (!run.reason.Empty()) json["reason"] = form::Of(run.reason.English());
+    if (run.failure != Failure()) json["how"] = FailureMessage(run.failure).English();
     list.push_back(std::move(json));
   }
   return list.dump(1, ' ', false, form::Json::error_handler_t::replace) + '\n';
@@ -108,7 +109,7 @@ std::string HistoryJson(const std::vector<RunRecord>& runs) {
 std::string HistoryCsv(const std::vector<RunRecord>& runs) {
   std::string text =
       "started,ended,seconds,verdict,exit,file,restart,folder,program,cpus,memory_mb,errors,"
-      "warnings,nodes,elements,message_file,reason,stopped_at\n";
+      "warnings,nodes,elements,message_file,reason,stopped_at,how\n";
   for (const RunRecord& run : runs) {
     const bool hasEnded = run.ended >= run.started && run.ended != 0;
     const std::string fields[] = {LocalTime(run.started),
@@ -128,7 +129,8 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs) {
                                   Known(run.elements),
                                   run.messageFile,
                                   run.reason.English(),
-                                  run.stoppedAt < 0 ? "" : std::to_string(run.stoppedAt)};
+                                  run.stoppedAt < 0 ? "" : std::to_string(run.stoppedAt),
+                                  FailureMessage(run.failure).English()};
     for (const std::string& field : fields) {
       text += (&field == fields ? "" : ",") + Field(field);
     }

@@ -17,6 +17,7 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (!job.restartDump.empty()) json["dump"] = Of(job.restartDump);
   if (!job.lastWords.Empty()) json["words"] = Of(job.lastWords);
   if (job.stoppedAt != kNotStopped) json["stopped"] = job.stoppedAt;
+  if (job.failure != Failure()) json["how"] = Of(job.failure);
 }
 
 Json JobJson(const JobImage& job) {
@@ -45,6 +46,7 @@ void TakeProgress(const Value& json, JobImage& job) {
   TakeKey(json, "dump", job.restartDump);
   TakeKey(json, "words", job.lastWords);
   TakeKey(json, "stopped", job.stoppedAt);
+  TakeKey(json, "how", job.failure);
 }
 
 bool TakeJob(const Value& json, JobImage& job, bool isStage) {

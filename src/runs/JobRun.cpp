@@ -11,6 +11,7 @@
 #include "runs/RunRecording.h"
 #include "runs/SolverVersion.h"
 #include "solvers/AbortableWait.h"
+#include "solvers/HowItFailed.h"
 #include "solvers/LastWords.h"
 #include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
@@ -271,6 +272,8 @@ class JobRun {
     if (status == JobStatus::kAborted && !stage.abort) {
       stage.SetLastWords(LastWordsOf(stage, exitCode));
     }
+    if (status == JobStatus::kAborted)
+      stage.SetHowFailed(HowItFailed(stage, exitCode, StepFell(stage)));
     if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
     EndSolver(stage, status);
     if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
@@ -287,11 +290,18 @@ class JobRun {
     return status;
   }
 
+  bool StepFell(const JobFile& stage) const {
+    const bool wrote = record_ && !stage.abort && !stage.MessageFile().empty();
+    return wrote && setup_.stepFell && setup_.stepFell(stage, *record_);
+  }
+
   static void SayItEndedUnwatched(JobFile& stage) {
     const Message reason = stage.RunMessage();
+    const Failure failure = stage.HowFailed();
     stage.SetRunError(stage.RunErrorCode(),
                       reason.Empty() ? Message(MessageId::kEndedUnwatched, stage.MainFile())
                                      : Message(MessageId::kEndedUnwatchedWith, reason));
+    stage.SetHowFailed(failure);
   }
 
   void NoteEnd(const JobFile& stage, std::optional<int> exitCode) {
@@ -306,6 +316,7 @@ class JobRun {
     job_.SetRestartDump(stage.RestartDump());
     job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
     job_.SetLastWords(stage.LastWords());
+    job_.SetHowFailed(stage.HowFailed());
     if (job_.StoppedAt() == kNotStopped) job_.SetStoppedAt(stage.StoppedAt());
   }
 
@@ -338,6 +349,12 @@ class JobRun {
   std::optional<RunRecord> record_;  // of the process that runs
 };
 
+// A job that was stopped before a solver of it ran has not failed either.
+JobStatus Ended(JobFile& job, JobStatus status) {
+  if (status == JobStatus::kAborted && job.abort) job.SetHowFailed({FailureKind::kStopped});
+  return status;
+}
+
 }  // namespace
 
 std::vector<std::string> RunFolders(const JobFile& job) {
@@ -357,10 +374,10 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup) {
   job.SetStoppedAt(kNotStopped);
   WaitUnlessAborted(setup.pause, job.abort);
   FolderUse use(job.MainFile());
-  if (!WaitForFolders(job, setup, use)) return JobStatus::kAborted;
+  if (!WaitForFolders(job, setup, use)) return Ended(job, JobStatus::kAborted);
   std::optional<JobRunContext> context = setup.begin();
-  if (!context || job.abort) return JobStatus::kAborted;
-  return JobRun(job, setup, *context, use).Run();
+  if (!context || job.abort) return Ended(job, JobStatus::kAborted);
+  return Ended(job, JobRun(job, setup, *context, use).Run());
 }
 
 // Who else is in the folder does not keep us from watching what runs there anyway.
@@ -375,5 +392,6 @@ JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& rec
     if (unwanted.Open(ProcessOf(record), record.token)) unwanted.TerminateAll();
     return JobStatus::kAborted;
   }
-  return JobRun(job, setup, *context, use).GoOn(record, holder.kind == FolderHolder::Kind::kNobody);
+  const bool mine = holder.kind == FolderHolder::Kind::kNobody;
+  return Ended(job, JobRun(job, setup, *context, use).GoOn(record, mine));
 }

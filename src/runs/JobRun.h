@@ -25,8 +25,8 @@ struct JobRunSetup {
   // (RunMessage, with code 0) and goes on waiting. Called when they change; may be null.
   std::function<void(const Message& message)> waits;
 
-  // No solver starts while less megabytes are free in its folder; asked again and again. Null, or 0:
-  // always. The job waits as above.
+  // No solver starts while less megabytes are free in its folder; asked again and again. Null, or
+  // 0: always. The job waits as above.
   std::function<int()> minFreeMb;
 
   // The pause is over: shows the job as Running and says what it runs with. Nothing when it is not
@@ -42,6 +42,8 @@ struct JobRunSetup {
   // The solver of `stage` ended normally: where it stopped before its end time, see RunStop. May
   // take its time; null: nobody knows.
   std::function<int(const JobFile& stage, const RunRecord& record)> stoppedAt;
+  // The solver of `stage` failed: whether its time step had collapsed before. As above.
+  std::function<bool(const JobFile& stage, const RunRecord& record)> stepFell;
   // Writes down each run of a solver process: called when it is about to be started, with no
   // process yet, when it has been started or taken over, and when it is judged. `stage` is the job,
   // or the stage of it that runs. May be null.
@@ -62,8 +64,8 @@ std::vector<std::string> RunFolders(const JobFile& job);
 // runs, ended or was aborted; an abort is seen within a second.
 //
 // After the pause a job waits while another one, of this program or of another, runs in one of its
-// folders, while a solver runs there that outlived the program that started it (FolderUse), or while
-// there is too little space (minFreeMb), which is asked before each stage.
+// folders, while a solver runs there that outlived the program that started it (FolderUse), or
+// while there is too little space (minFreeMb), which is asked before each stage.
 //
 // Beside the drivers' reasons there are "No solver of type %d for job [%s]" and "Run job [%s]
 // failed: %s", for what was thrown. A forming job (one with stages, or whose simulation type is

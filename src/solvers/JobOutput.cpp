@@ -1,7 +1,6 @@
 #include "solvers/JobOutput.h"
 
 JobOutput OutputOf(const JobFile& job) {
-  return {job.GetSolverType(), job.status,        job.jobFile,
-          job.Folder(),        job.MessageFile(), job.LastWords(),
-          job.StoppedAt()};
+  return {job.GetSolverType(), job.status,      job.jobFile,     job.Folder(),
+          job.MessageFile(),   job.LastWords(), job.StoppedAt(), job.HowFailed()};
 }

@@ -14,6 +14,7 @@ struct JobOutput {
   std::string messageFile;
   Message lastWords;
   int stoppedAt = kNotStopped;
+  Failure failure = {};
 };
 
 // With the job's list locked.

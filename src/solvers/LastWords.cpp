@@ -95,6 +95,12 @@ Message ExitWords(int exitCode) {
                             : Message(MessageId::kForeignWords, digits);
 }
 
+bool TellsOfMissingProgram(int exitCode) {
+  const auto number = static_cast<std::uint32_t>(exitCode);
+  return Find(kCodes, number) != nullptr || number == 0xC000007B || number == 0xC0000135 ||
+         number == 0xC0000138 || number == 0xC0000139 || number == 0xC0000142;
+}
+
 Message LastWordsOf(const JobFile& job, std::optional<int> exitCode) {
   const int code = job.RunErrorCode();
   if (code != RunError::kNotNormal && code != RunError::kNoMessageFile) return {};

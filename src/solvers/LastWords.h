@@ -15,6 +15,9 @@ std::string ConsoleFileOf(const JobFile& job);
 // "0xC0000135: a DLL is missing", "exit code 3".
 Message ExitWords(int exitCode);
 
+// True for one that tells that a program or a library is not there or does not fit: nothing ran.
+bool TellsOfMissingProgram(int exitCode);
+
 // Of a run whose solver did not end normally: how it ended, where that is known and is not 0, and
 // below it the last lines that it printed when it wrote no message file. Empty when there is
 // neither. Lines of an earlier run do not count. During the run, on its thread.

@@ -29,6 +29,7 @@ void Report(const JobFile& job, const Message& message) {
 bool Fail(JobFile& job, int code, const Message& reason) {
   Report(job, reason);
   job.SetRunError(code, WithoutToken(job, reason));
+  if (code >= RunError::kJobFileMissing) job.SetHowFailed({FailureKind::kCannotStart, code});
   if (job.run != nullptr && job.run->runErrorCode != nullptr) *job.run->runErrorCode = code;
   return false;
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string_view>
 
+#include "solvers/HowItFailed.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
@@ -60,14 +61,15 @@ class NormalLine {
 };
 
 // The first error's line and the one below it.
-Message FirstError(std::string_view block) {
-  std::size_t at = block.find("*** Error");
-  if (at == std::string_view::npos) return {};
+void TakeFirstError(std::string_view block, MessageVerdict& verdict) {
+  std::size_t at = block.find(kErrorLine);
+  if (at == std::string_view::npos) return;
   at = LineStart(block, at);
   std::string words = Words(TakeLine(block, at));
   const std::string more = Words(TakeLine(block, at));
   if (!more.empty()) words += ": " + more;
-  return Message(MessageId::kForeignWords, words);
+  verdict.reason = Message(MessageId::kForeignWords, words);
+  verdict.failure = FailureInError(words);
 }
 
 // Why there is nothing to judge by.
@@ -96,14 +98,18 @@ MessageVerdict ReadVerdict(const std::string& messageFile) {
   }
   for (std::string_view block; blocks.Next(block);) {
     if (normalLine.IsIn(block, blocks.EndsInsideLine())) return {.normal = true};
-    if (verdict.reason.Empty()) verdict.reason = FirstError(block);
+    if (verdict.reason.Empty()) TakeFirstError(block, verdict);
     verdict.errorEnd = verdict.errorEnd || Holds(block, "E r r o r");
+  }
+  if (const Failure last = FailureInEnd(messageFile); last.kind != FailureKind::kNone) {
+    verdict.failure = last;
   }
   if (!verdict.reason.Empty()) {
     verdict.tells = Tells::kWhy;
   } else if (verdict.errorEnd) {
     verdict.tells = Tells::kError;
     verdict.reason = Message(MessageId::kErrorTermination);
+    if (verdict.failure.kind == FailureKind::kNone) verdict.failure = {FailureKind::kSolverError};
   } else {
     verdict.reason = Message(MessageId::kNoNormalLine);
   }
@@ -136,6 +142,8 @@ JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
   job.SetMessageFile(decisive->kept);
   const Message& reason = decisive->verdict.reason;
   if (decisive->verdict.normal) return JobStatus::kFinished;
-  if (messageFiles.size() == 1) return NotNormal(job, reason);
-  return NotNormal(job, Message(MessageId::kOfFile, decisive->name, reason));
+  const JobStatus status = NotNormal(
+      job, messageFiles.size() == 1 ? reason : Message(MessageId::kOfFile, decisive->name, reason));
+  job.SetHowFailed(decisive->verdict.failure);
+  return status;
 }

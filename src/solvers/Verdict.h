@@ -23,6 +23,7 @@ struct MessageVerdict {
   bool errorEnd = false;  // it tells of an error termination
   enum class Tells { kNothing, kError, kWhy } tells = Tells::kNothing;
   Message reason = {};  // of a run that did not end normally
+  Failure failure = {};
 };
 MessageVerdict ReadVerdict(const std::string& messageFile);
 

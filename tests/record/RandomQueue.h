@@ -131,6 +131,8 @@ class RandomQueue {
 
   JobProgress Progress() {
     RunResult result{Text(), static_cast<int>(Number(0, 6)), Reason(), Text(), Reason()};
+    result.failure = {static_cast<FailureKind>(Number(0, static_cast<int>(kLastFailureKind))),
+                      static_cast<int>(Number(-5, 50000))};
     return {std::move(result), static_cast<JobStatus>(Number(0, 4)), Number(0, 2000000000), 0};
   }
 

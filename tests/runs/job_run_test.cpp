@@ -154,6 +154,32 @@ TEST_F(JobRunTest, AFailedSolverTellsHowItEndedAndWhatItPrinted) {
   EXPECT_EQ(ExitWords(static_cast<int>(0xC0000135)).English(), "0xC0000135: a DLL is missing");
 }
 
+TEST_F(JobRunTest, HowAJobFailedIsAValue) {
+  context_.console.host = HostOfConsoles();
+  const auto how = [&](const std::string& name, const std::string& commands) {
+    const auto job = Job(name, "", {commands});
+    EXPECT_EQ(RunWhole(*job), JobStatus::kAborted) << name;
+    EXPECT_EQ(job->HowFailed(), job->stages[0]->HowFailed());
+    return FailureMessage(job->HowFailed()).English();
+  };
+  EXPECT_EQ(how("licence", "$ standin: no-licence\n"), "no licence");
+  EXPECT_EQ(how("error", "$ standin: fail 40509\n"), "solver error 40509");
+  EXPECT_EQ(how("silent", "$ standin: no-message\n"), "no message file");
+  EXPECT_EQ(how("disk", "$ standin: disk-full\n"), "out of disk");
+  const bool isSignal = PTWrapperProcess::SignalOf(128 + 9) == 9;
+  EXPECT_EQ(how("killed", "$ standin: kill 9\n"), isSignal ? "killed by signal 9" : "crashed");
+  setup_.stepFell = [](const JobFile&, const RunRecord&) { return true; };
+  EXPECT_EQ(how("step", "$ standin: fail 40509\n"), "time step collapsed");
+
+  // Stopped in its pause: nothing has failed.
+  const auto stopped = Job("stopped", "", {""});
+  stopped->abort = true;
+  EXPECT_EQ(RunWhole(*stopped), JobStatus::kAborted);
+  EXPECT_EQ(stopped->HowFailed(), Failure{FailureKind::kStopped});
+  context_.settings.SolverPath(SolverKind::kLsDynaSingle) = folder_ / "no solver";
+  EXPECT_EQ(how("missing", ""), "cannot start");
+}
+
 TEST_F(JobRunTest, WhenNothingIsToBePositioned) {
   const auto plain = Job("plain", "", {""});
   EXPECT_EQ(RunWhole(*plain), JobStatus::kFinished);

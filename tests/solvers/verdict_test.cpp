@@ -49,6 +49,16 @@ TEST_F(VerdictTest, OnlyTheSolversWordsCountAndItsFirstErrorIsTheReason) {
                                                 " *** Error 10306 (KEY+306)\n")
                 .reason.English(),
             "*** Error 10305 (KEY+305): bad card");
+  const std::pair<std::string, std::string> kinds[] = {
+      {" *** Error 10305 (KEY+305)\n     bad card\n", "solver error 10305"},
+      {" E r r o r   t e r m i n a t i o n\n", "solver error"},
+      {" *** Error 70021 (OTH+21)\n     failed to write: No space left on device\n", "out of disk"},
+      {" *** Error 11005\n     license server refused the checkout\n", "no licence"},
+      {" cycle 7\n *** termination: the time step is below dtmin\n", "time step collapsed"},
+      {" *** Warning 40001\n     the time step is below dtmin\n license: network\n", ""},
+  };
+  for (const auto& [text, how] : kinds)
+    EXPECT_EQ(FailureMessage(Verdict(text).failure).English(), how) << text;
   EXPECT_EQ(ReadVerdict(folder_.Path()).reason.English(), "its message file cannot be read");
 }
 

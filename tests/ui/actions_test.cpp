@@ -113,7 +113,7 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   EXPECT_EQ(AnswerToTool("tip_delete_job", "No"), Say("msg_ask_del")) << "this one does not run";
   EXPECT_EQ(AnswerToKey('.', FL_CTRL, "Yes"), loss + Say("ui_ask_stop"));
   EXPECT_FALSE(Group()->Running());
-  EXPECT_EQ(Statuses(), (Lines{"Aborted", "Queued"}));
+  EXPECT_EQ(Statuses(), (Lines{"Aborted \xC2\xB7 stopped by you", "Queued"}));
 
   // Once more, until all are deleted.
   PressKey(FL_Home);

@@ -55,6 +55,7 @@ constexpr LineTexts kChinese[] = {
 constexpr DialogText kTexts[] = {
     {"successful", "Successful", "成功"},
     {"failed", "Failed", "失败"},
+    {"stopped", "Stopped by you", "由您停止"},
     {"reading", "Reading the files of the run...", "正在读取运行结果文件..."},
     {"close", "Close", "关闭"},
     {"cancel", "Cancel", "取消"},
@@ -97,8 +98,13 @@ bool Flx_ShowInfo::Initialise() {
   if (!HasAll(kLamp, kResult, kLines, kClose)) return false;
   const bool finished = output_.status == JobStatus::kFinished;
   const bool stopped = finished && output_.stoppedAt != kNotStopped;
-  Find(kLamp)->color(stopped ? kAmberLamp : finished ? kGreenLamp : kRedLamp);
-  Find(kResult)->label(ConvertText(GetText(finished ? "successful" : "failed")));
+  const bool byUser = !finished && output_.failure.kind == FailureKind::kStopped;
+  Find(kLamp)->color(byUser     ? Theme::kQueued
+                     : stopped  ? kAmberLamp
+                     : finished ? kGreenLamp
+                                : kRedLamp);
+  const char* const result = byUser ? "stopped" : finished ? "successful" : "failed";
+  Find(kResult)->label(ConvertText(GetText(result)));
   Fl_Browser* list = Find(kLines);
   list->format_char(kNoFormat);
   list->textfont(FL_COURIER);  // solvers write in columns

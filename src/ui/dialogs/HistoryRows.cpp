@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "solvers/SolverKinds.h"
+#include "ui/dialogs/RunWords.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/FileText.h"
@@ -43,9 +44,10 @@ HistoryRow RowOf(RunRecord run, const std::string& machine, const TextTable& tex
   set(HistoryColumn::kFolder, ToUi(run.folder));
   set(HistoryColumn::kSolver, RowOfKind(run.solver).name);
   set(HistoryColumn::kTook, seconds < 0 ? CellDrawing::kNothing : ShownDuration(seconds, texts));
-  set(HistoryColumn::kVerdict, row.verdict == HistoryVerdict::kUnknown
-                                   ? texts.Get("ui_past_unknown")
-                                   : texts.Say(JobStatusWord(run.verdict)));
+  set(HistoryColumn::kVerdict,
+      row.verdict == HistoryVerdict::kUnknown
+          ? texts.Get("ui_past_unknown")
+          : texts.Say(JobStatusWord(run.verdict)) + HowWords(run.verdict, run.failure, texts));
   set(HistoryColumn::kReason, texts.Say(run.reason));
   set(HistoryColumn::kCpus, Known(run.cpus > 0 ? run.cpus : -1));
   set(HistoryColumn::kMemory, Known(run.memory > 0 ? static_cast<std::int64_t>(run.memory) : -1));

@@ -96,9 +96,11 @@ void HistoryTable::DrawCell(const Cell& cell) {
   CellDrawing::UseFont();
   fl_color(Theme::kText);
   if (column == HistoryColumn::kVerdict && row.verdict != HistoryVerdict::kUnknown)
-    return DrawStatus(area, {.status = row.run.verdict,
-                             .words = {row.Cell(column)},
-                             .marked = row.run.stoppedAt != kNotStopped});
+    return DrawStatus(area,
+                      {.status = row.run.verdict,
+                       .words = {row.Cell(column), texts_.Say(JobStatusWord(row.run.verdict))},
+                       .marked = row.run.stoppedAt != kNotStopped,
+                       .stopped = row.run.failure.kind == FailureKind::kStopped});
   if (column == HistoryColumn::kFolder || column == HistoryColumn::kVerdict)
     fl_color(Theme::kMuted);
   CellDrawing::Words(area, row.Cell(column), column == HistoryColumn::kFolder);

@@ -322,9 +322,9 @@ bool HistoryWindow::HasFile() const {
 void HistoryWindow::ShowSummary() {
   if (!HasEnded()) return;
   const RunRecord& run = table_->CurrentRun()->run;
-  Flx_ShowInfo dialog(
-      this, application_.language,
-      {run.solver, run.verdict, run.jobFile, run.folder, run.messageFile, run.lastWords});
+  Flx_ShowInfo dialog(this, application_.language,
+                      {run.solver, run.verdict, run.jobFile, run.folder, run.messageFile,
+                       run.lastWords, run.stoppedAt, run.failure});
   dialog.Run();
 }
 

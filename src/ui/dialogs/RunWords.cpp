@@ -170,6 +170,11 @@ std::string EndWords(double secondsLeft, const TextTable& texts) {
   return MomentWords(now + static_cast<std::int64_t>(secondsLeft), now, texts);
 }
 
+std::string HowWords(JobStatus status, const Failure& failure, const TextTable& texts) {
+  if (status != JobStatus::kAborted || failure.kind == FailureKind::kNone) return {};
+  return kDot + texts.Say(FailureMessage(failure));
+}
+
 StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state,
                         const TextTable& texts) {
   StatusShown shown;
@@ -187,6 +192,11 @@ StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state
     return shown;
   }
   shown.words = {word};
+  const std::string how = HowWords(job.status, job.HowFailed(), texts);
+  if (!how.empty()) {
+    shown.stopped = job.HowFailed().kind == FailureKind::kStopped;
+    shown.words = {word + how, word};
+  }
   if (job.status != JobStatus::kRunning || !state || !state->running) return shown;
   const RunNews& news = state->news;
   std::string text = word;

@@ -22,6 +22,9 @@ using RunStateOf = std::function<std::optional<RunState>(JobId job)>;
 StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state,
                         const TextTable& texts);
 
+// What follows the word of an ended run, " · stopped by you"; empty where nothing is known.
+std::string HowWords(JobStatus status, const Failure& failure, const TextTable& texts);
+
 // Lines that tell more; empty for a job that has not run.
 std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
                    const TextTable& texts);

@@ -19,6 +19,7 @@ struct Look {
 constexpr int kBarHeight = 3;
 
 Look LookOf(const StatusShown& shown) {
+  if (shown.stopped) return {Theme::kQueued, "state_stopped"};
   if (shown.marked) return {Theme::kWaiting, "state_marked"};
   switch (shown.status) {
     case JobStatus::kWaiting:
@@ -77,6 +78,7 @@ void DrawStatus(const CellArea& cell, const StatusShown& shown) {
 std::string FailureWords(const JobFile& job, const TextTable& words) {
   constexpr std::size_t kMostPrinted = 6;
   std::string text = words.Say(job.RunMessage());
+  if (text.empty()) text = words.Say(FailureMessage(job.HowFailed()));
   const Message last = job.LastWords();
   const std::string more = words.Say(last);
   std::vector<std::string_view> lines;

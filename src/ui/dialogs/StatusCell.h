@@ -16,6 +16,7 @@ struct StatusShown {
   std::vector<std::string> words = {""};  // UTF-8; the same ever shorter
   double share = -1;                      // of a bar, 0 to 1; below 0: none
   bool marked = false;                    // something is wrong with it
+  bool stopped = false;                   // aborted by the user: nothing is wrong with it
 };
 
 Fl_Color StatusColor(JobStatus status);

@@ -87,8 +87,9 @@ void TellByFiles(const RunPicture& picture, const TextTable& texts, HeadingTexts
 }
 
 void TellByQueue(const MonitoredRun::State& run, const TextTable& texts, HeadingTexts& heading) {
-  heading.title = texts.Say(JobStatusWord(run.status));
-  heading.color = StatusColor(run.status);
+  heading.title = texts.Say(JobStatusWord(run.status)) + HowWords(run.status, run.failure, texts);
+  const bool stopped = run.failure.kind == FailureKind::kStopped;
+  heading.color = stopped ? Theme::kQueued : StatusColor(run.status);
   if (run.status == JobStatus::kQueued) Add(heading.details, texts.Get("mon_none_queued"));
 }
 

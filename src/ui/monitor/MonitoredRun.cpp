@@ -76,6 +76,7 @@ void MonitoredRun::Take(const JobFile& job) {
   state_.started = shown->started != 0 ? shown->started : job.started;
   state_.ended = shown->ended;
   state_.reason = shown->RunMessage();
+  state_.failure = shown->HowFailed();
   state_.runsDeck = RowOfKind(shown->GetSolverType()).runsDecks;
   state_.run = WhatToRead(*shown, state_.started, state_.runsDeck);
 }

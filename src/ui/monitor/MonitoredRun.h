@@ -31,6 +31,7 @@ class MonitoredRun {
     JobStatus status = JobStatus::kQueued;  // of the job or the stage
     std::int64_t started = 0, ended = 0;    // seconds since 1970; 0: not yet
     Message reason;                         // why it waits or was aborted
+    Failure failure;                        // how it failed
     bool runsDeck = true;                   // by a solver that writes energies and takes switches
     RunToRead run;
     bool operator==(const State& other) const = default;

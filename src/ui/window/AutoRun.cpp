@@ -51,8 +51,9 @@ std::string ReportText(const JobGroup& group) {
     text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
             ReportField(last) + "\t" + LocalTime(job.started) + "\t" + LocalTime(job.ended) + "\t" +
             Elapsed(job);
-    const Message stopped = StoppedMessage(job.StoppedAt());
-    if (!stopped.Empty()) text += "\t" + stopped.English();
+    const bool aborted = job.status == JobStatus::kAborted;
+    const Message how = aborted ? FailureMessage(job.HowFailed()) : StoppedMessage(job.StoppedAt());
+    if (!how.Empty()) text += "\t" + how.English();
     text += "\n";
   });
   return text;

@@ -50,8 +50,8 @@ class AutoRun {
 
 // One line a job: file, status word, solver name, the message file or, of an aborted job, the
 // reason, when it started and ended in local time, and the seconds between; between tabs. A job
-// that did not run has no times. One that stopped before its end time has the words for that
-// behind.
+// that did not run has no times. One that stopped before its end time, or failed, has the
+// words for that behind.
 std::string ReportText(const JobGroup& group);
 
 #endif
