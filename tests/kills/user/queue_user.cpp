@@ -234,11 +234,11 @@ class User {
     const unsigned what = Number(3);
     if (what == 0) job.memory = Number(9000);
     if (what == 1) job.cpus = static_cast<int>(Number(64));
-    if (what == 2) job.options = Word();
+    if (what == 2 && job.stages.empty()) job.options = Word();
     Say();
     if (what == 0) real->SetMemory(id, job.memory);
     if (what == 1) real->SetCpuCount(id, job.cpus);
-    if (what == 2) real->SetExtraOptions(id, job.options);
+    if (what == 2) real->SetExtraOptions(id, job.stages.empty() ? job.options : Word());
     return IsSo();
   }
 
