@@ -209,6 +209,89 @@ TEST_F(JobTableTest, SeveralRowsAreSelectedByMouseAndKeys) {
   EXPECT_EQ(told, 1);
 }
 
+TEST_F(JobTableTest, JobsAreFoundByWordsChipsAndLetters) {
+  for (int i = 1; i <= 12; ++i) Add(MakeJob<JobFileDyna>("/w/run" + std::to_string(i) + ".k"));
+  Add(MakeJob<JobFileDyna>("/other/beam.k", JobStatus::kFinished));
+  auto stopped = MakeJob<JobFileDyna>("/other/bolt.k", JobStatus::kFinished);
+  stopped->SetStoppedAt(38);
+  Add(stopped);
+  auto failed = MakeJob<JobFileDyna>("/w/cup.k", JobStatus::kAborted);
+  failed->SetRunError(2, Message(MessageId::kForeignWords, "no licence"));
+  Add(failed);
+  auto& bar = Part<FilterBar>();
+  auto& field = Find<Fl_Input>(bar);
+  const auto says = [&] { return Drawing(*window_).Text(bar); };
+  EXPECT_NE(says().find("Queued 12 Running 0 Finished 1 Stopped early 1 Aborted 1"),
+            std::string::npos)
+      << says();
+
+  Table().SelectJobs({Table().JobAt(0), Table().JobAt(12), Table().JobAt(14)});
+  PressKey('f', FL_CTRL);
+  ASSERT_EQ(Fl::focus(), &field);
+  const auto type = [&](const std::string& text) {
+    field.position(field.size(), 0);
+    Key(*window_, text.front(), 0, text);
+  };
+  type("OTHER b");
+  EXPECT_EQ(Table().ShownCount(), 2);
+  EXPECT_EQ(Selected(), "[beam]") << "what goes out of sight is selected no more";
+  EXPECT_NE(says().find("2 of 15"), std::string::npos) << says();
+  type("licence");
+  EXPECT_EQ(Rows().size(), 1U);
+  type("nowhere");
+  EXPECT_EQ(Drawing(*window_).In(Table()).back().text, texts_.Format("ui_filter_back", "15"));
+  Press(Table(), texts_.Format("ui_filter_back", "15"));
+  EXPECT_EQ(Table().ShownCount(), 15);
+  EXPECT_EQ(field.size(), 0);
+  Press(bar, "Stopped early 1");
+  Press(bar, "Finished 1");
+  EXPECT_EQ(Table().ShownCount(), 2);
+  PressKey('f', FL_CTRL);
+  PressKey(FL_Escape);
+  EXPECT_EQ(Table().ShownCount(), 15);
+  PressKey('a', FL_CTRL | FL_SHIFT);
+  EXPECT_EQ(Selected(), "[cup]");
+
+  // Letters, from row to row and on to the name.
+  const auto typed = [&](const std::string& letter) {
+    Key(*window_, letter.front(), 0, letter);
+    return Selected();
+  };
+  EXPECT_EQ(typed("b"), "[beam]");
+  EXPECT_EQ(typed("b"), "[bolt]");
+  EXPECT_EQ(typed("e"), "[beam]");
+}
+
+TEST_F(JobTableTest, SortedRowsSayThatTheyRunInAnotherOrder) {
+  for (const char* name : {"run10", "run2", "run1"})
+    Add(MakeJob<JobFileDyna>("/w/" + std::string(name) + ".k"));
+  const auto names = [&] {
+    PressKey('a', FL_CTRL);
+    return Selected();
+  };
+  auto& bar = Part<FilterBar>();
+  Select(1, 0);
+  Press(Table(), "Job Name");
+  EXPECT_EQ(Selected(), "[run2]");
+  EXPECT_EQ(names(), "run1[run2]run10");
+  const std::string said = texts_.Format("ui_sorted_by", "Job Name");
+  EXPECT_NE(Drawing(*window_).Text(bar).find(said), std::string::npos);
+  window_->Perform(Action::kMoveUp);
+  EXPECT_TRUE(LineSays(Say("ui_move_sorted")));
+  EXPECT_EQ(names(), "run1[run2]run10");
+  Add(MakeJob<JobFileDyna>("/w/run3.k"));
+  EXPECT_EQ(names(), "run1[run2]run3run10");
+  Press(Table(), "Job Name");
+  EXPECT_EQ(names(), "run10run3[run2]run1");
+
+  // One that changes goes to its new place, and where it is not known to the end.
+  Press(Table(), "Memory");
+  Group()->SetMemory(Table().JobAt(3), 900);
+  ASSERT_TRUE(Until([&] { return names() == "run3run10[run2]run1"; })) << names();
+  Press(bar, texts_.Format("ui_sorted_by", "Memory"));
+  EXPECT_EQ(names(), "run10[run2]run1run3");
+}
+
 // What scrolling leaves on the screen and draws beside it is what a new drawing gives.
 TEST_F(JobTableTest, ScrolledRowsLookLikeRowsDrawnAnew) {
   for (int i = 0; i < 60; ++i) Add(MakeJob<JobFileDyna>("/w/" + std::to_string(i) + ".k"));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <sstream>
 #include <tuple>
 #include <utility>
 
@@ -12,6 +11,7 @@
 #include "ui/text/Encoding.h"
 #include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
+#include "ui/text/WordFilter.h"
 #include "util/process/ProcessIdentity.h"
 
 namespace {
@@ -86,13 +86,6 @@ bool IsText(HistoryColumn column) {
          column == HistoryColumn::kSolver || column == HistoryColumn::kReason;
 }
 
-std::vector<std::string> WordsOf(const std::string& text) {
-  std::vector<std::string> words;
-  std::istringstream in(Folded(text));
-  for (std::string word; in >> word;) words.push_back(word);
-  return words;
-}
-
 }  // namespace
 
 std::vector<HistoryRow> HistoryRowsOf(std::vector<RunRecord> runs, const TextTable& texts) {
@@ -104,7 +97,7 @@ std::vector<HistoryRow> HistoryRowsOf(std::vector<RunRecord> runs, const TextTab
 }
 
 std::vector<std::size_t> ShownRows(const std::vector<HistoryRow>& rows, const HistoryView& view) {
-  const std::vector<std::string> words = WordsOf(view.words);
+  const WordFilter filter(view.words);
   struct Key {
     std::string text;
     std::int64_t number = 0;
@@ -115,11 +108,9 @@ std::vector<std::size_t> ShownRows(const std::vector<HistoryRow>& rows, const Hi
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const HistoryRow& row = rows[i];
     if (view.verdict != HistoryVerdict::kAny && row.verdict != view.verdict) continue;
-    const bool holds = std::all_of(words.begin(), words.end(), [&row](const std::string& word) {
-      return row.searched.find(word) != std::string::npos;
-    });
-    if (!holds) continue;
-    keys.push_back({IsText(view.sortedBy) ? Folded(row.Cell(view.sortedBy)) : std::string(),
+    if (!filter.Matches(row.searched)) continue;
+    const bool isText = IsText(view.sortedBy);
+    keys.push_back({isText ? NaturalKey(Folded(row.Cell(view.sortedBy))) : std::string(),
                     NumberOf(row, view.sortedBy), row.run.started, i});
   }
   std::sort(keys.begin(), keys.end(), [&view](const Key& a, const Key& b) {

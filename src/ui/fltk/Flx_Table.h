@@ -30,6 +30,9 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
 
   void AddColumn(const TableColumn& column);
   int ColumnCount() const { return static_cast<int>(columns_.size()); }
+  const std::string& ColumnTitle(int column) const {
+    return columns_[static_cast<std::size_t>(column)].title;
+  }
 
   // -1: none.
   int CurrentRow() const { return current_; }
@@ -62,6 +65,7 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   std::function<void(int row, int column)> OnCell;         // a button cell was pressed
   std::function<void(int column)> OnHead;                  // a column's head was pressed
   std::function<void(int row, int column)> OnDoubleClick;  // on a cell that is no button
+  std::function<void()> OnEnter;                           // the Enter key; a row is current
 
   void draw() override;
   void resize(int x, int y, int w, int h) override;
@@ -86,6 +90,11 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   // Of a button cell: whether a press this many pixels before its right edge counts.
   virtual bool PressesAt(int /*column*/, int /*beforeEnd*/) const { return true; }
   virtual std::string CellTip(int row, int column) = 0;
+  // The mouse was pressed in the area that has no rows.
+  virtual void EmptyPressed() {}
+  // Whether the name of a row begins with what was typed, which is folded (see Folded); for a table
+  // in which rows are found by typing.
+  virtual bool NameBegins(int /*row*/, const std::string& /*folded*/) const { return false; }
   // Whether Escape selects no row; else the window has it.
   virtual bool EscapeDeselects() const { return true; }
   // What a cell says now.

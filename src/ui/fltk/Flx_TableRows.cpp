@@ -11,6 +11,7 @@
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
+#include "ui/text/FileText.h"
 
 namespace {
 
@@ -156,6 +157,7 @@ int Flx_Table::Rows::HandlePush() {
   take_focus();
   const int row = RowAtMouse();
   const int column = table_.ColumnAt(Fl::event_x());
+  if (table_.RowCount() == 0 && Fl::event_button() == FL_LEFT_MOUSE) table_.EmptyPressed();
   SelectByPush(row);
   pushedRow_ = -1;
   if (Fl::event_button() == FL_RIGHT_MOUSE) {
@@ -272,6 +274,7 @@ int Flx_Table::Rows::HandleKey() {
     table_.SelectAllRows();
     return 1;
   }
+  if (IsHeld(FL_SHIFT) && GoToTyped()) return 1;
   if (!IsHeld(0)) return 0;
   if (row >= 0) {
     table_.SelectRow(row);
@@ -288,9 +291,38 @@ int Flx_Table::Rows::HandleKey() {
       if (!table_.EscapeDeselects()) return 0;
       table_.SelectRow(-1);
       return 1;
+    case FL_Enter:
+    case FL_KP_Enter:
+      if (!table_.OnEnter || current < 0) return 0;
+      table_.OnEnter();
+      return 1;
     default:
-      return 0;
+      return GoToTyped() ? 1 : 0;
   }
+}
+
+// To the next row whose name begins with what was typed within a short time; a letter alone, or the
+// same one again, goes on from row to row.
+bool Flx_Table::Rows::GoToTyped() {
+  constexpr std::chrono::milliseconds kPatience{1200};
+  const std::string text = Folded(std::string(Fl::event_text(), Fl::event_length()));
+  const bool isPrintable =
+      !text.empty() && static_cast<unsigned char>(text.front()) >= ' ' && text.front() != '\x7F';
+  const auto now = std::chrono::steady_clock::now();
+  if (now > typedUntil_) typed_.clear();
+  if (!isPrintable || (typed_.empty() && text == " ")) return false;
+  typedUntil_ = now + kPatience;
+  const bool again = typed_ == text;
+  if (!again) typed_ += text;
+  const int rows = table_.RowCount();
+  const int first = table_.current_ + (typed_ == text ? 1 : 0);
+  for (int i = 0; i < rows; ++i) {
+    const int row = (std::max(first, 0) + i) % rows;
+    if (!table_.NameBegins(row, typed_)) continue;
+    table_.SelectRow(row);
+    return true;
+  }
+  return false;
 }
 
 int Flx_Table::Rows::HandleWheel() {

@@ -4,6 +4,7 @@
 
 #include <FL/Fl_Widget.H>
 
+#include <chrono>
 #include <string>
 
 #include "ui/fltk/Flx_Table.h"
@@ -48,6 +49,7 @@ class Flx_Table::Rows : public Fl_Widget {
   static void ScrollBand(void* self);  // while the mouse is above or below the rows
   void DrawBand() const;
   int HandleKey();
+  bool GoToTyped();
   int RowOfKey(int key) const;  // that a key leads to; -1: none of these keys
   int HandleWheel();
   void OpenMenu(int x, int y);
@@ -63,6 +65,9 @@ class Flx_Table::Rows : public Fl_Widget {
   bool banding_ = false;
   int bandX_ = 0, bandY_ = 0;  // from the beginning of the first row and column
   Selection besideBand_;       // what stays selected
+  // What was typed to find a row; folded.
+  std::string typed_;
+  std::chrono::steady_clock::time_point typedUntil_;
 };
 
 #endif

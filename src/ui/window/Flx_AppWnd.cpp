@@ -65,6 +65,8 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   left_ = new LeftBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
                       Layout::kLeftBarHeight, texts_);
   left_->hide();
+  filter_ = new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
+                          w() - 2 * Layout::kMargin, Layout::kFilterHeight, texts_);
   status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
                           texts_.Get("ui_cancel"));
   end();
@@ -127,6 +129,17 @@ void Flx_AppWnd::ConnectParts() {
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
   left_->OnRestore = [this] { RestoreLeft(); };
   left_->OnForget = [this] { ForgetLeft(); };
+  filter_->OnFilter = [this](const std::string& words, const StatusClasses& classes) {
+    if (Table()) Table()->SetFilter(words, classes);
+  };
+  filter_->OnRunningOrder = [this] {
+    if (Table()) Table()->ShowRunningOrder();
+  };
+  filter_->OnFollow = [this](bool follow) {
+    for (JobTable* table : tables_) table->SetFollow(follow);
+    follows_ = follow;
+  };
+  filter_->OnLeave = [this] { FocusTable(); };
   status_->OnCancel = [this] { application_.Intake().Cancel(); };
   application_.TextFallback = [this](const std::string& path) {
     return TextViewer::Show(path, texts_);
@@ -140,10 +153,9 @@ void Flx_AppWnd::ConnectParts() {
 
 void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   begin();
-  auto* table = new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
-                             [this](JobId job) {
-                               return application_.Manager().Watch().StateOf(job);
-                             });
+  auto* table =
+      new JobTable(Layout::kMargin, Layout::TableY(w()), 100, 100, group, texts_,
+                   [this](JobId job) { return application_.Manager().Watch().StateOf(job); });
   end();
   table->hide();
   table->OnSelect = [this] { ShowCurrentJob(); };
@@ -153,6 +165,9 @@ void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   table->OnDoubleClick = [this](int, int column) {
     if (column == JobTable::kStatus) Perform(Action::kMonitor);
   };
+  table->OnEnter = [this] { Perform(Action::kViewSummary); };
+  table->OnView = [this] { ShowFilter(); };
+  table->SetFollow(follows_);
   if (!tables_.empty()) table->CopyColumns(*tables_.front());
   tables_.push_back(table);
 }
@@ -176,6 +191,7 @@ void Flx_AppWnd::LayOut() {
   left_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kLeftBarHeight);
   tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);
+  filter_->resize(kMargin, TabsY(w()) + kTabHeight + offered, w() - 2 * kMargin, kFilterHeight);
   const int y = TableY(w()) + offered;
   if (JobTable* table = Table())
     table->resize(kMargin, y - 1, w() - 2 * kMargin, h() - kStatusHeight - kMargin - y + 1);

@@ -18,6 +18,7 @@
 #include "ui/fltk/ToolButton.h"
 #include "ui/text/TextTable.h"
 #include "ui/window/Actions.h"
+#include "ui/window/FilterBar.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"
 #include "ui/window/LeftBar.h"
@@ -75,6 +76,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowState();
   void ShowTools();
   void ShowLeft();
+  void ShowFilter();
   std::string ToolTip(Action action) const;
   void ShowCurrentJob();
   void SwitchToGroup(int index);
@@ -100,6 +102,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void DeleteJob();
   void DeleteAll();
   void MoveJob(bool up);
+  void SelectFailed();
   void AddGroup();
   void RenameGroup();
   void DeleteGroup();
@@ -160,10 +163,12 @@ class Flx_AppWnd : public Fl_Double_Window {
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;
   LeftBar* left_ = nullptr;
+  FilterBar* filter_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups
   StatusBar* status_ = nullptr;
   Flx_Base_Dialog* dialog_ = nullptr;  // the one that runs
   std::string dropped_;                // a text that was dropped and is not looked at yet
+  bool follows_ = false;               // the running job is kept in sight
   bool leaving_ = false;
   // Lines of the log that come before this moment were explained in better words already.
   std::chrono::steady_clock::time_point explainedUntil_;

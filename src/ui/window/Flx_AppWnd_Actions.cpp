@@ -94,6 +94,12 @@ void Flx_AppWnd::Perform(Action action) {
       return StopRunning();
     case Action::kRefresh:
       return Refresh();
+    case Action::kFind:
+      return filter_->TakeFocus();
+    case Action::kSelectAll:
+      return Table()->SelectAllRows();
+    case Action::kSelectFailed:
+      return SelectFailed();
     case Action::kNextGroup:
       return StepGroup(1);
     case Action::kPreviousGroup:
@@ -265,6 +271,7 @@ void Flx_AppWnd::DeleteAll() {
 void Flx_AppWnd::MoveJob(bool up) {
   const JobId job = CurrentJob();
   if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
+  if (Table()->SortedBy()) return Say(texts_.Get("ui_move_sorted"));
   if (Group()->MoveJob(job, up)) return Table()->JobsChanged();
   // Why not: the job itself, the one above it, or the end of the list.
   const auto queued = [&](JobId one) {
@@ -276,6 +283,15 @@ void Flx_AppWnd::MoveJob(bool up) {
   if (!queued(job)) return Say(texts_.Get("ui_move_queued_only"));
   const bool past = up && above != JobId::kNone && !queued(above);
   Say(texts_.Get(past ? "ui_move_not_past" : "ui_not_moved"));
+}
+
+// Those that a filter hides are shown again.
+void Flx_AppWnd::SelectFailed() {
+  if (Table()->Counts()[static_cast<std::size_t>(StatusClass::kAborted)] == 0)
+    return Say(texts_.Get("ui_none_failed"));
+  filter_->Clear();
+  Table()->SelectClass(StatusClass::kAborted);
+  FocusTable();
 }
 
 void Flx_AppWnd::AddGroup() {

@@ -57,6 +57,7 @@ int Flx_AppWnd::handle(int event) {
       if (ActionOfKey(action)) return Perform(action), 1;
       if (event == FL_SHORTCUT && Fl::event_key() == FL_Escape) {
         // Does not close the window; it leads back to the table.
+        if (Table() && Fl::focus() && Table()->contains(Fl::focus())) filter_->Clear();
         if (Table()) Table()->TakeFocus();
         return 1;
       }
@@ -135,21 +136,22 @@ void Flx_AppWnd::OpenJobMenu(int x, int y) {
     PopUp({Action::kMonitor,   Action::kViewMessage, Action::kViewSummary, Action::kRunPost,
            Action::kStages,    Action::kJobHistory,  Action::kHistory,     kSeparator,
            Action::kSubmit,    Action::kResubmit,    Action::kGoOn,        Action::kStop,
-           kSeparator,         Action::kMoveUp,      Action::kMoveDown,    kSeparator,
+           kSeparator,         Action::kMoveUp,      Action::kMoveDown,    Action::kSelectFailed,
+           kSeparator,
            Action::kDeleteJob, Action::kDeleteAll,   kSeparator,           Action::kOpenRunFolder},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
            Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
-           Action::kDeleteAll, kSeparator, Action::kRefresh, Action::kHistory, Action::kReadLog,
-           Action::kOpenRunFolder},
+           Action::kSelectFailed, Action::kDeleteAll, kSeparator, Action::kRefresh,
+           Action::kHistory, Action::kReadLog, Action::kOpenRunFolder},
           x, y);
   }
 }
 
 void Flx_AppWnd::OpenGroupMenu(int x, int y) {
   PopUp({Action::kRenameGroup, Action::kAddGroup, Action::kDeleteGroup, kSeparator, Action::kSubmit,
-         Action::kStop},
+         Action::kStop, kSeparator, Action::kFind, Action::kSelectAll, Action::kSelectFailed},
         x, y);
 }
 

@@ -19,7 +19,8 @@ void Flx_AppWnd::Refresh() {
   SyncTables();
   LayOut();
   for (JobTable* table : tables_) table == Table() ? table->show() : table->hide();
-  if (Table()) Table()->JobsChanged();
+  if (Table()) Table()->JobsChanged(true);
+  ShowFilter();
   ShowCurrentJob();
   ShowTabs();
   ShowState();
@@ -30,12 +31,10 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   JobTable* table = Table();
   const int shown = table ? table->List()->Id() : 0;
   if (table && changes.groups.count(shown)) table->JobsChanged();
-  if (const auto changed = changes.jobs.find(shown); table && changed != changes.jobs.end()) {
-    for (const JobId job : changed->second) table->JobChanged(job);
-  }
-  if (table) {
-    for (const JobId job : changes.runs) table->JobChanged(job);
-  }
+  std::set<JobId> changed = changes.runs;
+  if (const auto of = changes.jobs.find(shown); of != changes.jobs.end())
+    changed.insert(of->second.begin(), of->second.end());
+  if (table && !changed.empty()) table->JobsChanged(changed);
   const bool jobs = !changes.groups.empty() || !changes.jobs.empty();
   if (jobs || changes.settings) settings_->Refresh();
   const bool runs = !changes.runs.empty();
@@ -101,7 +100,8 @@ void Flx_AppWnd::ShowTabs() {
   tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
 }
 
-// "Group1 ends about Sun 06:40"; empty when that cannot be told, as with a deck that has not run yet.
+// "Group1 ends about Sun 06:40"; empty when that cannot be told, as with a deck that has not run
+// yet.
 std::string Flx_AppWnd::EndOf(const JobGroup& group) const {
   const auto past = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
   const std::optional<double> left = GroupTimeLeft(group, application_.Manager().Watch(), past);
@@ -163,6 +163,15 @@ void Flx_AppWnd::ShowLeft() {
   const LeftBehind left = application_.Left();
   left_->SetText(LeftText(left, texts_));
   left.Jobs() > 0 ? left_->show() : left_->hide();
+}
+
+void Flx_AppWnd::ShowFilter() {
+  const JobTable* const table = Table();
+  if (table == nullptr) return;
+  FilterBar::View view{table->FilterWords(), table->FilterClasses(), table->Counts(),
+                       table->ShownCount(),  table->AllCount(),      {}};
+  if (const auto column = table->SortedBy()) view.sortedBy = table->ColumnTitle(*column);
+  filter_->Show(view);
 }
 
 void Flx_AppWnd::StoreTyped() {

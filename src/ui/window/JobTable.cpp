@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
-#include <unordered_set>
 
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
@@ -14,6 +13,7 @@
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
 #include "ui/window/Layout.h"
 
@@ -45,24 +45,25 @@ static_assert(std::size(kShapes) == JobTable::kColumns);
 
 JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list,
                    const TextTable& texts, RunStateOf stateOf)
-    : Flx_Table(x, y, w, h), list_(std::move(list)), texts_(texts), stateOf_(std::move(stateOf)) {
+    : Flx_Table(x, y, w, h),
+      list_(std::move(list)),
+      texts_(texts),
+      stateOf_(std::move(stateOf)),
+      rows_(list_, texts) {
   for (const Shape& shape : kShapes)
     AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share});
+  OnHead = [this](int column) { SortByHead(static_cast<Column>(column)); };
   JobsChanged();
 }
 
 void JobTable::SelectJob(JobId job) {
-  if (const int row = RowOf(job); row >= 0) SelectRow(row);
+  const JobRows::Entry* const entry = rows_.Find(job);
+  if (entry && entry->row >= 0) SelectRow(entry->row);
 }
 
 JobId JobTable::JobAt(int row) const {
   const auto index = static_cast<std::size_t>(row);
-  return row >= 0 && index < jobs_.size() ? jobs_[index] : JobId::kNone;
-}
-
-int JobTable::RowOf(JobId job) const {
-  const auto found = std::find(jobs_.begin(), jobs_.end(), job);
-  return found == jobs_.end() ? -1 : static_cast<int>(found - jobs_.begin());
+  return row >= 0 && index < rows_.Shown().size() ? rows_.Shown()[index]->id : JobId::kNone;
 }
 
 JobId JobTable::CurrentJob() const {
@@ -77,46 +78,167 @@ std::vector<JobId> JobTable::SelectedJobs() const {
 }
 
 void JobTable::SelectJobs(const std::vector<JobId>& jobs) {
-  const std::unordered_set<JobId> wanted(jobs.begin(), jobs.end());
-  std::vector<int> rows;
-  for (int row = 0; row < RowCount(); ++row)
-    if (wanted.count(JobAt(row))) rows.push_back(row);
-  SelectRows(rows, CurrentRow());
+  std::set<int> rows;
+  for (const JobId job : jobs) {
+    const JobRows::Entry* const entry = rows_.Find(job);
+    if (entry && entry->row >= 0) rows.insert(entry->row);
+  }
+  SelectRows({rows.begin(), rows.end()}, CurrentRow());
 }
 
-// When the current job goes and others are selected, the nearest of them becomes current, else the
-// job that is now in its row.
-void JobTable::JobsChanged() {
+void JobTable::SelectClass(StatusClass status) {
+  std::vector<int> rows;
+  for (const JobRows::Entry* entry : rows_.Shown())
+    if (entry->status == status) rows.push_back(entry->row);
+  SelectRows(rows, CurrentRow());
+  ScrollToRow(CurrentRow());
+}
+
+// When the current job goes and others are selected, the nearest of them becomes current.
+void JobTable::Arrange(const std::function<void()>& change, bool inPlace) {
   const JobId before = CurrentJob();
-  const std::vector<JobId> selected = SelectedJobs();
-  const std::unordered_set<JobId> wanted(selected.begin(), selected.end());
   const int oldRow = CurrentRow();
-  jobs_ = list_->JobIds();
-  Selection now(jobs_.size());
-  int current = -1;
-  for (int row = 0; row < RowCount(); ++row) {
-    const JobId job = JobAt(row);
-    if (!wanted.count(job)) continue;
-    now[static_cast<std::size_t>(row)] = true;
-    const bool nearer = std::abs(row - oldRow) < std::abs(current - oldRow);
-    if (job == before || current < 0 || (JobAt(current) != before && nearer)) current = row;
+  int selectedBefore = 0;
+  for (JobRows::Entry* entry : rows_.All()) {
+    entry->selected = entry->row >= 0 && IsSelected(entry->row);
+    selectedBefore += entry->selected;
   }
-  if (current < 0 && oldRow >= 0 && RowCount() > 0) {
+  change();
+  Selection now(rows_.Shown().size());
+  int current = -1;
+  int selected = 0;
+  for (const JobRows::Entry* entry : rows_.Shown()) {
+    if (!entry->selected) continue;
+    ++selected;
+    now[static_cast<std::size_t>(entry->row)] = true;
+    const bool nearer = std::abs(entry->row - oldRow) < std::abs(current - oldRow);
+    if (entry->id == before || current < 0 || (JobAt(current) != before && nearer))
+      current = entry->row;
+  }
+  const bool isGone = before != JobId::kNone && rows_.Find(before) == nullptr;
+  if (current < 0 && isGone && inPlace && RowCount() > 0) {
     current = std::min(oldRow, RowCount() - 1);
     now[static_cast<std::size_t>(current)] = true;
   }
   RowsReplaced(std::move(now), current);
-  const bool same = CurrentJob() == before && SelectedJobs().size() == selected.size();
-  if (!same && OnSelect) OnSelect();
+  FollowRunning();
+  if ((CurrentJob() != before || selected != selectedBefore) && OnSelect) OnSelect();
+  if (OnView) OnView();
 }
 
-void JobTable::JobChanged(JobId job) {
-  for (int row = FirstVisibleRow(); row < LastVisibleRow(); ++row)
-    if (JobAt(row) == job) RowChanged(row);
+void JobTable::JobsChanged(bool anew) {
+  Arrange([&] { rows_.ReadAll(anew); }, true);
+}
+
+void JobTable::JobsChanged(const std::set<JobId>& jobs) {
+  const StatusCounts before = Counts();
+  bool arranged = false;
+  if (IsFiltered() || sortedBy_) {
+    Arrange([&] { arranged = rows_.Read(jobs); }, false);
+  } else {
+    rows_.Read(jobs);
+    FollowRunning();
+  }
+  for (int row = FirstVisibleRow(); row < LastVisibleRow() && !arranged; ++row)
+    if (jobs.count(JobAt(row))) RowChanged(row);
+  if (Counts() != before && OnView) OnView();
+}
+
+void JobTable::SetFilter(const std::string& words, const StatusClasses& classes) {
+  if (words == words_ && classes == classes_) return;
+  words_ = words;
+  classes_ = classes;
+  Arrange([&] { rows_.SetFilter(words, classes); }, false);
+}
+
+void JobTable::SortBy(Column column, bool descending) {
+  sortedBy_ = column;
+  descending_ = descending;
+  ShowSorted(column, descending);
+  Arrange([&] { rows_.Sort(KeyOf(column), descending); }, false);
+}
+
+void JobTable::ShowRunningOrder() {
+  if (!sortedBy_) return;
+  sortedBy_.reset();
+  ShowSorted(-1, false);
+  Arrange([&] { rows_.Sort({}, false); }, false);
+}
+
+void JobTable::SortByHead(Column column) {
+  SortBy(column, sortedBy_ == column && !descending_);
+}
+
+void JobTable::SetFollow(bool follow) {
+  follow_ = follow;
+  followed_ = {JobId::kNone, -1};
+  FollowRunning();
+}
+
+void JobTable::FollowRunning() {
+  if (!follow_) return;
+  const auto& shown = rows_.Shown();
+  const auto running = std::find_if(shown.begin(), shown.end(), [](const JobRows::Entry* entry) {
+    return entry->status == StatusClass::kRunning;
+  });
+  if (running == shown.end()) return;
+  const std::pair now((*running)->id, (*running)->row);
+  if (std::exchange(followed_, now) != now) ScrollToRow(now.second);
+}
+
+JobRows::KeyOf JobTable::KeyOf(Column column) const {
+  using Key = JobRows::SortKey;
+  using Entry = JobRows::Entry;
+  const auto text = [](const std::string& shown) { return Key{.text = NaturalKey(Folded(shown))}; };
+  switch (column) {
+    case kName:
+      return [](const JobFile&, const Entry& entry) { return Key{.text = NaturalKey(entry.name)}; };
+    case kFolder:
+      return [=](const JobFile& job, const Entry&) { return text(ToUi(job.Folder())); };
+    case kSolver:
+      return [=](const JobFile& job, const Entry&) {
+        return text(RowOfKind(job.GetSolverType()).name);
+      };
+    case kStages:
+      return [](const JobFile& job, const Entry&) {
+        return Key{.number = static_cast<double>(job.stages.size())};
+      };
+    case kMemory:
+      return [](const JobFile& job, const Entry&) {
+        return Key{job.memory == 0, static_cast<double>(job.memory), {}};
+      };
+    case kForce:
+      return [](const JobFile& job, const Entry&) {
+        const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
+        return Key{dyna == nullptr, dyna && dyna->useSFile ? 1.0 : 0.0, {}};
+      };
+    case kOther:
+      return [=](const JobFile& job, const Entry&) {
+        Key key = text(ToUi(job.extraOptions));
+        key.isUnknown = key.text.empty();
+        return key;
+      };
+    case kMessage:
+    case kSummary:
+      return [column](const JobFile& job, const Entry&) {
+        const bool can = column == kMessage ? CanViewMessage(job.status) : HasEnded(job.status);
+        return Key{.number = can && job.stages.empty() ? 0.0 : 1.0};
+      };
+    default:
+      // As the counts have them, and within the running ones the farthest last.
+      return [this](const JobFile& job, const Entry& entry) {
+        double number = 2 * static_cast<double>(entry.status);
+        if (job.status == JobStatus::kWaiting) number += 1;
+        if (job.status != JobStatus::kRunning) return Key{.number = number};
+        const std::optional<RunState> state = stateOf_ ? stateOf_(job.id) : std::nullopt;
+        if (state && state->news.percent) number += *state->news.percent / 200;
+        return Key{.number = number};
+      };
+  }
 }
 
 int JobTable::RowCount() const {
-  return static_cast<int>(jobs_.size());
+  return static_cast<int>(rows_.Shown().size());
 }
 
 JobTable::Row JobTable::MakeRow(const JobFile& job) const {
@@ -248,15 +370,25 @@ void JobTable::DrawCheck(const Cell& cell, const Row& row) {
 }
 
 void JobTable::DrawEmpty(int x, int y, int w, int h) {
-  const std::string& title = texts_.Get("ui_empty_title");
-  const std::string& hint = texts_.Get("ui_empty_hint");
+  const bool hidden = AllCount() > 0;
+  const std::string& title = texts_.Get(hidden ? "ui_filter_none" : "ui_empty_title");
+  const std::string hint = hidden ? texts_.Format("ui_filter_back", std::to_string(AllCount()))
+                                  : texts_.Get("ui_empty_hint");
   fl_color(Theme::kText);
   fl_font(FL_HELVETICA_BOLD, Layout::kFontSize);
   fl_draw(title.c_str(), x, y + h / 2 - 22, w, 20, FL_ALIGN_CENTER, nullptr, 0);
-  fl_color(Theme::kMuted);
+  fl_color(hidden ? Theme::kAccent : Theme::kMuted);
   CellDrawing::UseFont();
   fl_draw(FitHead(hint, w - 2 * CellDrawing::kPadding).c_str(), x, y + h / 2, w, 20,
           FL_ALIGN_CENTER, nullptr, 0);
+}
+
+void JobTable::EmptyPressed() {
+  SetFilter({}, {});
+}
+
+bool JobTable::NameBegins(int row, const std::string& folded) const {
+  return rows_.Shown()[static_cast<std::size_t>(row)]->name.starts_with(folded);
 }
 
 // Of the status the arrow at its end alone: a double click on the rest opens the monitor.

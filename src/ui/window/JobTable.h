@@ -5,7 +5,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/JobList.h"
@@ -13,9 +15,11 @@
 #include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Flx_Table.h"
 #include "ui/text/TextTable.h"
+#include "ui/window/JobRows.h"
 
-// Its rows are the jobs that the list had when the table looked last; what they show is read when
-// they are drawn. The current job stays current wherever it moves. Interface thread.
+// Its rows are the jobs that the list had when the table looked last, or those of them that a
+// filter lets through, in the order of running or sorted by a column; what they show is read when
+// they are drawn. Selected jobs stay selected wherever they move. Interface thread.
 class JobTable : public Flx_Table {
  public:
   enum Column {
@@ -50,14 +54,38 @@ class JobTable : public Flx_Table {
   std::vector<JobId> SelectedJobs() const;
   // Those of them that have a row. The current job stays current if it is among them.
   void SelectJobs(const std::vector<JobId>& jobs);
+  // Those that are shown and are of the class.
+  void SelectClass(StatusClass status);
+
+  // Shows jobs that have all of the words in name, folder or reason and are of one of the classes;
+  // without any: of all.
+  void SetFilter(const std::string& words, const StatusClasses& classes);
+  const std::string& FilterWords() const { return words_; }
+  const StatusClasses& FilterClasses() const { return classes_; }
+  bool IsFiltered() const { return rows_.IsFiltered(); }
+  // The rows stand in this order; that of running does not change.
+  void SortBy(Column column, bool descending);
+  void ShowRunningOrder();
+  // None in the order of running.
+  std::optional<Column> SortedBy() const { return sortedBy_; }
+  // Keeps the running job in sight: scrolls to it when another one runs or it changes its row.
+  void SetFollow(bool follow);
+
+  const StatusCounts& Counts() const { return rows_.Counts(); }
+  int ShownCount() const { return RowCount(); }
+  int AllCount() const { return static_cast<int>(rows_.All().size()); }
+
+  // Filter, order or counts are other ones.
+  std::function<void()> OnView;
 
   // What the job took when it ran before; called with the list locked. Null: nobody knows.
   std::function<std::optional<PastRun>(const JobFile& job)> PastRunOf;
 
-  // The list changed.
-  void JobsChanged();
-  // What a job shows changed.
-  void JobChanged(JobId job);
+  // The list changed; `anew`: and perhaps what jobs of it show.
+  void JobsChanged(bool anew = false);
+  // What jobs show changed.
+  void JobsChanged(const std::set<JobId>& jobs);
+  void JobChanged(JobId job) { JobsChanged(std::set<JobId>{job}); }
 
  protected:
   int RowCount() const override;
@@ -67,6 +95,9 @@ class JobTable : public Flx_Table {
   void DrawEmpty(int x, int y, int w, int h) override;
   bool IsButton(int row, int column) override;
   bool PressesAt(int column, int beforeEnd) const override;
+  bool EscapeDeselects() const override { return CurrentRow() >= 0; }
+  void EmptyPressed() override;
+  bool NameBegins(int row, const std::string& folded) const override;
   std::string CellTip(int row, int column) override;
   std::string CellText(int row, int column) override { return ReadRow(row).cells[column]; }
   int IconWidth(int column) const override;
@@ -86,15 +117,27 @@ class JobTable : public Flx_Table {
   Row MakeRow(const JobFile& job) const;
   std::string PastText(const JobFile& job) const;
   Row ReadRow(int row) const;
-  int RowOf(JobId job) const;  // -1 when it has none
+  JobRows::KeyOf KeyOf(Column column) const;
+  // Does what arranges the rows anew, and keeps what is selected. Rows that a filter has taken out
+  // of sight are not selected any more; when the job in the current row is gone (`inPlace`), the
+  // one that is there now is.
+  void Arrange(const std::function<void()>& change, bool inPlace);
+  void FollowRunning();
+  void SortByHead(Column column);
   static void DrawGoOn(const Cell& cell);
   void DrawCheck(const Cell& cell, const Row& row);
 
   std::shared_ptr<JobList> list_;
   const TextTable& texts_;
   const RunStateOf stateOf_;
-  std::vector<JobId> jobs_;  // by row
-  int firstRow_ = 0;         // the row of shown_[0]
+  mutable JobRows rows_;
+  std::string words_;
+  StatusClasses classes_;
+  std::optional<Column> sortedBy_;
+  bool descending_ = false;
+  bool follow_ = false;
+  std::pair<JobId, int> followed_{JobId::kNone, -1};  // and its row
+  int firstRow_ = 0;                                  // the row of shown_[0]
   std::vector<Row> shown_;
 };
 

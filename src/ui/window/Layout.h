@@ -15,7 +15,7 @@ inline constexpr int kWindowY = 100;
 inline constexpr int kWindowWidth = 1000;
 inline constexpr int kWindowHeight = 448;
 inline constexpr int kMinWidth = 720;
-inline constexpr int kMinHeight = 320;
+inline constexpr int kMinHeight = 352;
 
 // The tool row: groups of square buttons from the left, the last group at the right edge.
 inline constexpr int kToolRowHeight = 42;
@@ -100,8 +100,9 @@ inline constexpr int kTabPadding = 12;
 constexpr int TabsY(int windowWidth) {
   return ParameterRowY(windowWidth) + kFieldHeight + kMargin;
 }
+inline constexpr int kFilterHeight = 32;  // of the line between the tabs and the table
 constexpr int TableY(int windowWidth) {
-  return TabsY(windowWidth) + kTabHeight;
+  return TabsY(windowWidth) + kTabHeight + kFilterHeight;
 }
 inline constexpr int kLeftBarHeight = 30;  // above the tabs, while it offers something
 inline constexpr int kStatusHeight = 26;

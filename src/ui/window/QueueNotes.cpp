@@ -67,8 +67,14 @@ void QueueNotes::StageStatusChanged(int groupId, const JobFile& job, const JobFi
   Take([&](QueueChanges& changes) { changes.jobs[groupId].insert(job.id); });
 }
 
-void QueueNotes::JobsChanged(int groupId, const ListChange&) {
-  Take([&](QueueChanges& changes) { changes.groups.insert(groupId); });
+void QueueNotes::JobsChanged(int groupId, const ListChange& change) {
+  Take([&](QueueChanges& changes) {
+    if (change.what == ListChange::What::kFields) {
+      changes.jobs[groupId].insert(change.job.id);
+    } else {
+      changes.groups.insert(groupId);
+    }
+  });
 }
 
 void QueueNotes::GroupRunChanged(int) {

@@ -13,7 +13,7 @@
 
 // What changed since the interface looked last.
 struct QueueChanges {
-  std::map<int, std::set<JobId>> jobs;  // whose status changed, by group id
+  std::map<int, std::set<JobId>> jobs;  // whose status or fields changed, by group id
   std::set<JobId> runs;                 // that were looked at
   std::set<int> groups;                 // groups whose list changed
   bool running = false;                 // a group's thread began or ended
