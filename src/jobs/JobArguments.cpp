@@ -28,9 +28,8 @@ std::string ShortQuotedPath(const std::string& path) {
   return QuotedPath(FileDirWrapper::ShortPath(path));
 }
 
-// Solvers count memory in million words of four bytes.
-std::string MegaWords(std::uint64_t megabytes) {
-  return std::to_string(megabytes >> 2) + 'm';
+std::string MemoryArgument(std::uint64_t megabytes) {
+  return std::to_string(MegaWords(megabytes)) + 'm';
 }
 
 void DropFirst(std::string& text) {
@@ -42,9 +41,9 @@ std::string SharedMemoryArguments(const JobFileDyna& job, const Settings& settin
   std::string text;
   if (!job.restartFile.empty()) text += " r=" + ShortQuotedPath(job.restartFile);
   if (!job.jobFile.empty()) text += " i=" + ShortQuotedPath(job.jobFile);
-  if (job.memory != 0 && !utilityBatch) text += " memory=" + MegaWords(job.memory);
+  if (job.memory != 0 && !utilityBatch) text += " memory=" + MemoryArgument(job.memory);
   if (settings.use_mpp && settings.memory2 > 0 && !utilityBatch) {
-    text += " memory2=" + MegaWords(settings.memory2);
+    text += " memory2=" + MemoryArgument(settings.memory2);
   }
   const int cpus = job.ncpu < 1 ? settings.cpu_count : job.ncpu;
   if (!settings.use_mpp && cpus >= 2 && !utilityBatch) text += " ncpu=" + std::to_string(cpus);
@@ -103,6 +102,10 @@ HostList BuildHostList(const Settings& settings, const std::string& groupText) {
     list.text += host.name + (platformMpi ? ':' : ' ') + std::to_string(host.cpus);
   }
   return list;
+}
+
+std::uint64_t MegabytesTaken(std::uint64_t megaWords, SolverKind kind) {
+  return megaWords * (kind == SolverKind::kLsDynaDouble ? 8 : 4);
 }
 
 std::string MpiLauncher(const Settings& settings) {

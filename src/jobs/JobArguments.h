@@ -3,6 +3,7 @@
 #ifndef KR_JOBS_JOBARGUMENTS_H
 #define KR_JOBS_JOBARGUMENTS_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,13 @@ GroupHosts HostsOfGroup(const Settings& settings, const std::string& groupText);
 bool TakesHostList(int mpi);
 
 HostList BuildHostList(const Settings& settings, const std::string& groupText);
+
+// Solvers count memory in million words; this many for so many megabytes. A word has four bytes in
+// single precision and eight in double, so that the same number is twice as much memory there.
+constexpr std::uint64_t MegaWords(std::uint64_t megabytes) {
+  return megabytes >> 2;
+}
+std::uint64_t MegabytesTaken(std::uint64_t megaWords, SolverKind kind);
 
 // "mpirun" for Platform MPI, else "mpiexec".
 std::string MpiLauncher(const Settings& settings);

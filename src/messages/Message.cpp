@@ -20,13 +20,6 @@ constexpr bool IsWhole(const MessageText& row) {
 }
 static_assert(std::ranges::all_of(kMessageTexts, IsWhole));
 
-void Mask(std::string& text, const std::string& secret) {
-  const std::size_t length = std::size(kMasked) - 1;
-  for (std::size_t at = 0; (at = text.find(secret, at)) != std::string::npos; at += length) {
-    text.replace(at, secret.size(), kMasked);
-  }
-}
-
 // Puts what `give` makes of each letter into the text.
 template <typename Give>
 std::string Filled(std::string_view text, const Give& give) {
@@ -85,11 +78,19 @@ std::string Message::Text(const char* MessageText::*language, const Decode& deco
   });
 }
 
+std::string WithoutSecret(std::string text, const std::string& secret) {
+  const std::size_t length = std::size(kMasked) - 1;
+  if (secret.empty()) return text;
+  for (std::size_t at = 0; (at = text.find(secret, at)) != std::string::npos; at += length) {
+    text.replace(at, secret.size(), kMasked);
+  }
+  return text;
+}
+
 Message Message::Without(const std::string& secret) const {
   Message masked = *this;
-  if (secret.empty()) return masked;
   for (Argument& argument : masked.arguments_) {
-    if (auto* text = std::get_if<std::string>(&argument)) Mask(*text, secret);
+    if (auto* text = std::get_if<std::string>(&argument)) *text = WithoutSecret(*text, secret);
     if (auto* inner = std::get_if<Inner>(&argument))
       inner->front() = inner->front().Without(secret);
   }

@@ -136,6 +136,9 @@ class Message {
   std::vector<Argument> arguments_;
 };
 
+// The text with every occurrence of the secret masked. Nothing to do for an empty one.
+std::string WithoutSecret(std::string text, const std::string& secret);
+
 // Who takes messages, such as the application log. Any thread.
 using MessageSink = std::function<void(const Message& message)>;
 

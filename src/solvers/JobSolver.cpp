@@ -19,6 +19,22 @@ JobSolver::JobSolver(SolverKind kind) : solverType(kind) {
 
 void JobSolver::Poll(JobFile&) {}
 
+bool JobSolver::Check(JobFile&) {
+  return true;
+}
+
+bool JobSolver::Describe(const JobFile&, PTWrapperProcessStart&) const {
+  return false;
+}
+
+bool JobSolver::Command(JobFile& job, const JobRunContext& context, PTWrapperProcessStart& start) {
+  const RunScope scope(job, context);
+  job.SetRunError(0, {});
+  Check(job);
+  start.folder = job.Folder();
+  return Describe(job, start);
+}
+
 JobStatus JobSolver::Run(JobFile& job, const JobRunContext& context) {
   const RunScope scope(job, context);
   job.SetRunError(0, {});

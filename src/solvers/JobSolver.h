@@ -18,6 +18,11 @@ class JobSolver {
   // Prepares the job's folder and starts the solver. True when the process was created.
   virtual bool Start(JobFile& job) = 0;
 
+  // What Start would start the solver with: program, command line, title, folder and variables.
+  // Reads the disk at most. False when there is no such command line. What keeps the job from being
+  // started, if anything does, is its RunMessage(). The job is one that nobody else has.
+  bool Command(JobFile& job, const JobRunContext& context, PTWrapperProcessStart& start);
+
   // Called after the process has ended: examines its output, tidies files; Finished or Aborted.
   virtual JobStatus Finish(JobFile& job) = 0;
 
@@ -49,6 +54,12 @@ class JobSolver {
 
  protected:
   explicit JobSolver(SolverKind kind);
+
+  // What Start looks at first: whether the files are there that the solver needs. Leaves the reason
+  // in the job.
+  virtual bool Check(JobFile& job);
+  // Says program, command line, title and variables; changes nothing. False when there is none.
+  virtual bool Describe(const JobFile& job, PTWrapperProcessStart& start) const;
 
  private:
   JobStatus WatchAndJudge(JobFile& job);

@@ -9,7 +9,7 @@
 
 JobSolverInc::JobSolverInc() : JobSolver(SolverKind::kInc) {}
 
-bool JobSolverInc::Start(JobFile& job) {
+bool JobSolverInc::Check(JobFile& job) {
   if (dynamic_cast<JobFileInc*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
   const std::string& solver = job.run->settings.SolverPath(solverType);
   if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
@@ -20,15 +20,18 @@ bool JobSolverInc::Start(JobFile& job) {
   if (job.run->settings.inc_token.empty()) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kNoToken));
   }
-  RemoveOldFile(job, IncInfoFile(job.jobFile), MessageId::kOldMessageFileStays);
+  return true;
+}
 
-  std::string arguments;
-  if (!job.BuildArguments(arguments)) return false;
+bool JobSolverInc::Describe(const JobFile& job, PTWrapperProcessStart& start) const {
+  return DescribeProgram(job, job.run->settings.SolverPath(solverType), "ORLA-KR/INCSolver", start);
+}
+
+bool JobSolverInc::Start(JobFile& job) {
+  if (!Check(job)) return false;
+  RemoveOldFile(job, IncInfoFile(job.jobFile), MessageId::kOldMessageFileStays);
   PTWrapperProcessStart start;
-  start.program = solver;
-  start.commandLine = QuotedPath(solver) + ' ' + arguments;
-  start.title = "ORLA-KR/INCSolver";
-  return StartProcess(job, start, {IncInfoFile(job.jobFile)});
+  return Describe(job, start) && StartProcess(job, start, {IncInfoFile(job.jobFile)});
 }
 
 JobStatus JobSolverInc::Finish(JobFile& job) {

@@ -27,6 +27,14 @@ void Prepare(const JobFileDyna& job) {
   PrepareDeck(job.jobFile, report, job.abort);
 }
 
+// Null when the driver cannot run it.
+const JobFileDyna* DynaOf(const JobFile& job) {
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  const bool unfit =
+      dyna == nullptr || (job.run->settings.use_mpp && MppSolver(dyna->solverType) == nullptr);
+  return unfit ? nullptr : dyna;
+}
+
 std::string MemoryMode(const JobFileDyna& job) {
   const std::string& method = job.calculationMethod;
   const bool implicit = Holds(method, "IMPLICIT") || Holds(method, "implicit");
@@ -38,25 +46,34 @@ std::string MemoryMode(const JobFileDyna& job) {
 JobSolverLsDyna::JobSolverLsDyna(bool doublePrecision)
     : JobSolver(doublePrecision ? SolverKind::kLsDynaDouble : SolverKind::kLsDynaSingle) {}
 
-bool JobSolverLsDyna::Start(JobFile& job) {
-  auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
-  const bool mpp = job.run->settings.use_mpp;
-  if (dyna == nullptr || (mpp && MppSolver(dyna->solverType) == nullptr)) {
-    return FailAsOtherKind(job, solverType);
-  }
-  const std::string& solver = SolverProgram(job.run->settings, dyna->solverType);
-  if (!CheckSolver(job, solver) || !CheckRestartAndJobFile(job)) return false;
-  if (dyna->useSFile && !CheckCommandLinePath(job, job.run->settings.force)) return false;
-  RemoveOldOutput(*dyna);
-  Prepare(*dyna);
+bool JobSolverLsDyna::Check(JobFile& job) {
+  const JobFileDyna* const dyna = DynaOf(job);
+  if (dyna == nullptr) return FailAsOtherKind(job, solverType);
+  if (!CheckSolver(job, SolverProgram(job.run->settings, dyna->solverType))) return false;
+  return CheckRestartAndJobFile(job) &&
+         (!dyna->useSFile || CheckCommandLinePath(job, job.run->settings.force));
+}
 
+bool JobSolverLsDyna::Describe(const JobFile& job, PTWrapperProcessStart& start) const {
+  const JobFileDyna* const dyna = DynaOf(job);
   std::string arguments;
-  if (job.abort || !job.BuildArguments(arguments)) return false;
-  PTWrapperProcessStart start;
-  start.program = mpp ? std::string() : solver;
-  start.commandLine = QuotedPath(mpp ? MpiLauncher(job.run->settings) : solver) + ' ' + arguments;
+  if (dyna == nullptr || !job.BuildArguments(arguments)) return false;
+  const Settings& settings = job.run->settings;
+  const std::string& solver = SolverProgram(settings, dyna->solverType);
+  start.program = settings.use_mpp ? std::string() : solver;
+  start.commandLine =
+      QuotedPath(settings.use_mpp ? MpiLauncher(settings) : solver) + ' ' + arguments;
   start.title = "ORLA-KR/LS-DYNA";
   start.variables = {{"LSTC_MEMORY", MemoryMode(*dyna)}};
+  return true;
+}
+
+bool JobSolverLsDyna::Start(JobFile& job) {
+  if (!Check(job)) return false;
+  RemoveOldOutput(*DynaOf(job));
+  Prepare(*DynaOf(job));
+  PTWrapperProcessStart start;
+  if (job.abort || !Describe(job, start)) return false;
   job.dumpsBefore = NewestDumpTime(job.Folder());
   return StartProcess(job, start, MessageAndKeptFiles(job));
 }

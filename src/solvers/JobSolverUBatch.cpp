@@ -15,20 +15,27 @@ std::string MessageFile(const JobFile& job) {
 
 JobSolverUBatch::JobSolverUBatch() : JobSolver(SolverKind::kUtilityBatch) {}
 
-bool JobSolverUBatch::Start(JobFile& job) {
+bool JobSolverUBatch::Check(JobFile& job) {
   if (dynamic_cast<JobFileDyna*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
-  const std::string& solver = job.run->settings.SolverPath(solverType);
-  if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
-  if (!CheckCommandLinePath(job, job.jobFile, true)) return false;
-  const std::string old = MessageFile(job);
-  if (!old.empty()) RemoveOldFile(job, old, MessageId::kOldMessageFileStays);
+  return CheckSolver(job, job.run->settings.SolverPath(solverType)) && CheckJobFile(job) &&
+         CheckCommandLinePath(job, job.jobFile, true);
+}
 
-  PTWrapperProcessStart start;
+bool JobSolverUBatch::Describe(const JobFile& job, PTWrapperProcessStart& start) const {
+  const std::string& solver = job.run->settings.SolverPath(solverType);
   start.program = solver;
   start.commandLine = QuotedPath(solver) + " \"" + job.jobFile + '"';
   if (!job.extraOptions.empty()) start.commandLine += ' ' + job.extraOptions;
   start.title = "ORLA-KR/UTILITYBATCH";
-  return StartProcess(job, start, MessageAndKeptFiles(job));
+  return true;
+}
+
+bool JobSolverUBatch::Start(JobFile& job) {
+  if (!Check(job)) return false;
+  const std::string old = MessageFile(job);
+  if (!old.empty()) RemoveOldFile(job, old, MessageId::kOldMessageFileStays);
+  PTWrapperProcessStart start;
+  return Describe(job, start) && StartProcess(job, start, MessageAndKeptFiles(job));
 }
 
 JobStatus JobSolverUBatch::Finish(JobFile& job) {

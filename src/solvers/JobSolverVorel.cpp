@@ -16,21 +16,22 @@ std::string ResultFile(const JobFile& job) {
 
 JobSolverVorel::JobSolverVorel() : JobSolver(SolverKind::kVorel) {}
 
-bool JobSolverVorel::Start(JobFile& job) {
+bool JobSolverVorel::Check(JobFile& job) {
   if (dynamic_cast<JobFileVorel*>(&job) == nullptr) return FailAsOtherKind(job, solverType);
-  const std::string& solver = job.run->settings.SolverPath(solverType);
-  if (!CheckSolver(job, solver) || !CheckJobFile(job)) return false;
-  if (!CheckCommandLinePath(job, PathWithoutExtension(job.jobFile))) return false;
+  return CheckSolver(job, job.run->settings.SolverPath(solverType)) && CheckJobFile(job) &&
+         CheckCommandLinePath(job, PathWithoutExtension(job.jobFile));
+}
+
+bool JobSolverVorel::Describe(const JobFile& job, PTWrapperProcessStart& start) const {
+  return DescribeProgram(job, job.run->settings.SolverPath(solverType), "ORLA-KR/VOREL", start);
+}
+
+bool JobSolverVorel::Start(JobFile& job) {
+  if (!Check(job)) return false;
   RemoveOldFile(job, VorelOutFile(job.jobFile), MessageId::kOldOutFileStays);
   RemoveOldFile(job, ResultFile(job), MessageId::kOldLinFileStays);
-
-  std::string arguments;
-  if (!job.BuildArguments(arguments)) return false;
   PTWrapperProcessStart start;
-  start.program = solver;
-  start.commandLine = QuotedPath(solver) + ' ' + arguments;
-  start.title = "ORLA-KR/VOREL";
-  return StartProcess(job, start, {ResultFile(job)});
+  return Describe(job, start) && StartProcess(job, start, {ResultFile(job)});
 }
 
 JobStatus JobSolverVorel::Finish(JobFile& job) {

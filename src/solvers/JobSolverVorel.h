@@ -12,6 +12,10 @@ class JobSolverVorel : public JobSolver {
   bool Start(JobFile& job) override;
   JobStatus Finish(JobFile& job) override;
   void Poll(JobFile& job) override;
+
+ protected:
+  bool Check(JobFile& job) override;
+  bool Describe(const JobFile& job, PTWrapperProcessStart& start) const override;
 };
 
 #endif

@@ -77,6 +77,16 @@ void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std
   Report(job, Message(stays, path));
 }
 
+bool DescribeProgram(const JobFile& job, const std::string& program, const char* title,
+                     PTWrapperProcessStart& start) {
+  std::string arguments;
+  if (!job.BuildArguments(arguments)) return false;
+  start.program = program;
+  start.commandLine = QuotedPath(program) + ' ' + arguments;
+  start.title = title;
+  return true;
+}
+
 bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<std::string>& old) {
   start.folder = job.Folder();
   start.outputFile = ConsoleFileOf(job);

@@ -57,6 +57,10 @@ bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted = f
 // Removes a file when it is there. `stays` is said of one that cannot be removed.
 void RemoveOldFile(const JobFile& job, const std::string& path, MessageIdFor<std::string> stays);
 
+// The command line of a program with the job's arguments behind it. False when there is none.
+bool DescribeProgram(const JobFile& job, const std::string& program, const char* title,
+                     PTWrapperProcessStart& start);
+
 // Ends what the job's process object still holds and starts the process in the job's folder, with a
 // console of its own. The driver says program, command line, title and variables, and which of the
 // files that it will judge the run by are there already.
