@@ -70,7 +70,7 @@ void QueueNotes::StageStatusChanged(int groupId, const JobFile& job, const JobFi
 void QueueNotes::JobsChanged(int groupId, const ListChange& change) {
   Take([&](QueueChanges& changes) {
     if (change.what == ListChange::What::kFields) {
-      changes.jobs[groupId].insert(change.job.id);
+      for (const JobFile* const job : change.jobs) changes.jobs[groupId].insert(job->id);
     } else {
       changes.groups.insert(groupId);
     }
