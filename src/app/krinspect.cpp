@@ -15,7 +15,7 @@
 #include "jobs/DeckEndTime.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
-#include "progress/RunProgress.h"
+#include "progress/RunCases.h"
 #include "record/History.h"
 #include "record/RecordFiles.h"
 #include "solvers/OutputAnalysis.h"
@@ -284,17 +284,17 @@ const char* EndWord(RunEnd end) {
 }
 
 bool InspectProgress(const std::string& path, Findings& findings) {
-  const RunFiles files = FindRunFiles(path);
-  if (files.kind == RunFiles::Kind::kNone) {
+  RunCases run;
+  run.TakeFiles(FindCaseFiles(path, CasesBy::kName));
+  if (run.Newest().Files().kind == RunFiles::Kind::kNone) {
     PrintError("no output of a run in " + path);
     return false;
   }
-  RunProgress run(files);
   run.Look();
   run.TakeOpenLines();
   std::string folder = path;
   if (!FileDirWrapper::IsFolder(path)) FileDirWrapper::DirOf(path, folder);
-  run.SetDeckEndTime(EndTimeOfDeck(folder, run.Message().DeckName()));
+  run.SetDeck(EndTimeOfDeck(folder, run.Newest().Message().DeckName()));
   if (!run.HasRead()) {
     PrintError("cannot read " + path);
     return false;

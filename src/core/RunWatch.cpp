@@ -65,6 +65,9 @@ bool RunWatch::StepFell(JobId job, const RunRecord& run) {
 }
 
 int RunWatch::StoppedAt(JobId job, const RunRecord& run) {
-  const std::optional<RunState> state = watcher_.LookLast(WatchedFrom(job, run));
-  return state ? state->StoppedAt() : kNotStopped;
+  const WatchedRun watched = WatchedFrom(job, run);
+  const std::optional<RunState> state = watcher_.LookLast(watched);
+  if (state) return ::StoppedAt(state->news);
+  // Others tell of no end time that could have been missed.
+  return watched.kind == RunFiles::Kind::kKeyword ? kStopUnknown : kNotStopped;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@ constexpr std::size_t kMostDecks = 100;
 constexpr std::size_t kMostParameters = 10000;
 constexpr std::size_t kFieldWidth = 10;
 constexpr std::size_t kLongFieldWidth = 20;
+constexpr std::size_t kFieldsPerCard = 8;
+constexpr std::size_t kMostCases = 1000;
+constexpr int kNoCase = 0;
 
 // The index-th field of a card: between commas where the card has any, else by columns.
 std::string Field(std::string_view card, std::size_t index, std::size_t width) {
@@ -49,11 +53,14 @@ class EndTimeSearch {
     bool more = reader.NextCard(line);
     while (more) {
       const std::string keyword = Upper(line);
-      if (keyword.starts_with("*CONTROL_TERMINATION") && !Found()) {
+      if (keyword.starts_with("*CONTROL_TERMINATION")) {
         const std::size_t width = FieldWidth(keyword);
+        std::string& text = texts_[block_];
         more = ReadCards(reader, line, [&](std::string_view card) {
-          if (!Found()) text_ = Field(card, 0, width);
+          if (text.empty()) text = Field(card, 0, width);
         });
+      } else if (keyword.starts_with("*CASE")) {
+        more = ReadCase(reader, keyword, line);
       } else if (keyword.starts_with("*PARAMETER")) {
         const std::size_t width = FieldWidth(keyword);
         more = ReadCards(reader, line, [&](std::string_view card) { ReadParameters(card, width); });
@@ -66,18 +73,34 @@ class EndTimeSearch {
     }
   }
 
-  bool Found() const { return !text_.empty(); }
+  bool Found() const {
+    return std::any_of(texts_.begin(), texts_.end(),
+                       [](const auto& text) { return !text.second.empty(); });
+  }
 
   DeckEndTime Result() const {
     DeckEndTime result;
-    result.text = text_;
-    // Behind a blank stands the next field, on a card that does not keep to the columns.
-    result.value = Number(std::string_view(text_).substr(0, text_.find_first_of(" \t")));
-    const std::size_t name = text_.find('&');
-    if (result.value || name == std::string::npos || name > 1) return result;
-    const auto parameter = parameters_.find(Upper(text_.substr(name + 1)));
-    if (parameter == parameters_.end()) return result;
-    result.value = text_[0] == '-' ? -parameter->second : parameter->second;
+    result.text = TextOf(kNoCase);
+    result.value = ValueOf(result.text);
+    if (cases_.empty()) {
+      for (const int block : blocks_) result.cases.push_back({block, ValueOf(TextOf(block))});
+    }
+    for (const auto& [number, blocks] : cases_) {
+      DeckCase one{number, std::nullopt};
+      for (const int block : blocks) {
+        if (!one.endTime) one.endTime = ValueOf(TextOf(block));
+      }
+      result.cases.push_back(one);
+    }
+    for (DeckCase& one : result.cases) {
+      if (!one.endTime) one.endTime = result.value;
+    }
+    if (result.text.empty() && !result.cases.empty()) {
+      result.value = result.cases.front().endTime;
+      const auto first = std::find_if(texts_.begin(), texts_.end(),
+                                      [](const auto& text) { return !text.second.empty(); });
+      if (first != texts_.end()) result.text = first->second;
+    }
     return result;
   }
 
@@ -99,6 +122,53 @@ class EndTimeSearch {
     return false;
   }
 
+  // "*CASE_BEGIN_2", "*CASE_END_2" around lines of their own, and "*CASE", whose cards tell which
+  // of them belong to a case. As ReadCards.
+  bool ReadCase(DeckLines& reader, const std::string& keyword, std::string_view& line) {
+    for (const std::string_view edge : {"*CASE_BEGIN_", "*CASE_END_"}) {
+      if (!keyword.starts_with(edge)) continue;
+      const int number = Numbered(std::string_view(keyword).substr(edge.size()));
+      block_ = edge == "*CASE_BEGIN_" ? number : kNoCase;
+      if (number != kNoCase && blocks_.size() < kMostCases) blocks_.insert(number);
+      return reader.NextCard(line);
+    }
+    bool isTitle = keyword.starts_with("*CASE_TITLE");
+    int number = kNoCase;
+    return ReadCards(reader, line, [&](std::string_view card) {
+      if (isTitle) {
+        isTitle = false;
+      } else if (number == kNoCase) {
+        number = Numbered(Field(card, 0, kFieldWidth));
+        if (number != kNoCase && cases_.size() < kMostCases) cases_[number];
+      } else if (const auto known = cases_.find(number); known != cases_.end()) {
+        for (std::size_t field = 0; field < kFieldsPerCard; ++field) {
+          const int block = Numbered(Field(card, field, kFieldWidth));
+          if (block != kNoCase && known->second.size() < kMostCases) known->second.push_back(block);
+        }
+      }
+    });
+  }
+
+  static int Numbered(std::string_view text) {
+    const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789 "));
+    return static_cast<int>(WholeNumber(digits, 1, 1000000000).value_or(kNoCase));
+  }
+
+  std::string TextOf(int block) const {
+    const auto found = texts_.find(block);
+    return found == texts_.end() ? std::string() : found->second;
+  }
+
+  // Behind a blank stands the next field, on a card that does not keep to the columns.
+  std::optional<double> ValueOf(const std::string& text) const {
+    const auto value = Number(std::string_view(text).substr(0, text.find_first_of(" \t")));
+    const std::size_t name = text.find('&');
+    if (value || name == std::string::npos || name > 1) return value;
+    const auto parameter = parameters_.find(Upper(text.substr(name + 1)));
+    if (parameter == parameters_.end()) return std::nullopt;
+    return text[0] == '-' ? -parameter->second : parameter->second;
+  }
+
   // Pairs of a name, behind a letter for its type, and a value.
   void ReadParameters(std::string_view card, std::size_t width) {
     constexpr std::size_t kPairs = 4;
@@ -113,7 +183,10 @@ class EndTimeSearch {
   }
 
   std::map<std::string, double> parameters_;
-  std::string text_;
+  std::map<int, std::string> texts_;       // as written, by the case's lines
+  std::map<int, std::vector<int>> cases_;  // the lines that belong to each
+  std::set<int> blocks_;                   // lines of cases, by their numbers
+  int block_ = kNoCase;                    // that the reading is in
   bool longCards_ = false;
 };
 

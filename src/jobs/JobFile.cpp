@@ -96,6 +96,7 @@ void JobFile::SetRestartDump(const std::string& path) {
 
 Message StoppedMessage(int stoppedAt) {
   if (stoppedAt == kNotStopped) return {};
+  if (stoppedAt == kStopUnknown) return Message(MessageId::kStopNotKnown);
   if (stoppedAt < 0) return Message(MessageId::kStoppedEarly);
   return Message(MessageId::kStoppedAt, std::to_string(stoppedAt) + "%");
 }

@@ -39,6 +39,7 @@ class JobFile;
 enum RunStop : int {
   kNotStopped = -1,        // it reached its end time, or nobody knows better
   kStoppedSomewhere = -2,  // before its end time, which is not known
+  kStopUnknown = -3,       // its files could not be read at the end: it may have
 };
 // In words; empty for kNotStopped.
 Message StoppedMessage(int stoppedAt);

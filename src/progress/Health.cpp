@@ -1,6 +1,7 @@
 #include "progress/Health.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -58,15 +59,17 @@ std::vector<HealthFinding> Health::Look(const GlobalStates& states, const Messag
     LookAtStep(message.Points().front().step, message.Points().front().time);
     LookAtStep(last->step, last->time);
   }
-  if (states.NotFinite() > 0 && limits_.health_not_finite != 0) {
+  const std::string& notFinite =
+      states.NotFinite() > 0 ? states.FirstNotFinite() : message.NotFinite();
+  if (!notFinite.empty() && limits_.health_not_finite != 0) {
     const double none = std::numeric_limits<double>::quiet_NaN();
-    Find(HealthCheck::kNotFinite, none,
-         Message(MessageId::kHealthNotFinite, states.FirstNotFinite()));
+    Find(HealthCheck::kNotFinite, none, Message(MessageId::kHealthNotFinite, notFinite));
   }
   LookAtSilence(message, news, now);
-  std::vector<HealthFinding> found(findings_.begin() + static_cast<std::ptrdiff_t>(told_),
-                                   findings_.end());
-  told_ = findings_.size();
+  std::vector<HealthFinding> found;
+  for (const HealthFinding& finding : findings_) {
+    if (told_.insert(finding.check).second) found.push_back(finding);
+  }
   return found;
 }
 
@@ -77,11 +80,19 @@ void Health::Find(HealthCheck check, double time, Message message) {
 }
 
 void Health::Drop(HealthCheck check) {
-  const auto found = std::find_if(findings_.begin(), findings_.end(),
-                                  [&](const HealthFinding& one) { return one.check == check; });
-  if (found == findings_.end()) return;
-  if (static_cast<std::size_t>(found - findings_.begin()) < told_) --told_;
-  findings_.erase(found);
+  std::erase_if(findings_, [&](const HealthFinding& one) { return one.check == check; });
+}
+
+void Health::SetLimits(const Settings& limits) {
+  const auto all = [](const Settings& of) {
+    return std::array{of.health_silence_minutes,   of.health_step_percent, of.health_energy_percent,
+                      of.health_hourglass_percent, of.health_mass_percent, of.health_not_finite,
+                      of.health_disk_percent};
+  };
+  if (all(limits) == all(limits_)) return;
+  limits_ = limits;
+  findings_.clear();
+  rows_ = 0;
 }
 
 void Health::LookAtDisk(double needed, double free) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <set>
 #include <vector>
 
 #include "jobs/Settings.h"
@@ -34,9 +35,15 @@ class Health {
  public:
   explicit Health(const Settings& limits) : limits_(limits) {}
 
+  // Other limits from now on; what was found by the old ones is looked for again.
+  void SetLimits(const Settings& limits);
+
+  // Another case of the deck begins, with a time step and states of its own. What was found stays.
+  void BeginCase() { rows_ = 0, firstStep_ = 0; }
+
   // `news`: whether the run has written anything since the last look; `now`: seconds on a clock
-  // that does not go back. Returns what was not found before. Between two looks that lie far apart
-  // the machine slept: no silence of the run.
+  // that does not go back. Returns what was never found before, so each check speaks once. Between
+  // two looks that lie far apart the machine slept: no silence of the run.
   std::vector<HealthFinding> Look(const GlobalStates& states, const MessageProgress& message,
                                   bool news, double now);
 
@@ -48,16 +55,15 @@ class Health {
 
  private:
   struct Columns;
-  bool Wants(HealthCheck check) const;
   void Find(HealthCheck check, double time, Message message);
   void Drop(HealthCheck check);
   void LookAtRow(const Columns& columns, std::size_t row);
   void LookAtStep(double step, double time);
   void LookAtSilence(const MessageProgress& message, bool news, double now);
 
-  const Settings limits_;
+  Settings limits_;
   std::vector<HealthFinding> findings_;
-  std::size_t told_ = 0;
+  std::set<HealthCheck> told_;
   std::size_t rows_ = 0;  // that were looked at
   double firstStep_ = 0;
   double lastNews_ = -1;  // -1: no look yet

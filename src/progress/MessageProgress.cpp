@@ -47,7 +47,8 @@ bool IsTelling(std::string_view line) {
   constexpr std::string_view kBeginnings[] = {
       "BEGIN implicit",    kOptions,      "E r r o r",       "Equilibrium",
       "Iteration:",        "N o r m a l", "Problem time",    "***",
-      "current step size", "estimated ",  "termination time"};
+      "current step size", "estimated ",  "internal energy", "kinetic energy",
+      "termination time",  "total energy"};
   return std::any_of(std::begin(kBeginnings), std::end(kBeginnings), [line](auto beginning) {
     return beginning[0] == line[0] && line.starts_with(beginning);
   });
@@ -56,6 +57,16 @@ bool IsTelling(std::string_view line) {
 std::optional<double> FiniteNumber(LineWords& words) {
   const std::optional<double> value = words.NextNumber();
   return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+// Any of the words is NaN or infinite.
+bool HoldsNotFinite(std::string_view line) {
+  LineWords words(line);
+  for (std::string_view word = words.Next(); !word.empty(); word = words.Next()) {
+    const std::optional<double> value = AnyNumber(word);
+    if (value && !std::isfinite(*value)) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -128,6 +139,12 @@ void MessageProgress::TakeLine(std::string_view line) {
     LineWords words(line.substr(line.find(':') + 1));
     const std::optional<std::int64_t> count = Count(words.Next());
     iterations_ = static_cast<int>(std::min<std::int64_t>(count.value_or(iterations_), 1000000));
+    if (HoldsNotFinite(line)) NoteNotFinite("Iteration");
+    return;
+  }
+  if (const std::size_t energy = line.find(" energy."); energy != std::string_view::npos) {
+    if (HoldsNotFinite(line.substr(line.find_last_of('.') + 1)))
+      NoteNotFinite(line.substr(0, energy + 7));
     return;
   }
   if (line.starts_with("Equilibrium")) return TakeConverged(line);
@@ -142,11 +159,11 @@ void MessageProgress::TakeLine(std::string_view line) {
     return;
   }
   if (line.starts_with("N o r m a l")) {
-    if (Holds(line, "t e r m i n a t i o n")) TakeEnd(RunEnd::kNormal);
+    if (Holds(line, "t e r m i n a t i o n")) TakeEnd(RunEnd::kNormal, line);
     return;
   }
   if (line.starts_with("E r r o r")) {
-    if (Holds(line, "t e r m i n a t i o n")) TakeEnd(RunEnd::kError);
+    if (Holds(line, "t e r m i n a t i o n")) TakeEnd(RunEnd::kError, line);
     return;
   }
   if (line.starts_with("Problem time") && Names(line, "Problem time")) {
@@ -170,18 +187,32 @@ bool MessageProgress::TakeProgress(std::string_view line) {
   LineWords words(before);
   const std::optional<std::int64_t> cycle = Count(words.Next());
   if (!cycle || !words.NextIs("t")) return false;
-  const std::optional<double> time = FiniteNumber(words);
+  const std::optional<double> time = words.NextNumber();
   if (!time || !words.NextIs("dt")) return false;
   const std::optional<double> step = words.NextNumber();
   if (!step) return false;
-  event_ = words.Rest().substr(0, kLongestEvent);
-  if (end_ != RunEnd::kRunning) {  // a restart goes on in the same file
-    end_ = RunEnd::kRunning;
-    stopAsked_ = reachedEnd_ = false;
+  if (!std::isfinite(*step)) NoteNotFinite("dt");
+  if (!std::isfinite(*time)) {
+    NoteNotFinite("t");
+    return false;
   }
+  event_ = words.Rest().substr(0, kLongestEvent);
+  GoOn();
   converged_ = false;
   Add({*cycle, *time, *step, *clock});
   return true;
+}
+
+void MessageProgress::NoteNotFinite(std::string_view name) {
+  if (notFinite_.empty()) notFinite_ = name;
+}
+
+// A restart goes on in the same file.
+void MessageProgress::GoOn() {
+  if (end_ == RunEnd::kRunning) return;
+  end_ = RunEnd::kRunning;
+  stopAsked_ = reachedEnd_ = converged_ = false;
+  afterEnd_ = true;
 }
 
 // "BEGIN implicit statics  step     22 t= 1.1000E-02             11/28/19 09:27:30"
@@ -196,13 +227,9 @@ void MessageProgress::TakeImplicitBegin(std::string_view line) {
   LineWords behind(before.substr(equals + 2));
   const std::optional<double> time = FiniteNumber(behind);
   if (!step || !time) return;
-  const std::int64_t cycle = points_.empty() ? 0 : points_.back().cycle;
-  if (converged_) {
-    Add({cycle, implicitTime_, implicitSize_, *clock});
-  } else if (points_.empty()) {
-    Add({0, 0, 0, *clock});  // the begin, for a file that tells of no other
-  }
-  converged_ = false;
+  GoOn();
+  if (points_.empty()) Add({0, 0, 0, *clock});  // the begin, for a file that tells of no other
+  AddConverged(*clock);
   implicitStep_ = *step;
   implicitTime_ = *time;
   implicitSize_ = std::max(*time - (points_.empty() ? 0 : points_.back().time), 0.0);
@@ -224,6 +251,11 @@ void MessageProgress::TakeConverged(std::string_view line) {
   converged_ = true;
 }
 
+void MessageProgress::AddConverged(std::int64_t clock) {
+  if (converged_) Add({points_.back().cycle, implicitTime_, implicitSize_, clock});
+  converged_ = false;
+}
+
 void MessageProgress::TakeOption(std::string_view word) {
   const std::string key = Lower(word.substr(0, 2));
   if (word.size() > kLongestPath) return;
@@ -231,7 +263,9 @@ void MessageProgress::TakeOption(std::string_view word) {
   if (key == "r=") restart_ = word.substr(2);
 }
 
-void MessageProgress::TakeEnd(RunEnd end) {
+void MessageProgress::TakeEnd(RunEnd end, std::string_view line) {
+  std::string_view before;
+  if (!points_.empty()) AddConverged(ClockAtEnd(line, before).value_or(points_.back().clock));
   if (end_ == RunEnd::kError) return;
   const bool stopped = end == RunEnd::kNormal && stopAsked_ && !reachedEnd_;
   end_ = stopped ? RunEnd::kStopped : end;
@@ -240,8 +274,9 @@ void MessageProgress::TakeEnd(RunEnd end) {
 void MessageProgress::Add(const ProgressPoint& point) {
   if (!points_.empty()) {
     const auto pause = static_cast<double>(point.clock - points_.back().clock);
-    longestPause_ = std::max(longestPause_, pause);
+    if (!afterEnd_) longestPause_ = std::max(longestPause_, pause);
   }
+  afterEnd_ = false;
   if (lastIsExtra_) points_.pop_back();
   lastIsExtra_ = false;
   points_.push_back(point);

@@ -56,6 +56,9 @@ class MessageProgress : public LineTaker {
   // Seconds on the solver's clock between two points, of all that were taken.
   double LongestPause() const { return longestPause_; }
 
+  // The first value that was NaN or infinite: "dt", "kinetic energy"; empty: none.
+  const std::string& NotFinite() const { return notFinite_; }
+
   const TimeLeft& Left() const { return left_; }
 
   // What the solver believes.
@@ -79,7 +82,10 @@ class MessageProgress : public LineTaker {
   void TakeImplicitBegin(std::string_view line);
   void TakeConverged(std::string_view line);
   void TakeOption(std::string_view word);
-  void TakeEnd(RunEnd end);
+  void TakeEnd(RunEnd end, std::string_view line);
+  void GoOn();
+  void NoteNotFinite(std::string_view name);
+  void AddConverged(std::int64_t clock);
   void Add(const ProgressPoint& point);
 
   std::vector<ProgressPoint> points_;
@@ -89,12 +95,14 @@ class MessageProgress : public LineTaker {
   TimeLeft left_;
   double longestPause_ = 0;
   std::string event_;
+  std::string notFinite_;
   SolverEstimate estimate_;
   std::int64_t implicitStep_ = 0;
   double implicitTime_ = 0;  // that the step leads to
   double implicitSize_ = 0;
   int iterations_ = 0;
   bool converged_ = false;  // and no point for it yet
+  bool afterEnd_ = false;   // the next point is a restart's
   bool stopAsked_ = false;
   bool reachedEnd_ = false;
   bool inOptions_ = false;

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <map>
 #include <string_view>
 #include <vector>
 
-#include "jobs/DeckEndTime.h"
 #include "jobs/DeckScan.h"
 #include "jobs/JobArguments.h"
 #include "util/files/FileDirWrapper.h"
@@ -32,6 +32,21 @@ std::optional<std::string> MessagePrefix(std::string name) {
     if (name.ends_with(kind)) return name.substr(0, name.size() - kind.size());
   }
   return std::nullopt;
+}
+
+// Where the number of a case begins, "CASE12."; npos where the name has none.
+std::size_t CaseDigits(std::string_view prefix) {
+  if (!prefix.ends_with('.')) return std::string_view::npos;
+  const std::string_view name = prefix.substr(0, prefix.size() - 1);
+  const std::size_t begin = name.find_last_not_of("0123456789") + 1;
+  const bool isCase = begin < name.size() && EndsInAnyCase(name.substr(0, begin), "case");
+  return isCase ? begin : std::string_view::npos;
+}
+
+// What all cases of one deck have in common; empty for a name that is none of a case.
+std::string FormOfCase(const std::string& prefix) {
+  const std::size_t digits = CaseDigits(prefix);
+  return digits == std::string::npos ? std::string() : prefix.substr(0, digits);
 }
 
 RunFiles::Kind KindOf(const std::string& file) {
@@ -126,8 +141,48 @@ RunFiles FindRunFiles(const std::string& path,
   return files;
 }
 
-std::optional<double> EndTimeOfDeck(const std::string& folder, const std::string& deck) {
-  if (deck.empty()) return std::nullopt;
+std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
+                                    const std::function<bool(const std::string&)>& isOld) {
+  std::vector<RunFiles> found = {FindRunFiles(path, isOld)};
+  const std::string newest = found.front().output;
+  const std::optional<std::string> prefix = MessagePrefix(NameOf(newest));
+  if (found.front().kind != RunFiles::Kind::kKeyword || newest.empty() || !prefix) return found;
+  const std::string form = FormOfCase(*prefix);
+  if (form.empty() && by == CasesBy::kName) return found;
+  // Of a case that lies there under several names the one that was written last.
+  std::map<std::string, std::string, decltype(&ComesBeforeByNumbers)> others(&ComesBeforeByNumbers);
+  std::vector<std::string> entries;
+  std::vector<std::string> folders;
+  FileDirWrapper::ListDir(FolderBeside(newest), entries, folders, false);
+  for (const std::string& file : entries) {
+    const std::optional<std::string> other = MessagePrefix(NameOf(file));
+    if (!other || *other == *prefix || (isOld && isOld(file))) continue;
+    if (by == CasesBy::kName && FormOfCase(*other) != form) continue;
+    std::string& known = others[*other];
+    if (known.empty() || FileDirWrapper::WriteTime(file) > FileDirWrapper::WriteTime(known))
+      known = file;
+  }
+  for (const auto& [name, file] : others) {
+    RunFiles files;
+    files.kind = RunFiles::Kind::kKeyword;
+    files.output = file;
+    FindBeside(name, isOld, files, file);
+    found.insert(found.end() - 1, std::move(files));
+  }
+  return found;
+}
+
+int CaseNumberOf(const std::string& messageFile) {
+  const std::string prefix = MessagePrefix(NameOf(messageFile)).value_or(std::string());
+  const std::size_t digits = CaseDigits(prefix);
+  if (digits == std::string::npos) return 0;
+  const std::string_view number =
+      std::string_view(prefix).substr(digits, prefix.size() - 1 - digits);
+  return static_cast<int>(WholeNumber(number, 1, 1000000000).value_or(0));
+}
+
+DeckEndTime EndTimeOfDeck(const std::string& folder, const std::string& deck) {
+  if (deck.empty()) return {};
   const bool absolute =
       deck.starts_with('/') || deck.starts_with('\\') || (deck.size() > 1 && deck[1] == ':');
   JobFileDyna job{Settings()};
@@ -136,6 +191,6 @@ std::optional<double> EndTimeOfDeck(const std::string& folder, const std::string
     // The run may have been moved, or have come from another system.
     job.jobFile = FileDirWrapper::Join(folder, deck.substr(deck.find_last_of("/\\") + 1));
   }
-  if (!FileDirWrapper::FileExists(job.jobFile) || !ScanDeck(job, {})) return std::nullopt;
-  return FindEndTime(job).value;
+  if (!FileDirWrapper::FileExists(job.jobFile) || !ScanDeck(job, {})) return {};
+  return FindEndTime(job);
 }

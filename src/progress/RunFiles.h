@@ -5,6 +5,9 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "jobs/DeckEndTime.h"
 
 // Paths; empty where there is none.
 struct RunFiles {
@@ -23,9 +26,20 @@ struct RunFiles {
 RunFiles FindRunFiles(const std::string& path,
                       const std::function<bool(const std::string& file)>& isOld = {});
 
-// The end time that stands in a deck, with what it includes. A name as the solver was given it
+// The same with the earlier cases of its deck, each of which has files of its own: the newest case
+// last, at least one. By their names alone those are cases that differ from the newest in the
+// number behind "CASE"; kAll takes whatever message file lies there, where all but the run's are
+// old.
+enum class CasesBy { kName, kAll };
+std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
+                                    const std::function<bool(const std::string& file)>& isOld = {});
+
+// The number of the case whose message file this is; 0 when its name tells none.
+int CaseNumberOf(const std::string& messageFile);
+
+// The end times that stand in a deck, with what it includes. A name as the solver was given it
 // ("i=..."), seen from `folder`; a deck that is not there is looked for in the folder itself.
 // Reads big decks whole.
-std::optional<double> EndTimeOfDeck(const std::string& folder, const std::string& deck);
+DeckEndTime EndTimeOfDeck(const std::string& folder, const std::string& deck);
 
 #endif

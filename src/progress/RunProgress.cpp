@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "jobs/JobFile.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -12,6 +11,11 @@ namespace {
 constexpr double kEndNoise = 1e-3;
 
 }  // namespace
+
+int StoppedAt(const RunNews& news) {
+  if (news.ended != RunEnd::kStopped) return kNotStopped;
+  return news.percent ? static_cast<int>(*news.percent) : kStoppedSomewhere;
+}
 
 RunProgress::RunProgress(const RunFiles& files) {
   AddFiles(files);
@@ -60,6 +64,11 @@ void RunProgress::TakeOpenLines() {
   if (output_ && files_.kind == RunFiles::Kind::kKeyword) output_->TakeOpenLine(message_);
   if (output_ && files_.kind != RunFiles::Kind::kKeyword) output_->TakeOpenLine(text_);
   if (glstat_) glstat_->TakeOpenLine(states_);
+}
+
+void RunProgress::ForgetStates() {
+  states_.BeginAnew();
+  glstat_.reset();
 }
 
 std::optional<double> RunProgress::EndTime() const {
@@ -126,9 +135,11 @@ void RunProgress::TellEnd(RunNews& news) const {
   if (!knowsShare) return;
   const double missing = *news.endTime - *news.time;
   const double noise = std::max(kEndNoise * *news.endTime, 2 * news.timeStep.value_or(0));
-  if (missing > noise) {
+  if (missing <= noise) {
+    news.percent = 100;
+  } else if (*news.time > 0) {
     news.ended = RunEnd::kStopped;
   } else {
-    news.percent = 100;
+    news.percent.reset();  // an eigenvalue analysis, say: it has no time to go through
   }
 }

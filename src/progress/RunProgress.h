@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "jobs/JobFile.h"
 #include "progress/GlobalStates.h"
 #include "progress/MessageProgress.h"
 #include "progress/RunFiles.h"
@@ -31,7 +32,15 @@ struct RunNews {
   // In the seconds of progress/SolverClock.h.
   std::optional<std::int64_t> started;
   std::optional<std::int64_t> lastTold;
+  // Of a deck with cases: which one these figures are of, and how many the deck has. Percent and
+  // seconds left are those of all. 0: none, or not known.
+  int caseNumber = 0;
+  int cases = 0;
 };
+
+// Where a run stopped that ended normally before its end time: a RunStop. The one place that says
+// so, with RunNews::ended, for every window and report.
+int StoppedAt(const RunNews& news);
 
 // Looks at the files when it is asked to and keeps what it read. A look that finds nothing new
 // costs one question to the system a file. One thread at a time.
@@ -56,6 +65,9 @@ class RunProgress {
 
   // For a run that nobody writes any more: a last line without an end counts too.
   void TakeOpenLines();
+
+  // Forgets the states, which take most of the memory: for a run of which only the end matters.
+  void ForgetStates();
 
   // `now` in the seconds of progress/SolverClock.h; without it, the moment of the newest line.
   RunNews News(std::optional<std::int64_t> now = std::nullopt) const;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "progress/Health.h"
+#include "progress/RunCases.h"
 #include "progress/SolverClock.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
@@ -75,7 +76,6 @@ bool IsSameRun(const RunToRead& one, const RunToRead& other) {
 struct RunReader::Shared {
   explicit Shared(const Settings& healthLimits) : limits(healthLimits) {}
 
-  const Settings limits;
   std::atomic<bool> ended{false};
   std::atomic<bool> cancelled{false};
   std::atomic<bool> anew{false};  // another run is wanted
@@ -83,6 +83,7 @@ struct RunReader::Shared {
   Mutex mutex;
   std::condition_variable changed;
   RunToRead wanted KR_GUARDED_BY(mutex);
+  Settings limits KR_GUARDED_BY(mutex);
   std::vector<std::function<void()>> works KR_GUARDED_BY(mutex);
   bool woken KR_GUARDED_BY(mutex) = false;
   std::shared_ptr<const RunPicture> picture KR_GUARDED_BY(mutex);
@@ -101,39 +102,43 @@ namespace {
 class Reading {
  public:
   Reading(const RunToRead& run, const Settings& limits)
-      : run_(run), limits_(limits), progress_(RunFiles()), health_(std::in_place, limits) {}
+      : run_(run), limits_(limits), health_(limits) {}
 
-  void Take(const RunToRead& run) { run_ = run; }
+  void Take(const RunToRead& run, const Settings& limits) {
+    run_ = run;
+    limits_ = limits;
+    health_.SetLimits(limits);
+  }
   const RunToRead& Run() const { return run_; }
 
   // False when the hook ended it.
   bool Look(const RunProgress::Progress& hook) {
-    if (looks_++ % kLooksBetweenSearches == 0 || progress_.Files().output.empty()) FindFiles();
-    progress_.FollowKeptFile();
-    news_ = progress_.Look(hook) || news_;
-    return !progress_.Stopped();
+    if (looks_++ % kLooksBetweenSearches == 0 || Files().output.empty()) FindFiles();
+    cases_.FollowKeptFile();
+    news_ = cases_.Look(hook) || news_;
+    return !cases_.Stopped();
   }
 
   RunPicture Picture() {
-    if (!run_.mayGrow && !isClosed_ && progress_.HasRead()) {
-      progress_.TakeOpenLines();
+    if (!run_.mayGrow && !isClosed_ && cases_.HasRead()) {
+      cases_.TakeOpenLines();
       isClosed_ = news_ = true;
     }
     RunPicture picture;
-    picture.files = progress_.Files();
+    picture.files = Files();
     picture.now = LocalClockNow();
     picture.isRunning = run_.isRunning || IsBeingWritten();
-    health_->Look(progress_.States(), progress_.Message(), news_, SteadySeconds());
+    health_.Look(cases_.Newest().States(), Message(), news_, SteadySeconds());
     const bool sampled = LookAtDisk();
-    picture.news = progress_.News(picture.isRunning ? std::optional(picture.now) : std::nullopt);
+    picture.news = cases_.News(picture.isRunning ? std::optional(picture.now) : std::nullopt);
     if (picture.news.ended != RunEnd::kRunning && !run_.isRunning) picture.isRunning = false;
-    for (const HealthFinding& finding : health_->Findings()) {
+    for (const HealthFinding& finding : health_.Findings()) {
       // Who does not run is silent.
       if (picture.isRunning || finding.check != HealthCheck::kSilence)
         picture.health.push_back(finding.message);
     }
     if (!curves_ || news_ || sampled) MakeCurvesAnew();
-    if (news_ || tail_.empty()) tail_ = LastLines(progress_.Files().output);
+    if (news_ || tail_.empty()) tail_ = LastLines(Files().output);
     news_ = false;
     picture.curves = curves_;
     picture.tail = tail_;
@@ -143,12 +148,10 @@ class Reading {
 
   // Big decks are read whole: after there is something to see.
   bool AskDeck() {
-    if (askedDeck_ || !progress_.HasRead() || progress_.Files().kind != RunFiles::Kind::kKeyword)
-      return false;
-    askedDeck_ = true;
-    if (progress_.News().endTime) return false;
-    const std::string& told = progress_.Message().DeckName();
-    progress_.SetDeckEndTime(EndTimeOfDeck(run_.folder, run_.deck.empty() ? told : run_.deck));
+    const bool isCase = CaseNumberOf(Files().output) > 0;
+    if (!cases_.WantsDeck() || (!isCase && cases_.News().endTime)) return false;
+    const std::string& told = Message().DeckName();
+    cases_.SetDeck(EndTimeOfDeck(run_.folder, run_.deck.empty() ? told : run_.deck));
     return true;
   }
 
@@ -167,43 +170,36 @@ class Reading {
   bool IsBeingWritten() const {
     std::int64_t created, accessed, modified, size;
     return run_.mayGrow &&
-           IOWrapperTxt::FileStatInfo(progress_.Files().output, created, accessed, modified,
-                                      size) &&
+           IOWrapperTxt::FileStatInfo(Files().output, created, accessed, modified, size) &&
            std::abs(DateTimeWrapper::CurrentTime() - modified) < kStillWritten;
   }
 
-  // A deck with cases writes one message file after another.
+  const RunFiles& Files() const { return cases_.Newest().Files(); }
+  const MessageProgress& Message() const { return cases_.Newest().Message(); }
+
+  // A deck with cases writes one message file after another; the newest is shown.
   void FindFiles() {
     if (run_.path.empty()) return;
     const auto isOld = [this](const std::string& file) { return IsOld(file); };
-    RunFiles found = FindRunFiles(run_.path, isOld);
-    if (!found.output.empty() && (!FileDirWrapper::FileExists(found.output) || IsOld(found.output)))
-      found.output.clear();
-    const std::string& known = progress_.Files().output;
-    const bool isAnother = !found.output.empty() && !known.empty() && found.output != known &&
-                           found.output != known + ".krb" && found.output + ".krb" != known;
-    if (isAnother) BeginAnew();
-    const bool isNew = progress_.Files().kind == RunFiles::Kind::kNone;
-    if (found.output.empty() && found.glstat.empty() && found.status.empty() && isNew) return;
-    progress_.AddFiles(found);
-  }
-
-  void BeginAnew() {
-    progress_ = RunProgress(RunFiles());
-    health_.emplace(limits_);
+    std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld);
+    std::string& newest = found.back().output;
+    if (!newest.empty() && (!FileDirWrapper::FileExists(newest) || IsOld(newest))) newest.clear();
+    const RunCases::Began began = cases_.TakeFiles(found);
+    if (began == RunCases::Began::kNothing) return;
+    if (began == RunCases::Began::kCase) health_.BeginCase();
+    if (began == RunCases::Began::kRun) health_ = Health(limits_);
     disk_ = {};
     curves_.reset();
     tail_.clear();
-    askedDeck_ = isClosed_ = false;
+    isClosed_ = false;
     news_ = true;
   }
 
   // True when something came to the curve.
   bool LookAtDisk() {
-    const bool isKeyword = progress_.Files().kind == RunFiles::Kind::kKeyword;
-    if (!isKeyword || !progress_.HasRead() || (looks_ - 1) % kLooksBetweenSearches != 0)
-      return false;
-    const std::vector<ProgressPoint>& points = progress_.Message().Points();
+    const bool isKeyword = Files().kind == RunFiles::Kind::kKeyword;
+    if (!isKeyword || !cases_.HasRead() || (looks_ - 1) % kLooksBetweenSearches != 0) return false;
+    const std::vector<ProgressPoint>& points = Message().Points();
     if (points.empty()) return false;
     const std::int64_t shift = LocalShift();
     const std::int64_t start = points.front().clock;
@@ -226,23 +222,22 @@ class Reading {
   }
 
   void MakeCurvesAnew() {
-    RunCurves curves = MakeCurves(progress_.States(), progress_.Message());
-    const std::vector<ProgressPoint>& points = progress_.Message().Points();
+    RunCurves curves = MakeCurves(cases_.Newest().States(), Message());
+    const std::vector<ProgressPoint>& points = Message().Points();
     if (!points.empty()) disk_.PutInto(curves, points.front().clock);
     curves_ = std::make_shared<const RunCurves>(std::move(curves));
   }
 
   RunToRead run_;
-  const Settings limits_;
-  RunProgress progress_;
-  std::optional<Health> health_;  // never empty
+  Settings limits_;
+  RunCases cases_;
+  Health health_;
   DiskUse disk_;
   std::shared_ptr<const RunCurves> curves_;
   std::vector<std::string> tail_;
   std::uint64_t bytes_ = 0;
   int looks_ = 0;
   bool news_ = true;
-  bool askedDeck_ = false;
   bool isClosed_ = false;  // nobody writes any more: the last lines were taken
 };
 
@@ -252,20 +247,22 @@ void RunReader::Shared::Work() {
   std::unique_ptr<Reading> reading;
   while (true) {
     RunToRead run;
+    Settings healthLimits;
     std::vector<std::function<void()>> todo;
     {
       const MutexLock lock(mutex);
       run = wanted;
+      healthLimits = limits;
       todo.swap(works);
       anew = false;
     }
     for (const std::function<void()>& work : todo) work();
     if (ended) return;
     if (!reading || !IsSameRun(reading->Run(), run)) {
-      reading = std::make_unique<Reading>(run, limits);
+      reading = std::make_unique<Reading>(run, healthLimits);
       percent = 0;
     }
-    reading->Take(run);
+    reading->Take(run, healthLimits);
     const auto hook = [this](std::uint64_t done, std::uint64_t size) {
       if (size > 0 && percent < 100) {
         percent = std::min(
@@ -324,6 +321,11 @@ void RunReader::Read(const RunToRead& run) {
   }
   shared_->wanted = run;
   shared_->Wake();
+}
+
+void RunReader::SetLimits(const Settings& healthLimits) {
+  const MutexLock lock(shared_->mutex);
+  shared_->limits = healthLimits;
 }
 
 std::shared_ptr<const RunPicture> RunReader::Picture() const {

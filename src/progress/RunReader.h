@@ -56,6 +56,9 @@ class RunReader {
   // Another run begins anew; what else changes of the same one is taken over by the next look.
   void Read(const RunToRead& run);
 
+  // Other limits from the next look on.
+  void SetLimits(const Settings& healthLimits);
+
   // Null before the first look has ended.
   std::shared_ptr<const RunPicture> Picture() const;
 

@@ -1,21 +1,27 @@
 #include "progress/RunWatcher.h"
 
 #include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <map>
 #include <set>
+#include <system_error>
 #include <utility>
 
+#include "progress/RunCases.h"
 #include "progress/SolverClock.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FolderSnapshot.h"
 #include "util/files/FreeSpace.h"
 #include "util/files/WrittenFiles.h"
 #include "util/process/ProcessUse.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
 constexpr std::size_t kMostEnded = 1000;
 constexpr int kLooksBetweenSearches = 5;  // for files that are not there yet
-constexpr std::chrono::seconds kLastLookPatience{30};
+constexpr std::chrono::seconds kFarewell{1};  // for threads that are about to end
 
 // What costs more than the news of a run is asked for less often, and the rarer the longer it
 // takes.
@@ -33,9 +39,9 @@ double Seconds() {
 }  // namespace
 
 // One run while it is looked at.
-struct RunWatcher::Watch {
-  Watch(WatchedRun watched, const Settings& settings)
-      : run(std::move(watched)), health(settings), progress(RunFiles()) {
+class RunWatcher::Watch {
+ public:
+  Watch(WatchedRun watched, const Settings& settings) : run(std::move(watched)), health_(settings) {
     std::vector<std::string> files, folders;
     FileDirWrapper::ListDir(run.folder, files, folders, false);
     std::set<std::string> written;
@@ -43,267 +49,347 @@ struct RunWatcher::Watch {
       written.insert(std::move(file.path));
     }
     std::erase_if(files, [&](const std::string& file) { return written.contains(file); });
-    before.Take(files);
+    before_.Take(files);
     // What was written in the very second of the start, but before it, only this one tells.
-    atStart.Read(run.filesBefore);
-  }
-
-  // Files that lay there before the run and have not been written since are none of it.
-  bool IsOld(const std::string& file) const {
-    return before.HoldsUnchanged(file) || atStart.HoldsUnchanged(file);
-  }
-
-  void FindFiles() {
-    if (run.kind == RunFiles::Kind::kNone) return;
-    if (looks++ % kLooksBetweenSearches != 0 && !progress.Files().output.empty()) return;
-    const RunFiles& known = progress.Files();
-    if (!known.output.empty() && !known.glstat.empty() && !known.status.empty()) return;
-    const bool isKeyword = run.kind == RunFiles::Kind::kKeyword;
-    progress.AddFiles(FindRunFiles(isKeyword ? run.folder : run.jobFile,
-                                   [this](const std::string& file) { return IsOld(file); }));
+    atStart_.Read(run.filesBefore);
   }
 
   // What was found wrong for the first time.
   std::vector<HealthFinding> Look() {
     FindFiles();
-    const bool news = progress.Look();
-    if (!askedDeck && progress.HasRead() && run.kind == RunFiles::Kind::kKeyword) {
-      askedDeck = true;
-      const std::string& told = progress.Message().DeckName();
-      const std::string& deck = run.jobFile.empty() ? told : run.jobFile;
-      progress.SetDeckEndTime(EndTimeOfDeck(run.folder, deck));
+    const bool news = cases_.Look();
+    if (cases_.WantsDeck()) {
+      const std::string& told = cases_.Newest().Message().DeckName();
+      cases_.SetDeck(EndTimeOfDeck(run.folder, run.jobFile.empty() ? told : run.jobFile));
     }
     // What others write does not tell whether they work.
     if (run.kind != RunFiles::Kind::kKeyword) return {};
-    return health.Look(progress.States(), progress.Message(), news, Seconds());
+    return health_.Look(cases_.Newest().States(), cases_.Newest().Message(), news, Seconds());
+  }
+
+  // The end stands in lines that came after the last look; the file may have another name now.
+  std::vector<HealthFinding> LookLast() {
+    looks_ = 0;
+    isLast_ = true;
+    cases_.FollowKeptFile();
+    std::vector<HealthFinding> found = Look();
+    cases_.TakeOpenLines();
+    nextResults_ = {};
+    SampleResults();
+    return found;
+  }
+
+  void SetLimits(const Settings& limits) { health_.SetLimits(limits); }
+
+  RunState State(bool running) const {
+    RunState state;
+    state.run = run;
+    state.run.filesBefore.clear();  // may be long
+    state.use = use_;
+    state.running = running;
+    state.news = cases_.News(LocalClockNow());
+    for (const HealthFinding& finding : health_.Findings()) {
+      // A run that has ended is silent for good.
+      if (running || finding.check != HealthCheck::kSilence) state.health.push_back(finding);
+    }
+    return state;
   }
 
   void SampleResults() {
     const Clock::time_point begin = Clock::now();
-    if (begin < nextResults) return;
-    use.results = 0;
+    if (begin < nextResults_) return;
+    use_.results = 0;
     for (const WrittenFile& file : FilesWrittenSince(run.folder, run.started)) {
-      if (!atStart.HoldsUnchanged(file.path)) use.results += file.size;
+      if (!atStart_.HoldsUnchanged(file.path)) use_.results += file.size;
     }
     LookAtDisk();
-    nextResults = Clock::now() + (Clock::now() - begin) * kRestFactor;
+    nextResults_ = Clock::now() + (Clock::now() - begin) * kRestFactor;
+  }
+
+  void TakeUse(const std::optional<ProcessUse>& now) {
+    const double clock = Seconds();
+    use_.processors.reset();
+    use_.memory.reset();
+    if (now) use_.memory = now->memory;
+    if (now && used_ && clock > usedAt_) {
+      const double spent = now->processorSeconds - used_->processorSeconds;
+      use_.processors = std::max(spent, 0.0) / (clock - usedAt_);
+    }
+    used_ = now;
+    usedAt_ = clock;
+  }
+
+  const WatchedRun run;
+
+ private:
+  // Files that lay there before the run and have not been written since are none of it.
+  bool IsOld(const std::string& file) const {
+    return before_.HoldsUnchanged(file) || atStart_.HoldsUnchanged(file);
+  }
+
+  void FindFiles() {
+    if (run.kind == RunFiles::Kind::kNone) return;
+    const RunFiles& known = cases_.Newest().Files();
+    if (looks_++ % kLooksBetweenSearches != 0 && !known.output.empty()) return;
+    const bool isWhole = !known.output.empty() && !known.glstat.empty() && !known.status.empty();
+    const bool isKeyword = run.kind == RunFiles::Kind::kKeyword;
+    if (isWhole && !isLast_ && !(isKeyword && cases_.MayBeFollowed())) return;
+    const RunCases::Began began =
+        cases_.TakeFiles(FindCaseFiles(isKeyword ? run.folder : run.jobFile, CasesBy::kAll,
+                                       [this](const std::string& file) { return IsOld(file); }));
+    if (began != RunCases::Began::kNothing) health_.BeginCase();
   }
 
   // By the growth since the first sample.
   void LookAtDisk() {
     const double clock = Seconds();
-    if (firstSampleAt == 0) {
-      firstSampleAt = clock;
-      firstResults = use.results;
+    if (firstSampleAt_ == 0) {
+      firstSampleAt_ = clock;
+      firstResults_ = use_.results;
     }
-    const std::optional<double> left = progress.News(LocalClockNow()).secondsLeft;
-    const double elapsed = clock - firstSampleAt;
-    if (!left || elapsed < kLeastGrowth || use.results <= firstResults) return;
+    const std::optional<double> left = cases_.News(LocalClockNow()).secondsLeft;
+    const double elapsed = clock - firstSampleAt_;
+    if (!left || elapsed < kLeastGrowth || use_.results <= firstResults_) return;
     const std::optional<std::uint64_t> free = FreeSpace(run.folder);
     if (!free) return;
-    const double needed = static_cast<double>(use.results - firstResults) / elapsed * *left;
-    health.LookAtDisk(needed, static_cast<double>(*free));
+    const double needed = static_cast<double>(use_.results - firstResults_) / elapsed * *left;
+    health_.LookAtDisk(needed, static_cast<double>(*free));
   }
 
-  void TakeUse(const std::optional<ProcessUse>& now) {
-    const double clock = Seconds();
-    use.processors.reset();
-    use.memory.reset();
-    if (now) use.memory = now->memory;
-    if (now && used && clock > usedAt) {
-      const double spent = now->processorSeconds - used->processorSeconds;
-      use.processors = std::max(spent, 0.0) / (clock - usedAt);
-    }
-    used = now;
-    usedAt = clock;
-  }
+  FolderSnapshot before_, atStart_;
+  RunUse use_;
+  std::optional<ProcessUse> used_;  // at the sample before
+  double usedAt_ = 0;
+  Clock::time_point nextResults_;
+  double firstSampleAt_ = 0;  // 0: none yet
+  std::uint64_t firstResults_ = 0;
+  Health health_;
+  RunCases cases_;
+  int looks_ = 0;
+  bool isLast_ = false;
+};
 
+// Between the watcher and the thread of one run; all but `run` under the shared lock.
+struct RunWatcher::Worker {
   const WatchedRun run;
-  FolderSnapshot before, atStart;
-  RunUse use;
-  std::optional<ProcessUse> used;  // at the sample before
-  double usedAt = 0;
-  Clock::time_point nextResults;
-  double firstSampleAt = 0;  // 0: none yet
-  std::uint64_t firstResults = 0;
-  Health health;
-  RunProgress progress;
-  int looks = 0;
-  bool askedDeck = false;
+  bool isLast = false;   // the run has ended: one look more
+  bool done = false;     // it was the last one
+  bool dropped = false;  // nobody wants to know any more
+  int samples = 0;
+  std::optional<ProcessUse> use = {};
 };
 
-// Somebody waits for it.
-struct RunWatcher::LastLook {
-  WatchedRun run;
-  bool done = false;  // under the watcher's lock
+// Stays for as long as any thread of a run hangs.
+struct RunWatcher::Shared : std::enable_shared_from_this<Shared> {
+  Shared(Hooks theHooks, std::chrono::milliseconds period)
+      : hooks(std::move(theHooks)), every(period) {}
+
+  // Begins to watch the run, unless that is done already.
+  std::shared_ptr<Worker> WorkerOf(const WatchedRun& run) KR_REQUIRES(mutex);
+  void Work(const std::shared_ptr<Worker>& worker);
+  bool WaitForTurn(Worker& worker, Clock::time_point next);
+  void Publish(const Worker& worker, RunState state);
+
+  // Calls a hook while there is somebody to hear it.
+  template <typename Call>
+  void Tell(const Call& call) {
+    const MutexLock lock(telling);
+    if (!silent) call(hooks);
+  }
+
+  const Hooks hooks;
+  const std::chrono::milliseconds every;
+  Mutex telling;
+  bool silent KR_GUARDED_BY(telling) = false;
+  Mutex mutex;
+  std::condition_variable changed;
+  bool end KR_GUARDED_BY(mutex) = false;
+  int threads KR_GUARDED_BY(mutex) = 0;
+  std::map<JobId, std::shared_ptr<Worker>> workers KR_GUARDED_BY(mutex);
+  std::map<JobId, RunState> states KR_GUARDED_BY(mutex);
+  std::deque<JobId> ended KR_GUARDED_BY(mutex);  // the oldest first
 };
 
-int RunState::StoppedAt() const {
-  // A run without a single step, an eigenvalue analysis say, has nowhere to stop.
-  const bool hasMoved = news.percent.value_or(0) > 0;
-  if (news.ended != RunEnd::kStopped || (news.percent && !hasMoved)) return kNotStopped;
-  return news.percent ? static_cast<int>(*news.percent) : kStoppedSomewhere;
+std::shared_ptr<RunWatcher::Worker> RunWatcher::Shared::WorkerOf(const WatchedRun& run) {
+  std::shared_ptr<Worker>& worker = workers[run.job];
+  if (worker && worker->run.IsSameAs(run)) return worker;
+  if (worker) worker->dropped = true;
+  worker = std::make_shared<Worker>(Worker{run});
+  changed.notify_all();
+  try {
+    std::thread([self = shared_from_this(), worker] { self->Work(worker); }).detach();
+    ++threads;
+  } catch (const std::system_error&) {
+    // Nothing is known of the run then.
+  }
+  return worker;
 }
 
-RunWatcher::RunWatcher(Hooks hooks, std::chrono::milliseconds every)
-    : hooks_(std::move(hooks)), every_(every), thread_([this] { Work(); }) {}
+void RunWatcher::Shared::Work(const std::shared_ptr<Worker>& worker) {
+  std::optional<Settings> settings;
+  const auto ask = [&] { Tell([&](const Hooks& all) { settings = all.settings(); }); };
+  ask();
+  std::optional<Watch> watch;
+  if (settings) watch.emplace(worker->run, *settings);
+  int samples = 0;
+  for (bool isLast = false; watch && !isLast;) {
+    const Clock::time_point next = Clock::now() + every;
+    std::optional<ProcessUse> use;
+    bool isSampled = false;
+    {
+      const MutexLock lock(mutex);
+      if (end || worker->dropped) break;
+      isLast = worker->isLast;
+      isSampled = std::exchange(samples, worker->samples) != worker->samples;
+      use = worker->use;
+    }
+    ask();
+    watch->SetLimits(*settings);
+    if (isSampled) {
+      watch->TakeUse(use);
+      watch->SampleResults();
+    }
+    const std::vector<HealthFinding> found = isLast ? watch->LookLast() : watch->Look();
+    Tell([&](const Hooks& all) {
+      for (const HealthFinding& finding : found) {
+        all.report(Message(MessageId::kHealthOfJob, worker->run.jobFile, finding.message));
+      }
+    });
+    Publish(*worker, watch->State(!isLast));
+    if (!isLast && !WaitForTurn(*worker, next)) break;
+  }
+  const MutexLock lock(mutex);
+  worker->done = true;
+  const auto known = workers.find(worker->run.job);
+  if (known != workers.end() && known->second == worker) workers.erase(known);
+  --threads;
+  changed.notify_all();
+}
+
+// Until the next look is due, or the last one is wanted. False when none is.
+bool RunWatcher::Shared::WaitForTurn(Worker& worker, Clock::time_point next) {
+  MutexLock lock(mutex);
+  while (!end && !worker.dropped && !worker.isLast && Clock::now() < next) {
+    lock.WaitUntil(changed, next);
+  }
+  return !end && !worker.dropped;
+}
+
+void RunWatcher::Shared::Publish(const Worker& worker, RunState state) {
+  const JobId job = worker.run.job;
+  {
+    const MutexLock lock(mutex);
+    if (end || worker.dropped) return;
+    const bool running = state.running;
+    states[job] = std::move(state);
+    if (!running) {
+      std::erase(ended, job);
+      ended.push_back(job);
+    }
+    while (ended.size() > kMostEnded) {
+      const auto oldest = states.find(ended.front());
+      if (oldest != states.end() && !oldest->second.running) states.erase(oldest);
+      ended.pop_front();
+    }
+  }
+  Tell([&](const Hooks& all) { all.changed(job); });
+}
+
+RunWatcher::RunWatcher(Hooks hooks, std::chrono::milliseconds every,
+                       std::chrono::milliseconds patience)
+    : shared_(std::make_shared<Shared>(std::move(hooks), every)),
+      patience_(patience),
+      thread_([this] { Work(); }) {}
 
 RunWatcher::~RunWatcher() {
   {
-    const MutexLock lock(mutex_);
-    end_ = true;
+    const MutexLock lock(shared_->mutex);
+    shared_->end = true;
+    shared_->changed.notify_all();
   }
-  woken_.notify_all();
   thread_.join();
+  {
+    const MutexLock lock(shared_->telling);
+    shared_->silent = true;
+  }
+  // One that hangs goes away with the program.
+  const Clock::time_point limit = Clock::now() + kFarewell;
+  MutexLock lock(shared_->mutex);
+  while (shared_->threads > 0 && Clock::now() < limit) lock.WaitUntil(shared_->changed, limit);
 }
 
 std::optional<RunState> RunWatcher::StateOf(JobId job) const {
-  const MutexLock lock(mutex_);
-  const auto found = states_.find(job);
-  if (found == states_.end()) return std::nullopt;
+  const MutexLock lock(shared_->mutex);
+  const auto found = shared_->states.find(job);
+  if (found == shared_->states.end()) return std::nullopt;
   return found->second;
 }
 
 std::optional<RunState> RunWatcher::LookLast(const WatchedRun& run) {
-  const auto look = std::make_shared<LastLook>(LastLook{run});
-  const Clock::time_point limit = Clock::now() + kLastLookPatience;
-  MutexLock lock(mutex_);
-  lastLooks_.push_back(look);
-  woken_.notify_all();
-  while (!look->done && Clock::now() < limit) lock.WaitUntil(looked_, limit);
-  const auto found = states_.find(run.job);
-  if (!look->done || found == states_.end() || !found->second.run.IsSameAs(run)) {
+  const Clock::time_point limit = Clock::now() + patience_;
+  MutexLock lock(shared_->mutex);
+  const std::shared_ptr<Worker> worker = shared_->WorkerOf(run);
+  worker->isLast = true;
+  shared_->changed.notify_all();
+  while (!worker->done && Clock::now() < limit) lock.WaitUntil(shared_->changed, limit);
+  const auto found = shared_->states.find(run.job);
+  if (!worker->done || found == shared_->states.end() || found->second.running ||
+      !found->second.run.IsSameAs(run)) {
     return std::nullopt;
   }
   return found->second;
 }
 
 void RunWatcher::Work() {
-  Clock::time_point next = Clock::now();
   for (;;) {
-    {
-      MutexLock lock(mutex_);
-      while (!end_ && lastLooks_.empty() && Clock::now() < next) lock.WaitUntil(woken_, next);
-      if (end_) return;
-    }
-    TakeLastLooks();
-    if (Clock::now() < next) continue;
-    LookAtAll();
-    next = Clock::now() + every_;
+    LookAtRuns();
+    SampleUse();
+    const Clock::time_point next = Clock::now() + shared_->every;
+    MutexLock lock(shared_->mutex);
+    while (!shared_->end && Clock::now() < next) lock.WaitUntil(shared_->changed, next);
+    if (shared_->end) return;
   }
 }
 
-void RunWatcher::TakeLastLooks() {
-  std::vector<std::shared_ptr<LastLook>> looks;
-  {
-    const MutexLock lock(mutex_);
-    looks.swap(lastLooks_);
+void RunWatcher::LookAtRuns() {
+  std::set<JobId> running;
+  const std::vector<WatchedRun> runs = shared_->hooks.runs();
+  const MutexLock lock(shared_->mutex);
+  for (const WatchedRun& run : runs) {
+    const auto known = shared_->states.find(run.job);
+    const bool hasEnded =
+        known != shared_->states.end() && !known->second.running && known->second.run.IsSameAs(run);
+    if (hasEnded) continue;  // looked at for the last time
+    running.insert(run.job);
+    const auto worker = shared_->workers.find(run.job);
+    if (worker != shared_->workers.end() && worker->second->run.IsSameAs(run)) continue;
+    shared_->WorkerOf(run);
+    nextSample_ = std::min(nextSample_, Clock::now() + shared_->every);
   }
-  for (const std::shared_ptr<LastLook>& look : looks) {
-    const auto known = watches_.find(look->run.job);
-    std::unique_ptr<Watch> watch;
-    if (known != watches_.end()) {
-      watch = std::move(known->second);
-      watches_.erase(known);
-    }
-    if (!watch || !watch->run.IsSameAs(look->run)) {
-      watch = std::make_unique<Watch>(look->run, hooks_.settings());
-    }
-    EndWatch(std::move(watch));
-    const MutexLock lock(mutex_);
-    look->done = true;
-    looked_.notify_all();
-  }
-}
-
-// The end stands in lines that came after the last look; the file may have another name now.
-void RunWatcher::EndWatch(std::unique_ptr<Watch> watch) {
-  watch->looks = 0;
-  watch->progress.FollowKeptFile();
-  TellHealth(*watch);
-  watch->progress.TakeOpenLines();
-  watch->nextResults = {};
-  watch->SampleResults();
-  Publish(*watch, false);
-}
-
-void RunWatcher::TellHealth(Watch& watch) {
-  for (const HealthFinding& finding : watch.Look()) {
-    hooks_.report(Message(MessageId::kHealthOfJob, watch.run.jobFile, finding.message));
+  for (const auto& [job, worker] : shared_->workers) {
+    if (running.contains(job) || worker->isLast) continue;
+    worker->isLast = true;
+    shared_->changed.notify_all();
   }
 }
 
 void RunWatcher::SampleUse() {
   const Clock::time_point begin = Clock::now();
-  if (begin < nextSample_ || watches_.empty()) return;
-  std::vector<ProcessIdentity> roots;
-  for (const auto& [job, watch] : watches_) roots.push_back(watch->run.process);
-  const std::vector<std::optional<ProcessUse>> uses = UseOfTrees(roots);
-  auto use = uses.begin();
-  for (const auto& [job, watch] : watches_) {
-    watch->TakeUse(*use++);
-    watch->SampleResults();
+  if (begin < nextSample_) return;
+  std::vector<std::shared_ptr<Worker>> workers;
+  {
+    const MutexLock lock(shared_->mutex);
+    for (const auto& [job, worker] : shared_->workers) workers.push_back(worker);
   }
+  if (workers.empty()) return;
+  std::vector<ProcessIdentity> roots;
+  for (const auto& worker : workers) roots.push_back(worker->run.process);
+  const std::vector<std::optional<ProcessUse>> uses = UseOfTrees(roots);
   const Clock::time_point end = Clock::now();
   nextSample_ = end + std::max<Clock::duration>(kSampleEvery, (end - begin) * kRestFactor);
-}
-
-void RunWatcher::LookAtAll() {
-  std::set<JobId> running;
-  const std::vector<WatchedRun> runs = hooks_.runs();
-  for (const WatchedRun& run : runs) {
-    const std::optional<RunState> known = StateOf(run.job);
-    if (known && !known->running && known->run.IsSameAs(run))
-      continue;  // looked at for the last time
-    running.insert(run.job);
-    std::unique_ptr<Watch>& watch = watches_[run.job];
-    if (!watch || !watch->run.IsSameAs(run)) {
-      watch = std::make_unique<Watch>(run, hooks_.settings());
-      nextSample_ = std::min(nextSample_, Clock::now() + every_);
-    }
+  const MutexLock lock(shared_->mutex);
+  for (std::size_t i = 0; i < workers.size(); ++i) {
+    workers[i]->use = uses[i];
+    ++workers[i]->samples;
   }
-  SampleUse();
-  for (const WatchedRun& run : runs) {
-    const auto found = watches_.find(run.job);
-    if (!running.contains(run.job) || found == watches_.end()) continue;
-    const std::unique_ptr<Watch>& watch = found->second;
-    TellHealth(*watch);
-    Publish(*watch, true);
-  }
-  for (auto watch = watches_.begin(); watch != watches_.end();) {
-    if (running.contains(watch->first)) {
-      ++watch;
-      continue;
-    }
-    EndWatch(std::move(watch->second));
-    watch = watches_.erase(watch);
-  }
-}
-
-void RunWatcher::Publish(const Watch& watch, bool running) {
-  RunState state;
-  state.run = watch.run;
-  state.run.filesBefore.clear();  // may be long
-  state.use = watch.use;
-  state.running = running;
-  state.news = watch.progress.News(LocalClockNow());
-  for (const HealthFinding& finding : watch.health.Findings()) {
-    // A run that has ended is silent for good.
-    if (running || finding.check != HealthCheck::kSilence) state.health.push_back(finding);
-  }
-  const JobId job = watch.run.job;
-  {
-    const MutexLock lock(mutex_);
-    states_[job] = std::move(state);
-    if (!running) {
-      std::erase(ended_, job);
-      ended_.push_back(job);
-    }
-    while (ended_.size() > kMostEnded) {
-      const auto oldest = states_.find(ended_.front());
-      if (oldest != states_.end() && !oldest->second.running) states_.erase(oldest);
-      ended_.pop_front();
-    }
-  }
-  hooks_.changed(job);
 }

@@ -3,11 +3,8 @@
 #define KR_PROGRESS_RUNWATCHER_H
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +18,6 @@
 #include "progress/RunFiles.h"
 #include "progress/RunProgress.h"
 #include "util/process/ProcessIdentity.h"
-#include "util/signals/Mutex.h"
 
 // A run that is going on.
 struct WatchedRun {
@@ -55,13 +51,10 @@ struct RunState {
   RunNews news;
   RunUse use;
   std::vector<HealthFinding> health;  // what is wrong
-
-  // Of a run that ended normally before its end time: the percentage of that, rounded down, or
-  // kStoppedSomewhere. Else kNotStopped.
-  int StoppedAt() const;
 };
 
-// Reads files without any lock held. Any thread.
+// Each run's files are read on a thread of the run's own, without any lock held: a file system that
+// does not answer holds up that run alone. Any thread.
 class RunWatcher {
  public:
   struct Hooks {
@@ -70,8 +63,11 @@ class RunWatcher {
     std::function<void(JobId job)> changed;  // the state of a job is another one
     MessageSink report;                      // for the log: what is wrong with a run, once
   };
-  // The hooks are called on the watcher's thread.
-  explicit RunWatcher(Hooks hooks, std::chrono::milliseconds every = std::chrono::seconds(1));
+  // The hooks are called on threads of the watcher, one at a time but for `runs`, and not after its
+  // end. `patience`: how long a last look is waited for.
+  explicit RunWatcher(Hooks hooks, std::chrono::milliseconds every = std::chrono::seconds(1),
+                      std::chrono::milliseconds patience = std::chrono::seconds(30));
+  // Does not wait for files that cannot be read.
   ~RunWatcher();
   RunWatcher(const RunWatcher&) = delete;
   RunWatcher& operator=(const RunWatcher&) = delete;
@@ -80,31 +76,21 @@ class RunWatcher {
   std::optional<RunState> StateOf(JobId job) const;
 
   // How the run ended: looks once more, or for the first time, and then no more. The solver has
-  // ended. Waits for the thread, half a minute at most; none then. Not within a hook.
+  // ended. Waits for as long as it has patience; none then. Not within a hook.
   std::optional<RunState> LookLast(const WatchedRun& run);
 
  private:
-  struct Watch;
-  struct LastLook;
-  void TakeLastLooks();
-  void EndWatch(std::unique_ptr<Watch> watch);
-  void TellHealth(Watch& watch);  // looks, and reports what is newly wrong
-  void SampleUse();
-  void Work();
-  void LookAtAll();
-  void Publish(const Watch& watch, bool running);
+  class Watch;
+  struct Worker;
+  struct Shared;
 
-  const Hooks hooks_;
-  const std::chrono::milliseconds every_;
-  std::map<JobId, std::unique_ptr<Watch>> watches_;   // the thread's
+  void Work();
+  void LookAtRuns();
+  void SampleUse();
+
+  const std::shared_ptr<Shared> shared_;
+  const std::chrono::milliseconds patience_;
   std::chrono::steady_clock::time_point nextSample_;  // the thread's
-  mutable Mutex mutex_;
-  std::condition_variable woken_;
-  std::condition_variable looked_;
-  std::vector<std::shared_ptr<LastLook>> lastLooks_ KR_GUARDED_BY(mutex_);
-  bool end_ KR_GUARDED_BY(mutex_) = false;
-  std::map<JobId, RunState> states_ KR_GUARDED_BY(mutex_);
-  std::deque<JobId> ended_ KR_GUARDED_BY(mutex_);  // the oldest first
   std::thread thread_;
 };
 

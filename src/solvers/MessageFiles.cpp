@@ -39,28 +39,6 @@ bool IsInput(const JobFile& job, const std::string& file) {
                      [&](const std::string& path) { return name == NameOf(path); });
 }
 
-// By name, with numbers by their value.
-bool ComesBefore(const std::string& a, const std::string& b) {
-  std::size_t i = 0;
-  std::size_t j = 0;
-  while (i < a.size() && j < b.size()) {
-    if (!IsDigit(a[i]) || !IsDigit(b[j])) {
-      if (a[i] != b[j]) return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
-      ++i, ++j;
-      continue;
-    }
-    i = std::min(a.find_first_not_of('0', i), a.size());
-    j = std::min(b.find_first_not_of('0', j), b.size());
-    const std::size_t iEnd = std::min(a.find_first_not_of("0123456789", i), a.size());
-    const std::size_t jEnd = std::min(b.find_first_not_of("0123456789", j), b.size());
-    if (iEnd - i != jEnd - j) return iEnd - i < jEnd - j;
-    const int order = a.compare(i, iEnd - i, b, j, jEnd - j);
-    if (order != 0) return order < 0;
-    i = iEnd, j = jEnd;
-  }
-  return i == a.size() && j < b.size();
-}
-
 // Files whose name holds `part`, in that order.
 std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part) {
   std::vector<std::string> files;
@@ -69,7 +47,7 @@ std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part
   std::erase_if(files, [&](const std::string& file) {
     return !Holds(NameOf(file), part) || IsInput(job, file);
   });
-  std::sort(files.begin(), files.end(), ComesBefore);
+  std::sort(files.begin(), files.end(), ComesBeforeByNumbers);
   return files;
 }
 

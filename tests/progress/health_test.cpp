@@ -60,10 +60,18 @@ TEST_F(HealthTest, LimitsAreTheUsers) {
   State(" time step..... 1.0E-06\n");
   State(" time step..... 1.0E-12\n total energy / initial energy.. 1.4E+00\n value... NaN\n");
   Health health(settings);
+  message_.TakeLines(
+      "       1 t 0.0000E+00 dt NaN flush i/o buffers            08/14/24 12:00:00\n");
   EXPECT_TRUE(health.Look(states_, message_, true, 0).empty());
+  settings.health_energy_percent = 30;  // while the run goes on
+  health.SetLimits(settings);
+  EXPECT_EQ(health.Look(states_, message_, true, 1).size(), 1u);
+  settings.health_energy_percent = 50;
+  health.SetLimits(settings);
+  EXPECT_TRUE(health.Findings().empty());
 }
 
-TEST_F(HealthTest, ADiskThatFillsIsToldOnceUntilThereIsRoom) {
+TEST_F(HealthTest, ADiskThatFillsIsToldOnce) {
   constexpr double kGigabyte = 1 << 30;
   State(" kinetic energy...... NaN\n");
   health_.LookAtDisk(2 * kGigabyte, 1.5 * kGigabyte);
@@ -77,7 +85,8 @@ TEST_F(HealthTest, ADiskThatFillsIsToldOnceUntilThereIsRoom) {
   EXPECT_EQ(health_.Findings().size(), 1u);
   EXPECT_EQ(Look(), "");
   health_.LookAtDisk(2 * kGigabyte, kGigabyte);
-  EXPECT_NE(Look(), "");
+  EXPECT_EQ(Look(), "") << "again, and told already";
+  EXPECT_EQ(health_.Findings().size(), 2u);
 }
 
 TEST_F(HealthTest, ALastRowThatIsNotWholeYetIsLookedAtAgain) {
@@ -114,6 +123,8 @@ TEST_F(HealthTest, WithoutStatesTheProgressLinesTellTheTimeStep) {
   message_.TakeLines(
       "    9000 t 2.0000E-01 dt 1.00E-09 flush i/o buffers            08/14/24 12:01:24\n");
   EXPECT_EQ(Look(), "The time step fell from 1e-06 to 1e-09 at time 0.2;");
+  message_.TakeLines(" internal energy................  NaN\n");
+  EXPECT_EQ(Look(), "Values of [internal energy] are not a number or infinite;");
 }
 
 }  // namespace

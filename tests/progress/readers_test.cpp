@@ -64,6 +64,18 @@ TEST(MessageProgressTest, ImplicitRun) {
   EXPECT_EQ(run.Last()->time, 0.2);
   EXPECT_NEAR(run.Last()->step, 0.1, 1e-12);
   EXPECT_EQ(run.ImplicitStep(), 2);
+  // The end counts the step before it, and a pause before a restart is none of the run.
+  run.TakeLines(
+      " BEGIN implicit statics  step      3 t= 3.0000E-01             11/28/19 09:28:10\n"
+      " Equilibrium established after     5 iterations\n"
+      " N o r m a l    t e r m i n a t i o n                          11/28/19 09:28:20\n");
+  EXPECT_EQ(run.Last()->time, 0.3);
+  const double pause = run.LongestPause();
+  run.TakeLines(
+      " BEGIN implicit statics  step      4 t= 4.0000E-01             11/28/19 19:28:10\n"
+      " Equilibrium iterations summary step      4 t= 4.0000E-01      11/28/19 19:28:20\n");
+  EXPECT_EQ(run.End(), RunEnd::kRunning);
+  EXPECT_EQ(run.LongestPause(), pause);
 }
 
 TEST(MessageProgressTest, HowItEnds) {
@@ -179,7 +191,7 @@ class RunFolder : public testing::Test {
   RunNews Look(const std::string& path) const {
     RunProgress run(FindRunFiles(path));
     run.Look();
-    run.SetDeckEndTime(EndTimeOfDeck(folder_.Path(), run.Message().DeckName()));
+    run.SetDeckEndTime(EndTimeOfDeck(folder_.Path(), run.Message().DeckName()).value);
     return run.News();
   }
   static std::string Line(int cycle, double time, const char* clock) {
@@ -224,6 +236,11 @@ TEST_F(RunFolder, ANormalEndBeforeTheEndTimeIsAStop) {
   EXPECT_EQ(end(0.99999).ended, RunEnd::kNormal);
   EXPECT_EQ(end(0.99999).percent, 100);
   EXPECT_EQ(end(0.5).secondsLeft, 0);
+  EXPECT_EQ(StoppedAt(end(0)), kNotStopped) << "an analysis without a time";
+  const std::string asked = " *** termination due to sense switch: stop ***\n";
+  folder_.Write("messag.krb", " termination time = 1.0\n" + Line(1, 0, "12:00:00") + asked +
+                                  " N o r m a l    t e r m i n a t i o n\n");
+  EXPECT_EQ(StoppedAt(Look(folder_.Path())), 0);
 }
 
 TEST_F(RunFolder, LateForeignAndMissingFiles) {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "progress/RunCases.h"
 #include "progress/RunWatcher.h"
 #include "support/TempFolder.h"
 #include "support/WaitUntil.h"
@@ -44,7 +45,9 @@ class RunWatcherTest : public testing::Test {
     RunWatcher::Hooks hooks;
     hooks.runs = [this] {
       const std::lock_guard<std::mutex> lock(mutex_);
-      return going_ ? std::vector{run_} : std::vector<WatchedRun>();
+      std::vector<WatchedRun> runs = others_;
+      if (going_) runs.push_back(run_);
+      return runs;
     };
     hooks.settings = [] { return Settings(); };
     hooks.changed = [this](JobId job) { changes_ += job == kJob ? 1 : 0; };
@@ -52,7 +55,7 @@ class RunWatcherTest : public testing::Test {
       const std::lock_guard<std::mutex> lock(mutex_);
       said_ += message.English() + ";";
     };
-    watcher_ = std::make_unique<RunWatcher>(hooks, std::chrono::milliseconds(10));
+    watcher_ = std::make_unique<RunWatcher>(hooks, std::chrono::milliseconds(10), patience_);
   }
 
   RunState State() const { return watcher_->StateOf(kJob).value_or(RunState()); }
@@ -63,6 +66,8 @@ class RunWatcherTest : public testing::Test {
 
   const TempFolder folder_;
   WatchedRun run_;
+  std::vector<WatchedRun> others_;
+  std::chrono::milliseconds patience_{30000};
   std::atomic<bool> going_{true};
   std::atomic<int> changes_{0};
   std::mutex mutex_;
@@ -89,7 +94,7 @@ TEST_F(RunWatcherTest, FollowsARunToItsStop) {
   going_ = false;
   ASSERT_TRUE(WaitUntil([&] { return !State().running; }));
   EXPECT_EQ(State().news.ended, RunEnd::kStopped);
-  EXPECT_EQ(State().StoppedAt(), 25);
+  EXPECT_EQ(StoppedAt(State().news), 25);
   EXPECT_EQ(State().news.percent, 25);
   watcher_.reset();
   EXPECT_EQ(said_,
@@ -120,7 +125,7 @@ TEST_F(RunWatcherTest, LooksOnceAtARunThatHasEndedAndMeasuresOneThatGoesOn) {
   folder_.Write("messag", std::string(kBegin) + kHalf + " N o r m a l    t e r m i n a t i o n\n");
   const std::optional<RunState> last = watcher_->LookLast(run_);
   ASSERT_TRUE(last);
-  EXPECT_EQ(last->StoppedAt(), 25);
+  EXPECT_EQ(StoppedAt(last->news), 25);
   EXPECT_GE(last->use.results, sizeof kBegin + sizeof kHalf);
   going_ = true;
   const int before = changes_;
@@ -134,5 +139,62 @@ TEST_F(RunWatcherTest, LooksOnceAtARunThatHasEndedAndMeasuresOneThatGoesOn) {
   EXPECT_GT(*State().use.memory, 1u << 20);
   EXPECT_TRUE(State().running);
 }
+
+TEST_F(RunWatcherTest, CasesAreOneRunAndOneThatStoppedStopsItAll) {
+  const std::string end = " N o r m a l    t e r m i n a t i o n\n";
+  const std::string stop = " *** termination due to sense switch: stop ***\n";
+  run_.jobFile = folder_.Write("cases.k",
+                               "*KEYWORD\n*CASE_BEGIN_1\n*CONTROL_TERMINATION\n1.0\n*CASE_END_1\n"
+                               "*CASE_BEGIN_10\n*CONTROL_TERMINATION\n3.0\n*CASE_END_10\n");
+  folder_.Write("CASE1.messag", std::string(kBegin) + kHalf);
+  Start();
+  ASSERT_TRUE(WaitUntil([&] { return State().news.percent == 12.5; }));
+  EXPECT_EQ(State().news.caseNumber, 1);
+  EXPECT_EQ(State().news.cases, 2);
+  EXPECT_GE(*State().news.secondsLeft, 3 * 600);
+  folder_.Write("CASE1.messag", std::string(kBegin) + kHalf + stop + end);
+  ASSERT_TRUE(WaitUntil([&] { return State().news.percent == 25; }));
+  EXPECT_EQ(State().news.ended, RunEnd::kRunning) << "the second case is to come";
+  folder_.Write("CASE10.messag", std::string(kBegin) + kHalf);
+  ASSERT_TRUE(WaitUntil([&] { return State().news.caseNumber == 2; }));
+  EXPECT_NEAR(*State().news.percent, 100 * (1 + 0.5) / 4, 1e-9);
+  folder_.Write("CASE10.messag",
+                std::string(kBegin) + kHalf + " *** termination time reached ***\n" + end);
+  going_ = false;
+  ASSERT_TRUE(WaitUntil([&] { return !State().running; }));
+  EXPECT_EQ(StoppedAt(State().news), 50);
+  // Who looks only then sees the same, in the folder too.
+  run_.started = 2;
+  const std::optional<RunState> late = watcher_->LookLast(run_);
+  ASSERT_TRUE(late);
+  EXPECT_EQ(StoppedAt(late->news), 50);
+  RunCases all;
+  all.TakeFiles(FindCaseFiles(folder_.Path(), CasesBy::kName));
+  all.Look();
+  all.SetDeck(EndTimeOfDeck(folder_.Path(), "cases.k"));
+  EXPECT_EQ(StoppedAt(all.News()), 50);
+}
+
+#ifndef _WIN32  // where a file of a terabyte takes no room
+TEST_F(RunWatcherTest, AFolderThatDoesNotAnswerHoldsUpItsOwnRunAlone) {
+  const TempFolder dead;
+  WatchedRun hung = run_;
+  hung.job = static_cast<JobId>(8);
+  hung.folder = dead.Path();
+  hung.filesBefore.clear();
+  others_ = {hung};
+  // Reading it takes minutes.
+  std::filesystem::resize_file(dead.Write("messag", kBegin), std::uintmax_t{1} << 40);
+  patience_ = std::chrono::milliseconds(100);
+  folder_.Write("messag", std::string(kBegin) + kHalf);
+  Start();
+  ASSERT_TRUE(WaitUntil([&] { return State().news.cycle == 5000; }));
+  EXPECT_FALSE(watcher_->LookLast(hung)) << "given up";
+  const auto before = std::chrono::steady_clock::now();
+  watcher_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+  std::filesystem::resize_file(dead / "messag", 0);  // its thread comes to an end
+}
+#endif
 
 }  // namespace

@@ -58,9 +58,12 @@ int Percent(const RunNews& news) {
 
 // What the figures of a run say.
 void AddNews(const RunNews& news, const TextTable& texts, std::vector<std::string>& lines) {
-  if (news.time && news.endTime && news.percent) {
+  const std::string which = CaseWords(news, texts);
+  if (!which.empty()) lines.push_back(which);
+  if (news.time && news.endTime && *news.endTime > 0) {
+    const double percent = std::clamp(100 * *news.time / *news.endTime, 0.0, 100.0);
     lines.push_back(texts.Format("run_time_of", Short(*news.time), Short(*news.endTime),
-                                 std::to_string(Percent(news)) + "%"));
+                                 std::to_string(static_cast<int>(percent)) + "%"));
   } else if (news.time) {
     lines.push_back(texts.Format("run_time", Short(*news.time)));
   }
@@ -113,6 +116,13 @@ std::string StoppedWords(int stoppedAt, const TextTable& texts) {
 }
 
 }  // namespace
+
+std::string CaseWords(const RunNews& news, const TextTable& texts) {
+  if (news.caseNumber == 0) return {};
+  const std::string number = std::to_string(news.caseNumber);
+  if (news.cases == 0) return texts.Format("run_case", number);
+  return texts.Format("run_case_of", number, std::to_string(news.cases));
+}
 
 std::string DurationWords(double seconds, const TextTable& texts, double spread) {
   constexpr std::array kSteps = {5.0,         10.0,         30.0,         kMinute, 2 * kMinute,
@@ -188,6 +198,11 @@ StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state
     shown.words = {full};
     if (known) shown.words.push_back(word + kDot + texts.Format("run_stopped_at", at));
     if (known) shown.words.push_back(word + " " + at);
+    const bool early = job.StoppedAt() == kStoppedSomewhere;
+    if (!known) {
+      shown.words.push_back(word + kDot +
+                            texts.Get(early ? "run_stopped_early" : "run_stop_unknown"));
+    }
     shown.words.push_back(word);
     return shown;
   }

@@ -29,6 +29,9 @@ std::string HowWords(JobStatus status, const Failure& failure, const TextTable& 
 std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
                    const TextTable& texts);
 
+// "Case 2 of 3"; empty for a deck without cases.
+std::string CaseWords(const RunNews& news, const TextTable& texts);
+
 // "1 h 12 min". With a spread (see TimeLeft::Estimate) it is rounded as it deserves, and "about 1
 // h" when that shows.
 std::string DurationWords(double seconds, const TextTable& texts, double spread = 1);

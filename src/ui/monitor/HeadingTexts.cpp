@@ -60,12 +60,6 @@ std::string Left(const RunPicture& picture, const TextTable& texts) {
   return text;
 }
 
-std::string StoppedAt(const RunNews& news, const TextTable& texts) {
-  if (news.ended != RunEnd::kStopped) return {};
-  return news.percent ? texts.Format("mon_stopped_at", Percent(*news.percent))
-                      : texts.Get("mon_stopped");
-}
-
 // Of a folder, by its files alone.
 void TellByFiles(const RunPicture& picture, const TextTable& texts, HeadingTexts& heading) {
   switch (picture.news.ended) {
@@ -96,6 +90,7 @@ void TellByQueue(const MonitoredRun::State& run, const TextTable& texts, Heading
 std::string Details(const RunPicture& picture, const TextTable& texts) {
   const RunNews& news = picture.news;
   std::string line;
+  Add(line, CaseWords(news, texts));
   if (news.implicitStep > 0) {
     Add(line, texts.Format("mon_implicit", std::to_string(news.implicitStep),
                            std::to_string(news.iterations)));
@@ -137,10 +132,15 @@ HeadingTexts HeadingOf(const MonitoredRun::State& run, bool isJob, const RunPict
     if (runs && news.percent)
       heading.title = texts.Format("mon_percent", heading.title, Percent(*news.percent));
     if (runs) Add(heading.title, Left(*picture, texts));
-    Add(heading.title, StoppedAt(news, texts));
-    if (news.ended == RunEnd::kStopped) heading.color = Theme::kWaiting;
     Add(heading.details, Details(*picture, texts));
     for (const Message& finding : picture->health) heading.findings.push_back(texts.Say(finding));
+  }
+  int stoppedAt = kNotStopped;
+  if (isJob && run.status == JobStatus::kFinished) stoppedAt = run.stoppedAt;
+  if (!isJob && picture) stoppedAt = StoppedAt(picture->news);
+  if (stoppedAt != kNotStopped) {
+    Add(heading.title, texts.Say(StoppedMessage(stoppedAt)));
+    heading.color = Theme::kWaiting;
   }
   if (isJob && run.started > 0) {
     const bool hasEnded = HasEnded(run.status) && run.ended >= run.started;

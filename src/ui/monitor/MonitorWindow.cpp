@@ -255,6 +255,7 @@ void MonitorWindow::Tick(void* self) {
 
 void MonitorWindow::Look() {
   state_ = run_.Look();
+  reader_.SetLimits(application_.SettingsAndFiles().Get());
   reader_.Read(state_.run);
   const std::shared_ptr<const RunPicture> picture = reader_.Picture();
   const bool isNew = picture != picture_;

@@ -55,6 +55,7 @@ const MonitoredRun::State& MonitoredRun::Look() {
   if (!IsJob()) return state_;
   const std::shared_ptr<JobList> list = list_.lock();
   const bool found = list && list->ReadJob(job_, [this](const JobFile& job) { Take(job); });
+  state_.job = job_;
   state_.inQueue = found;
   if (!found) state_.run.isRunning = state_.run.mayGrow = false;
   return state_;
@@ -75,6 +76,7 @@ void MonitoredRun::Take(const JobFile& job) {
   state_.status = shown->status;
   state_.started = shown->started != 0 ? shown->started : job.started;
   state_.ended = shown->ended;
+  state_.stoppedAt = shown->StoppedAt();
   state_.reason = shown->RunMessage();
   state_.failure = shown->HowFailed();
   state_.runsDeck = RowOfKind(shown->GetSolverType()).runsDecks;

@@ -24,12 +24,14 @@ class MonitoredRun {
   void ChooseStage(int stage) { chosen_ = stage; }
 
   struct State {
+    JobId job = JobId::kNone;  // of the whole job, also where a stage is shown
     bool inQueue = false;
     std::string name;                 // of the deck or the folder; UTF-8, as those of the stages
     std::vector<std::string> stages;  // empty: a job without any
     int stage = -1;                   // that is shown
     JobStatus status = JobStatus::kQueued;  // of the job or the stage
     std::int64_t started = 0, ended = 0;    // seconds since 1970; 0: not yet
+    int stoppedAt = kNotStopped;            // a RunStop, by the verdict of the queue
     Message reason;                         // why it waits or was aborted
     Failure failure;                        // how it failed
     bool runsDeck = true;                   // by a solver that writes energies and takes switches

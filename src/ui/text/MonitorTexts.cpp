@@ -79,8 +79,6 @@ constexpr TextRow kMonitor[] = {
     {"mon_ends", "ends about %s", "预计 %s 结束"},
     {"mon_elapsed", "elapsed %s", "已用 %s"},
     {"mon_took", "took %s", "用时 %s"},
-    {"mon_stopped_at", "stopped at %s% of the end time", "停止于终止时间的 %s%"},
-    {"mon_stopped", "stopped before the end time", "在终止时间之前停止"},
     {"mon_run_runs", "Running", "正在运行"},
     {"mon_run_normal", "Normal termination", "正常终止"},
     {"mon_run_error", "Error termination", "错误终止"},

@@ -22,6 +22,27 @@ bool SameButForCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
+bool ComesBeforeByNumbers(std::string_view a, std::string_view b) {
+  std::size_t i = 0;
+  std::size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (!IsDigit(a[i]) || !IsDigit(b[j])) {
+      if (a[i] != b[j]) return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
+      ++i, ++j;
+      continue;
+    }
+    i = std::min(a.find_first_not_of('0', i), a.size());
+    j = std::min(b.find_first_not_of('0', j), b.size());
+    const std::size_t iEnd = std::min(a.find_first_not_of("0123456789", i), a.size());
+    const std::size_t jEnd = std::min(b.find_first_not_of("0123456789", j), b.size());
+    if (iEnd - i != jEnd - j) return iEnd - i < jEnd - j;
+    const int order = a.compare(i, iEnd - i, b, j, jEnd - j);
+    if (order != 0) return order < 0;
+    i = iEnd, j = jEnd;
+  }
+  return i == a.size() && j < b.size();
+}
+
 bool Holds(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }

@@ -37,6 +37,9 @@ constexpr bool EndsInAnyCase(std::string_view text, std::string_view end) {
 
 bool Holds(std::string_view text, std::string_view part);
 
+// The order of names in which numbers count by their value: "CASE2" before "CASE10".
+bool ComesBeforeByNumbers(std::string_view a, std::string_view b);
+
 // The bytes of a UTF-8 character that begins with this one; 1 when none does.
 constexpr std::size_t CharacterBytes(char first) {
   const auto byte = static_cast<unsigned char>(first);
