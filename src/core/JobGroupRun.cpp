@@ -143,11 +143,14 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
     std::optional<JobRunContext> context = BeginRunOf(job, 0);
     return stop_ ? std::nullopt : std::move(context);
   };
-  run.setStageStatus = [&](JobFile& stage, JobStatus status) {
-    if (HasEnded(status)) WithdrawSwitch(stage.Folder());
-    ShowStage(job, stage, status);
-  };
-  run.recorded = [&](const JobFile&, const RunRecord& record) {
+  run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(job, stage, status); };
+  run.recorded = [&](const JobFile& stage, const RunRecord& record) {
+    // The first record comes before the process.
+    if (HasEnded(record.verdict)) {
+      EndSwitches(stage.Folder());
+    } else {
+      BeginSwitches(stage.Folder(), job.id, record.process.id == 0);
+    }
     setup_.observer.RunRecorded(job.id, record);
     if (setup_.watch != nullptr) setup_.watch->Recorded(job.id, record);
   };
@@ -162,7 +165,6 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
 
 void JobGroup::EndRunOf(JobFile& job, JobStatus status) {
   setup_.log.Note(Message(MessageId::kJobEnded, job.MainFile(), JobStatusWord(status)));
-  WithdrawSwitch(job.Folder());
   EndRun(job, status);
 }
 

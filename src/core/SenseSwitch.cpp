@@ -1,7 +1,9 @@
 #include "core/SenseSwitch.h"
 
+#include <algorithm>
 #include <charconv>
 #include <map>
+#include <memory>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
@@ -12,15 +14,36 @@ namespace {
 constexpr char kSwitchFile[] = "bg_switch";
 constexpr char kFile[] = "d3kil";
 
-// What was asked for and may lie there still, by folder.
+// What was asked for in one folder.
 struct Asked {
-  Mutex mutex;
-  std::map<std::string, std::string> texts KR_GUARDED_BY(mutex);
+  SwitchRun run = SwitchRun::kNone;
+  JobId job = JobId::kNone;
+  bool hasEnded = false;                    // under the lock of all
+  Mutex writing;                            // the folder's file: others do not wait for its disk
+  std::string text KR_GUARDED_BY(writing);  // may lie there still
 };
 
-Asked& AllAsked() {
-  static Asked asked;
-  return asked;
+// The runs that go on, by folder.
+struct AllRuns {
+  Mutex mutex;
+  std::map<std::string, std::shared_ptr<Asked>> runs KR_GUARDED_BY(mutex);
+  std::uint64_t last KR_GUARDED_BY(mutex) = 0;
+};
+
+AllRuns& All() {
+  static AllRuns all;
+  return all;
+}
+
+std::shared_ptr<Asked> RunIn(const std::string& folder) {
+  const MutexLock lock(All().mutex);
+  const auto found = All().runs.find(folder);
+  return found == All().runs.end() ? nullptr : found->second;
+}
+
+bool HasEnded(const Asked& asked) {
+  const MutexLock lock(All().mutex);
+  return asked.hasEnded;
 }
 
 // As the solver reads it.
@@ -31,12 +54,26 @@ std::string TextOf(SolverSwitch what, double endTime) {
          std::string(number, std::to_chars(number, number + sizeof number, endTime).ptr);
 }
 
-bool Holds(const std::string& path, const std::string& text) {
+std::string ContentOf(const std::string& path) {
+  constexpr std::uint64_t kMost = 100;
   InputFile file;
-  if (!file.Open(path) || file.Size() != text.size()) return false;
-  std::string held(text.size(), '\0');
-  return file.Read(held.data(), held.size()) == static_cast<std::ptrdiff_t>(held.size()) &&
-         held == text;
+  if (!file.Open(path) || file.Size() > kMost) return {};
+  std::string text(static_cast<std::size_t>(file.Size()), '\0');
+  const std::ptrdiff_t count = file.Read(text.data(), text.size());
+  text.resize(static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0)));
+  return text;
+}
+
+// Written by this program, which ends no line.
+bool IsOurs(const std::string& text) {
+  if (text.starts_with("endtime=")) return text.find_first_of("\r\n") == std::string::npos;
+  return text.size() == 3 && text.starts_with("sw") && text[2] >= '1' && text[2] <= '4';
+}
+
+void TakeBack(const std::string& folder, Asked& asked) KR_REQUIRES(asked.writing) {
+  const std::string path = SwitchFileIn(folder);
+  if (!asked.text.empty() && ContentOf(path) == asked.text) FileDirWrapper::RemoveFile(path);
+  asked.text.clear();
 }
 
 // The stage that runs, or the job itself.
@@ -53,53 +90,90 @@ std::string SwitchFileIn(const std::string& folder) {
   return FileDirWrapper::Join(folder, kFile);
 }
 
-bool AskSolver(const std::string& folder, SolverSwitch what, double endTime) {
-  const std::string text = TextOf(what, endTime);
-  {
-    const MutexLock lock(AllAsked().mutex);
-    AllAsked().texts[folder] = text;
+void BeginSwitches(const std::string& folder, JobId job, bool isNew) {
+  const auto asked = std::make_shared<Asked>();
+  if (!isNew && SwitchRunOf(folder, job) != SwitchRun::kNone) return;  // it was new before
+  const std::string left = ContentOf(SwitchFileIn(folder));
+  if (IsOurs(left)) {
+    const MutexLock lock(asked->writing);
+    asked->text = left;  // of this very run, when it is not new
+    if (isNew) TakeBack(folder, *asked);
   }
-  return FileDirWrapper::WriteOutputFile(SwitchFileIn(folder), text);
+  const MutexLock lock(All().mutex);
+  asked->run = static_cast<SwitchRun>(++All().last);
+  asked->job = job;
+  std::shared_ptr<Asked>& known = All().runs[folder];
+  if (known) known->hasEnded = true;
+  known = asked;
 }
 
-void WithdrawSwitch(const std::string& folder) {
-  std::string text;
+void EndSwitches(const std::string& folder) {
+  const std::shared_ptr<Asked> asked = RunIn(folder);
+  if (!asked) return;
   {
-    const MutexLock lock(AllAsked().mutex);
-    const auto found = AllAsked().texts.find(folder);
-    if (found == AllAsked().texts.end()) return;
-    text = found->second;
-    AllAsked().texts.erase(found);
+    const MutexLock lock(All().mutex);
+    asked->hasEnded = true;
+    All().runs.erase(folder);
   }
-  const std::string path = SwitchFileIn(folder);
-  if (Holds(path, text)) FileDirWrapper::RemoveFile(path);
+  const MutexLock lock(asked->writing);
+  TakeBack(folder, *asked);
 }
 
-SenseSwitch AskSolverToStop(JobGroupManager& manager) {
-  AppLog& log = manager.Settings().Log();
+SwitchRun SwitchRunOf(const std::string& folder, JobId job) {
+  const std::shared_ptr<Asked> asked = RunIn(folder);
+  return asked && asked->job == job ? asked->run : SwitchRun::kNone;
+}
+
+bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, double endTime) {
+  const std::shared_ptr<Asked> asked = RunIn(folder);
+  if (!asked || asked->run != run) return false;
+  const MutexLock lock(asked->writing);
+  if (HasEnded(*asked)) return false;
+  asked->text = TextOf(what, endTime);
+  return FileDirWrapper::WriteOutputFile(SwitchFileIn(folder), asked->text);
+}
+
+void WithdrawSwitch(const std::string& folder, SwitchRun run) {
+  const std::shared_ptr<Asked> asked = RunIn(folder);
+  if (!asked || asked->run != run) return;
+  const MutexLock lock(asked->writing);
+  TakeBack(folder, *asked);
+}
+
+StopRequest SolverToStop(JobGroupManager& manager) {
   const std::shared_ptr<JobGroup> group = manager.CurrentGroup();
-  std::string jobFile;
-  std::string folder;
+  StopRequest request;
   const auto read = [&](const JobFile& job) {
     const JobFile& runner = Runner(job);
-    jobFile = runner.jobFile;
-    folder = runner.Folder();
+    if (runner.jobFile.empty()) request.answer = SenseSwitch::kBadJob;
+    request.folder = runner.Folder();
+    request.run = SwitchRunOf(request.folder, job.id);
   };
-  if (!group || !group->ReadActiveJob(read)) {
-    log.Report(Message(MessageId::kNoRunningJob));
-    return SenseSwitch::kNoJob;
+  if (!group || !group->ReadActiveJob(read)) request.answer = SenseSwitch::kNoJob;
+  return request;
+}
+
+SenseSwitch AskSolverToStop(const StopRequest& request) {
+  if (request.answer != SenseSwitch::kAsked) return request.answer;
+  const std::string file = FileDirWrapper::Join(request.folder, kSwitchFile);
+  if (request.folder.empty() || !FileDirWrapper::FileExists(file)) return SenseSwitch::kNoSwitch;
+  const bool asked = AskSolver(request.folder, request.run, SolverSwitch::kStop);
+  return asked ? SenseSwitch::kAsked : SenseSwitch::kFailed;
+}
+
+void ReportStop(const StopRequest& request, SenseSwitch answer, AppLog& log) {
+  switch (answer) {
+    case SenseSwitch::kNoJob:
+      return log.Report(Message(MessageId::kNoRunningJob));
+    case SenseSwitch::kBadJob:
+      return log.Report(Message(MessageId::kNoJobFile));
+    case SenseSwitch::kNoSwitch:
+      return log.Report(
+          Message(MessageId::kNoSenseSwitch,
+                  request.folder.empty() ? "" : FileDirWrapper::Join(request.folder, kSwitchFile)));
+    case SenseSwitch::kFailed:
+      return log.Report(Message(MessageId::kFileNotWritten, SwitchFileIn(request.folder)));
+    case SenseSwitch::kAsked:
+      break;
   }
-  if (jobFile.empty()) {
-    log.Report(Message(MessageId::kNoJobFile));
-    return SenseSwitch::kBadJob;
-  }
-  const std::string switchFile =
-      folder.empty() ? std::string() : FileDirWrapper::Join(folder, kSwitchFile);
-  if (switchFile.empty() || !FileDirWrapper::FileExists(switchFile)) {
-    log.Report(Message(MessageId::kNoSenseSwitch, switchFile));
-    return SenseSwitch::kNoSwitch;
-  }
-  if (AskSolver(folder, SolverSwitch::kStop)) return SenseSwitch::kAsked;
-  log.Report(Message(MessageId::kFileNotWritten, SwitchFileIn(folder)));
-  return SenseSwitch::kFailed;
 }

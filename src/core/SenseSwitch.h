@@ -1,8 +1,10 @@
 // Telling a solver that runs what to do, through the file "d3kil" in its folder. The solver looks
-// for it now and then, obeys, and removes it. Operations write files: any thread.
+// for it now and then, obeys, and removes it. Operations write files, unless they say that they do
+// not: any thread.
 #ifndef KR_CORE_SENSESWITCH_H
 #define KR_CORE_SENSESWITCH_H
 
+#include <cstdint>
 #include <string>
 
 #include "core/JobGroupManager.h"
@@ -15,16 +17,29 @@ enum class SolverSwitch {
   kEndTime,    // runs to another end time
 };
 
-// Puts the switch into the folder in which a solver runs, in the place of one that is there.
-// `endTime` in the deck's unit, for kEndTime. False when it cannot be written.
-bool AskSolver(const std::string& folder, SolverSwitch what, double endTime = 0);
+// A run that may be asked, as long as it goes on. No two runs are the same.
+enum class SwitchRun : std::uint64_t { kNone = 0 };
+
+// Around each run of a solver in a folder. Before it starts (`isNew`) a switch that this program
+// has left there, in an earlier session even, is removed: the solver would obey it. After the end
+// nothing is written for the run any more, and what no solver has taken is taken back; what others
+// have written stays.
+void BeginSwitches(const std::string& folder, JobId job, bool isNew);
+void EndSwitches(const std::string& folder);
+
+// The job's run that goes on in this folder; kNone when there is none. Touches no disk.
+SwitchRun SwitchRunOf(const std::string& folder, JobId job);
+
+// Puts the switch into the folder in which the run goes on, in the place of one that is there.
+// `endTime` in the deck's unit, for kEndTime. False when it cannot be written, and when that run
+// has ended.
+bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, double endTime = 0);
+
+// Takes back what AskSolver has put there for the run and no solver has taken yet.
+void WithdrawSwitch(const std::string& folder, SwitchRun run);
 
 // Where the switch lies.
 std::string SwitchFileIn(const std::string& folder);
-
-// Takes back what AskSolver has put there and no solver has taken yet: the next run would obey it.
-// Leaves alone what others have written. For the end of each run.
-void WithdrawSwitch(const std::string& folder);
 
 enum class SenseSwitch {
   kNoJob,     // "Not find running job, stop running job failed"
@@ -34,9 +49,19 @@ enum class SenseSwitch {
   kAsked
 };
 
-// Tells the solver of the current group's active job, or of its stage that runs now, to write a
-// restart file and end (kStop). A distributed solver looks for it when its folder has a file
-// "bg_switch". All but kAsked leave a line in the log.
-SenseSwitch AskSolverToStop(JobGroupManager& manager);
+// The solver of the current group's active job, or of its stage that runs now, which is to write a
+// restart file and end (kStop).
+struct StopRequest {
+  SenseSwitch answer = SenseSwitch::kAsked;  // already known, when it is another one
+  std::string folder;
+  SwitchRun run = SwitchRun::kNone;
+};
+// Touches no disk.
+StopRequest SolverToStop(JobGroupManager& manager);
+// Asks it. A distributed solver looks for the request when its folder has a file "bg_switch". The
+// folder's file system may not answer: not on the interface thread.
+SenseSwitch AskSolverToStop(const StopRequest& request);
+// All answers but kAsked leave a line in the log.
+void ReportStop(const StopRequest& request, SenseSwitch answer, AppLog& log);
 
 #endif

@@ -13,6 +13,7 @@ class SwitchTest : public GroupTest {
   std::string Run(const std::string& command) {
     auto job = Job("job", command);
     folder_ = job->Folder();
+    job_ = job.get();
     Group()->AddJob(job);
     EXPECT_TRUE(Group()->Submit());
     EXPECT_TRUE(WaitUntil([&] { return Exists("glstat"); }));
@@ -26,19 +27,24 @@ class SwitchTest : public GroupTest {
   }
   std::string Messages() const { return TempFolder::Read(folder_ + "/messag"); }
 
+  bool Ask(SolverSwitch what, double endTime = 0) const {
+    return AskSolver(folder_, SwitchRunOf(folder_, job_->id), what, endTime);
+  }
+
   std::string folder_;
+  const JobFile* job_ = nullptr;
 };
 
 TEST_F(SwitchTest, TheSolverTakesEachAndGoesOnToTheNewEnd) {
   Run("run 60");
-  ASSERT_TRUE(AskSolver(folder_, SolverSwitch::kTellTime));
+  ASSERT_TRUE(Ask(SolverSwitch::kTellTime));
   EXPECT_TRUE(IsTaken());
   EXPECT_NE(Messages().find("time step information"), std::string::npos);
-  ASSERT_TRUE(AskSolver(folder_, SolverSwitch::kDump));
+  ASSERT_TRUE(Ask(SolverSwitch::kDump));
   EXPECT_TRUE(IsTaken());
   EXPECT_TRUE(Exists("d3dump01"));
   const std::string plot = folder_ + "/d3plot01";
-  ASSERT_TRUE(AskSolver(folder_, SolverSwitch::kPlotState));
+  ASSERT_TRUE(Ask(SolverSwitch::kPlotState));
   EXPECT_TRUE(IsTaken());
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kRunning);
 
@@ -47,7 +53,7 @@ TEST_F(SwitchTest, TheSolverTakesEachAndGoesOnToTheNewEnd) {
   progress.Look();
   const RunNews before = progress.News();
   ASSERT_TRUE(before.time && before.endTime);
-  ASSERT_TRUE(AskSolver(folder_, SolverSwitch::kEndTime, *before.time + 0.01 * *before.endTime));
+  ASSERT_TRUE(Ask(SolverSwitch::kEndTime, *before.time + 0.01 * *before.endTime));
   EXPECT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
   RunProgress after(FindRunFiles(folder_));
@@ -61,22 +67,40 @@ TEST_F(SwitchTest, WhatNobodyTookGoesWithTheEndOfTheRun) {
   // Once it hangs it looks for nothing any more.
   int looks = 0;
   EXPECT_TRUE(WaitUntil([&] {
-    if (!Exists("d3kil")) looks = AskSolver(folder_, SolverSwitch::kTellTime) ? 0 : -1;
+    if (!Exists("d3kil")) looks = Ask(SolverSwitch::kTellTime) ? 0 : -1;
     return ++looks > 30;
   }));
+  const SwitchRun run = SwitchRunOf(folder_, job_->id);
   EXPECT_TRUE(Group()->Stop());
   EXPECT_FALSE(Exists("d3kil"));
+  EXPECT_FALSE(AskSolver(folder_, run, SolverSwitch::kStop)) << "that run has ended";
+  EXPECT_FALSE(Exists("d3kil"));
+}
 
-  WithdrawSwitch(folder_);
+// In a folder in which one run follows another.
+TEST_F(SwitchTest, ARequestIsForOneRunAlone) {
+  constexpr auto kJob = static_cast<JobId>(7);
+  std::filesystem::create_directory(home_ / "job");
+  folder_ = home_ / "job";
+  home_.Write("job/d3kil", "sw1");  // of a session that was cut off
+  BeginSwitches(folder_, kJob, true);
+  EXPECT_FALSE(Exists("d3kil"));
+  const SwitchRun first = SwitchRunOf(folder_, kJob);
+  EXPECT_EQ(SwitchRunOf(folder_, static_cast<JobId>(8)), SwitchRun::kNone);
+  ASSERT_TRUE(AskSolver(folder_, first, SolverSwitch::kStop));
+  EXPECT_EQ(TempFolder::Read(folder_ + "/d3kil"), "sw1");
+  BeginSwitches(folder_, kJob, false);  // its process has a number now
+  EXPECT_EQ(SwitchRunOf(folder_, kJob), first);
+  WithdrawSwitch(folder_, first);
+  EXPECT_FALSE(Exists("d3kil"));
+
+  BeginSwitches(folder_, kJob, true);
+  EXPECT_FALSE(AskSolver(folder_, first, SolverSwitch::kStop));
   home_.Write("job/d3kil", "sw9");
-  WithdrawSwitch(folder_);
+  EndSwitches(folder_);
+  BeginSwitches(folder_, kJob, true);
   EXPECT_TRUE(Exists("d3kil")) << "it is somebody else's";
-  std::filesystem::create_directory(home_ / "other");
-  ASSERT_TRUE(AskSolver(home_ / "other", SolverSwitch::kStop));
-  EXPECT_EQ(TempFolder::Read(home_ / "other/d3kil"), "sw1");
-  WithdrawSwitch(home_ / "other");
-  EXPECT_FALSE(std::filesystem::exists(home_ / "other/d3kil"));
-  EXPECT_FALSE(AskSolver(home_ / "none", SolverSwitch::kStop));
+  EndSwitches(folder_);
 }
 
 }  // namespace

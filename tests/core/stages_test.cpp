@@ -119,15 +119,16 @@ TEST_F(Stages, StopEndsTheStageThatRunsAndResubmitGoesOnFromIt) {
 }
 
 TEST_F(Stages, TheRequestToStopGoesToTheStageThatRuns) {
-  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kNoJob);
+  const auto ask = [&] { return AskSolverToStop(SolverToStop(*manager_)); };
+  EXPECT_EQ(ask(), SenseSwitch::kNoJob);
   const auto job = JobWith({"", "run 60"});
   for (const char* other : {"main/bg_switch", "stage0/bg_switch"}) home_.Write(other, "");
   Group()->AddJob(job);
   ASSERT_TRUE(Group()->Submit());
   ASSERT_TRUE(WaitUntil([&] { return HasMessages(*job->stages[1]); }));
-  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kNoSwitch);
+  EXPECT_EQ(ask(), SenseSwitch::kNoSwitch);
   home_.Write("stage1/bg_switch", "");
-  EXPECT_EQ(AskSolverToStop(*manager_), SenseSwitch::kAsked);
+  EXPECT_EQ(ask(), SenseSwitch::kAsked);
   EXPECT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(Statuses(), (std::vector<JobStatus>(2, JobStatus::kFinished)))
       << "it wrote its dump and ended well";

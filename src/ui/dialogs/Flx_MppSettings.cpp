@@ -5,8 +5,11 @@
 #include <FL/Fl_Scroll.H>
 
 #include <algorithm>
+#include <chrono>
+#include <system_error>
+#include <thread>
+#include <utility>
 
-#include "core/SenseSwitch.h"
 #include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/DialogTools.h"
@@ -16,6 +19,9 @@
 #include "util/text/PlainText.h"
 
 namespace {
+
+constexpr std::chrono::milliseconds kAtOnce{100};  // a folder that answers does so by then
+constexpr double kLookSeconds = 0.1;
 
 const char kLayout[] =
     R"layout(ID_WINDOW,Window,"MPP Settings",1226,368,400,420,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
@@ -100,6 +106,10 @@ Flx_MppSettings::Flx_MppSettings(Fl_Window* parent, Application& application)
   SetLayouts(kLayout, kChinese);
   SetTexts(kTexts);
   SetTexts(HostEditor::kTexts);
+}
+
+Flx_MppSettings::~Flx_MppSettings() {
+  Fl::remove_timeout(LookAtAnswer, this);
 }
 
 bool Flx_MppSettings::Initialise() {
@@ -223,8 +233,27 @@ void Flx_MppSettings::ReloadHostFile() {
 }
 
 void Flx_MppSettings::StopRunning() {
-  const SenseSwitch result = AskSolverToStop(application_.Manager());
-  if (result == SenseSwitch::kAsked && OnNote) OnNote(Shown("asked"));
-  if (result != SenseSwitch::kNoSwitch) return;
-  Inform(ToUi(application_.Title()), Shown("lab_mpp_bg_exist"));
+  if (answer_.valid()) return;  // the folder of the last one does not answer
+  request_ = SolverToStop(application_.Manager());
+  std::packaged_task<SenseSwitch()> ask([request = request_] { return AskSolverToStop(request); });
+  answer_ = ask.get_future();
+  try {
+    std::thread(std::move(ask)).detach();
+  } catch (const std::system_error&) {
+    answer_ = {};
+    return ReportStop(request_, SenseSwitch::kFailed, application_.Manager().Settings().Log());
+  }
+  answer_.wait_for(kAtOnce);
+  LookAtAnswer(this);
+}
+
+void Flx_MppSettings::LookAtAnswer(void* dialog) {
+  auto* const self = static_cast<Flx_MppSettings*>(dialog);
+  if (self->answer_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+    return Fl::add_timeout(kLookSeconds, LookAtAnswer, dialog);
+  const SenseSwitch answer = self->answer_.get();
+  ReportStop(self->request_, answer, self->application_.Manager().Settings().Log());
+  if (answer == SenseSwitch::kAsked && self->OnNote) self->OnNote(self->Shown("asked"));
+  if (answer != SenseSwitch::kNoSwitch) return;
+  self->Inform(ToUi(self->application_.Title()), self->Shown("lab_mpp_bg_exist"));
 }

@@ -7,11 +7,13 @@
 #include <FL/Fl_Input.H>
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/Application.h"
+#include "core/SenseSwitch.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/dialogs/HostEditor.h"
 #include "ui/fltk/ChoiceEntries.h"
@@ -32,6 +34,7 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   static constexpr WidgetName<Fl_Scroll> kHosts{"ID_SCROLL1"};
 
   Flx_MppSettings(Fl_Window* parent, Application& application);
+  ~Flx_MppSettings() override;
 
   bool Initialise() override;
   int HandleWidget(Fl_Widget* widget) override;
@@ -63,11 +66,14 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   void EditHostFile();
   void ReloadHostFile();
   void StopRunning();
+  static void LookAtAnswer(void* dialog);
 
   Application& application_;
   SettingsAndPaths& settings_;
   ChoiceEntries groupEntries_, mpiEntries_;
   std::unique_ptr<HostEditor> hosts_;
+  StopRequest request_;
+  std::future<SenseSwitch> answer_;  // valid while it is waited for
 };
 
 #endif

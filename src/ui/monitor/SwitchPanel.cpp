@@ -84,6 +84,7 @@ void SwitchPanel::Show(const MonitoredRun::State& run, const RunPicture* picture
   const bool another = folder_ != run.run.folder || name_ != run.name;
   folder_ = run.run.folder;
   name_ = run.name;
+  job_ = run.job;
   canAsk_ = !run.run.switchFile.empty();
   runsDeck_ = run.runsDeck;
   if (picture) news_ = picture->news;
@@ -150,17 +151,19 @@ bool SwitchPanel::AskFirst(SolverSwitch what, double& endTime) {
 void SwitchPanel::Press(std::size_t button) {
   const SwitchButton& pressed = kButtons[button];
   const std::string folder = folder_;
+  const SwitchRun run = SwitchRunOf(folder, job_);
   double endTime = 0;
   // The run may have ended while the question was open.
   if (!AskFirst(pressed.what, endTime) || !canAsk_ || folder != folder_) return;
+  askedRun_ = run;
   asked_ = texts_.Get(pressed.label);
   if (asked_.ends_with("...")) asked_.resize(asked_.size() - 3);
   if (pressed.what == SolverSwitch::kEndTime) asked_ += " " + ValueText(endTime);
   told_ = {};
   askedAt_ = std::chrono::steady_clock::now();
   result_ = std::make_shared<Result>();
-  reader_.Do([result = result_, folder, what = pressed.what, endTime] {
-    result->good = AskSolver(folder, what, endTime);
+  reader_.Do([result = result_, folder, run, what = pressed.what, endTime] {
+    result->good = AskSolver(folder, run, what, endTime);
     result->done = true;
   });
   Enable();
@@ -168,7 +171,7 @@ void SwitchPanel::Press(std::size_t button) {
 }
 
 void SwitchPanel::Withdraw() {
-  reader_.Do([folder = folder_] { WithdrawSwitch(folder); });
+  reader_.Do([folder = folder_, run = askedRun_] { WithdrawSwitch(folder, run); });
   told_ = texts_.Format("mon_sw_withdrawn", asked_);
   asked_ = {};
   Enable();

@@ -48,6 +48,8 @@ class SwitchPanel : public Fl_Group {
   Fl_Box* note_ = nullptr;
 
   std::string folder_, name_;
+  JobId job_ = JobId::kNone;
+  SwitchRun askedRun_ = SwitchRun::kNone;  // that the last request went to
   bool canAsk_ = false;
   bool runsDeck_ = true;
   bool waits_ = false;  // a request lies in the folder
