@@ -35,6 +35,13 @@ std::string Known(const std::optional<Number>& number) {
   return number ? std::to_string(*number) : std::string();
 }
 
+// A percentage, or a word where none is known; empty for a run that reached its end time.
+std::string StopCell(int stoppedAt) {
+  if (stoppedAt == kNotStopped) return {};
+  if (stoppedAt == kStoppedSomewhere) return "early";
+  return stoppedAt < 0 ? "unknown" : std::to_string(stoppedAt);
+}
+
 }  // namespace
 
 std::string HistoryName(const RunRecord& run) {
@@ -129,7 +136,7 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs) {
                                   Known(run.elements),
                                   run.messageFile,
                                   run.reason.English(),
-                                  run.stoppedAt < 0 ? "" : std::to_string(run.stoppedAt),
+                                  StopCell(run.stoppedAt),
                                   FailureMessage(run.failure).English()};
     for (const std::string& field : fields) {
       text += (&field == fields ? "" : ",") + Field(field);

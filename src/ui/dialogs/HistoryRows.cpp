@@ -44,10 +44,13 @@ HistoryRow RowOf(RunRecord run, const std::string& machine, const TextTable& tex
   set(HistoryColumn::kFolder, ToUi(run.folder));
   set(HistoryColumn::kSolver, RowOfKind(run.solver).name);
   set(HistoryColumn::kTook, seconds < 0 ? CellDrawing::kNothing : ShownDuration(seconds, texts));
-  set(HistoryColumn::kVerdict,
-      row.verdict == HistoryVerdict::kUnknown
-          ? texts.Get("ui_past_unknown")
-          : texts.Say(JobStatusWord(run.verdict)) + HowWords(run.verdict, run.failure, texts));
+  std::string verdict = texts.Get("ui_past_unknown");
+  if (row.verdict != HistoryVerdict::kUnknown) {
+    verdict = texts.Say(JobStatusWord(run.verdict)) + HowWords(run.verdict, run.failure, texts);
+    if (run.verdict == JobStatus::kFinished && run.stoppedAt != kNotStopped)
+      verdict += " \xC2\xB7 " + texts.Say(StoppedMessage(run.stoppedAt));
+  }
+  set(HistoryColumn::kVerdict, verdict);
   set(HistoryColumn::kReason, texts.Say(run.reason));
   set(HistoryColumn::kCpus, Known(run.cpus > 0 ? run.cpus : -1));
   set(HistoryColumn::kMemory, Known(run.memory > 0 ? static_cast<std::int64_t>(run.memory) : -1));

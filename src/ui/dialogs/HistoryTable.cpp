@@ -124,8 +124,10 @@ std::string HistoryTable::CellTip(int index, int column) {
     case HistoryColumn::kVerdict: {
       if (row.verdict == HistoryVerdict::kUnknown) return texts_.Get("ui_past_unknown_tip");
       const RunRecord& run = row.run;
-      if (!run.errors || !run.warnings) return {};
-      return texts_.Format("ui_past_counts", std::to_string(*run.errors),
+      std::string tip = run.stoppedAt == kNotStopped ? "" : row.Cell(HistoryColumn::kVerdict);
+      if (!run.errors || !run.warnings) return tip;
+      return tip + (tip.empty() ? "" : "\n") +
+             texts_.Format("ui_past_counts", std::to_string(*run.errors),
                            std::to_string(*run.warnings));
     }
     default:
