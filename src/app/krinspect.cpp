@@ -19,6 +19,7 @@
 #include "record/History.h"
 #include "record/RecordFiles.h"
 #include "solvers/OutputAnalysis.h"
+#include "solvers/SolverKinds.h"
 #include "solvers/Verdict.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -397,7 +398,7 @@ int PrintHistory(const std::string& file, bool json) {
     return 1;
   }
   const std::vector<RunRecord> runs = ReadHistory(path, files.machine);
-  const std::string text = json ? HistoryJson(runs) : HistoryCsv(runs);
+  const std::string text = json ? HistoryJson(runs, NameOfKind) : HistoryCsv(runs, NameOfKind);
   std::fwrite(text.data(), 1, text.size(), stdout);
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
 }

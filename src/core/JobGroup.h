@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "core/JobList.h"
-#include "core/RunWatch.h"
 #include "core/RunningThreads.h"
+#include "core/RunWatch.h"
 #include "runs/JobRun.h"
 
 // What groups are handed. All of it outlives their threads.
@@ -64,8 +64,13 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   // The group's thread.
   void RunLoop();
   void GoOnWith(JobFile& job, const RunRecord& run);
-  JobRunSetup SetupFor(JobFile& job);
-  void EndRunOf(JobFile& job, JobStatus status);
+  // Of the stage that runs, as its record has them; seconds since 1970, 0: not known.
+  struct RunTimes {
+    std::int64_t started = 0;
+    std::int64_t ended = 0;
+  };
+  JobRunSetup SetupFor(JobFile& job, RunTimes& times);
+  void EndRunOf(JobFile& job, JobStatus status, const RunTimes& times);
   std::optional<JobRunContext> BeginRunOf(JobFile& job, std::int64_t since);
   void NoteQueued();
   void JobQueued(const JobFile& job) override;

@@ -1,6 +1,7 @@
 // The group's thread: takes the queued jobs one after another, runs them and writes their ends
 // down.
 #include <chrono>
+#include <utility>
 
 #include "core/JobGroup.h"
 #include "core/SenseSwitch.h"
@@ -93,10 +94,14 @@ bool JobGroup::Resume(JobId job, const RunRecord& run) {
 
 void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
   setup_.observer.GroupRunChanged(Id());
-  JobRunSetup setup = SetupFor(job);
+  RunTimes times;
+  JobRunSetup setup = SetupFor(job, times);
   // The group's stop may be one from before the job came; one from now on aborts the job itself.
-  setup.begin = [&] { return BeginRunOf(job, run.started); };
-  EndRunOf(job, ResumeRun(job, setup, run));
+  setup.begin = [&] {
+    times.started = run.started;
+    return BeginRunOf(job, job.started != 0 ? job.started : run.started);
+  };
+  EndRunOf(job, ResumeRun(job, setup, run), times);
   --resumed_;
   setup_.observer.GroupRunChanged(Id());
 }
@@ -126,15 +131,16 @@ void JobGroup::RunLoop() {
   waitForResumed();
   std::chrono::seconds pause{0};
   while (const auto job = TakeQueuedJob(stop_, pause, [this] { running_ = false; })) {
-    JobRunSetup run = SetupFor(*job);
+    RunTimes times;
+    JobRunSetup run = SetupFor(*job, times);
     run.pause = pause;
-    EndRunOf(*job, RunJob(*job, run));
+    EndRunOf(*job, RunJob(*job, run), times);
     waitForResumed();
   }
   setup_.observer.GroupRunChanged(Id());
 }
 
-JobRunSetup JobGroup::SetupFor(JobFile& job) {
+JobRunSetup JobGroup::SetupFor(JobFile& job, RunTimes& times) {
   JobRunSetup run = setup_.run;
   run.folders = [&] { return FoldersOf(job); };
   run.minFreeMb = [this] { return setup_.settings().min_free_mb; };
@@ -143,8 +149,13 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
     std::optional<JobRunContext> context = BeginRunOf(job, 0);
     return stop_ ? std::nullopt : std::move(context);
   };
-  run.setStageStatus = [&](JobFile& stage, JobStatus status) { ShowStage(job, stage, status); };
+  run.setStageStatus = [&](JobFile& stage, JobStatus status) {
+    if (HasEnded(status)) return ShowStage(job, stage, status, times.ended);
+    const std::int64_t began = std::exchange(times, {}).started;
+    ShowStage(job, stage, status, began != 0 && stage.started != 0 ? stage.started : began);
+  };
   run.recorded = [&](const JobFile& stage, const RunRecord& record) {
+    times.ended = record.ended;
     // The first record comes before the process.
     if (HasEnded(record.verdict)) {
       EndSwitches(stage.Folder());
@@ -163,9 +174,9 @@ JobRunSetup JobGroup::SetupFor(JobFile& job) {
   return run;
 }
 
-void JobGroup::EndRunOf(JobFile& job, JobStatus status) {
+void JobGroup::EndRunOf(JobFile& job, JobStatus status, const RunTimes& times) {
   setup_.log.Note(Message(MessageId::kJobEnded, job.MainFile(), JobStatusWord(status)));
-  EndRun(job, status);
+  EndRun(job, status, times.ended);
 }
 
 // None for a job that was removed: it does not run.

@@ -87,12 +87,15 @@ void JobList::Tell(ListChange::What what, const Told& jobs, std::size_t place) c
   if (!jobs.empty()) observer_.JobsChanged(id_, {what, jobs, place});
 }
 
-void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
+void JobList::Enter(JobFile& job, JobStatus status, std::int64_t since) {
+  if (since == 0) since = DateTimeWrapper::CurrentTime();
   job.status = status;
-  const bool hasEnded = status == JobStatus::kFinished || status == JobStatus::kAborted;
-  if (status == JobStatus::kRunning)
-    job.started = since != 0 ? since : DateTimeWrapper::CurrentTime();
-  job.ended = hasEnded ? DateTimeWrapper::CurrentTime() : 0;
+  if (status == JobStatus::kRunning) job.started = since;
+  job.ended = HasEnded(status) ? since : 0;
+}
+
+void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
+  Enter(job, status, since);
   if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
 
@@ -194,15 +197,17 @@ void JobList::ShowWaiting(const JobFile& job) {
   if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
 
-void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status) {
+// Nobody is told of a job that was removed meanwhile.
+void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status, std::int64_t since) {
   const Access access(*this);
-  SetStatus(job, stage, status);
+  Enter(stage, status, since);
+  if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job, stage);
 }
 
 // A job that has been removed may come back.
-void JobList::EndRun(JobFile& job, JobStatus status) {
+void JobList::EndRun(JobFile& job, JobStatus status, std::int64_t ended) {
   const Access access(*this);
-  SetStatus(job, status);
+  SetStatus(job, status, ended);
 }
 
 void JobList::AbortActiveJobs() {

@@ -140,14 +140,14 @@ class JobList : public PTWrapper {
                                          const std::function<void()>& none);
   // One that is in the list; null when it is not.
   std::shared_ptr<JobFile> Share(JobId job) const;
-  // The job becomes Running, since this moment (seconds since 1970; 0: now). False when it has been
-  // removed.
+  // Moments are seconds since 1970; 0: now.
+  // The job becomes Running, since that moment. False when it has been removed.
   bool BeginRun(JobFile& job, std::int64_t since = 0);
   // What a waiting job says of itself has changed.
   void ShowWaiting(const JobFile& job);
   // Of a job that has been removed nobody is told.
-  void ShowStage(const JobFile& job, JobFile& stage, JobStatus status);
-  void EndRun(JobFile& job, JobStatus status);
+  void ShowStage(const JobFile& job, JobFile& stage, JobStatus status, std::int64_t since = 0);
+  void EndRun(JobFile& job, JobStatus status, std::int64_t ended = 0);
   // Sets the abort flags of the active jobs and their stages.
   void AbortActiveJobs();
 
@@ -197,7 +197,7 @@ class JobList : public PTWrapper {
   std::size_t PlaceOf(const JobFile& job) const KR_REQUIRES(lock_);
   JobFile* FirstActive() const KR_REQUIRES(lock_);
   void SetStatus(JobFile& job, JobStatus status, std::int64_t since = 0) KR_REQUIRES(lock_);
-  void SetStatus(const JobFile& job, JobFile& stage, JobStatus status) KR_REQUIRES(lock_);
+  static void Enter(JobFile& job, JobStatus status, std::int64_t since);
 
   bool ChangeJob(JobId job, const std::function<bool(JobFile&)>& change);
   bool ChangeStages(JobId job, const std::function<bool(JobFile&)>& change);

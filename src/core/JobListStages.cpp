@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "core/JobList.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -95,12 +94,4 @@ bool JobList::ReadStage(JobId job, JobId stage,
   const JobFile* const found = FindStage(job, stage);
   if (found != nullptr) read(*found);
   return found != nullptr;
-}
-
-// Nobody is told of a job that was removed meanwhile.
-void JobList::SetStatus(const JobFile& job, JobFile& stage, JobStatus status) {
-  stage.status = status;
-  if (status == JobStatus::kRunning) stage.started = DateTimeWrapper::CurrentTime();
-  stage.ended = HasEnded(status) ? DateTimeWrapper::CurrentTime() : 0;
-  if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job, stage);
 }

@@ -7,6 +7,7 @@
 #include "jobs/HostLine.h"
 #include "jobs/JobFile.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -30,6 +31,33 @@ std::string ShortQuotedPath(const std::string& path) {
 
 std::string MemoryArgument(std::uint64_t megabytes) {
   return std::to_string(MegaWords(megabytes)) + 'm';
+}
+
+// The ranks that the launcher's arguments ask for; 0: they do not say.
+long long RanksIn(const std::string& launcherArguments) {
+  std::vector<std::string> words;
+  StrWrapperTxt::SplitCommandLine(launcherArguments, words);
+  long long ranks = 0;
+  for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+    const std::string& word = words[i];
+    const bool asks = word == "-n" || word == "-np" || word == "--n" || word == "--np";
+    if (asks) ranks += std::max(0, StrWrapperTxt::LeadingInt(words[i + 1]));
+  }
+  return ranks;
+}
+
+// Of a solver that says "ncpu=4", or "ncpu=-4"; the last one counts.
+int ThreadsIn(const std::string& commandLine) {
+  constexpr char kWord[] = "ncpu=";
+  std::vector<std::string> words;
+  StrWrapperTxt::SplitCommandLine(commandLine, words);
+  int threads = 1;
+  for (const std::string& word : words) {
+    if (!Lower(word).starts_with(kWord)) continue;
+    const int value = StrWrapperTxt::LeadingInt(word.substr(sizeof kWord - 1));
+    if (value != 0) threads = value < 0 ? -value : value;
+  }
+  return threads;
 }
 
 void DropFirst(std::string& text) {
@@ -106,6 +134,17 @@ HostList BuildHostList(const Settings& settings, const std::string& groupText) {
 
 std::uint64_t MegabytesTaken(std::uint64_t megaWords, SolverKind kind) {
   return megaWords * (kind == SolverKind::kLsDynaDouble ? 8 : 4);
+}
+
+int CpusAskedFor(SolverKind kind, const JobRunContext& context, const std::string& commandLine) {
+  const bool runsDeck = MppSolver(kind) != nullptr || kind == SolverKind::kUtilityBatch;
+  if (!runsDeck) return 0;
+  const Settings& settings = context.settings;
+  const HostList hosts = BuildHostList(settings, context.groupText);
+  const bool isDistributed = settings.use_mpp && MppSolver(kind) != nullptr && hosts.cpus > 0;
+  if (!isDistributed) return ThreadsIn(commandLine);
+  const long long ranks = RanksIn(settings.mpi_param);
+  return static_cast<int>(ranks > 0 ? ranks : hosts.text.empty() ? 0 : hosts.cpus);
 }
 
 std::string MpiLauncher(const Settings& settings) {

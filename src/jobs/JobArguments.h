@@ -9,6 +9,8 @@
 
 #include "jobs/Settings.h"
 
+struct JobRunContext;
+
 // The hosts of a distributed run, from the host table and the group's assignment.
 struct HostList {
   long long cpus = 0;  // of all hosts
@@ -40,6 +42,10 @@ constexpr std::uint64_t MegaWords(std::uint64_t megabytes) {
   return megabytes >> 2;
 }
 std::uint64_t MegabytesTaken(std::uint64_t megaWords, SolverKind kind);
+
+// The CPUs that a command line of the kind asks for, all hosts together: of a distributed run its
+// ranks, else the threads. 0: it does not say.
+int CpusAskedFor(SolverKind kind, const JobRunContext& context, const std::string& commandLine);
 
 // "mpirun" for Platform MPI, else "mpiexec".
 std::string MpiLauncher(const Settings& settings);

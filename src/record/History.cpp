@@ -101,10 +101,11 @@ std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& m
   return runs;
 }
 
-std::string HistoryJson(const std::vector<RunRecord>& runs) {
+std::string HistoryJson(const std::vector<RunRecord>& runs, const SolverNames& solverName) {
   form::Json list = form::Json::array();
   for (const RunRecord& run : runs) {
     form::Json json = form::Of(run);
+    json["solver"] = form::Of(solverName(run.solver));
     json["verdict"] = JobStatusWord(run.verdict).English();
     if (!run.reason.Empty()) json["reason"] = form::Of(run.reason.English());
     if (run.failure != Failure()) json["how"] = FailureMessage(run.failure).English();
@@ -113,10 +114,10 @@ std::string HistoryJson(const std::vector<RunRecord>& runs) {
   return list.dump(1, ' ', false, form::Json::error_handler_t::replace) + '\n';
 }
 
-std::string HistoryCsv(const std::vector<RunRecord>& runs) {
+std::string HistoryCsv(const std::vector<RunRecord>& runs, const SolverNames& solverName) {
   std::string text =
       "started,ended,seconds,verdict,exit,file,restart,folder,program,cpus,memory_mb,errors,"
-      "warnings,nodes,elements,message_file,reason,stopped_at,how\n";
+      "warnings,nodes,elements,message_file,reason,stopped_at,how,solver\n";
   for (const RunRecord& run : runs) {
     const bool hasEnded = run.ended >= run.started && run.ended != 0;
     const std::string fields[] = {LocalTime(run.started),
@@ -137,7 +138,8 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs) {
                                   run.messageFile,
                                   run.reason.English(),
                                   StopCell(run.stoppedAt),
-                                  FailureMessage(run.failure).English()};
+                                  FailureMessage(run.failure).English(),
+                                  solverName(run.solver)};
     for (const std::string& field : fields) {
       text += (&field == fields ? "" : ",") + Field(field);
     }

@@ -3,6 +3,7 @@
 #define KR_RECORD_HISTORY_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,10 +32,13 @@ void DropOldHistory(std::vector<std::string>& records, std::size_t most = kMostH
 // Changes nothing. Any thread.
 std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine);
 
+// What a solver of the kind is called.
+using SolverNames = std::function<std::string(SolverKind)>;
+
 // For scripts. Texts that are no UTF-8 are taken for Latin-1.
-std::string HistoryJson(const std::vector<RunRecord>& runs);
+std::string HistoryJson(const std::vector<RunRecord>& runs, const SolverNames& solverName);
 // A line of titles, then one a run: times in local time, seconds between them, commas between
 // fields, which stand in double quotes where they have to.
-std::string HistoryCsv(const std::vector<RunRecord>& runs);
+std::string HistoryCsv(const std::vector<RunRecord>& runs, const SolverNames& solverName);
 
 #endif

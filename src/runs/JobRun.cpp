@@ -17,6 +17,7 @@
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FreeSpace.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -149,7 +150,10 @@ class JobRun {
   }
 
   JobStatus Run() {
-    return Guarded(job_, [this] { return RunStages(); });
+    const std::int64_t began = DateTimeWrapper::CurrentTime();
+    const JobStatus status = Guarded(job_, [this] { return RunStages(); });
+    if (!isRecorded_) RecordWithoutSolver(job_, began, status);
+    return status;
   }
 
   // `mine`: the folders are held.
@@ -257,6 +261,7 @@ class JobRun {
 
   JobStatus RunThroughDriver(JobFile& stage, bool goesOn) {
     const RunScope scope(stage, context_);
+    const std::int64_t began = DateTimeWrapper::CurrentTime();
     const JobStatus status = Guarded(stage, [&] {
       JobSolver* const driver = setup_.solverFor(stage.GetSolverType());
       if (driver != nullptr) {
@@ -286,6 +291,8 @@ class JobRun {
       if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_);
       Record(stage);
       record_.reset();
+    } else {
+      RecordWithoutSolver(stage, began, status);
     }
     return status;
   }
@@ -293,6 +300,12 @@ class JobRun {
   bool StepFell(const JobFile& stage) const {
     const bool wrote = record_ && !stage.abort && !stage.MessageFile().empty();
     return wrote && setup_.stepFell && setup_.stepFell(stage, *record_);
+  }
+
+  void RecordWithoutSolver(const JobFile& stage, std::int64_t began, JobStatus status) {
+    record_ = RecordWithoutStart(stage, IndexOf(stage), began, status);
+    Record(stage);
+    record_.reset();
   }
 
   static void SayItEndedUnwatched(JobFile& stage) {
@@ -334,6 +347,7 @@ class JobRun {
   }
 
   void Record(const JobFile& stage) {
+    isRecorded_ = true;
     if (setup_.recorded) setup_.recorded(stage, *record_);
   }
 
@@ -347,6 +361,7 @@ class JobRun {
   std::optional<Earlier> earlier_;
   bool mine_ = true;
   std::optional<RunRecord> record_;  // of the process that runs
+  bool isRecorded_ = false;          // the history will know of the job
 };
 
 // A job that was stopped before a solver of it ran has not failed either.

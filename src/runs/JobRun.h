@@ -45,8 +45,9 @@ struct JobRunSetup {
   // The solver of `stage` failed: whether its time step had collapsed before. As above.
   std::function<bool(const JobFile& stage, const RunRecord& record)> stepFell;
   // Writes down each run of a solver process: called when it is about to be started, with no
-  // process yet, when it has been started or taken over, and when it is judged. `stage` is the job,
-  // or the stage of it that runs. May be null.
+  // process yet, when it has been started or taken over, and when it is judged. One that ends
+  // before its solver is asked for is written down once, with its end. `stage` is the job, or the
+  // stage of it that runs. May be null.
   std::function<void(const JobFile& stage, const RunRecord& record)> recorded;
 
   // Positions the stages of forming jobs; null: nothing does.

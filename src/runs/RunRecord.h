@@ -25,11 +25,11 @@ struct RunRecord : RunResult {
   std::string jobFile;      // of the stage; empty for a restart job without one
   std::string restartFile;  // empty: none
   std::string program;      // path of the executable; empty: the command line's first word
-  std::string commandLine;
-  std::string folder;  // its current folder
+  std::string commandLine;  // empty: the run ended before its solver was asked for
+  std::string folder;       // its current folder
   // What its environment had beyond ours, but for the token.
   std::vector<std::pair<std::string, std::string>> variables;
-  int cpus = 0;              // asked for, all hosts together
+  int cpus = 0;  // that the command line asks for, all hosts together; 0: it does not say
   std::uint64_t memory = 0;  // megabytes; 0: the solver's choice
   // What else the job was told, for another run of it.
   std::string extraOptions;
@@ -52,6 +52,8 @@ struct RunRecord : RunResult {
   std::optional<std::int64_t> warnings;
   std::optional<std::int64_t> nodes;
   std::optional<std::int64_t> elements;
+
+  bool operator==(const RunRecord&) const = default;
 };
 
 // A request for a job that runs what this one ran, with what that was told.

@@ -23,14 +23,6 @@ std::string Masked(const std::string& text, const std::string& secret) {
   return Message(MessageId::kForeignWords, text).Without(secret).English();
 }
 
-int CpusOf(const JobFile& stage, const JobRunContext& context) {
-  const Settings& settings = context.settings;
-  if (settings.use_mpp && MppSolver(stage.GetSolverType()) != nullptr) {
-    return static_cast<int>(BuildHostList(settings, context.groupText).cpus);
-  }
-  return stage.ncpu < 1 ? settings.cpu_count : stage.ncpu;
-}
-
 void CountMessages(RunRecord& record, const JobFile& stage) {
   if (record.messageFile.empty()) return;
   AnalysisHooks hooks;
@@ -71,6 +63,21 @@ void CountModel(RunRecord& record, const JobFile& stage) {
 
 }  // namespace
 
+RunRecord RecordWithoutStart(const JobFile& stage, int index, std::int64_t started,
+                             JobStatus verdict) {
+  PTWrapperProcessStart start;
+  start.program = SolverProgram(stage.run->settings, stage.GetSolverType());
+  start.folder = stage.Folder();
+  start.token = PTWrapperProcess::NewToken();
+  RunRecord record = RecordOfStart(stage, index, start);
+  record.started = started;
+  record.ended = std::max(started, DateTimeWrapper::CurrentTime());
+  record.verdict = verdict;
+  record.cpus = 0;
+  static_cast<RunResult&>(record) = stage.Result();
+  return record;
+}
+
 RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessStart& start) {
   RunRecord record;
   record.started = DateTimeWrapper::CurrentTime();
@@ -82,7 +89,7 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
   record.commandLine = Masked(start.commandLine, stage.run->settings.inc_token);
   record.folder = start.folder;
   record.variables = start.variables;
-  record.cpus = CpusOf(stage, *stage.run);
+  record.cpus = CpusAskedFor(stage.GetSolverType(), *stage.run, start.commandLine);
   record.memory = stage.memory;
   record.extraOptions = Masked(stage.extraOptions, stage.run->settings.inc_token);
   record.ncpu = stage.ncpu;

@@ -7,6 +7,11 @@
 // Of a solver that is about to be started from `start`; `stage` is its job, `index` its place.
 RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessStart& start);
 
+// Of a stage that ended at `ended` before its solver was asked for; `started`: when its turn came.
+// It has a token nevertheless, which tells it from others.
+RunRecord RecordWithoutStart(const JobFile& stage, int index, std::int64_t started,
+                             JobStatus verdict);
+
 // The process of a run that has not ended by its record. Where the program died before it knew the
 // process, what was started with the token and works in the folder.
 ProcessIdentity ProcessOf(const RunRecord& record);

@@ -70,6 +70,10 @@ std::span<const SolverKindRow> SolverKinds();
 
 const SolverKindRow& RowOfKind(SolverKind kind);
 
+inline std::string NameOfKind(SolverKind kind) {
+  return RowOfKind(kind).name;
+}
+
 // Whether the path ends in one of the kind's endings.
 bool HasJobEnding(const SolverKindRow& row, const std::string& path);
 

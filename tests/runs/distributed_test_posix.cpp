@@ -60,6 +60,9 @@ TEST_F(DistributedTest, ADistributedRunGoesOnFromTheDumpsOfAllItsRanks) {
   SetLauncher(std::string("exec ") + kLauncher + " \"$@\"\n");
   context_.settings.mpi_param = "-n 2";
   const auto job = DynaJobWith("$ standin: dumps 4\n$ standin: run 5\n");
+  context_.settings.host_lines = {"here 9"};
+  int cpus = 0;
+  setup_.recorded = [&cpus](const JobFile&, const RunRecord& record) { cpus = record.cpus; };
   std::thread stopper([&] {
     EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "d3dump02.0000"); }));
     folder_.Write("d3dump03.0000", std::string(4096, ' '));  // the other rank did not come to it
@@ -68,6 +71,7 @@ TEST_F(DistributedTest, ADistributedRunGoesOnFromTheDumpsOfAllItsRanks) {
   EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
   stopper.join();
   EXPECT_EQ(job->RestartDump(), folder_ / "d3dump02");
+  EXPECT_EQ(cpus, 2) << "the ranks that it had, whatever the table of hosts says";
 
   const auto restart = DynaJob("");
   restart->restartFile = job->RestartDump();

@@ -9,6 +9,7 @@
 
 #include "record/History.h"
 #include "solvers/RestartDump.h"
+#include "solvers/SolverKinds.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
@@ -380,7 +381,8 @@ void HistoryWindow::ExportRows() {
       std::vector<RunRecord> runs;
       for (const std::size_t place : job->places) runs.push_back((*job->rows)[place].run);
       std::string why;
-      const bool written = FileDirWrapper::WriteFileWhole(job->path, HistoryCsv(runs), &why);
+      const std::string csv = HistoryCsv(runs, NameOfKind);
+      const bool written = FileDirWrapper::WriteFileWhole(job->path, csv, &why);
       const MutexLock lock(job->mutex);
       job->done = true;
       job->written = written;

@@ -354,6 +354,7 @@ constexpr TextRow kMore[] = {
     {"ui_past_not_exported", "%s cannot be written.\n%s", "无法写入 %s。\n%s"},
     {"ui_past_run", "The last run took %s on %s CPUs (%s)",
      "上次运行用时 %s，使用 %s 个 CPU（%s）"},
+    {"ui_past_run_time", "The last run took %s (%s)", "上次运行用时 %s（%s）"},
     {"ui_past_run_one", "The last run took %s on 1 CPU (%s)",
      "上次运行用时 %s，使用 1 个 CPU（%s）"},
     {"ui_find", "Find:", "查找："},

@@ -10,6 +10,8 @@
 struct ProcessIdentity {
   std::int32_t id = 0;
   std::string mark;  // empty: no such process
+
+  bool operator==(const ProcessIdentity&) const = default;
 };
 
 // Any thread. Of a process that has ended, also one that nobody has collected yet, no mark.
@@ -20,5 +22,9 @@ bool Runs(const ProcessIdentity& process);
 
 // The name of this machine, one word; the ids above mean nothing on another.
 std::string MachineName();
+
+// What stays when the machine is renamed: hexadecimal digits made of the system's own id, which
+// they do not tell; empty where it has none. Machines that are copies of one another may share it.
+std::string MachineId();
 
 #endif

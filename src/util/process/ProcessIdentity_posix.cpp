@@ -5,6 +5,7 @@
 
 #include "util/process/ProcessIdentity.h"
 #include "util/process/ProcessTable_posix.h"
+#include "util/process/SystemId.h"
 
 namespace {
 
@@ -21,6 +22,14 @@ ProcessIdentity IdentityOfProcess(std::int32_t id) {
   const std::optional<ProcessEntry> entry = id > 0 ? ReadProcess(id) : std::nullopt;
   if (!entry || !entry->IsAlive()) return {id, {}};
   return {id, boot + ":" + std::to_string(entry->key.start)};
+}
+
+std::string SystemId() {
+  std::string id;
+  for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
+    if (std::ifstream(path) >> id && id != "uninitialized") return id;
+  }
+  return {};
 }
 
 std::string MachineName() {

@@ -1,6 +1,9 @@
 #include <windows.h>
 
+#include <array>
+
 #include "util/process/ProcessIdentity.h"
+#include "util/process/SystemId.h"
 
 ProcessIdentity IdentityOfProcess(std::int32_t id) {
   ProcessIdentity identity{id, {}};
@@ -16,6 +19,15 @@ ProcessIdentity IdentityOfProcess(std::int32_t id) {
   }
   CloseHandle(process);
   return identity;
+}
+
+std::string SystemId() {
+  std::array<char, 64> id{};
+  DWORD size = id.size() - 1;
+  const LSTATUS status =
+      RegGetValueA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Cryptography", "MachineGuid",
+                   RRF_RT_REG_SZ | RRF_SUBKEY_WOW6464KEY, nullptr, id.data(), &size);
+  return status == ERROR_SUCCESS ? id.data() : std::string();
 }
 
 std::string MachineName() {
