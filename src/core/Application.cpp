@@ -295,7 +295,7 @@ int Application::Shutdown() {
   if (manager_) writer_->TakeBack();
   WriteFiles();
   stuck_ = manager_ && !manager_->Stop(-1);
-  if (record_) record_->End(settings_->Get().language != language);
+  if (record_) record_->End(IsToComeBack());
   if (reader_) reader_->RemoveApplied();
   if (!stuck_) firstCopy_.clear();
   return exitCode;

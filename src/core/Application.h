@@ -76,6 +76,8 @@ class Application {
 
   // What the queue remembers: runs before, the files that tell of them.
   const QueueRecord& Record() const { return *record_; }
+  // The queue is to be there again at the next start: the language has been changed.
+  bool IsToComeBack() const { return settings_->Get().language != language; }
   // Jobs run that the end of the program stops; false: it does not end after all.
   void EndStopsJobs(bool stops) { record_->EndStopsJobs(stops); }
 

@@ -112,6 +112,14 @@ bool JobIntake::Busy() const {
   return reading_ || !waiting_.empty();
 }
 
+int JobIntake::Waiting() const {
+  const MutexLock lock(mutex_);
+  const auto waiting = std::count_if(waiting_.begin(), waiting_.end(), [](const auto& request) {
+    return request.stageOf == JobId::kNone;
+  });
+  return static_cast<int>(waiting) + (reading_ && !readsStage_ ? 1 : 0);
+}
+
 void JobIntake::Drain() {
   MutexLock lock(mutex_);
   while (reading_ || !waiting_.empty()) lock.Wait(changed_);
@@ -134,6 +142,7 @@ bool JobIntake::TakeRequest(JobRequest& request, unsigned& burst) {
   request = std::move(waiting_.front());
   waiting_.pop_front();
   reading_ = true;
+  readsStage_ = request.stageOf != JobId::kNone;
   burst = burst_;
   return true;
 }

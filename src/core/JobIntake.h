@@ -31,6 +31,8 @@ class JobIntake {
   // yet stays in the record.
   void Close();
   bool Busy() const;
+  // The jobs that are asked for and not made yet.
+  int Waiting() const;
   // Waits until nothing is left to read. For tests and programs without a window.
   void Drain();
 
@@ -59,6 +61,7 @@ class JobIntake {
   std::condition_variable changed_;
   std::deque<JobRequest> waiting_ KR_GUARDED_BY(mutex_);
   bool reading_ KR_GUARDED_BY(mutex_) = false;
+  bool readsStage_ KR_GUARDED_BY(mutex_) = false;
   bool closed_ KR_GUARDED_BY(mutex_) = false;
   unsigned burst_ KR_GUARDED_BY(mutex_) = 0;  // counts the calls of Interrupt
   int done_ KR_GUARDED_BY(mutex_) = 0;        // of the requests since nothing was to do

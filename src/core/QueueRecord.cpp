@@ -6,7 +6,6 @@
 #include "runs/RunRecording.h"
 #include "solvers/SolverKinds.h"
 #include "util/process/ProcessIdentity.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -27,7 +26,9 @@ bool GoesOn(const JobImage& job) {
 void TakeEndOfStage(JobImage& job) {
   if (!job.run || !HasEnded(job.run->verdict) || job.run->stage < 0) return;
   const auto stage = static_cast<std::size_t>(job.run->stage);
-  if (stage < job.stages.size()) job.stages[stage].fields.status = job.run->verdict;
+  if (stage >= job.stages.size()) return;
+  job.stages[stage].fields.status = job.run->verdict;
+  job.stages[stage].fields.ended = job.run->ended;
 }
 
 // Its stages, if it has any.
@@ -147,7 +148,7 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
     for (const JobId id : session.groups[i].jobs) {
       const JobImage* const image = session.Find(id);
       if (image == nullptr) continue;
-      const std::shared_ptr<JobFile> job = Revived(*image);
+      const std::shared_ptr<JobFile> job = Revived(*image, session.last);
       groups[i]->AddJob(job);
       newJobs[id] = job->id;
       if (!GoesOn(*image)) continue;
@@ -163,8 +164,9 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
   }
 }
 
-// The job as it is to be in the list. One whose run goes on stays Running.
-std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
+// The job as it is to be in the list. One whose run goes on stays Running. `last`: when its session
+// was heard of last.
+std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image, std::int64_t last) const {
   TakeEndOfStage(image);
   const auto make = [this](SolverKind kind) { return RowOfKind(kind).makeJob(settings_.Get()); };
   const std::shared_ptr<JobFile> job = make(image.kind);
@@ -179,7 +181,7 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image) const {
   job->SetRunError(0, {});
   if (wasRunning && !image.run) {
     job->status = JobStatus::kAborted;
-    job->ended = DateTimeWrapper::CurrentTime();
+    job->ended = std::max(last, job->started);
     job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->MainFile()));
   } else if (wasRunning && (AllFinished(image) || image.run->verdict == JobStatus::kAborted)) {
     // It had ended, which nobody wrote down.
@@ -209,6 +211,7 @@ bool QueueRecord::HasTaken(const std::string& file) const {
 }
 
 void QueueRecord::End(bool resume) {
+  if (resume) writer_.KeepQueue();
   writer_.Put(change::SessionOver{resume, endStopsJobs_});
   Flush();
 }

@@ -99,7 +99,7 @@ class QueueRecord : public QueueObserver {
   void Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly);
   void RestoreSession(const SessionImage& session, JobGroupManager& manager, JobIntake& intake,
                       bool isUntouched, std::vector<Resumed>& resumed);
-  std::shared_ptr<JobFile> Revived(JobImage image) const;
+  std::shared_ptr<JobFile> Revived(JobImage image, std::int64_t last) const;
 
   SettingsAndPaths& settings_;
   RecordWriter writer_;

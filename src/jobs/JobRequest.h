@@ -24,6 +24,8 @@ struct JobRequest {
   int groupId = 0;  // 0: the group that is current when the request is added
   // The deck becomes the last stage of this job instead of a job of its own.
   JobId stageOf = JobId::kNone;
+
+  bool operator==(const JobRequest&) const = default;
 };
 
 // A request with the settings' pause and CPU count.

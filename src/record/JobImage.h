@@ -28,6 +28,7 @@ struct JobImage : RunResult {
   std::vector<JobImage> stages;
 
   void Set(const JobProgress& progress);
+  bool operator==(const JobImage&) const = default;
 };
 
 // With the lock of the job's list held.

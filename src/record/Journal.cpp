@@ -78,7 +78,7 @@ std::string Word(const std::string& text) {
 
 std::string Title(const JournalName& name, std::size_t count) {
   return "kestrun " + name.kind + ' ' + std::to_string(kVersion) + ' ' + Word(name.machine) + ' ' +
-         std::to_string(count);
+         std::to_string(count) + ' ' + Word(name.id);
 }
 
 JournalText::State StateOfTitle(std::string_view title, const JournalName& name,
@@ -112,6 +112,23 @@ bool ReadJournalBytes(const std::string& path, std::string& bytes) {
   }
   bytes.resize(done);
   return true;
+}
+
+std::string MachineIdOfJournal(const std::string& path, const std::string& kind) {
+  constexpr std::size_t kMostTitle = 1024;
+  constexpr int kWordsBefore = 5;
+  InputFile file;
+  if (!file.Open(path)) return {};
+  std::string bytes(kMostTitle, '\0');
+  const std::ptrdiff_t read = file.Read(bytes.data(), bytes.size());
+  bytes.resize(static_cast<std::size_t>(std::max<std::ptrdiff_t>(read, 0)));
+  const std::optional<std::string_view> title = RecordAt(bytes);
+  std::size_t count = 0;
+  if (!title || StateOfTitle(*title, {kind, {}}, count) != JournalText::State::kWhole) return {};
+  std::istringstream words{std::string(*title)};
+  std::string word;
+  for (int i = 0; i < kWordsBefore; ++i) words >> word;
+  return words >> word && word != "-" ? word : std::string();
 }
 
 JournalText ReadJournalText(std::string_view bytes, const JournalName& name) {

@@ -1,9 +1,9 @@
 // A file of small checked records that only grows, and is written anew as a short one now and then.
 //
 // Each record is a line: its length and its CRC-32, eight hexadecimal digits each, then its text.
-// The first one says what the file is: "kestrun KIND VERSION MACHINE COUNT", where so many records
-// follow that were written together with it. Records that a crash has torn are at the end and fail
-// their checks; what stands from there on is not read.
+// The first one says what the file is: "kestrun KIND VERSION MACHINE COUNT ID", where so many
+// records follow that were written together with it; older files have no ID. Records that a crash
+// has torn are at the end and fail their checks; what stands from there on is not read.
 #ifndef KR_RECORD_JOURNAL_H
 #define KR_RECORD_JOURNAL_H
 
@@ -18,6 +18,7 @@
 struct JournalName {
   std::string kind;     // one word
   std::string machine;  // one word; "" is written as "-"
+  std::string id = {};  // of the machine, the same
 };
 
 // What a file's bytes are.
@@ -33,6 +34,9 @@ struct JournalText {
   std::size_t end = 0;                    // of the last record that is whole, in bytes
 };
 JournalText ReadJournalText(std::string_view bytes, const JournalName& name);
+
+// Under which id of a machine the file was written; empty when it has none, or is no such journal.
+std::string MachineIdOfJournal(const std::string& path, const std::string& kind);
 
 std::string JournalLine(std::string_view record);
 

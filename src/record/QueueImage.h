@@ -97,6 +97,8 @@ struct GroupImage {
   std::string name;
   std::string text;
   std::vector<JobId> jobs;
+
+  bool operator==(const GroupImage&) const = default;
 };
 
 struct SessionImage {
@@ -112,6 +114,7 @@ struct SessionImage {
   // The next session has something to restore: jobs that had not ended; after a crash, any.
   bool IsLeft() const;
   const JobImage* Find(JobId job) const;
+  bool operator==(const SessionImage&) const = default;
 };
 
 struct QueueImage {
@@ -121,6 +124,7 @@ struct QueueImage {
 
   void Apply(const QueueChange& change);
   void Apply(QueueChange&& change);
+  bool operator==(const QueueImage&) const = default;
 };
 
 // Changes that were written together, as one record. They count all or not at all.

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "messages/Message.h"
+
 inline constexpr char kQueueKind[] = "queue";
 inline constexpr char kHistoryKind[] = "history";
 
@@ -12,9 +14,16 @@ struct RecordFiles {
   std::string history;
   std::string lock;  // held by who writes them
   std::string machine;
+  std::string machineId;  // MachineId()
 };
 
 // In the folder, for this machine alone: machines may share a home.
 RecordFiles RecordFilesIn(const std::string& folder);
+
+// A machine that has got another name goes on with what it wrote under its old one: where it has no
+// file of its own and just one other has its id, that one is renamed, unless a copy of the program
+// holds it. `note` hears of that, and of files among which it cannot choose. Changes nothing
+// where the id is not known.
+void TakeFilesOfOldName(const RecordFiles& files, const MessageSink& note);
 
 #endif

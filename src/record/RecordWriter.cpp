@@ -22,8 +22,10 @@ RecordWriter::RecordWriter(RecordFiles files, MessageSink report, MessageSink no
     : files_(std::move(files)),
       report_(std::move(report)),
       note_(std::move(note)),
-      queue_(files_.queue, {kQueueKind, files_.machine}),
-      history_(files_.history, {kHistoryKind, files_.machine}) {}
+      queue_(files_.queue, {kQueueKind, files_.machine, files_.machineId},
+             MessageId::kRecordNotWritten, MessageId::kRecordWritable),
+      history_(files_.history, {kHistoryKind, files_.machine, files_.machineId},
+               MessageId::kHistoryNotWritten, MessageId::kHistoryWritable) {}
 
 RecordWriter::~RecordWriter() {
   {
@@ -55,6 +57,7 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
     report_(Message(MessageId::kRecordBusy, files_.queue));
     return {};
   }
+  TakeFilesOfOldName(files_, note_);
   QueueImage before;
   const Journal::Found found =
       queue_.journal.Read([&](std::string_view record) { return ApplyRecord(record, before); });
@@ -67,7 +70,10 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
   TellFound(history_, history);
   if (history != Journal::Found::kRecords) unwrittenHistory_ = runs;
   unlearned_ = std::move(runs);
-  if (!keepQueue) before = {};
+  if (!keepQueue) {
+    before.left.clear();
+    if (!before.now.resume) before = {};
+  }
   image_ = before;
   image_.Apply(change::SessionBegins());
   image_.now.last = DateTimeWrapper::CurrentTime();
@@ -113,6 +119,10 @@ void RecordWriter::Release() {
     if (holds_ > 0) --holds_;
   }
   changed_.notify_all();
+}
+
+void RecordWriter::KeepQueue() {
+  keepQueue_ = true;
 }
 
 bool RecordWriter::Flush(std::chrono::milliseconds limit) {
@@ -163,6 +173,7 @@ bool RecordWriter::IsOwed() const {
 // The first round writes the session's beginning, whatever was put, once nothing is held.
 void RecordWriter::Work() {
   std::uint64_t taken = 0;
+  bool keptQueue = keepQueue_;
   for (bool begun = false;; begun = true) {
     std::vector<QueueChange> changes;
     std::vector<RunRecord> runs;
@@ -190,7 +201,11 @@ void RecordWriter::Work() {
       }
     }
     const bool tryAgain = end || tryNow || Clock::now() - tried_ >= kBetweenTries;
-    if (keepQueue_) {
+    const bool keepsQueue = keepQueue_;
+    if (keepsQueue && !keptQueue) queue_.broken = true;
+    keptQueue = keepsQueue;
+    Apply(changes);
+    if (keepsQueue) {
       WriteQueue(changes, tryAgain);
     } else if (queue_.broken && tryAgain) {
       DropQueue();
@@ -220,27 +235,27 @@ void RecordWriter::Mend(Target& target, const std::vector<std::string>& records)
   if (target.journal.Rewrite(records)) {
     target.broken = target.dirty = false;
     target.records = records.size();
-    if (target.told) note_(Message(MessageId::kRecordWritable, target.journal.Path()));
+    if (target.told) note_(Message(target.works, target.journal.Path()));
     target.told = false;
     return;
   }
   target.broken = true;
   tried_ = Clock::now();
-  if (queue_.told || history_.told) return;  // what keeps one from being written keeps both
-  report_(Message(MessageId::kRecordNotWritten, target.journal.Path()));
+  if (target.told) return;
+  report_(Message(target.fails, target.journal.Path()));
   target.told = true;
+}
+
+void RecordWriter::Apply(const std::vector<QueueChange>& changes) {
+  for (const QueueChange& change : changes) image_.Apply(change);
+  if (!changes.empty()) image_.now.last = DateTimeWrapper::CurrentTime();
 }
 
 void RecordWriter::WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain) {
   const bool wasBroken = queue_.broken;
-  if (!changes.empty()) {
-    const std::int64_t now = DateTimeWrapper::CurrentTime();
-    for (const QueueChange& change : changes) image_.Apply(change);
-    image_.now.last = now;
-    if (!wasBroken) {
-      queue_.broken = !queue_.journal.Append(RecordOf(changes, now));
-      queue_.dirty = true;
-    }
+  if (!changes.empty() && !wasBroken) {
+    queue_.broken = !queue_.journal.Append(RecordOf(changes, image_.now.last));
+    queue_.dirty = true;
   }
   const bool isLong = queue_.journal.Size() > 2 * queue_.journal.SnapshotSize() + kSpareBytes;
   const bool mend = queue_.broken ? !wasBroken || tryAgain : isLong;

@@ -21,8 +21,8 @@
 
 // Takes changes from any thread, which costs it a lock and a move, and never waits for the disk.
 // What was put is written within some milliseconds and on the disk within half a second. Where it
-// cannot be written it is kept and tried again every few seconds; that is reported once, and noted
-// when it works again.
+// cannot be written it is kept and tried again every few seconds; that is reported once for each
+// file, and noted when it works again.
 class RecordWriter {
  public:
   RecordWriter(RecordFiles files, MessageSink report, MessageSink note);
@@ -32,8 +32,8 @@ class RecordWriter {
   RecordWriter& operator=(const RecordWriter&) = delete;
 
   // Reads the record and begins a session of it. Once, before anything is put. What it gives is the
-  // record as the last session left it. `keepQueue` false: the queue is neither read nor written,
-  // and what the file has of it is dropped.
+  // record as the last session left it. `keepQueue` false: the queue is not written, and what the
+  // file has of it is dropped; of the last session only one that wanted to be restored is read.
   QueueImage Begin(bool keepQueue);
 
   // Each counts whole or not at all, and so does what is put between Hold and Release.
@@ -42,6 +42,8 @@ class RecordWriter {
   void PutRun(const RunRecord& run);  // for the history
   void Hold();
   void Release();
+  // From now on the queue is written in any case.
+  void KeepQueue();
 
   // Waits until what was put is on the disk. False when it is not by then; at once when it is known
   // that it cannot be written.
@@ -69,11 +71,14 @@ class RecordWriter {
 
   // One file with what has to be in it; the writer's thread.
   struct Target {
-    explicit Target(const std::string& path, JournalName name) : journal(path, std::move(name)) {}
+    Target(const std::string& path, JournalName name, MessageIdFor<std::string> fails,
+           MessageIdFor<std::string> works)
+        : journal(path, std::move(name)), fails(fails), works(works) {}
     Journal journal;
-    bool broken = true;  // to be written anew
-    bool dirty = false;  // not on the disk yet
-    bool told = false;   // the user knows that it is broken
+    const MessageIdFor<std::string> fails, works;  // said of it
+    bool broken = true;                            // to be written anew
+    bool dirty = false;                            // not on the disk yet
+    bool told = false;                             // the user knows that it is broken
     std::uint64_t records = 0;
   };
 
@@ -82,6 +87,7 @@ class RecordWriter {
   bool IsBroken() const { return queue_.broken || history_.broken; }
   bool IsOwed() const;
   bool WaitFor(std::uint64_t RecordWriter::*done, std::chrono::milliseconds limit);
+  void Apply(const std::vector<QueueChange>& changes);
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
   void DropQueue();
   void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
@@ -95,7 +101,7 @@ class RecordWriter {
   const MessageSink report_;
   const MessageSink note_;
   FileLock lock_;
-  bool keepQueue_ = true;
+  std::atomic<bool> keepQueue_ = true;
 
   // The writer's thread, once it runs.
   Target queue_;

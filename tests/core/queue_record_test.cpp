@@ -2,16 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include "core/QueueUndo.h"
+#include <filesystem>
+
 #include "CoreFixture.h"
+#include "core/QueueUndo.h"
+#include "record/History.h"
 #include "support/Standin.h"
 #include "util/process/ProcessIdentity.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
 // The program from a start to its end, which is a crash unless it says otherwise.
 struct Session {
   explicit Session(const char* title) : settings(title) {
+    settings.ReadSettings();
     settings.SetSolverPath(SolverKind::kLsDynaSingle, StandinSolver());
     settings.Set(&Settings::pause_time, 0);
     record.Begin();
@@ -177,6 +182,8 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
     request.groupId = session.manager.GroupAt(group)->Id();
     request.stageOf = stageOf;
     request.dump = false;
+    request.extraOptions = "jobid=x";
+    request.memory = 77;
     return session.intake.Add(request);
   };
   Stopper stopper;
@@ -192,6 +199,7 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
     });
     EXPECT_TRUE(WaitUntil([&] { return stopper.calls > 0; }));
     EXPECT_TRUE(WaitUntil([&] { return first->record.IsSafe(); }));
+    EXPECT_EQ(first->intake.Waiting(), 2) << "a stage is no job";
     first->intake.Close();
     stopper.stops = false;
     first->record.End(false);
@@ -207,6 +215,11 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
                      "Second: " + home_ / "a.k" + " Queued " + home_ / "b.k" + " Queued"}));
     const auto groups = {second->manager.GroupAt(0), second->manager.GroupAt(1)};
     EXPECT_EQ(JobIn(**groups.begin(), (*groups.begin())->JobIds()[0])->stages.size(), 1U);
+    second->manager.GroupAt(1)->ReadJobs([](const JobFile& job) {
+      EXPECT_EQ(job.extraOptions, "jobid=x");
+      EXPECT_EQ(job.memory, 77U);
+      EXPECT_FALSE(dynamic_cast<const JobFileDyna&>(job).dump);
+    });
     second->manager.SetObserver(&stopper);
     stopper.calls = 0;
     stopper.stops = true;
@@ -279,14 +292,88 @@ TEST_F(QueueRecordTest, TheSettingKeepsNothingAndALanguageWantsItsSessionBack) {
     second->settings.Set(&Settings::keep_jobs, 0);
     second->settings.WriteSettings();
   }
-  SettingsAndPaths settings(kTitle);
-  settings.ReadSettings();
-  {
-    QueueRecord record(settings);
-    record.Begin();
-    EXPECT_EQ(record.Left().Jobs(), 0);
+  for (const bool wanted : {false, true}) {
+    {
+      const auto kept = Start();
+      EXPECT_EQ(kept->record.Left().Jobs(), 0) << "not even once more";
+      EXPECT_FALSE(kept->record.WantsRestore());
+      kept->Add("c.k");
+      kept->record.End(wanted);
+    }
+    const auto next = Start();
+    EXPECT_EQ(next->record.WantsRestore(), wanted);
+    next->record.RestoreWanted(next->manager, next->intake);
+    EXPECT_EQ(next->Queue(), Queue{wanted ? "Group1: c.k Queued" : "Group1:"});
+    next->record.End(false);
   }
-  EXPECT_EQ(Start()->record.Left().Jobs(), 0);
+}
+
+// The groups of both, and what had not been read yet, beside what is there already.
+TEST_F(QueueRecordTest, SeveralSessionsComeBackIntoTheGroupsOfTheirNames) {
+  const auto ask = [this](Session& session, const char* deck, int group) {
+    JobRequest request = MakeJobRequest(session.settings.Get());
+    request.jobFile = Deck(deck);
+    request.groupId = session.manager.GroupAt(group)->Id();
+    session.intake.Add(request);
+  };
+  Stopper stopper;
+  const auto crash = [&](const char* group, const std::string& name) {
+    stopper.stops = true;
+    stopper.calls = 0;
+    const auto session = Start();
+    session->manager.AddGroup(group);
+    session->manager.SetObserver(&stopper);
+    session->Add(name + "1");
+    session->Add(name + "2", JobStatus::kQueued, session->manager.GroupCount() - 1);
+    ask(*session, (name + ".k").c_str(), session->manager.GroupCount() - 1);
+    EXPECT_TRUE(WaitUntil([&] { return stopper.calls > 0; }));
+    session->record.Flush();
+    session->intake.Close();
+    stopper.stops = false;
+  };
+  crash("A", "a");
+  crash("B", "b");
+  const auto third = Start();
+  EXPECT_EQ(third->record.Left().queued, 6);
+  third->Add("c.k", JobStatus::kQueued, 2);
+  third->record.Restore(third->manager, third->intake);
+  third->intake.Drain();
+  EXPECT_EQ(third->Queue(),
+            (Queue{"Group1: a1 Queued b1 Queued", "A: a2 Queued " + home_ / "a.k" + " Queued",
+                   "B: c.k Queued b2 Queued " + home_ / "b.k" + " Queued"}));
+}
+
+// The writer's thread hangs, as on a server that does not answer.
+TEST_F(QueueRecordTest, ARestoreDoesNotWaitForTheDisk) {
+  {
+    const auto first = Start();
+    for (int i = 0; i < 3; ++i) first->Add("a.k");
+    const auto job = first->Add(Deck("a/deck.k"), JobStatus::kRunning);
+    first->record.RunRecorded(job->id, RunOf(*job, 1, "another start"));
+  }
+  SettingsAndPaths settings(kTitle);
+  QueueRecord record(settings);
+  const std::vector<std::unique_ptr<JobSolver>> solvers = MakeQuickSolvers();
+  JobGroupManager manager(settings, solvers, &record);
+  JobIntake intake(manager);
+  std::atomic<bool> hangs = false, goesOn = false;
+  settings.Log().SetListener([&](const Message& message) {
+    if (message.Id() != MessageId::kRecordNotWritten) return;
+    hangs = true;
+    while (!goesOn) std::this_thread::yield();
+  });
+  std::filesystem::create_directories(record.Files().queue + ".new/full");
+  record.Begin();
+  manager.AddGroup("Group1");
+  record.GroupsMade();
+  EXPECT_TRUE(WaitUntil([&] { return hangs.load(); }));
+  const auto begin = std::chrono::steady_clock::now();
+  record.Restore(manager, intake);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_EQ(manager.GroupAt(0)->JobCount(), 4);
+  goesOn = true;
+  EXPECT_TRUE(WaitUntil([&] { return !manager.GroupAt(0)->Running(); }));
+  settings.Log().SetListener(nullptr);
 }
 
 // An id that another program has now is not the solver.
@@ -308,6 +395,83 @@ TEST_F(QueueRecordTest, ASolverThatIsGoneIsJudgedByItsFiles) {
     EXPECT_EQ(job.started, 1000);
     EXPECT_FALSE(job.RunMessage().Empty());
   });
+}
+
+// Also where a clock was set back while it ran.
+TEST_F(QueueRecordTest, TheRowOfARunThatNobodyWatchedHasTheTimesOfItsHistory) {
+  const auto begin = [this](const std::string& name, std::int64_t started) {
+    const auto session = Start();
+    auto job = std::make_shared<JobFileDyna>(session->settings.Get());
+    job->jobFile = DeckOf(name, "");
+    job->status = JobStatus::kRunning;
+    job->started = started - 500;
+    for (const JobStatus status : {JobStatus::kFinished, JobStatus::kRunning}) {
+      job->stages.push_back(std::make_shared<JobFileDyna>(session->settings.Get()));
+      job->stages.back()->jobFile = job->jobFile;
+      job->stages.back()->status = status;
+      job->stages.back()->started = started - 100;
+    }
+    session->manager.GroupAt(0)->AddJob(job);
+    RunRecord run = RunOf(*job, 1, "another start");
+    run.stage = 1;
+    run.started = started;
+    session->record.RunRecorded(job->id, run);
+  };
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  for (const std::int64_t started : {now - 5000, now + 5000}) {
+    const std::string name = std::to_string(started);
+    begin(name, started);
+    const std::string messages =
+        home_.Write(name + "/messag", " N o r m a l    t e r m i n a t i o n\n");
+    std::filesystem::last_write_time(
+        messages, std::filesystem::last_write_time(messages) - std::chrono::seconds(1000));
+    const auto second = Start();
+    second->record.Restore(second->manager, second->intake);
+    const auto group = second->manager.GroupAt(0);
+    ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+    second->record.Flush();
+    const RecordFiles& files = second->record.Files();
+    const RunRecord last = ReadHistory(files.history, files.machine).back();
+    const JobFile& job = *JobIn(*group, group->JobIds()[0]);
+    EXPECT_EQ(job.status, JobStatus::kFinished) << job.RunMessage().English();
+    EXPECT_EQ(job.started, started - 500);
+    EXPECT_EQ(job.stages[1]->started, started - 100);
+    EXPECT_EQ(last.started, started);
+    EXPECT_EQ(last.verdict, JobStatus::kFinished);
+    EXPECT_EQ(job.ended, last.ended);
+    EXPECT_EQ(job.stages[1]->ended, last.ended);
+    if (started < now) {
+      EXPECT_NEAR(static_cast<double>(last.ended), static_cast<double>(now - 1000), 60);
+    }
+    second->record.End(false);
+  }
+}
+
+TEST_F(QueueRecordTest, ARunThatEndsBeforeItsSolverIsAskedForIsInTheHistory) {
+  const auto session = Start();
+  const std::vector<std::string> decks = {home_ / "gone.k", home_ / "gone2.k"};
+  for (const std::string& deck : decks) session->Add(deck);
+  const auto group = session->manager.GroupAt(0);
+  ASSERT_TRUE(group->Submit());
+  ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+  const auto old = session->Add(DeckOf("old", ""));
+  old->stages.push_back(std::make_shared<JobFileDyna>(session->settings.Get()));
+  old->firstStage = 1;
+  ASSERT_TRUE(group->Submit());
+  ASSERT_TRUE(WaitUntil([&] { return !group->Running(); }));
+  session->record.Flush();
+  const RecordFiles& files = session->record.Files();
+  const std::vector<RunRecord> runs = ReadHistory(files.history, files.machine);
+  ASSERT_EQ(runs.size(), 3U) << "also of one second";
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const JobFile& job = *JobIn(*group, group->JobIds()[i]);
+    EXPECT_EQ(runs[i].jobFile, job.jobFile);
+    EXPECT_EQ(runs[i].verdict, JobStatus::kAborted);
+    EXPECT_EQ(runs[i].reason, job.RunMessage());
+    EXPECT_FALSE(runs[i].reason.Empty());
+    EXPECT_EQ(runs[i].ended, job.ended);
+    EXPECT_EQ(runs[i].folder, job.Folder());
+  }
 }
 
 // The jobs of an earlier session may come back long after the group was stopped.

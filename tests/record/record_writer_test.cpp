@@ -51,7 +51,9 @@ TEST_F(RecordWriterTest, TheNextSessionFindsWhatThisOneDid) {
     EXPECT_TRUE(writer->Flush(20s));
     EXPECT_EQ(std::filesystem::file_size(files_.queue), writer->QueueBytes());
   }
-  EXPECT_EQ(TextOf(Writer()->Begin(true)), TextOf(model));
+  QueueImage read = Writer()->Begin(true);
+  read.now.last = model.now.last;
+  EXPECT_TRUE(read == model);
   EXPECT_TRUE(Said().empty());
 #ifndef _WIN32
   using std::filesystem::perms;
@@ -178,12 +180,63 @@ TEST_F(RecordWriterTest, KeepsTheNewestRunsEachOnce) {
     writer->PutRun(run);
     run.verdict = JobStatus::kAborted;
     writer->PutRun(run);
+    run.token = "of the same second";
+    run.solver = SolverKind::kVorel;
+    writer->PutRun(run);
   }
   const std::vector<RunRecord> runs = ReadHistory(files_.history, files_.machine);
-  ASSERT_EQ(runs.size(), 2U);
+  ASSERT_EQ(runs.size(), 3U);
   EXPECT_EQ(runs[1].verdict, JobStatus::kAborted);
+  const auto name = [](SolverKind kind) {
+    return kind == SolverKind::kVorel ? "One, \"step\"" : "Other";
+  };
+  const std::string csv = HistoryCsv(runs, name);
+  EXPECT_TRUE(csv.ends_with(",\"One, \"\"step\"\"\"\n")) << csv;
+  EXPECT_NE(HistoryJson(runs, name).find("\"solver\": \"Other\""), std::string::npos);
   EXPECT_EQ(runs[1].filesBefore, "");
   EXPECT_FALSE(FileDirWrapper::FileExists(files_.queue)) << "nothing of the queue was wanted";
+}
+
+// Also of files that have no id, as they were written once.
+TEST_F(RecordWriterTest, AMachineThatWasRenamedGoesOnWithItsRecord) {
+  if (files_.machineId.empty()) GTEST_SKIP() << "this machine has no id";
+  const auto begin = [this] {
+    const auto writer = Writer();
+    const std::size_t groups = writer->Begin(true).now.groups.size();
+    writer->Put(change::GroupSet{1, "A", ""});
+    writer->PutRun({});
+    return groups;
+  };
+  const auto rename = [this](const std::string& file, const char* machine) {
+    std::string other = file;
+    other.replace(other.find(files_.machine), files_.machine.size(), machine);
+    std::filesystem::rename(file, other);
+    return other;
+  };
+  begin();
+  rename(files_.queue, "old");
+  rename(files_.history, "old");
+  EXPECT_EQ(begin(), 1U);
+  EXPECT_EQ(ReadHistory(files_.history, "").size(), 1U);
+  EXPECT_EQ(noted_, std::vector(2, MessageId::kRecordOfOldName));
+
+  const std::string one = rename(files_.queue, "one");
+  EXPECT_EQ(begin(), 1U);
+  std::filesystem::copy(files_.queue, one);
+  const std::string two = rename(files_.queue, "two");
+  EXPECT_EQ(begin(), 0U) << "which one is it?";
+  EXPECT_EQ(noted_.back(), MessageId::kRecordOfWhichName);
+
+  for (const std::string& path : {one, files_.queue}) std::filesystem::remove(path);
+  const std::string text = TempFolder::Read(two);
+  for (const std::string id : {"", " -", " another"}) {
+    std::ofstream(two, std::ios::binary)
+        << JournalLine("kestrun queue 1 two 0" + id) << text.substr(text.find('\n') + 1);
+    Journal journal(two, {kQueueKind, "two"});
+    EXPECT_EQ(journal.Read([](std::string_view) { return true; }), Journal::Found::kRecords);
+    EXPECT_EQ(begin(), 0U) << "nobody knows whose it is";
+    std::filesystem::remove(files_.queue);
+  }
 }
 
 TEST_F(RecordWriterTest, KnowsWhatTheNewestGoodRunOfADeckTook) {

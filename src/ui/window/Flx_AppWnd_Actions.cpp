@@ -499,16 +499,19 @@ void Flx_AppWnd::ForgetLeft() {
   redraw();
 }
 
-// What becomes of the queued jobs when the program ends; empty when there are none.
+// What becomes of the queued jobs when the program ends, and of decks that are still being read;
+// empty when there are none.
 std::string Flx_AppWnd::FateOfQueued() const {
   static const char* const kKeys[] = {"ui_exit_lost", "ui_exit_offered", "ui_exit_restored"};
   JobGroupManager& manager = application_.Manager();
-  int queued = 0;
+  int queued = application_.Intake().Waiting();
   for (int at = 0; at < manager.GroupCount(); ++at) {
     queued += Count(*manager.GroupAt(at)).of[JobStatus::kQueued];
   }
   if (queued == 0) return {};
-  const int keep = std::clamp(application_.SettingsAndFiles().Get().keep_jobs, 0, 2);
+  const int keep = application_.IsToComeBack()
+                       ? QueueRecord::kAtOnce
+                       : std::clamp(application_.SettingsAndFiles().Get().keep_jobs, 0, 2);
   return texts_.Format(kKeys[keep], std::to_string(queued)) + "\n";
 }
 
