@@ -3,8 +3,11 @@
 #define KR_TESTS_RECORD_RANDOMQUEUE_H
 
 #include <algorithm>
+#include <concepts>
+#include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "record/QueueImage.h"
@@ -57,10 +60,8 @@ class RandomQueue {
         [[fallthrough]];
       case 12: {
         JobRequest request;
+        Set(request);
         request.id = static_cast<JobId>((lastJob_ += 3) + Number(0, 1));
-        request.kind = static_cast<SolverKind>(Number(0, 4));
-        request.jobFile = Text();
-        request.stageOf = AnyJob();
         return change::JobRequested{request};
       }
       case 13:
@@ -73,7 +74,6 @@ class RandomQueue {
   JobImage Job() {
     JobImage job;
     job.id = static_cast<JobId>(lastJob_ += 3);
-    job.kind = static_cast<SolverKind>(Number(0, 4));
     Set(job);
     for (unsigned i = 1; i <= Number(0, 2); ++i) {
       JobImage stage;
@@ -86,23 +86,74 @@ class RandomQueue {
 
   RunRecord Run() {
     RunRecord run;
-    run.started = Number(0, 2000000000);
-    run.commandLine = Text();
-    run.folder = Text();
-    run.variables = {{"A", Text()}, {"B", ""}};
-    run.process = {static_cast<std::int32_t>(Number(0, 99999)), Text()};
-    run.machine = Text();
-    run.reason = Reason();
-    if (Number(0, 1) == 1) run.exitCode = -3;
-    if (Number(0, 1) == 1) run.nodes = 0;
-    if (Number(0, 1) == 1) run.dumpsBefore = 0;
-    run.restartDump = Text();
-    run.lastWords = Reason();
-    run.verdict = static_cast<JobStatus>(Number(0, 4));
+    Set(static_cast<RunResult&>(run));
+    Fill(run.started, run.stage, run.solver, run.jobFile, run.restartFile, run.program,
+         run.commandLine, run.folder, run.variables, run.cpus, run.memory, run.extraOptions,
+         run.ncpu, run.pause, run.useSFile, run.dump, run.machine, run.process.id, run.process.mark,
+         run.token, run.filesBefore, run.dumpsBefore, run.ended, run.exitCode, run.verdict,
+         run.errors, run.warnings, run.nodes, run.elements);
+    static_assert(!HasMore<RunRecord>, "these are not all of its fields");
     return run;
   }
 
  private:
+  // Than a run's result and the fields above.
+  template <typename T>
+  static constexpr bool HasMore = requires {
+    T{{}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {},
+      {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}};
+  };
+
+  // Any value of a field.
+  void Set(bool& field) { field = Number(0, 1) == 1; }
+  template <std::integral T>
+  void Set(T& field) {
+    field = static_cast<T>(random_());
+  }
+  void Set(JobStatus& field) { field = static_cast<JobStatus>(Number(0, 4)); }
+  void Set(SolverKind& field) { field = static_cast<SolverKind>(Number(0, 4)); }
+  void Set(JobId& field) { field = AnyJob(); }
+  void Set(std::string& field) { field = Text(); }
+  void Set(Message& field) { field = Reason(); }
+  template <typename T>
+  void Set(std::optional<T>& field) {
+    field.reset();
+    if (Number(0, 1) == 1) Set(field.emplace());
+  }
+  template <typename T>
+  void Set(std::vector<T>& field) {
+    field.resize(Number(0, 2));
+    for (T& one : field) Set(one);
+  }
+  void Set(std::pair<std::string, std::string>& field) { Fill(field.first, field.second); }
+  template <typename... T>
+  void Fill(T&... fields) {
+    (Set(fields), ...);
+  }
+
+  // All fields: one more does not compile.
+  void Set(Failure& failure) {
+    auto& [kind, detail] = failure;
+    kind = static_cast<FailureKind>(Number(0, static_cast<int>(kLastFailureKind)));
+    Set(detail);
+  }
+  void Set(RunResult& result) {
+    auto& [a, b, c, d, e, f, g] = result;
+    Fill(a, b, c, d, e, f, g);
+  }
+  void Set(JobFields& job) {
+    auto& [a, b, c, d, e, f, g, h, i, j, k] = job;
+    Fill(a, b, c, d, e, f, g, h, i, j, k);
+  }
+  void Set(DynaFields& job) {
+    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m] = job;
+    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m);
+  }
+  void Set(JobRequest& request) {
+    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m] = request;
+    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m);
+  }
+
   unsigned Number(unsigned least, unsigned most) {
     return std::uniform_int_distribution<unsigned>(least, most)(random_);
   }
@@ -130,25 +181,15 @@ class RandomQueue {
   }
 
   JobProgress Progress() {
-    RunResult result{Text(), static_cast<int>(Number(0, 6)), Reason(), Text(), Reason()};
-    result.failure = {static_cast<FailureKind>(Number(0, static_cast<int>(kLastFailureKind))),
-                      static_cast<int>(Number(-5, 50000))};
-    return {std::move(result), static_cast<JobStatus>(Number(0, 4)), Number(0, 2000000000), 0};
+    JobProgress progress;
+    Set(static_cast<RunResult&>(progress));
+    Fill(progress.status, progress.started, progress.ended);
+    return progress;
   }
 
-  void Set(JobImage& job) {
-    job.fields.jobFile = Text();
-    job.fields.restartFile = Text();
-    job.fields.memory = random_();
-    job.fields.ncpu = -1;
-    job.fields.firstStage = static_cast<int>(Number(0, 2));
-    job.Set(Progress());
-    if (Number(0, 2) != 0) {
-      job.dyna.emplace();
-      job.dyna->dump = Number(0, 1) == 1;
-      job.dyna->solverType = static_cast<SolverKind>(Number(0, 2));
-      job.dyna->includes.assign(Number(0, 2), Text());
-    }
+  void Set(JobImage& job) {  // but for its name, its run and its stages
+    Fill(job.kind, job.fields, job.dyna);
+    Set(static_cast<RunResult&>(job));
   }
 
   std::mt19937 random_;
@@ -156,29 +197,5 @@ class RandomQueue {
   int lastGroup_ = 0;
   std::uint64_t lastJob_ = 0;
 };
-
-// Everything that an image holds, in one order: equal texts, equal images.
-inline std::string TextOf(const SessionImage& session) {
-  std::string text = std::to_string(session.current) + (session.over ? " over" : "") +
-                     (session.resume ? " resume" : "") + (session.stopped ? " stopped" : "") + '\n';
-  for (const GroupImage& group : session.groups) {
-    QueueImage one;
-    one.now.groups = {group};
-    for (const JobId job : group.jobs) one.now.jobs.emplace(job, *session.Find(job));
-    for (const std::string& record : SnapshotOf(one)) text += record + '\n';
-  }
-  QueueImage asked;
-  asked.now.requests = session.requests;
-  for (const std::string& record : SnapshotOf(asked)) text += record + '\n';
-  return text;
-}
-inline std::string TextOf(const QueueImage& image) {
-  std::string text;
-  for (const std::string& file : image.handedOver) text += file + '\n';
-  for (const SessionImage& session : image.left) {
-    text += "left " + std::to_string(session.last) + ' ' + TextOf(session);
-  }
-  return text + TextOf(image.now);
-}
 
 #endif
