@@ -109,8 +109,8 @@ void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
 bool JobGroup::Stop() {
   RequestStop();
   const Clock::time_point limit = Clock::now() + kStopLimit;
-  while (running_ && Clock::now() < limit) DateTimeWrapper::SleepMSec(kLookAgainMs);
-  return !running_;
+  while (Running() && Clock::now() < limit) DateTimeWrapper::SleepMSec(kLookAgainMs);
+  return !Running();
 }
 
 void JobGroup::RequestStop() {

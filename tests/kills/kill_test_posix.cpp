@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <random>
 #include <regex>
 #include <set>
@@ -17,8 +18,11 @@
 #include <thread>
 #include <vector>
 
+#include "support/ProcessesWith_posix.h"
 #include "support/ScopedVariable.h"
 #include "support/TempFolder.h"
+#include "support/VirtualDisplay_posix.h"
+#include "support/WaitUntil.h"
 
 namespace {
 
@@ -28,11 +32,14 @@ std::int64_t Milliseconds(Clock::time_point moment) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(moment.time_since_epoch()).count();
 }
 
-// A '*' of the model is any status. Once the program is gone, nothing waits or runs.
+// A '*' of the model is any status; so is that of a job that ran when it was restored, since its
+// solver may end. Once the program is gone, nothing waits.
 bool Matches(const std::string& is, const std::string& model) {
   if (is.size() != model.size()) return false;
   for (std::size_t i = 0; i < is.size(); ++i) {
-    if (is[i] != model[i] && model[i] != '*') return false;
+    const bool isAny =
+        model[i] == '*' || model.compare(i - std::min<std::size_t>(i, 1), 3, "|R}") == 0;
+    if (is[i] != model[i] && !isAny) return false;
   }
   return true;
 }
@@ -86,16 +93,54 @@ struct Round {
 
 class KillTest : public testing::Test {
  protected:
+  void SetUp() override { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+  void TearDown() override {
+    for (const ProcessKey& left : ProcessesWith(folder_.Path())) kill(left.pid, SIGKILL);
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+  }
+
+  // A copy of the user; its output goes into a file.
+  static pid_t Start(std::vector<std::string> arguments, const std::string& output) {
+    const pid_t user = fork();
+    if (user != 0) return user;
+    const int file = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(file, STDOUT_FILENO);
+    std::vector<char*> list;
+    arguments.insert(arguments.begin(), "queue_user");
+    for (std::string& argument : arguments) list.push_back(argument.data());
+    list.push_back(nullptr);
+    execv(KR_TEST_BIN_DIR "/queue_user", list.data());
+    _exit(127);
+  }
+
+  std::string SolverDeck(const std::string& name, const std::string& commands) {
+    std::filesystem::create_directory(folder_ / name);
+    return folder_.Write(name + "/deck.k", "*KEYWORD\n" + commands + "*END\n");
+  }
+  // Starts these solvers and is killed.
+  void RunSolversAndDie(const std::vector<std::string>& names) {
+    std::vector<std::string> arguments = {"solvers", folder_.Path()};
+    arguments.insert(arguments.end(), names.begin(), names.end());
+    const std::string output = folder_ / "output";
+    const pid_t user = Start(arguments, output);
+    EXPECT_TRUE(WaitUntil([&] { return TempFolder::Read(output) == "all run\n"; }));
+    kill(user, SIGKILL);
+    waitpid(user, nullptr, 0);
+  }
+  // What the next one says of them.
+  std::vector<std::string> WatchSolvers() {
+    const std::string output = folder_ / "output";
+    int status = -1;
+    waitpid(Start({"solvers", folder_.Path()}, output), &status, 0);
+    EXPECT_EQ(status, 0);
+    return ReadLines(output);
+  }
+
   Round Run(unsigned seed, std::chrono::milliseconds life) {
     const std::string output = folder_ / "output";
     FileDirWrapper::RemoveFile(output);
-    const pid_t user = fork();
-    if (user == 0) {
-      const int file = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-      dup2(file, STDOUT_FILENO);
-      execl(KR_TEST_BIN_DIR "/queue_user", "queue_user", std::to_string(seed).c_str(), nullptr);
-      _exit(127);
-    }
+    const pid_t user = Start({std::to_string(seed)}, output);
     // Some die while they start.
     const auto patience = Clock::now() + std::chrono::seconds(30);
     while (seed % 8 != 0 && TempFolder::Read(output).empty() && Clock::now() < patience) {
@@ -107,7 +152,8 @@ class KillTest : public testing::Test {
     kill(user, SIGKILL);
     int status = 0;
     waitpid(user, &status, 0);
-    while (waitpid(-1, nullptr, 0) > 0) {  // copies that it had started
+    while (waitpid(-1, nullptr, WNOHANG) > 0 || !ProcessesWith(folder_ / "h").empty()) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));  // copies that it had started
     }
     if (!WIFSIGNALED(status)) round.wrong = "it ended: " + std::to_string(WEXITSTATUS(status));
     std::istringstream lines(TempFolder::Read(output));
@@ -146,15 +192,16 @@ TEST_F(KillTest, WhatWasDoneUpToTheLastSecondIsRestored) {
   std::string deck = "*KEYWORD\n";
   while (deck.size() < 3'000'000) deck += "$ a line of a deck that takes some time to be read\n";
   folder_.Write("deck.k", deck + "*END\n");
-  prctl(PR_SET_CHILD_SUBREAPER, 1);
   std::vector<std::string> allowed = {};
   int restored = 0;
   int exact = 0;
+  int running = 0;
   for (int kill = 0; kill < kills; ++kill) {
     const auto seed = static_cast<unsigned>(random());
     const Round round = Run(seed, std::chrono::milliseconds(random() % 150));
     ASSERT_EQ(round.wrong, "") << "seed " << seed;
     if (round.ready.empty()) continue;
+    if (round.ready.find("|R}") != std::string::npos) ++running;
     if (!allowed.empty()) {
       const auto found = std::find_if(allowed.rbegin(), allowed.rend(), [&](const auto& model) {
         return Matches(round.ready, model);
@@ -173,11 +220,82 @@ TEST_F(KillTest, WhatWasDoneUpToTheLastSecondIsRestored) {
     }
   }
   EXPECT_GT(restored, kills / 4);
-  std::printf("%d kills, %d restored, %d of them up to the last two steps\n", kills, restored,
-              exact);
+  EXPECT_GT(running, 0);
+  EXPECT_LE(ProcessesWith(folder_ / "run").size(), 2U) << "a solver and its host";
+  std::printf("%d kills, %d restored, %d of them up to the last two steps, %d with a solver\n",
+              kills, restored, exact, running);
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.Path())) {
     EXPECT_EQ(entry.path().string().find(".kr.old"), std::string::npos) << entry.path();
   }
+}
+
+TEST_F(KillTest, SolversOfEveryKindAreFoundAndWatchedAndStopped) {
+  constexpr char kLauncher[] = "/usr/bin/mpiexec.hydra";
+  const bool hasMpi = FileDirWrapper::FileExists(kLauncher);
+  const VirtualDisplay display("640x480");
+  const ScopedVariable shown("DISPLAY", display.Name());
+  folder_.WriteProgram("mpiexec", std::string("#!/bin/sh\nexec ") + kLauncher + " \"$@\"\n");
+  const ScopedVariable path("PATH", folder_.Path() + ":" + std::getenv("PATH"));
+  SolverDeck("child", "$ standin: run 60\n$ standin: child\n$ standin: ignore-term\n");
+  SolverDeck("mpp", "$ standin: run 60\n");
+  SolverDeck("plain", "$ standin: run 5\n");
+  SolverDeck("ends", "$ standin: run 1\n");
+  std::vector<std::string> names = {"child", "mpp", "plain", "ends"};
+  if (!hasMpi) std::erase(names, "mpp");
+  RunSolversAndDie(names);
+  const auto count = [this](const char* name) {
+    return ProcessesWith("i=" + folder_ / name + "/deck.k").size();
+  };
+  EXPECT_EQ(!ProcessesWith("xterm").empty(), !display.Name().empty());
+  EXPECT_TRUE(!hasMpi || count("mpp") >= 4) << count("mpp");
+  const std::string child = TempFolder::Read(folder_ / "child/standin_child.pid");
+  ASSERT_NE(std::atoi(child.c_str()), 0);
+  const ProcessKey childKey = KeyOf(std::atoi(child.c_str()));
+  EXPECT_TRUE(IsProcessAlive(childKey));
+  EXPECT_TRUE(WaitUntil([&] { return count("ends") == 0; }));
+
+  std::vector<std::string> expected = {"child Aborted kNone", "mpp Aborted kNone",
+                                       "plain Finished kNone", "ends Finished kEndedUnwatched"};
+  if (!hasMpi) expected.erase(expected.begin() + 1);
+  EXPECT_EQ(WatchSolvers(), expected);
+  for (const std::string& name : names) EXPECT_EQ(count(name.c_str()), 0U) << name;
+  EXPECT_FALSE(IsProcessAlive(childKey)) << "in a session of its own";
+}
+
+// The next process has this id.
+bool SetNextProcessId(pid_t id) {
+  std::ofstream last("/proc/sys/kernel/ns_last_pid");
+  return static_cast<bool>(last << id - 1 << std::flush);
+}
+
+TEST_F(KillTest, AnotherProgramWithTheIdOfTheSolverIsLeftAlone) {
+  const std::string deck = SolverDeck("reused", "$ standin: run 60\n");
+  RunSolversAndDie({"reused"});
+  const auto solvers = ProcessesWith("i=" + deck);
+  ASSERT_FALSE(solvers.empty());
+  // Below a host the solver is the younger one.
+  const pid_t id = solvers.back().pid;
+  for (const ProcessKey& solver : solvers) kill(solver.pid, SIGKILL);
+  EXPECT_TRUE(WaitUntil([&] {
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    return ProcessesWith("i=" + deck).empty() &&
+           !FileDirWrapper::FileExists("/proc/" + std::to_string(id));
+  }));
+  if (!SetNextProcessId(id)) GTEST_SKIP() << "needs a space of processes of its own";
+  const pid_t other = fork();
+  if (other == 0) {
+    if (chdir((folder_ / "reused").c_str()) == 0)
+      execlp("sh", "sh", "-c", "sleep 60; :", ("i=" + deck).c_str(), nullptr);
+    _exit(127);
+  }
+  if (other != id) {
+    kill(other, SIGKILL);
+    GTEST_SKIP() << "somebody else has the id";
+  }
+  EXPECT_EQ(WatchSolvers(), std::vector<std::string>{"reused Aborted kEndedUnwatchedWith"});
+  EXPECT_EQ(waitpid(other, nullptr, WNOHANG), 0) << "it runs on";
+  kill(other, SIGKILL);
 }
 
 }  // namespace

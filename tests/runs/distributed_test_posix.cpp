@@ -6,7 +6,7 @@
 
 #include "RunFixture.h"
 #include "runs/FolderUse.h"
-#include "util/process/ProcessTable_posix.h"
+#include "support/ProcessesWith_posix.h"
 
 namespace {
 
@@ -79,35 +79,25 @@ TEST_F(DistributedTest, ADistributedRunGoesOnFromTheDumpsOfAllItsRanks) {
   EXPECT_NE(TempFolder::Read(folder_ / "mes0000.krb").find("1 t 4.0000E-01"), std::string::npos);
 }
 
-// The living processes with this word on their command lines.
-int CountRanks(const std::string& word) {
-  const std::optional<std::vector<ProcessEntry>> all = ListProcesses();
-  if (!all) return -1;
-  return static_cast<int>(std::count_if(all->begin(), all->end(), [&](const ProcessEntry& entry) {
-    const std::string path = "/proc/" + std::to_string(entry.key.pid) + "/cmdline";
-    return TempFolder::Read(path).find(word) != std::string::npos;
-  }));
-}
-
 TEST_F(DistributedTest, AnAbortEndsTheRanksOfALauncherThatHasDied) {
   if (!Exists(kLauncher)) GTEST_SKIP() << "MPICH's launcher is not installed";
   SetLauncher(std::string(kLauncher) +
               " \"$@\" &\nuntil test -e mes0001; do sleep 0.05; done\nkill -9 $$\n");
   context_.settings.mpi_param = "-n 2";
   const auto job = DynaJobWith("$ standin: run 60\n");
-  int ranks = 0;
+  std::size_t ranks = 0;
   std::thread stopper([&] {
     EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "mes0001"); }));
     EXPECT_TRUE(WaitUntil([&] { return !job->process.IsActive(); }));
-    ranks = CountRanks("i=" + job->jobFile);
+    ranks = ProcessesWith("i=" + job->jobFile).size();
     job->abort = true;
   });
   // The abort comes between the launcher's death and the run's next look at it.
   Solver(job->GetSolverType()).pollTime = std::chrono::seconds(3);
   EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
   stopper.join();
-  EXPECT_GE(ranks, 2);
-  EXPECT_EQ(CountRanks("i=" + job->jobFile), 0);
+  EXPECT_GE(ranks, 2U);
+  EXPECT_EQ(ProcessesWith("i=" + job->jobFile).size(), 0U);
 }
 
 TEST_F(DistributedTest, RanksThatOutliveTheirLauncherKeepTheFolder) {

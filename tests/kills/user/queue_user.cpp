@@ -1,14 +1,19 @@
-// A user at random, without a window: restores the queue that the record has, then adds, moves,
-// edits, submits and removes until somebody kills it. Prints what the queue is to be, a line each,
-// before it makes it so: milliseconds of the steady clock, then the queue. "ready" stands in front
-// of the first one, which is as it was restored. Ends by itself only when the queue is not what it
-// said.
+// A user at random, without a window: restores the queue that the record has and stops what still
+// runs, then adds, moves, edits, submits, runs, stops and removes until somebody kills it. Prints
+// what the queue is to be, a line each, before it makes it so: milliseconds of the steady clock,
+// then the queue. "ready" stands in front of the first one, which is as it was restored. Ends by
+// itself only when the queue is not what it said.
 //
 // Beside that, second copies hand it decks, which take some time to be read. Of such a deck it says
 // "hand" before, "handed" when the copy has ended, and "drop" before it removes the job.
 //
+// With a folder, the decks FOLDER/NAME/deck.k run at the same time, in groups of these names. It
+// says so and waits for its end. Once more, it watches them until "plain" and "ends" have ended,
+// stops the others, and tells of each status and reason.
+//
 //   queue_user SEED
 //   queue_user hand DECK
+//   queue_user solvers FOLDER NAMES
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +22,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <optional>
 #include <random>
 #include <string>
@@ -24,6 +31,7 @@
 #include <vector>
 
 #include "core/Application.h"
+#include "support/ProcessesWith_posix.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -99,11 +107,14 @@ class User {
     TakeHandedOver();
     model_ = ModelOf(manager_);
     Say("ready ");
+    isRight_ = StopWhatRuns();
   }
 
   bool Step() {
+    if (!isRight_) return false;
     const unsigned what = Number(100);
     if (what < 4) return HandOver();
+    if (what < 8) return RunAndStop();
     if (what < 30) return Add();
     if (what < 40) return Remove();
     if (what < 55) return Move();
@@ -181,9 +192,8 @@ class User {
   bool HandOver() {
     Group& group = model_.groups[model_.current];
     if (group.jobs.size() > 30) return true;
-    const std::string home = std::getenv("HOME");
-    const std::string deck = home + "/h" + std::to_string(random_()) + ".k";
-    std::filesystem::create_symlink(home + "/deck.k", deck);
+    const std::string deck = home_ + "/h" + std::to_string(random_()) + ".k";
+    std::filesystem::create_symlink(home_ + "/deck.k", deck);
     std::printf("hand %s\n", deck.c_str());
     std::fflush(stdout);
     const pid_t copy = fork();
@@ -268,7 +278,64 @@ class User {
     return IsSo();
   }
 
-  // No solver is set: each job of the group is Aborted at once.
+  bool StopWhatRuns() {
+    for (Group& group : model_.groups) {
+      for (Job& job : group.jobs) {
+        if (job.status == 'R') job.status = '*';
+      }
+    }
+    Say();
+    for (std::size_t i = 0; i < model_.groups.size(); ++i) {
+      while (!Real(i)->Stop()) {
+      }
+      HaveEnded(model_.groups[i]);
+    }
+    Say();
+    return NothingIsLeft() && IsSo();
+  }
+
+  static void HaveEnded(Group& group) {
+    for (Job& job : group.jobs) {
+      if (job.status == '*') job.status = 'A';
+    }
+  }
+
+  bool NothingIsLeft() const {
+    if (ProcessesWith(home_ + "/run").empty()) return true;
+    std::printf("wrong: a solver is left\n");
+    return false;
+  }
+
+  // A solver that takes longer than any of us lives.
+  bool RunAndStop() {
+    const std::size_t group = AnyGroup();
+    auto& jobs = model_.groups[group].jobs;
+    if (jobs.size() > 30) return true;
+    const std::string folder = home_ + "/run" + std::to_string(random_());
+    std::filesystem::create_directory(folder);
+    auto job = std::make_shared<JobFileDyna>(settings_.Get());
+    job->solverType = SolverKind::kLsDynaDouble;
+    job->jobFile = folder + "/deck.k";
+    std::ofstream(job->jobFile) << "*KEYWORD\n$ standin: run 60\n*END\n";
+    jobs.push_back({job->jobFile, "", job->memory, job->ncpu, job->pause, {}, 'Q'});
+    for (Job& one : jobs) {
+      if (one.status == 'Q') one.status = '*';
+    }
+    Say();
+    Real(group)->AddJob(job);
+    Real(group)->Submit();
+    const auto pause = std::chrono::milliseconds(2);
+    while (Real(group)->Running() && ProcessesWith(job->jobFile).empty())
+      std::this_thread::sleep_for(pause);
+    std::this_thread::sleep_for(Number(30) * pause);
+    while (!Real(group)->Stop()) {
+    }
+    HaveEnded(model_.groups[group]);
+    Say();
+    return NothingIsLeft() && IsSo();
+  }
+
+  // The solver is not set: each job of the group is Aborted at once.
   bool Submit() {
     const std::size_t group = AnyGroup();
     for (Job& job : model_.groups[group].jobs) {
@@ -277,9 +344,7 @@ class User {
     Say();
     Real(group)->Submit();
     while (Real(group)->Running()) std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    for (Job& job : model_.groups[group].jobs) {
-      if (job.status == '*') job.status = 'A';
-    }
+    HaveEnded(model_.groups[group]);
     Say();
     return IsSo();
   }
@@ -298,19 +363,78 @@ class User {
   SettingsAndPaths& settings_;
   std::mt19937 random_;
   Model model_;
+  const std::string home_ = std::getenv("HOME");
+  bool isRight_ = true;
 };
+
+void WaitWhile(const std::function<bool()>& waits) {
+  while (waits()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+}
+
+void StartSolvers(Application& application, const std::string& folder, char** names) {
+  SettingsAndPaths& settings = application.SettingsAndFiles();
+  settings.Set(&Settings::mpi, 9);
+  settings.Set(&Settings::mpi_param, std::string("-n 4"));
+  settings.Set(&Settings::mpp_solver_d, settings.Get().SolverPath(SolverKind::kLsDynaDouble));
+  for (; *names != nullptr; ++names) {
+    const std::string name = *names;
+    settings.Set(&Settings::use_mpp, name == "mpp");
+    auto job = std::make_shared<JobFileDyna>(settings.Get());
+    job->solverType = SolverKind::kLsDynaDouble;
+    job->jobFile = folder + "/" + name + "/deck.k";
+    const auto group = application.Manager().GroupAt(application.Manager().AddGroup(name));
+    group->AddJob(job);
+    group->Submit();
+    const std::string output =
+        FileDirWrapper::Join(job->Folder(), name == "mpp" ? "mes0003" : "messag");
+    WaitWhile([&] { return group->Running() && !FileDirWrapper::FileExists(output); });
+  }
+  std::printf("all run\n");
+  std::fflush(stdout);
+  for (;;) pause();
+}
+
+int WatchSolvers(Application& application) {
+  application.RestoreLeft();
+  JobGroupManager& manager = application.Manager();
+  for (const char* name : {"plain", "ends", "reused"}) {
+    const int index = manager.IndexOfName(name);
+    WaitWhile([&] { return index >= 0 && manager.GroupAt(index)->Running(); });
+  }
+  for (int i = 0; i < manager.GroupCount(); ++i) {
+    const auto group = manager.GroupAt(i);
+    WaitWhile([&] { return !group->Stop(); });
+    group->ReadJobs([&](const JobFile& job) {
+      std::printf("%s %s %s\n", group->Name().c_str(), JobStatusWord(job.status).English().c_str(),
+                  job.RunMessage().Name());
+    });
+  }
+  application.Shutdown();
+  return 0;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
-  if (argc > 2) {
+  const bool runsSolvers = std::string(argv[1]) == "solvers";
+  if (argc > 2 && !runsSolvers) {
     SettingsAndPaths files(kTitle);
     return HandOverWriter(files).Write(argc - 1, argv + 1) ? 0 : 1;
   }
   Application application;
-  if (!application.Initialise(1, argv, {.restore = true})) return 3;
-  application.SettingsAndFiles().Set(&Settings::pause_time, 0);
+  if (!application.Initialise(1, argv)) return 3;
+  for (const auto& solver : application.Solvers()) solver->pollTime = std::chrono::milliseconds(20);
+  std::string bin;
+  FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), bin);
+  SettingsAndPaths& settings = application.SettingsAndFiles();
+  settings.SetSolverPath(SolverKind::kLsDynaDouble, FileDirWrapper::Join(bin, "standin_solver"));
+  settings.Set(&Settings::pause_time, 0);
+  if (runsSolvers) {
+    if (application.Left().Jobs() > 0) return WatchSolvers(application);
+    StartSolvers(application, argv[2], argv + 3);
+  }
+  application.RestoreLeft();
   User user(application, static_cast<unsigned>(std::stoul(argv[1])));
   while (user.Step()) std::this_thread::sleep_for(std::chrono::microseconds(500));
   return 1;
