@@ -246,7 +246,7 @@ TEST_F(KillTest, SolversOfEveryKindAreFoundAndWatchedAndStopped) {
   const auto count = [this](const char* name) {
     return ProcessesWith("i=" + folder_ / name + "/deck.k").size();
   };
-  EXPECT_EQ(!ProcessesWith("xterm").empty(), !display.Name().empty());
+  EXPECT_TRUE(display.Name().empty() || !ProcessesWith("xterm").empty());
   EXPECT_TRUE(!hasMpi || count("mpp") >= 4) << count("mpp");
   const std::string child = TempFolder::Read(folder_ / "child/standin_child.pid");
   ASSERT_NE(std::atoi(child.c_str()), 0);
