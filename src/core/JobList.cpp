@@ -19,12 +19,16 @@ std::mutex& ProcessMutex() {
 
 JobList::SharedLock::SharedLock() : created_(mutex_.CreateMutexSignal(kMutexName, false) != 0) {}
 
-// An abandoned mutex is owned like any other.
+// An abandoned mutex is owned like any other. Another program that keeps it for ever must not stop
+// the window: after one wait it is looked at only, and the process's own mutex has to do.
 void JobList::SharedLock::Lock() {
   enum Wait : int { kTaken = 0, kTimedOut = 1, kAbandoned = 2 };
+  constexpr long kPatienceMs = 3000;
+  static bool isKept = false;  // of all lists, as the mutex is
   ProcessMutex().lock();
-  const int wait = created_ ? mutex_.WaitForMutexSignal(-1) : -1;
+  const int wait = created_ ? mutex_.WaitForMutexSignal(isKept ? 0 : kPatienceMs) : -1;
   taken_ = wait == kTaken || wait == kAbandoned;
+  isKept = created_ && !taken_;
   if (!created_) {
     trouble_ = "MUTEX not created yet";
   } else if (wait == kTaken) {

@@ -1,4 +1,7 @@
 // Job lists of groups and the list of groups, without a thread.
+#include <future>
+#include <thread>
+
 #include "core/QueueUndo.h"
 #include "GroupFixture.h"
 
@@ -151,6 +154,28 @@ TEST_F(GroupList, RefusesJobsThatAreNotThereAndRunningOnes) {
   EXPECT_FALSE(group.AddJob(nullptr));
   EXPECT_FALSE(group.AddJob(running)) << "twice";
   EXPECT_EQ(group.ActiveJob(), running->id);
+}
+
+TEST_F(GroupList, AMutexThatSomebodyKeepsForEverStopsNobody) {
+  std::promise<void> kept, end;
+  std::thread holder([&] {
+    PTWrapperSignal mutex;
+    mutex.CreateMutexSignal("KESTRUN_MUTEX_SIGNAL_NAME", false);
+    mutex.WaitForMutexSignal(-1);
+    kept.set_value();
+    end.get_future().wait();
+    mutex.ReleaseMutexSignal();
+  });
+  kept.get_future().wait();
+  auto work = std::async(std::launch::async, [&] {
+    for (int i = 0; i < 20; ++i) Group()->AddJob(std::make_shared<JobFileDyna>(files_.Get()));
+  });
+  EXPECT_EQ(work.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  end.set_value();
+  holder.join();
+  work.wait();
+  EXPECT_EQ(Group()->JobCount(), 20);
+  EXPECT_TRUE(LogHolds(files_, "Time out return"));
 }
 
 TEST_F(GroupList, TheCurrentGroupFollowsRemovals) {
