@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "core/Application.h"
+#include "ui/window/EndRequests.h"
 #include "ui/window/ProgramOptions.h"
 #include "ui/window/QueueNotes.h"
 #include "ui/window/WindowLoop.h"
@@ -21,6 +22,10 @@ std::vector<Message> StartFailures(Application& application) {
   return failures;
 }
 
+void Print(const std::vector<Message>& failures) {
+  for (const Message& failure : failures) std::fprintf(stderr, "%s\n", failure.English().c_str());
+}
+
 }  // namespace
 
 int RunProgram(std::vector<std::string> arguments) {
@@ -33,21 +38,26 @@ int RunProgram(std::vector<std::string> arguments) {
     std::fputs(text.c_str(), stdout);
     return 0;
   }
+  OnEndRequest(nullptr, nullptr);  // from here on jobs may wait in a file
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
   const StartRequest request = {
       .hasWindow = true,
       .ownRun = options.IsForOwnRun(),
       .restore = options.restore,
+      .endRequested = EndRequestWaits,
       .refusal = options.LackSubmit() ? Message(MessageId::kOptionsNeedSubmit) : Message()};
   const bool first = application.Initialise(static_cast<int>(argv.size()), argv.data(), request);
   const std::vector<Message> failures = StartFailures(application);
-  for (const Message& failure : failures) std::fprintf(stderr, "%s\n", failure.English().c_str());
+  Print(failures);
   // A script waits for the end.
   const bool nothingToRun =
       options.quitWhenDone && application.exitCode != 0 && !application.JobsWait();
   if (first && !nothingToRun) {
     RunWindow(application, notes, options, failures.empty() ? Message() : failures.back());
   }
-  return application.Shutdown();
+  const bool waited = application.JobsWait();
+  const int code = application.Shutdown();
+  if (waited) Print(application.Failures());
+  return code;
 }

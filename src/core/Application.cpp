@@ -192,7 +192,8 @@ bool Application::SurvivesOtherCopy(int argc, const char* const* argv,
   }
   const bool waitsForTaker = writer_->Waits();
   const Clock::time_point end = Clock::now() + (waitsForTaker ? kTakerPatience : kGoingPatience);
-  while (Clock::now() < end && writer_->Waits() == waitsForTaker) {
+  const auto isToEnd = [&] { return request.endRequested && request.endRequested(); };
+  while (Clock::now() < end && writer_->Waits() == waitsForTaker && !isToEnd()) {
     std::string other;
     if (BecomeFirstCopy(other) && !AnotherCopyRuns(true)) {
       AddFaultsOfWriter();
@@ -292,7 +293,7 @@ int Application::Shutdown() {
   if (!settings_) return exitCode;
   if (manager_) manager_->RequestStop(-1);
   if (intake_) intake_->Close();
-  if (manager_) writer_->TakeBack();
+  if (manager_ && JobsWait()) GiveUpJobs();
   WriteFiles();
   stuck_ = manager_ && !manager_->Stop(-1);
   if (record_) record_->End(IsToComeBack());

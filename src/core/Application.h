@@ -33,7 +33,8 @@ struct StartRequest {
   bool hasWindow = false;  // the first copy takes no jobs when no window can be shown
   bool ownRun = false;     // options that only the first copy can fulfil
   bool restore = false;    // the jobs that the last session left are wanted back
-  Message refusal = {};    // why nothing is to be done at all; empty otherwise
+  std::function<bool()> endRequested = {};  // somebody wants it to end before it has a window
+  Message refusal = {};                     // why nothing is to be done at all; empty otherwise
 };
 
 // One a process. Interface thread.
@@ -61,7 +62,8 @@ class Application {
 
   // Writes the group, host and settings files, in that order, and stops what still runs, for which
   // it waits up to 30 seconds. After the window is gone; for a second copy too. Returns the exit
-  // code. Should a thread not have ended even then, the destructor ends the process with that code.
+  // code; the jobs of the command line that still wait are given up. Should a thread not have ended
+  // even then, the destructor ends the process with that code.
   int Shutdown();
 
   // The same where nobody said that what runs is to be stopped: a log-out, a display that breaks.
@@ -141,7 +143,7 @@ class Application {
   std::string programFolder_;
   std::vector<Message> failures_;
   std::vector<std::unique_ptr<FileLock>> firstCopy_;  // held by the copy that has the window
-  bool stuck_ = false;  // a group's thread did not end in time
+  bool stuck_ = false;                                // a group's thread did not end in time
   std::unique_ptr<SettingsAndPaths> settings_;
   std::vector<std::unique_ptr<JobSolver>> solvers_;
   std::unique_ptr<QueueRecord> record_;

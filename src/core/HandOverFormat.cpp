@@ -250,8 +250,11 @@ std::string MakeHandOverText(const std::vector<std::string>& arguments,
   std::string text;
   if (arguments.empty() || arguments.front() != kRecord) text = std::string(kRecord) + '\n';
   for (const std::string& argument : arguments) {
-    if (argument.empty()) continue;
-    if (argument.find_first_of("\r\n") != std::string::npos) {
+    if (argument.empty()) {
+      remarks.push_back(Message(MessageId::kArgumentEmpty));
+    } else if (FileDirWrapper::IsFolder(FileDirWrapper::AbsolutePath(argument))) {
+      remarks.push_back(Message(MessageId::kFolderIsNoJob, argument));
+    } else if (argument.find_first_of("\r\n") != std::string::npos) {
       remarks.push_back(Message(MessageId::kArgumentWithBreak, OneLine(argument)));
     } else {
       text += MakeLine(argument) + '\n';

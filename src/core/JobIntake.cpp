@@ -103,6 +103,7 @@ void JobIntake::GiveUp(const JobRequest& request) {
   {
     const MutexLock lock(mutex_);
     if (closed_) return;
+    ++notMade_;
   }
   manager_.Observer().RequestGivenUp(request.id);
 }
@@ -118,6 +119,11 @@ int JobIntake::Waiting() const {
     return request.stageOf == JobId::kNone;
   });
   return static_cast<int>(waiting) + (reading_ && !readsStage_ ? 1 : 0);
+}
+
+int JobIntake::NotMade() const {
+  const MutexLock lock(mutex_);
+  return notMade_;
 }
 
 void JobIntake::Drain() {
@@ -203,6 +209,10 @@ std::shared_ptr<JobFile> JobIntake::MakeJob(const JobRequest& request, unsigned 
   const std::string deck =
       FileDirWrapper::AbsolutePath(request.inputFile.empty() ? request.jobFile : request.inputFile);
   std::shared_ptr<JobFile> job = RowOfKind(KindOf(request, deck)).makeJob(settings);
+  if (!deck.empty() && FileDirWrapper::IsFolder(deck)) {
+    manager_.Settings().Log().Report(Message(MessageId::kFolderIsNoJob, deck));
+    return nullptr;
+  }
   job->id = request.id;
   job->jobFile = deck;
   job->memory = settings.memory_size;

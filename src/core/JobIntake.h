@@ -33,6 +33,8 @@ class JobIntake {
   bool Busy() const;
   // The jobs that are asked for and not made yet.
   int Waiting() const;
+  // How many requests did not become jobs.
+  int NotMade() const;
   // Waits until nothing is left to read. For tests and programs without a window.
   void Drain();
 
@@ -66,6 +68,7 @@ class JobIntake {
   unsigned burst_ KR_GUARDED_BY(mutex_) = 0;  // counts the calls of Interrupt
   int done_ KR_GUARDED_BY(mutex_) = 0;        // of the requests since nothing was to do
   int total_ KR_GUARDED_BY(mutex_) = 0;
+  int notMade_ KR_GUARDED_BY(mutex_) = 0;
   bool end_ KR_GUARDED_BY(mutex_) = false;
   std::thread worker_;
 };

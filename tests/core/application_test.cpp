@@ -85,7 +85,7 @@ TEST_F(ApplicationTest, JobsThatWereNotTakenYetEndWithTheProgram) {
   ASSERT_TRUE(Start({"/a.k"}));
   EXPECT_TRUE(application_->JobsWait());
   WriteHandOverFile("#krjob\n/of another program.k\n");
-  EXPECT_EQ(application_->Shutdown(), 0);
+  EXPECT_EQ(application_->Shutdown(), 9) << "and that is said";
   ASSERT_TRUE(Start());
   EXPECT_EQ(JobsAfterTick().size(), 1u);
 }

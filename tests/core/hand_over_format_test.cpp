@@ -135,14 +135,16 @@ TEST(HandOverText, ArgumentsBecomeLinesThatReadBackAsTheyWereMeant) {
   const InFolder in(folder.Path());
   std::vector<Message> remarks;
   const std::string text =
-      MakeHandOverText({"a.k", "", "sub/a=b.k", "memory=5.k", "memory=200", "#odd.k", "#vorel",
+      MakeHandOverText({"a.k", "", ".", "sub/a=b.k", "memory=5.k", "memory=200", "#odd.k", "#vorel",
                         "i=c.k", "s=x", "r", "two\nlines.k"},
                        remarks);
   const auto path = &FileDirWrapper::AbsolutePath;
   EXPECT_EQ(text, "#krjob\n" + path("a.k") + "\n" + path("sub/a=b.k") + "\n" + path("memory=5.k") +
                       "\nmemory=200\n" + path("#odd.k") + "\n#vorel\ni=" + path("c.k") + "\ns=x\n" +
                       path("r") + "\n");
-  EXPECT_EQ(remarks.size(), 1u);
+  ASSERT_EQ(remarks.size(), 3u);
+  EXPECT_EQ(remarks[0].English(), "An argument is empty; no job was made of it");
+  EXPECT_EQ(remarks[1].English(), "[.] is a folder, not a job file; no job was made of it");
   EXPECT_EQ(MakeHandOverText({"#krjob", "#inc"}, remarks), "#krjob\n#inc\n");
 }
 

@@ -170,6 +170,16 @@ TEST_F(ProgramTest, JobsThatCannotBeHandedOverAreTold) {
   }
   kill(copy.pid, SIGTERM);
   EXPECT_EQ(WaitExit(copy), 9);
+  std::filesystem::remove(HandOver());
+  const Copy empty = StartCopy("--submit --quit-when-done ''");
+  EXPECT_EQ(WaitExit(empty), 9);
+  EXPECT_EQ(TempFolder::Read(empty.output), "An argument is empty; no job was made of it\n");
+  // Ended before it had a window.
+  const Copy early = StartCopy(deck);
+  EXPECT_TRUE(WaitUntil([&] { return std::filesystem::exists(HandOver()); }));
+  kill(early.pid, SIGTERM);
+  EXPECT_EQ(WaitExit(early), 9);
+  EXPECT_NE(TempFolder::Read(early.output).find("they are not queued"), std::string::npos);
 }
 
 TEST_F(ProgramTest, TerminationEndsItFromInsideAMenuMessageOrChooser) {

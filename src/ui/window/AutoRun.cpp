@@ -132,6 +132,7 @@ bool AutoRun::Ended(JobGroup& group) const {
 
 void AutoRun::Finish() {
   done_ = true;
+  if (options_.quitWhenDone) TakeAllGroups();
   if (options_.quitWhenDone && !AllFinished()) Fail();
   std::string report;
   for (const auto& group : groups_) report += ReportText(*group);
@@ -144,8 +145,15 @@ void AutoRun::Finish() {
   if (options_.quitWhenDone) window_.Leave();
 }
 
+// What came into other groups meanwhile has not been run and goes with the window.
+void AutoRun::TakeAllGroups() {
+  JobGroupManager& manager = application_.Manager();
+  groups_.clear();
+  for (int i = 0; i < manager.GroupCount(); ++i) groups_.push_back(manager.GroupAt(i));
+}
+
 bool AutoRun::AllFinished() const {
-  bool all = true;
+  bool all = !application_.Intake().Busy() && application_.Intake().NotMade() == 0;
   for (const auto& group : groups_) {
     group->ReadJobs([&](const JobFile& job) { all = all && job.status == JobStatus::kFinished; });
   }

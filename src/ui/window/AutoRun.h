@@ -38,6 +38,7 @@ class AutoRun {
   bool Ended(JobGroup& group) const;
   void Finish();
   void Fail();
+  void TakeAllGroups();
   bool AllFinished() const;
 
   Application& application_;

@@ -10,6 +10,9 @@
 // for one. On Windows the first comes as a window message and nothing has to be done.
 void OnEndRequest(const std::function<void()>& leave, const std::function<void()>& hangUp);
 
+// A request waits for a function to call.
+bool EndRequestWaits();
+
 // Calls `save` on the interface thread when the connection to the display breaks; the process ends
 // when it returns. Nothing of the toolkit may be used in it. Call it with the display open. On
 // Windows there is no such connection.

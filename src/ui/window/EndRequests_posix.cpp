@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <FL/Fl.H>
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 #include <X11/Xlib.h>
@@ -64,6 +65,11 @@ void OnEndRequest(const std::function<void()>& leave, const std::function<void()
   struct sigaction former = {};
   sigaction(SIGHUP, nullptr, &former);
   if (former.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
+}
+
+bool EndRequestWaits() {
+  pollfd pipe = {g_wakeUp[0], POLLIN, 0};
+  return poll(&pipe, 1, 0) == 1;
 }
 
 void OnDisplayLost(const std::function<void()>& save) {

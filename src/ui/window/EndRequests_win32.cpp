@@ -40,4 +40,8 @@ void OnEndRequest(const std::function<void()>&, const std::function<void()>& han
   MakeListener();
 }
 
+bool EndRequestWaits() {
+  return false;
+}
+
 void OnDisplayLost(const std::function<void()>&) {}

@@ -31,8 +31,7 @@ void Poll(void* data) {
 
 void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions& options,
                const Message& failure) {
-  OnEndRequest(nullptr, nullptr);  // the jobs of the command line wait in a file already
-  Fl::lock();                      // other threads wake the event loop
+  Fl::lock();  // other threads wake the event loop
   Theme::Apply(application.language);
   SetProgramIcon();
   TextTable texts;
