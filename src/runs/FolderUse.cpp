@@ -144,13 +144,14 @@ void FolderUse::Release() {
   held_.clear();
 }
 
-void FolderUse::NoteSolver(const std::string& folder, const PTWrapperProcess& solver) {
+bool FolderUse::NoteSolver(const std::string& folder, const PTWrapperProcess& solver) {
   const auto found = held_.find(FileDirWrapper::IdentityOf(folder));
-  if (found == held_.end() || !found->second->lock.Taken()) return;
+  if (found == held_.end() || !found->second->lock.Taken()) return true;
   const Solver text = {MachineName(), IdentityOfProcess(solver.ChildId()), job_, solver.Token()};
   found->second->token = text.token;
   found->second->solverNoted = FileDirWrapper::WriteOutputFile(
       FileDirWrapper::Join(found->second->folder, kSolverName), TextOf(text));
+  return found->second->solverNoted;
 }
 
 void FolderUse::LeaveToRest() {

@@ -46,8 +46,9 @@ class FolderUse {
   FolderHolder Take(const std::vector<std::string>& folders);
   void Release();
 
-  // A solver has been started in one of the folders.
-  void NoteSolver(const std::string& folder, const PTWrapperProcess& solver);
+  // A solver has been started in one of the folders. False when it cannot be written down for
+  // others, though the folder is held against them.
+  bool NoteSolver(const std::string& folder, const PTWrapperProcess& solver);
   // The run is over, but something of it may run on in the folders: they stay in its use as long as
   // it does.
   void LeaveToRest();

@@ -143,7 +143,8 @@ class JobRun {
     };
     context_.started = [this](const JobFile& stage, const PTWrapperProcessStart&) {
       record_->process = IdentityOfProcess(stage.process.ChildId());
-      use_.NoteSolver(stage.Folder(), stage.process);
+      if (!use_.NoteSolver(stage.Folder(), stage.process))
+        Report(stage, Message(MessageId::kSolverNotNoted, stage.Folder()));
       Note(Message(MessageId::kJobStarted, stage.MainFile(), stage.process.ChildId()));
       Record(stage);
     };
@@ -282,7 +283,7 @@ class JobRun {
     if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
     EndSolver(stage, status);
     if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
-    if (status == JobStatus::kAborted && !stage.abort) use_.LeaveToRest();
+    if (status == JobStatus::kAborted) use_.LeaveToRest();
     if (record_) {
       if (status == JobStatus::kFinished && setup_.stoppedAt) {
         stage.SetStoppedAt(setup_.stoppedAt(stage, *record_));

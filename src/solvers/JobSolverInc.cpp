@@ -40,7 +40,7 @@ JobStatus JobSolverInc::Finish(JobFile& job) {
     return NotNormal(job, Message(MessageId::kOutputUnreadable, job.MessageFile()));
   }
   if (job.folderBefore.HoldsUnchanged(job.MessageFile())) {
-    return NotNormal(job, Message(MessageId::kOldOutput, job.MessageFile()));
+    return NotNormal(job, OldOutput(job, job.MessageFile()));
   }
   for (std::string_view block; blocks.Next(block);) {
     if (block.find("THE TOTAL TIME FOR") != std::string_view::npos) return JobStatus::kFinished;

@@ -4,11 +4,14 @@
 #include "solvers/MessageFiles.h"
 #include "solvers/RunSteps.h"
 #include "solvers/Verdict.h"
+#include "util/files/FileDirWrapper.h"
 
 namespace {
 
+constexpr char kMessageFile[] = "messag";
+
 std::string MessageFile(const JobFile& job) {
-  return FindMessageFile(job, "messag");
+  return FindMessageFile(job, kMessageFile);
 }
 
 }  // namespace
@@ -34,8 +37,11 @@ bool JobSolverUBatch::Start(JobFile& job) {
   if (!Check(job)) return false;
   const std::string old = MessageFile(job);
   if (!old.empty()) RemoveOldFile(job, old, MessageId::kOldMessageFileStays);
+  // By the name that is asked for later: where case does not matter it may be called "MESSAG".
+  std::vector<std::string> before = MessageAndKeptFiles(job);
+  before.push_back(FileDirWrapper::Join(job.Folder(), kMessageFile));
   PTWrapperProcessStart start;
-  return Describe(job, start) && StartProcess(job, start, MessageAndKeptFiles(job));
+  return Describe(job, start) && StartProcess(job, start, before);
 }
 
 JobStatus JobSolverUBatch::Finish(JobFile& job) {

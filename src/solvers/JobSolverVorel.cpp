@@ -41,8 +41,7 @@ JobStatus JobSolverVorel::Finish(JobFile& job) {
   const bool isOld = job.folderBefore.HoldsUnchanged(path);
   if (isThere && !isOld) return JobStatus::kFinished;
   const bool isLeft = isThere && !FileDirWrapper::IsSameFile(path, job.jobFile);
-  return NotNormal(
-      job, isLeft ? Message(MessageId::kOldOutput, path) : Message(MessageId::kNoResult, path));
+  return NotNormal(job, isLeft ? OldOutput(job, path) : Message(MessageId::kNoResult, path));
 }
 
 void JobSolverVorel::Poll(JobFile& job) {

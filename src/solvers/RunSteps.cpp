@@ -113,3 +113,8 @@ JobStatus NotNormal(JobFile& job, const Message& reason) {
   Fail(job, RunError::kNotNormal, Message(MessageId::kNotNormal, job.MainFile(), reason));
   return JobStatus::kAborted;
 }
+
+Message OldOutput(const JobFile& job, const std::string& path) {
+  return job.folderBefore.IsUnknown(path) ? Message(MessageId::kMaybeOldOutput, path)
+                                          : Message(MessageId::kOldOutput, path);
+}

@@ -81,7 +81,9 @@ JobStatus NoMessageFile(JobFile& job) {
   const std::vector<std::string> old = AllMessageFiles(job);
   Fail(job, RunError::kNoMessageFile,
        old.empty() ? Message(MessageId::kNoMessageFile, job.jobFile)
-                   : Message(MessageId::kOnlyOldMessageFile, job.jobFile, old.front()));
+       : job.folderBefore.IsUnknown(old.front())
+           ? Message(MessageId::kMaybeOldMessageFile, job.jobFile, old.front())
+           : Message(MessageId::kOnlyOldMessageFile, job.jobFile, old.front()));
   return JobStatus::kAborted;
 }
 

@@ -48,4 +48,21 @@ TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
   }
 }
 
+#ifndef _WIN32
+TEST(FolderSnapshotTest, WhatCannotBeLookedAtIsTakenForOld) {
+  const TempFolder folder;
+  const std::string file = folder / "messag";
+  std::filesystem::create_symlink(file, file);
+  FolderSnapshot taken, before;
+  taken.Take({file});
+  std::filesystem::remove(file);
+  folder.Write("messag", "whose is it?");
+  EXPECT_TRUE(before.Read(taken.Text()));
+  for (const FolderSnapshot* snapshot : {&taken, &before}) {
+    EXPECT_TRUE(snapshot->HoldsUnchanged(file));
+    EXPECT_TRUE(snapshot->IsUnknown(file));
+  }
+}
+#endif
+
 }  // namespace

@@ -35,6 +35,8 @@ struct FileState {
 };
 // Links are followed. Also of a file that somebody has open for himself alone.
 bool StateOf(const std::string& path, FileState& state);
+// The system says that nothing has this name; false also when it cannot tell.
+bool IsMissing(const std::string& path);
 inline bool IdOf(const std::string& path, FileId& id) {
   FileState state;
   if (!StateOf(path, state)) return false;

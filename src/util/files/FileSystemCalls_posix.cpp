@@ -67,6 +67,11 @@ bool StateOf(const std::string& path, FileState& state) {
   return true;
 }
 
+bool IsMissing(const std::string& path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
 std::int64_t SecondsOf(std::int64_t written) {
   return written / kNanoseconds;
 }

@@ -62,6 +62,12 @@ bool StateOf(const std::string& path, FileState& state) {
   return ok;
 }
 
+bool IsMissing(const std::string& path) {
+  if (GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+  const DWORD error = GetLastError();
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 // Counted in 100 nanoseconds from 1601.
 std::int64_t SecondsOf(std::int64_t written) {
   constexpr std::int64_t kUnits = 10000000;

@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr char kUnknown = '?';
 constexpr char kHexDigits[] = "0123456789abcdef";
 
 bool IsPlain(char c) {
@@ -50,20 +51,32 @@ void FolderSnapshot::Take(const std::vector<std::string>& files) {
   files_.clear();
   for (const std::string& path : files) {
     State state;
-    if (StateOf(path, state)) files_.emplace(path, state);
+    state.isKnown = StateOf(path, state);
+    if (state.isKnown || !file_system::IsMissing(file_system::ForSystem(path)))
+      files_.emplace(path, state);
   }
 }
 
 bool FolderSnapshot::HoldsUnchanged(const std::string& path) const {
   const auto before = files_.find(path);
   State now;
-  return before != files_.end() && StateOf(path, now) && now == before->second;
+  if (before == files_.end()) return false;
+  return !before->second.isKnown || (StateOf(path, now) && now == before->second);
+}
+
+bool FolderSnapshot::IsUnknown(const std::string& path) const {
+  const auto before = files_.find(path);
+  return before != files_.end() && !before->second.isKnown;
 }
 
 std::string FolderSnapshot::Text() const {
   std::ostringstream text;
   text.imbue(std::locale::classic());
   for (const auto& [path, state] : files_) {
+    if (!state.isKnown) {
+      text << Encoded(path) << ' ' << kUnknown << '\n';
+      continue;
+    }
     text << Encoded(path) << ' ' << state.id << ' ' << state.size << ' ' << state.written << '\n';
   }
   return text.str();
@@ -79,9 +92,9 @@ bool FolderSnapshot::Read(const std::string& text) {
     words.imbue(std::locale::classic());
     std::string word, path;
     State state;
-    if (!(words >> word >> state.id >> state.size >> state.written) || !Decode(word, path)) {
-      return false;
-    }
+    if (!(words >> word) || !Decode(word, path)) return false;
+    state.isKnown = line.substr(word.size()) != std::string(" ") + kUnknown;
+    if (state.isKnown && !(words >> state.id >> state.size >> state.written)) return false;
     files.emplace(path, state);
   }
   files_ = std::move(files);

@@ -10,12 +10,14 @@
 // Identity, size and time of writing of each file. One thread at a time.
 class FolderSnapshot {
  public:
-  // Those of the files that are there. Replaces what was taken before.
+  // Those of the files that are there. Replaces what was taken before. One that is there but cannot
+  // be looked at is held as unknown.
   void Take(const std::vector<std::string>& files);
 
-  // Whether the file was there and is still the same: nobody has written it since. A path as it was
-  // given to Take.
+  // Whether the file was there and is still the same: nobody has written it since. So is an unknown
+  // one, whatever has become of it. A path as it was given to Take.
   bool HoldsUnchanged(const std::string& path) const;
+  bool IsUnknown(const std::string& path) const;
 
   // The same as text: a line of ASCII for each file; empty for none. A snapshot that was read tells
   // the same, in another process and after a restart of the machine too.
@@ -29,6 +31,7 @@ class FolderSnapshot {
     std::uint64_t id = 0;
     std::uint64_t size = 0;
     std::int64_t written = 0;
+    bool isKnown = true;
     friend bool operator==(const State&, const State&) = default;
   };
   static bool StateOf(const std::string& path, State& state);
