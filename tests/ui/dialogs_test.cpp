@@ -169,7 +169,6 @@ TEST_F(HostFileTest, NothingTypedOrWrittenByOthersIsLostUnasked) {
                         EXPECT_EQ(Hosts(), "n\na 1\n");
                         Leave(editor);
                       },
-                      [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Reload Host File")); },
                       [](Fl_Window& dialog) {
                         EXPECT_TRUE(HostTexts(dialog).starts_with("Host CPUs Group uses n"));
                       }});

@@ -121,6 +121,15 @@ TEST_F(SettingsRowTest, ARejectedFieldKeepsJobsFromStarting) {
     EXPECT_TRUE(LineSays(Say("ui_bad_memory")));
     EXPECT_STREQ(Memory().value(), "8o");
   }
+  // It belongs to its job, wherever the user looks meanwhile.
+  AddJob("other");
+  PressKey(FL_End);
+  EXPECT_STREQ(Memory().value(), "500");
+  Press(Part<PrimaryButton>());
+  EXPECT_FALSE(Group()->Running());
+  EXPECT_EQ(Table().CurrentJob(), Table().JobAt(0));
+  EXPECT_EQ(Fl::focus(), &Memory());
+  EXPECT_STREQ(Memory().value(), "8o");
   TypeInto(Memory(), "80");
   Run();
   EXPECT_EQ(JobIn(*Group(), Table().JobAt(0))->status, JobStatus::kFinished);

@@ -58,6 +58,8 @@ class Flx_Base_Dialog {
   // Jobs, groups or settings have changed while the dialog is open, not through it: by a run, or by
   // jobs and settings that were handed over.
   virtual void QueueChanged() {}
+  // The host lines were read anew.
+  virtual void HostsChanged() {}
   // Running jobs have been looked at.
   virtual void RunsLookedAt() {}
 

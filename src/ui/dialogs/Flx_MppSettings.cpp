@@ -228,6 +228,10 @@ void Flx_MppSettings::EditHostFile() {
 
 void Flx_MppSettings::ReloadHostFile() {
   settings_.ReadHostFile();
+  HostsChanged();
+}
+
+void Flx_MppSettings::HostsChanged() {
   hosts_->Rebuild();
   ShowCurrentGroup();
 }

@@ -39,6 +39,7 @@ class Flx_MppSettings : public Flx_Base_Dialog {
   bool Initialise() override;
   int HandleWidget(Fl_Widget* widget) override;
   void QueueChanged() override;
+  void HostsChanged() override;
 
   // Another group has become the current one.
   std::function<void()> OnGroup;

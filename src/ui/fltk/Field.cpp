@@ -81,6 +81,12 @@ void Field::ShowAlways(const std::string& stored) {
   }
 }
 
+void Field::TypeAgain(const std::string& text) {
+  value(text.c_str());
+  edited_ = true;
+  Validate();
+}
+
 bool Field::Validate() {
   const std::string wrong = Check && edited_ ? Check(value()) : std::string();
   bad_ = !wrong.empty();

@@ -19,6 +19,10 @@ class Field : public LineInput {
   void ShowAlways(const std::string& stored);
   // Stores what was typed, if anything was and it is valid. False when it is not valid.
   bool Commit();
+  // What was typed is not valid.
+  bool Rejected() const { return edited_ && bad_; }
+  // Shows a text as if it were typed, over what is stored.
+  void TypeAgain(const std::string& text);
   // What was typed is not stored yet.
   bool Edited() const { return edited_; }
   // Looks once more whether what is shown is doubtful.

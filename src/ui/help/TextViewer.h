@@ -10,6 +10,7 @@
 #include <FL/Fl_Text_Display.H>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,9 @@ class TextViewer : public Fl_Double_Window {
   static bool Show(const std::string& path, const TextTable& texts);
   // The same to edit it. What is bigger than kMostBytes can only be read.
   static bool Edit(const std::string& path, const TextTable& texts);
+
+  // One of the windows has saved its file.
+  static std::function<void(const std::string& path)> OnSaved;
 
   // Before the program ends; drops changes.
   static void CloseAll();

@@ -7,6 +7,8 @@
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 
+std::function<void(const std::string& path)> TextViewer::OnSaved;
+
 bool TextViewer::ReadWhole(std::string& bytes) const {
   return Read(0, kMostBytes + 1, bytes) && static_cast<std::int64_t>(bytes.size()) <= kMostBytes;
 }
@@ -90,4 +92,5 @@ void TextViewer::Save() {
   Keep(bytes);
   saved_ = true;
   SetEdited(false);
+  if (OnSaved) OnSaved(path_);
 }

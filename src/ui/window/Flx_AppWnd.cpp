@@ -88,6 +88,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
   application_.EditFallback = nullptr;
+  TextViewer::OnSaved = nullptr;
   HistoryWindow::CloseAll();
   TextViewer::CloseAll();
   MonitorWindow::CloseAll();
@@ -121,6 +122,10 @@ void Flx_AppWnd::ConnectParts() {
   settings_->OnSubmit = [this] { Perform(Action::kSubmit); };
   settings_->OnMpp = [this] { Perform(Action::kMppSettings); };
   settings_->OnHint = [this](const std::string& hint) { Say(hint, StatusBar::Tone::kError); };
+  settings_->OnJobWanted = [this](JobId job) {
+    if (Table()) Table()->SelectJob(job);
+    ShowCurrentJob();
+  };
   settings_->OnJobEdited = [this] {
     if (Table()) Table()->JobChanged(Table()->CurrentJob());
   };
@@ -146,6 +151,11 @@ void Flx_AppWnd::ConnectParts() {
   };
   application_.EditFallback = [this](const std::string& path) {
     return TextViewer::Edit(path, texts_);
+  };
+  TextViewer::OnSaved = [this](const std::string& path) {
+    if (path != application_.SettingsAndFiles().hostFile) return;
+    application_.SettingsAndFiles().ReadHostFile();
+    if (dialog_) dialog_->HostsChanged();
   };
   notes_.OnChanges = [this](const QueueChanges& changes) { TakeChanges(changes); };
   application_.Manager().SetObserver(&notes_);

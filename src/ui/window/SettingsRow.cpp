@@ -199,12 +199,34 @@ bool SettingsRow::HasJob() const {
 }
 
 void SettingsRow::SetJob(std::shared_ptr<JobList> list, JobId job) {
+  KeepRejected();
   list_ = std::move(list);
   job_ = job;
   // Texts of another job, valid or not, must not be taken for this one's.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
   Refresh();
   solver_->LookAgain();  // the file may have come meanwhile
+  const auto kept = rejected_.extract(job_);
+  if (kept.empty() || MakeView().running) return;
+  for (const auto& [field, text] : kept.mapped()) field->TypeAgain(text);
+}
+
+void SettingsRow::KeepRejected() {
+  for (Field* field : {memory_, cpu_, pause_, command_}) {
+    if (field->Rejected()) rejected_[job_][field] = field->value();
+  }
+}
+
+// A job of this list, not the one that is shown, that would be run with another value than the one
+// that was typed for it.
+JobId SettingsRow::OtherRejected() {
+  for (const auto& [job, texts] : rejected_) {
+    bool isQueued = false;
+    if (list_ && job != job_)
+      list_->ReadJob(job, [&](const JobFile& one) { isQueued = one.status == JobStatus::kQueued; });
+    if (isQueued) return job;
+  }
+  return JobId::kNone;
 }
 
 SettingsRow::View SettingsRow::MakeView() const {
@@ -296,12 +318,15 @@ void SettingsRow::ShowMpp() {
 bool SettingsRow::Commit() {
   bool valid = true;
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) valid = field->Commit() && valid;
-  return valid;
+  return valid && OtherRejected() == JobId::kNone;
 }
 
 void SettingsRow::GoToRejected() {
-  for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
-    if (!field->Commit()) return field->GoTo();
+  for (const bool ofOther : {false, true}) {
+    if (ofOther && OnJobWanted) OnJobWanted(OtherRejected());
+    for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
+      if (!field->Commit()) return field->GoTo();
+    }
   }
 }
 

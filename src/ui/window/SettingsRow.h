@@ -9,6 +9,7 @@
 #include <FL/Fl_Group.H>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -26,19 +27,21 @@ class SettingsRow : public Fl_Group {
   SettingsRow(int x, int y, int w, int h, Application& application, const TextTable& texts);
 
   // The job to show; a null list or kNone: none. A text that is being typed for another job must
-  // have been committed.
+  // have been committed; one that was not valid comes back with its job.
   void SetJob(std::shared_ptr<JobList> list, JobId job);
   // Shows what is stored; a text that is being typed stays.
   void Refresh();
-  // Stores what is being typed. False when something is not valid; it stays as typed.
+  // Stores what is being typed. False when something is not valid, of another job of the list too;
+  // it stays as typed.
   bool Commit();
-  // Leads to the first field whose text is not valid.
+  // Leads to the first field whose text is not valid, of another job through OnJobWanted.
   void GoToRejected();
   void GoToSolver();
 
   std::function<void()> OnSubmit;
   std::function<void()> OnMpp;  // the MPP button was pressed
   std::function<void()> OnJobEdited;
+  std::function<void(JobId job)> OnJobWanted;           // this one is to be shown
   std::function<void(const std::string& hint)> OnHint;  // empty: all is well again
 
   void resize(int x, int y, int w, int h) override;
@@ -60,6 +63,8 @@ class SettingsRow : public Fl_Group {
   void StoreSolver(const std::string& path);
   std::string SolverHint(const std::string& path) const;
   void ToggleAuto();
+  void KeepRejected();
+  JobId OtherRejected();
   bool HasJob() const;
   SolverKind ShownKind() const;  // whose program is shown
   // Runs a change of the current job and tells when the list refuses it.
@@ -69,7 +74,8 @@ class SettingsRow : public Fl_Group {
   const TextTable& texts_;
   std::shared_ptr<JobList> list_;
   JobId job_ = JobId::kNone;
-  SolverKind kind_ = SolverKind::kLsDynaSingle;  // shown without a job
+  SolverKind kind_ = SolverKind::kLsDynaSingle;              // shown without a job
+  std::map<JobId, std::map<Field*, std::string>> rejected_;  // of jobs that are not shown
 
   Fl_Box* solverLabel_;
   Fl_Choice* kindChoice_;
