@@ -97,7 +97,9 @@ TEST_F(SettingsRowTest, WithAJobItEditsTheJob) {
   EXPECT_STREQ(Pause().value(), "0");
   EXPECT_FALSE(IsRed(Cpus()));
   PressCell(Table(), 1, "Job Name");
-  EXPECT_STREQ(Cpus().value(), "3");
+  EXPECT_STREQ(Cpus().value(), "0") << "what was typed for it";
+  EXPECT_TRUE(IsRed(Cpus()));
+  TypeInto(Cpus(), "3");
   EXPECT_STREQ(Pause().value(), "7");
   EXPECT_STREQ(Memory().value(), "900");
   EXPECT_STREQ(Command().value(), "extra=1");
@@ -123,6 +125,7 @@ TEST_F(SettingsRowTest, ARejectedFieldKeepsJobsFromStarting) {
   }
   // It belongs to its job, wherever the user looks meanwhile.
   AddJob("other");
+  Table().TakeFocus();
   PressKey(FL_End);
   EXPECT_STREQ(Memory().value(), "500");
   Press(Part<PrimaryButton>());
