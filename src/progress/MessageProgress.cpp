@@ -1,6 +1,9 @@
 #include "progress/MessageProgress.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
 
 #include "progress/LineWords.h"
 #include "progress/SolverClock.h"
@@ -11,7 +14,7 @@ namespace {
 constexpr std::size_t kLongestEvent = 100;
 constexpr std::size_t kLongestPath = 4096;
 // Options stand below each other, far to the right.
-constexpr std::size_t kOptionIndent = 8;
+constexpr std::ptrdiff_t kOptionIndent = 8;
 
 constexpr std::string_view kOptions = "Command line options:";
 
@@ -42,13 +45,28 @@ bool LooksLikeProgress(std::string_view line) {
   return digits > 0 && at > digits && line.substr(at).starts_with("t ");
 }
 
+constexpr std::string_view kBeginnings[] = {
+    "BEGIN implicit",    kOptions,      "E r r o r",       "Equilibrium",
+    "Iteration:",        "N o r m a l", "Problem time",    "***",
+    "current step size", "estimated ",  "internal energy", "kinetic energy",
+    "termination time",  "total energy"};
+
+// What a line may be, by its first character that is no blank. Most lines of a big file are
+// nothing.
+enum class Kind : char { kNothing, kEmpty, kProgress, kTelling };
+
+constexpr std::array<Kind, 256> MakeKinds() {
+  std::array<Kind, 256> kinds{};
+  for (char c = '0'; c <= '9'; ++c) kinds[static_cast<unsigned char>(c)] = Kind::kProgress;
+  for (const std::string_view beginning : kBeginnings)
+    kinds[static_cast<unsigned char>(beginning[0])] = Kind::kTelling;
+  kinds['\r'] = kinds['\n'] = Kind::kEmpty;
+  return kinds;
+}
+constexpr std::array<Kind, 256> kKinds = MakeKinds();
+
 // Whether another line tells something.
 bool IsTelling(std::string_view line) {
-  constexpr std::string_view kBeginnings[] = {
-      "BEGIN implicit",    kOptions,      "E r r o r",       "Equilibrium",
-      "Iteration:",        "N o r m a l", "Problem time",    "***",
-      "current step size", "estimated ",  "internal energy", "kinetic energy",
-      "termination time",  "total energy"};
   return std::any_of(std::begin(kBeginnings), std::end(kBeginnings), [line](auto beginning) {
     return beginning[0] == line[0] && line.starts_with(beginning);
   });
@@ -96,19 +114,26 @@ void StatusProgress::TakeLines(std::string_view block) {
 
 void MessageProgress::TakeLines(std::string_view block) {
   std::string_view passed;  // the last progress line that was not taken
-  for (std::size_t position = 0; position < block.size();) {
-    const std::string_view line = ::TakeLine(block, position);
-    std::size_t begin = 0;
-    while (begin < line.size() && (line[begin] == ' ' || line[begin] == '\t')) ++begin;
-    if (begin == line.size()) {
+  const char* const blockEnd = block.data() + block.size();
+  for (const char* at = block.data(); at < blockEnd;) {
+    const char* const lineBegin = at;
+    while (at < blockEnd && (*at == ' ' || *at == '\t')) ++at;
+    const char* const begin = at;
+    const void* const found = std::memchr(at, '\n', static_cast<std::size_t>(blockEnd - at));
+    const char* const lineEnd = found ? static_cast<const char*>(found) : blockEnd;
+    at = found ? lineEnd + 1 : blockEnd;
+    const Kind kind = begin < blockEnd ? kKinds[static_cast<unsigned char>(*begin)] : Kind::kEmpty;
+    if (kind == Kind::kNothing && !inOptions_) continue;
+    std::string_view text(begin, static_cast<std::size_t>(lineEnd - begin));
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    if (text.empty()) {
       inOptions_ = false;
       continue;
     }
-    const std::string_view text = line.substr(begin);
-    if (IsDigit(text[0])) {
+    if (kind == Kind::kProgress) {
       if (!LooksLikeProgress(text)) continue;
       // Of very many lines most are only counted.
-      if (seen_++ % stride_ != 0 && end_ == RunEnd::kRunning) {
+      if ((seen_++ & (stride_ - 1)) != 0 && end_ == RunEnd::kRunning) {
         passed = text;
         continue;
       }
@@ -117,18 +142,17 @@ void MessageProgress::TakeLines(std::string_view block) {
       continue;
     }
     if (inOptions_) {
-      if (begin >= kOptionIndent) {
+      if (begin - lineBegin >= kOptionIndent) {
         TakeOption(Trimmed(text));
         continue;
       }
       inOptions_ = false;
     }
-    if (!IsTelling(text)) continue;
+    if (kind != Kind::kTelling || !IsTelling(text)) continue;
     if (!passed.empty() && TakeProgress(passed)) lastIsExtra_ = true;
     passed = {};
     // Of a line that may have been cut only words count.
-    const bool whole = position < block.size() || block.back() == '\n';
-    if (whole || Holds(text, " t e r m i n a t i o n")) TakeLine(Trimmed(text));
+    if (found || Holds(text, " t e r m i n a t i o n")) TakeLine(Trimmed(text));
   }
   if (!passed.empty() && TakeProgress(passed)) lastIsExtra_ = true;
 }

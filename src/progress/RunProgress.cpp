@@ -1,9 +1,13 @@
 #include "progress/RunProgress.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <future>
+#include <system_error>
 
 #include "util/files/FileDirWrapper.h"
+#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -43,21 +47,63 @@ void RunProgress::FollowKeptFile() {
   output_->MovedTo(kept);
 }
 
-bool RunProgress::LookAt(std::optional<GrowingFile>& file, LineTaker& taker,
-                         const Progress& progress) {
-  if (!file || stopped_) return false;
-  const GrowingFile::News news = file->Look(taker, progress);
-  hasRead_ = hasRead_ || news != GrowingFile::News::kMissing;
-  stopped_ = news == GrowingFile::News::kStopped;
-  return news == GrowingFile::News::kRead || stopped_;
-}
+namespace {
+
+// What several threads have read of several files, for one hook.
+class SharedProgress {
+ public:
+  explicit SharedProgress(const RunProgress::Progress& hook) : hook_(hook) {}
+
+  // For the file with this number. Empty when nobody wants to know.
+  RunProgress::Progress Of(std::size_t file) {
+    if (!hook_) return {};
+    return [this, file](std::uint64_t done, std::uint64_t size) {
+      const MutexLock lock(mutex_);
+      done_[file] = done;
+      size_[file] = size;
+      goesOn_ = goesOn_ && hook_(done_[0] + done_[1], size_[0] + size_[1]);
+      return goesOn_;
+    };
+  }
+
+ private:
+  const RunProgress::Progress& hook_;
+  Mutex mutex_;
+  std::array<std::uint64_t, 2> done_ KR_GUARDED_BY(mutex_){};
+  std::array<std::uint64_t, 2> size_ KR_GUARDED_BY(mutex_){};
+  bool goesOn_ KR_GUARDED_BY(mutex_) = true;
+};
+
+}  // namespace
 
 bool RunProgress::Look(const Progress& progress) {
-  stopped_ = false;
+  const bool hasMuch = !hasRead_ || stopped_;
+  SharedProgress shared(progress);
+  std::array<GrowingFile::News, 3> news;
+  const auto lookAt = [](std::optional<GrowingFile>& file, LineTaker& taker, const Progress& hook) {
+    return file ? file->Look(taker, hook) : GrowingFile::News::kMissing;
+  };
+  const auto lookAtStates = [&] { news[2] = lookAt(glstat_, states_, shared.Of(1)); };
+  // The two big ones at the same time.
+  std::future<void> states;
+  if (hasMuch && glstat_) {
+    try {
+      states = std::async(std::launch::async, lookAtStates);
+    } catch (const std::system_error&) {
+      // One after the other, then.
+    }
+  }
   const bool isKeyword = files_.kind == RunFiles::Kind::kKeyword;
-  bool news = isKeyword ? LookAt(output_, message_, progress) : LookAt(output_, text_, progress);
-  news = LookAt(statusOut_, status_, progress) || news;
-  return LookAt(glstat_, states_, progress) || news;
+  news[0] = lookAt(output_, isKeyword ? static_cast<LineTaker&>(message_) : text_, shared.Of(0));
+  news[1] = lookAt(statusOut_, status_, {});
+  states.valid() ? states.get() : lookAtStates();
+  const auto any = [&](GrowingFile::News wanted) {
+    return std::find(news.begin(), news.end(), wanted) != news.end();
+  };
+  stopped_ = any(GrowingFile::News::kStopped);
+  const bool hasNews = any(GrowingFile::News::kRead) || stopped_;
+  hasRead_ = hasRead_ || hasNews || any(GrowingFile::News::kNone);
+  return hasNews;
 }
 
 void RunProgress::TakeOpenLines() {

@@ -56,8 +56,9 @@ class RunProgress {
   // Of the deck, where the caller knows it; what the run itself tells goes before.
   void SetDeckEndTime(std::optional<double> endTime) { deckEndTime_ = endTime; }
 
-  // True when something was new. `progress` as GrowingFile::Look has it; when it returns false the
-  // rest is left for the next look.
+  // True when something was new. `progress` as GrowingFile::Look has it, for the big files
+  // together, on several threads but one at a time; when it returns false the rest is left for the
+  // next look.
   using Progress = std::function<bool(std::uint64_t done, std::uint64_t size)>;
   bool Look(const Progress& progress = {});
   bool HasRead() const { return hasRead_; }  // any of the files
@@ -77,7 +78,6 @@ class RunProgress {
   const GlobalStates& States() const { return states_; }
 
  private:
-  bool LookAt(std::optional<GrowingFile>& file, LineTaker& taker, const Progress& progress);
   std::optional<double> EndTime() const;
   void TellEnd(RunNews& news) const;
 
