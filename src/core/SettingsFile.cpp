@@ -42,6 +42,7 @@ const Key kFirstKeys[] = {
     {"GENERAL", "language", &Settings::language},
     {"GENERAL", "keep_jobs", &Settings::keep_jobs},
     {"GENERAL", "group", &Settings::group},
+    {"GENERAL", "table_columns", &Settings::table_columns},
 };
 const Key kLastKeys[] = {
     {"SOLVER", "mpp_solver_s", &Settings::mpp_solver_s},

@@ -29,6 +29,7 @@ struct Settings {
   int language = 0;   // 0 English, 1 Chinese
   int keep_jobs = 1;  // jobs left by the last session: 0 dropped, 1 offered, 2 restored at once
   std::string group;
+  std::string table_columns;  // the extra ones that are shown, and widths; see JobTable
 
   // SOLVER
   std::array<std::string, 10> solver_path;  // by solver kind; the rest stays empty

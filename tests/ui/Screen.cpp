@@ -85,6 +85,12 @@ struct Place {
   int x, y;
 };
 
+std::vector<Flx_HeaderButton*> HeadsFromLeft(Flx_Table& table) {
+  std::vector<Flx_HeaderButton*> heads = All<Flx_HeaderButton>(table);
+  std::ranges::sort(heads, {}, [](const Fl_Widget* head) { return head->x(); });
+  return heads;
+}
+
 Fl_Window& WindowOf(Fl_Widget& widget) {
   return widget.as_window() ? *widget.as_window() : *widget.window();
 }
@@ -224,13 +230,13 @@ bool Drawing::HasFrame(Fl_Widget& widget, Fl_Color color) const {
 std::string HeadsOf(Flx_Table& table) {
   const Drawing drawing(*table.window());
   std::string titles;
-  for (Flx_HeaderButton* head : All<Flx_HeaderButton>(table)) titles += "|" + drawing.Text(*head);
+  for (Flx_HeaderButton* head : HeadsFromLeft(table)) titles += "|" + drawing.Text(*head);
   return titles.substr(1);
 }
 
 std::vector<std::string> RowsOf(Flx_Table& table) {
   const Drawing drawing(*table.window());
-  const std::vector<Flx_HeaderButton*> heads = All<Flx_HeaderButton>(table);
+  const std::vector<Flx_HeaderButton*> heads = HeadsFromLeft(table);
   std::vector<std::string> rows;
   std::size_t column = 0;
   int line = 0;

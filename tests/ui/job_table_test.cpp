@@ -362,6 +362,45 @@ TEST_F(JobTableTest, ColumnsMadeNarrowAndWideAgainAreAsBefore) {
   EXPECT_EQ(widths(), wide);
 }
 
+TEST_F(JobTableTest, ExtraColumnsAreChosenMovedAndRemembered) {
+  Files().Set(&Settings::cpu_count, 3);
+  auto done = MakeJob<JobFileDyna>("/w/done.k", JobStatus::kFinished);
+  done->restartFile = "/w/d3dump02";
+  done->ncpu = 8;
+  done->started = 1000;
+  done->ended = 1065;
+  Add(done);
+  Add(MakeJob<JobFileDyna>("/w/next.k"));
+  const auto choose = [&](const std::string& entry) {
+    Talk([&] { PressKey('k', FL_CTRL); }, {[&](Fl_Window& menu) { Press(menu, entry); }});
+  };
+  for (const char* column : {"CPUs", "Group", "Elapsed", "Restart File", "Group"}) choose(column);
+  const std::string first =
+      "Job Name|In Folder|Solver|MStages|Memory|Status|Message|Summary|I Force|Other Param";
+  EXPECT_EQ(HeadsOf(Table()), first + "|CPUs|Elapsed|Restart File");
+  EXPECT_TRUE(Rows()[0].ends_with("|8|1 min 5 s|d3dump02")) << Rows()[0];
+  EXPECT_TRUE(Rows()[1].ends_with("|3|–|–")) << Rows()[1];
+  Press(Table(), "Elapsed");
+  EXPECT_TRUE(Rows()[1].starts_with("next.k|")) << "what is not known is last";
+
+  const auto head = [&](const std::string& title) -> Flx_HeaderButton& {
+    for (Flx_HeaderButton* one : All<Flx_HeaderButton>(Table()))
+      if (Drawing(*window_).Text(*one) == title) return *one;
+    throw std::runtime_error(title);
+  };
+  const auto drag = [&](const Flx_HeaderButton& one, int place, int by) {
+    Drag(*window_, one.x() + place, one.y() + one.h() / 2, by);
+  };
+  drag(head("CPUs"), 20, head("Elapsed").x() - head("CPUs").x() + head("Elapsed").w() - 25);
+  drag(head("In Folder"), head("In Folder").w() - 1, 37);
+  const int width = head("In Folder").w();
+  EXPECT_EQ(Stored().table_columns, "folder=" + std::to_string(width) + " elapsed cpus restart");
+  Close();
+  Start();
+  EXPECT_EQ(HeadsOf(Table()), first + "|Elapsed|CPUs|Restart File");
+  EXPECT_EQ(head("In Folder").w(), width);
+}
+
 class ChineseJobTable : public JobTableTest {
  protected:
   ChineseJobTable() : JobTableTest(1) {}

@@ -4,6 +4,7 @@
 #include <FL/fl_draw.H>
 #include <FL/Fl_Window.H>
 
+#include <cstdlib>
 #include <utility>
 
 #include "ui/fltk/Labels.h"
@@ -11,7 +12,8 @@
 
 namespace {
 
-constexpr int kEdge = 5;  // pixels on each side of a column's border that take hold of it
+constexpr int kEdge = 5;       // pixels on each side of a column's border that take hold of it
+constexpr int kDragStart = 6;  // pixels that the mouse moves before it takes the column along
 constexpr int kTextPadding = 8;
 constexpr int kMarkWidth = 12;
 
@@ -25,8 +27,7 @@ Flx_HeaderButton::Flx_HeaderButton(ColumnSizer& sizer, int column, const std::st
 int Flx_HeaderButton::ColumnAtEdge() const {
   const int mouse = Fl::event_x();
   if (mouse >= x() + w() - kEdge) return column_;
-  if (mouse < x() + kEdge && column_ > 0) return column_ - 1;
-  return -1;
+  return mouse < x() + kEdge ? sizer_.ColumnBefore(column_) : -1;
 }
 
 void Flx_HeaderButton::ShowResizeCursor() {
@@ -50,6 +51,8 @@ int Flx_HeaderButton::handle(int event) {
       ShowDefaultCursor();
       return 1;
     case FL_PUSH:
+      pushX_ = Fl::event_x();
+      if (Fl::event_button() == FL_RIGHT_MOUSE) sizer_.HeadMenu(column_);
       pressed_ = Fl::event_button() == FL_LEFT_MOUSE && ColumnAtEdge() < 0;
       if (Fl::event_button() != FL_LEFT_MOUSE || pressed_) return 1;
       if (Fl::event_clicks() > 0) {
@@ -57,14 +60,19 @@ int Flx_HeaderButton::handle(int event) {
         sizer_.FitColumn(ColumnAtEdge());
         return 1;
       }
-      pushX_ = Fl::event_x();
       sizer_.BeginColumnResize(ColumnAtEdge());
       ShowResizeCursor();
       return 1;
     case FL_DRAG:
+      dragged_ = dragged_ || (pressed_ && std::abs(Fl::event_x() - pushX_) > kDragStart);
+      if (dragged_) sizer_.DragColumn(column_, Fl::event_x());
       sizer_.ResizeColumn(Fl::event_x() - pushX_);
       return 1;
     case FL_RELEASE:
+      if (std::exchange(dragged_, false)) {
+        pressed_ = false;
+        sizer_.EndColumnDrag();
+      }
       sizer_.EndColumnResize();
       if (std::exchange(pressed_, false) && Fl::event_inside(this)) sizer_.HeadPressed(column_);
       return 1;

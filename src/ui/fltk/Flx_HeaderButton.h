@@ -6,8 +6,8 @@
 
 #include <string>
 
-// What a head asks of its table when it is pressed, and while the user drags the right edge of a
-// column.
+// What a head asks of its table when it is pressed or dragged, and while the user drags the right
+// edge of a column.
 class ColumnSizer {
  public:
   virtual void HeadPressed(int column) = 0;
@@ -15,12 +15,19 @@ class ColumnSizer {
   virtual void ResizeColumn(int byPixels) = 0;  // since the beginning
   virtual void EndColumnResize() = 0;
   virtual void FitColumn(int column) = 0;  // to its texts
+  // The one at its left; -1: none.
+  virtual int ColumnBefore(int column) const = 0;
+  // To where the mouse is, among those that can be moved.
+  virtual void DragColumn(int column, int mouseX) = 0;
+  virtual void EndColumnDrag() = 0;
+  virtual void HeadMenu(int column) = 0;
 
  protected:
   ~ColumnSizer() = default;
 };
 
-// Its edges resize columns by dragging; a double click on an edge fits the column to its texts.
+// Its edges resize columns by dragging; a double click on an edge fits the column to its texts. The
+// head itself can be dragged as well.
 class Flx_HeaderButton : public Fl_Button {
  public:
   Flx_HeaderButton(ColumnSizer& sizer, int column, const std::string& title);
@@ -44,6 +51,7 @@ class Flx_HeaderButton : public Fl_Button {
   const std::string title_;
   Mark mark_ = Mark::kNone;
   bool pressed_ = false;
+  bool dragged_ = false;
   int pushX_ = 0;
   bool resizeCursor_ = false;
 };

@@ -21,9 +21,13 @@ constexpr int kNarrowestFit = 60;  // that one keeps which is fitted to its text
 
 // Hands `missing` pixels (negative: to give up) to the columns by their shares. Columns that would
 // become narrower than they may be stay at that width and the others give more.
-void Distribute(int missing, const std::vector<TableColumn>& columns, std::vector<int>& widths) {
+void Distribute(int missing, const std::vector<TableColumn>& columns, const std::vector<int>& shown,
+                std::vector<int>& widths) {
   std::vector<bool> open(columns.size());
-  for (std::size_t i = 0; i < columns.size(); ++i) open[i] = columns[i].stretch > 0;
+  for (const int column : shown) {
+    const auto i = static_cast<std::size_t>(column);
+    open[i] = columns[i].stretch > 0;
+  }
   for (bool again = true; again && missing != 0;) {
     again = false;
     int shares = 0;
@@ -94,16 +98,88 @@ void Flx_Table::AddColumn(const TableColumn& column) {
   buttons_.push_back(button);
   columns_.push_back(column);
   widths_.push_back(column.width);
+  if (column.isExtra) return button->hide();
+  order_.push_back(ColumnCount() - 1);
   wantedFor_ += column.width;
 }
 
+void Flx_Table::ShowExtraColumns(const std::vector<int>& columns) {
+  const std::vector<int> before = std::exchange(order_, {});
+  const auto isShown = [this](int column) { return std::ranges::count(order_, column) > 0; };
+  for (int column = 0; column < ColumnCount(); ++column)
+    if (!Wanted(column).isExtra) order_.push_back(column);
+  for (const int column : columns) {
+    const bool isExtra = column >= 0 && column < ColumnCount() && Wanted(column).isExtra;
+    if (isExtra && !isShown(column)) order_.push_back(column);
+  }
+  if (order_ == before) return;
+  for (const int column : before) wantedFor_ -= isShown(column) ? 0 : Wanted(column).width;
+  for (const int column : order_)
+    wantedFor_ += std::ranges::count(before, column) > 0 ? 0 : Wanted(column).width;
+  for (int column = 0; column < ColumnCount(); ++column) {
+    Flx_HeaderButton* const button = buttons_[static_cast<std::size_t>(column)];
+    isShown(column) ? button->show() : button->hide();
+  }
+  LayOut();
+}
+
+std::optional<int> Flx_Table::GivenWidth(int column) const {
+  const TableColumn& wanted = columns_[static_cast<std::size_t>(column)];
+  return wanted.isGiven ? std::optional(wanted.width) : std::nullopt;
+}
+
+void Flx_Table::GiveWidth(int column, int width) {
+  TableColumn& wanted = Wanted(column);
+  width = std::max(width, kNarrowest);
+  if (std::ranges::count(order_, column) > 0) wantedFor_ += width - wanted.width;
+  wanted.width = width;
+  wanted.stretch = 0;
+  wanted.minWidth = std::min(wanted.minWidth, width);
+  wanted.isGiven = true;
+  LayOut();
+}
+
 int Flx_Table::ColumnX(int column) const {
-  return OriginX() + std::accumulate(widths_.begin(), widths_.begin() + column, 0);
+  int x = OriginX();
+  for (const int one : order_) {
+    if (one == column) break;
+    x += widths_[static_cast<std::size_t>(one)];
+  }
+  return x;
+}
+
+int Flx_Table::ColumnBefore(int column) const {
+  const auto found = std::ranges::find(order_, column);
+  return found == order_.begin() || found == order_.end() ? -1 : *(found - 1);
+}
+
+// The column goes to the other side of one whose middle the mouse has passed.
+void Flx_Table::DragColumn(int column, int mouseX) {
+  if (!Wanted(column).isExtra) return;
+  std::vector<int> extra;
+  for (const int one : order_)
+    if (Wanted(one).isExtra) extra.push_back(one);
+  const auto at = std::ranges::find(extra, column);
+  const auto middle = [this](int one) { return ColumnX(one) + Width(one) / 2; };
+  if (at != extra.begin() && mouseX < middle(*(at - 1))) {
+    std::iter_swap(at, at - 1);
+  } else if (at + 1 != extra.end() && mouseX > middle(*(at + 1))) {
+    std::iter_swap(at, at + 1);
+  }
+  ShowExtraColumns(extra);
+}
+
+void Flx_Table::EndColumnDrag() {
+  if (OnColumns) OnColumns();
+}
+
+void Flx_Table::HeadMenu(int column) {
+  if (OnHeadMenu) OnHeadMenu(column, Fl::event_x(), Fl::event_y());
 }
 
 int Flx_Table::ColumnAt(int x) const {
   int right = OriginX();
-  for (int column = 0; column < ColumnCount(); ++column) {
+  for (const int column : order_) {
     right += widths_[static_cast<std::size_t>(column)];
     if (x < right) return x < OriginX() ? -1 : column;
   }
@@ -112,14 +188,18 @@ int Flx_Table::ColumnAt(int x) const {
 
 int Flx_Table::SpreadColumns() {
   for (std::size_t i = 0; i < columns_.size(); ++i) widths_[i] = columns_[i].width;
-  int total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  const auto sum = [this] {
+    return std::accumulate(order_.begin(), order_.end(), 0,
+                           [this](int all, int column) { return all + Width(column); });
+  };
+  int total = sum();
   int missing = viewWidth_ - wantedFor_;
   // A wider window first shows what had no room until now.
   if (missing > 0) missing = std::clamp(viewWidth_ - total, 0, missing);
-  if (resized_ < 0) Distribute(missing, columns_, widths_);
-  total = std::accumulate(widths_.begin(), widths_.end(), 0);
+  if (resized_ < 0) Distribute(missing, columns_, order_, widths_);
+  total = sum();
   filler_ = std::max(0, viewWidth_ - total);
-  widths_.back() += filler_;
+  Width(order_.back()) += filler_;
   return std::max(total, viewWidth_);
 }
 
@@ -147,9 +227,9 @@ void Flx_Table::LayOut() {
 
 void Flx_Table::PlaceHeads() {
   int x = OriginX();
-  for (std::size_t i = 0; i < buttons_.size(); ++i) {
-    buttons_[i]->resize(x, heads_->y(), widths_[i], heads_->h());
-    x += widths_[i];
+  for (const int column : order_) {
+    buttons_[static_cast<std::size_t>(column)]->resize(x, heads_->y(), Width(column), heads_->h());
+    x += Width(column);
   }
   heads_->redraw();
 }
@@ -284,6 +364,7 @@ void Flx_Table::RowChanged(int row) {
 }
 
 void Flx_Table::CopyColumns(const Flx_Table& other) {
+  ShowExtraColumns(other.order_);
   columns_ = other.columns_;
   wantedFor_ = other.wantedFor_;
   LayOut();
@@ -304,8 +385,8 @@ void Flx_Table::HeadPressed(int column) {
 void Flx_Table::BeginColumnResize(int column) {
   // What is on the screen becomes what is wanted, so that only this column changes.
   atPush_ = {columns_, wantedFor_};
-  for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].width = widths_[i];
-  if (column + 1 < ColumnCount()) columns_.back().width -= filler_;
+  for (const int one : order_) Wanted(one).width = Width(one);
+  if (column != order_.back()) Wanted(order_.back()).width -= filler_;
   wantedFor_ = viewWidth_;
   resized_ = column;
   widthAtPush_ = widths_[static_cast<std::size_t>(column)];
@@ -327,11 +408,13 @@ void Flx_Table::EndColumnResize() {
   if (changed) {
     column.stretch = 0;
     column.minWidth = std::min(column.minWidth, column.width);
+    column.isGiven = true;
     wantedFor_ = viewWidth_;
   } else {
     std::tie(columns_, wantedFor_) = atPush_;
   }
   LayOut();
+  if (changed && OnColumns) OnColumns();
 }
 
 // To the rows that can be seen.

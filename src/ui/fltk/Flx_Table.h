@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,9 +16,11 @@
 
 struct TableColumn {
   std::string title;
-  int width = 0;     // wanted, in pixels
-  int minWidth = 0;  // what the table shrinks it to; the user may make it narrower
-  int stretch = 0;   // share of the space that is left over or missing; 0: keeps its width
+  int width = 0;         // wanted, in pixels
+  int minWidth = 0;      // what the table shrinks it to; the user may make it narrower
+  int stretch = 0;       // share of the space that is left over or missing; 0: keeps its width
+  bool isExtra = false;  // can be shown or not, and moved among such ones; hidden at first
+  bool isGiven = false;  // the user gave it this width
 };
 
 // Base of the tables. Rows are not widgets: only those that can be seen are drawn, so the number of
@@ -50,10 +53,19 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   void RowsChanged();
   void RowChanged(int row);
 
+  // The columns that are shown, from the left. The extra ones stand behind the others in the order
+  // that is given; unknown ones and others than extra ones are passed over.
+  const std::vector<int>& ShownColumns() const { return order_; }
+  void ShowExtraColumns(const std::vector<int>& columns);
+  // Nothing as long as the user has not given it one.
+  std::optional<int> GivenWidth(int column) const;
+  void GiveWidth(int column, int width);
+
   // Shows that the rows are sorted by a column; -1: by none.
   void ShowSorted(int column, bool descending);
 
-  // Takes over the widths that the user gave to another table with the same columns.
+  // Takes over from another table with the same columns which are shown, and the widths that the
+  // user gave.
   void CopyColumns(const Flx_Table& other);
 
   // Moves the keyboard focus to the rows.
@@ -62,10 +74,12 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   std::function<void()> OnSelect;  // the selection or the current row is another one
   // A right click or the menu key; the row, if any, is current then. Window coordinates.
   std::function<void(int x, int y)> OnMenu;
-  std::function<void(int row, int column)> OnCell;         // a button cell was pressed
-  std::function<void(int column)> OnHead;                  // a column's head was pressed
-  std::function<void(int row, int column)> OnDoubleClick;  // on a cell that is no button
-  std::function<void()> OnEnter;                           // the Enter key; a row is current
+  std::function<void(int row, int column)> OnCell;           // a button cell was pressed
+  std::function<void(int column)> OnHead;                    // a column's head was pressed
+  std::function<void(int column, int x, int y)> OnHeadMenu;  // a right click on a head
+  std::function<void()> OnColumns;                           // the user changed widths or order
+  std::function<void(int row, int column)> OnDoubleClick;    // on a cell that is no button
+  std::function<void()> OnEnter;                             // the Enter key; a row is current
 
   void draw() override;
   void resize(int x, int y, int w, int h) override;
@@ -125,6 +139,10 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   void ResizeColumn(int byPixels) override;
   void EndColumnResize() override;
   void FitColumn(int column) override;
+  int ColumnBefore(int column) const override;
+  void DragColumn(int column, int mouseX) override;
+  void EndColumnDrag() override;
+  void HeadMenu(int column) override;
   void LayOut();
   void PlaceHeads();
   int SpreadColumns();          // over the view; returns the width of all
@@ -136,7 +154,9 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   int OriginX() const { return ViewX() - scroll_->xposition(); }
   int OriginY() const { return ViewY() - scroll_->yposition(); }
   int ColumnAt(int x) const;
-  int ColumnX(int column) const;
+  int ColumnX(int column) const;  // of one that is shown
+  int& Width(int column) { return widths_[static_cast<std::size_t>(column)]; }
+  TableColumn& Wanted(int column) { return columns_[static_cast<std::size_t>(column)]; }
 
   Fl_Group* heads_;
   Fl_Scroll* scroll_;
@@ -145,6 +165,7 @@ class Flx_Table : public Fl_Group, private ColumnSizer {
   std::vector<TableColumn> columns_;
   std::vector<Flx_HeaderButton*> buttons_;
   std::vector<int> widths_;  // as laid out
+  std::vector<int> order_;   // those that are shown, from the left
   int viewWidth_ = 0;
   int viewHeight_ = 0;
   int totalWidth_ = 0;  // of all columns; at least the view's

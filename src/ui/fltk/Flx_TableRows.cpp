@@ -96,7 +96,7 @@ void Flx_Table::Rows::DrawRow(int row, int last) {
   fl_color(Theme::kFaintLine);
   fl_xyline(x(), top + Sizes::kRowHeight - 1, x() + w() - 1);
   int left = table_.OriginX();
-  for (int column = 0; column < table_.ColumnCount(); ++column) {
+  for (const int column : table_.order_) {
     const int width = table_.widths_[static_cast<std::size_t>(column)];
     if (left >= last) break;
     if (fl_not_clipped(left, top, width, Sizes::kRowHeight)) {

@@ -38,6 +38,7 @@ const ActionInfo kActions[] = {
     {Action::kFind, nullptr, nullptr, "ui_menu_find", FL_CTRL | 'f'},
     {Action::kSelectAll, nullptr, nullptr, "ui_menu_select_all", FL_CTRL | 'a'},
     {Action::kSelectFailed, nullptr, nullptr, "ui_menu_select_failed", FL_CTRL | FL_SHIFT | 'a'},
+    {Action::kColumns, nullptr, nullptr, "ui_menu_columns", FL_CTRL | 'k'},
     {Action::kHistory, nullptr, nullptr, "ui_menu_history", FL_CTRL | 'h'},
     {Action::kJobHistory, nullptr, nullptr, "ui_menu_job_history", FL_CTRL | FL_SHIFT | 'h'},
     {Action::kMonitor, nullptr, nullptr, "ui_menu_monitor", FL_F + 6},

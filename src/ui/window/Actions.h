@@ -36,6 +36,7 @@ enum class Action {
   kFind,
   kSelectAll,
   kSelectFailed,
+  kColumns,
   kHistory,
   kJobHistory,
   kMonitor,

@@ -175,10 +175,19 @@ void Flx_AppWnd::MakeTable(const std::shared_ptr<JobGroup>& group) {
   table->OnDoubleClick = [this](int, int column) {
     if (column == JobTable::kStatus) Perform(Action::kMonitor);
   };
+  table->SurroundingsNow = [this, group] { return SurroundingsOf(*group); };
+  table->OnHeadMenu = [table](int column, int x, int y) { table->OpenColumnMenu(column, x, y); };
+  table->OnColumns = [this, table] {
+    application_.SettingsAndFiles().Set(&Settings::table_columns, table->ColumnsText());
+  };
   table->OnEnter = [this] { Perform(Action::kViewSummary); };
   table->OnView = [this] { ShowFilter(); };
   table->SetFollow(follows_);
-  if (!tables_.empty()) table->CopyColumns(*tables_.front());
+  if (tables_.empty()) {
+    table->SetColumns(application_.SettingsAndFiles().Get().table_columns);
+  } else {
+    table->CopyColumns(*tables_.front());
+  }
   tables_.push_back(table);
 }
 

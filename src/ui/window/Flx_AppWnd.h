@@ -82,6 +82,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void SwitchToGroup(int index);
   void StepGroup(int by);
   Counts Count(const JobGroup& group) const;
+  JobTable::Surroundings SurroundingsOf(const JobGroup& group) const;
   std::string EndOf(const JobGroup& group) const;
   // Reads the current job; false, after telling the user, when there is none.
   bool ReadCurrentJob(const std::function<void(const JobFile&)>& read);

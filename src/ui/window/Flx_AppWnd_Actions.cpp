@@ -19,6 +19,7 @@
 #include "ui/text/ShownValues.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/KeywordFiles.h"
+#include "ui/window/Layout.h"
 #include "ui/window/StoppingWindow.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
@@ -100,6 +101,9 @@ void Flx_AppWnd::Perform(Action action) {
       return Table()->SelectAllRows();
     case Action::kSelectFailed:
       return SelectFailed();
+    case Action::kColumns:
+      return Table()->OpenColumnMenu(-1, Table()->x() + Layout::kMargin,
+                                     Table()->y() + Layout::kHeaderHeight);
     case Action::kNextGroup:
       return StepGroup(1);
     case Action::kPreviousGroup:

@@ -151,7 +151,8 @@ void Flx_AppWnd::OpenJobMenu(int x, int y) {
 
 void Flx_AppWnd::OpenGroupMenu(int x, int y) {
   PopUp({Action::kRenameGroup, Action::kAddGroup, Action::kDeleteGroup, kSeparator, Action::kSubmit,
-         Action::kStop, kSeparator, Action::kFind, Action::kSelectAll, Action::kSelectFailed},
+         Action::kStop, kSeparator, Action::kFind, Action::kSelectAll, Action::kSelectFailed,
+         Action::kColumns},
         x, y);
 }
 

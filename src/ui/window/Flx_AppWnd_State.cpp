@@ -7,6 +7,7 @@
 
 #include "core/JobTimeLeft.h"
 #include "core/SmallTextFile.h"
+#include "jobs/JobArguments.h"
 #include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Tip.h"
 #include "ui/text/Encoding.h"
@@ -14,6 +15,7 @@
 #include "ui/window/Layout.h"
 #include "ui/window/LeftText.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/process/ProcessIdentity.h"
 
 void Flx_AppWnd::Refresh() {
   SyncTables();
@@ -107,6 +109,22 @@ std::string Flx_AppWnd::EndOf(const JobGroup& group) const {
   const std::optional<double> left = GroupTimeLeft(group, application_.Manager().Watch(), past);
   if (!left) return {};
   return texts_.Format("run_group_ends", ToUi(group.Name()), EndWords(*left, texts_));
+}
+
+JobTable::Surroundings Flx_AppWnd::SurroundingsOf(const JobGroup& group) const {
+  const Settings settings = application_.SettingsAndFiles().Get();
+  JobTable::Surroundings around;
+  around.cpus = settings.cpu_count;
+  around.computer = ToUi(MachineName());
+  around.group = ToUi(group.Name());
+  around.runs = group.Running();
+  if (!settings.use_mpp) return around;
+  for (const HostCpus& host : HostsOfGroup(settings, group.Text()).hosts) {
+    if (host.cpus < 1) continue;
+    around.hostCpus += host.cpus;
+    around.hosts += (around.hosts.empty() ? "" : ", ") + ToUi(host.name);
+  }
+  return around;
 }
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {

@@ -5,28 +5,24 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <sstream>
 
-#include "solvers/SolverKinds.h"
 #include "ui/dialogs/StatusCell.h"
 #include "ui/fltk/CellDrawing.h"
 #include "ui/fltk/Icons.h"
 #include "ui/fltk/Labels.h"
+#include "ui/fltk/PopupMenu.h"
 #include "ui/fltk/Theme.h"
-#include "ui/text/Encoding.h"
-#include "ui/text/FileText.h"
-#include "ui/text/ShownValues.h"
 #include "ui/window/Layout.h"
+#include "util/text/StrWrapper.h"
 
 namespace {
 
 constexpr int kCheckSize = 13;
 constexpr int kGoOnSize = CellDrawing::kIconSize;
 
-bool CanViewMessage(JobStatus status) {
-  return status == JobStatus::kRunning || HasEnded(status);
-}
-
 struct Shape {
+  const char* word;  // of the settings
   const char* title;
   int width, least;
   int share;  // of what a window has more or less than the widths
@@ -34,10 +30,25 @@ struct Shape {
 
 // In the order of Column.
 constexpr Shape kShapes[] = {
-    {"lab_job_name", 128, 90, 3},  {"lab_in_folder", 112, 80, 5}, {"lab_solv", 110, 110, 0},
-    {"lab_mstage", 68, 68, 0},     {"lab_memory", 70, 66, 0},     {"lab_status", 190, 110, 2},
-    {"lab_messag", 70, 70, 0},     {"lab_result", 76, 76, 0},     {"lab_iforce", 64, 64, 0},
-    {"lab_other_para", 80, 70, 3},
+    {"name", "lab_job_name", 128, 90, 3},
+    {"folder", "lab_in_folder", 112, 80, 5},
+    {"solver", "lab_solv", 110, 110, 0},
+    {"stages", "lab_mstage", 68, 68, 0},
+    {"memory", "lab_memory", 70, 66, 0},
+    {"status", "lab_status", 190, 110, 2},
+    {"message", "lab_messag", 70, 70, 0},
+    {"summary", "lab_result", 76, 76, 0},
+    {"iforce", "lab_iforce", 64, 64, 0},
+    {"other", "lab_other_para", 80, 70, 3},
+    {"order", "ui_column_order", 50, 50, 0},
+    {"cpus", "ui_past_cpus", 58, 58, 0},
+    {"progress", "ui_column_progress", 74, 74, 0},
+    {"started", "ui_column_started", 126, 126, 0},
+    {"elapsed", "ui_column_elapsed", 96, 90, 0},
+    {"ends", "ui_column_ends", 110, 100, 0},
+    {"where", "ui_column_where", 110, 80, 0},
+    {"restart", "ui_column_restart", 110, 80, 0},
+    {"group", "lab_group", 90, 70, 0},
 };
 static_assert(std::size(kShapes) == JobTable::kColumns);
 
@@ -51,7 +62,9 @@ JobTable::JobTable(int x, int y, int w, int h, std::shared_ptr<JobList> list,
       stateOf_(std::move(stateOf)),
       rows_(list_, texts) {
   for (const Shape& shape : kShapes)
-    AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share});
+    AddColumn({texts.Get(shape.title), shape.width, shape.least, shape.share,
+               &shape >= kShapes + kOrder});
+  ShowSorted(kOrder, false);
   OnHead = [this](int column) { SortByHead(static_cast<Column>(column)); };
   JobsChanged();
 }
@@ -152,6 +165,8 @@ void JobTable::SetFilter(const std::string& words, const StatusClasses& classes)
 }
 
 void JobTable::SortBy(Column column, bool descending) {
+  if (SurroundingsNow) around_ = SurroundingsNow();
+  if (column == kEnds) EstimateEnds();
   sortedBy_ = column;
   descending_ = descending;
   ShowSorted(column, descending);
@@ -161,12 +176,15 @@ void JobTable::SortBy(Column column, bool descending) {
 void JobTable::ShowRunningOrder() {
   if (!sortedBy_) return;
   sortedBy_.reset();
-  ShowSorted(-1, false);
+  ShowSorted(kOrder, false);
   Arrange([&] { rows_.Sort({}, false); }, false);
 }
 
+// Of times and progress the newest and the farthest come first.
 void JobTable::SortByHead(Column column) {
-  SortBy(column, sortedBy_ == column && !descending_);
+  if (column == kOrder) return ShowRunningOrder();
+  const bool largestFirst = column == kStarted || column == kElapsed || column == kProgress;
+  SortBy(column, sortedBy_ == column ? !descending_ : largestFirst);
 }
 
 void JobTable::SetFollow(bool follow) {
@@ -186,103 +204,65 @@ void JobTable::FollowRunning() {
   if (std::exchange(followed_, now) != now) ScrollToRow(now.second);
 }
 
-JobRows::KeyOf JobTable::KeyOf(Column column) const {
-  using Key = JobRows::SortKey;
-  using Entry = JobRows::Entry;
-  const auto text = [](const std::string& shown) { return Key{.text = NaturalKey(Folded(shown))}; };
-  switch (column) {
-    case kName:
-      return [](const JobFile&, const Entry& entry) { return Key{.text = NaturalKey(entry.name)}; };
-    case kFolder:
-      return [=](const JobFile& job, const Entry&) { return text(ToUi(job.Folder())); };
-    case kSolver:
-      return [=](const JobFile& job, const Entry&) {
-        return text(RowOfKind(job.GetSolverType()).name);
-      };
-    case kStages:
-      return [](const JobFile& job, const Entry&) {
-        return Key{.number = static_cast<double>(job.stages.size())};
-      };
-    case kMemory:
-      return [](const JobFile& job, const Entry&) {
-        return Key{job.memory == 0, static_cast<double>(job.memory), {}};
-      };
-    case kForce:
-      return [](const JobFile& job, const Entry&) {
-        const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
-        return Key{dyna == nullptr, dyna && dyna->useSFile ? 1.0 : 0.0, {}};
-      };
-    case kOther:
-      return [=](const JobFile& job, const Entry&) {
-        Key key = text(ToUi(job.extraOptions));
-        key.isUnknown = key.text.empty();
-        return key;
-      };
-    case kMessage:
-    case kSummary:
-      return [column](const JobFile& job, const Entry&) {
-        const bool can = column == kMessage ? CanViewMessage(job.status) : HasEnded(job.status);
-        return Key{.number = can && job.stages.empty() ? 0.0 : 1.0};
-      };
-    default:
-      // As the counts have them, and within the running ones the farthest last.
-      return [this](const JobFile& job, const Entry& entry) {
-        double number = 2 * static_cast<double>(entry.status);
-        if (job.status == JobStatus::kWaiting) number += 1;
-        if (job.status != JobStatus::kRunning) return Key{.number = number};
-        const std::optional<RunState> state = stateOf_ ? stateOf_(job.id) : std::nullopt;
-        if (state && state->news.percent) number += *state->news.percent / 200;
-        return Key{.number = number};
-      };
-  }
-}
-
 int JobTable::RowCount() const {
   return static_cast<int>(rows_.Shown().size());
 }
 
-JobTable::Row JobTable::MakeRow(const JobFile& job) const {
-  const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
-  Row row;
-  const std::optional<RunState> state = stateOf_ ? stateOf_(job.id) : std::nullopt;
-  row.shown = ShownStatus(job, state, texts_);
-  const bool tellsWhy = job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting;
-  const std::string why = tellsWhy ? FailureWords(job, texts_) : std::string();
-  if (!why.empty()) row.tip = texts_.Format("ui_code", why);
-  if (HasEnded(job.status)) row.dump = ShownName(job.RestartDump());
-  const auto add = [&row](const std::string& lines) {
-    if (!lines.empty()) row.tip += (row.tip.empty() ? "" : "\n") + lines;
+std::string JobTable::ColumnsText() const {
+  std::string text;
+  const auto add = [&](int column) {
+    const std::optional<int> width = GivenWidth(column);
+    if (column < kOrder && !width) return;
+    text += (text.empty() ? "" : " ") + std::string(kShapes[column].word);
+    if (width) text += "=" + std::to_string(*width);
   };
-  add(RunTip(job, state, texts_));
-  row.past = PastText(job);
-  if (why.empty()) add(row.past);
-  if (!row.dump.empty()) add(texts_.Format("ui_tip_go_on", row.dump));
-  row.multiStage = !job.stages.empty();
-  row.dyna = dyna != nullptr;
-  row.force = dyna && dyna->useSFile;
-  row.path = ShownPath(job.jobFile, job.restartFile, texts_);
-  row.cells[kName] = ShownJob(job.jobFile, job.restartFile);
-  row.cells[kFolder] = ToUi(job.Folder());
-  row.cells[kSolver] = RowOfKind(job.GetSolverType()).name;
-  row.cells[kStages] = texts_.Get(row.multiStage ? "lab_yes" : "lab_no");
-  row.cells[kMemory] = job.memory ? std::to_string(job.memory) : CellDrawing::kNothing;
-  row.cells[kStatus] = row.shown.words.front();
-  row.cells[kMessage] = row.cells[kSummary] = texts_.Get("lab_view");
-  row.cells[kForce] =
-      row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
-  row.cells[kOther] = ToUi(job.extraOptions);
-  return row;
+  for (const int column : ShownColumns()) add(column);
+  return text;
 }
 
-std::string JobTable::PastText(const JobFile& job) const {
-  const bool waits = job.status == JobStatus::kQueued || job.status == JobStatus::kWaiting;
-  const std::optional<PastRun> past = waits && PastRunOf ? PastRunOf(job) : std::nullopt;
-  if (!past) return {};
-  const std::string took = ShownDuration(past->seconds, texts_);
-  const std::string when = ShownMoment(past->started, texts_);
-  if (past->cpus < 1) return texts_.Format("ui_past_run_time", took, when);
-  if (past->cpus == 1) return texts_.Format("ui_past_run_one", took, when);
-  return texts_.Format("ui_past_run", took, std::to_string(past->cpus), when);
+void JobTable::SetColumns(const std::string& text) {
+  std::vector<int> extra;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    const std::size_t equals = word.find('=');
+    const auto shape = std::ranges::find(kShapes, word.substr(0, equals), &Shape::word);
+    if (shape == std::end(kShapes)) continue;
+    const int column = static_cast<int>(shape - kShapes);
+    if (column >= kOrder) extra.push_back(column);
+    constexpr int kWidest = 4000;
+    const int width =
+        equals == std::string::npos ? 0 : StrWrapperTxt::LeadingInt(word.substr(equals + 1));
+    if (width > 0) GiveWidth(column, std::min(width, kWidest));
+  }
+  ShowExtraColumns(extra);
+}
+
+void JobTable::OpenColumnMenu(int column, int x, int y) {
+  std::vector<int> extra;
+  for (const int one : ShownColumns())
+    if (one >= kOrder) extra.push_back(one);
+  const auto at = std::ranges::find(extra, column);
+  std::vector<PopupEntry> entries;
+  for (int one = kOrder; one < kColumns; ++one)
+    entries.push_back({ColumnTitle(one), true, true, std::ranges::count(extra, one) > 0});
+  entries.back().endsPart = true;
+  const bool movable = at != extra.end();
+  entries.push_back({texts_.Get("ui_column_left"), movable && at != extra.begin()});
+  entries.push_back({texts_.Get("ui_column_right"), movable && at + 1 != extra.end()});
+  entries.push_back({texts_.Get("ui_column_running"), sortedBy_.has_value()});
+  constexpr int kExtra = kColumns - kOrder;
+  const int place = PickFromMenu(entries, x, y);
+  if (place < 0) return;
+  if (place == kExtra + 2) return ShowRunningOrder();
+  if (place == kExtra) {
+    std::iter_swap(at, at - 1);
+  } else if (place == kExtra + 1) {
+    std::iter_swap(at, at + 1);
+  } else if (std::erase(extra, place + kOrder) == 0) {
+    extra.push_back(place + kOrder);
+  }
+  ShowExtraColumns(extra);
+  if (OnColumns) OnColumns();
 }
 
 // Empty for a job that has been removed meanwhile.
@@ -293,6 +273,8 @@ JobTable::Row JobTable::ReadRow(int index) const {
 }
 
 void JobTable::PrepareRows(int first, int last) {
+  if (SurroundingsNow) around_ = SurroundingsNow();
+  if (IsShown(kEnds)) EstimateEnds();
   firstRow_ = first;
   shown_.clear();
   for (int index = first; index < last; ++index) shown_.push_back(ReadRow(index));
@@ -425,7 +407,10 @@ std::string JobTable::CellTip(int index, int column) {
     case kForce:
       return row.dyna ? texts_.Get("ui_tip_iforce") : std::string();
     case kOther:
-      return row.cells[kOther];
+    case kWhere:
+      return row.cells[column];
+    case kRestart:
+      return row.restart;
     default:
       return {};
   }

@@ -2,11 +2,13 @@
 #ifndef KR_UI_WINDOW_JOBTABLE_H
 #define KR_UI_WINDOW_JOBTABLE_H
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,7 +35,27 @@ class JobTable : public Flx_Table {
     kSummary,
     kForce,
     kOther,
+    // The extra ones, which are shown or not.
+    kOrder,
+    kCpus,
+    kProgress,
+    kStarted,
+    kElapsed,
+    kEnds,
+    kWhere,
+    kRestart,
+    kGroup,
     kColumns
+  };
+
+  // What a job is told by its group and the settings.
+  struct Surroundings {
+    int cpus = 1;          // of a job that says nothing of it
+    int hostCpus = 0;      // of a run on several hosts; 0: there are none
+    std::string hosts;     // UTF-8
+    std::string computer;  // this one
+    std::string group;     // UTF-8
+    bool runs = false;     // the group
   };
 
   // The texts outlive the table.
@@ -75,9 +97,17 @@ class JobTable : public Flx_Table {
   int ShownCount() const { return RowCount(); }
   int AllCount() const { return static_cast<int>(rows_.All().size()); }
 
+  // Which extra columns are shown and the widths that the user gave, as the settings keep it: words
+  // like "folder=300 cpus progress=80".
+  std::string ColumnsText() const;
+  void SetColumns(const std::string& text);
+  // To show and to hide extra columns, and to move the one whose head the mouse is on (-1: none).
+  void OpenColumnMenu(int column, int x, int y);
+
   // Filter, order or counts are other ones.
   std::function<void()> OnView;
 
+  std::function<Surroundings()> SurroundingsNow;
   // What the job took when it ran before; called with the list locked. Null: nobody knows.
   std::function<std::optional<PastRun>(const JobFile& job)> PastRunOf;
 
@@ -107,6 +137,7 @@ class JobTable : public Flx_Table {
   struct Row {
     std::string cells[kColumns];
     std::string path, tip;  // of the file, of the status
+    std::string restart;    // the path
     StatusShown shown;
     std::string past;  // what it took before; of a job that has not run yet
     std::string dump;  // the name of the one that the job can go on from
@@ -114,7 +145,17 @@ class JobTable : public Flx_Table {
     bool dyna = false;
     bool force = false;
   };
+  static bool CanViewMessage(JobStatus status);
   Row MakeRow(const JobFile& job) const;
+  void AddExtraCells(const JobFile& job, const std::optional<RunState>& state, Row& row) const;
+  bool IsShown(Column column) const;
+  // When a job that has not ended will have, in seconds since 1970.
+  std::optional<double> EndOf(const JobFile& job) const;
+  std::optional<double> TimeLeftOf(const JobFile& job, std::int64_t now) const;
+  bool RunsOnHosts(const JobFile& job) const;
+  void EstimateEnds() const;  // of those that wait in a running group
+  int CpusOf(const JobFile& job) const;
+  std::optional<RunState> StateOf(const JobFile& job) const;
   std::string PastText(const JobFile& job) const;
   Row ReadRow(int row) const;
   JobRows::KeyOf KeyOf(Column column) const;
@@ -137,7 +178,10 @@ class JobTable : public Flx_Table {
   bool descending_ = false;
   bool follow_ = false;
   std::pair<JobId, int> followed_{JobId::kNone, -1};  // and its row
-  int firstRow_ = 0;                                  // the row of shown_[0]
+  mutable Surroundings around_;                       // when the rows were prepared
+  mutable std::unordered_map<JobId, double> ends_;
+  mutable std::chrono::steady_clock::time_point endsUntil_;
+  int firstRow_ = 0;  // the row of shown_[0]
   std::vector<Row> shown_;
 };
 
