@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <string_view>
+#include <thread>
 
 #include "d3plot/ptkPostD3plotManager.h"
 #include "jobs/JobArguments.h"
@@ -107,7 +109,15 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
 
 ProcessIdentity ProcessOf(const RunRecord& record) {
   if (record.process.id != 0) return record.process;
-  return IdentityOfProcess(PTWrapperProcess::FindStarted(record.token, record.folder));
+  // One that was being started a moment ago cannot be told by its token until it is its program.
+  constexpr std::int64_t kJustNow = 10;
+  const bool isNew = std::abs(DateTimeWrapper::CurrentTime() - record.started) < kJustNow;
+  std::int32_t found = PTWrapperProcess::FindStarted(record.token, record.folder);
+  for (int looks = 0; isNew && found == 0 && looks < 10; ++looks) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    found = PTWrapperProcess::FindStarted(record.token, record.folder);
+  }
+  return IdentityOfProcess(found);
 }
 
 std::optional<int> KnownExitCode(const PTWrapperProcess& process) {
