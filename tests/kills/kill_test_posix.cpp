@@ -177,6 +177,8 @@ class KillTest : public testing::Test {
   }
 
   Handed handed_;
+  // In memory: what a kill loses is not what a slow disk has not synchronised yet.
+  const ScopedVariable temp_{"TMPDIR", "/dev/shm"};
   const TempFolder folder_;
   const ScopedVariable home_{"HOME", folder_.Path()};
   const ScopedVariable config_{"XDG_CONFIG_HOME", folder_ / "config"};
