@@ -39,7 +39,7 @@ class RecordWriter {
   // Each counts whole or not at all, and so does what is put between Hold and Release.
   void Put(QueueChange change);
   void Put(std::vector<QueueChange> changes);  // all of them or none
-  void PutRun(const RunRecord& run);  // for the history
+  void PutRun(const RunRecord& run);           // for the history
   void Hold();
   void Release();
   // From now on the queue is written in any case.
@@ -71,9 +71,9 @@ class RecordWriter {
 
   // One file with what has to be in it; the writer's thread.
   struct Target {
-    Target(const std::string& path, JournalName name, MessageIdFor<std::string> fails,
-           MessageIdFor<std::string> works)
-        : journal(path, std::move(name)), fails(fails), works(works) {}
+    Target(const std::string& path, JournalName name, MessageIdFor<std::string> whenItFails,
+           MessageIdFor<std::string> whenItWorks)
+        : journal(path, std::move(name)), fails(whenItFails), works(whenItWorks) {}
     Journal journal;
     const MessageIdFor<std::string> fails, works;  // said of it
     bool broken = true;                            // to be written anew
