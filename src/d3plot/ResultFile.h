@@ -4,30 +4,25 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <optional>
 
-// Opens ordinary files only, so that a folder, a pipe or a device under a result file's name is not
-// taken for one. The solver may go on writing the file. One thread at a time.
+#include "util/files/InputFile.h"
+
+// As InputFile: ordinary files only, and the solver may go on writing. One thread at a time.
 class ResultFile {
  public:
-  ResultFile() = default;
-  ~ResultFile() { Close(); }
-  ResultFile(const ResultFile&) = delete;
-  ResultFile& operator=(const ResultFile&) = delete;
-
   // Closes what was open before.
   bool Open(const char* name);
-  void Close();
+  void Close() { file_.reset(); }
 
-  // Bytes, as they were when the file was opened.
-  std::uint64_t Size() const { return size_; }
+  // Bytes, as they were when the file was opened; 0 for none.
+  std::uint64_t Size() const { return file_ ? file_->Size() : 0; }
 
-  // All bytes or none: false when the file ends before.
+  // All bytes or none: false when the file ends before. A file is open.
   bool ReadAt(std::uint64_t offset, void* buffer, std::size_t bytes) const;
 
  private:
-  std::intptr_t handle_ = -1;
-  std::uint64_t size_ = 0;
+  std::optional<InputFile> file_;
 };
 
 #endif

@@ -11,7 +11,9 @@
 // a time, but for ReadAt.
 class InputFile {
  public:
-  InputFile() = default;
+  // How it is read, which the system likes to know.
+  enum class Access { kOnwards, kAnywhere };
+  explicit InputFile(Access access = Access::kOnwards) : access_(access) {}
   ~InputFile();
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -32,6 +34,7 @@ class InputFile {
   std::ptrdiff_t ReadAt(std::uint64_t offset, char* buffer, std::size_t capacity) const;
 
  private:
+  const Access access_;
   std::intptr_t handle_ = -1;
   std::uint64_t size_ = 0;
   std::uint64_t position_ = 0;

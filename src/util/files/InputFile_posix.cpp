@@ -21,7 +21,7 @@ bool InputFile::Open(const std::string& path) {
     close(fd);
     return false;
   }
-  posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+  if (access_ == Access::kOnwards) posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
   handle_ = fd;
   size_ = static_cast<std::uint64_t>(info.st_size);
   position_ = 0;
