@@ -43,7 +43,8 @@ HistoryRow RowOf(RunRecord run, const std::string& machine, const TextTable& tex
   set(HistoryColumn::kJob, ShownJob(run.jobFile, run.restartFile));
   set(HistoryColumn::kFolder, ToUi(run.folder));
   set(HistoryColumn::kSolver, RowOfKind(run.solver).name);
-  set(HistoryColumn::kTook, seconds < 0 ? CellDrawing::kNothing : ShownDuration(seconds, texts));
+  set(HistoryColumn::kTook,
+      seconds < 0 ? CellDrawing::kNothing : ShownDuration(static_cast<double>(seconds), texts));
   std::string verdict = texts.Get("ui_past_unknown");
   if (row.verdict != HistoryVerdict::kUnknown) {
     verdict = texts.Say(JobStatusWord(run.verdict)) + HowWords(run.verdict, run.failure, texts);

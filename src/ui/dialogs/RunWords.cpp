@@ -4,14 +4,13 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
 
-constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
 const std::string kDot = " \xC2\xB7 ";
 
 // In the order of HealthCheck.
@@ -103,12 +102,11 @@ void AddTimes(const JobFile& job, const RunState* running, const TextTable& text
   const std::int64_t end = HasEnded(job.status) ? job.ended : now;
   const auto elapsed = static_cast<double>(std::max<std::int64_t>(end - job.started, 0));
   lines.push_back(texts.Format(HasEnded(job.status) ? "run_started_took" : "run_started",
-                               MomentWords(job.started, now, texts),
-                               DurationWords(elapsed, texts)));
+                               ShownMoment(job.started, texts), ShownDuration(elapsed, texts)));
   if (running == nullptr || !running->news.secondsLeft) return;
   const double left = *running->news.secondsLeft;
   lines.push_back(texts.Format("run_ends", EndWords(left, texts),
-                               DurationWords(left, texts, running->news.spread)));
+                               ShownDuration(left, texts, running->news.spread)));
 }
 
 std::string StoppedWords(int stoppedAt, const TextTable& texts) {
@@ -124,60 +122,9 @@ std::string CaseWords(const RunNews& news, const TextTable& texts) {
   return texts.Format("run_case_of", number, std::to_string(news.cases));
 }
 
-std::string DurationWords(double seconds, const TextTable& texts, double spread) {
-  constexpr std::array kSteps = {5.0,         10.0,         30.0,         kMinute, 2 * kMinute,
-                                 5 * kMinute, 10 * kMinute, 30 * kMinute, kHour,   2 * kHour,
-                                 6 * kHour,   12 * kHour,   kDay};
-  const double least = seconds < 2 * kMinute ? 1 : seconds < kDay ? kMinute : kHour;
-  double step = least;
-  for (const double one : kSteps) {
-    if (one > least && one <= seconds * (spread - 1)) step = one;
-  }
-  const double rounded = std::max(std::round(seconds / step), 1.0) * step;
-  const auto part = [&](const char* key, double unit, double within) {
-    const double value = std::floor(std::fmod(rounded, within) / unit);
-    return value > 0 ? texts.Format(key, Short(value, "%.0f")) : std::string();
-  };
-  std::string words;
-  std::string rest;
-  if (rounded >= kDay) {
-    words = part("run_d", kDay, 1e9);
-    rest = part("run_h", kHour, kDay);
-  } else if (rounded >= kHour) {
-    words = part("run_h", kHour, kDay);
-    rest = part("run_min", kMinute, kHour);
-  } else if (rounded >= kMinute) {
-    words = part("run_min", kMinute, kHour);
-    rest = part("run_s", 1, kMinute);
-  } else {
-    words = texts.Format("run_s", Short(seconds < 1 ? 0 : rounded, "%.0f"));
-  }
-  if (!rest.empty()) words += " " + rest;
-  return step > least ? texts.Format("run_about", words) : words;
-}
-
-std::string MomentWords(std::int64_t moment, std::int64_t now, const TextTable& texts) {
-  std::tm then{};
-  std::tm today{};
-  if (!DateTimeWrapper::LocalTime(moment, &then) || !DateTimeWrapper::LocalTime(now, &today)) {
-    return {};
-  }
-  std::string clock;
-  DateTimeWrapperStr::FormatString("%H:%M", &then, clock);
-  if (then.tm_year == today.tm_year && then.tm_yday == today.tm_yday) return clock;
-  const double apart = std::abs(static_cast<double>(moment - now));
-  if (apart < 6 * kDay) {
-    const std::string day = "run_day" + std::to_string(then.tm_wday);
-    return texts.Get(day) + " " + clock;
-  }
-  std::string date;
-  DateTimeWrapperStr::DateString(&then, date);
-  return date + " " + clock;
-}
-
 std::string EndWords(double secondsLeft, const TextTable& texts) {
   const std::int64_t now = DateTimeWrapper::CurrentTime();
-  return MomentWords(now + static_cast<std::int64_t>(secondsLeft), now, texts);
+  return ShownMoment(now + static_cast<std::int64_t>(secondsLeft), texts);
 }
 
 std::string HowWords(JobStatus status, const Failure& failure, const TextTable& texts) {
@@ -230,7 +177,7 @@ StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state
     shown.words.insert(shown.words.begin(), text + kDot + health);
   }
   if (news.percent && news.secondsLeft) {
-    const std::string left = DurationWords(*news.secondsLeft, texts, news.spread);
+    const std::string left = ShownDuration(*news.secondsLeft, texts, news.spread);
     const std::string rest = health.empty() ? "" : kDot + health;
     shown.words.insert(shown.words.begin(), text + kDot + left + rest);
   }

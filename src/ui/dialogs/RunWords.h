@@ -32,12 +32,6 @@ std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
 // "Case 2 of 3"; empty for a deck without cases.
 std::string CaseWords(const RunNews& news, const TextTable& texts);
 
-// "1 h 12 min". With a spread (see TimeLeft::Estimate) it is rounded as it deserves, and "about 1
-// h" when that shows.
-std::string DurationWords(double seconds, const TextTable& texts, double spread = 1);
-
-// "06:40", "Sun 06:40" on another day, with the date beyond a week. Seconds since 1970; `now` too.
-std::string MomentWords(std::int64_t moment, std::int64_t now, const TextTable& texts);
 // The moment so many seconds from now.
 std::string EndWords(double secondsLeft, const TextTable& texts);
 

@@ -31,6 +31,10 @@ std::int64_t Whole(double seconds) {
   return static_cast<std::int64_t>(std::clamp(seconds, 0.0, kMost));
 }
 
+double Seconds(std::int64_t from, std::int64_t until) {
+  return static_cast<double>(std::max<std::int64_t>(until - from, 0));
+}
+
 std::string Percent(double percent) {
   return std::to_string(static_cast<int>(std::floor(percent)));
 }
@@ -50,7 +54,7 @@ std::string Left(const RunPicture& picture, const TextTable& texts) {
   const RunNews& news = picture.news;
   if (!news.secondsLeft) return {};
   const double left = *news.secondsLeft;
-  const auto duration = [&](double seconds) { return ShownDuration(Whole(seconds), texts); };
+  const auto duration = [&](double seconds) { return ShownDuration(seconds, texts); };
   std::string text = texts.Format("mon_left", duration(left));
   if (news.spread >= kUnsure) {
     text = texts.Format("mon_left_between", duration(left / news.spread),
@@ -146,16 +150,14 @@ HeadingTexts HeadingOf(const MonitoredRun::State& run, bool isJob, const RunPict
     const bool hasEnded = HasEnded(run.status) && run.ended >= run.started;
     const std::int64_t until = hasEnded ? run.ended : DateTimeWrapper::CurrentTime();
     if (runs || hasEnded) {
-      Add(heading.title,
-          texts.Format(runs ? "mon_elapsed" : "mon_took",
-                       ShownDuration(std::max<std::int64_t>(until - run.started, 0), texts)));
+      Add(heading.title, texts.Format(runs ? "mon_elapsed" : "mon_took",
+                                      ShownDuration(Seconds(run.started, until), texts)));
     }
   } else if (!isJob && picture && picture->news.started && picture->news.lastTold) {
     Add(heading.title,
-        texts.Format(runs ? "mon_elapsed" : "mon_took",
-                     ShownDuration(std::max<std::int64_t>(
-                                       *picture->news.lastTold - *picture->news.started, 0),
-                                   texts)));
+        texts.Format(
+            runs ? "mon_elapsed" : "mon_took",
+            ShownDuration(Seconds(*picture->news.started, *picture->news.lastTold), texts)));
   }
   if (isJob && (run.status == JobStatus::kAborted || run.status == JobStatus::kWaiting)) {
     const std::string reason = texts.Say(run.reason);

@@ -10,6 +10,7 @@
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
+#include "ui/text/ShownValues.h"
 
 namespace {
 
@@ -123,8 +124,8 @@ void SwitchPanel::Tell() {
         std::chrono::steady_clock::now() - askedAt_);
     text = texts_.Format("mon_sw_waits", asked_);
     if (since >= kLong) {
-      const std::string minutes = std::to_string(since.count() / 60);
-      text = texts_.Format("mon_sw_waits_long", asked_, texts_.Format("ui_time_minutes", minutes));
+      const auto minutes = static_cast<double>(since.count() / 60 * 60);
+      text = texts_.Format("mon_sw_waits_long", asked_, ShownDuration(minutes, texts_));
     }
   } else if (text.empty() && !canAsk_) {
     text = texts_.Get(runsDeck_ ? "mon_sw_off" : "mon_sw_not_keyword");

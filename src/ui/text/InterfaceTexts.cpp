@@ -262,10 +262,6 @@ constexpr TextRow kMore[] = {
      "The jobs of the last session cannot be restored any more then, and nobody watches the solver "
      "that still runs.\nForget them?",
      "放弃后无法再恢复上次会话的任务，仍在运行的求解器也不再有人监视。\n要放弃吗？"},
-    {"ui_weekdays", "Sun Mon Tue Wed Thu Fri Sat", "周日 周一 周二 周三 周四 周五 周六"},
-    {"ui_time_hours", "%s h %s min", "%s 小时 %s 分钟"},
-    {"ui_time_minutes", "%s min", "%s 分钟"},
-    {"ui_time_seconds", "%s s", "%s 秒"},
     {"ui_stopping_title", "Stopping...", "正在停止..."},
     {"ui_stopping_text", "Waiting for the solver to end.", "正在等待求解器结束。"},
     {"ui_stopped", "Stopped.", "已停止。"},

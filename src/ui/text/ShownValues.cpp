@@ -1,11 +1,23 @@
 #include "ui/text/ShownValues.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <ctime>
-#include <sstream>
 
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
+
+namespace {
+
+constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
+
+std::string Whole(double number) {
+  return std::to_string(static_cast<std::int64_t>(number));
+}
+
+}  // namespace
 
 std::string ShownName(const std::string& path) {
   std::string name;
@@ -27,11 +39,36 @@ std::string ShownPath(const std::string& jobFile, const std::string& restartFile
   return path + texts.Format("ui_tip_restart", ToUi(restartFile));
 }
 
-std::string ShownDuration(std::int64_t seconds, const TextTable& texts) {
-  const std::int64_t minutes = seconds / 60;
-  if (minutes == 0) return texts.Format("ui_time_seconds", std::to_string(seconds));
-  if (minutes < 60) return texts.Format("ui_time_minutes", std::to_string(minutes));
-  return texts.Format("ui_time_hours", std::to_string(minutes / 60), std::to_string(minutes % 60));
+std::string ShownDuration(double seconds, const TextTable& texts, double spread) {
+  constexpr std::array kSteps = {5.0,         10.0,         30.0,         kMinute, 2 * kMinute,
+                                 5 * kMinute, 10 * kMinute, 30 * kMinute, kHour,   2 * kHour,
+                                 6 * kHour,   12 * kHour,   kDay};
+  const double least = seconds < 2 * kMinute ? 1 : seconds < kDay ? kMinute : kHour;
+  double step = least;
+  for (const double one : kSteps) {
+    if (one > least && one <= seconds * (spread - 1)) step = one;
+  }
+  const double rounded = std::max(std::round(seconds / step), 1.0) * step;
+  const auto part = [&](const char* key, double unit, double within) {
+    const double value = std::floor(std::fmod(rounded, within) / unit);
+    return value > 0 ? texts.Format(key, Whole(value)) : std::string();
+  };
+  std::string words;
+  std::string rest;
+  if (rounded >= kDay) {
+    words = part("run_d", kDay, 1e9);
+    rest = part("run_h", kHour, kDay);
+  } else if (rounded >= kHour) {
+    words = part("run_h", kHour, kDay);
+    rest = part("run_min", kMinute, kHour);
+  } else if (rounded >= kMinute) {
+    words = part("run_min", kMinute, kHour);
+    rest = part("run_s", 1, kMinute);
+  } else {
+    words = texts.Format("run_s", Whole(seconds < 1 ? 0 : rounded));
+  }
+  if (!rest.empty()) words += " " + rest;
+  return step > least ? texts.Format("run_about", words) : words;
 }
 
 std::string ShownMinute(std::int64_t moment) {
@@ -43,13 +80,15 @@ std::string ShownMinute(std::int64_t moment) {
 }
 
 std::string ShownMoment(std::int64_t moment, const TextTable& texts) {
-  constexpr std::int64_t kDays = 6 * 24 * 3600;
-  std::tm time{};
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  std::tm then{};
+  std::tm today{};
+  if (!DateTimeWrapper::LocalTime(moment, &then) || !DateTimeWrapper::LocalTime(now, &today)) {
+    return {};
+  }
   const std::string text = ShownMinute(moment);
-  const std::int64_t age = DateTimeWrapper::CurrentTime() - moment;
-  if (age < 0 || age > kDays || !DateTimeWrapper::LocalTime(moment, &time)) return text;
-  std::istringstream days(texts.Get("ui_weekdays"));
-  std::string day;
-  for (int i = 0; i <= time.tm_wday; ++i) days >> day;
-  return day + text.substr(text.find(' '));
+  const std::string clock = text.substr(text.find(' ') + 1);
+  if (then.tm_year == today.tm_year && then.tm_yday == today.tm_yday) return clock;
+  if (std::abs(static_cast<double>(moment - now)) >= 6 * kDay) return text;
+  return texts.Get("run_day" + std::to_string(then.tm_wday)) + " " + clock;
 }

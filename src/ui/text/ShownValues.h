@@ -19,12 +19,13 @@ std::string ShownJob(const std::string& jobFile, const std::string& restartFile)
 std::string ShownPath(const std::string& jobFile, const std::string& restartFile,
                       const TextTable& texts);
 
-// "2 h 13 min", "13 min", "13 s".
-std::string ShownDuration(std::int64_t seconds, const TextTable& texts);
+// "2 h 13 min", "13 min", "1 min 13 s". With a spread (see TimeLeft::Estimate) it is rounded as it
+// deserves, and "about 2 h" when that shows.
+std::string ShownDuration(double seconds, const TextTable& texts, double spread = 1);
 
 // "2015-03-07 09:05", of seconds since 1970.
 std::string ShownMinute(std::int64_t moment);
-// The same with the day of the week in the date's place within the last six days.
+// "06:40", "Sun 06:40" on another day, the same with the date beyond six days.
 std::string ShownMoment(std::int64_t moment, const TextTable& texts);
 
 #endif

@@ -401,7 +401,7 @@ void Flx_AppWnd::OpenStages() {
 
 std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
   const std::int64_t seconds = std::max<std::int64_t>(DateTimeWrapper::CurrentTime() - moment, 0);
-  return ShownDuration(seconds, texts_);
+  return ShownDuration(static_cast<double>(seconds), texts_);
 }
 
 // A line for each job, and what is lost with them.

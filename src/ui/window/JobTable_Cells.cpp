@@ -214,11 +214,11 @@ void JobTable::AddExtraCells(const JobFile& job, const std::optional<RunState>& 
   row.cells[kCpus] = std::to_string(CpusOf(job));
   if (const double percent = PercentOf(job, state); percent >= 0)
     row.cells[kProgress] = std::to_string(static_cast<int>(percent)) + "%";
-  if (StartOf(job) >= 0) row.cells[kStarted] = MomentWords(StartOf(job), now, texts_);
+  if (StartOf(job) >= 0) row.cells[kStarted] = ShownMoment(StartOf(job), texts_);
   if (const std::int64_t elapsed = ElapsedOf(job); elapsed >= 0)
-    row.cells[kElapsed] = DurationWords(static_cast<double>(elapsed), texts_);
+    row.cells[kElapsed] = ShownDuration(static_cast<double>(elapsed), texts_);
   if (const std::optional<double> end = EndOf(job))
-    row.cells[kEnds] = MomentWords(static_cast<std::int64_t>(*end), now, texts_);
+    row.cells[kEnds] = ShownMoment(static_cast<std::int64_t>(*end), texts_);
   row.cells[kWhere] = RunsOnHosts(job) ? around_.hosts : around_.computer;
   if (!job.restartFile.empty()) row.cells[kRestart] = ShownName(job.restartFile);
   row.restart = ToUi(job.restartFile);
@@ -229,7 +229,7 @@ std::string JobTable::PastText(const JobFile& job) const {
   const bool waits = job.status == JobStatus::kQueued || job.status == JobStatus::kWaiting;
   const std::optional<PastRun> past = waits && PastRunOf ? PastRunOf(job) : std::nullopt;
   if (!past) return {};
-  const std::string took = ShownDuration(past->seconds, texts_);
+  const std::string took = ShownDuration(static_cast<double>(past->seconds), texts_);
   const std::string when = ShownMoment(past->started, texts_);
   if (past->cpus == 1) return texts_.Format("ui_past_run_one", took, when);
   return texts_.Format("ui_past_run", took, std::to_string(past->cpus), when);
