@@ -271,6 +271,8 @@ pictures() {
   key Escape
   shoot_monitors
   [ $((SECONDS - began)) -ge $((long_run / 2)) ] || shoot_tip run-tip "$row_4"
+  until [ $((SECONDS - began)) -ge $((long_run * 6 / 10)) ]; do sleep 1; done
+  [ $((SECONDS - began)) -ge $((long_run - 5)) ] || shoot_tip run-tip-sick "$row_4"
   shoot_left_bar
   key ctrl+q
   shoot exit-question "$(window_of KestrunMessage)"
