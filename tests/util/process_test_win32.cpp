@@ -120,6 +120,15 @@ TEST(ProcessWin32, KeepsWhatItsConsoleHoldsAtTheEnd) {
     EXPECT_EQ(lines[4], " the run ends: no licence");
     EXPECT_TRUE(IsConsoleFile(start.outputFile));
   }
+  // Nobody is faster than who keeps the console.
+  folder.Write("a.k", "$ standin: no-licence\n*KEYWORD\n*END\n");
+  for (int run = 0; run < 5; ++run) {
+    std::filesystem::remove(start.outputFile);
+    ASSERT_TRUE(process.Create(start));
+    EXPECT_TRUE(process.WaitProc());
+    EXPECT_TRUE(process.Terminate());
+    EXPECT_TRUE(IsConsoleFile(start.outputFile));
+  }
   EXPECT_EQ(TempFolder::Read(folder / "out.old1"), "mine");
   EXPECT_FALSE(FileDirWrapper::FileExists(folder / "out.old2"));
 }

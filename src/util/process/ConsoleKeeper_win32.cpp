@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <cstdio>
+#include <chrono>
 #include <iterator>
 
 #include "util/process/ConsoleLines.h"
@@ -12,6 +12,9 @@ namespace {
 
 // A program has its console soon, or never.
 constexpr DWORD kLookMilliseconds = 2;
+// At first it is looked for more often than the system lets a thread sleep.
+constexpr ULONGLONG kAtOnceMilliseconds = 500;
+constexpr std::chrono::microseconds kShortestPause{500};
 constexpr DWORD kLateMilliseconds = 1000;
 constexpr ULONGLONG kSoonMilliseconds = 10000;
 // The system ends who has not done so some seconds after the console was closed.
@@ -28,11 +31,39 @@ BOOL WINAPI TakeControl(DWORD event) {
   return TRUE;
 }
 
+void TellReady(const std::string& name) {
+  if (name.empty()) return;
+  const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, name.c_str());
+  if (event == nullptr) return;
+  SetEvent(event);
+  CloseHandle(event);
+}
+
+// Escape sequences are shown as what they mean, where the system can.
+void ShowColours() {
+  const HANDLE screen =
+      CreateFileA("CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                  nullptr, OPEN_EXISTING, 0, nullptr);
+  if (screen == INVALID_HANDLE_VALUE) return;
+  DWORD mode = 0;
+  if (GetConsoleMode(screen, &mode))
+    SetConsoleMode(screen, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  CloseHandle(screen);
+}
+
+void PauseShortly() {
+  const auto end = std::chrono::steady_clock::now() + kShortestPause;
+  while (std::chrono::steady_clock::now() < end) SwitchToThread();
+}
+
 bool Enter(DWORD id, HANDLE process) {
   const ULONGLONG begun = GetTickCount64();
   while (!AttachConsole(id)) {
-    const bool isLate = GetTickCount64() - begun > kSoonMilliseconds;
-    const DWORD pause = isLate ? kLateMilliseconds : kLookMilliseconds;
+    const ULONGLONG waited = GetTickCount64() - begun;
+    if (waited < kAtOnceMilliseconds) PauseShortly();
+    const DWORD pause = waited < kAtOnceMilliseconds ? 0
+                        : waited < kSoonMilliseconds ? kLookMilliseconds
+                                                     : kLateMilliseconds;
     if (WaitForSingleObject(process, pause) != WAIT_TIMEOUT) return false;
   }
   return SetConsoleCtrlHandler(TakeControl, TRUE);
@@ -112,11 +143,13 @@ bool Write(const std::string& file, const std::string& text) {
 
 }  // namespace
 
-bool KeepConsole(unsigned long id, const std::string& file) {
+bool KeepConsole(unsigned long id, const std::string& file, const std::string& ready) {
   const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, id);
   theClosing = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   const std::string begun = ConsoleFirstLine();
+  TellReady(ready);
   if (process == nullptr || theClosing == nullptr || !Enter(id, process)) return false;
+  ShowColours();
   const HANDLE ends[] = {process, theClosing};
   WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE);
   return Write(file, WithLineEnds(begun + ReadBuffer()));

@@ -7,10 +7,12 @@
 
 #include <string>
 
-// Enters the console of the process, waits for its end, or for the console to be closed, and writes
-// the buffer's lines into the file, as ConsoleFile does on Linux. False when there is no such
+// Enters the console of the process, lets it show colours, waits for the end of the process, or for
+// the console to be closed, and writes the buffer's lines into the file, as ConsoleFile does on
+// Linux. The process may wait to be let go until the event `ready`, which the caller has made, is
+// set: then even one that ends at once is not missed. False when there is no such
 // process, it ended before its console could be entered, or the file cannot be written. For a
 // process without a console that does nothing else.
-bool KeepConsole(unsigned long process, const std::string& file);
+bool KeepConsole(unsigned long process, const std::string& file, const std::string& ready = {});
 
 #endif

@@ -131,16 +131,19 @@ std::wstring EnvironmentFor(const PTWrapperProcessStart& start) {
 }
 
 // Who keeps what the child prints, see ConsoleKeeper; none where there is nothing to keep, or the
-// program for it is missing.
+// program for it is missing. Ready for a child that ends as soon as it goes on.
 Handle StartKeeper(const PTWrapperProcessStart& what, DWORD child) {
+  constexpr DWORD kReadyMilliseconds = 2000;
   if (what.outputFile.empty() || !(what.creationFlags & PTWrapperProcess::kNewConsole)) return {};
   std::string folder;
   FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), folder);
   const std::string host =
       what.console.host.empty() ? FileDirWrapper::Join(folder, "krconsole.exe") : what.console.host;
   if (!FileDirWrapper::FileExists(host)) return {};
+  const std::string name = "Local\\kestrun-console-" + std::to_string(child);
+  const Handle ready(CreateEventA(nullptr, TRUE, FALSE, name.c_str()));
   std::string line = '"' + host + "\" " + std::to_string(child) + " \"" +
-                     FileDirWrapper::AbsolutePath(what.outputFile) + '"';
+                     FileDirWrapper::AbsolutePath(what.outputFile) + "\" " + name;
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION info{};
@@ -150,6 +153,8 @@ Handle StartKeeper(const PTWrapperProcessStart& what, DWORD child) {
     return {};
   }
   CloseHandle(info.hThread);
+  const HANDLE any[] = {info.hProcess, ready.get()};
+  if (ready) WaitForMultipleObjects(2, any, FALSE, kReadyMilliseconds);
   return Handle(info.hProcess);
 }
 
