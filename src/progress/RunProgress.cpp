@@ -166,6 +166,7 @@ RunNews RunProgress::News(std::optional<std::int64_t> now) const {
       news.spread = left->spread;
     }
   }
+  news.caseSecondsLeft = news.secondsLeft;
   return news;
 }
 

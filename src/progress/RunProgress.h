@@ -36,6 +36,7 @@ struct RunNews {
   // seconds left are those of all. 0: none, or not known.
   int caseNumber = 0;
   int cases = 0;
+  std::optional<double> caseSecondsLeft;  // of this case alone; the same without cases
 };
 
 // Where a run stopped that ended normally before its end time: a RunStop. The one place that says

@@ -105,6 +105,7 @@ class Reading {
       : run_(run), limits_(limits), health_(limits) {}
 
   void Take(const RunToRead& run, const Settings& limits) {
+    if (run_ != run) looks_ = 0;  // at its end there may be files that no search has found yet
     run_ = run;
     limits_ = limits;
     health_.SetLimits(limits);

@@ -152,6 +152,7 @@ TEST_F(RunWatcherTest, CasesAreOneRunAndOneThatStoppedStopsItAll) {
   EXPECT_EQ(State().news.caseNumber, 1);
   EXPECT_EQ(State().news.cases, 2);
   EXPECT_GE(*State().news.secondsLeft, 3 * 600);
+  EXPECT_LE(*State().news.caseSecondsLeft, 600);
   folder_.Write("CASE1.messag", std::string(kBegin) + kHalf + stop + end);
   ASSERT_TRUE(WaitUntil([&] { return State().news.percent == 25; }));
   EXPECT_EQ(State().news.ended, RunEnd::kRunning) << "the second case is to come";

@@ -174,7 +174,7 @@ StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state
   const std::string health = HealthWord(*state, texts);
   if (!health.empty()) {
     shown.marked = true;
-    shown.words.insert(shown.words.begin(), text + kDot + health);
+    shown.words = {text + kDot + health, word + kDot + health, text, word};
   }
   if (news.percent && news.secondsLeft) {
     const std::string left = ShownDuration(*news.secondsLeft, texts, news.spread);
