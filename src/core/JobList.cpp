@@ -161,6 +161,13 @@ bool JobList::ReadActiveJob(const std::function<void(const JobFile&)>& read) con
   return active != nullptr;
 }
 
+void JobList::ReadJobs(const Jobs& jobs, const std::function<void(const JobFile&)>& read) const {
+  const Access access(*this);
+  for (const JobId job : jobs) {
+    if (const JobFile* const found = Find(job)) read(*found);
+  }
+}
+
 void JobList::ReadJobs(const std::function<void(const JobFile&)>& read) const {
   const Access access(*this);
   for (const std::shared_ptr<JobFile>& job : jobs_) read(*job);

@@ -130,6 +130,8 @@ class JobList : public PTWrapper {
   bool ReadStage(JobId job, JobId stage, const std::function<void(const JobFile&)>& read) const;
   // The same for the active job.
   bool ReadActiveJob(const std::function<void(const JobFile&)>& read) const;
+  // The same for these jobs, in this order, in one step.
+  void ReadJobs(const Jobs& jobs, const std::function<void(const JobFile&)>& read) const;
   // The same for all jobs in order.
   void ReadJobs(const std::function<void(const JobFile&)>& read) const;
 

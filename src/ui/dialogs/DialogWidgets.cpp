@@ -15,6 +15,7 @@
 #include <FL/Fl_Scrollbar.H>
 #include <FL/Fl_Slider.H>
 #include <FL/Fl_Tabs.H>
+#include <FL/Fl_Text_Display.H>
 #include <FL/Fl_Value_Slider.H>
 
 #include <string>
@@ -60,6 +61,7 @@ const WidgetKind kKinds[] = {
     {"Fl_Scroll", Closed<Fl_Scroll>},
     {"Fl_Slider", Plain<Fl_Slider>},
     {"Fl_Tabs", Closed<Fl_Tabs>},
+    {"Fl_Text_Display", Closed<Fl_Text_Display>},
     {"Fl_Counter", Plain<Fl_Counter>},
     {"Fl_Value_Slider", Plain<Fl_Value_Slider>},
     {"Fl_Menu_Button", Plain<Fl_Menu_Button>},

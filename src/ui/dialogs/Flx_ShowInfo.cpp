@@ -1,23 +1,16 @@
 #include "ui/dialogs/Flx_ShowInfo.h"
 
 #include <FL/Fl.H>
-#include <FL/Fl_Box.H>
-#include <FL/Fl_Browser.H>
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <exception>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "ui/dialogs/DialogTools.h"
+#include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/text/TextTable.h"
-#include "util/signals/Mutex.h"
 
 namespace {
 
@@ -29,6 +22,10 @@ constexpr Fl_Color kRedLamp = 88;
 constexpr Fl_Color kAmberLamp = Theme::Rgb(0xE58A00);
 constexpr int kLeastWidth = 320;
 constexpr int kLeastHeight = 200;
+constexpr int kColumnWidth = 340;  // of each of several jobs, where the screen has room
+constexpr int kScreenMargin = 40;
+constexpr int kResultX = 43;
+constexpr int kListMargin = 3;
 constexpr int kBarWidth = 200;
 constexpr int kBarHeight = 8;
 constexpr int kBarGap = 14;
@@ -72,54 +69,103 @@ std::string ListLine(std::string text) {
 
 }  // namespace
 
-struct Flx_ShowInfo::Reading {
-  JobOutput output;
-  TextTable texts;                 // the thread's own
-  std::atomic<bool> ended{false};  // the dialog is gone
-  std::atomic<int> percent{0};
-  Mutex mutex;
-  std::condition_variable changed;
-  std::vector<std::string> lines KR_GUARDED_BY(mutex);
-  bool done KR_GUARDED_BY(mutex) = false;
-};
-
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
-    : Flx_Base_Dialog(parent, language), output_(std::move(output)) {
+    : Flx_ShowInfo(parent, language, std::vector{std::move(output)}) {}
+
+Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, std::vector<JobOutput> outputs)
+    : Flx_Base_Dialog(parent, language), outputs_(std::move(outputs)) {
   SetLayouts(kLayout, kChinese);
   SetTexts(kTexts);
 }
 
 Flx_ShowInfo::~Flx_ShowInfo() {
   Fl::remove_timeout(Look, this);
-  if (reading_) reading_->ended = true;
 }
 
 bool Flx_ShowInfo::Initialise() {
   if (!HasAll(kLamp, kResult, kLines, kClose)) return false;
-  const bool finished = output_.status == JobStatus::kFinished;
-  const bool stopped = finished && output_.stoppedAt != kNotStopped;
-  const bool byUser = !finished && output_.failure.kind == FailureKind::kStopped;
-  Find(kLamp)->color(byUser     ? Theme::kQueued
-                     : stopped  ? kAmberLamp
-                     : finished ? kGreenLamp
-                                : kRedLamp);
-  const char* const result = byUser ? "stopped" : finished ? "successful" : "failed";
-  Find(kResult)->label(ConvertText(GetText(result)));
-  Fl_Browser* list = Find(kLines);
-  list->format_char(kNoFormat);
-  list->textfont(FL_COURIER);  // solvers write in columns
-  list->textsize(kLayoutLabelSize);
+  MakeColumns();
+  for (std::size_t i = 0; i < columns_.size(); ++i) ShowResult(columns_[i], outputs_[i]);
   Fl_Button* close = Find(kClose);
   close->shortcut(FL_Enter);
-  KeepRow(*Window(), {Find(kLamp), Find(kResult)}, Window()->w() - 1);
   MakeBar(*close);
   KeepRow(*Window(), {bar_, close}, 0);
-  Window()->resizable(list);
   Window()->size_range(kLeastWidth, kLeastHeight);
   CentreOnParent();
   close->take_focus();
   StartReading();
   return true;
+}
+
+// The layout has the first; a wider window has the others beside it. All share what the window is
+// wider.
+void Flx_ShowInfo::MakeColumns() {
+  Fl_Window& window = *Window();
+  Fl_Box* const lamp = Find(kLamp);
+  Fl_Box* const result = Find(kResult);
+  Fl_Browser* const lines = Find(kLines);
+  columns_ = {{lamp, result, lines}};
+  const int count = static_cast<int>(outputs_.size());
+  if (count == 1) {
+    KeepRow(window, {lamp, result}, window.w() - 1);
+    window.resizable(lines);
+  } else {
+    Fl_Group::current(nullptr);
+    const int room = ScreenOf(&window).w - kScreenMargin;
+    const int width = std::min(count * kColumnWidth, std::max(room, window.w()));
+    const int footer = window.h() - lines->y() - lines->h();
+    Fl_Button* const close = Find(kClose);
+    close->position(close->x() + width - window.w(), close->y());
+    window.size(width, window.h());
+    auto* const all = new Fl_Group(0, 0, width, window.h() - footer);
+    all->end();
+    for (int i = 0; i < count; ++i) {
+      const int left = i * width / count;
+      const int right = (i + 1) * width / count;
+      auto* const column = new Fl_Group(left, 0, right - left, all->h());
+      column->end();
+      if (i > 0) {
+        columns_.push_back({new Fl_Box(lamp->x(), lamp->y(), lamp->w(), lamp->h()),
+                            new Fl_Box(result->x(), result->y(), result->w(), result->h()),
+                            new Fl_Browser(lines->x(), lines->y(), lines->w(), lines->h())});
+      }
+      const Column& its = columns_.back();
+      its.lamp->box(lamp->box());
+      its.result->align(result->align());
+      its.result->labelsize(result->labelsize());
+      its.lines->box(lines->box());
+      its.lamp->position(left + lamp->x(), lamp->y());
+      const int resultX = left + kResultX;
+      its.result->resize(resultX, result->y(), right - resultX, result->h());
+      its.lines->resize(left + kListMargin, lines->y(), right - left - 2 * kListMargin, lines->h());
+      for (Fl_Widget* const widget :
+           {static_cast<Fl_Widget*>(its.lamp), static_cast<Fl_Widget*>(its.result),
+            static_cast<Fl_Widget*>(its.lines)})
+        column->add(widget);
+      column->resizable(its.lines);
+      all->add(column);
+    }
+    window.add(all);
+    window.resizable(all);
+  }
+}
+
+void Flx_ShowInfo::ShowResult(const Column& column, const JobOutput& output) {
+  const bool finished = output.status == JobStatus::kFinished;
+  const bool stopped = finished && output.stoppedAt != kNotStopped;
+  const bool byUser = !finished && output.failure.kind == FailureKind::kStopped;
+  column.lamp->color(byUser     ? Theme::kQueued
+                     : stopped  ? kAmberLamp
+                     : finished ? kGreenLamp
+                                : kRedLamp);
+  const std::string result = Shown(byUser ? "stopped" : finished ? "successful" : "failed");
+  const bool several = columns_.size() > 1;
+  const std::string& path = output.jobFile.empty() ? output.folder : output.jobFile;
+  ShowLabel(*column.result, several ? ShownName(path) + ": " + result : result);
+  if (several) column.result->copy_tooltip(ToUi(path).c_str());
+  column.lines->format_char(kNoFormat);
+  column.lines->textfont(FL_COURIER);  // solvers write in columns
+  column.lines->textsize(kLayoutLabelSize);
 }
 
 int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
@@ -139,42 +185,32 @@ void Flx_ShowInfo::MakeBar(const Fl_Button& close) {
 }
 
 void Flx_ShowInfo::StartReading() {
-  reading_ = std::make_shared<Reading>();
-  reading_->output = output_;
-  FillTexts(Language(), {}, reading_->texts);
-  try {
-    std::thread([reading = reading_] {
-      AnalysisHooks hooks;
-      hooks.say = [&](const Message& message) { return reading->texts.Say(message); };
-      hooks.decode = ToUi;
-      hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
-        if (size > 0)
-          reading->percent =
-              static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(size));
-        return !reading->ended;
-      };
-      std::vector<std::string> lines;
-      try {
-        lines = JobInformation(reading->output, hooks);
-      } catch (const std::exception& error) {
-        lines = {hooks.say(Message(MessageId::kReportFailed, error.what()))};
-      }
-      const MutexLock lock(reading->mutex);
-      reading->lines = std::move(lines);
-      reading->done = true;
-      reading->changed.notify_all();
-    }).detach();
-  } catch (const std::system_error&) {
-    Find(kLines)->add(Shown("no_thread").c_str());
+  auto texts = std::make_shared<TextTable>();  // the thread's own
+  FillTexts(Language(), {}, *texts);
+  const auto work = [outputs = outputs_, texts](auto& control) {
+    std::vector<Lines> all;
+    AnalysisHooks hooks;
+    hooks.say = [&](const Message& message) { return texts->Say(message); };
+    hooks.decode = ToUi;
+    hooks.progress = [&](std::uint64_t done, std::uint64_t size) {
+      const double part = size > 0 ? static_cast<double>(done) / static_cast<double>(size) : 0;
+      control.SetPercent(static_cast<int>(100.0 * (static_cast<double>(all.size()) + part) /
+                                          static_cast<double>(outputs.size())));
+      return !control.IsUnwanted();
+    };
+    for (const JobOutput& output : outputs) {
+      if (!control.IsUnwanted()) all.push_back(JobInformation(output, hooks));
+    }
+    return all;
+  };
+  const auto failed = [texts](const std::exception& error) {
+    return std::vector<Lines>{{texts->Say(Message(MessageId::kReportFailed, error.what()))}};
+  };
+  if (!reading_.Start(work, failed)) {
+    for (const Column& column : columns_) column.lines->add(Shown("no_thread").c_str());
     return;
   }
-  {
-    const auto end = std::chrono::steady_clock::now() + kAtOnce;
-    MutexLock lock(reading_->mutex);
-    while (!reading_->done && lock.WaitUntil(reading_->changed, end)) {
-    }
-  }
-  if (ShowWhenRead()) return;
+  if (ShowWhenRead(kAtOnce)) return;
   ShowProgress();
   Fl::add_timeout(kLookSeconds, Look, this);
 }
@@ -186,21 +222,24 @@ void Flx_ShowInfo::Look(void* self) {
   Fl::repeat_timeout(kLookSeconds, Look, self);
 }
 
-bool Flx_ShowInfo::ShowWhenRead() {
-  const MutexLock lock(reading_->mutex);
-  if (!reading_->done) return false;
-  auto* list = Find(kLines);
-  list->clear();
-  for (const std::string& line : reading_->lines) list->add(ListLine(line).c_str());
+bool Flx_ShowInfo::ShowWhenRead(std::chrono::milliseconds patience) {
+  const std::optional<std::vector<Lines>> read = reading_.Take(patience);
+  if (!read) return false;
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    Fl_Browser& list = *columns_[i].lines;
+    list.clear();
+    if (i >= read->size()) continue;
+    for (const std::string& line : (*read)[i]) list.add(ListLine(line).c_str());
+  }
   bar_->hide();
   Find(kClose)->label(ConvertText(GetText("close")));
   return true;
 }
 
 void Flx_ShowInfo::ShowProgress() {
-  bar_->value(static_cast<float>(reading_->percent));
+  bar_->value(static_cast<float>(reading_.Percent()));
   if (bar_->visible()) return;
-  Find(kLines)->add(Shown("reading").c_str());
+  for (const Column& column : columns_) column.lines->add(Shown("reading").c_str());
   Find(kClose)->label(ConvertText(GetText("cancel")));
   bar_->show();
 }
