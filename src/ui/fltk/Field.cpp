@@ -88,7 +88,9 @@ void Field::TypeAgain(const std::string& text) {
 }
 
 bool Field::Validate() {
-  const std::string wrong = Check && edited_ ? Check(value()) : std::string();
+  // What is stored is never wrong: an empty field may stand for different texts.
+  const bool isOther = edited_ && stored_ != value();
+  const std::string wrong = Check && isOther ? Check(value()) : std::string();
   bad_ = !wrong.empty();
   const std::string hint = bad_ || !Doubt ? wrong : Doubt(value());
   if (OnHint && (marked_ || !hint.empty())) OnHint(hint);

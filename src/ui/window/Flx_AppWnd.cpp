@@ -53,13 +53,15 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
                        Layout::kWindowHeight),
       application_(application),
       notes_(notes),
-      texts_(texts) {
+      texts_(texts),
+      undo_(application.Manager()) {
   copy_label(texts_.Get(application_.Title()).c_str());
   xclass("Kestrun");
   color(Theme::kWindow);
   MakeTools();
-  settings_ = new SettingsRow(0, Layout::kToolRowHeight, w(),
-                              Layout::TabsY(w()) - Layout::kToolRowHeight, application_, texts_);
+  settings_ =
+      new SettingsRow(0, Layout::kToolRowHeight, w(), Layout::TabsY(w()) - Layout::kToolRowHeight,
+                      application_, undo_, texts_);
   tabs_ = new GroupTabs(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
                         Layout::kTabHeight);
   left_ = new LeftBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
@@ -122,13 +124,11 @@ void Flx_AppWnd::ConnectParts() {
   settings_->OnSubmit = [this] { Perform(Action::kSubmit); };
   settings_->OnMpp = [this] { Perform(Action::kMppSettings); };
   settings_->OnHint = [this](const std::string& hint) { Say(hint, StatusBar::Tone::kError); };
-  settings_->OnJobWanted = [this](JobId job) {
-    if (Table()) Table()->SelectJob(job);
+  settings_->OnJobsWanted = [this](const std::vector<JobId>& jobs) {
+    if (Table()) Table()->SelectJobs(jobs);
     ShowCurrentJob();
   };
-  settings_->OnJobEdited = [this] {
-    if (Table()) Table()->JobChanged(Table()->CurrentJob());
-  };
+  settings_->OnEdited = [this](const ManyDone& done) { SayEdited(done); };
   tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
   tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };

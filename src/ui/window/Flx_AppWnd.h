@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "core/Application.h"
+#include "core/QueueUndo.h"
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/ToolButton.h"
@@ -99,16 +100,10 @@ class Flx_AppWnd : public Fl_Double_Window {
   void Submit();
   // Tells the user when none of the queued jobs has a solver that is there.
   bool SolversAreMissing(const JobGroup& group);
-  void Resubmit();
-  void DeleteJob();
-  void DeleteAll();
-  void MoveJob(bool up);
   void SelectFailed();
   void AddGroup();
   void RenameGroup();
-  void DeleteGroup();
   void ViewMessage();
-  void ViewSummary();
   void OpenStages();
   void StopRunning();
   using Groups = std::vector<std::shared_ptr<JobGroup>>;
@@ -117,10 +112,11 @@ class Flx_AppWnd : public Fl_Double_Window {
     std::set<JobId> jobs;
     std::string text;
   };
-  Losses LossesIn(const Groups& groups, JobId only) const;
-  // Asks a question to which "yes" stops the groups' active jobs, or one of them alone (`only`).
+  Losses LossesIn(const Groups& groups, const std::vector<JobId>& only) const;
+  // Asks a question to which "yes" stops the groups' active jobs, or those of them in `only`.
   // Where there are some it says what is lost, and "no" is the default.
-  bool AskToLose(const std::string& question, const Groups& groups, JobId only = JobId::kNone);
+  bool AskToLose(const std::string& question, const Groups& groups,
+                 const std::vector<JobId>& only = {});
   // Why a group cannot have the name; empty when it can.
   std::string RefusalOfName(const std::string& name) const;
   std::string TimeSince(std::int64_t moment) const;  // seconds since 1970
@@ -135,6 +131,37 @@ class Flx_AppWnd : public Fl_Double_Window {
   void RunDialog(Flx_Base_Dialog& dialog);
   void Inform(const std::string& text);
   bool Ask(const std::string& text, ComnMsgBox::Type type = ComnMsgBox::kYesNo);
+
+  // Flx_AppWnd_Many.cpp: all of it for the jobs that are selected.
+  std::vector<JobId> SelectedJobs() const;
+  // False, after telling the user, when none is.
+  bool ReadSelected(const std::function<void(const JobFile&)>& read);
+  std::string CountWords(const char* one, const char* several, std::size_t count) const;
+  std::string Sentences(const std::string& first, const std::string& second) const;
+  std::string LeftOutWords(const ManyDone& done, const char* unfitKey) const;
+  void Resubmit();
+  void SayResubmitted(const ManyDone& done);
+  void RerunFailed();
+  void DeleteJobs();
+  void DeleteAll();
+  void DeleteGroup();
+  void SayDeleted(int count);
+  void MoveJobs(JobList::Move move);
+  bool QueuedBelowOthers(const std::vector<JobId>& jobs) const;
+  // "I Force" of those that have it.
+  struct ForceState {
+    bool any = false;
+    bool differs = false;
+    bool on = false;
+  };
+  ForceState ForceOfSelected() const;
+  void ToggleForce();
+  void SayEdited(const ManyDone& done);
+  void CopyPaths();
+  void OpenFolders();
+  void ShowCommand();
+  void ViewSummary();
+  void Undo();
 
   // Flx_AppWnd_Dialogs.cpp
   void AddRestart();
@@ -160,6 +187,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   Application& application_;
   QueueNotes& notes_;
   TextTable texts_;
+  QueueUndo undo_;
   std::vector<ToolButton*> tools_;
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;

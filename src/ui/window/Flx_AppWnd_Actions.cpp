@@ -11,7 +11,6 @@
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/Flx_MultipleStages.h"
 #include "ui/dialogs/Flx_RenameGroup.h"
-#include "ui/dialogs/Flx_ShowInfo.h"
 #include "ui/dialogs/HistoryWindow.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/help/ComnChmDialog.h"
@@ -49,13 +48,17 @@ void Flx_AppWnd::Perform(Action action) {
     case Action::kResubmit:
       return Resubmit();
     case Action::kDeleteJob:
-      return DeleteJob();
+      return DeleteJobs();
     case Action::kDeleteAll:
       return DeleteAll();
     case Action::kMoveUp:
-      return MoveJob(true);
+      return MoveJobs(JobList::Move::kUp);
     case Action::kMoveDown:
-      return MoveJob(false);
+      return MoveJobs(JobList::Move::kDown);
+    case Action::kMoveToTop:
+      return MoveJobs(JobList::Move::kToTop);
+    case Action::kMoveToBottom:
+      return MoveJobs(JobList::Move::kToBottom);
     case Action::kAddGroup:
       return AddGroup();
     case Action::kRenameGroup:
@@ -104,6 +107,18 @@ void Flx_AppWnd::Perform(Action action) {
     case Action::kColumns:
       return Table()->OpenColumnMenu(-1, Table()->x() + Layout::kMargin,
                                      Table()->y() + Layout::kHeaderHeight);
+    case Action::kRerunFailed:
+      return RerunFailed();
+    case Action::kUndo:
+      return Undo();
+    case Action::kForce:
+      return ToggleForce();
+    case Action::kOpenFolder:
+      return OpenFolders();
+    case Action::kCopyPaths:
+      return CopyPaths();
+    case Action::kShowCommand:
+      return ShowCommand();
     case Action::kNextGroup:
       return StepGroup(1);
     case Action::kPreviousGroup:
@@ -246,49 +261,6 @@ void Flx_AppWnd::Submit() {
   ShowTabs();
 }
 
-void Flx_AppWnd::Resubmit() {
-  const JobId job = CurrentJob();
-  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
-  if (!Group()->Resubmit(job)) return Inform(texts_.Get("msg_resubmit"));
-  Table()->JobChanged(job);
-  Say(texts_.Get("ui_resubmitted"));
-}
-
-void Flx_AppWnd::DeleteJob() {
-  const auto group = Group();
-  const JobId job = CurrentJob();
-  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
-  if (!AskToLose(texts_.Get("msg_ask_del"), {group}, job)) return;
-  group->RemoveJob(job);
-  Refresh();
-}
-
-void Flx_AppWnd::DeleteAll() {
-  const auto group = Group();
-  if (!group || group->JobCount() == 0) return;
-  if (!AskToLose(texts_.Get("msg_ask_delall"), {group})) return;
-  if (group->Running() && !StopAndWait(group)) return;
-  for (const JobId job : group->JobIds()) group->RemoveJob(job);
-  Refresh();
-}
-
-void Flx_AppWnd::MoveJob(bool up) {
-  const JobId job = CurrentJob();
-  if (job == JobId::kNone) return Inform(texts_.Get("msg_no_cur_job"));
-  if (Table()->SortedBy()) return Say(texts_.Get("ui_move_sorted"));
-  if (Group()->MoveJob(job, up)) return Table()->JobsChanged();
-  // Why not: the job itself, the one above it, or the end of the list.
-  const auto queued = [&](JobId one) {
-    bool is = false;
-    Group()->ReadJob(one, [&](const JobFile& read) { is = read.status == JobStatus::kQueued; });
-    return is;
-  };
-  const JobId above = Table()->JobAt(Table()->CurrentRow() - 1);
-  if (!queued(job)) return Say(texts_.Get("ui_move_queued_only"));
-  const bool past = up && above != JobId::kNone && !queued(above);
-  Say(texts_.Get(past ? "ui_move_not_past" : "ui_not_moved"));
-}
-
 // Those that a filter hides are shown again.
 void Flx_AppWnd::SelectFailed() {
   if (Table()->Counts()[static_cast<std::size_t>(StatusClass::kAborted)] == 0)
@@ -340,18 +312,6 @@ std::string Flx_AppWnd::RefusalOfName(const std::string& name) const {
   return texts_.Say(JobGroupManager::RefusalOfName(name));
 }
 
-void Flx_AppWnd::DeleteGroup() {
-  JobGroupManager& manager = application_.Manager();
-  const auto group = Group();
-  if (!group || manager.GroupCount() < 2) return;
-  if (!AskToLose(texts_.Get("msg_ask_del_group"), {group})) return;
-  if (group->Running() && !StopAndWait(group)) return;
-  manager.RemoveGroup(manager.IndexOf(group.get()));
-  if (manager.CurrentGroupIndex() < 0) manager.SetCurrentGroup(0);
-  Refresh();
-  if (Table()) Table()->TakeFocus();
-}
-
 bool Flx_AppWnd::ReadCurrentJob(const std::function<void(const JobFile&)>& read) {
   const auto group = Group();
   if (group && group->ReadJob(CurrentJob(), read)) return true;
@@ -376,20 +336,6 @@ void Flx_AppWnd::ViewMessage() {
   application_.ViewTextFile(path);
 }
 
-void Flx_AppWnd::ViewSummary() {
-  JobOutput output;
-  bool multiStage = false;
-  const auto read = [&](const JobFile& job) {
-    output = OutputOf(job);
-    multiStage = !job.stages.empty();
-  };
-  if (!ReadCurrentJob(read)) return;
-  if (multiStage) return Inform(texts_.Get("msg_view_mstage"));
-  if (!HasEnded(output.status)) return Inform(texts_.Get("msg_view_info"));
-  Flx_ShowInfo dialog(this, application_.language, output);
-  RunDialog(dialog);
-}
-
 void Flx_AppWnd::OpenStages() {
   const JobId job = CurrentJob();
   bool multiStage = false;
@@ -405,12 +351,13 @@ std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
 }
 
 // A line for each job, and what is lost with them.
-Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups, JobId only) const {
+Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups,
+                                        const std::vector<JobId>& only) const {
   Losses losses;
   std::size_t running = 0;
   for (const auto& group : groups) {
     group->ReadActiveJob([&](const JobFile& job) {
-      if (only != JobId::kNone && job.id != only) return;
+      if (!only.empty() && std::find(only.begin(), only.end(), job.id) == only.end()) return;
       losses.jobs.insert(job.id);
       if (losses.jobs.size() > kMostListed) return;
       const std::string name = FileDirWrapper::NameOf(job.MainFile());
@@ -432,7 +379,8 @@ Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups, JobId only) const 
 
 // A job that ends while the question is open may make way for the next one, which nobody has agreed
 // to lose yet.
-bool Flx_AppWnd::AskToLose(const std::string& question, const Groups& groups, JobId only) {
+bool Flx_AppWnd::AskToLose(const std::string& question, const Groups& groups,
+                           const std::vector<JobId>& only) {
   std::set<JobId> agreed;
   Losses losses = LossesIn(groups, only);
   do {

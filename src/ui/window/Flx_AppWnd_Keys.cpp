@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <list>
 
+#include "jobs/JobField.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
@@ -83,6 +84,10 @@ bool Flx_AppWnd::CanPerform(Action action) const {
       return !DumpOfCurrentJob().empty();
     case Action::kDeleteGroup:
       return application_.Manager().GroupCount() > 1;
+    case Action::kUndo:
+      return !undo_.Empty();
+    case Action::kForce:
+      return ForceOfSelected().any;
     default:
       return true;
   }
@@ -98,7 +103,10 @@ std::string Flx_AppWnd::DumpOfCurrentJob() const {
   return ToUi(name);
 }
 
+// Of a box that some of the selected jobs have checked the menu cannot show a third state.
 std::string Flx_AppWnd::MenuText(Action action) const {
+  if (action == Action::kForce && ForceOfSelected().differs)
+    return texts_.Format("ui_menu_various", texts_.Get("lab_iforce"));
   const std::string dump = action == Action::kGoOn ? DumpOfCurrentJob() : std::string();
   return dump.empty() ? texts_.Get(InfoOf(action).menuKey)
                       : texts_.Format("ui_menu_go_on_from", dump);
@@ -118,6 +126,10 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
     item.text = words.emplace_back(MenuText(action)).c_str();
     item.shortcut_ = info.shortcut;
     item.flags = CanPerform(action) ? 0 : FL_MENU_INACTIVE;
+    if (action == Action::kForce) {
+      const ForceState force = ForceOfSelected();
+      item.flags |= FL_MENU_TOGGLE | (force.on && !force.differs ? FL_MENU_VALUE : 0);
+    }
     item.labeltype_ = Theme::kMenuLabel;
     item.labelsize_ = Layout::kFontSize;
     items.push_back(item);
@@ -133,26 +145,31 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob() != JobId::kNone) {
-    PopUp({Action::kMonitor,   Action::kViewMessage, Action::kViewSummary, Action::kRunPost,
-           Action::kStages,    Action::kJobHistory,  Action::kHistory,     kSeparator,
-           Action::kSubmit,    Action::kResubmit,    Action::kGoOn,        Action::kStop,
-           kSeparator,         Action::kMoveUp,      Action::kMoveDown,    Action::kSelectFailed,
-           kSeparator,
-           Action::kDeleteJob, Action::kDeleteAll,   kSeparator,           Action::kOpenRunFolder},
+    // What has a tool, and what is not of the job, is left out: it fits into a low screen.
+    PopUp({Action::kMonitor,      Action::kViewMessage, Action::kViewSummary,
+           Action::kRunPost,      Action::kStages,      Action::kShowCommand,
+           Action::kJobHistory,   Action::kHistory,     kSeparator,
+           Action::kSubmit,       Action::kResubmit,    Action::kRerunFailed,
+           Action::kGoOn,         Action::kStop,        kSeparator,
+           Action::kForce,        Action::kMoveToTop,   Action::kMoveToBottom,
+           Action::kSelectFailed, kSeparator,           Action::kCopyPaths,
+           Action::kOpenFolder,   kSeparator,           Action::kUndo,
+           Action::kDeleteJob,    Action::kDeleteAll},
           x, y);
   } else {
-    PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
-           Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
-           Action::kSelectFailed, Action::kDeleteAll, kSeparator, Action::kRefresh,
-           Action::kHistory, Action::kReadLog, Action::kOpenRunFolder},
-          x, y);
+    PopUp(
+        {Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
+         Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
+         Action::kSelectFailed, Action::kRerunFailed, Action::kUndo, Action::kDeleteAll, kSeparator,
+         Action::kRefresh, Action::kHistory, Action::kReadLog, Action::kOpenRunFolder},
+        x, y);
   }
 }
 
 void Flx_AppWnd::OpenGroupMenu(int x, int y) {
   PopUp({Action::kRenameGroup, Action::kAddGroup, Action::kDeleteGroup, kSeparator, Action::kSubmit,
          Action::kStop, kSeparator, Action::kFind, Action::kSelectAll, Action::kSelectFailed,
-         Action::kColumns},
+         Action::kRerunFailed, kSeparator, Action::kColumns, Action::kUndo},
         x, y);
 }
 
@@ -165,9 +182,7 @@ void Flx_AppWnd::CellPressed(int row, int column) {
   const JobId pressed = Table()->JobAt(row);
   bool on = false;
   Group()->ReadJob(pressed, [&](const JobFile& job) {
-    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) on = dyna->useSFile;
+    on = ValueOf(job, JobField::kForce) == FieldValue(true);
   });
-  if (!Group()->SetUseSFile(pressed, !on))
-    Say(texts_.Get("ui_running_fixed"), StatusBar::Tone::kError);
-  Table()->JobChanged(pressed);
+  SayEdited(undo_.SetField(Group(), {pressed}, JobField::kForce, !on));
 }

@@ -17,6 +17,14 @@
 #include "util/files/FileDirWrapper.h"
 #include "util/process/ProcessIdentity.h"
 
+namespace {
+
+// The tools that act on all selected jobs.
+constexpr Action kForSelected[] = {Action::kResubmit, Action::kDeleteJob, Action::kMoveUp,
+                                   Action::kMoveDown, Action::kViewSummary};
+
+}  // namespace
+
 void Flx_AppWnd::Refresh() {
   SyncTables();
   LayOut();
@@ -160,6 +168,10 @@ void Flx_AppWnd::ShowState() {
 std::string Flx_AppWnd::ToolTip(Action action) const {
   const ActionInfo& info = InfoOf(action);
   std::string tip = texts_.Get(info.tipKey);
+  const int selected = Table() ? Table()->SelectedCount() : 0;
+  if (selected > 1 &&
+      std::find(std::begin(kForSelected), std::end(kForSelected), action) != std::end(kForSelected))
+    tip = texts_.Format("ui_tip_selected", tip, std::to_string(selected));
   if (info.shortcut)
     tip += " (" + std::string(fl_shortcut_label(static_cast<unsigned>(info.shortcut))) + ")";
   return SolverEnabledFor(action) ? tip : texts_.Format("ui_tip_disabled", tip);
@@ -197,7 +209,8 @@ void Flx_AppWnd::StoreTyped() {
 }
 
 void Flx_AppWnd::ShowCurrentJob() {
-  if (JobTable* table = Table()) settings_->SetJob(table->List(), table->CurrentJob());
+  if (JobTable* table = Table()) settings_->SetJobs(Group(), table->SelectedJobs());
+  ShowTools();
 }
 
 void Flx_AppWnd::SwitchToGroup(int index) {

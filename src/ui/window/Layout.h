@@ -58,9 +58,9 @@ inline constexpr int kMemoryLabel = 56;
 inline constexpr int kMemoryField = 60;
 inline constexpr int kAutoWidth = 56;
 inline constexpr int kCpuLabel = 132;
-inline constexpr int kCpuField = 40;
+inline constexpr int kCpuField = 54;
 inline constexpr int kPauseLabel = 130;
-inline constexpr int kPauseField = 40;
+inline constexpr int kPauseField = 54;
 inline constexpr int kSecondLabel = 26;
 inline constexpr int kParameterGap = 12;
 

@@ -1,6 +1,9 @@
 #include "ui/window/SettingsRow.h"
 
+#include <FL/fl_draw.H>
+
 #include <algorithm>
+#include <map>
 
 #include "jobs/JobArguments.h"
 #include "solvers/SolverKinds.h"
@@ -26,21 +29,51 @@ void SetActive(Fl_Widget* widget, bool active) {
 
 }  // namespace
 
-struct SettingsRow::View {
-  SolverKind kind = SolverKind::kLsDynaSingle;
-  bool job = false;
-  bool running = false;
-  bool dyna = false;
-  bool multiStage = false;
-  std::uint64_t memory = 0;
-  int ncpu = 0;
-  int pause = 0;
-  std::string command;
+// What jobs have in a field: none of them has it, the same, or different things.
+template <typename T>
+struct Common {
+  std::optional<T> value;  // none when they differ, too
+  bool differs = false;
+
+  void Take(const T& its) {
+    differs = differs || (value && *value != its);
+    value = its;
+  }
 };
 
-SettingsRow::SettingsRow(int x, int y, int w, int h, Application& application,
+struct SettingsRow::View {
+  std::size_t jobs = 0;
+  std::size_t running = 0;
+  bool dyna = false;  // some of them
+  Common<SolverKind> kind;
+  Common<std::uint64_t> memory;
+  Common<int> ncpu;
+  Common<int> pause;
+  Common<std::string> command;
+
+  bool IsEditable() const { return jobs == 0 || running < jobs; }
+};
+
+// Says why it is empty.
+class SettingsRow::KindChoice : public Fl_Choice {
+ public:
+  KindChoice(int w, int h, const std::string& hint) : Fl_Choice(0, 0, w, h), hint_(hint) {}
+
+  void draw() override {
+    Fl_Choice::draw();
+    if (mvalue() != nullptr) return;
+    fl_font(textfont(), textsize());
+    fl_color(Theme::kDisabledText);
+    fl_draw(hint_.c_str(), x() + kLabelInset + 2, y(), w(), h(), FL_ALIGN_LEFT, nullptr, 0);
+  }
+
+ private:
+  const std::string hint_;
+};
+
+SettingsRow::SettingsRow(int x, int y, int w, int h, Application& application, QueueUndo& undo,
                          const TextTable& texts)
-    : Fl_Group(x, y, w, h), application_(application), texts_(texts) {
+    : Fl_Group(x, y, w, h), application_(application), undo_(undo), texts_(texts) {
   box(FL_FLAT_BOX);
   color(Theme::kWindow);
   MakeFields();
@@ -61,7 +94,7 @@ void SettingsRow::MakeFields() {
   constexpr int height = Layout::kFieldHeight;
   // In the order of the Tab key.
   solverLabel_ = MakeLabel("lab_solver");
-  kindChoice_ = new Fl_Choice(0, 0, Layout::kSolverKindWidth, height);
+  kindChoice_ = new KindChoice(Layout::kSolverKindWidth, height, texts_.Get("ui_various"));
   kindChoice_->color(Theme::kSurface);
   std::vector<std::string> kinds;
   for (const auto& solver : application_.Solvers()) kinds.push_back(ToUi(solver->displayName));
@@ -124,27 +157,25 @@ void SettingsRow::ConnectFields() {
       },
       this);
 
-  SettingsAndPaths& settings = application_.SettingsAndFiles();
   memory_->Check = NumberCheck(0, Settings::kMostMemory, "ui_bad_memory");
-  memory_->Store = [this, &settings](const std::string& text) {
-    const auto value = static_cast<std::uint64_t>(*WholeNumber(text, 0, Settings::kMostMemory));
-    if (!HasJob()) settings.Set(&Settings::memory_size, value);
-    EditJob([&](JobList& list, JobId job) { return list.SetMemory(job, value); });
+  memory_->Store = [this](const std::string& text) {
+    StoreNumber(JobField::kMemory, &Settings::memory_size,
+                static_cast<std::uint64_t>(*WholeNumber(text, 0, Settings::kMostMemory)));
   };
   cpu_->Check = NumberCheck(1, Settings::kMostCpus, "ui_bad_cpu");
-  cpu_->Store = [this, &settings](const std::string& text) {
-    const int value = static_cast<int>(*WholeNumber(text, 1, Settings::kMostCpus));
-    if (!HasJob()) settings.Set(&Settings::cpu_count, value);
-    EditJob([&](JobList& list, JobId job) { return list.SetCpuCount(job, value); });
+  cpu_->Store = [this](const std::string& text) {
+    StoreNumber(JobField::kCpus, &Settings::cpu_count,
+                static_cast<int>(*WholeNumber(text, 1, Settings::kMostCpus)));
   };
   pause_->Check = NumberCheck(0, kLongestPause, "ui_bad_pause");
-  pause_->Store = [this, &settings](const std::string& text) {
-    const int value = static_cast<int>(*WholeNumber(text, 0, kLongestPause));
-    if (!HasJob()) settings.Set(&Settings::pause_time, value);
-    EditJob([&](JobList& list, JobId job) { return list.SetPause(job, value); });
+  pause_->Store = [this](const std::string& text) {
+    StoreNumber(JobField::kPause, &Settings::pause_time,
+                static_cast<int>(*WholeNumber(text, 0, kLongestPause)));
   };
+  // A blank alone takes the options away, which a field of several jobs could not say otherwise.
   command_->Store = [this](const std::string& text) {
-    EditJob([&](JobList& list, JobId job) { return list.SetExtraOptions(job, FromUi(text)); });
+    const bool isBlank = text.find_first_not_of(' ') == std::string::npos;
+    EditJobs(JobField::kOptions, isBlank ? std::string() : FromUi(text));
   };
   solver_->Doubt = [this](const std::string& text) { return SolverHint(TypedPath(text)); };
   solver_->Store = [this](const std::string& text) { StoreSolver(TypedPath(text)); };
@@ -194,64 +225,67 @@ void SettingsRow::resize(int x, int y, int w, int h) {
   ShowMpp();
 }
 
-bool SettingsRow::HasJob() const {
-  return list_ && job_ != JobId::kNone;
-}
-
-void SettingsRow::SetJob(std::shared_ptr<JobList> list, JobId job) {
+void SettingsRow::SetJobs(std::shared_ptr<JobGroup> group, std::vector<JobId> jobs) {
   KeepRejected();
-  list_ = std::move(list);
-  job_ = job;
-  // Texts of another job, valid or not, must not be taken for this one's.
+  group_ = std::move(group);
+  jobs_ = std::move(jobs);
+  // Texts of other jobs, valid or not, must not be taken for these.
   for (Field* field : {memory_, cpu_, pause_, command_}) field->ShowAlways(field->value());
   Refresh();
   solver_->LookAgain();  // the file may have come meanwhile
-  const auto kept = rejected_.extract(job_);
-  if (kept.empty() || MakeView().running) return;
+  const auto kept = rejected_.extract(jobs_);
+  if (kept.empty() || !MakeView().IsEditable()) return;
   for (const auto& [field, text] : kept.mapped()) field->TypeAgain(text);
 }
 
 void SettingsRow::KeepRejected() {
   for (Field* field : {memory_, cpu_, pause_, command_}) {
-    if (field->Rejected()) rejected_[job_][field] = field->value();
+    if (field->Rejected()) rejected_[jobs_][field] = field->value();
   }
 }
 
-// A job of this list, not the one that is shown, that would be run with another value than the one
-// that was typed for it.
-JobId SettingsRow::OtherRejected() {
-  for (const auto& [job, texts] : rejected_) {
+// Jobs of this group, other than those that are shown, that would be run with another value than
+// the one that was typed for them.
+std::vector<JobId> SettingsRow::OtherRejected() const {
+  for (const auto& [jobs, texts] : rejected_) {
     bool isQueued = false;
-    if (list_ && job != job_)
-      list_->ReadJob(job, [&](const JobFile& one) { isQueued = one.status == JobStatus::kQueued; });
-    if (isQueued) return job;
+    if (group_ && jobs != jobs_) {
+      group_->ReadJobs(jobs, [&](const JobFile& one) {
+        isQueued = isQueued || one.status == JobStatus::kQueued;
+      });
+    }
+    if (isQueued) return jobs;
   }
-  return JobId::kNone;
+  return {};
 }
 
 SettingsRow::View SettingsRow::MakeView() const {
   View view;
-  view.job = HasJob() && list_->ReadJob(job_, [&](const JobFile& job) {
-    view.kind = job.GetSolverType();
-    view.running = job.status == JobStatus::kRunning;
-    view.dyna = dynamic_cast<const JobFileDyna*>(&job) != nullptr;
-    view.multiStage = !job.stages.empty();
-    view.memory = job.memory;
-    view.ncpu = job.ncpu;
-    view.pause = job.pause;
-    view.command = job.extraOptions;
-  });
-  if (view.job) return view;
   const Settings& settings = application_.SettingsAndFiles().Get();
-  view.kind = kind_;
-  view.memory = settings.memory_size;
-  view.ncpu = settings.cpu_count;
-  view.pause = settings.pause_time;
+  if (HasJobs()) {
+    group_->ReadJobs(jobs_, [&](const JobFile& job) {
+      ++view.jobs;
+      view.running += job.status == JobStatus::kRunning;
+      view.dyna = view.dyna || dynamic_cast<const JobFileDyna*>(&job) != nullptr;
+      view.kind.Take(job.GetSolverType());
+      view.memory.Take(job.memory);
+      view.ncpu.Take(job.ncpu < 1 ? settings.cpu_count : job.ncpu);
+      view.pause.Take(job.pause);
+      if (job.stages.empty()) view.command.Take(job.extraOptions);
+    });
+  }
+  if (view.jobs > 0) return view;
+  view.kind.Take(kind_);
+  view.memory.Take(settings.memory_size);
+  view.ncpu.Take(settings.cpu_count);
+  view.pause.Take(settings.pause_time);
+  view.command.Take({});
   return view;
 }
 
-SolverKind SettingsRow::ShownKind() const {
-  return MakeView().kind;
+std::optional<SolverKind> SettingsRow::ShownKind() const {
+  const View view = MakeView();
+  return view.kind.differs ? std::nullopt : view.kind.value;
 }
 
 void SettingsRow::Refresh() {
@@ -264,42 +298,67 @@ void SettingsRow::Refresh() {
   ShowView(MakeView());
 }
 
-void SettingsRow::ShowView(const View& view) {
+// With several jobs it says for how many it counts.
+std::string SettingsRow::TipOf(const char* one, const char* none) const {
+  if (jobs_.size() < 2) return texts_.Get(HasJobs() ? one : none);
+  return texts_.Format("ui_tip_many", texts_.Get(none), std::to_string(jobs_.size()));
+}
+
+void SettingsRow::ShowKind(const View& view) {
   const Settings& settings = application_.SettingsAndFiles().Get();
   int place = 0;
+  int shown = -1;
   for (const auto& solver : application_.Solvers()) {
     const SolverKind kind = solver->solverType;
-    if (kind == view.kind && kindChoice_->value() != place) kindChoice_->value(place);
-    const bool possible = solver->enabled != 0 && (!view.job || RowOfKind(kind).runsDecks);
+    if (!view.kind.differs && kind == view.kind.value) shown = place;
+    const bool possible = solver->enabled != 0 && (view.jobs == 0 || RowOfKind(kind).runsDecks);
     kindChoice_->mode(place++, possible ? 0 : FL_MENU_INACTIVE);
   }
-  SetActive(kindChoice_, !view.job || (view.dyna && !view.running));
-  SetTip(*kindChoice_, texts_.Get(view.job ? "ui_tip_solver_kind_job" : "ui_tip_solver_kind"));
-  solver_->Show(ToUi(SolverProgram(settings, view.kind)));
-  SetTip(*solver_, texts_.Format("ui_tip_solver", RowOfKind(view.kind).name));
+  if (kindChoice_->value() != shown) kindChoice_->value(shown);
+  SetActive(kindChoice_, view.jobs == 0 || (view.dyna && view.IsEditable()));
+  SetTip(*kindChoice_, TipOf("ui_tip_solver_kind_job", "ui_tip_solver_kind"));
+  const std::string& various = texts_.Get("ui_various");
+  solver_->SetPlaceholder(view.kind.differs ? various : std::string());
+  SetActive(solver_, !view.kind.differs);
+  SetActive(browse_, !view.kind.differs);
+  const SolverKind kind = *view.kind.value;
+  solver_->Show(view.kind.differs ? std::string() : ToUi(SolverProgram(settings, kind)));
+  SetTip(*solver_,
+         texts_.Format("ui_tip_solver", view.kind.differs ? various : RowOfKind(kind).name));
+}
 
-  const bool editable = !view.running;
-  const bool overtaken = view.running && (memory_->Edited() || cpu_->Edited() || pause_->Edited() ||
-                                          command_->Edited());
+void SettingsRow::ShowView(const View& view) {
+  const Settings& settings = application_.SettingsAndFiles().Get();
+  ShowKind(view);
+  const bool editable = view.IsEditable();
+  const bool overtaken =
+      !editable && (memory_->Edited() || cpu_->Edited() || pause_->Edited() || command_->Edited());
   // A job that runs keeps what it started with, whatever is being typed.
-  const auto show = [&](Field& field, const std::string& text) {
-    editable ? field.Show(text) : field.ShowAlways(text);
+  const auto show = [&](Field& field, const std::string& text, bool differs) {
+    field.SetPlaceholder(differs ? texts_.Get("ui_various") : std::string());
+    const std::string shown = differs ? std::string() : text;
+    editable ? field.Show(shown) : field.ShowAlways(shown);
   };
-  show(*memory_, std::to_string(view.memory));
-  SetTip(*memory_, texts_.Get(view.job ? "ui_tip_memory_job" : "ui_tip_memory"));
-  show(*cpu_, std::to_string(view.job && view.ncpu < 1 ? settings.cpu_count : view.ncpu));
-  SetTip(*cpu_, texts_.Get(view.job ? "ui_tip_cpu_job" : "ui_tip_cpu"));
-  show(*pause_, std::to_string(view.pause));
-  SetTip(*pause_, texts_.Get(view.job ? "ui_tip_pause_job" : "ui_tip_pause"));
-  for (Field* field : {memory_, cpu_, pause_}) SetActive(field, editable);
+  const auto number = [&](Field& field, const auto& common) {
+    show(field, std::to_string(*common.value), common.differs);
+    SetActive(&field, editable);
+  };
+  number(*memory_, view.memory);
+  SetTip(*memory_, TipOf("ui_tip_memory_job", "ui_tip_memory"));
+  number(*cpu_, view.ncpu);
+  SetTip(*cpu_, TipOf("ui_tip_cpu_job", "ui_tip_cpu"));
+  number(*pause_, view.pause);
+  SetTip(*pause_, TipOf("ui_tip_pause_job", "ui_tip_pause"));
   auto_->value(settings.memory_auto);
   auto_->tooltip(texts_.Get("ui_tip_auto").c_str());
 
-  show(*command_, view.multiStage ? texts_.Get("lab_cmd_mstage") : ToUi(view.command));
+  const bool stagesOnly = !view.command.value;
+  show(*command_, stagesOnly ? texts_.Get("lab_cmd_mstage") : ToUi(*view.command.value),
+       view.command.differs);
   if (overtaken && OnHint) OnHint(texts_.Get("ui_running_fixed"));
-  SetActive(command_, view.job && editable && !view.multiStage);
-  command_->SetPlaceholder(view.job ? std::string() : texts_.Get("ui_tip_command_none"));
-  SetTip(*command_, texts_.Get(view.job ? "ui_tip_command" : "ui_tip_command_none"));
+  SetActive(command_, view.jobs > 0 && editable && !stagesOnly);
+  if (view.jobs == 0) command_->SetPlaceholder(texts_.Get("ui_tip_command_none"));
+  SetTip(*command_, TipOf("ui_tip_command", "ui_tip_command_none"));
   ShowMpp();
 }
 
@@ -318,12 +377,12 @@ void SettingsRow::ShowMpp() {
 bool SettingsRow::Commit() {
   bool valid = true;
   for (Field* field : {solver_, command_, memory_, cpu_, pause_}) valid = field->Commit() && valid;
-  return valid && OtherRejected() == JobId::kNone;
+  return valid && OtherRejected().empty();
 }
 
 void SettingsRow::GoToRejected() {
   for (const bool ofOther : {false, true}) {
-    if (ofOther && OnJobWanted) OnJobWanted(OtherRejected());
+    if (ofOther && OnJobsWanted) OnJobsWanted(OtherRejected());
     for (Field* field : {solver_, command_, memory_, cpu_, pause_}) {
       if (!field->Commit()) return field->GoTo();
     }
@@ -335,24 +394,26 @@ void SettingsRow::GoToSolver() {
   solver_->GoTo();
 }
 
-void SettingsRow::EditJob(const std::function<bool(JobList&, JobId)>& edit) {
-  if (HasJob()) {
-    const bool done = edit(*list_, job_);
-    if (!done && OnHint) OnHint(texts_.Get("ui_running_fixed"));
-    if (OnJobEdited) OnJobEdited();
+void SettingsRow::EditJobs(JobField field, const FieldValue& value) {
+  if (HasJobs()) {
+    const ManyDone done = undo_.SetField(group_, jobs_, field, value);
+    if (OnEdited) OnEdited(done);
   }
   Refresh();
+}
+
+template <typename Number>
+void SettingsRow::StoreNumber(JobField field, Number Settings::*setting, Number value) {
+  if (!HasJobs()) application_.SettingsAndFiles().Set(setting, value);
+  EditJobs(field, value);
 }
 
 void SettingsRow::ChooseKind(SolverKind kind) {
   // A path that is being typed belongs to the program shown until now.
   solver_->Commit();
-  if (HasJob()) {
-    EditJob([&](JobList& list, JobId job) { return list.SetPrecision(job, kind); });
-  } else {
-    kind_ = kind;
-    Refresh();
-  }
+  if (HasJobs()) return EditJobs(JobField::kPrecision, kind);
+  kind_ = kind;
+  Refresh();
 }
 
 std::string SettingsRow::SolverHint(const std::string& path) const {
@@ -363,7 +424,7 @@ std::string SettingsRow::SolverHint(const std::string& path) const {
 
 void SettingsRow::StoreSolver(const std::string& path) {
   SettingsAndPaths& settings = application_.SettingsAndFiles();
-  const SolverKind kind = ShownKind();
+  const SolverKind kind = ShownKind().value_or(kind_);
   std::string Settings::*const mpp = settings.Get().use_mpp ? MppSolver(kind) : nullptr;
   if (mpp != nullptr) {
     settings.Set(mpp, path);
@@ -377,7 +438,7 @@ void SettingsRow::StoreSolver(const std::string& path) {
 
 void SettingsRow::ChooseSolver() {
   solver_->Commit();
-  const SolverKind kind = ShownKind();
+  const SolverKind kind = ShownKind().value_or(kind_);
   const SolverKindRow& row = RowOfKind(kind);
   const FileQuestion question{
       window(), texts_.Say(row.programTitle), ComnFileDialog::ProgramFilter(row.programFilter), {}};
@@ -386,14 +447,19 @@ void SettingsRow::ChooseSolver() {
   if (!path.empty()) StoreSolver(path);
 }
 
+// Each job takes what its deck asks for.
 void SettingsRow::ToggleAuto() {
   const bool on = auto_->value() != 0;
   application_.SettingsAndFiles().Set(&Settings::memory_auto, on);
-  if (!on || !HasJob()) return;
-  std::uint64_t fromDeck = 0;
-  list_->ReadJob(job_, [&](const JobFile& job) {
-    if (const auto* dyna = dynamic_cast<const JobFileDyna*>(&job)) fromDeck = dyna->deckMemory;
+  if (!on || !HasJobs()) return;
+  std::map<std::uint64_t, std::vector<JobId>> fromDecks;
+  group_->ReadJobs(jobs_, [&](const JobFile& job) {
+    const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+    if (dyna != nullptr && dyna->deckMemory > 0) fromDecks[dyna->deckMemory].push_back(job.id);
   });
-  if (fromDeck > 0)
-    EditJob([&](JobList& list, JobId job) { return list.SetMemory(job, fromDeck); });
+  for (const auto& [memory, jobs] : fromDecks) {
+    const ManyDone done = undo_.SetField(group_, jobs, JobField::kMemory, memory);
+    if (OnEdited) OnEdited(done);
+  }
+  Refresh();
 }

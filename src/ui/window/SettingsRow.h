@@ -11,24 +11,29 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "core/Application.h"
+#include "core/QueueUndo.h"
 #include "ui/fltk/ChoiceEntries.h"
 #include "ui/fltk/Field.h"
 #include "ui/fltk/ToolButton.h"
 #include "ui/text/TextTable.h"
 
-// Shows and edits the current job; without one, the defaults of new jobs. The solver path and the
-// automatic memory are always settings. What is edited is stored at once. Interface thread.
+// Shows and edits the selected jobs; without one, the defaults of new jobs. A field in which they
+// differ is empty, says so, and changes them when something is typed into it. The solver path and
+// the automatic memory are always settings. What is edited is stored at once. Interface thread.
 class SettingsRow : public Fl_Group {
  public:
-  // The application and the texts outlive the row.
-  SettingsRow(int x, int y, int w, int h, Application& application, const TextTable& texts);
+  // All of them outlive the row.
+  SettingsRow(int x, int y, int w, int h, Application& application, QueueUndo& undo,
+              const TextTable& texts);
 
-  // The job to show; a null list or kNone: none. A text that is being typed for another job must
-  // have been committed; one that was not valid comes back with its job.
-  void SetJob(std::shared_ptr<JobList> list, JobId job);
+  // The jobs to show; a null group: none. A text that is being typed for other jobs must have been
+  // committed; one that was not valid comes back with its jobs.
+  void SetJobs(std::shared_ptr<JobGroup> group, std::vector<JobId> jobs);
   // Shows what is stored; a text that is being typed stays.
   void Refresh();
   // Stores what is being typed. False when something is not valid, of another job of the list too;
@@ -39,14 +44,15 @@ class SettingsRow : public Fl_Group {
   void GoToSolver();
 
   std::function<void()> OnSubmit;
-  std::function<void()> OnMpp;  // the MPP button was pressed
-  std::function<void()> OnJobEdited;
-  std::function<void(JobId job)> OnJobWanted;           // this one is to be shown
-  std::function<void(const std::string& hint)> OnHint;  // empty: all is well again
+  std::function<void()> OnMpp;                                       // the MPP button was pressed
+  std::function<void(const ManyDone& done)> OnEdited;                // jobs were
+  std::function<void(const std::vector<JobId>& jobs)> OnJobsWanted;  // these are to be shown
+  std::function<void(const std::string& hint)> OnHint;               // empty: all is well again
 
   void resize(int x, int y, int w, int h) override;
 
  private:
+  class KindChoice;
   // What the fields show.
   struct View;
   View MakeView() const;
@@ -56,6 +62,7 @@ class SettingsRow : public Fl_Group {
   std::function<std::string(const std::string&)> NumberCheck(long long least, long long most,
                                                              const char* hintKey) const;
   void PlaceWidgets();
+  void ShowKind(const View& view);
   void ShowView(const View& view);
   void ShowMpp();
   void ChooseKind(SolverKind kind);
@@ -64,21 +71,25 @@ class SettingsRow : public Fl_Group {
   std::string SolverHint(const std::string& path) const;
   void ToggleAuto();
   void KeepRejected();
-  JobId OtherRejected();
-  bool HasJob() const;
-  SolverKind ShownKind() const;  // whose program is shown
-  // Runs a change of the current job and tells when the list refuses it.
-  void EditJob(const std::function<bool(JobList& list, JobId job)>& edit);
+  std::vector<JobId> OtherRejected() const;
+  bool HasJobs() const { return group_ && !jobs_.empty(); }
+  std::optional<SolverKind> ShownKind() const;  // whose program is shown
+  void EditJobs(JobField field, const FieldValue& value);
+  // A number that was typed goes to the jobs or, without any, to the settings.
+  template <typename Number>
+  void StoreNumber(JobField field, Number Settings::*setting, Number value);
+  std::string TipOf(const char* one, const char* none) const;
 
   Application& application_;
+  QueueUndo& undo_;
   const TextTable& texts_;
-  std::shared_ptr<JobList> list_;
-  JobId job_ = JobId::kNone;
-  SolverKind kind_ = SolverKind::kLsDynaSingle;              // shown without a job
-  std::map<JobId, std::map<Field*, std::string>> rejected_;  // of jobs that are not shown
+  std::shared_ptr<JobGroup> group_;
+  std::vector<JobId> jobs_;
+  SolverKind kind_ = SolverKind::kLsDynaSingle;                           // shown without a job
+  std::map<std::vector<JobId>, std::map<Field*, std::string>> rejected_;  // of others than jobs_
 
   Fl_Box* solverLabel_;
-  Fl_Choice* kindChoice_;
+  KindChoice* kindChoice_;
   ChoiceEntries kinds_;
   Field* solver_;
   Fl_Button* browse_;
