@@ -22,7 +22,7 @@ constexpr Fl_Color kRedLamp = 88;
 constexpr Fl_Color kAmberLamp = Theme::Rgb(0xE58A00);
 constexpr int kLeastWidth = 320;
 constexpr int kLeastHeight = 200;
-constexpr int kColumnWidth = 340;  // of each of several jobs, where the screen has room
+constexpr int kColumnWidth = 400;  // of each of several jobs, where the screen has room
 constexpr int kScreenMargin = 40;
 constexpr int kResultX = 43;
 constexpr int kListMargin = 3;
@@ -133,6 +133,7 @@ void Flx_ShowInfo::MakeColumns() {
       its.lamp->box(lamp->box());
       its.result->align(result->align());
       its.result->labelsize(result->labelsize());
+      its.result->labelcolor(result->labelcolor());
       its.lines->box(lines->box());
       its.lamp->position(left + lamp->x(), lamp->y());
       const int resultX = left + kResultX;

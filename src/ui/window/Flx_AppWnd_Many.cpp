@@ -2,7 +2,8 @@
 
 #include <FL/Fl.H>
 
-#include <algorithm>
+#include <set>
+#include <unordered_set>
 
 #include "core/JobCommand.h"
 #include "ui/dialogs/Flx_ShowCommand.h"
@@ -122,11 +123,11 @@ void Flx_AppWnd::MoveJobs(JobList::Move move) {
 
 // Whether a job that is not Queued stands above the first of these.
 bool Flx_AppWnd::QueuedBelowOthers(const std::vector<JobId>& jobs) const {
+  const std::unordered_set<JobId> wanted(jobs.begin(), jobs.end());
   bool others = false;
   bool found = false;
   Group()->ReadJobs([&](const JobFile& job) {
-    found = found || (job.status == JobStatus::kQueued &&
-                      std::find(jobs.begin(), jobs.end(), job.id) != jobs.end());
+    found = found || (job.status == JobStatus::kQueued && wanted.count(job.id) != 0);
     others = others || (!found && job.status != JobStatus::kQueued);
   });
   return others;
@@ -184,11 +185,11 @@ void Flx_AppWnd::CopyPaths() {
 
 void Flx_AppWnd::OpenFolders() {
   constexpr std::size_t kUnasked = 5;
+  std::set<std::string> seen;
   std::vector<std::string> folders;
   if (!ReadSelected([&](const JobFile& job) {
         const std::string folder = job.Folder();
-        if (std::find(folders.begin(), folders.end(), folder) == folders.end())
-          folders.push_back(folder);
+        if (seen.insert(folder).second) folders.push_back(folder);
       }))
     return;
   if (folders.size() > kUnasked &&
