@@ -9,7 +9,6 @@
 #include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
 #include "ui/window/JobTable.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -208,7 +207,6 @@ void JobTable::EstimateEnds() const {
 void JobTable::AddExtraCells(const JobFile& job, const std::optional<RunState>& state,
                              Row& row) const {
   for (int column = kOrder; column < kColumns; ++column) row.cells[column] = CellDrawing::kNothing;
-  const std::int64_t now = DateTimeWrapper::CurrentTime();
   if (const JobRows::Entry* const entry = rows_.Find(job.id))
     row.cells[kOrder] = std::to_string(entry->place + 1);
   row.cells[kCpus] = std::to_string(CpusOf(job));
