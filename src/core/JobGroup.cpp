@@ -27,6 +27,11 @@ void JobGroup::SetName(const std::string& name) {
   setup_.observer.GroupChanged(Id(), name, Text());
 }
 
+std::optional<GroupPause> JobGroup::Paused() const {
+  const MutexLock lock(textMutex_);
+  return pause_;
+}
+
 std::string JobGroup::Text() const {
   const MutexLock lock(textMutex_);
   return text_;

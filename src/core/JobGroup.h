@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "core/FailureStreak.h"
 #include "core/JobList.h"
 #include "core/RunningThreads.h"
 #include "core/RunWatch.h"
@@ -25,6 +26,14 @@ struct JobGroupSetup {
   std::atomic<int>* runErrorCode = nullptr;
   RunWatch* watch = nullptr;  // may be null
   std::shared_ptr<RunningThreads> threads;
+};
+
+// Why a group that was submitted goes on with no further job.
+struct GroupPause {
+  int failures = 0;  // in a row
+  Message reason;    // of all of them
+
+  bool operator==(const GroupPause&) const = default;
 };
 
 // Shared by the manager, which holds it in a shared_ptr, and its own thread, which keeps it alive
@@ -54,6 +63,9 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   void RequestStop();
   bool Running() const { return running_ || resumed_ > 0; }
   bool StopRequested() const { return stop_; }  // since the last Submit
+  // It ended with jobs queued since so many before them failed, as the settings want it
+  // (stop_after_failures). Submit goes on.
+  std::optional<GroupPause> Paused() const;
 
  private:
   struct ThreadStart;
@@ -71,6 +83,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   };
   JobRunSetup SetupFor(JobFile& job, RunTimes& times);
   void EndRunOf(JobFile& job, JobStatus status, const RunTimes& times);
+  bool PausesAfter(const FailureStreak& streak);
   std::optional<JobRunContext> BeginRunOf(JobFile& job, std::int64_t since);
   void NoteQueued();
   void JobQueued(const JobFile& job) override;
@@ -86,6 +99,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   mutable Mutex textMutex_;
   std::string name_ KR_GUARDED_BY(textMutex_) = "NewGroup";
   std::string text_ KR_GUARDED_BY(textMutex_);
+  std::optional<GroupPause> pause_ KR_GUARDED_BY(textMutex_);
 };
 
 #endif

@@ -39,6 +39,10 @@ bool JobGroup::Submit() {
     return Refuse(Message(MessageId::kGroupRunsAlready));
   }
   stop_ = false;
+  {
+    const MutexLock pauseLock(textMutex_);
+    pause_.reset();
+  }
   NoteQueued();
   if (StartThread(thread_, [this] { RunLoop(); })) return true;
   running_ = false;
@@ -130,14 +134,36 @@ void JobGroup::RunLoop() {
   };
   waitForResumed();
   std::chrono::seconds pause{0};
+  FailureStreak streak;
   while (const auto job = TakeQueuedJob(stop_, pause, [this] { running_ = false; })) {
     RunTimes times;
     JobRunSetup run = SetupFor(*job, times);
     run.pause = pause;
     EndRunOf(*job, RunJob(*job, run), times);
     waitForResumed();
+    ReadJob(job->id, [&](const JobFile& ended) { streak.Take(ended); });
+    if (PausesAfter(streak)) break;
   }
   setup_.observer.GroupRunChanged(Id());
+}
+
+// Ends the thread as a queue without jobs does. What is not there for one job is not for the next
+// ones either, and a licence that is away must not cost a whole study.
+bool JobGroup::PausesAfter(const FailureStreak& streak) {
+  const int limit = setup_.settings().stop_after_failures;
+  if (limit <= 0 || streak.Count() < limit || stop_) return false;
+  int queued = 0;
+  ReadJobs([&](const JobFile& job) { queued += job.status == JobStatus::kQueued; });
+  if (queued == 0) return false;
+  {
+    const MutexLock lock(submitMutex_);
+    const MutexLock pauseLock(textMutex_);
+    pause_ = GroupPause{streak.Count(), streak.Reason()};
+    running_ = false;
+  }
+  setup_.log.Report(
+      Message(MessageId::kGroupPaused, Name(), streak.Count(), streak.Reason(), queued));
+  return true;
 }
 
 JobRunSetup JobGroup::SetupFor(JobFile& job, RunTimes& times) {

@@ -41,6 +41,9 @@ const Key kFirstKeys[] = {
     {"GENERAL", "xterm_path", &Settings::xterm_path, "xterm"},
     {"GENERAL", "language", &Settings::language},
     {"GENERAL", "keep_jobs", &Settings::keep_jobs},
+    {"GENERAL", "stop_after_failures", &Settings::stop_after_failures},
+    {"GENERAL", "report_file", &Settings::report_file},
+    {"GENERAL", "console", &Settings::console},
     {"GENERAL", "group", &Settings::group},
     {"GENERAL", "table_columns", &Settings::table_columns},
 };
@@ -77,12 +80,11 @@ const std::vector<Key>& Keys() {
   return keys;
 }
 
-// The user's to write, by hand, and never stored. The key of the INC solver's access is not shown
-// either.
-const Key kReadOnlyKeys[] = {
-    {"SOLVER", "inc_token", &Settings::inc_token},
-    {"EXTERNAL_APP", "post_processor", &Settings::post_processor},
-};
+// The key of the INC solver's access is the user's to write, by hand, and neither stored nor shown.
+const Key kReadOnlyKeys[] = {{"SOLVER", "inc_token", &Settings::inc_token}};
+
+// Stored only when it is set, or stands in the file already: an empty one means nothing.
+const Key kOptionalKeys[] = {{"EXTERNAL_APP", "post_processor", &Settings::post_processor}};
 
 void TakeText(std::string& text, const std::string& value, const char* whenEmpty) {
   if (!value.empty()) {
@@ -157,10 +159,16 @@ bool WriteKey(const Key& key, const std::string& value, const std::string& file)
 // Each writing replaces the copy, so what is there already is left alone. An empty value reads like
 // a missing key, which has to be written.
 bool WriteKeys(const Settings& settings, const std::string& file) {
-  return std::all_of(Keys().begin(), Keys().end(), [&](const Key& key) {
-    const std::string value = std::visit(Formatter{settings}, key.field);
-    return (!value.empty() && ReadsAs(key, value, file)) || WriteKey(key, value, file);
-  });
+  return std::all_of(Keys().begin(), Keys().end(),
+                     [&](const Key& key) {
+                       const std::string value = std::visit(Formatter{settings}, key.field);
+                       return (!value.empty() && ReadsAs(key, value, file)) ||
+                              WriteKey(key, value, file);
+                     }) &&
+         std::all_of(std::begin(kOptionalKeys), std::end(kOptionalKeys), [&](const Key& key) {
+           const std::string value = std::visit(Formatter{settings}, key.field);
+           return ReadsAs(key, value, file) || WriteKey(key, value, file);
+         });
 }
 
 // Two bytes a character, as some editors save texts; with or without a byte order mark.
@@ -200,6 +208,7 @@ void SettingsAndPaths::ReadSettings() {
   }
   Settings read = settings_;
   for (const Key& key : Keys()) ReadKey(key, settingsFile, read);
+  for (const Key& key : kOptionalKeys) ReadKey(key, settingsFile, read);
   for (const Key& key : kReadOnlyKeys) ReadKey(key, settingsFile, read);
   settings_ = std::move(read);
   Publish();

@@ -15,6 +15,9 @@ struct Settings {
   static constexpr int kMostMemory = 2147483647;  // megabytes; what the settings file can hold
   static constexpr int kMostCpus = 100000;
 
+  // Of a solver.
+  enum Console : int { kConsoleWindow, kConsoleMinimised, kConsoleNone };
+
   // GENERAL
   std::uint64_t memory_size = 500;  // megabytes
   bool memory_auto = true;          // a deck's own memory request wins over memory_size
@@ -28,6 +31,9 @@ struct Settings {
   std::string xterm_path = "xterm";
   int language = 0;   // 0 English, 1 Chinese
   int keep_jobs = 1;  // jobs left by the last session: 0 dropped, 1 offered, 2 restored at once
+  int stop_after_failures = 10;  // in a row: the group pauses; 0: never
+  std::string report_file;       // written when all submitted groups have ended; empty: none
+  int console = 0;               // a Console
   std::string group;
   std::string table_columns;  // the extra ones that are shown, and widths; see JobTable
 
@@ -65,7 +71,7 @@ struct Settings {
 
   // EXTERNAL_APP
   std::string viewer = "notepad.exe";
-  std::string post_processor;  // read when present, never written; empty: the desktop's choice
+  std::string post_processor;  // written once it was set; empty: the desktop's choice
 
   // The host file: a name padded with blanks to 20 characters, then the CPU count.
   std::vector<std::string> host_lines = {"node1               4", "node2               4"};

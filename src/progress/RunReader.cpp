@@ -244,6 +244,14 @@ class Reading {
 
 }  // namespace
 
+std::shared_ptr<const RunCurves> ReadCurves(const RunToRead& run,
+                                            const RunProgress::Progress& progress) {
+  Reading reading(run, Settings());
+  if (!reading.Look(progress)) return nullptr;
+  const RunPicture picture = reading.Picture();
+  return picture.files.kind == RunFiles::Kind::kNone ? nullptr : picture.curves;
+}
+
 void RunReader::Shared::Work() {
   std::unique_ptr<Reading> reading;
   while (true) {

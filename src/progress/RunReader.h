@@ -41,6 +41,11 @@ struct RunPicture {
   bool switchWaits = false;                 // the switch file is there
 };
 
+// What a run has written, read once on the calling thread; null for one without files. `progress`
+// as RunProgress::Look has it.
+std::shared_ptr<const RunCurves> ReadCurves(const RunToRead& run,
+                                            const RunProgress::Progress& progress);
+
 // Files are looked at once a second, those that nobody writes any more once. A file system that
 // does not answer blocks the reader's thread alone: the destructor does not wait for it. Interface
 // thread, or one at a time.

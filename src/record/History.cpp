@@ -6,20 +6,10 @@
 #include "record/Form.h"
 #include "record/Journal.h"
 #include "record/RecordFiles.h"
+#include "util/text/CsvField.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
-
-// A text as it stands between commas. What a script reads is one line a run.
-std::string Field(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  const bool isPlain = text.find_first_of(",\"") == std::string::npos;
-  if (isPlain) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
-}
 
 std::string LocalTime(std::int64_t seconds) {
   std::tm time{};
@@ -120,30 +110,26 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs, const SolverNames& so
       "warnings,nodes,elements,message_file,reason,stopped_at,how,solver\n";
   for (const RunRecord& run : runs) {
     const bool hasEnded = run.ended >= run.started && run.ended != 0;
-    const std::string fields[] = {LocalTime(run.started),
-                                  LocalTime(run.ended),
-                                  hasEnded ? std::to_string(run.ended - run.started) : "",
-                                  JobStatusWord(run.verdict).English(),
-                                  Known(run.exitCode),
-                                  run.jobFile,
-                                  run.restartFile,
-                                  run.folder,
-                                  run.program,
-                                  std::to_string(run.cpus),
-                                  std::to_string(run.memory),
-                                  Known(run.errors),
-                                  Known(run.warnings),
-                                  Known(run.nodes),
-                                  Known(run.elements),
-                                  run.messageFile,
-                                  run.reason.English(),
-                                  StopCell(run.stoppedAt),
-                                  FailureMessage(run.failure).English(),
-                                  solverName(run.solver)};
-    for (const std::string& field : fields) {
-      text += (&field == fields ? "" : ",") + Field(field);
-    }
-    text += '\n';
+    text += CsvLine({LocalTime(run.started),
+                     LocalTime(run.ended),
+                     hasEnded ? std::to_string(run.ended - run.started) : "",
+                     JobStatusWord(run.verdict).English(),
+                     Known(run.exitCode),
+                     run.jobFile,
+                     run.restartFile,
+                     run.folder,
+                     run.program,
+                     std::to_string(run.cpus),
+                     std::to_string(run.memory),
+                     Known(run.errors),
+                     Known(run.warnings),
+                     Known(run.nodes),
+                     Known(run.elements),
+                     run.messageFile,
+                     run.reason.English(),
+                     StopCell(run.stoppedAt),
+                     FailureMessage(run.failure).English(),
+                     solverName(run.solver)});
   }
   return text;
 }

@@ -92,6 +92,9 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<s
   start.outputFile = ConsoleFileOf(job);
   start.creationFlags = PTWrapperProcess::kNewConsole;
   start.console = job.run->console;
+  const int console = job.run->settings.console;
+  start.console.minimised = console == Settings::kConsoleMinimised;
+  start.showWindow = console != Settings::kConsoleNone;
   if (!job.process.Terminate()) Report(job, Message(MessageId::kNotEnded, job.process.LastError()));
   if (!FileDirWrapper::IsFolder(start.folder)) {
     return Fail(job, RunError::kNotStarted, Message(MessageId::kFolderNotEntered, start.folder));

@@ -89,6 +89,35 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
   EXPECT_EQ(seen_.Count(StatusNote(0, 2)), 1);
 }
 
+TEST_F(GroupRun, FailuresInARowForOneReasonPauseItUntilItIsSubmittedAgain) {
+  files_.Set(&Settings::stop_after_failures, 3);
+  Add("other", "fail");
+  for (int i = 0; i < 6; ++i) Add("licence" + std::to_string(i), "no-licence");
+  RunToTheEnd();
+  EXPECT_EQ(Group()->Paused(), (GroupPause{3, Message(MessageId::kFailedLicence)}));
+  EXPECT_EQ(Status(*Group(), 3), JobStatus::kAborted);
+  EXPECT_EQ(Status(*Group(), 4), JobStatus::kQueued);
+  EXPECT_TRUE(LogHolds(files_,
+                       "Group [Group1] pauses: 3 jobs in a row failed within a minute each: no "
+                       "licence. 3 jobs stay Queued"));
+  // With nothing left to go on with it has simply ended.
+  RunToTheEnd();
+  EXPECT_FALSE(Group()->Paused());
+
+  files_.SetSolverPath(SolverKind::kLsDynaSingle, home_ / "gone");
+  files_.Set(&Settings::stop_after_failures, 0);
+  for (int i = 0; i < 4; ++i) Add("missing" + std::to_string(i));
+  RunToTheEnd();
+  EXPECT_FALSE(Group()->Paused());
+  files_.Set(&Settings::stop_after_failures, 2);
+  for (int i = 7; i < 11; ++i) ASSERT_TRUE(Group()->Resubmit(Id(i)));
+  RunToTheEnd();
+  ASSERT_TRUE(Group()->Paused());
+  EXPECT_EQ(Group()->Paused()->reason,
+            Message(MessageId::kSolverMissing, std::string(home_ / "gone")));
+  EXPECT_EQ(Status(*Group(), 9), JobStatus::kQueued);
+}
+
 // After a crash it is all that there is.
 TEST_F(GroupRun, TheLogTellsWhatBecameOfEachJob) {
   const auto first = Add("first", "run 60"), second = Job("second");

@@ -4,7 +4,9 @@
 #include <clocale>
 
 #include "util/text/ConsoleText.h"
+#include "util/text/CsvField.h"
 #include "util/text/ErrorRecord.h"
+#include "util/text/FileUrl.h"
 #include "util/text/StrWrapper.h"
 
 namespace {
@@ -98,6 +100,21 @@ TEST(Errors, MessagesAreWholeAndUseADecimalPoint) {
   reporter.SetLastError("%.1f!%s", 1.5, big.c_str());
   EXPECT_EQ(reporter.LastError(), "1.5!" + big);
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+}
+
+TEST(Text, LinksToFilesAreOfBothSystems) {
+  EXPECT_EQ(FileUrl("/home/a b/100%#?&\"<.k"), "file:///home/a%20b/100%25%23%3F%26%22%3C.k");
+  EXPECT_EQ(FileUrl("/a/b\\c\xE4\xB8\xAD"), "file:///a/b%5Cc%E4%B8%AD");
+  EXPECT_EQ(FileUrl("C:\\runs\\a b"), "file:///C:/runs/a%20b");
+  EXPECT_EQ(FileUrl("\\\\server\\share\\a"), "file://server/share/a");
+  EXPECT_EQ(FileUrl("a.k"), "");
+}
+
+TEST(Text, ATableHoldsNoFormulas) {
+  EXPECT_EQ(CsvLine({"a b", "-1.5e3", "x,\"y\"", "two\r\nlines"}),
+            "a b,-1.5e3,\"x,\"\"y\"\"\",two  lines\n");
+  EXPECT_EQ(CsvLine({"=1+1", " @SUM(A1)", "+cmd|' /C'!A0", "-name.k"}),
+            "'=1+1,' @SUM(A1),'+cmd|' /C'!A0,'-name.k\n");
 }
 
 }  // namespace

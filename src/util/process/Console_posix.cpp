@@ -119,8 +119,10 @@ bool Console::StartTerminal(const Setup& setup, const ConsoleRequest& request,
                             const std::string& address) {
   ChildStart start;
   start.program = setup.terminal;
-  start.args = {setup.terminal, "-T",       PlainTitle(setup.title), "-e", setup.host,
-                address,        setup.token};
+  start.args = {setup.terminal, "-T", PlainTitle(setup.title)};
+  if (setup.minimised) start.args.push_back("-iconic");
+  for (const std::string& arg : {std::string("-e"), setup.host, address, setup.token})
+    start.args.push_back(arg);
   start.folder = kNeutralFolder;
   start.environment = request.environment;
   pid_t pid = 0;

@@ -56,6 +56,7 @@ class Console {
     std::string host;
     std::string title;
     std::string token;  // of the environment, see ProcessTree
+    bool minimised = false;
   };
 
   Console() = default;

@@ -29,6 +29,8 @@ struct PTWrapperConsole {
   std::string terminal = "xterm";
   // The path of the console host program; empty: krconsole, beside the running program.
   std::string host;
+  // Its window begins minimised. Linux: the terminal must know "-iconic", as xterm does.
+  bool minimised = false;
 };
 
 // What a child is started with. All of it is for the child alone: neither the current folder nor

@@ -65,6 +65,7 @@ Console::Setup SetupOf(const PTWrapperProcessStart& what, const std::string& tok
   Console::Setup setup;
   setup.title = what.title.empty() ? what.program : what.title;
   setup.token = token;
+  setup.minimised = what.console.minimised;
   setup.host = FileDirWrapper::AbsolutePath(what.console.host);
   if (setup.host.empty()) {
     std::string folder;

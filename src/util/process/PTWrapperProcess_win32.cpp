@@ -256,9 +256,9 @@ bool PTWrapperProcess::Launch(const PTWrapperProcessStart& what, const std::stri
   std::string title = what.title.empty() ? what.program : what.title;
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
-  if (!what.showWindow) {
+  if (!what.showWindow || what.console.minimised) {
     startup.dwFlags = STARTF_USESHOWWINDOW;
-    startup.wShowWindow = SW_HIDE;
+    startup.wShowWindow = what.showWindow ? SW_SHOWMINNOACTIVE : SW_HIDE;
   }
   if ((what.creationFlags & kNewConsole) && !title.empty()) startup.lpTitle = title.data();
 
