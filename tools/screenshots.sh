@@ -230,6 +230,8 @@ pictures() {
   shoot_dialog mpp-settings KestrunDialog
   click 1 "$config_x" "$tool_y"
   shoot_dialog configuration KestrunDialog
+  key ctrl+comma
+  shoot_dialog queue-options KestrunDialog
   click 1 "$restart_x" "$tool_y"
   shoot_dialog restart-job KestrunDialog
   click 1 "$about_x" "$tool_y"

@@ -1,6 +1,6 @@
 // The jobs of the last session, as the window offers them.
 
-#include "ui/window/LeftBar.h"
+#include "ui/window/OfferBar.h"
 
 #include <FL/Fl_Button.H>
 
@@ -11,7 +11,7 @@ namespace {
 class LeftBarTest : public WindowTest {
  protected:
   std::string Bar() {
-    LeftBar* const bar = Look<LeftBar>(*window_);
+    OfferBar* const bar = Look<OfferBar>(*window_);
     return bar != nullptr ? Drawing(*window_).Text(*bar) : std::string();
   }
   // A session with jobs that ends as it should.

@@ -26,6 +26,8 @@ int NewestStage(const JobFile& job) {
   return newest;
 }
 
+}  // namespace
+
 RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck) {
   RunToRead run;
   run.isRunning = run.mayGrow = job.status == JobStatus::kRunning;
@@ -40,8 +42,6 @@ RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck) {
   if (run.isRunning && runsDeck) run.switchFile = SwitchFileIn(run.folder);
   return run;
 }
-
-}  // namespace
 
 MonitoredRun::MonitoredRun(const std::shared_ptr<JobList>& list, JobId job)
     : list_(list), job_(job) {}

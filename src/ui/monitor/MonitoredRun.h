@@ -2,12 +2,17 @@
 #ifndef KR_UI_MONITOR_MONITOREDRUN_H
 #define KR_UI_MONITOR_MONITOREDRUN_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/JobList.h"
 #include "progress/RunReader.h"
+
+// The files of a job without stages, or of a stage; `started` in seconds since 1970, and whether
+// its solver runs decks. Nothing for one that has not run. With the lock of the job's list held.
+RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck);
 
 // A job, one of its stages, or a folder of which the queue knows nothing. Interface thread.
 class MonitoredRun {

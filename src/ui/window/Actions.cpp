@@ -52,6 +52,8 @@ const ActionInfo kActions[] = {
     {Action::kMonitor, nullptr, nullptr, "ui_menu_monitor", FL_F + 6},
     {Action::kOpenRunFolder, nullptr, nullptr, "ui_menu_run_folder", FL_SHIFT | (FL_F + 6)},
     {Action::kMppSettings, nullptr, nullptr, nullptr, 0},
+    {Action::kReport, nullptr, nullptr, "ui_menu_report", FL_CTRL | 'p'},
+    {Action::kQueueOptions, nullptr, "ui_tip_options", "ui_menu_options", FL_CTRL | ','},
     {Action::kNextGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_Tab},
     {Action::kPreviousGroup, nullptr, nullptr, nullptr, FL_CTRL | FL_SHIFT | FL_Tab},
     {Action::kExit, nullptr, nullptr, nullptr, FL_CTRL | 'q'},

@@ -50,6 +50,8 @@ enum class Action {
   kMonitor,
   kOpenRunFolder,
   kMppSettings,
+  kReport,
+  kQueueOptions,
   kNextGroup,
   kPreviousGroup,
   kExit

@@ -5,59 +5,19 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "solvers/SolverKinds.h"
-#include "util/files/FileDirWrapper.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
 
 constexpr double kLookSeconds = 0.2;  // only while a submitted group runs
 constexpr std::chrono::seconds kTakingPatience{9};
-
-// A field of the report stays on its line and in its column.
-std::string ReportField(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
-  return text;
-}
-
-std::string LocalTime(std::int64_t seconds) {
-  std::tm time{};
-  std::string text;
-  if (seconds != 0 && DateTimeWrapper::LocalTime(seconds, &time))
-    DateTimeWrapperStr::DateTimeString(&time, text);
-  return text;
-}
+constexpr unsigned kWaitMs = 20;
 
 void Print(const Message& message) {
   std::fprintf(stderr, "%s\n", message.English().c_str());
 }
 
-std::string Elapsed(const JobFile& job) {
-  // A clock may have been set back meanwhile.
-  const bool isKnown = job.started != 0 && job.ended >= job.started;
-  return isKnown ? std::to_string(job.ended - job.started) : "";
-}
-
 }  // namespace
-
-std::string ReportText(const JobGroup& group) {
-  std::string text;
-  group.ReadJobs([&](const JobFile& job) {
-    const std::string word = JobStatusWord(job.status).English();
-    const std::string last =
-        job.status == JobStatus::kAborted ? job.RunMessage().English() : job.MessageFile();
-    const std::string& file = job.jobFile.empty() ? job.restartFile : job.jobFile;
-    text += ReportField(file) + "\t" + word + "\t" + RowOfKind(job.GetSolverType()).name + "\t" +
-            ReportField(last) + "\t" + LocalTime(job.started) + "\t" + LocalTime(job.ended) + "\t" +
-            Elapsed(job);
-    const bool aborted = job.status == JobStatus::kAborted;
-    const Message how = aborted ? FailureMessage(job.HowFailed()) : StoppedMessage(job.StoppedAt());
-    if (!how.Empty()) text += "\t" + how.English();
-    text += "\n";
-  });
-  return text;
-}
 
 AutoRun::AutoRun(Application& application, Flx_AppWnd& window, const ProgramOptions& options)
     : application_(application), window_(window), options_(options) {}
@@ -109,6 +69,10 @@ void AutoRun::Submit() {
 
 void AutoRun::Look(void* self) {
   auto* run = static_cast<AutoRun*>(self);
+  if (run->writer_) {
+    if (run->writer_->Ended()) return run->TakeReport();
+    return Fl::repeat_timeout(kLookSeconds, Look, self);
+  }
   if (run->groups_.empty()) return run->AfterTick();
   if (run->Ended()) return run->Finish();
   Fl::repeat_timeout(kLookSeconds, Look, self);
@@ -127,16 +91,29 @@ bool AutoRun::Ended(JobGroup& group) const {
   if (group.Running()) return false;
   bool queued = false;
   group.ReadJobs([&](const JobFile& job) { queued = queued || job.status == JobStatus::kQueued; });
-  return !queued || group.StopRequested() || !group.Submit();
+  return !queued || group.StopRequested() || group.Paused() || !group.Submit();
 }
 
 void AutoRun::Finish() {
   done_ = true;
   if (options_.quitWhenDone) TakeAllGroups();
   if (options_.quitWhenDone && !AllFinished()) Fail();
-  std::string report;
-  for (const auto& group : groups_) report += ReportText(*group);
-  if (!options_.report.empty() && !FileDirWrapper::WriteFileWhole(options_.report, report)) {
+  std::vector<ReportedGroup> groups;
+  for (const auto& group : groups_) groups.push_back(ReportOf(*group));
+  if (!options_.report.empty())
+    writer_.emplace(options_.report, std::move(groups), application_.language);
+  if (writer_) {
+    Fl::add_timeout(kLookSeconds, Look, this);
+  } else {
+    TakeReport();
+  }
+}
+
+// When it is written, or there is none to write.
+void AutoRun::TakeReport() {
+  const std::string trouble = writer_ ? writer_->Trouble() : std::string();
+  writer_.reset();
+  if (!trouble.empty()) {
     const Message message(MessageId::kReportNotWritten, options_.report);
     application_.SettingsAndFiles().Log().Report(message);
     Print(message);
@@ -168,8 +145,15 @@ void AutoRun::Interrupted() {
   if (application_.Manager().IsAnyGroupRunning()) Fail();
 }
 
+// Nobody looks any more: whoever waits for the report gets it now.
 void AutoRun::Conclude() {
-  if (done_ || !options_.submit) return;
-  if (!groups_.empty()) return Finish();
-  if (options_.quitWhenDone) Fail();
+  if (!done_ && options_.submit) {
+    if (!groups_.empty()) {
+      Finish();
+    } else if (options_.quitWhenDone) {
+      Fail();
+    }
+  }
+  while (writer_ && !writer_->Ended()) DateTimeWrapper::SleepMSec(kWaitMs);
+  if (writer_) TakeReport();
 }

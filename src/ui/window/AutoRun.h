@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/JobGroup.h"
+#include "ui/report/ReportWriter.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/ProgramOptions.h"
 
@@ -37,6 +39,7 @@ class AutoRun {
   bool Ended();
   bool Ended(JobGroup& group) const;
   void Finish();
+  void TakeReport();
   void Fail();
   void TakeAllGroups();
   bool AllFinished() const;
@@ -46,13 +49,8 @@ class AutoRun {
   const ProgramOptions options_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::vector<std::shared_ptr<JobGroup>> groups_;  // the submitted ones
+  std::optional<ReportWriter> writer_;
   bool done_ = false;
 };
-
-// One line a job: file, status word, solver name, the message file or, of an aborted job, the
-// reason, when it started and ended in local time, and the seconds between; between tabs. A job
-// that did not run has no times. One that stopped before its end time, or failed, has the
-// words for that behind.
-std::string ReportText(const JobGroup& group);
 
 #endif

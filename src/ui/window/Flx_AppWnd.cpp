@@ -4,6 +4,8 @@
 #include <FL/Fl_Box.H>
 #include <FL/fl_draw.H>
 
+#include <utility>
+
 #include "ui/dialogs/HistoryWindow.h"
 #include "ui/fltk/EventFilter.h"
 #include "ui/fltk/ModalWindow.h"
@@ -55,6 +57,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
       notes_(notes),
       texts_(texts),
       undo_(application.Manager()) {
+  BeginReports();
   copy_label(texts_.Get(application_.Title()).c_str());
   xclass("Kestrun");
   color(Theme::kWindow);
@@ -64,13 +67,16 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
                       application_, undo_, texts_);
   tabs_ = new GroupTabs(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
                         Layout::kTabHeight);
-  left_ = new LeftBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
-                      Layout::kLeftBarHeight, texts_);
-  left_->hide();
+  left_ = MakeBar(
+      {{texts_.Get("ui_left_restore"), texts_.Get("ui_left_restore_tip"),
+        [this] { RestoreLeft(); }},
+       {texts_.Get("ui_left_forget"), texts_.Get("ui_left_forget_tip"), [this] { ForgetLeft(); }}});
+  pause_ = MakeBar(
+      {{texts_.Get("ui_go_on"), texts_.Get("ui_go_on_tip"), [this] { Perform(Action::kSubmit); }}});
   filter_ = new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
                           w() - 2 * Layout::kMargin, Layout::kFilterHeight, texts_);
   status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
-                          texts_.Get("ui_cancel"));
+                          texts_.Get("ui_cancel"), ToolTip(Action::kQueueOptions));
   end();
   resizable(nullptr);
   size_range(Layout::kMinWidth, Layout::kMinHeight);
@@ -86,6 +92,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   FilterEvents(nullptr);
   AllowModalWindows(true);
   Fl::remove_timeout(TakeDropped, this);
+  Fl::remove_timeout(LookAtReport, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
@@ -118,6 +125,11 @@ void Flx_AppWnd::MakeTools() {
   row->end();
 }
 
+OfferBar* Flx_AppWnd::MakeBar(std::vector<OfferBar::Offer> offers) {
+  return new OfferBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
+                      Layout::kOfferBarHeight, std::move(offers));
+}
+
 void Flx_AppWnd::ConnectParts() {
   callback([](Fl_Widget*, void* self) { static_cast<Flx_AppWnd*>(self)->Perform(Action::kExit); },
            this);
@@ -132,8 +144,6 @@ void Flx_AppWnd::ConnectParts() {
   tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
   tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
-  left_->OnRestore = [this] { RestoreLeft(); };
-  left_->OnForget = [this] { ForgetLeft(); };
   filter_->OnFilter = [this](const std::string& words, const StatusClasses& classes) {
     if (Table()) Table()->SetFilter(words, classes);
   };
@@ -145,7 +155,11 @@ void Flx_AppWnd::ConnectParts() {
     follows_ = follow;
   };
   filter_->OnLeave = [this] { FocusTable(); };
-  status_->OnCancel = [this] { application_.Intake().Cancel(); };
+  status_->OnCancel = [this] {
+    const bool reads = application_.Intake().Busy();
+    reads || !report_ ? application_.Intake().Cancel() : report_->Cancel();
+  };
+  status_->OnOptions = [this] { Perform(Action::kQueueOptions); };
   application_.TextFallback = [this](const std::string& path) {
     return TextViewer::Show(path, texts_);
   };
@@ -206,8 +220,11 @@ void Flx_AppWnd::LayOut() {
   for (int tool = 0; tool < kToolCount; ++tool)
     tools_[static_cast<std::size_t>(tool)]->position(ToolX(static_cast<Action>(tool), w()), kToolY);
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
-  const int offered = left_->visible() ? kLeftBarHeight + kMargin : 0;
-  left_->resize(kMargin, TabsY(w()), w() - 2 * kMargin, kLeftBarHeight);
+  int offered = 0;
+  for (OfferBar* bar : {left_, pause_}) {
+    bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kOfferBarHeight);
+    if (bar->visible()) offered += kOfferBarHeight + kMargin;
+  }
   tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);
   filter_->resize(kMargin, TabsY(w()) + kTabHeight + offered, w() - 2 * kMargin, kFilterHeight);

@@ -17,12 +17,13 @@
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
 #include "ui/fltk/ToolButton.h"
+#include "ui/report/ReportWriter.h"
 #include "ui/text/TextTable.h"
 #include "ui/window/Actions.h"
 #include "ui/window/FilterBar.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"
-#include "ui/window/LeftBar.h"
+#include "ui/window/OfferBar.h"
 #include "ui/window/QueueNotes.h"
 #include "ui/window/SettingsRow.h"
 #include "ui/window/StatusBar.h"
@@ -63,6 +64,7 @@ class Flx_AppWnd : public Fl_Double_Window {
 
   void MakeTools();
   void MakeTable(const std::shared_ptr<JobGroup>& group);
+  OfferBar* MakeBar(std::vector<OfferBar::Offer> offers);
   void ConnectParts();
   void LayOut();
   JobTable* Table() const;  // of the current group; null when there is none
@@ -77,6 +79,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowState();
   void ShowTools();
   void ShowLeft();
+  void ShowPause();
   void ShowFilter();
   std::string ToolTip(Action action) const;
   void ShowCurrentJob();
@@ -85,6 +88,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   Counts Count(const JobGroup& group) const;
   JobTable::Surroundings SurroundingsOf(const JobGroup& group) const;
   std::string EndOf(const JobGroup& group) const;
+  std::string PauseOf(const JobGroup& group) const;
   // Reads the current job; false, after telling the user, when there is none.
   bool ReadCurrentJob(const std::function<void(const JobFile&)>& read);
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
@@ -171,8 +175,16 @@ class Flx_AppWnd : public Fl_Double_Window {
   void OpenMonitor();
   void OpenRunFolder();
   void OpenMppSettings();
+  void OpenQueueOptions();
   void Configure();
   void ShowAbout();
+
+  // Flx_AppWnd_Report.cpp
+  void BeginReports();
+  void SaveReport();
+  void WriteReport(const std::string& path, std::vector<ReportedGroup> groups);
+  void ReportWhenDone();
+  static void LookAtReport(void* self);
 
   // Flx_AppWnd_Keys.cpp
   void OpenJobMenu(int x, int y);
@@ -191,7 +203,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::vector<ToolButton*> tools_;
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;
-  LeftBar* left_ = nullptr;
+  OfferBar* left_ = nullptr;   // jobs of the last session
+  OfferBar* pause_ = nullptr;  // to go on with a group
   FilterBar* filter_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups
   StatusBar* status_ = nullptr;
@@ -199,6 +212,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::string dropped_;                // a text that was dropped and is not looked at yet
   bool follows_ = false;               // the running job is kept in sight
   bool leaving_ = false;
+  std::unique_ptr<ReportWriter> report_;  // the one that is being written
+  std::int64_t reported_ = 0;  // jobs that ended before are in a report, or older than we
   // Lines of the log that come before this moment were explained in better words already.
   std::chrono::steady_clock::time_point explainedUntil_;
 };

@@ -82,6 +82,10 @@ void Flx_AppWnd::Perform(Action action) {
       return OpenRunFolder();
     case Action::kMppSettings:
       return OpenMppSettings();
+    case Action::kReport:
+      return SaveReport();
+    case Action::kQueueOptions:
+      return OpenQueueOptions();
     case Action::kAbout:
       return ShowAbout();
     case Action::kHelp:

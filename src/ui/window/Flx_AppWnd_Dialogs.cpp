@@ -8,6 +8,7 @@
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
+#include "ui/dialogs/Flx_QueueOptions.h"
 #include "ui/dialogs/Flx_RestartJob.h"
 #include "ui/dialogs/HistoryWindow.h"
 #include "ui/monitor/MonitorWindow.h"
@@ -92,6 +93,11 @@ void Flx_AppWnd::OpenMppSettings() {
   Flx_MppSettings dialog(this, application_);
   dialog.OnGroup = [this] { Refresh(); };
   dialog.OnNote = [this](const std::string& text) { Say(text); };
+  RunDialog(dialog);
+}
+
+void Flx_AppWnd::OpenQueueOptions() {
+  Flx_QueueOptions dialog(this, application_);
   RunDialog(dialog);
 }
 

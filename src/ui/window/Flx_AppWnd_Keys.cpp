@@ -79,6 +79,7 @@ bool Flx_AppWnd::CanPerform(Action action) const {
   if (!SolverEnabledFor(action)) return false;
   switch (action) {
     case Action::kDeleteAll:
+    case Action::kReport:
       return Group() && Group()->JobCount() > 0;
     case Action::kGoOn:
       return !DumpOfCurrentJob().empty();
@@ -148,7 +149,7 @@ void Flx_AppWnd::OpenJobMenu(int x, int y) {
     // What has a tool, and what is not of the job, is left out: it fits into a low screen.
     PopUp({Action::kMonitor,      Action::kViewMessage, Action::kViewSummary,
            Action::kRunPost,      Action::kStages,      Action::kShowCommand,
-           Action::kJobHistory,   Action::kHistory,     kSeparator,
+           Action::kJobHistory,   Action::kReport,      kSeparator,
            Action::kSubmit,       Action::kResubmit,    Action::kRerunFailed,
            Action::kGoOn,         Action::kStop,        kSeparator,
            Action::kForce,        Action::kMoveToTop,   Action::kMoveToBottom,
@@ -157,19 +158,20 @@ void Flx_AppWnd::OpenJobMenu(int x, int y) {
            Action::kDeleteJob,    Action::kDeleteAll},
           x, y);
   } else {
-    PopUp(
-        {Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
-         Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
-         Action::kSelectFailed, Action::kRerunFailed, Action::kUndo, Action::kDeleteAll, kSeparator,
-         Action::kRefresh, Action::kHistory, Action::kReadLog, Action::kOpenRunFolder},
-        x, y);
+    PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,
+           Action::kAddFolder, kSeparator, Action::kSubmit, Action::kStop, kSeparator,
+           Action::kSelectFailed, Action::kRerunFailed, Action::kUndo, Action::kDeleteAll,
+           kSeparator, Action::kRefresh, Action::kHistory, Action::kReadLog, Action::kOpenRunFolder,
+           Action::kQueueOptions},
+          x, y);
   }
 }
 
 void Flx_AppWnd::OpenGroupMenu(int x, int y) {
   PopUp({Action::kRenameGroup, Action::kAddGroup, Action::kDeleteGroup, kSeparator, Action::kSubmit,
          Action::kStop, kSeparator, Action::kFind, Action::kSelectAll, Action::kSelectFailed,
-         Action::kRerunFailed, kSeparator, Action::kColumns, Action::kUndo},
+         Action::kRerunFailed, kSeparator, Action::kReport, Action::kHistory, Action::kQueueOptions,
+         Action::kColumns, Action::kUndo},
         x, y);
 }
 

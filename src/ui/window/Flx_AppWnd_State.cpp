@@ -27,6 +27,7 @@ constexpr Action kForSelected[] = {Action::kResubmit, Action::kDeleteJob, Action
 
 void Flx_AppWnd::Refresh() {
   SyncTables();
+  ShowPause();
   LayOut();
   for (JobTable* table : tables_) table == Table() ? table->show() : table->hide();
   if (Table()) Table()->JobsChanged(true);
@@ -50,6 +51,8 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   const bool runs = !changes.runs.empty();
   if (jobs || runs || changes.running || changes.settings) ShowTabs();
   if (jobs || runs || changes.running) ShowState();
+  if (jobs || changes.running) ShowPause();
+  if (changes.running) ReportWhenDone();
   if (jobs || changes.running || changes.settings) ShowTools();
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
@@ -101,6 +104,10 @@ void Flx_AppWnd::ShowTabs() {
     GroupTabs::Tab tab{ToUi(group->Name()), {}, {}, group->JobCount(), group->Running()};
     tab.tip = tab.name;
     if (const std::string end = EndOf(*group); !end.empty()) tab.tip = end;
+    if (const std::string why = PauseOf(*group); !why.empty()) {
+      tab.paused = true;
+      tab.tip += "\n" + why;
+    }
     if (index == manager.CurrentGroupIndex() && !value.empty()) {
       tab.note = value;
       tab.tip += "\n" + texts_.Format("ui_tip_group", value);
@@ -133,6 +140,17 @@ JobTable::Surroundings Flx_AppWnd::SurroundingsOf(const JobGroup& group) const {
     around.hosts += (around.hosts.empty() ? "" : ", ") + ToUi(host.name);
   }
   return around;
+}
+
+// Why it pauses; empty when it does not, or has nothing to go on with.
+std::string Flx_AppWnd::PauseOf(const JobGroup& group) const {
+  const std::optional<GroupPause> pause = group.Paused();
+  if (!pause) return {};
+  Counts counts = Count(group);
+  const int queued = counts.of[JobStatus::kQueued];
+  if (queued == 0) return {};
+  return OneLine(texts_.Format("ui_paused", std::to_string(pause->failures),
+                               texts_.Say(pause->reason), std::to_string(queued)));
 }
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
@@ -191,8 +209,17 @@ void Flx_AppWnd::ShowTools() {
 
 void Flx_AppWnd::ShowLeft() {
   const LeftBehind left = application_.Left();
-  left_->SetText(LeftText(left, texts_));
-  left.Jobs() > 0 ? left_->show() : left_->hide();
+  left_->SetText(left.Jobs() > 0 ? LeftText(left, texts_) : std::string());
+}
+
+// Of the current group.
+void Flx_AppWnd::ShowPause() {
+  const bool was = pause_->visible() != 0;
+  const auto group = Group();
+  pause_->SetText(group ? PauseOf(*group) : std::string());
+  if (was == (pause_->visible() != 0)) return;
+  LayOut();
+  redraw();
 }
 
 void Flx_AppWnd::ShowFilter() {

@@ -62,7 +62,7 @@ std::string GroupTabs::TipOf(int tab) const {
 int GroupTabs::WantedWidth(const Tab& tab) const {
   fl_font(FL_HELVETICA, Layout::kFontSize);
   int width = TextWidth(tab.name) + 2 * Layout::kTabPadding;
-  if (tab.running) width += kActivity;
+  if (tab.running || tab.paused) width += kActivity;
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
   for (const std::string& small : {Count(tab.jobs), tab.note}) width += SmallWidth(small);
   return std::clamp(width, Layout::kTabMinWidth, Layout::kTabMaxWidth);
@@ -142,8 +142,9 @@ void GroupTabs::DrawTab(int tab) const {
   }
   int room = width - 2 * Layout::kTabPadding;
   int at = left + Layout::kTabPadding;
-  if (shown.running) {
-    if (Fl_RGB_Image* icon = Icon("state_running")) icon->draw(at - 2, y() + (h() - icon->h()) / 2);
+  if (shown.running || shown.paused) {
+    if (Fl_RGB_Image* icon = Icon(shown.running ? "state_running" : "state_marked"))
+      icon->draw(at - 2, y() + (h() - icon->h()) / 2);
     at += kActivity;
     room -= kActivity;
   }

@@ -18,6 +18,7 @@ class GroupTabs : public Fl_Widget {
     std::string tip;   // in UTF-8
     int jobs = 0;
     bool running = false;
+    bool paused = false;
     bool operator==(const Tab&) const = default;
   };
 

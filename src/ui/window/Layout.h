@@ -104,7 +104,7 @@ inline constexpr int kFilterHeight = 32;  // of the line between the tabs and th
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight + kFilterHeight;
 }
-inline constexpr int kLeftBarHeight = 30;  // above the tabs, while it offers something
+inline constexpr int kOfferBarHeight = 30;  // above the tabs, while it offers something
 inline constexpr int kStatusHeight = 26;
 
 }  // namespace Layout

@@ -21,15 +21,24 @@ constexpr int kProgressText = 230;
 constexpr int kLeastText = 40;  // what is narrower is not drawn
 constexpr int kCancelWidth = 64;
 constexpr int kCancelHeight = 20;
+constexpr int kOptionsSize = 22;
 
 }  // namespace
 
-StatusBar::StatusBar(int x, int y, int w, int h, const std::string& cancelText)
+StatusBar::StatusBar(int x, int y, int w, int h, const std::string& cancelText,
+                     const std::string& optionsTip)
     : Fl_Group(x, y, w, h) {
   box(FL_FLAT_BOX);
   color(Theme::kWindow);
-  cancel_ = new Fl_Button(x + w - Layout::kMargin - kCancelWidth, y + (h - kCancelHeight) / 2 + 1,
-                          kCancelWidth, kCancelHeight);
+  options_ = new ToolButton(0, 0, kOptionsSize, kOptionsSize, "state_options");
+  SetTip(*options_, optionsTip);
+  options_->callback(
+      [](Fl_Widget*, void* self) {
+        auto* bar = static_cast<StatusBar*>(self);
+        if (bar->OnOptions) bar->OnOptions();
+      },
+      this);
+  cancel_ = new Fl_Button(0, 0, kCancelWidth, kCancelHeight);
   cancel_->copy_label(cancelText.c_str());
   cancel_->labelsize(Layout::kSmallFontSize);
   cancel_->color(Theme::kSurface);
@@ -42,6 +51,7 @@ StatusBar::StatusBar(int x, int y, int w, int h, const std::string& cancelText)
   cancel_->hide();
   end();
   resizable(nullptr);
+  LayOut();
 }
 
 StatusBar::~StatusBar() {
@@ -50,7 +60,16 @@ StatusBar::~StatusBar() {
 
 void StatusBar::resize(int x, int y, int w, int h) {
   Fl_Widget::resize(x, y, w, h);
-  cancel_->position(x + w - Layout::kMargin - kCancelWidth, y + (h - kCancelHeight) / 2 + 1);
+  LayOut();
+}
+
+int StatusBar::Right() const {
+  return x() + w() - kOptionsSize - Layout::kGap;
+}
+
+void StatusBar::LayOut() {
+  options_->position(Right(), y() + (h() - kOptionsSize) / 2 + 1);
+  cancel_->position(Right() - Layout::kGap - kCancelWidth, y() + (h() - kCancelHeight) / 2 + 1);
 }
 
 void StatusBar::SetState(const std::string& text) {
@@ -93,7 +112,7 @@ void StatusBar::draw() {
   fl_font(FL_HELVETICA, Layout::kSmallFontSize);
   const int baseline = y() + 1 + (h() + fl_height()) / 2 - fl_descent();
   int at = x() + Layout::kMargin;
-  const int end = percent_ >= 0 ? BarX() - Layout::kGap : x() + w() - Layout::kMargin;
+  const int end = percent_ >= 0 ? BarX() - Layout::kGap : Right() - Layout::kGap;
   std::string cut;
   const auto fitted = [&cut](const std::string& text, int room) {
     std::string shown = room < kLeastText ? std::string() : FitHead(text, room);
@@ -131,6 +150,7 @@ void StatusBar::draw() {
     fl_rectf(barX, barY, kProgressWidth * percent_ / 100, kProgressHeight);
     draw_child(*cancel_);
   }
+  draw_child(*options_);
   fl_pop_clip();
   SetTip(*this, cut);
 }
