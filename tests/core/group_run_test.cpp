@@ -240,6 +240,7 @@ TEST_F(GroupRun, TheManagerCanGoWhileAGroupRuns) {
 }
 
 TEST_F(GroupRun, ThreadsThatAllChangeOneGroupDoNotCollide) {
+  files_.Set(&Settings::stop_after_failures, 0);
   std::atomic<bool> end{false};
   std::thread adder([&] {
     for (int i = 0; i < 40; ++i) {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "ui/report/ReportPage.h"
+#include "ui/report/ReportPicture.h"
 #include "ui/window/OfferBar.h"
 #include "ui/WindowFixture.h"
 
@@ -44,7 +45,7 @@ TEST_F(ReportTest, APageShowsRunsAndNothingThatANameSaysActs) {
 
   const std::vector<JobId> one = {Group()->JobIds().back()};
   EXPECT_EQ(ReportOf(*Group(), &one).jobs.size(), 1U);
-  EXPECT_TRUE(ReportLines(group).ends_with("later.k\tQueued\tLS-DYNA(Single)\t\t\t\t\n"))
+  EXPECT_TRUE(ReportLines(group).ends_with("later.k\tQueued\tLS-DYNA (S)\t\t\t\t\n"))
       << ReportLines(group);
   EXPECT_TRUE(ReportTable({group}).find(",Aborted,solver error 40509,") != std::string::npos);
 }
@@ -91,8 +92,7 @@ TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {
           EXPECT_LE(dialog.w(), 800);
           EXPECT_LE(dialog.h(), 560);
           Choose(Beside<Fl_Choice>(dialog, "Console of the solvers"), "a minimised window");
-          TypeInto(Beside<Fl_Input>(dialog, "Failures in a row until a group pauses (0: never)"),
-                   "25");
+          TypeInto(Beside<Fl_Input>(dialog, "Failures in a row for a pause (0: never)"), "25");
           TypeInto(Beside<Fl_Input>(dialog, "its time step falls below (% of the first)"), "101");
           TypeInto(Beside<Fl_Input>(dialog, "Report after the last job"), "report.html");
         },

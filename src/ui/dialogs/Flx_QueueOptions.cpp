@@ -24,7 +24,7 @@ ID_LABEL1,Box,"Jobs that the last session left",12,10,242,24,0,0,49,49,0,0,12,56
 ID_CHOICE1,Choice,"",262,10,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
 ID_LABEL3,Box,"Console of the solvers",12,39,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_CHOICE3,Choice,"",262,39,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL4,Box,"Failures in a row until a group pauses (0: never)",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL4,Box,"Failures in a row for a pause (0: never)",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT1,Input,"",262,68,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_LABEL5,Box,"Free space that a job needs to start (MB)",12,97,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT2,Input,"",262,97,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
@@ -51,7 +51,7 @@ ID_LABEL14,Box,"hourglass energy is above (% of internal)",318,303,256,24,0,0,49
 ID_INPUT10,Input,"",576,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_LABEL15,Box,"mass was added, above (%)",24,332,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT11,Input,"",254,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL16,Box,"the rest needs more of the free space than (%)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL16,Box,"it needs more of the free space than (%)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_INPUT12,Input,"",576,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_CHECKBOX1,Check_Button,"values are not a number or infinite",20,361,400,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
 ID_LABEL20,Box,"",12,391,520,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0

@@ -201,6 +201,11 @@ std::string RunTip(const JobFile& job, const std::optional<RunState>& state,
   if (job.status == JobStatus::kFinished && job.StoppedAt() != kNotStopped) {
     lines.push_back("! " + StoppedWords(job.StoppedAt(), texts));
   }
+  const Failure failure = job.HowFailed();
+  if (job.status == JobStatus::kAborted && failure.kind != FailureKind::kStopped) {
+    const std::string how = texts.Say(FailureMessage(failure));
+    if (!how.empty()) lines.push_back("! " + how);
+  }
   if (job.status == JobStatus::kRunning || HasEnded(job.status)) {
     AddTimes(job, running ? &*state : nullptr, texts, lines);
   }

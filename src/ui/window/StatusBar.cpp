@@ -30,14 +30,6 @@ StatusBar::StatusBar(int x, int y, int w, int h, const std::string& cancelText,
     : Fl_Group(x, y, w, h) {
   box(FL_FLAT_BOX);
   color(Theme::kWindow);
-  options_ = new ToolButton(0, 0, kOptionsSize, kOptionsSize, "state_options");
-  SetTip(*options_, optionsTip);
-  options_->callback(
-      [](Fl_Widget*, void* self) {
-        auto* bar = static_cast<StatusBar*>(self);
-        if (bar->OnOptions) bar->OnOptions();
-      },
-      this);
   cancel_ = new Fl_Button(0, 0, kCancelWidth, kCancelHeight);
   cancel_->copy_label(cancelText.c_str());
   cancel_->labelsize(Layout::kSmallFontSize);
@@ -49,6 +41,14 @@ StatusBar::StatusBar(int x, int y, int w, int h, const std::string& cancelText,
       },
       this);
   cancel_->hide();
+  options_ = new ToolButton(0, 0, kOptionsSize, kOptionsSize, "state_options");
+  SetTip(*options_, optionsTip);
+  options_->callback(
+      [](Fl_Widget*, void* self) {
+        auto* bar = static_cast<StatusBar*>(self);
+        if (bar->OnOptions) bar->OnOptions();
+      },
+      this);
   end();
   resizable(nullptr);
   LayOut();
