@@ -161,6 +161,12 @@ constexpr TextRow kMore[] = {
     {"ui_column_right", "Move Right", "右移"},
     {"ui_column_running", "Order of Running", "运行顺序"},
     {"ui_menu_columns", "Columns...", "显示列..."},
+    {"ui_line_ends", "ends about %s", "预计 %s 结束"},
+    {"ui_line_took", "The runs have taken %s.", "各次运行共用时 %s。"},
+    {"ui_line_tip",
+     "The group: finished (green), stopped early (amber), aborted (red), running (blue), queued "
+     "(grey)",
+     "任务组：已完成（绿）、提前停止（琥珀）、已中止（红）、运行中（蓝）、排队中（灰）"},
     {"ui_none_failed", "No job of this group has failed.", "此任务组中没有失败的任务。"},
     {"ui_count_jobs", "%s jobs", "%s 个任务"},
     {"ui_count_job", "1 job", "1 个任务"},

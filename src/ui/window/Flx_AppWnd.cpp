@@ -73,6 +73,8 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
        {texts_.Get("ui_left_forget"), texts_.Get("ui_left_forget_tip"), [this] { ForgetLeft(); }}});
   pause_ = MakeBar(
       {{texts_.Get("ui_go_on"), texts_.Get("ui_go_on_tip"), [this] { Perform(Action::kSubmit); }}});
+  line_ = new GroupLine(w() - Layout::kMargin - Layout::GroupLineWidth(w()), Layout::TabsY(w()),
+                        Layout::GroupLineWidth(w()), Layout::kTabHeight);
   filter_ = new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
                           w() - 2 * Layout::kMargin, Layout::kFilterHeight, texts_);
   status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
@@ -220,12 +222,14 @@ void Flx_AppWnd::LayOut() {
   for (int tool = 0; tool < kToolCount; ++tool)
     tools_[static_cast<std::size_t>(tool)]->position(ToolX(static_cast<Action>(tool), w()), kToolY);
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
+  const int lineWidth = GroupLineWidth(w());
   int offered = 0;
   for (OfferBar* bar : {left_, pause_}) {
     bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kOfferBarHeight);
     if (bar->visible()) offered += kOfferBarHeight + kMargin;
   }
-  tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kTabHeight);
+  tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin - lineWidth, kTabHeight);
+  line_->resize(w() - kMargin - lineWidth, tabs_->y(), lineWidth, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);
   filter_->resize(kMargin, TabsY(w()) + kTabHeight + offered, w() - 2 * kMargin, kFilterHeight);
   const int y = TableY(w()) + offered;

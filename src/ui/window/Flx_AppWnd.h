@@ -21,6 +21,7 @@
 #include "ui/text/TextTable.h"
 #include "ui/window/Actions.h"
 #include "ui/window/FilterBar.h"
+#include "ui/window/GroupLine.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"
 #include "ui/window/OfferBar.h"
@@ -60,6 +61,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   struct Counts {
     std::map<JobStatus, int> of;
     int total = 0;
+    StatusCounts classes{};
+    std::int64_t seconds = 0;  // that the last runs of them took and take
   };
 
   void MakeTools();
@@ -87,8 +90,10 @@ class Flx_AppWnd : public Fl_Double_Window {
   void StepGroup(int by);
   Counts Count(const JobGroup& group) const;
   JobTable::Surroundings SurroundingsOf(const JobGroup& group) const;
+  std::optional<double> TimeLeftOf(const JobGroup& group) const;
   std::string EndOf(const JobGroup& group) const;
   std::string PauseOf(const JobGroup& group) const;
+  void ShowGroupLine(const JobGroup& group, const Counts& counts);
   // Reads the current job; false, after telling the user, when there is none.
   bool ReadCurrentJob(const std::function<void(const JobFile&)>& read);
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
@@ -205,6 +210,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   GroupTabs* tabs_ = nullptr;
   OfferBar* left_ = nullptr;   // jobs of the last session
   OfferBar* pause_ = nullptr;  // to go on with a group
+  GroupLine* line_ = nullptr;
   FilterBar* filter_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups
   StatusBar* status_ = nullptr;

@@ -267,10 +267,8 @@ void Flx_AppWnd::Submit() {
 
 // Those that a filter hides are shown again.
 void Flx_AppWnd::SelectFailed() {
-  if (Table()->Counts()[static_cast<std::size_t>(StatusClass::kAborted)] == 0)
-    return Say(texts_.Get("ui_none_failed"));
   filter_->Clear();
-  Table()->SelectClass(StatusClass::kAborted);
+  if (!Table()->SelectFailed()) return Say(texts_.Get("ui_none_failed"));
   FocusTable();
 }
 
@@ -347,6 +345,20 @@ void Flx_AppWnd::OpenStages() {
   if (!multiStage) return Inform(texts_.Get("msg_not_mstages"));
   Flx_MultipleStages dialog(this, application_.language, {application_, texts_, Group(), job});
   RunDialog(dialog);
+}
+
+Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
+  Counts counts;
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  group.ReadJobs([&](const JobFile& job) {
+    ++counts.total;
+    ++counts.of[job.status];
+    ++counts.classes[static_cast<std::size_t>(ClassOf(job))];
+    const bool runs = job.status == JobStatus::kRunning;
+    if (job.started == 0 || (!runs && !HasEnded(job.status))) return;
+    counts.seconds += std::max<std::int64_t>((runs ? now : job.ended) - job.started, 0);
+  });
+  return counts;
 }
 
 std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {

@@ -117,11 +117,27 @@ void Flx_AppWnd::ShowTabs() {
   tabs_->SetTabs(tabs, manager.CurrentGroupIndex());
 }
 
+std::optional<double> Flx_AppWnd::TimeLeftOf(const JobGroup& group) const {
+  const auto past = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
+  return GroupTimeLeft(group, application_.Manager().Watch(), past);
+}
+
+// "1 h 12 min, ends about Sun 06:40".
+void Flx_AppWnd::ShowGroupLine(const JobGroup& group, const Counts& counts) {
+  const std::string took = counts.seconds > 0
+                               ? DurationWords(static_cast<double>(counts.seconds), texts_)
+                               : std::string();
+  const std::optional<double> left = TimeLeftOf(group);
+  const std::string end = left ? texts_.Format("ui_line_ends", EndWords(*left, texts_)) : "";
+  std::string tip = texts_.Get("ui_line_tip");
+  if (!took.empty()) tip += "\n" + texts_.Format("ui_line_took", took);
+  line_->Show(counts.classes, took + (took.empty() || end.empty() ? "" : ", ") + end, tip);
+}
+
 // "Group1 ends about Sun 06:40"; empty when that cannot be told, as with a deck that has not run
 // yet.
 std::string Flx_AppWnd::EndOf(const JobGroup& group) const {
-  const auto past = [this](const JobFile& job) { return application_.Record().LastRunOf(job); };
-  const std::optional<double> left = GroupTimeLeft(group, application_.Manager().Watch(), past);
+  const std::optional<double> left = TimeLeftOf(group);
   if (!left) return {};
   return texts_.Format("run_group_ends", ToUi(group.Name()), EndWords(*left, texts_));
 }
@@ -153,15 +169,6 @@ std::string Flx_AppWnd::PauseOf(const JobGroup& group) const {
                                texts_.Say(pause->reason), std::to_string(queued)));
 }
 
-Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
-  Counts counts;
-  group.ReadJobs([&](const JobFile& job) {
-    ++counts.total;
-    ++counts.of[job.status];
-  });
-  return counts;
-}
-
 void Flx_AppWnd::ShowState() {
   static const std::map<JobStatus, const char*> kKeys = {
       {JobStatus::kQueued, "ui_count_queued"},   {JobStatus::kWaiting, "ui_count_waiting"},
@@ -170,7 +177,10 @@ void Flx_AppWnd::ShowState() {
   };
   const auto group = Group();
   const Counts counts = group ? Count(*group) : Counts();
-  if (counts.total == 0) return status_->SetState(texts_.Get("ui_count_none"));
+  if (counts.total == 0) {
+    line_->Show({}, {}, {});
+    return status_->SetState(texts_.Get("ui_count_none"));
+  }
   std::string text = counts.total == 1
                          ? texts_.Get("ui_count_job")
                          : texts_.Format("ui_count_jobs", std::to_string(counts.total));
@@ -179,6 +189,7 @@ void Flx_AppWnd::ShowState() {
     details +=
         (details.empty() ? ": " : ", ") + texts_.Format(kKeys.at(status), std::to_string(count));
   }
+  ShowGroupLine(*group, counts);
   const std::string end = EndOf(*group);
   status_->SetState(text + details + (end.empty() ? "" : ". " + end));
 }

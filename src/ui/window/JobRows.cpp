@@ -29,6 +29,7 @@ JobRows::JobRows(std::shared_ptr<JobList> list, const TextTable& texts)
 void JobRows::Fill(Entry& entry, const JobFile& job) const {
   entry.id = job.id;
   entry.status = ClassOf(job);
+  entry.failed = job.status == JobStatus::kAborted && job.HowFailed().kind != FailureKind::kStopped;
   entry.name = Folded(ShownJob(job.jobFile, job.restartFile));
   entry.searched = entry.name + '\n' + Folded(ToUi(job.Folder()));
   const bool tells = job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting;

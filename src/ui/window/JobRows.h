@@ -37,6 +37,7 @@ class JobRows {
     std::size_t place = 0;  // in the order of running
     int row = -1;           // -1: not shown
     StatusClass status = StatusClass::kQueued;
+    bool failed = false;   // Aborted, and not since the user stopped it
     std::string name;      // folded
     std::string searched;  // name, folder and reason, folded
     SortKey key;

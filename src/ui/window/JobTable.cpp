@@ -99,12 +99,14 @@ void JobTable::SelectJobs(const std::vector<JobId>& jobs) {
   SelectRows({rows.begin(), rows.end()}, CurrentRow());
 }
 
-void JobTable::SelectClass(StatusClass status) {
+bool JobTable::SelectFailed() {
   std::vector<int> rows;
   for (const JobRows::Entry* entry : rows_.Shown())
-    if (entry->status == status) rows.push_back(entry->row);
+    if (entry->failed) rows.push_back(entry->row);
+  if (rows.empty()) return false;
   SelectRows(rows, CurrentRow());
   ScrollToRow(CurrentRow());
+  return true;
 }
 
 // When the current job goes and others are selected, the nearest of them becomes current.

@@ -76,8 +76,9 @@ class JobTable : public Flx_Table {
   std::vector<JobId> SelectedJobs() const;
   // Those of them that have a row. The current job stays current if it is among them.
   void SelectJobs(const std::vector<JobId>& jobs);
-  // Those that are shown and are of the class.
-  void SelectClass(StatusClass status);
+  // Those that failed, not those that the user stopped. False, with nothing changed, when no job
+  // that is shown did.
+  bool SelectFailed();
 
   // Shows jobs that have all of the words in name, folder or reason and are of one of the classes;
   // without any: of all.

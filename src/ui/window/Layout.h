@@ -100,6 +100,9 @@ inline constexpr int kTabPadding = 12;
 constexpr int TabsY(int windowWidth) {
   return ParameterRowY(windowWidth) + kFieldHeight + kMargin;
 }
+constexpr int GroupLineWidth(int windowWidth) {  // beside the tabs
+  return windowWidth >= 900 ? 360 : 250;
+}
 inline constexpr int kFilterHeight = 32;  // of the line between the tabs and the table
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight + kFilterHeight;
