@@ -143,8 +143,9 @@ class Page {
       end = std::max(end, job.ended);
     }
     if (begin == 0 || end < begin) return;
-    Paragraph("m", PageText(texts_.Format("rep_times", ShownMinute(begin), ShownMinute(end),
-                                          ShownDuration(end - begin, texts_))));
+    Paragraph("m",
+              PageText(texts_.Format("rep_times", ShownMinute(begin), ShownMinute(end),
+                                     ShownDuration(static_cast<double>(end - begin), texts_))));
   }
 
   void AddReasons(const ReportedGroup& group) {
@@ -191,7 +192,7 @@ class Page {
 
   std::string Took(const ReportedJob& job) const {
     const std::optional<std::int64_t> seconds = job.Seconds();
-    return seconds ? PageText(ShownDuration(*seconds, texts_)) : std::string();
+    return seconds ? PageText(ShownDuration(static_cast<double>(*seconds), texts_)) : std::string();
   }
 
   std::string Link(const std::string& path) const {
