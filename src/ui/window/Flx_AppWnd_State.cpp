@@ -10,6 +10,7 @@
 #include "jobs/JobArguments.h"
 #include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Tip.h"
+#include "ui/text/ShownValues.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
@@ -125,7 +126,7 @@ std::optional<double> Flx_AppWnd::TimeLeftOf(const JobGroup& group) const {
 // "1 h 12 min, ends about Sun 06:40".
 void Flx_AppWnd::ShowGroupLine(const JobGroup& group, const Counts& counts) {
   const std::string took = counts.seconds > 0
-                               ? DurationWords(static_cast<double>(counts.seconds), texts_)
+                               ? ShownDuration(static_cast<double>(counts.seconds), texts_)
                                : std::string();
   const std::optional<double> left = TimeLeftOf(group);
   const std::string end = left ? texts_.Format("ui_line_ends", EndWords(*left, texts_)) : "";

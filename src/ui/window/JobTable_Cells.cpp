@@ -9,6 +9,7 @@
 #include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
 #include "ui/window/JobTable.h"
+#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
