@@ -82,7 +82,9 @@ class JobList : public PTWrapper {
   // precision is one that runs decks. `before` gets what the jobs had that had something else.
   ManyDone SetField(const Jobs& jobs, JobField field, const FieldValue& value,
                     std::vector<FieldBefore>* before = nullptr);
-  ManyDone RestoreField(JobField field, const std::vector<FieldBefore>& before);
+  // Each job has its own value; `before` as above.
+  ManyDone SetFields(JobField field, const std::vector<FieldBefore>& values,
+                     std::vector<FieldBefore>* before = nullptr);
   // Tells of all jobs as if they had been added: the list is known again.
   void TellAll();
 

@@ -262,22 +262,28 @@ ManyDone JobList::SetField(const Jobs& jobs, JobField field, const FieldValue& v
   return done;
 }
 
-ManyDone JobList::RestoreField(JobField field, const std::vector<FieldBefore>& before) {
+ManyDone JobList::SetFields(JobField field, const std::vector<FieldBefore>& values,
+                            std::vector<FieldBefore>* before) {
   const Access access(*this);
   ManyDone done;
   Jobs jobs;
-  std::unordered_map<JobId, const FieldBefore*> beforeOf;
-  for (const FieldBefore& its : before) {
+  std::unordered_map<JobId, const FieldBefore*> valueOf;
+  for (const FieldBefore& its : values) {
     jobs.push_back(its.job);
-    beforeOf[its.job] = &its;
+    valueOf[its.job] = &its;
   }
   const std::vector<JobFile*> picked =
       Pick(jobs, done, [](const JobFile& job) { return job.status != JobStatus::kRunning; });
   const auto set = [field](JobFile& job, const FieldValue& value) { SetValue(job, field, value); };
+  Told changed;
   for (JobFile* const job : picked) {
-    set(*job, beforeOf[job->id]->value);
-    WithStages(*job, beforeOf[job->id]->stages, set);
+    std::optional<FieldBefore> its = BeforeOf(*job, field);
+    if (!its || *its == *valueOf[job->id]) continue;
+    if (before != nullptr) before->push_back(std::move(*its));
+    changed.push_back(job);
+    set(*job, valueOf[job->id]->value);
+    WithStages(*job, valueOf[job->id]->stages, set);
   }
-  Tell(ListChange::What::kFields, AsTold(picked));
+  Tell(ListChange::What::kFields, changed);
   return done;
 }

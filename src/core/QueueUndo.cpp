@@ -54,12 +54,24 @@ ManyDone QueueUndo::SetField(const Group& group, const Jobs& jobs, JobField fiel
                              const FieldValue& value) {
   std::vector<FieldBefore> before;
   const ManyDone done = group->SetField(jobs, field, value, &before);
+  KeepField(group, field, std::move(before));
+  return done;
+}
+
+ManyDone QueueUndo::SetFields(const Group& group, JobField field,
+                              const std::vector<FieldBefore>& values) {
+  std::vector<FieldBefore> before;
+  const ManyDone done = group->SetFields(field, values, &before);
+  KeepField(group, field, std::move(before));
+  return done;
+}
+
+void QueueUndo::KeepField(const Group& group, JobField field, std::vector<FieldBefore> before) {
   Jobs changed;
   for (const FieldBefore& its : before) changed.push_back(its.job);
   Keep(Kind::kField, group, std::move(changed), [group, field, before = std::move(before)] {
-    return group->RestoreField(field, before).LeftOut();
+    return group->SetFields(field, before).LeftOut();
   });
-  return done;
 }
 
 std::optional<QueueUndo::Taken> QueueUndo::Undo() {

@@ -30,6 +30,7 @@ class QueueUndo {
   ManyDone Move(const Group& group, const Jobs& jobs, JobList::Move move);
   ManyDone Resubmit(const Group& group, const Jobs& jobs);
   ManyDone SetField(const Group& group, const Jobs& jobs, JobField field, const FieldValue& value);
+  ManyDone SetFields(const Group& group, JobField field, const std::vector<FieldBefore>& values);
 
   bool Empty() const { return steps_.empty(); }
 
@@ -51,6 +52,7 @@ class QueueUndo {
     Jobs jobs;
     std::function<int()> back;  // how many were left out
   };
+  void KeepField(const Group& group, JobField field, std::vector<FieldBefore> before);
   void Keep(Kind kind, const Group& group, Jobs jobs, std::function<int()> back);
 
   JobGroupManager& manager_;

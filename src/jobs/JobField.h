@@ -32,6 +32,8 @@ struct FieldBefore {
   JobId job = JobId::kNone;
   FieldValue value;
   std::vector<std::pair<JobId, FieldValue>> stages;
+
+  bool operator==(const FieldBefore&) const = default;
 };
 
 #endif

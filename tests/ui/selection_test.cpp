@@ -3,6 +3,7 @@
 #include "ui/WindowFixture.h"
 
 #include <FL/Fl_Button.H>
+#include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Text_Display.H>
 
 #include "ui/dialogs/Flx_ShowCommand.h"
@@ -63,6 +64,15 @@ TEST_F(SelectionTest, AFieldInWhichJobsDifferSaysSoAndChangesWhenTypedInto) {
   EXPECT_TRUE(LineSays("The change of 3 jobs is taken back."));
   PressKey('z', FL_CTRL);
   EXPECT_EQ(jobs_[1]->ncpu, 8);
+
+  jobs_[0]->deckMemory = 700;
+  jobs_[1]->deckMemory = 900;
+  for (int twice = 0; twice < 2; ++twice) Press(Find<Fl_Check_Button>(*window_, "Auto"));
+  EXPECT_EQ(jobs_[0]->memory, 700U);
+  EXPECT_EQ(jobs_[1]->memory, 900U);
+  Table().TakeFocus();
+  PressKey('z', FL_CTRL);
+  EXPECT_EQ(jobs_[0]->memory + jobs_[1]->memory, 0U) << "one step";
 }
 
 TEST_F(SelectionTest, DeletedJobsAndGroupsComeBack) {

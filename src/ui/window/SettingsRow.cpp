@@ -3,7 +3,6 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
-#include <map>
 
 #include "jobs/JobArguments.h"
 #include "solvers/SolverKinds.h"
@@ -452,14 +451,15 @@ void SettingsRow::ToggleAuto() {
   const bool on = auto_->value() != 0;
   application_.SettingsAndFiles().Set(&Settings::memory_auto, on);
   if (!on || !HasJobs()) return;
-  std::map<std::uint64_t, std::vector<JobId>> fromDecks;
+  std::vector<FieldBefore> fromDecks;
   group_->ReadJobs(jobs_, [&](const JobFile& job) {
     const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
-    if (dyna != nullptr && dyna->deckMemory > 0) fromDecks[dyna->deckMemory].push_back(job.id);
+    if (dyna == nullptr || dyna->deckMemory == 0) return;
+    FieldBefore& its = fromDecks.emplace_back(FieldBefore{job.id, dyna->deckMemory, {}});
+    for (const std::shared_ptr<JobFile>& stage : job.stages)
+      its.stages.emplace_back(stage->id, dyna->deckMemory);
   });
-  for (const auto& [memory, jobs] : fromDecks) {
-    const ManyDone done = undo_.SetField(group_, jobs, JobField::kMemory, memory);
-    if (OnEdited) OnEdited(done);
-  }
+  const ManyDone done = undo_.SetFields(group_, JobField::kMemory, fromDecks);
+  if (OnEdited) OnEdited(done);
   Refresh();
 }
