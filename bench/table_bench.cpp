@@ -91,7 +91,10 @@ int main() {
   table->SelectRow(0);
   table->SortBy(JobTable::kMemory, false);
   const double change = BestSeconds(kRounds, [&] {
-    group->SetMemory(table->JobAt(++turn % kJobs), static_cast<std::uint64_t>(turn * 37 % 900 + 1));
+    ++turn;
+    const JobId job = table->JobAt(turn % kJobs);
+    group->SetMemory(job, static_cast<std::uint64_t>(turn * 37 % 900 + 1));
+    table->JobChanged(job);
     shown();
   });
   say("one job changes, sorted", change, "plain search", search);

@@ -31,7 +31,8 @@ void JobRows::Fill(Entry& entry, const JobFile& job) const {
   entry.status = ClassOf(job);
   entry.failed = job.status == JobStatus::kAborted && job.HowFailed().kind != FailureKind::kStopped;
   entry.name = Folded(ShownJob(job.jobFile, job.restartFile));
-  entry.searched = entry.name + '\n' + Folded(ToUi(job.Folder()));
+  entry.folder = Folded(ToUi(job.Folder()));
+  entry.searched = entry.name + '\n' + entry.folder;
   const bool tells = job.status == JobStatus::kAborted || job.status == JobStatus::kWaiting;
   const std::string why = tells ? FailureWords(job, texts_) : std::string();
   if (!why.empty()) entry.searched += '\n' + Folded(why);

@@ -37,9 +37,9 @@ class JobRows {
     std::size_t place = 0;  // in the order of running
     int row = -1;           // -1: not shown
     StatusClass status = StatusClass::kQueued;
-    bool failed = false;   // Aborted, and not since the user stopped it
-    std::string name;      // folded
-    std::string searched;  // name, folder and reason, folded
+    bool failed = false;       // Aborted, and not since the user stopped it
+    std::string name, folder;  // folded
+    std::string searched;      // name, folder and reason, folded
     SortKey key;
     bool selected = false;  // the table's, while the rows are arranged
     bool moves = false;

@@ -58,7 +58,8 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
     case kName:
       return [](const JobFile&, const Entry& entry) { return Key{.text = NaturalKey(entry.name)}; };
     case kFolder:
-      return [=](const JobFile& job, const Entry&) { return text(ToUi(job.Folder())); };
+      return
+          [](const JobFile&, const Entry& entry) { return Key{.text = NaturalKey(entry.folder)}; };
     case kSolver:
       return [=](const JobFile& job, const Entry&) {
         return text(RowOfKind(job.GetSolverType()).name);
