@@ -108,7 +108,8 @@ int KeywordRun::Run() {
 }
 
 bool KeywordRun::OpenMessageFile() {
-  std::string path = rank_.parallel ? Format("mes%04d", rank_.number) : "messag";
+  std::string path =
+      options_.prefix + (rank_.parallel ? Format("mes%04d", rank_.number) : "messag");
   if (behaviour_.noMessage) path.clear();
   if (message_.Open(path, behaviour_.crlf, rank_.First())) return true;
   std::fprintf(stderr, "%s: the message file %s cannot be written\n", programName_.c_str(),
@@ -218,12 +219,12 @@ bool KeywordRun::StartOutput() {
   const std::string solver = Format(
       "stand-in %s %c %s %s date 01/01/2016", rank_.parallel ? "mpp" : "smp",
       options_.doublePrecision ? 'd' : 's', version.release.c_str(), version.revision.c_str());
-  if (!states_.Begin("glstat", deck_.title, solver)) {
+  if (!states_.Begin(options_.prefix + "glstat", deck_.title, solver)) {
     Error(kErrorFile, "the file glstat cannot be written");
     return false;
   }
   if (!options_.restart.empty()) return true;
-  if (!plot_.Begin("d3plot", deck_, options_.doublePrecision)) {
+  if (!plot_.Begin(options_.prefix + "d3plot", deck_, options_.doublePrecision)) {
     Error(kErrorFile, "the file d3plot cannot be written");
     return false;
   }
@@ -332,7 +333,7 @@ void KeywordRun::TellState() {
   for (const std::string& text : EstimateLines(endTime_, elapsed, TotalSeconds())) {
     status += text + "\n";
   }
-  if (!written || !WriteTextFile("status.out", status)) {
+  if (!written || !WriteTextFile(options_.prefix + "status.out", status)) {
     Error(kErrorFile, "the files glstat and status.out cannot be written");
   }
 }
@@ -340,7 +341,7 @@ void KeywordRun::TellState() {
 // Looks for the sense switch at least once, then until the time has come.
 void KeywordRun::Wait(Clock::time_point until) {
   while (true) {
-    if (const auto asked = ReadSenseSwitch()) ObeySwitch(*asked);
+    if (const auto asked = ReadSenseSwitch(options_.prefix)) ObeySwitch(*asked);
     const auto now = Clock::now();
     if (ending_ != Ending::kNone || now >= until) return;
     std::this_thread::sleep_for(std::min<Clock::duration>(kPollInterval, until - now));
@@ -361,7 +362,7 @@ void KeywordRun::ObeySwitch(const SenseSwitch& asked) {
   if (number == 4) Plot();
   if (rank_.First()) {
     if (rank_.parallel) std::this_thread::sleep_for(kSwitchGrace);
-    RemoveSenseSwitch();
+    RemoveSenseSwitch(options_.prefix);
   }
   if (number == 1) ending_ = Ending::kSwitch;
 }
@@ -379,7 +380,7 @@ void KeywordRun::TakeEndTime(double endTime) {
 
 void KeywordRun::MidRun() {
   if (rank_.First()) {
-    for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(i);
+    for (int i = 1; i <= behaviour_.adaptDumps; ++i) WriteAdaptDump(options_.prefix, i);
   }
   ActInTheMiddle(behaviour_);
   if (behaviour_.diskFull) FillDisk();
@@ -405,7 +406,7 @@ void KeywordRun::Dump() {
 
 void KeywordRun::WriteDumpTo(const std::string& name) {
   message_.Progress(std::max(cycle_, 1), time_, timeStep_, "write " + name + " file");
-  if (!WriteDump(RankFile(name, rank_), {time_, endTime_, dumps_})) {
+  if (!WriteDump(RankFile(options_.prefix + name, rank_), {time_, endTime_, dumps_})) {
     Error(kErrorFile, "the restart dump cannot be written");
   }
 }
@@ -423,7 +424,8 @@ void KeywordRun::DumpNowAndThen() {
 void KeywordRun::HandOn() {
   if (!WritesResults() || !deck_.formedSet) return;
   message_.Progress(cycle_, time_, timeStep_, "write dynain file");
-  if (!WriteFormedResult(deck_)) Error(kErrorFile, "the file dynain cannot be written");
+  if (!WriteFormedResult(options_.prefix, deck_))
+    Error(kErrorFile, "the file dynain cannot be written");
 }
 
 int KeywordRun::End() {

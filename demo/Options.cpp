@@ -34,10 +34,20 @@ int ReadCount(Options& options, const std::string& word, const std::string& valu
   return static_cast<int>(*number);
 }
 
+// What would lead to another folder, or end the name, cannot stand in it.
+std::string ReadJobId(Options& options, const std::string& word, const std::string& value) {
+  constexpr std::size_t kLongest = 72;
+  if (value.size() <= kLongest && value.find_first_of("()*/?\\") == std::string::npos) {
+    return value + ".";
+  }
+  Complain(options, word, "not a job id");
+  return "";
+}
+
 void ReadPair(Options& options, const std::string& word, const std::string& key,
               const std::string& value) {
   const bool known = key == "I" || key == "R" || key == "S" || key == "D" || key == "MEMORY" ||
-                     key == "MEMORY2" || key == "NCPU" || key == "PRECISION" ||
+                     key == "MEMORY2" || key == "NCPU" || key == "PRECISION" || key == "JOBID" ||
                      key == "STANDIN-SLEEP";
   if (!known) return;
   if (value.empty()) return Complain(options, word, "a value is missing");
@@ -47,6 +57,7 @@ void ReadPair(Options& options, const std::string& word, const std::string& key,
   if (key == "MEMORY") options.memoryWords = ReadMemory(options, word, value);
   if (key == "MEMORY2") options.memory2Words = ReadMemory(options, word, value);
   if (key == "NCPU") options.cpus = ReadCount(options, word, value);
+  if (key == "JOBID") options.prefix = ReadJobId(options, word, value);
   if (key == "PRECISION") options.doublePrecision = Upper(value) == "DOUBLE";
   if (key == "STANDIN-SLEEP") options.sleepSeconds = ReadCount(options, word, value);
 }

@@ -13,6 +13,7 @@ struct Options {
   long long memoryWords = 0;     // memory=: words, or millions of words with the suffix m
   long long memory2Words = 0;    // memory2=
   int cpus = 1;                  // ncpu=
+  std::string prefix;            // jobid=NAME: "NAME.", in front of all files that are written
   bool noDump = false;           // d=nodump
   bool cases = false;            // CASE
   bool info = false;             // info

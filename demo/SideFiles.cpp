@@ -57,7 +57,7 @@ bool WriteListing(const Options& options, const Deck& deck) {
   text += Format(" shell elements ............. %zu\n", deck.Of(ElementKind::kShell).size());
   text += Format(" parts with elements ........ %zu\n", deck.parts.size());
   for (const std::string& keyword : deck.skipped) text += " not read: *" + keyword + "\n";
-  return WriteTextFile("d3hsp", text);
+  return WriteTextFile(options.prefix + "d3hsp", text);
 }
 
 bool WriteEcho(const Options& options) {
@@ -95,7 +95,7 @@ std::optional<RestartState> ReadDump(const std::string& path) {
   return RestartState{*time, *endTime, static_cast<int>(*dumps)};
 }
 
-bool WriteFormedResult(const Deck& deck) {
+bool WriteFormedResult(const std::string& prefix, const Deck& deck) {
   const auto set = deck.partSets.find(deck.formedSet.value_or(0));
   const auto isWanted = [&](const Element& shell) {
     return set == deck.partSets.end() || set->second.contains(shell.part);
@@ -118,21 +118,22 @@ bool WriteFormedResult(const Deck& deck) {
     nodes += Format("%8lld%16.8E%16.8E%16.8E\n", static_cast<long long>(node.id), node.x[0],
                     node.x[1], node.x[2]);
   }
-  return WriteTextFile("dynain",
+  return WriteTextFile(prefix + "dynain",
                        "$ Stand-in solver: the shells as they were before the run\n"
                        "*KEYWORD\n*NODE\n" +
                            nodes + "*ELEMENT_SHELL\n" + shells + "*END\n");
 }
 
-bool WriteAdaptDump(int number) {
-  return WriteTextFile(Format("adapt%02d.adaptdmp", number), "stand-in adaptive dump\n");
+bool WriteAdaptDump(const std::string& prefix, int number) {
+  return WriteTextFile(prefix + Format("adapt%02d.adaptdmp", number), "stand-in adaptive dump\n");
 }
 
-std::optional<SenseSwitch> ReadSenseSwitch() {
+std::optional<SenseSwitch> ReadSenseSwitch(const std::string& prefix) {
   constexpr char kEndTime[] = "ENDTIME=";
   constexpr std::size_t kLongest = 64;
-  if (IsFolder(kSenseSwitchFile)) return std::nullopt;
-  std::ifstream file(kSenseSwitchFile);
+  const std::string path = prefix + kSenseSwitchFile;
+  if (IsFolder(path)) return std::nullopt;
+  std::ifstream file(path);
   char text[kLongest] = "";
   file.read(text, sizeof text - 1);
   const std::string word = Upper(Trim(text));
@@ -146,6 +147,6 @@ std::optional<SenseSwitch> ReadSenseSwitch() {
   return SenseSwitch{word[2] - '0', 0};
 }
 
-void RemoveSenseSwitch() {
-  std::remove(kSenseSwitchFile);
+void RemoveSenseSwitch(const std::string& prefix) {
+  std::remove((prefix + kSenseSwitchFile).c_str());
 }

@@ -36,18 +36,19 @@ bool WriteDump(const std::string& path, const RestartState& state);
 // Nothing when the file is not a dump of ours, or not a whole one.
 std::optional<RestartState> ReadDump(const std::string& path);
 
-// "dynain": the nodes and shells of the parts that the deck wants handed on, as they were.
-bool WriteFormedResult(const Deck& deck);
+// "dynain": the nodes and shells of the parts that the deck wants handed on, as they were. The
+// prefix is that of the options, here and below.
+bool WriteFormedResult(const std::string& prefix, const Deck& deck);
 
 // "adapt01.adaptdmp" and on.
-bool WriteAdaptDump(int number);
+bool WriteAdaptDump(const std::string& prefix, int number);
 
 // A sense switch: the file "d3kil" holding "sw1" to "sw4", or "endtime=..." with a new end time.
 struct SenseSwitch {
   int number = 0;  // 0: the end time
   double endTime = 0;
 };
-std::optional<SenseSwitch> ReadSenseSwitch();
-void RemoveSenseSwitch();
+std::optional<SenseSwitch> ReadSenseSwitch(const std::string& prefix);
+void RemoveSenseSwitch(const std::string& prefix);
 
 #endif

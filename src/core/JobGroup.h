@@ -23,6 +23,9 @@ struct JobGroupSetup {
   AppLog& log;
   std::function<Settings()> settings;  // a copy for a run; any thread
   JobRunSetup run;                     // what all runs share: drivers, positioning
+  // The prefixes of the files of all other jobs in the job's folders (core/SharedFolders.h); may be
+  // null. Called with no list locked.
+  std::function<std::vector<std::string>(const JobFile& job)> otherPrefixes = {};
   std::atomic<int>* runErrorCode = nullptr;
   RunWatch* watch = nullptr;  // may be null
   std::shared_ptr<RunningThreads> threads;

@@ -5,6 +5,7 @@
 
 #include "core/JobGroup.h"
 #include "core/SenseSwitch.h"
+#include "jobs/OutputPrefix.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -186,7 +187,7 @@ JobRunSetup JobGroup::SetupFor(JobFile& job, RunTimes& times) {
     if (HasEnded(record.verdict)) {
       EndSwitches(stage.Folder());
     } else {
-      BeginSwitches(stage.Folder(), job.id, record.process.id == 0);
+      BeginSwitches(stage.Folder(), job.id, record.process.id == 0, OutputPrefix(stage));
     }
     setup_.observer.RunRecorded(job.id, record);
     if (setup_.watch != nullptr) setup_.watch->Recorded(job.id, record);
@@ -223,6 +224,7 @@ std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job, std::int64_t sin
   JobRunContext context;
   context.settings = setup_.settings();
   context.groupText = Text();
+  if (setup_.otherPrefixes) context.otherPrefixes = setup_.otherPrefixes(job);
   context.console.terminal = context.settings.xterm_path;
   context.report = setup_.log.Sink();
   context.note = [this](const Message& message) { setup_.log.Note(message); };

@@ -10,9 +10,9 @@
 
 namespace {
 
-void AddModelSize(const std::string& folder, const AnalysisHooks& hooks,
+void AddModelSize(const JobOutput& output, const AnalysisHooks& hooks,
                   std::vector<std::string>& lines) {
-  const std::string file = FileDirWrapper::Join(folder, "d3plot");
+  const std::string file = FileDirWrapper::Join(output.folder, output.prefix + "d3plot");
   if (!FileDirWrapper::FileExists(file)) return;
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;
@@ -45,8 +45,7 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   const Message stopped = output.status == JobStatus::kAborted ? FailureMessage(output.failure)
                                                                : StoppedMessage(output.stoppedAt);
   if (!stopped.Empty()) lines.insert(lines.begin(), Said(hooks, stopped));
-  if (output.status == JobStatus::kFinished && row.runsDecks)
-    AddModelSize(output.folder, hooks, lines);
+  if (output.status == JobStatus::kFinished && row.runsDecks) AddModelSize(output, hooks, lines);
   AddLastWords(output.lastWords, hooks, lines);
   return lines;
 }

@@ -233,6 +233,7 @@ bool JobIntake::ReadDeck(JobFileDyna& job, const JobRequest& request, const Sett
                          unsigned burst) {
   job.useSFile = request.sGiven;
   job.dump = request.dump;
+  job.outputName = request.outputName;
   if (!job.jobFile.empty() && !Scan(job, burst)) return false;
   job.solverType = request.kind.value_or(job.solverType);
   ApplyDeckMemory(job, settings);

@@ -110,6 +110,8 @@ class JobList : public PTWrapper {
   }
 
   bool SetRestartFile(JobId job, const std::string& path);  // of the job alone
+  // LS-DYNA jobs that are Queued: DynaFields::outputName.
+  bool SetOutputName(JobId job, const std::string& name);
 
   // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
   // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.

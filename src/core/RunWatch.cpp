@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "jobs/OutputPrefix.h"
+
 namespace {
 
 RunFiles::Kind KindOf(SolverKind kind) {
@@ -28,7 +30,8 @@ WatchedRun WatchedFrom(JobId job, const RunRecord& run) {
           .jobFile = run.jobFile,
           .filesBefore = run.filesBefore,
           .process = run.process,
-          .cpus = run.cpus};
+          .cpus = run.cpus,
+          .prefix = OutputPrefix(run.solver, run.outputName, run.extraOptions)};
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 
+#include "jobs/OutputPrefix.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
 #include "util/signals/Mutex.h"
@@ -18,6 +19,7 @@ constexpr char kFile[] = "d3kil";
 struct Asked {
   SwitchRun run = SwitchRun::kNone;
   JobId job = JobId::kNone;
+  std::string file;                         // where the switch lies
   bool hasEnded = false;                    // under the lock of all
   Mutex writing;                            // the folder's file: others do not wait for its disk
   std::string text KR_GUARDED_BY(writing);  // may lie there still
@@ -70,9 +72,9 @@ bool IsOurs(const std::string& text) {
   return text.size() == 3 && text.starts_with("sw") && text[2] >= '1' && text[2] <= '4';
 }
 
-void TakeBack(const std::string& folder, Asked& asked) KR_REQUIRES(asked.writing) {
-  const std::string path = SwitchFileIn(folder);
-  if (!asked.text.empty() && ContentOf(path) == asked.text) FileDirWrapper::RemoveFile(path);
+void TakeBack(Asked& asked) KR_REQUIRES(asked.writing) {
+  if (!asked.text.empty() && ContentOf(asked.file) == asked.text)
+    FileDirWrapper::RemoveFile(asked.file);
   asked.text.clear();
 }
 
@@ -86,18 +88,19 @@ const JobFile& Runner(const JobFile& job) {
 
 }  // namespace
 
-std::string SwitchFileIn(const std::string& folder) {
-  return FileDirWrapper::Join(folder, kFile);
+std::string SwitchFileIn(const std::string& folder, const std::string& prefix) {
+  return FileDirWrapper::Join(folder, prefix + kFile);
 }
 
-void BeginSwitches(const std::string& folder, JobId job, bool isNew) {
+void BeginSwitches(const std::string& folder, JobId job, bool isNew, const std::string& prefix) {
   const auto asked = std::make_shared<Asked>();
   if (!isNew && SwitchRunOf(folder, job) != SwitchRun::kNone) return;  // it was new before
-  const std::string left = ContentOf(SwitchFileIn(folder));
+  asked->file = SwitchFileIn(folder, prefix);
+  const std::string left = ContentOf(asked->file);
   if (IsOurs(left)) {
     const MutexLock lock(asked->writing);
     asked->text = left;  // of this very run, when it is not new
-    if (isNew) TakeBack(folder, *asked);
+    if (isNew) TakeBack(*asked);
   }
   const MutexLock lock(All().mutex);
   asked->run = static_cast<SwitchRun>(++All().last);
@@ -116,7 +119,7 @@ void EndSwitches(const std::string& folder) {
     All().runs.erase(folder);
   }
   const MutexLock lock(asked->writing);
-  TakeBack(folder, *asked);
+  TakeBack(*asked);
 }
 
 SwitchRun SwitchRunOf(const std::string& folder, JobId job) {
@@ -130,14 +133,14 @@ bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, doub
   const MutexLock lock(asked->writing);
   if (HasEnded(*asked)) return false;
   asked->text = TextOf(what, endTime);
-  return FileDirWrapper::WriteOutputFile(SwitchFileIn(folder), asked->text);
+  return FileDirWrapper::WriteOutputFile(asked->file, asked->text);
 }
 
 void WithdrawSwitch(const std::string& folder, SwitchRun run) {
   const std::shared_ptr<Asked> asked = RunIn(folder);
   if (!asked || asked->run != run) return;
   const MutexLock lock(asked->writing);
-  TakeBack(folder, *asked);
+  TakeBack(*asked);
 }
 
 StopRequest SolverToStop(JobGroupManager& manager) {
@@ -147,6 +150,7 @@ StopRequest SolverToStop(JobGroupManager& manager) {
     const JobFile& runner = Runner(job);
     if (runner.jobFile.empty()) request.answer = SenseSwitch::kBadJob;
     request.folder = runner.Folder();
+    request.prefix = OutputPrefix(runner);
     request.run = SwitchRunOf(request.folder, job.id);
   };
   if (!group || !group->ReadActiveJob(read)) request.answer = SenseSwitch::kNoJob;
@@ -155,8 +159,11 @@ StopRequest SolverToStop(JobGroupManager& manager) {
 
 SenseSwitch AskSolverToStop(const StopRequest& request) {
   if (request.answer != SenseSwitch::kAsked) return request.answer;
-  const std::string file = FileDirWrapper::Join(request.folder, kSwitchFile);
-  if (request.folder.empty() || !FileDirWrapper::FileExists(file)) return SenseSwitch::kNoSwitch;
+  const auto isThere = [&](const std::string& prefix) {
+    return FileDirWrapper::FileExists(FileDirWrapper::Join(request.folder, prefix + kSwitchFile));
+  };
+  if (request.folder.empty() || (!isThere("") && !isThere(request.prefix)))
+    return SenseSwitch::kNoSwitch;
   const bool asked = AskSolver(request.folder, request.run, SolverSwitch::kStop);
   return asked ? SenseSwitch::kAsked : SenseSwitch::kFailed;
 }
@@ -172,7 +179,8 @@ void ReportStop(const StopRequest& request, SenseSwitch answer, AppLog& log) {
           Message(MessageId::kNoSenseSwitch,
                   request.folder.empty() ? "" : FileDirWrapper::Join(request.folder, kSwitchFile)));
     case SenseSwitch::kFailed:
-      return log.Report(Message(MessageId::kFileNotWritten, SwitchFileIn(request.folder)));
+      return log.Report(
+          Message(MessageId::kFileNotWritten, SwitchFileIn(request.folder, request.prefix)));
     case SenseSwitch::kAsked:
       break;
   }

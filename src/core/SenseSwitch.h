@@ -23,8 +23,10 @@ enum class SwitchRun : std::uint64_t { kNone = 0 };
 // Around each run of a solver in a folder. Before it starts (`isNew`) a switch that this program
 // has left there, in an earlier session even, is removed: the solver would obey it. After the end
 // nothing is written for the run any more, and what no solver has taken is taken back; what others
-// have written stays.
-void BeginSwitches(const std::string& folder, JobId job, bool isNew);
+// have written stays. The prefix is that of the job's files (jobs/OutputPrefix.h): its solver looks
+// for "NAME.d3kil".
+void BeginSwitches(const std::string& folder, JobId job, bool isNew,
+                   const std::string& prefix = {});
 void EndSwitches(const std::string& folder);
 
 // The job's run that goes on in this folder; kNone when there is none. Touches no disk.
@@ -39,7 +41,7 @@ bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, doub
 void WithdrawSwitch(const std::string& folder, SwitchRun run);
 
 // Where the switch lies.
-std::string SwitchFileIn(const std::string& folder);
+std::string SwitchFileIn(const std::string& folder, const std::string& prefix = {});
 
 enum class SenseSwitch {
   kNoJob,     // "Not find running job, stop running job failed"
@@ -54,6 +56,7 @@ enum class SenseSwitch {
 struct StopRequest {
   SenseSwitch answer = SenseSwitch::kAsked;  // already known, when it is another one
   std::string folder;
+  std::string prefix = {};  // of the job's files
   SwitchRun run = SwitchRun::kNone;
 };
 // Touches no disk.

@@ -6,6 +6,7 @@
 
 #include "jobs/HostLine.h"
 #include "jobs/JobFile.h"
+#include "jobs/OutputPrefix.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 #include "util/text/StrWrapper.h"
@@ -78,6 +79,8 @@ std::string SharedMemoryArguments(const JobFileDyna& job, const Settings& settin
   if (job.useSFile) text += " s=" + ShortQuotedPath(settings.force);
   if (!settings.output_dump || !job.dump) text += " d=nodump";
   if (job.caseRun) text += " CASE";
+  const bool isNamed = !job.outputName.empty() && TakesJobId(job.solverType);
+  if (isNamed && TypedJobId(job.extraOptions).empty()) text += " jobid=" + job.outputName;
   if (!job.extraOptions.empty()) text += ' ' + job.extraOptions;
   DropFirst(text);
   return text;

@@ -93,6 +93,9 @@ struct JobRunContext {
   PTWrapperConsole console;
   MessageSink report;  // for the application log
   MessageSink note;    // for what is no fault; may be null
+  // What stands in front of the files of other jobs of the queue (OutputPrefix): none of them is
+  // touched, nor taken for one of this job's.
+  std::vector<std::string> otherPrefixes = {};
   // Called when the solver's process is about to be created from `start`, whose token it will have;
   // may be null.
   std::function<void(const JobFile& job, const PTWrapperProcessStart& start)> starting;
@@ -126,6 +129,9 @@ struct DynaFields {
   bool caseRun = false;   // the deck has cases
   bool dump = true;       // false: run with d=nodump whatever the settings say
   bool keepDeck = false;  // constraints act in all stages: the deck is not rewritten
+  // The solver's jobid=, to keep the results apart from those of other decks in the folder
+  // (jobs/OutputPrefix.h); empty: none.
+  std::string outputName;
 
   // From the deck.
   std::uint64_t deckMemory = 0;  // megabytes on the KEYWORD card; 0: none

@@ -21,7 +21,8 @@ struct JobRequest {
   std::string restartFile;  // the "r" value
   std::string jobFile;      // the deck when there is no inputFile
   std::string extraOptions = {};
-  int groupId = 0;  // 0: the group that is current when the request is added
+  std::string outputName = {};  // DynaFields::outputName
+  int groupId = 0;              // 0: the group that is current when the request is added
   // The deck becomes the last stage of this job instead of a job of its own.
   JobId stageOf = JobId::kNone;
 

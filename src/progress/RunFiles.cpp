@@ -9,6 +9,7 @@
 
 #include "jobs/DeckScan.h"
 #include "jobs/JobArguments.h"
+#include "jobs/OutputPrefix.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -66,17 +67,19 @@ std::string ExistingBeside(const std::string& file, const std::string& name) {
   return FileDirWrapper::FileExists(path) && !FileDirWrapper::IsFolder(path) ? path : std::string();
 }
 
+// `isNamed`: the run has a prefix of its own; what has none is of another one.
 void FindBeside(const std::string& prefix, const std::function<bool(const std::string&)>& isOld,
-                RunFiles& files, const std::string& anyFile) {
+                bool isNamed, RunFiles& files, const std::string& anyFile) {
   files.glstat = ExistingBeside(anyFile, prefix + "glstat");
   files.status = ExistingBeside(anyFile, prefix + kStatus);
-  if (files.status.empty()) files.status = ExistingBeside(anyFile, kStatus);
+  if (files.status.empty() && !isNamed) files.status = ExistingBeside(anyFile, kStatus);
   for (std::string* file : {&files.glstat, &files.status}) {
     if (isOld && !file->empty() && isOld(*file)) file->clear();
   }
 }
 
-RunFiles OfFolder(const std::string& folder, const std::function<bool(const std::string&)>& isOld) {
+RunFiles OfFolder(const std::string& folder, const std::function<bool(const std::string&)>& isOld,
+                  const std::string& jobPrefix) {
   std::vector<std::string> entries;
   std::vector<std::string> folders;
   FileDirWrapper::ListDir(folder, entries, folders, false);
@@ -84,7 +87,8 @@ RunFiles OfFolder(const std::string& folder, const std::function<bool(const std:
   std::int64_t newest = 0;
   for (const std::string& file : entries) {
     const RunFiles::Kind kind = KindOf(file);
-    if (kind == RunFiles::Kind::kNone || (isOld && isOld(file))) continue;
+    if (kind == RunFiles::Kind::kNone || !HasPrefix(NameOf(file), jobPrefix)) continue;
+    if (isOld && isOld(file)) continue;
     const bool isKeyword = kind == RunFiles::Kind::kKeyword;
     const bool hasKeyword = found.kind == RunFiles::Kind::kKeyword;
     const std::int64_t written = FileDirWrapper::WriteTime(file);
@@ -110,7 +114,7 @@ RunFiles OfFile(const std::string& path) {
       }
     }
     files.kind = RunFiles::Kind::kKeyword;
-    FindBeside(prefix, {}, files, path);
+    FindBeside(prefix, {}, false, files, path);
     return files;
   }
   files.output = path;
@@ -126,24 +130,26 @@ RunFiles OfFile(const std::string& path) {
 
 }  // namespace
 
-RunFiles FindRunFiles(const std::string& path,
-                      const std::function<bool(const std::string&)>& isOld) {
+RunFiles FindRunFiles(const std::string& path, const std::function<bool(const std::string&)>& isOld,
+                      const std::string& prefix) {
   const bool isFolder = FileDirWrapper::IsFolder(path);
-  RunFiles files = isFolder ? OfFolder(path, isOld) : OfFile(path);
+  const bool isNamed = !prefix.empty();
+  RunFiles files = isFolder ? OfFolder(path, isOld, prefix) : OfFile(path);
   if (files.kind == RunFiles::Kind::kNone && isFolder) {
     // A run of which only its states are there.
-    FindBeside("", isOld, files, FileDirWrapper::Join(path, "glstat"));
+    FindBeside(prefix, isOld, isNamed, files, FileDirWrapper::Join(path, "glstat"));
     if (!files.glstat.empty() || !files.status.empty()) files.kind = RunFiles::Kind::kKeyword;
   } else if (files.kind == RunFiles::Kind::kKeyword && !files.output.empty()) {
-    const std::optional<std::string> prefix = MessagePrefix(NameOf(files.output));
-    if (prefix) FindBeside(*prefix, isOld, files, files.output);
+    const std::optional<std::string> found = MessagePrefix(NameOf(files.output));
+    if (found) FindBeside(*found, isOld, isNamed, files, files.output);
   }
   return files;
 }
 
 std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
-                                    const std::function<bool(const std::string&)>& isOld) {
-  std::vector<RunFiles> found = {FindRunFiles(path, isOld)};
+                                    const std::function<bool(const std::string&)>& isOld,
+                                    const std::string& jobPrefix) {
+  std::vector<RunFiles> found = {FindRunFiles(path, isOld, jobPrefix)};
   const std::string newest = found.front().output;
   const std::optional<std::string> prefix = MessagePrefix(NameOf(newest));
   if (found.front().kind != RunFiles::Kind::kKeyword || newest.empty() || !prefix) return found;
@@ -156,7 +162,8 @@ std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
   FileDirWrapper::ListDir(FolderBeside(newest), entries, folders, false);
   for (const std::string& file : entries) {
     const std::optional<std::string> other = MessagePrefix(NameOf(file));
-    if (!other || *other == *prefix || (isOld && isOld(file))) continue;
+    if (!other || *other == *prefix || !HasPrefix(*other, jobPrefix)) continue;
+    if (isOld && isOld(file)) continue;
     if (by == CasesBy::kName && FormOfCase(*other) != form) continue;
     std::string& known = others[*other];
     if (known.empty() || FileDirWrapper::WriteTime(file) > FileDirWrapper::WriteTime(known))
@@ -166,7 +173,7 @@ std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
     RunFiles files;
     files.kind = RunFiles::Kind::kKeyword;
     files.output = file;
-    FindBeside(name, isOld, files, file);
+    FindBeside(name, isOld, !jobPrefix.empty(), files, file);
     found.insert(found.end() - 1, std::move(files));
   }
   return found;

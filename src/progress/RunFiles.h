@@ -22,9 +22,10 @@ struct RunFiles {
 // job's "NAME.messag", a kept "messag.krb"), without one the text output of INC or Vorel that was
 // written last, and what lies beside it under the same name. Of a file: the same for its run; a
 // file under another name is taken for a message file. `isOld` keeps files out that the run did not
-// write.
+// write; with a prefix (jobs/OutputPrefix.h) only files with it count.
 RunFiles FindRunFiles(const std::string& path,
-                      const std::function<bool(const std::string& file)>& isOld = {});
+                      const std::function<bool(const std::string& file)>& isOld = {},
+                      const std::string& prefix = {});
 
 // The same with the earlier cases of its deck, each of which has files of its own: the newest case
 // last, at least one. By their names alone those are cases that differ from the newest in the
@@ -32,7 +33,8 @@ RunFiles FindRunFiles(const std::string& path,
 // old.
 enum class CasesBy { kName, kAll };
 std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
-                                    const std::function<bool(const std::string& file)>& isOld = {});
+                                    const std::function<bool(const std::string& file)>& isOld = {},
+                                    const std::string& jobPrefix = {});
 
 // The number of the case whose message file this is; 0 when its name tells none.
 int CaseNumberOf(const std::string& messageFile);

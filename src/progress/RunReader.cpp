@@ -182,7 +182,7 @@ class Reading {
   void FindFiles() {
     if (run_.path.empty()) return;
     const auto isOld = [this](const std::string& file) { return IsOld(file); };
-    std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld);
+    std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld, run_.prefix);
     std::string& newest = found.back().output;
     if (!newest.empty() && (!FileDirWrapper::FileExists(newest) || IsOld(newest))) newest.clear();
     const RunCases::Began began = cases_.TakeFiles(found);

@@ -23,6 +23,7 @@ struct RunToRead {
   std::int64_t until = 0;       // what was written after it too; 0: nobody has
   bool mayGrow = true;          // somebody may still write
   bool isRunning = false;       // somebody writes
+  std::string prefix = {};      // of the names of its files, jobs/OutputPrefix.h
   std::string switchFile = {};  // looked for at each look; empty: none
   bool operator==(const RunToRead&) const = default;
 };

@@ -20,7 +20,7 @@
 namespace {
 
 constexpr std::size_t kMostEnded = 1000;
-constexpr int kLooksBetweenSearches = 5;  // for files that are not there yet
+constexpr int kLooksBetweenSearches = 5;      // for files that are not there yet
 constexpr std::chrono::seconds kFarewell{1};  // for threads that are about to end
 
 // What costs more than the news of a run is asked for less often, and the rarer the longer it
@@ -134,9 +134,9 @@ class RunWatcher::Watch {
     const bool isWhole = !known.output.empty() && !known.glstat.empty() && !known.status.empty();
     const bool isKeyword = run.kind == RunFiles::Kind::kKeyword;
     if (isWhole && !isLast_ && !(isKeyword && cases_.MayBeFollowed())) return;
-    const RunCases::Began began =
-        cases_.TakeFiles(FindCaseFiles(isKeyword ? run.folder : run.jobFile, CasesBy::kAll,
-                                       [this](const std::string& file) { return IsOld(file); }));
+    const RunCases::Began began = cases_.TakeFiles(FindCaseFiles(
+        isKeyword ? run.folder : run.jobFile, CasesBy::kAll,
+        [this](const std::string& file) { return IsOld(file); }, run.prefix));
     if (began != RunCases::Began::kNothing) health_.BeginCase();
   }
 

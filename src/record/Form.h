@@ -156,6 +156,7 @@ void ForEachField(Fields& job, Visit visit) {
   visit("case", job.caseRun);
   visit("dump", job.dump);
   visit("keep", job.keepDeck);
+  visit("jobid", job.outputName);
   visit("deckMemory", job.deckMemory);
   visit("recommended", job.hasRecommendedSolver);
   visit("saysFirst", job.hasFirstStage);
@@ -179,6 +180,7 @@ void ForEachField(Fields& request, Visit visit) {
   visit("restart", request.restartFile);
   visit("file", request.jobFile);
   visit("options", request.extraOptions);
+  visit("jobid", request.outputName);
   visit("group", request.groupId);
   visit("stageOf", request.stageOf);
 }
@@ -200,6 +202,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("ncpu", run.ncpu);
   visit("pause", run.pause);
   visit("sfile", run.useSFile);
+  visit("jobid", run.outputName);
   visit("dump", run.dump);
   visit("machine", run.machine);
   visit("process", run.process.id);

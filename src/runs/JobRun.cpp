@@ -251,8 +251,7 @@ class JobRun {
       FileDirWrapper::ListDir(stage.Folder(), files, folders, false);
       stage.folderBefore.Take(files);
     }
-    stage.dumpsBefore =
-        record_->dumpsBefore ? *record_->dumpsBefore : NewestDumpTime(stage.Folder());
+    stage.dumpsBefore = record_->dumpsBefore ? *record_->dumpsBefore : NewestDumpTime(stage);
     record_->process = ProcessOf(*record_);
     earlier_->runs = stage.process.Open(record_->process, record_->token);
     if (!earlier_->runs) return;

@@ -37,6 +37,7 @@ struct RunRecord : RunResult {
   int pause = 0;  // seconds
   bool useSFile = false;
   bool dump = true;
+  std::string outputName;   // DynaFields::outputName
   std::string machine;      // MachineName() of where it runs
   ProcessIdentity process;  // its mark is ASCII; id 0: not known yet
   std::string token;        // PTWrapperProcess::Token(); ASCII
@@ -68,6 +69,7 @@ inline JobRequest RequestToRunAgain(const RunRecord& run) {
   request.restartFile = run.restartFile;
   request.jobFile = run.jobFile;
   request.extraOptions = run.extraOptions;
+  request.outputName = run.outputName;
   return request;
 }
 

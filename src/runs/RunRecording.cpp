@@ -99,6 +99,7 @@ RunRecord RecordOfStart(const JobFile& stage, int index, const PTWrapperProcessS
   if (const auto* const dyna = dynamic_cast<const JobFileDyna*>(&stage)) {
     record.useSFile = dyna->useSFile;
     record.dump = dyna->dump;
+    record.outputName = dyna->outputName;
   }
   record.machine = MachineName();
   record.token = start.token;

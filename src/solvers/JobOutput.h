@@ -15,6 +15,7 @@ struct JobOutput {
   Message lastWords;
   int stoppedAt = kNotStopped;
   Failure failure = {};
+  std::string prefix = {};  // of the names of its files, jobs/OutputPrefix.h
 };
 
 // With the job's list locked.

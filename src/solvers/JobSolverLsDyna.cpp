@@ -1,6 +1,7 @@
 #include "solvers/JobSolverLsDyna.h"
 
 #include "jobs/JobArguments.h"
+#include "jobs/OutputPrefix.h"
 #include "solvers/DeckPreparation.h"
 #include "solvers/MessageFiles.h"
 #include "solvers/RestartDump.h"
@@ -15,7 +16,7 @@ void RemoveOldOutput(const JobFileDyna& job) {
   RemoveMessageFiles(job);
   // An earlier request to stop would end the new run.
   if (job.run->settings.use_mpp) {
-    RemoveOldFile(job, FileDirWrapper::Join(job.Folder(), "d3kil"),
+    RemoveOldFile(job, FileDirWrapper::Join(job.Folder(), OutputPrefix(job) + "d3kil"),
                   MessageId::kOldMessageFileStays);
   }
 }
@@ -74,7 +75,7 @@ bool JobSolverLsDyna::Start(JobFile& job) {
   Prepare(*DynaOf(job));
   PTWrapperProcessStart start;
   if (job.abort || !Describe(job, start)) return false;
-  job.dumpsBefore = NewestDumpTime(job.Folder());
+  job.dumpsBefore = NewestDumpTime(job);
   return StartProcess(job, start, MessageAndKeptFiles(job));
 }
 

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <vector>
 
+#include "jobs/OutputPrefix.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/ConsoleLines.h"
@@ -72,7 +73,9 @@ std::string PrintedLast(const JobFile& job) {
 }  // namespace
 
 std::string ConsoleFileOf(const JobFile& job) {
-  return job.MainFile() + ".console.txt";
+  const std::string prefix = OutputPrefix(job);
+  return prefix.empty() ? job.MainFile() + ".console.txt"
+                        : FileDirWrapper::Join(job.Folder(), prefix + "console.txt");
 }
 
 Message ExitWords(int exitCode) {

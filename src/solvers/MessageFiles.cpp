@@ -6,12 +6,16 @@
 #include <string_view>
 #include <vector>
 
+#include "jobs/OutputPrefix.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/InputFile.h"
 #include "util/files/LineBlocks.h"
 #include "util/text/PlainText.h"
 
 namespace {
+
+constexpr std::size_t kHeadBytes = 64 * 1024;
 
 const auto NameOf = &FileDirWrapper::NameOf;
 
@@ -39,13 +43,17 @@ bool IsInput(const JobFile& job, const std::string& file) {
                      [&](const std::string& path) { return name == NameOf(path); });
 }
 
-// Files whose name holds `part`, in that order.
-std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view part) {
+// Files that the job's solver may call so whose name holds `part` behind the job's prefix, in that
+// order.
+std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view prefix,
+                                       std::string_view part) {
   std::vector<std::string> files;
   std::vector<std::string> folders;
   FileDirWrapper::ListDir(job.Folder(), files, folders, false);
   std::erase_if(files, [&](const std::string& file) {
-    return !Holds(NameOf(file), part) || IsInput(job, file);
+    const std::string name = NameOf(file);
+    return !IsOutputName(job, name, prefix) ||
+           !Holds(std::string_view(name).substr(prefix.size()), part) || IsInput(job, file);
   });
   std::sort(files.begin(), files.end(), ComesBeforeByNumbers);
   return files;
@@ -77,15 +85,60 @@ void KeepFirstOfEachCase(std::vector<std::string>& files) {
   std::erase_if(files, [&](const std::string& file) { return !cases.insert(CaseOf(file)).second; });
 }
 
-}  // namespace
+// The head of the file says that its solver was given the name it is called by, and not this
+// prefix's: of a job that may have left the queue.
+bool IsOfOtherName(const std::string& file, std::string_view prefix) {
+  const std::string before = CaseOf(file);
+  if (!before.ends_with('.') || before == prefix) return false;
+  InputFile opened;
+  std::string head(kHeadBytes, '\0');
+  if (!opened.Open(file)) return false;
+  head.resize(static_cast<std::size_t>(
+      std::max<std::ptrdiff_t>(opened.ReadAt(0, head.data(), head.size()), 0)));
+  const std::string said = "jobid=" + before.substr(0, before.size() - 1);
+  for (std::size_t at = 0; at < head.size();) {
+    const std::string_view line = Trimmed(TakeLine(head, at));
+    if (SameButForCase(line, said) || EndsInAnyCase(line, ' ' + said)) return true;
+  }
+  return false;
+}
 
-std::vector<std::string> MessageAndKeptFiles(const JobFile& job) {
-  std::vector<std::string> files = FilesInFolder(job, "mes");
-  std::erase_if(files, [](const std::string& file) {
-    const std::string name = NameOf(file);
+std::vector<std::string> MessageAndKeptFiles(const JobFile& job, std::string_view prefix) {
+  std::vector<std::string> files = FilesInFolder(job, prefix, "mes");
+  std::erase_if(files, [&](const std::string& file) {
+    const std::string name = NameOf(file).substr(prefix.size());
     return !Holds(name, "mes0") && !Holds(name, "messag");
   });
   return files;
+}
+
+std::vector<std::string> WrittenMessageFiles(const JobFile& job, std::string_view prefix) {
+  std::vector<std::string> written = MessageAndKeptFiles(job, prefix);
+  std::erase_if(written, [&](const std::string& file) {
+    return IsKept(file) || job.folderBefore.HoldsUnchanged(file);
+  });
+  // Where one has the name of a message file, what only holds the word is something else.
+  if (std::any_of(written.begin(), written.end(), IsNamedAsOne)) {
+    std::erase_if(written, [](const std::string& file) { return !IsNamedAsOne(file); });
+  } else {
+    KeepFirstOfEachCase(written);
+  }
+  return written;
+}
+
+}  // namespace
+
+bool IsOutputName(const JobFile& job, std::string_view name, std::string_view prefix) {
+  if (!HasPrefix(name, prefix)) return false;
+  if (job.run == nullptr) return true;
+  const std::vector<std::string>& others = job.run->otherPrefixes;
+  return std::none_of(others.begin(), others.end(), [&](const std::string& other) {
+    return other.size() > prefix.size() && HasPrefix(name, other);
+  });
+}
+
+std::vector<std::string> MessageAndKeptFiles(const JobFile& job) {
+  return MessageAndKeptFiles(job, OutputPrefix(job));
 }
 
 std::string KeptName(const std::string& messageFile) {
@@ -100,20 +153,17 @@ std::vector<std::string> AllMessageFiles(const JobFile& job) {
 
 std::string CaseOf(const std::string& messageFile) {
   const std::string name = NameOf(messageFile);
+  if (IsNamedAsOne(messageFile)) return name.substr(0, name.rfind('.') + 1);
   return name.substr(0, std::min(name.find("mes0"), name.find("messag")));
 }
 
 std::vector<std::string> WrittenMessageFiles(const JobFile& job) {
-  std::vector<std::string> written = AllMessageFiles(job);
-  std::erase_if(written,
-                [&](const std::string& file) { return job.folderBefore.HoldsUnchanged(file); });
-  // Where one has the name of a message file, what only holds the word is something else.
-  if (std::any_of(written.begin(), written.end(), IsNamedAsOne)) {
-    std::erase_if(written, [](const std::string& file) { return !IsNamedAsOne(file); });
-  } else {
-    KeepFirstOfEachCase(written);
-  }
-  return written;
+  const std::string prefix = OutputPrefix(job);
+  std::vector<std::string> written = WrittenMessageFiles(job, prefix);
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  const bool hasCases = dyna != nullptr && dyna->caseRun;
+  // Some solvers call the files of a case by the case alone.
+  return written.empty() && hasCases && !prefix.empty() ? WrittenMessageFiles(job, "") : written;
 }
 
 std::vector<std::string> CaseMessageFiles(const JobFile& job) {
@@ -128,8 +178,10 @@ std::string FindMessageFile(const JobFile& job, const std::string& name) {
 }
 
 void RemoveMessageFiles(const JobFile& job) {
+  const std::string prefix = OutputPrefix(job);
   for (const std::string& file : AllMessageFiles(job)) {
-    if (!HasOtherEnding(file)) RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
+    if (HasOtherEnding(file) || IsOfOtherName(file, prefix)) continue;
+    RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
   }
 }
 
@@ -143,7 +195,7 @@ void TakeBackMessageFiles(const JobFile& job) {
 }
 
 void RemoveAdaptDumps(const JobFile& job) {
-  for (const std::string& file : FilesInFolder(job, ".adaptdmp")) {
+  for (const std::string& file : FilesInFolder(job, OutputPrefix(job), ".adaptdmp")) {
     if (!FileDirWrapper::RemoveFile(file)) {
       Report(job, Message(MessageId::kAdaptDumpStays, file));
     }

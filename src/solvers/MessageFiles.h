@@ -3,6 +3,7 @@
 #define KR_SOLVERS_MESSAGEFILES_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "jobs/JobFile.h"
@@ -13,6 +14,10 @@
 // folder before and nobody has written since is none of them, nor are kept copies (".krb") and
 // files that the user may have made, whatever they are called: decks, the job's own files, and what
 // is made of their names.
+//
+// Of a job whose results have a prefix (jobs/OutputPrefix.h) those with it: "NAME.messag",
+// "NAME.CASE2.messag". A deck with cases whose solver wrote none of these is taken to call them by
+// the case alone. What begins with the prefix of another job of the queue is never one.
 std::vector<std::string> CaseMessageFiles(const JobFile& job);
 
 // The same with the files of all ranks, those of a case side by side and the first rank's first.
@@ -26,6 +31,10 @@ std::vector<std::string> AllMessageFiles(const JobFile& job);
 
 // The same with the kept copies.
 std::vector<std::string> MessageAndKeptFiles(const JobFile& job);
+
+// Whether a file of this name may be one that the job's solver wrote: it begins with the prefix,
+// and not with that of another job.
+bool IsOutputName(const JobFile& job, std::string_view name, std::string_view prefix);
 
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);

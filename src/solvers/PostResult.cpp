@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "jobs/JobArguments.h"
+#include "jobs/OutputPrefix.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -14,6 +15,7 @@ void Take(const JobFile& job, PostSource& source) {
   source.jobFile = job.jobFile;
   source.folder = job.Folder();
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
+  source.prefix = OutputPrefix(job);
   source.simulationType = dyna ? Upper(dyna->simulationType) : std::string();
   source.deckIdentifier = dyna && dyna->deckIdentifierFlag == 1 ? dyna->deckIdentifier : "";
 }
@@ -51,6 +53,10 @@ std::vector<std::string> DeckResults(const PostSource& source) {
   const std::string base = PathWithoutExtension(source.jobFile);
   std::vector<std::string> paths;
   for (const std::string& kind : DynaKinds(source.simulationType)) {
+    if (!source.prefix.empty()) {
+      paths.push_back(FileDirWrapper::Join(source.folder, source.prefix + kind));
+      continue;
+    }
     if (!source.deckIdentifier.empty())
       paths.push_back(FileDirWrapper::Join(source.folder, source.deckIdentifier + "." + kind));
     paths.push_back(FileDirWrapper::Join(source.folder, kind));

@@ -14,6 +14,7 @@ struct PostSource {
   std::string jobFile;
   std::string folder;
   std::string simulationType;
+  std::string prefix;          // jobs/OutputPrefix.h
   std::string deckIdentifier;  // in front of the names of the deck's output files; may be empty
 };
 

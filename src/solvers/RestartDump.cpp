@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "jobs/OutputPrefix.h"
 #include "solvers/MessageFiles.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
@@ -59,19 +60,22 @@ std::uint64_t SizeOf(const std::string& path) {
   return file.Open(path) ? file.Size() : 0;
 }
 
-std::vector<std::string> DumpFilesIn(const std::string& folder) {
+std::vector<std::string> DumpFilesOf(const JobFile& job) {
+  const std::string prefix = OutputPrefix(job);
   std::vector<std::string> files;
   std::vector<std::string> folders;
-  FileDirWrapper::ListDir(folder, files, folders, false);
-  std::erase_if(files,
-                [](const std::string& file) { return !IsDumpName(NameOf(WithoutRank(file))); });
+  FileDirWrapper::ListDir(job.Folder(), files, folders, false);
+  std::erase_if(files, [&](const std::string& file) {
+    const std::string name = NameOf(WithoutRank(file));
+    return !IsDumpName(name) || !IsOutputName(job, name, prefix);
+  });
   return files;
 }
 
-// Those that were written after the moment, the newest first.
-std::vector<Dump> NewDumps(const std::string& folder, std::int64_t before) {
+// Those that were written since its run began, the newest first.
+std::vector<Dump> NewDumps(const JobFile& job) {
   std::map<std::string, Dump> found;
-  for (const std::string& file : DumpFilesIn(folder)) {
+  for (const std::string& file : DumpFilesOf(job)) {
     const std::string path = WithoutRank(file);
     const std::int64_t written = FileDirWrapper::WriteTime(file);
     const std::uint64_t size = SizeOf(file);
@@ -83,7 +87,7 @@ std::vector<Dump> NewDumps(const std::string& folder, std::int64_t before) {
       dump.highestRank = std::max(dump.highestRank, std::atoi(rank.c_str()));
     }
     dump.bytes += size;
-    dump.isNew = dump.isNew && written > before;
+    dump.isNew = dump.isNew && written > job.dumpsBefore;
     dump.hasEmpty = dump.hasEmpty || size == 0;
     dump.written = std::max(dump.written, written);
   }
@@ -137,9 +141,9 @@ std::string WithoutRank(const std::string& path) {
   return path.substr(0, path.size() - RankLength(NameOf(path)));
 }
 
-std::int64_t NewestDumpTime(const std::string& folder) {
+std::int64_t NewestDumpTime(const JobFile& job) {
   std::int64_t newest = 0;
-  for (const std::string& file : DumpFilesIn(folder)) {
+  for (const std::string& file : DumpFilesOf(job)) {
     newest = std::max(newest, FileDirWrapper::WriteTime(file));
   }
   return newest;
@@ -151,7 +155,7 @@ std::string DumpToGoOnFrom(const JobFile& job, JobStatus verdict) {
   const bool takesDumps = kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble;
   if (!takesDumps || dyna == nullptr || dyna->caseRun) return {};
   if (verdict != JobStatus::kAborted && !WasStoppedBySwitch(job.MessageFile())) return {};
-  const std::vector<Dump> dumps = NewDumps(job.Folder(), job.dumpsBefore);
+  const std::vector<Dump> dumps = NewDumps(job);
   const int ranks = RanksOf(job);
   for (std::size_t i = 0; i < dumps.size(); ++i) {
     const bool isLong = i + 1 == dumps.size() || dumps[i].bytes >= dumps[i + 1].bytes;

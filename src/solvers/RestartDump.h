@@ -16,8 +16,9 @@ bool RestartFileExists(const std::string& path);
 // The path as the solver is told it. What is not a rank's file of a dump stays as it is.
 std::string WithoutRank(const std::string& path);
 
-// FileDirWrapper::WriteTime of the newest dump in the folder; 0: there is none. Lists the folder.
-std::int64_t NewestDumpTime(const std::string& folder);
+// FileDirWrapper::WriteTime of the newest dump that lies in the job's folder under its prefix
+// (jobs/OutputPrefix.h); 0: there is none. Lists the folder.
+std::int64_t NewestDumpTime(const JobFile& job);
 
 // The newest dump that the run has written and that seems whole, for a run that was Aborted, or was
 // stopped by a sense switch; empty when there is none, or for a deck with cases, of which a dump

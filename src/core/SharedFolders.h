@@ -1,0 +1,33 @@
+// Jobs of the queue that share a folder: whose results would be written over each other's, and
+// keeping them apart by names of their own (jobs/OutputPrefix.h). Any thread.
+#ifndef KR_CORE_SHAREDFOLDERS_H
+#define KR_CORE_SHAREDFOLDERS_H
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "core/JobGroupManager.h"
+
+struct SharedResults {
+  int jobs = 0;                      // that write over each other's results
+  std::vector<std::string> folders;  // where
+  std::vector<JobId> separable;      // those of them that can still be kept apart
+};
+
+// Of the folders in which one of these jobs lies. Jobs that run decks and have no name for their
+// results write over each other's; kept apart can be queued LS-DYNA jobs, but no restarts, which go
+// on with the files of another run, and no jobs with stages, which read what the one before wrote.
+SharedResults FindSharedResults(const JobGroupManager& manager, const std::set<JobId>& jobs);
+
+// Gives each of them a name for its results that no other job in its folder has. How many took it:
+// one that has begun to run meanwhile does not.
+int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs);
+
+// Whether it is queued and of those that can be kept apart, or is kept so already.
+bool CanKeepApart(const JobFile& job);
+
+// The prefixes of the files of all other jobs in this one's folders.
+std::vector<std::string> PrefixesBeside(const JobGroupManager& manager, const JobFile& job);
+
+#endif

@@ -1,0 +1,89 @@
+#include "jobs/OutputPrefix.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "util/files/FileDirWrapper.h"
+#include "util/text/PlainText.h"
+#include "util/text/StrWrapper.h"
+
+namespace {
+
+constexpr std::size_t kLongestName = 72;
+
+bool IsNameCharacter(char c) {
+  return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '-';
+}
+
+// A dot would read as the end of the name; what is no ASCII may come out differently in each
+// program. A row of such characters becomes one "_".
+std::string Cleaned(const std::string& name) {
+  std::string clean;
+  for (const char c : name) {
+    if (IsNameCharacter(c)) {
+      clean += c;
+    } else if (clean.empty() || clean.back() != '_' || c == '_') {
+      clean += '_';
+    }
+  }
+  const bool saysNothing = clean.find_first_not_of('_') == std::string::npos;
+  return saysNothing ? "job" + clean : clean;
+}
+
+// "CASE2", as the solver itself calls the results of a case.
+bool IsCaseName(const std::string& name) {
+  return name.size() > 4 && SameButForCase(name.substr(0, 4), "case") &&
+         name.find_first_not_of("0123456789", 4) == std::string::npos;
+}
+
+}  // namespace
+
+bool TakesJobId(SolverKind kind) {
+  return kind == SolverKind::kLsDynaSingle || kind == SolverKind::kLsDynaDouble;
+}
+
+std::string TypedJobId(const std::string& extraOptions) {
+  constexpr std::string_view kKey = "jobid=";
+  std::vector<std::string> words;
+  StrWrapperTxt::SplitCommandLine("solver " + extraOptions, words);
+  std::string found;
+  for (const std::string& word : words) {
+    if (SameButForCase(std::string_view(word).substr(0, kKey.size()), kKey))
+      found = word.substr(kKey.size());
+  }
+  return found;
+}
+
+std::string OutputPrefix(SolverKind kind, const std::string& outputName,
+                         const std::string& extraOptions) {
+  if (!TakesJobId(kind)) return {};
+  const std::string typed = TypedJobId(extraOptions);
+  const std::string& name = typed.empty() ? outputName : typed;
+  return name.empty() ? std::string() : name + '.';
+}
+
+std::string OutputPrefix(const JobFile& job) {
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  if (dyna == nullptr) return {};
+  return OutputPrefix(dyna->solverType, dyna->outputName, dyna->extraOptions);
+}
+
+bool HasPrefix(std::string_view name, std::string_view prefix) {
+  const std::string_view head = name.substr(0, prefix.size());
+  constexpr bool kBothCases = FileDirWrapper::kSeparator == '\\';
+  return kBothCases ? SameButForCase(head, prefix) : head == prefix;
+}
+
+std::string OutputNameFor(const std::string& deck, const std::set<std::string>& taken) {
+  std::string name;
+  FileDirWrapper::FileNameOf(deck, name, false);
+  name = Cleaned(name);
+  if (IsCaseName(name)) name = "job_" + name;
+  name.resize(std::min(name.size(), kLongestName));
+  std::string free = name;
+  for (int number = 2; taken.contains(Lower(free)); ++number) {
+    const std::string end = "_" + std::to_string(number);
+    free = name.substr(0, kLongestName - end.size()) + end;
+  }
+  return free;
+}
