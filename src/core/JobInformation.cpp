@@ -6,14 +6,28 @@
 #include "solvers/ReportText.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/IOWrapper.h"
 #include "util/files/LineBlocks.h"
 
 namespace {
 
+// Of a later run in the folder, which tells nothing of this one.
+bool IsOfLaterRun(const std::string& file, const JobOutput& output) {
+  constexpr std::int64_t kClockSlack = 5;  // seconds by which a file server's clock may be ahead
+  std::int64_t created = 0, accessed = 0, modified = 0, size = 0;
+  return output.ended != 0 && IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size) &&
+         modified > output.ended + kClockSlack;
+}
+
 void AddModelSize(const JobOutput& output, const AnalysisHooks& hooks,
                   std::vector<std::string>& lines) {
   const std::string file = FileDirWrapper::Join(output.folder, output.prefix + "d3plot");
-  if (!FileDirWrapper::FileExists(file)) return;
+  if (output.nodes && output.elements) {
+    lines.push_back(Said(hooks, Message(MessageId::kReportElements, *output.elements)));
+    lines.push_back(Said(hooks, Message(MessageId::kReportNodes, *output.nodes)));
+    return;
+  }
+  if (!FileDirWrapper::FileExists(file) || IsOfLaterRun(file, output)) return;
   ptkPostD3plotManager manager;
   ptkUnstructuredGridManager grids;
   if (!manager.Open(file, grids)) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +83,12 @@ struct RunResult {
   Message lastWords;
   int stoppedAt = kNotStopped;  // a RunStop; of a job with stages, the first one's that stopped
   Failure failure = {};         // of a run that was aborted
+  // Of the message file and the results as they were at the end of the run, where somebody has
+  // counted them: later runs in the folder may write over both.
+  std::optional<std::int64_t> errors = {};
+  std::optional<std::int64_t> warnings = {};
+  std::optional<std::int64_t> nodes = {};
+  std::optional<std::int64_t> elements = {};
 
   bool operator==(const RunResult&) const = default;
 };

@@ -10,6 +10,13 @@ namespace form {
 
 namespace {
 
+constexpr std::pair<const char*, std::optional<std::int64_t> RunResult::*> kCounts[] = {
+    {"errors", &RunResult::errors},
+    {"warnings", &RunResult::warnings},
+    {"nodes", &RunResult::nodes},
+    {"elements", &RunResult::elements},
+};
+
 void WriteProgress(const JobImage& job, Json& json) {
   if (!job.messageFile.empty()) json["message"] = Of(job.messageFile);
   if (job.errorCode != 0) json["code"] = job.errorCode;
@@ -18,6 +25,9 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (!job.lastWords.Empty()) json["words"] = Of(job.lastWords);
   if (job.stoppedAt != kNotStopped) json["stopped"] = job.stoppedAt;
   if (job.failure != Failure()) json["how"] = Of(job.failure);
+  for (const auto& [key, count] : kCounts) {
+    if (job.*count) json[key] = *(job.*count);
+  }
 }
 
 Json JobJson(const JobImage& job) {
@@ -47,6 +57,7 @@ void TakeProgress(const Value& json, JobImage& job) {
   TakeKey(json, "words", job.lastWords);
   TakeKey(json, "stopped", job.stoppedAt);
   TakeKey(json, "how", job.failure);
+  for (const auto& [key, count] : kCounts) TakeKey(json, key, job.*count);
 }
 
 bool TakeJob(const Value& json, JobImage& job, bool isStage) {

@@ -13,6 +13,7 @@
 #include "solvers/AbortableWait.h"
 #include "solvers/HowItFailed.h"
 #include "solvers/LastWords.h"
+#include "solvers/MessageFiles.h"
 #include "solvers/RestartDump.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
@@ -224,6 +225,7 @@ class JobRun {
     const bool goesOn = earlier_ && index == first_;
     JobStatus status = JobStatus::kAborted;
     if (goesOn || MayStart(stage, index)) {
+      if (!goesOn) KeepEarlierStages(stage);
       if (session && !goesOn) session->Position(stage);
       if (goesOn) TakeOver(stage);
       SetStatus(stage, JobStatus::kRunning);
@@ -287,7 +289,9 @@ class JobRun {
       if (status == JobStatus::kFinished && setup_.stoppedAt) {
         stage.SetStoppedAt(setup_.stoppedAt(stage, *record_));
       }
+      if (status == JobStatus::kFinished) KeepFromLaterStages(stage);
       RecordEnd(*record_, stage, status, exitCode);
+      stage.SetResult(*record_);
       if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_);
       Record(stage);
       record_.reset();
@@ -325,12 +329,25 @@ class JobRun {
   }
 
   void TakeResultOf(const JobFile& stage) {
-    job_.SetMessageFile(stage.MessageFile());
-    job_.SetRestartDump(stage.RestartDump());
-    job_.SetRunError(stage.RunErrorCode(), stage.RunMessage());
-    job_.SetLastWords(stage.LastWords());
-    job_.SetHowFailed(stage.HowFailed());
-    if (job_.StoppedAt() == kNotStopped) job_.SetStoppedAt(stage.StoppedAt());
+    RunResult result = stage.Result();
+    if (job_.StoppedAt() != kNotStopped) result.stoppedAt = job_.StoppedAt();
+    job_.SetResult(result);
+  }
+
+  // A later stage that runs in its folder would replace the message files that it kept.
+  void KeepFromLaterStages(JobFile& stage) {
+    const auto own = std::find(stages_.begin(), stages_.end(), &stage);
+    const std::string folder = stage.Folder();
+    const bool others = std::any_of(
+        own + 1, stages_.end(), [&](const JobFile* later) { return later->Folder() == folder; });
+    if (others) NameMessageFilesAfterDeck(stage);
+  }
+
+  // The same for stages that were the last ones when they ran.
+  void KeepEarlierStages(const JobFile& next) {
+    for (JobFile* const stage : stages_) {
+      if (stage != &next && stage->Folder() == next.Folder()) NameMessageFileAfterDeck(*stage);
+    }
   }
 
   void SetStatus(JobFile& stage, JobStatus status) {

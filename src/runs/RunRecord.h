@@ -48,11 +48,6 @@ struct RunRecord : RunResult {
   std::int64_t ended = 0;       // seconds since 1970
   std::optional<int> exitCode;  // none: not known
   JobStatus verdict = JobStatus::kRunning;
-  // Of the message file and the results, where somebody has counted them.
-  std::optional<std::int64_t> errors;
-  std::optional<std::int64_t> warnings;
-  std::optional<std::int64_t> nodes;
-  std::optional<std::int64_t> elements;
 
   bool operator==(const RunRecord&) const = default;
 };

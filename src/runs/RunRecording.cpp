@@ -133,6 +133,7 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   record.exitCode = exitCode;
   record.verdict = verdict;
   static_cast<RunResult&>(record) = stage.Result();
+  record.errors = record.warnings = record.nodes = record.elements = std::nullopt;
   if (dynamic_cast<const JobFileDyna*>(&stage) == nullptr) return;
   CountMessages(record, stage);
   CountModel(record, stage);

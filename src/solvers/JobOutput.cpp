@@ -3,7 +3,17 @@
 #include "jobs/OutputPrefix.h"
 
 JobOutput OutputOf(const JobFile& job) {
-  return {job.GetSolverType(), job.status,      job.jobFile,     job.Folder(),
-          job.MessageFile(),   job.LastWords(), job.StoppedAt(), job.HowFailed(),
-          OutputPrefix(job)};
+  const RunResult result = job.Result();
+  return {.solverType = job.GetSolverType(),
+          .status = job.status,
+          .jobFile = job.jobFile,
+          .folder = job.Folder(),
+          .messageFile = result.messageFile,
+          .lastWords = result.lastWords,
+          .stoppedAt = result.stoppedAt,
+          .failure = result.failure,
+          .prefix = OutputPrefix(job),
+          .nodes = result.nodes,
+          .elements = result.elements,
+          .ended = job.ended};
 }

@@ -2,6 +2,8 @@
 #ifndef KR_SOLVERS_JOBOUTPUT_H
 #define KR_SOLVERS_JOBOUTPUT_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "jobs/JobFile.h"
@@ -16,6 +18,10 @@ struct JobOutput {
   int stoppedAt = kNotStopped;
   Failure failure = {};
   std::string prefix = {};  // of the names of its files, jobs/OutputPrefix.h
+  // Of its model at the end of the run; nothing: not counted.
+  std::optional<std::int64_t> nodes = {};
+  std::optional<std::int64_t> elements = {};
+  std::int64_t ended = 0;  // seconds since 1970; 0: not known
 };
 
 // With the job's list locked.

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "jobs/JobArguments.h"
 #include "jobs/OutputPrefix.h"
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
@@ -126,6 +127,22 @@ std::vector<std::string> WrittenMessageFiles(const JobFile& job, std::string_vie
   return written;
 }
 
+// What the name of the stage's deck puts in front.
+std::string DeckMark(const JobFile& stage) {
+  return NameOf(stage.MainFile()) + '.';
+}
+
+void NameAfterDeck(JobFile& stage, const std::string& kept) {
+  const std::string mark = DeckMark(stage);
+  if (NameOf(kept).starts_with(mark)) return;
+  const std::string named = FileDirWrapper::Join(FolderOf(kept), mark + NameOf(kept));
+  RemoveOldFile(stage, named, MessageId::kOldMessageFileStays);
+  if (std::rename(kept.c_str(), named.c_str()) != 0) {
+    return Report(stage, Message(MessageId::kMessageFileNotKept, kept));
+  }
+  if (stage.MessageFile() == kept) stage.SetMessageFile(named);
+}
+
 }  // namespace
 
 bool IsOutputName(const JobFile& job, std::string_view name, std::string_view prefix) {
@@ -189,7 +206,12 @@ void TakeBackMessageFiles(const JobFile& job) {
   if (dynamic_cast<const JobFileDyna*>(&job) == nullptr) return;
   for (const std::string& kept : MessageAndKeptFiles(job)) {
     if (!IsKept(kept) || job.folderBefore.HoldsUnchanged(kept)) continue;
-    const std::string file = kept.substr(0, kept.size() - kKeptEnding.size());
+    std::string file = kept.substr(0, kept.size() - kKeptEnding.size());
+    const std::string mark = DeckMark(job);
+    const std::string name = NameOf(file);
+    if (name.starts_with(mark)) {
+      file = FileDirWrapper::Join(FolderOf(file), name.substr(mark.size()));
+    }
     if (!FileDirWrapper::FileExists(file)) std::rename(kept.c_str(), file.c_str());
   }
 }
@@ -211,4 +233,15 @@ std::string KeepMessageFile(JobFile& job, const std::string& messageFile) {
     return messageFile;
   }
   return kept;
+}
+
+void NameMessageFileAfterDeck(JobFile& stage) {
+  const std::string file = stage.MessageFile();
+  if (IsKept(file) && FileDirWrapper::FileExists(file)) NameAfterDeck(stage, file);
+}
+
+void NameMessageFilesAfterDeck(JobFile& stage) {
+  for (const std::string& kept : MessageAndKeptFiles(stage)) {
+    if (IsKept(kept) && !stage.folderBefore.HoldsUnchanged(kept)) NameAfterDeck(stage, kept);
+  }
 }

@@ -57,4 +57,10 @@ std::string KeptName(const std::string& messageFile);
 // cannot be renamed, which is reported.
 std::string KeepMessageFile(JobFile& job, const std::string& messageFile);
 
+// Before another stage of the job runs in the folder of one that has run: the message files that
+// the stage's run has kept, or the one that it has as its own, get the name of its deck in front,
+// "draw.k.messag.krb". What cannot be renamed is reported.
+void NameMessageFilesAfterDeck(JobFile& stage);
+void NameMessageFileAfterDeck(JobFile& stage);
+
 #endif

@@ -97,6 +97,43 @@ TEST_F(ApartTest, ASwitchADumpAndTheNextRunKeepTheName) {
   EXPECT_NE(Told("a.messag.krb").find("jobid=a"), std::string::npos);
 }
 
+// Stages share a folder and its names: what the first one left is written over.
+TEST_F(ApartTest, EachStageKeepsItsOwnSummary) {
+  const auto job = DynaJob(folder_.Write("main.k", "*KEYWORD\n*END\n"));
+  const auto add = [&](const std::string& name, const std::string& nodes) {
+    const std::string command =
+        "$ standin: warnings " + std::to_string(job->stages.size() + 1) + " 20001\n";
+    job->stages.push_back(DynaJob(folder_.Write(name, Deck(command + nodes))));
+    job->stages.back()->pause = 0;
+  };
+  add("draw.k", "");
+  add("trim.k", "*NODE\n2,1.,0.,0.\n3,2.,0.,0.\n");
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished) << job->RunMessage().English();
+  const auto summary = [&](std::size_t stage) {
+    return JobInformation(OutputOf(*job->stages[stage]));
+  };
+  EXPECT_EQ(job->stages[0]->MessageFile(), folder_ / "draw.k.messag.krb");
+  EXPECT_EQ(job->MessageFile(), folder_ / "messag.krb");
+  EXPECT_TRUE(Has(summary(0), "  Node Number is 1") && Has(summary(0), "Found 1 warnings"));
+  EXPECT_TRUE(Has(summary(1), "  Node Number is 3") && Has(summary(1), "Found 2 warnings"));
+  EXPECT_EQ(job->Result().nodes, 3);
+
+  // One that comes later runs alone.
+  add("form.k", "*NODE\n2,1.,0.,0.\n");
+  job->firstStage = 2;
+  job->ResetForRun();
+  EXPECT_EQ(RunWhole(*job), JobStatus::kFinished);
+  EXPECT_EQ(job->stages[1]->MessageFile(), folder_ / "trim.k.messag.krb");
+  EXPECT_TRUE(Has(summary(1), "  Node Number is 3") && Has(summary(1), "Found 2 warnings"));
+  EXPECT_TRUE(Has(summary(2), "  Node Number is 2") && Has(summary(2), "Found 3 warnings"));
+
+  // The program died when it had kept the first one's and had not written that down.
+  const auto& draw = job->stages[0];
+  draw->folderBefore.Take({});
+  TakeBackMessageFiles(*draw);
+  EXPECT_TRUE(Exists(folder_ / "messag") && !Exists(folder_ / "draw.k.messag.krb"));
+}
+
 // Some solvers put the job's name in front of the case, some use the case alone.
 TEST_F(ApartTest, CasesAreJudgedUnderBothNames) {
   const std::string normal = " N o r m a l    t e r m i n a t i o n\n";
