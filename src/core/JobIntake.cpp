@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/SharedFolders.h"
 #include "jobs/DeckScan.h"
 #include "jobs/StageDecks.h"
 #include "solvers/RestartDump.h"
@@ -158,11 +159,21 @@ void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
   const std::shared_ptr<JobFile> job = MakeJob(request, burst);
   const auto group = job ? GroupFor(request) : nullptr;
   if (group) {
+    const int apart = manager_.Settings().Snapshot().separate_results;
+    if (apart == kAlwaysApart) KeepNewJobApart(manager_, *job);
     group->AddJob(job);
+    if (apart == kAskApart && !request.fromWindow) NoteSharedFolder(job->id);
     return;
   }
   if (job) manager_.Settings().Log().Report(Message(MessageId::kNoGroup, job->MainFile()));
   GiveUp(request);
+}
+
+// Nobody is asked: they run as they are. Once for a folder, when it gets its second job.
+void JobIntake::NoteSharedFolder(JobId job) {
+  const SharedResults shared = FindSharedResults(manager_, {job});
+  if (shared.jobs != 2) return;
+  manager_.Settings().Log().Note(Message(MessageId::kFolderShared, shared.folders.front()));
 }
 
 // Once nothing is to do, the next requests begin at none of so many.

@@ -56,6 +56,7 @@ class JobIntake {
   bool GivenUp(unsigned burst) const;
   void GiveUp(const JobRequest& request);
   void TellProgress(const std::string& file, int percent);
+  void NoteSharedFolder(JobId job);
   void EndRequest();
 
   JobGroupManager& manager_;

@@ -44,6 +44,7 @@ const Key kFirstKeys[] = {
     {"GENERAL", "stop_after_failures", &Settings::stop_after_failures},
     {"GENERAL", "report_file", &Settings::report_file},
     {"GENERAL", "console", &Settings::console},
+    {"GENERAL", "separate_results", &Settings::separate_results},
     {"GENERAL", "group", &Settings::group},
     {"GENERAL", "table_columns", &Settings::table_columns},
 };

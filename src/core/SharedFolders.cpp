@@ -1,11 +1,12 @@
 #include "core/SharedFolders.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
+#include <memory>
 #include <string_view>
 
 #include "jobs/OutputPrefix.h"
-#include "runs/JobRun.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -24,9 +25,17 @@ bool IsSameFolder(std::string_view a, std::string_view b) {
   return kBothCases ? SameButForCase(a, b) : a == b;
 }
 
-std::string FolderKey(const JobFile& job) {
-  const std::string_view folder = FolderView(job.MainFile());
-  return kBothCases ? Lower(folder) : std::string(folder);
+struct ByFolder {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const {
+    return kBothCases ? Lower(a) < Lower(b) : a < b;
+  }
+};
+template <typename T>
+using FolderMap = std::map<std::string, T, ByFolder>;
+
+std::string_view FolderOf(const JobFile& job) {
+  return FolderView(job.MainFile());
 }
 
 // What the deck calls its results itself; empty: nothing.
@@ -38,6 +47,14 @@ std::string NameInDeck(const JobFile& job) {
 bool WritesUsualNames(const JobFile& job) {
   return RowOfKind(job.GetSolverType()).runsDecks && OutputPrefix(job).empty() &&
          NameInDeck(job).empty();
+}
+
+using Names = std::set<std::string>;  // in small letters
+
+void TakeNamesOf(const JobFile& job, Names& names) {
+  const std::string prefix = OutputPrefix(job);
+  if (!prefix.empty()) names.insert(Lower(prefix.substr(0, prefix.size() - 1)));
+  if (const std::string name = NameInDeck(job); !name.empty()) names.insert(Lower(name));
 }
 
 bool IsSeparable(const JobFile& job) {
@@ -59,23 +76,25 @@ SharedResults FindSharedResults(const JobGroupManager& manager, const std::set<J
   struct Folder {
     int writers = 0;
     bool isAsked = false;
-    std::string path;
     std::vector<JobId> separable;
   };
-  std::map<std::string, Folder> folders;
+  FolderMap<Folder> folders;
   ReadAllJobs(manager, [&](JobGroup&, const JobFile& job) {
-    if (!WritesUsualNames(job)) return;
-    Folder& folder = folders[FolderKey(job)];
+    if (jobs.contains(job.id)) folders.try_emplace(std::string(FolderOf(job)));
+  });
+  ReadAllJobs(manager, [&](JobGroup&, const JobFile& job) {
+    const auto found = folders.find(FolderOf(job));
+    if (found == folders.end() || !WritesUsualNames(job)) return;
+    Folder& folder = found->second;
     ++folder.writers;
     folder.isAsked = folder.isAsked || jobs.contains(job.id);
-    if (folder.path.empty()) folder.path = FolderView(job.MainFile());
     if (IsSeparable(job)) folder.separable.push_back(job.id);
   });
   SharedResults shared;
-  for (const auto& [key, folder] : folders) {
-    if (!folder.isAsked || folder.writers < 2 || folder.separable.empty()) continue;
+  for (const auto& [path, folder] : folders) {
+    if (!folder.isAsked || folder.writers < 2) continue;
     shared.jobs += folder.writers;
-    shared.folders.push_back(folder.path);
+    shared.folders.push_back(path);
     shared.separable.insert(shared.separable.end(), folder.separable.begin(),
                             folder.separable.end());
   }
@@ -83,35 +102,55 @@ SharedResults FindSharedResults(const JobGroupManager& manager, const std::set<J
 }
 
 int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs) {
-  struct Named {
-    std::shared_ptr<JobGroup> group;
+  struct Unnamed {
+    std::shared_ptr<JobList> list;
     std::string folder, deck;
   };
   const std::set<JobId> wanted(jobs.begin(), jobs.end());
-  std::map<JobId, Named> toName;
-  std::map<std::string, std::set<std::string>> taken;  // by folder
+  std::map<JobId, Unnamed> unnamed;
+  FolderMap<Names> taken;
   ReadAllJobs(manager, [&](JobGroup& group, const JobFile& job) {
-    const std::string folder = FolderKey(job);
-    const std::string prefix = OutputPrefix(job);
-    if (!prefix.empty()) taken[folder].insert(Lower(prefix.substr(0, prefix.size() - 1)));
-    if (const std::string name = NameInDeck(job); !name.empty()) taken[folder].insert(Lower(name));
-    if (prefix.empty() && wanted.contains(job.id) && IsSeparable(job)) {
-      toName[job.id] = {std::static_pointer_cast<JobGroup>(group.shared_from_this()), folder,
-                        job.jobFile};
-    }
+    if (!wanted.contains(job.id)) return;
+    const std::string folder(FolderOf(job));
+    taken.try_emplace(folder);
+    if (OutputPrefix(job).empty() && IsSeparable(job))
+      unnamed[job.id] = {group.shared_from_this(), folder, job.jobFile};
+  });
+  ReadAllJobs(manager, [&](JobGroup&, const JobFile& job) {
+    const auto found = taken.find(FolderOf(job));
+    if (found != taken.end()) TakeNamesOf(job, found->second);
   });
   int named = 0;
   for (const JobId id : jobs) {
-    const auto found = toName.find(id);
-    if (found == toName.end()) continue;
-    const Named& job = found->second;
+    const auto found = unnamed.find(id);
+    if (found == unnamed.end()) continue;
+    const Unnamed& job = found->second;
     const std::string name = OutputNameFor(job.deck, taken[job.folder]);
-    if (!job.group->SetOutputName(id, name)) continue;
+    if (!job.list->SetOutputName(id, name)) continue;
     taken[job.folder].insert(Lower(name));
-    toName.erase(found);
     ++named;
   }
   return named;
+}
+
+void KeepNewJobApart(JobGroupManager& manager, JobFile& job) {
+  auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
+  if (dyna == nullptr || !WritesUsualNames(job) || !IsSeparable(job)) return;
+  Names taken;
+  std::vector<JobId> others;
+  bool isShared = false;
+  ReadAllJobs(manager, [&](JobGroup&, const JobFile& other) {
+    if (!IsSameFolder(FolderOf(job), FolderOf(other))) return;
+    if (!RowOfKind(other.GetSolverType()).runsDecks) return;
+    isShared = true;
+    if (WritesUsualNames(other) && IsSeparable(other)) others.push_back(other.id);
+  });
+  if (!isShared) return;
+  KeepResultsApart(manager, others);
+  ReadAllJobs(manager, [&](JobGroup&, const JobFile& other) {
+    if (IsSameFolder(FolderOf(job), FolderOf(other))) TakeNamesOf(other, taken);
+  });
+  dyna->outputName = OutputNameFor(job.jobFile, taken);
 }
 
 bool CanKeepApart(const JobFile& job) {
@@ -120,13 +159,13 @@ bool CanKeepApart(const JobFile& job) {
 }
 
 std::vector<std::string> PrefixesBeside(const JobGroupManager& manager, const JobFile& job) {
-  std::vector<std::string_view> folders = {FolderView(job.MainFile())};
-  for (const auto& stage : job.stages) folders.push_back(FolderView(stage->MainFile()));
+  std::vector<std::string_view> folders = {FolderOf(job)};
+  for (const auto& stage : job.stages) folders.push_back(FolderOf(*stage));
   const std::string own = OutputPrefix(job);
   std::vector<std::string> prefixes;
   ReadAllJobs(manager, [&](JobGroup&, const JobFile& other) {
     if (other.id == job.id) return;
-    const std::string_view folder = FolderView(other.MainFile());
+    const std::string_view folder = FolderOf(other);
     const bool isBeside = std::any_of(folders.begin(), folders.end(), [&](std::string_view mine) {
       return IsSameFolder(mine, folder);
     });

@@ -12,13 +12,20 @@
 struct SharedResults {
   int jobs = 0;                      // that write over each other's results
   std::vector<std::string> folders;  // where
-  std::vector<JobId> separable;      // those of them that can still be kept apart
+  std::vector<JobId> separable;      // those of them that can still be kept apart; may be none
 };
 
 // Of the folders in which one of these jobs lies. Jobs that run decks and have no name for their
 // results write over each other's; kept apart can be queued LS-DYNA jobs, but no restarts, which go
 // on with the files of another run, and no jobs with stages, which read what the one before wrote.
 SharedResults FindSharedResults(const JobGroupManager& manager, const std::set<JobId>& jobs);
+
+// What separate_results of the settings says.
+enum SeparateResults : int { kNeverApart = 0, kAskApart, kAlwaysApart };
+
+// For a job that is in no list yet: gives it a name for its results when another job that runs
+// decks is in its folder, and those there that can still be kept apart too.
+void KeepNewJobApart(JobGroupManager& manager, JobFile& job);
 
 // Gives each of them a name for its results that no other job in its folder has. How many took it:
 // one that has begun to run meanwhile does not.

@@ -43,6 +43,7 @@ bool TakesJobId(SolverKind kind) {
 }
 
 std::string TypedJobId(const std::string& extraOptions) {
+  if (extraOptions.empty()) return {};
   constexpr std::string_view kKey = "jobid=";
   std::vector<std::string> words;
   StrWrapperTxt::SplitCommandLine("solver " + extraOptions, words);

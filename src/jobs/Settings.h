@@ -34,6 +34,7 @@ struct Settings {
   int stop_after_failures = 10;  // in a row: the group pauses; 0: never
   std::string report_file;       // written when all submitted groups have ended; empty: none
   int console = 0;               // a Console
+  int separate_results = 1;  // of decks that share a folder: 0 never, 1 the window asks, 2 always
   std::string group;
   std::string table_columns;  // the extra ones that are shown, and widths; see JobTable
 

@@ -39,7 +39,7 @@ struct SolverKindRow {
 
   // A file with one of these endings, in any case, becomes a job of this kind when nobody says
   // otherwise. Null: no further one.
-  std::array<const char*, 2> jobEndings = {};
+  std::array<const char*, 3> jobEndings = {};
 
   // Its jobs are LS-DYNA decks (JobFileDyna), so that they can be given to another such kind.
   bool runsDecks = false;

@@ -1,6 +1,6 @@
 // The jobs of the last session, as the window offers them.
 
-#include "ui/window/OfferBar.h"
+#include "ui/window/NoticeBar.h"
 
 #include <FL/Fl_Button.H>
 
@@ -11,7 +11,7 @@ namespace {
 class LeftBarTest : public WindowTest {
  protected:
   std::string Bar() {
-    OfferBar* const bar = Look<OfferBar>(*window_);
+    NoticeBar* const bar = Look<NoticeBar>(*window_);
     return bar != nullptr ? Drawing(*window_).Text(*bar) : std::string();
   }
   // A session with jobs that ends as it should.

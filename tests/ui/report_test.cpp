@@ -6,7 +6,7 @@
 
 #include "ui/report/ReportPage.h"
 #include "ui/report/ReportPicture.h"
-#include "ui/window/OfferBar.h"
+#include "ui/window/NoticeBar.h"
 #include "ui/WindowFixture.h"
 
 namespace {
@@ -73,15 +73,15 @@ TEST_F(ReportTest, AReportFollowsTheLastJobAndAPauseGoesOn) {
   const auto report = [&] { return TempFolder::Read(home_ / "all.csv"); };
   EXPECT_TRUE(Until([&] { return Holds(report(), ",Queued,,\"not run, its group pauses"); }))
       << report();
-  OfferBar* bar = nullptr;
-  EXPECT_TRUE(Until([&] { return (bar = Look<OfferBar>(*window_)) != nullptr; }));
+  NoticeBar* bar = nullptr;
+  EXPECT_TRUE(Until([&] { return (bar = Look<NoticeBar>(*window_)) != nullptr; }));
   ASSERT_NE(bar, nullptr);
   EXPECT_TRUE(Holds(Drawing(*window_).Text(*bar),
                     "2 jobs in a row failed within a minute each: no licence. 2 jobs stay queued"));
   Files().Set(&Settings::stop_after_failures, 0);
   Press(Find<Fl_Button>(*window_, "Go On"));
   EXPECT_TRUE(Until([&] { return !Group()->Running() && !Holds(report(), ",Queued,"); }));
-  EXPECT_EQ(Look<OfferBar>(*window_), nullptr);
+  EXPECT_EQ(Look<NoticeBar>(*window_), nullptr);
 }
 
 TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {

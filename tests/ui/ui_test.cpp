@@ -30,15 +30,6 @@ TEST(KeywordFiles, UnderstandDroppedAddressesAndPlainPaths) {
   EXPECT_EQ(paths, expected);
 }
 
-TEST(KeywordFiles, OfAFolderComeInOrder) {
-  const TempFolder folder;
-  for (const char* name : {"b.K", "a.dyn", "c.DYN", "d.key", "k", "e.k.bak"})
-    folder.Write(name, "");
-  std::filesystem::create_directory(folder / "f.k");
-  const std::vector<std::string> expected = {folder / "a.dyn", folder / "b.K", folder / "c.DYN"};
-  EXPECT_EQ(KeywordFiles(folder.Path()), expected);
-}
-
 TEST(Numbers, TakesWholeNumbersOnly) {
   EXPECT_EQ(WholeNumber(" 42 ", 0, 100), 42);
   EXPECT_EQ(WholeNumber("100", 0, 100), 100);

@@ -33,6 +33,7 @@ const ActionInfo kActions[] = {
     {Action::kViewMessage, nullptr, nullptr, "ui_menu_message", FL_CTRL | 'm'},
     {Action::kStages, nullptr, nullptr, "ui_menu_stages", FL_CTRL | 'e'},
     {Action::kGoOn, nullptr, nullptr, "ui_menu_go_on", FL_CTRL | 'g'},
+    {Action::kKeepApart, nullptr, nullptr, "ui_menu_apart", 0},
     {Action::kStop, nullptr, nullptr, "ui_menu_stop", FL_CTRL | '.'},
     {Action::kRefresh, nullptr, nullptr, "ui_menu_refresh", FL_F + 5},
     {Action::kFind, nullptr, nullptr, "ui_menu_find", FL_CTRL | 'f'},

@@ -31,6 +31,7 @@ enum class Action {
   kViewMessage,
   kStages,
   kGoOn,
+  kKeepApart,
   kStop,
   kRefresh,
   kFind,

@@ -67,12 +67,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
                       application_, undo_, texts_);
   tabs_ = new GroupTabs(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
                         Layout::kTabHeight);
-  left_ = MakeBar(
-      {{texts_.Get("ui_left_restore"), texts_.Get("ui_left_restore_tip"),
-        [this] { RestoreLeft(); }},
-       {texts_.Get("ui_left_forget"), texts_.Get("ui_left_forget_tip"), [this] { ForgetLeft(); }}});
-  pause_ = MakeBar(
-      {{texts_.Get("ui_go_on"), texts_.Get("ui_go_on_tip"), [this] { Perform(Action::kSubmit); }}});
+  MakeBars();
   line_ = new GroupLine(w() - Layout::kMargin - Layout::GroupLineWidth(w()), Layout::TabsY(w()),
                         Layout::GroupLineWidth(w()), Layout::kTabHeight);
   filter_ = new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
@@ -95,6 +90,7 @@ Flx_AppWnd::~Flx_AppWnd() {
   AllowModalWindows(true);
   Fl::remove_timeout(TakeDropped, this);
   Fl::remove_timeout(LookAtReport, this);
+  Fl::remove_timeout(FollowSearch, this);
   application_.Manager().SetObserver(nullptr);
   notes_.OnChanges = nullptr;
   application_.TextFallback = nullptr;
@@ -127,9 +123,28 @@ void Flx_AppWnd::MakeTools() {
   row->end();
 }
 
-OfferBar* Flx_AppWnd::MakeBar(std::vector<OfferBar::Offer> offers) {
-  return new OfferBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
-                      Layout::kOfferBarHeight, std::move(offers));
+void Flx_AppWnd::MakeBars() {
+  const auto make = [this] {
+    auto* bar = new NoticeBar(Layout::kMargin, Layout::TabsY(w()), w() - 2 * Layout::kMargin,
+                              Layout::kBarHeight);
+    bar->hide();
+    bars_.push_back(bar);
+    return bar;
+  };
+  const auto add = [this](NoticeBar* bar, const std::string& key, std::function<void()> press) {
+    bar->AddButton(texts_.Get(key), texts_.Get(key + "_tip"), std::move(press));
+  };
+  left_ = make();
+  add(left_, "ui_left_restore", [this] { RestoreLeft(); });
+  add(left_, "ui_left_forget", [this] { ForgetLeft(); });
+  belowBar_ = make();
+  add(belowBar_, "ui_below_add", [this] { AddBelow(true); });
+  add(belowBar_, "ui_below_leave", [this] { AddBelow(false); });
+  apart_ = make();
+  add(apart_, "ui_apart_keep", [this] { AnswerApart(true); });
+  add(apart_, "ui_apart_leave", [this] { AnswerApart(false); });
+  pause_ = make();
+  add(pause_, "ui_go_on", [this] { Perform(Action::kSubmit); });
 }
 
 void Flx_AppWnd::ConnectParts() {
@@ -158,8 +173,12 @@ void Flx_AppWnd::ConnectParts() {
   };
   filter_->OnLeave = [this] { FocusTable(); };
   status_->OnCancel = [this] {
-    const bool reads = application_.Intake().Busy();
-    reads || !report_ ? application_.Intake().Cancel() : report_->Cancel();
+    if (!search_.IsBusy() && !application_.Intake().Busy()) {
+      if (report_) report_->Cancel();
+      return;
+    }
+    search_.Cancel();
+    application_.Intake().Cancel();
   };
   status_->OnOptions = [this] { Perform(Action::kQueueOptions); };
   application_.TextFallback = [this](const std::string& path) {
@@ -224,9 +243,9 @@ void Flx_AppWnd::LayOut() {
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
   const int lineWidth = GroupLineWidth(w());
   int offered = 0;
-  for (OfferBar* bar : {left_, pause_}) {
-    bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kOfferBarHeight);
-    if (bar->visible()) offered += kOfferBarHeight + kMargin;
+  for (NoticeBar* bar : bars_) {
+    bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kBarHeight);
+    if (bar->visible()) offered += kBarHeight + kMargin;
   }
   tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin - lineWidth, kTabHeight);
   line_->resize(w() - kMargin - lineWidth, tabs_->y(), lineWidth, kTabHeight);

@@ -20,11 +20,12 @@
 #include "ui/report/ReportWriter.h"
 #include "ui/text/TextTable.h"
 #include "ui/window/Actions.h"
+#include "ui/window/DeckSearch.h"
 #include "ui/window/FilterBar.h"
 #include "ui/window/GroupLine.h"
 #include "ui/window/GroupTabs.h"
 #include "ui/window/JobTable.h"
-#include "ui/window/OfferBar.h"
+#include "ui/window/NoticeBar.h"
 #include "ui/window/QueueNotes.h"
 #include "ui/window/SettingsRow.h"
 #include "ui/window/StatusBar.h"
@@ -66,8 +67,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   };
 
   void MakeTools();
+  void MakeBars();
   void MakeTable(const std::shared_ptr<JobGroup>& group);
-  OfferBar* MakeBar(std::vector<OfferBar::Offer> offers);
   void ConnectParts();
   void LayOut();
   JobTable* Table() const;  // of the current group; null when there is none
@@ -99,13 +100,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void Say(const std::string& text, StatusBar::Tone tone = StatusBar::Tone::kPlain);
 
   // Flx_AppWnd_Actions.cpp
-  void AddJobs(SolverKind kind);
-  void AddFolder();
   void FocusTable();
-  static void TakeDropped(void* self);
-  // Files become jobs of this kind, by their endings when there is none.
-  void AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind = {});
-  void InformOfFiles(const char* key, const std::vector<std::string>& paths);
   void Submit();
   // Tells the user when none of the queued jobs has a solver that is there.
   bool SolversAreMissing(const JobGroup& group);
@@ -172,6 +167,25 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ViewSummary();
   void Undo();
 
+  // Flx_AppWnd_Adding.cpp
+  void AddJobs(SolverKind kind);
+  void AddFolder();
+  static void TakeDropped(void* self);
+  // Files become jobs of this kind, by their endings when there is none; folders are searched.
+  void AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind = {});
+  void AddDecks(const std::vector<std::string>& files, std::optional<SolverKind> kind);
+  void InformOfFiles(const char* key, const std::vector<std::string>& paths);
+  void SearchNext();
+  static void FollowSearch(void* self);
+  void TakeSearch();
+  void AddBelow(bool add);
+  void AskApart();
+  void ForgetAsked();
+  void AnswerApart(bool apart);
+  bool CanKeepCurrentApart(bool* isKept = nullptr) const;
+  void SwitchApart();
+  void ShowBar(NoticeBar& bar, const std::string& text);  // hidden with an empty text
+
   // Flx_AppWnd_Dialogs.cpp
   void AddRestart();
   void GoOn();
@@ -208,8 +222,15 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::vector<ToolButton*> tools_;
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;
-  OfferBar* left_ = nullptr;   // jobs of the last session
-  OfferBar* pause_ = nullptr;  // to go on with a group
+  std::vector<NoticeBar*> bars_;   // from the top
+  NoticeBar* left_ = nullptr;      // the jobs of the last session
+  NoticeBar* pause_ = nullptr;     // to go on with a group
+  NoticeBar* belowBar_ = nullptr;  // decks in the folders below one that was added
+  NoticeBar* apart_ = nullptr;     // jobs that share a folder
+  DeckSearch search_;
+  std::vector<std::string> folders_;  // to be searched next
+  std::vector<std::string> below_;    // what that bar offers
+  std::set<JobId> askApart_;          // what was added in the window since somebody answered
   GroupLine* line_ = nullptr;
   FilterBar* filter_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups

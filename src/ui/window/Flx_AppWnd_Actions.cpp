@@ -98,6 +98,8 @@ void Flx_AppWnd::Perform(Action action) {
       return OpenStages();
     case Action::kGoOn:
       return GoOn();
+    case Action::kKeepApart:
+      return SwitchApart();
     case Action::kStop:
       return StopRunning();
     case Action::kRefresh:
@@ -144,83 +146,9 @@ bool Flx_AppWnd::Ask(const std::string& text, ComnMsgBox::Type type) {
   return box.DoModal() == ComnMsgBox::kPressedYes;
 }
 
-void Flx_AppWnd::AddJobs(SolverKind kind) {
-  const SolverKindRow& row = RowOfKind(kind);
-  const std::vector<std::string> paths =
-      AskForFiles({this, texts_.Say(row.jobTitle), row.jobFilter,
-                   application_.SettingsAndFiles().Get().last_path});
-  FocusTable();
-  // A deck may also be a job of another solver by its ending; other jobs are what they are chosen
-  // for.
-  AddFiles(paths, row.runsDecks ? std::nullopt : std::optional(kind));
-}
-
-void Flx_AppWnd::AddFolder() {
-  ComnFolder dialog;
-  dialog.SetParentWindow(this);
-  dialog.SetTitle(texts_.Get("lab_addk_in_folder"));
-  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
-  const bool chosen = dialog.DoModal();
-  FocusTable();
-  if (chosen) AddFiles({dialog.GetPath()});
-}
-
 // The button that has opened a chooser would take the next keys.
 void Flx_AppWnd::FocusTable() {
   if (Table() && !leaving_) Table()->TakeFocus();
-}
-
-void Flx_AppWnd::TakeDropped(void* self) {
-  auto* window = static_cast<Flx_AppWnd*>(self);
-  std::vector<std::string> paths;
-  for (const std::string& path : DroppedPaths(window->dropped_)) paths.push_back(FromUi(path));
-  if (!paths.empty()) window->AddFiles(paths);
-}
-
-void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& paths) {
-  std::string text = texts_.Get(key);
-  for (std::size_t index = 0; index < paths.size() && index < kMostListed; ++index)
-    text += "\n" + ToUi(paths[index]);
-  if (paths.size() > kMostListed)
-    text += "\n" + texts_.Format("ui_more_files", std::to_string(paths.size() - kMostListed));
-  Inform(text);
-}
-
-// Of folders, the keyword files become jobs.
-void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind) {
-  const auto group = Group();
-  if (!group) return;
-  std::vector<std::string> files;
-  std::vector<std::string> missing;
-  std::vector<std::string> refused;
-  bool emptyFolder = false;
-  for (const std::string& path : paths) {
-    if (FileDirWrapper::IsFolder(path)) {
-      const std::vector<std::string> found = KeywordFiles(path);
-      emptyFolder = emptyFolder || found.empty();
-      files.insert(files.end(), found.begin(), found.end());
-      application_.SettingsAndFiles().Set(&Settings::last_path, path);
-    } else if (FileDirWrapper::FileExists(path)) {
-      files.push_back(path);
-      KeepFolderOf(path, application_.SettingsAndFiles(), &Settings::last_path);
-    } else {
-      missing.push_back(path);
-    }
-  }
-  for (const std::string& file : files) {
-    if (!application_.SolverEnabled(kind.value_or(SolverKindOfFile(file)))) {
-      refused.push_back(file);
-      continue;
-    }
-    JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
-    request.kind = kind;
-    request.jobFile = file;
-    request.groupId = group->Id();
-    application_.Intake().Add(request);
-  }
-  if (!missing.empty()) InformOfFiles("ui_missing_files", missing);
-  if (!refused.empty()) InformOfFiles("ui_disabled_files", refused);
-  if (emptyFolder && files.empty() && missing.empty()) Inform(texts_.Get("ui_no_keyword_files"));
 }
 
 bool Flx_AppWnd::SolversAreMissing(const JobGroup& group) {
@@ -463,8 +391,6 @@ void Flx_AppWnd::ForgetLeft() {
     return;
   application_.ForgetLeft();
   ShowLeft();
-  LayOut();
-  redraw();
 }
 
 // What becomes of the queued jobs when the program ends, and of decks that are still being read;

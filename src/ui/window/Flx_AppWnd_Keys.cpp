@@ -83,6 +83,8 @@ bool Flx_AppWnd::CanPerform(Action action) const {
       return Group() && Group()->JobCount() > 0;
     case Action::kGoOn:
       return !DumpOfCurrentJob().empty();
+    case Action::kKeepApart:
+      return CanKeepCurrentApart();
     case Action::kDeleteGroup:
       return application_.Manager().GroupCount() > 1;
     case Action::kUndo:
@@ -131,6 +133,10 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
       const ForceState force = ForceOfSelected();
       item.flags |= FL_MENU_TOGGLE | (force.on && !force.differs ? FL_MENU_VALUE : 0);
     }
+    if (bool isKept = false; action == Action::kKeepApart) {
+      CanKeepCurrentApart(&isKept);
+      item.flags |= FL_MENU_TOGGLE | (isKept ? FL_MENU_VALUE : 0);
+    }
     item.labeltype_ = Theme::kMenuLabel;
     item.labelsize_ = Layout::kFontSize;
     items.push_back(item);
@@ -147,15 +153,15 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
   if (CurrentJob() != JobId::kNone) {
     // What has a tool, and what is not of the job, is left out: it fits into a low screen.
-    PopUp({Action::kMonitor,      Action::kViewMessage, Action::kViewSummary,
-           Action::kRunPost,      Action::kStages,      Action::kShowCommand,
-           Action::kJobHistory,   Action::kReport,      kSeparator,
-           Action::kSubmit,       Action::kResubmit,    Action::kRerunFailed,
-           Action::kGoOn,         Action::kStop,        kSeparator,
-           Action::kForce,        Action::kMoveToTop,   Action::kMoveToBottom,
-           Action::kSelectFailed, kSeparator,           Action::kCopyPaths,
-           Action::kOpenFolder,   kSeparator,           Action::kUndo,
-           Action::kDeleteJob,    Action::kDeleteAll},
+    PopUp({Action::kMonitor,      Action::kViewMessage,  Action::kViewSummary,
+           Action::kRunPost,      Action::kStages,       Action::kShowCommand,
+           Action::kJobHistory,   Action::kReport,       kSeparator,
+           Action::kSubmit,       Action::kResubmit,     Action::kRerunFailed,
+           Action::kGoOn,         Action::kStop,         kSeparator,
+           Action::kForce,        Action::kKeepApart,    Action::kMoveToTop,
+           Action::kMoveToBottom, Action::kSelectFailed, kSeparator,
+           Action::kCopyPaths,    Action::kOpenFolder,   kSeparator,
+           Action::kUndo,         Action::kDeleteJob,    Action::kDeleteAll},
           x, y);
   } else {
     PopUp({Action::kAddDyna, Action::kAddRestart, Action::kAddVorel, Action::kAddInc,

@@ -58,6 +58,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
   if (changes.intake) ShowIntake(changes);
+  if (jobs && apart_->visible()) AskApart();
   if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
     status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
 }
@@ -65,6 +66,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
 void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {
   if (changes.done >= changes.total) {
     status_->SetProgress({}, -1);
+    AskApart();
     return;
   }
   const std::string name = FileDirWrapper::NameOf(changes.file);
@@ -221,17 +223,13 @@ void Flx_AppWnd::ShowTools() {
 
 void Flx_AppWnd::ShowLeft() {
   const LeftBehind left = application_.Left();
-  left_->SetText(left.Jobs() > 0 ? LeftText(left, texts_) : std::string());
+  ShowBar(*left_, left.Jobs() > 0 ? LeftText(left, texts_) : std::string());
 }
 
 // Of the current group.
 void Flx_AppWnd::ShowPause() {
-  const bool was = pause_->visible() != 0;
   const auto group = Group();
-  pause_->SetText(group ? PauseOf(*group) : std::string());
-  if (was == (pause_->visible() != 0)) return;
-  LayOut();
-  redraw();
+  ShowBar(*pause_, group ? PauseOf(*group) : std::string());
 }
 
 void Flx_AppWnd::ShowFilter() {

@@ -1,8 +1,5 @@
 #include "ui/window/KeywordFiles.h"
 
-#include <algorithm>
-
-#include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -60,14 +57,4 @@ std::vector<std::string> DroppedPaths(const std::string& text) {
     if (!path.empty()) paths.push_back(std::move(path));
   }
   return paths;
-}
-
-std::vector<std::string> KeywordFiles(const std::string& folder) {
-  std::vector<std::string> files;
-  std::vector<std::string> folders;
-  FileDirWrapper::ListDir(folder, files, folders, false);
-  const SolverKindRow& decks = RowOfKind(SolverKind::kLsDynaSingle);
-  std::erase_if(files, [&](const std::string& path) { return !HasJobEnding(decks, path); });
-  std::sort(files.begin(), files.end());
-  return files;
 }

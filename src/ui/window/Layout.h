@@ -107,7 +107,7 @@ inline constexpr int kFilterHeight = 32;  // of the line between the tabs and th
 constexpr int TableY(int windowWidth) {
   return TabsY(windowWidth) + kTabHeight + kFilterHeight;
 }
-inline constexpr int kOfferBarHeight = 30;  // above the tabs, while it offers something
+inline constexpr int kBarHeight = 30;  // of one above the tabs that offers something
 inline constexpr int kStatusHeight = 26;
 
 }  // namespace Layout

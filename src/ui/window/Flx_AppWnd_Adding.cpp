@@ -1,0 +1,218 @@
+// Adding files and folders to the queue, and keeping apart what shares a folder.
+
+#include <FL/Fl.H>
+
+#include <utility>
+
+#include "core/SharedFolders.h"
+#include "jobs/OutputPrefix.h"
+#include "solvers/SolverKinds.h"
+#include "ui/dialogs/ComnFileDialog.h"
+#include "ui/dialogs/FileQuestions.h"
+#include "ui/text/Encoding.h"
+#include "ui/window/Flx_AppWnd.h"
+#include "ui/window/KeywordFiles.h"
+#include "ui/window/Layout.h"
+#include "util/files/FileDirWrapper.h"
+
+namespace {
+
+constexpr std::size_t kMostListed = 8;  // names in a message
+constexpr double kLookAgain = 0.1;      // seconds
+
+}  // namespace
+
+void Flx_AppWnd::AddJobs(SolverKind kind) {
+  const SolverKindRow& row = RowOfKind(kind);
+  const std::vector<std::string> paths =
+      AskForFiles({this, texts_.Say(row.jobTitle), row.jobFilter,
+                   application_.SettingsAndFiles().Get().last_path});
+  FocusTable();
+  // A deck may also be a job of another solver by its ending; other jobs are what they are chosen
+  // for.
+  AddFiles(paths, row.runsDecks ? std::nullopt : std::optional(kind));
+}
+
+void Flx_AppWnd::AddFolder() {
+  ComnFolder dialog;
+  dialog.SetParentWindow(this);
+  dialog.SetTitle(texts_.Get("lab_addk_in_folder"));
+  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
+  const bool chosen = dialog.DoModal();
+  FocusTable();
+  if (chosen) AddFiles({dialog.GetPath()});
+}
+
+void Flx_AppWnd::TakeDropped(void* self) {
+  auto* window = static_cast<Flx_AppWnd*>(self);
+  std::vector<std::string> paths;
+  for (const std::string& path : DroppedPaths(window->dropped_)) paths.push_back(FromUi(path));
+  if (!paths.empty()) window->AddFiles(paths);
+}
+
+void Flx_AppWnd::InformOfFiles(const char* key, const std::vector<std::string>& paths) {
+  std::string text = texts_.Get(key);
+  for (std::size_t index = 0; index < paths.size() && index < kMostListed; ++index)
+    text += "\n" + ToUi(paths[index]);
+  if (paths.size() > kMostListed)
+    text += "\n" + texts_.Format("ui_more_files", std::to_string(paths.size() - kMostListed));
+  Inform(text);
+}
+
+// Of folders, the keyword files become jobs.
+void Flx_AppWnd::AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind) {
+  const auto group = Group();
+  if (!group) return;
+  std::vector<std::string> files;
+  std::vector<std::string> missing;
+  for (const std::string& path : paths) {
+    if (FileDirWrapper::IsFolder(path)) {
+      folders_.push_back(path);
+      application_.SettingsAndFiles().Set(&Settings::last_path, path);
+    } else if (FileDirWrapper::FileExists(path)) {
+      files.push_back(path);
+      KeepFolderOf(path, application_.SettingsAndFiles(), &Settings::last_path);
+    } else {
+      missing.push_back(path);
+    }
+  }
+  AddDecks(files, kind);
+  if (!missing.empty()) InformOfFiles("ui_missing_files", missing);
+  SearchNext();
+}
+
+void Flx_AppWnd::AddDecks(const std::vector<std::string>& files, std::optional<SolverKind> kind) {
+  const auto group = Group();
+  if (!group) return;
+  std::vector<std::string> refused;
+  for (const std::string& file : files) {
+    if (!application_.SolverEnabled(kind.value_or(SolverKindOfFile(file)))) {
+      refused.push_back(file);
+      continue;
+    }
+    JobRequest request = MakeJobRequest(application_.SettingsAndFiles().Get());
+    request.kind = kind;
+    request.jobFile = file;
+    request.groupId = group->Id();
+    request.fromWindow = true;
+    askApart_.insert(application_.Intake().Add(request));
+  }
+  if (!refused.empty()) InformOfFiles("ui_disabled_files", refused);
+}
+
+// Those that were added while another search was under way are looked for together.
+void Flx_AppWnd::SearchNext() {
+  if (search_.IsBusy() || folders_.empty()) return;
+  search_.Find(std::exchange(folders_, {}));
+  FollowSearch(this);
+}
+
+void Flx_AppWnd::FollowSearch(void* self) {
+  auto* window = static_cast<Flx_AppWnd*>(self);
+  if (window->leaving_) return;
+  const DeckSearch::Progress progress = window->search_.Look();
+  if (progress.ended) return window->TakeSearch();
+  const bool reads = progress.toRead > 0;
+  const std::string text =
+      reads ? window->texts_.Format("ui_search_reading", std::to_string(progress.read + 1),
+                                    std::to_string(progress.toRead))
+            : window->texts_.Format("ui_searching", std::to_string(progress.folders),
+                                    std::to_string(progress.decks));
+  window->status_->SetProgress(text,
+                               reads ? static_cast<int>(100 * progress.read / progress.toRead) : 0);
+  Fl::add_timeout(kLookAgain, FollowSearch, self);
+}
+
+void Flx_AppWnd::TakeSearch() {
+  const DeckSearch::Result result = search_.Take();
+  status_->SetProgress({}, -1);
+  if (!result.isWhole) {
+    folders_.clear();
+    return Say(texts_.Get("ui_search_cancelled"));
+  }
+  AddDecks(result.found.decks, {});
+  if (!result.included.empty()) {
+    std::string names;
+    for (const std::string& deck : result.included) names += (names.empty() ? "" : ", ") + deck;
+    application_.SettingsAndFiles().Log().Note(Message(MessageId::kIncludedLeftOut, names));
+    Say(texts_.Format("ui_included_left_out", std::to_string(result.included.size())));
+  }
+  if (!result.found.below.empty()) {
+    below_ = result.found.below;
+    ShowBar(*belowBar_, texts_.Format("ui_below", std::to_string(below_.size()),
+                                      std::to_string(result.found.foldersBelow)));
+  } else if (result.found.decks.empty() && result.included.empty()) {
+    Inform(texts_.Get("ui_no_keyword_files"));
+  }
+  SearchNext();
+}
+
+void Flx_AppWnd::AddBelow(bool add) {
+  ShowBar(*belowBar_, {});
+  const std::vector<std::string> decks = std::exchange(below_, {});
+  if (!add) return;
+  search_.Read(decks);
+  FollowSearch(this);
+}
+
+// For what was added here and still waits; once all of it has been read.
+void Flx_AppWnd::AskApart() {
+  const bool asks = application_.SettingsAndFiles().Get().separate_results == kAskApart;
+  if (!asks) askApart_.clear();
+  SharedResults shared;
+  if (!askApart_.empty()) shared = FindSharedResults(application_.Manager(), askApart_);
+  if (shared.separable.empty()) {
+    ForgetAsked();
+    return ShowBar(*apart_, {});
+  }
+  const std::string jobs = std::to_string(shared.jobs);
+  const std::size_t folders = shared.folders.size();
+  ShowBar(*apart_, folders == 1 ? texts_.Format("ui_apart", jobs)
+                                : texts_.Format("ui_apart_folders", jobs, std::to_string(folders)));
+}
+
+// Those that have become jobs; others are still read.
+void Flx_AppWnd::ForgetAsked() {
+  JobGroupManager& manager = application_.Manager();
+  for (int index = 0; index < manager.GroupCount() && !askApart_.empty(); ++index) {
+    for (const JobId job : manager.GroupAt(index)->JobIds()) askApart_.erase(job);
+  }
+}
+
+void Flx_AppWnd::AnswerApart(bool apart) {
+  JobGroupManager& manager = application_.Manager();
+  const std::vector<JobId> jobs = FindSharedResults(manager, askApart_).separable;
+  askApart_.clear();
+  AskApart();
+  if (!apart) return;
+  Say(texts_.Format("ui_apart_done", std::to_string(KeepResultsApart(manager, jobs))));
+}
+
+bool Flx_AppWnd::CanKeepCurrentApart(bool* isKept) const {
+  bool can = false;
+  const auto group = Group();
+  if (!group) return can;
+  group->ReadJob(CurrentJob(), [&](const JobFile& job) {
+    can = CanKeepApart(job);
+    if (isKept != nullptr) *isKept = !OutputPrefix(job).empty();
+  });
+  return can;
+}
+
+void Flx_AppWnd::SwitchApart() {
+  bool isKept = false;
+  if (!CanKeepCurrentApart(&isKept)) return;
+  if (isKept) {
+    Group()->SetOutputName(CurrentJob(), {});
+  } else {
+    KeepResultsApart(application_.Manager(), {CurrentJob()});
+  }
+}
+
+void Flx_AppWnd::ShowBar(NoticeBar& bar, const std::string& text) {
+  if (!text.empty()) bar.SetText(text);
+  if (text.empty() == !bar.visible()) return;
+  text.empty() ? bar.hide() : bar.show();
+  LayOut();
+  redraw();
+}
