@@ -23,7 +23,7 @@ struct JobRequest {
   std::string extraOptions = {};
   std::string outputName = {};  // DynaFields::outputName
   int groupId = 0;              // 0: the group that is current when the request is added
-  bool fromWindow = false;  // who adds it asks whether results in one folder are kept apart
+  bool fromWindow = false;      // who adds it asks whether results in one folder are kept apart
   // The deck becomes the last stage of this job instead of a job of its own.
   JobId stageOf = JobId::kNone;
 

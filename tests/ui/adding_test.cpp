@@ -77,13 +77,11 @@ TEST_F(Adding, AFolderOffersThoseBelow) {
   Press(Find<Fl_Button>(*window_, "Add them"));
   EXPECT_TRUE(Until([&] { return Rows().size() == 2; }));
   EXPECT_EQ(Bars(), "") << "each in a folder of its own";
-  EXPECT_EQ(Answer(
-                [&] {
-                  Drop({home_ / "empty"});
-                  Until([] { return false; }, std::chrono::seconds(1));
-                },
-                "OK"),
-            Say("ui_no_keyword_files"));
+  const auto dropEmpty = [&] {
+    Drop({home_ / "empty"});
+    Until([] { return false; }, 1);
+  };
+  EXPECT_EQ(Answer(dropEmpty, "OK"), Say("ui_no_keyword_files"));
 }
 
 }  // namespace

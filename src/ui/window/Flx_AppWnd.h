@@ -182,7 +182,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void AskApart();
   void ForgetAsked();
   void AnswerApart(bool apart);
-  bool CanKeepCurrentApart(bool* isKept = nullptr) const;
+  // Of those that can be: whether all keep their results apart. None when there are no such.
+  std::optional<bool> SelectedAreApart() const;
   void SwitchApart();
   void ShowBar(NoticeBar& bar, const std::string& text);  // hidden with an empty text
 

@@ -188,25 +188,29 @@ void Flx_AppWnd::AnswerApart(bool apart) {
   Say(texts_.Format("ui_apart_done", std::to_string(KeepResultsApart(manager, jobs))));
 }
 
-bool Flx_AppWnd::CanKeepCurrentApart(bool* isKept) const {
-  bool can = false;
+std::optional<bool> Flx_AppWnd::SelectedAreApart() const {
+  std::optional<bool> all;
   const auto group = Group();
-  if (!group) return can;
-  group->ReadJob(CurrentJob(), [&](const JobFile& job) {
-    can = CanKeepApart(job);
-    if (isKept != nullptr) *isKept = !OutputPrefix(job).empty();
+  if (!group || !Table()) return all;
+  const std::vector<JobId> selected = Table()->SelectedJobs();
+  const std::set<JobId> jobs(selected.begin(), selected.end());
+  group->ReadJobs([&](const JobFile& job) {
+    if (!jobs.contains(job.id) || !CanKeepApart(job)) return;
+    all = all.value_or(true) && !OutputPrefix(job).empty();
   });
-  return can;
+  return all;
 }
 
 void Flx_AppWnd::SwitchApart() {
-  bool isKept = false;
-  if (!CanKeepCurrentApart(&isKept)) return;
-  if (isKept) {
-    Group()->SetOutputName(CurrentJob(), {});
-  } else {
-    KeepResultsApart(application_.Manager(), {CurrentJob()});
+  const std::optional<bool> apart = SelectedAreApart();
+  if (!apart) return;
+  const std::vector<JobId> jobs = Table()->SelectedJobs();
+  if (!*apart) {
+    Say(texts_.Format("ui_apart_done",
+                      std::to_string(KeepResultsApart(application_.Manager(), jobs))));
+    return;
   }
+  for (const JobId job : jobs) Group()->SetOutputName(job, {});
 }
 
 void Flx_AppWnd::ShowBar(NoticeBar& bar, const std::string& text) {

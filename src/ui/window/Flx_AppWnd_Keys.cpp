@@ -84,7 +84,7 @@ bool Flx_AppWnd::CanPerform(Action action) const {
     case Action::kGoOn:
       return !DumpOfCurrentJob().empty();
     case Action::kKeepApart:
-      return CanKeepCurrentApart();
+      return SelectedAreApart().has_value();
     case Action::kDeleteGroup:
       return application_.Manager().GroupCount() > 1;
     case Action::kUndo:
@@ -133,10 +133,8 @@ void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
       const ForceState force = ForceOfSelected();
       item.flags |= FL_MENU_TOGGLE | (force.on && !force.differs ? FL_MENU_VALUE : 0);
     }
-    if (bool isKept = false; action == Action::kKeepApart) {
-      CanKeepCurrentApart(&isKept);
-      item.flags |= FL_MENU_TOGGLE | (isKept ? FL_MENU_VALUE : 0);
-    }
+    if (action == Action::kKeepApart)
+      item.flags |= FL_MENU_TOGGLE | (SelectedAreApart().value_or(false) ? FL_MENU_VALUE : 0);
     item.labeltype_ = Theme::kMenuLabel;
     item.labelsize_ = Layout::kFontSize;
     items.push_back(item);
