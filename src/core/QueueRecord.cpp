@@ -160,6 +160,7 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
   for (auto [id, request] : session.requests) {
     request.groupId = newGroups[request.groupId];
     if (request.stageOf != JobId::kNone) request.stageOf = newJobs[request.stageOf];
+    request.fromWindow = false;  // no window asks about it any more
     newJobs[id] = intake.Add(std::move(request));
   }
 }

@@ -182,6 +182,7 @@ void ForEachField(Fields& request, Visit visit) {
   visit("options", request.extraOptions);
   visit("jobid", request.outputName);
   visit("group", request.groupId);
+  visit("window", request.fromWindow);
   visit("stageOf", request.stageOf);
 }
 template <typename Fields, typename Visit>

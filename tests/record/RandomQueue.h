@@ -89,9 +89,9 @@ class RandomQueue {
     Set(static_cast<RunResult&>(run));
     Fill(run.started, run.stage, run.solver, run.jobFile, run.restartFile, run.program,
          run.commandLine, run.folder, run.variables, run.cpus, run.memory, run.extraOptions,
-         run.ncpu, run.pause, run.useSFile, run.dump, run.machine, run.process.id, run.process.mark,
-         run.token, run.filesBefore, run.dumpsBefore, run.ended, run.exitCode, run.verdict,
-         run.errors, run.warnings, run.nodes, run.elements);
+         run.ncpu, run.pause, run.useSFile, run.dump, run.outputName, run.machine, run.process.id,
+         run.process.mark, run.token, run.filesBefore, run.dumpsBefore, run.ended, run.exitCode,
+         run.verdict);
     static_assert(!HasMore<RunRecord>, "these are not all of its fields");
     return run;
   }
@@ -100,8 +100,8 @@ class RandomQueue {
   // Than a run's result and the fields above.
   template <typename T>
   static constexpr bool HasMore = requires {
-    T{{}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {},
-      {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}};
+    T{{}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {},
+      {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}};
   };
 
   // Any value of a field.
@@ -138,20 +138,20 @@ class RandomQueue {
     Set(detail);
   }
   void Set(RunResult& result) {
-    auto& [a, b, c, d, e, f, g] = result;
-    Fill(a, b, c, d, e, f, g);
+    auto& [a, b, c, d, e, f, g, h, i, j, k] = result;
+    Fill(a, b, c, d, e, f, g, h, i, j, k);
   }
   void Set(JobFields& job) {
     auto& [a, b, c, d, e, f, g, h, i, j, k] = job;
     Fill(a, b, c, d, e, f, g, h, i, j, k);
   }
   void Set(DynaFields& job) {
-    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m] = job;
-    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m);
+    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m, n] = job;
+    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m, n);
   }
   void Set(JobRequest& request) {
-    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m] = request;
-    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m);
+    auto& [a, b, c, d, e, f, g, h, i, j, k, l, m, n, o] = request;
+    Fill(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o);
   }
 
   unsigned Number(unsigned least, unsigned most) {

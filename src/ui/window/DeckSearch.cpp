@@ -39,6 +39,7 @@ void DeckSearch::Read(std::vector<std::string> decks) {
 void DeckSearch::Begin(std::vector<std::string> folders, std::vector<std::string> decks) {
   Cancel();
   shared_ = std::make_shared<Shared>();
+  shared_->toRead = decks.size();
   shared_->result.found.decks = std::move(decks);
   std::thread([shared = shared_, folders = std::move(folders)] { shared->Work(folders); }).detach();
 }

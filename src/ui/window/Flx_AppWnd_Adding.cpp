@@ -149,6 +149,7 @@ void Flx_AppWnd::TakeSearch() {
 
 void Flx_AppWnd::AddBelow(bool add) {
   ShowBar(*belowBar_, {});
+  FocusTable();
   const std::vector<std::string> decks = std::exchange(below_, {});
   if (!add) return;
   search_.Read(decks);
@@ -184,6 +185,7 @@ void Flx_AppWnd::AnswerApart(bool apart) {
   const std::vector<JobId> jobs = FindSharedResults(manager, askApart_).separable;
   askApart_.clear();
   AskApart();
+  FocusTable();
   if (!apart) return;
   Say(texts_.Format("ui_apart_done", std::to_string(KeepResultsApart(manager, jobs))));
 }
