@@ -39,7 +39,7 @@ class SettingsRow : public Fl_Group {
   // Stores what is being typed. False when something is not valid, of another job of the list too;
   // it stays as typed.
   bool Commit();
-  // Leads to the first field whose text is not valid, of another job through OnJobWanted.
+  // Leads to the first field whose text is not valid, of other jobs through OnJobsWanted.
   void GoToRejected();
   void GoToSolver();
 
