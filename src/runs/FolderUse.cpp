@@ -54,7 +54,7 @@ std::string TextOf(const Solver& solver) {
          '\n' + solver.job + '\n' + solver.token + '\n';
 }
 
-// The solver of this machine that the text in a folder names. Any file may lie there.
+// The solver that the text in a folder names. Any file may lie there.
 bool ReadSolver(const std::string& path, Solver& solver) {
   InputFile file;
   if (!file.Open(path) || file.Size() > kMostBytes) return false;
@@ -71,10 +71,11 @@ bool ReadSolver(const std::string& path, Solver& solver) {
   std::istringstream(id) >> solver.process.id;
   std::getline(lines, solver.token);
   if (solver.token.size() < kLeastToken) solver.token.clear();
-  return solver.machine == MachineName();
+  return true;
 }
 
-// The solver itself, or what it started and left in the folder; 0 when nothing of it runs.
+// The solver itself, or what it started and left in the folder; 0 when nothing of it runs here.
+// Whatever the machine was called when it started.
 std::int32_t RunningOf(const Solver& solver, const std::string& folder) {
   if (Runs(solver.process)) return solver.process.id;
   return PTWrapperProcess::FindStarted(solver.token, folder);
@@ -128,7 +129,8 @@ FolderHolder FolderUse::TakeOne(const std::string& folder) {
   }
   const std::int32_t running = RunningOf(solver, folder);
   if (running != 0) return {FolderHolder::Kind::kSolver, folder, solver.job, running};
-  FileDirWrapper::RemoveFile(text);  // who left it has crashed
+  // Who left it has crashed. Another machine's stays: there its solver may run.
+  if (solver.machine == MachineName()) FileDirWrapper::RemoveFile(text);
   return {};
 }
 

@@ -64,13 +64,16 @@ TEST(FolderUse, ASolverThatOutlivedItsProgramIsKnown) {
   EXPECT_EQ(holder.job, "mine.k");
   EXPECT_EQ(holder.processId, living);
 
-  // The same id now belongs to another process, or to one of another machine; or it is no such
-  // text.
   const std::string id = std::to_string(living);
   const std::string mark = IdentityOfProcess(living).mark;
+  folder.Write(".kr_running.txt", "before\n" + id + "\n" + mark + "\nx.k\n");
+  EXPECT_EQ(next.Take({folder.Path()}).kind, Kind::kSolver) << "the machine has been renamed";
+
+  // The same id now belongs to another process, or to one of another machine; or it is no such
+  // text.
   for (const std::string& text :
        {MachineName() + "\n" + id + "\n" + mark + "1\nx.k\n",
-        "else\n" + id + "\n" + mark + "\nx.k\n", MachineName() + "\n0\n\nx.k\n",
+        "else\n" + id + "\n" + mark + "1\nx.k\n", MachineName() + "\n0\n\nx.k\n",
         std::string(100000, '\n'), std::string("\0\xff", 2)}) {
     folder.Write(".kr_running.txt", text);
     EXPECT_EQ(next.Take({folder.Path()}).kind, Kind::kNobody);

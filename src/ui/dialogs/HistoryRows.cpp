@@ -16,11 +16,10 @@
 
 namespace {
 
-HistoryVerdict VerdictOf(const RunRecord& run, const std::string& machine) {
+HistoryVerdict VerdictOf(const RunRecord& run) {
   if (run.verdict == JobStatus::kFinished) return HistoryVerdict::kFinished;
   if (run.verdict == JobStatus::kAborted) return HistoryVerdict::kAborted;
-  const bool runs = run.machine == machine && Runs(run.process);
-  return runs ? HistoryVerdict::kRunning : HistoryVerdict::kUnknown;
+  return Runs(run.process) ? HistoryVerdict::kRunning : HistoryVerdict::kUnknown;
 }
 
 // -1: not known.
@@ -32,12 +31,12 @@ std::string Known(std::int64_t number) {
   return number < 0 ? CellDrawing::kNothing : std::to_string(number);
 }
 
-HistoryRow RowOf(RunRecord run, const std::string& machine, const TextTable& texts) {
+HistoryRow RowOf(RunRecord run, const TextTable& texts) {
   HistoryRow row;
   const auto set = [&row](HistoryColumn column, std::string text) {
     row.cells[static_cast<std::size_t>(column)] = std::move(text);
   };
-  row.verdict = VerdictOf(run, machine);
+  row.verdict = VerdictOf(run);
   const std::int64_t seconds = SecondsOf(run);
   set(HistoryColumn::kWhen, ShownMinute(run.started));
   set(HistoryColumn::kJob, ShownJob(run.jobFile, run.restartFile));
@@ -93,10 +92,9 @@ bool IsText(HistoryColumn column) {
 }  // namespace
 
 std::vector<HistoryRow> HistoryRowsOf(std::vector<RunRecord> runs, const TextTable& texts) {
-  const std::string machine = MachineName();
   std::vector<HistoryRow> rows;
   rows.reserve(runs.size());
-  for (RunRecord& run : runs) rows.push_back(RowOf(std::move(run), machine, texts));
+  for (RunRecord& run : runs) rows.push_back(RowOf(std::move(run), texts));
   return rows;
 }
 
