@@ -46,7 +46,7 @@ std::vector<std::string> Beside(const PostSource& source,
 
 constexpr char kDynaProgramFilter[] = "LS-DYNA Solver (*.exe)|*.exe|";
 constexpr BothLanguages kDeckTitle = {"Select DYNA File (LS-DYNA)", "选择 DYNA 文件 (LS-DYNA)"};
-constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k|All Files (*.*)|*|";
+constexpr char kDeckFilter[] = "Dyna File (*.dyn;*.k)|*.dyn;*.k;*.key|All Files (*.*)|*|";
 
 constexpr SolverKindRow kRows[] = {
     {

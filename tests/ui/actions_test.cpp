@@ -171,7 +171,7 @@ TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {
     JobIn(*jobs, jobs->ActiveJob())->started -= 3600;
   }
   const auto ran = [&](const char* name) {
-    return window_->Texts().Format("ui_has_run", name, "1 h 0 min") + " ";
+    return window_->Texts().Format("ui_has_run", name, "1 h") + " ";
   };
   const std::string asked = Answer([&] { PressKey('q', FL_CTRL); }, "No");
   EXPECT_EQ(OnOneLine(asked), ran("long.k") + ran("second.k") + Say("ui_stop_loses_all") + " " +

@@ -372,7 +372,7 @@ TEST_F(JobTableTest, ExtraColumnsAreChosenMovedAndRemembered) {
   Add(done);
   Add(MakeJob<JobFileDyna>("/w/next.k"));
   const auto choose = [&](const std::string& entry) {
-    Talk([&] { PressKey('k', FL_CTRL); }, {[&](Fl_Window& menu) { Press(menu, entry); }});
+    Talk([&] { PressKey('k', FL_CTRL | FL_SHIFT); }, {[&](Fl_Window& menu) { Press(menu, entry); }});
   };
   for (const char* column : {"CPUs", "Group", "Elapsed", "Restart File", "Group"}) choose(column);
   const std::string first =
