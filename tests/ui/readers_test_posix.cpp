@@ -193,6 +193,7 @@ TEST_F(HelpTest, LeadsThroughThePages) {
   EXPECT_EQ(Title(), "Help - Kestrun");
   Press(Find<Fl_Button>(help, "Forward"));
   EXPECT_EQ(Title(), second);
+  help.size(700, 1000);  // the contents are long
   Press(Find<Fl_Hold_Browser>(help), "All settings");
   EXPECT_EQ(Title(), "Help - All settings");
 
