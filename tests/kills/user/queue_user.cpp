@@ -104,6 +104,7 @@ class User {
         manager_(application.Manager()),
         settings_(application.SettingsAndFiles()),
         random_(seed) {
+    settings_.Set(&Settings::stop_after_failures, 0);  // most jobs have no deck
     TakeHandedOver();
     model_ = ModelOf(manager_);
     Say("ready ");
@@ -373,7 +374,6 @@ void WaitWhile(const std::function<bool()>& waits) {
 
 void StartSolvers(Application& application, const std::string& folder, char** names) {
   SettingsAndPaths& settings = application.SettingsAndFiles();
-  settings.Set(&Settings::stop_after_failures, 0);  // most jobs have no deck
   settings.Set(&Settings::mpi, 9);
   settings.Set(&Settings::mpi_param, std::string("-n 4"));
   settings.Set(&Settings::mpp_solver_d, settings.Get().SolverPath(SolverKind::kLsDynaDouble));
