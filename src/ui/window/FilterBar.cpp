@@ -54,7 +54,7 @@ class FilterBar::WordField : public LineInput {
       : LineInput(0, 0, kNarrowField, kHeight), bar_(bar), hint_(hint) {
     textsize(Layout::kSmallFontSize);
     when(FL_WHEN_CHANGED);
-    callback([](Fl_Widget*, void* bar) { static_cast<FilterBar*>(bar)->Tell(); }, &bar);
+    callback([](Fl_Widget*, void* owner) { static_cast<FilterBar*>(owner)->Tell(); }, &bar);
   }
 
   int handle(int event) override {

@@ -29,7 +29,7 @@ class JobRows {
   struct SortKey {
     bool isUnknown = false;  // these stand last in either direction
     double number = 0;
-    std::string text;  // among equal numbers
+    std::string text = {};  // among equal numbers
     bool operator==(const SortKey&) const = default;
   };
   struct Entry {

@@ -113,12 +113,12 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
     default:
       // As the counts have them, and within the running ones the farthest last.
       return [this](const JobFile& job, const Entry& entry) {
-        double number = 2 * static_cast<double>(entry.status);
-        if (job.status == JobStatus::kWaiting) number += 1;
-        if (job.status != JobStatus::kRunning) return Key{.number = number};
+        double rank = 2 * static_cast<double>(entry.status);
+        if (job.status == JobStatus::kWaiting) rank += 1;
+        if (job.status != JobStatus::kRunning) return Key{.number = rank};
         const std::optional<RunState> state = StateOf(job);
-        if (state && state->news.percent) number += *state->news.percent / 200;
-        return Key{.number = number};
+        if (state && state->news.percent) rank += *state->news.percent / 200;
+        return Key{.number = rank};
       };
   }
 }
