@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <optional>
 #include <sstream>
+#include <utility>
 
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
@@ -137,6 +138,7 @@ JournalText ReadJournalText(std::string_view bytes, const JournalName& name) {
   std::size_t count = 0;
   text.state = title ? StateOfTitle(*title, name, count) : JournalText::State::kForeign;
   if (text.state != JournalText::State::kWhole) return text;
+  text.isOurs = *title == Title(name, count);
   text.end = kHead + title->size() + 1;
   while (const std::optional<std::string_view> record = RecordAt(bytes.substr(text.end))) {
     text.records.push_back(*record);
@@ -163,13 +165,17 @@ Journal::Journal(std::string path, JournalName name)
 
 Journal::Found Journal::Read(const std::function<bool(std::string_view record)>& take) {
   inTheWay_ = false;
+  end_ = 0;
   if (!FileDirWrapper::FileExists(path_)) return Found::kNothing;
   std::string bytes;
   if (ReadJournalBytes(path_, bytes)) {
     if (bytes.empty()) return Found::kNothing;
     const JournalText text = ReadJournalText(bytes, name_);
     const bool isTaken = std::all_of(text.records.begin(), text.records.end(), take);
-    if (isTaken && text.state == JournalText::State::kWhole) return Found::kRecords;
+    if (isTaken && text.state == JournalText::State::kWhole) {
+      if (text.isOurs) end_ = text.end;
+      return Found::kRecords;
+    }
   }
   if (PutAside()) return Found::kAside;
   inTheWay_ = true;
@@ -189,35 +195,62 @@ bool Journal::PutAside() {
   return false;
 }
 
+bool Journal::Continue() {
+  const std::size_t end = std::exchange(end_, 0);
+  return end != 0 && file_.Open(path_, end);
+}
+
 bool Journal::Rewrite(const std::vector<std::string>& records) {
+  Drop();
   file_.Close();
   if (inTheWay_ && FileDirWrapper::FileExists(path_) && !PutAside()) return false;
   inTheWay_ = false;
-  std::string text = JournalLine(Title(name_, records.size()));
-  for (const std::string& record : records) text += JournalLine(record);
-  const std::string fresh = path_ + ".new";
-  FileDirWrapper::RemoveFile(fresh);
-  {
-    AppendFile file;
-    if (!file.Make(fresh) || !file.Append(text)) {
-      file.Close();
-      FileDirWrapper::RemoveFile(fresh);
-      return false;
-    }
-  }
-  if (!FileDirWrapper::ReplaceFileWith(fresh, path_)) {
-    FileDirWrapper::RemoveFile(fresh);
+  if (!Prepare(records)) return false;
+  fresh_.Close();
+  if (!FileDirWrapper::ReplaceFileWith(FreshPath(), path_)) {
+    Drop();
     return false;
   }
-  snapshotSize_ = text.size();
-  return file_.Open(path_, text.size());
+  snapshotSize_ = freshSnapshotSize_;
+  return file_.Open(path_, snapshotSize_);
+}
+
+bool Journal::Prepare(const std::vector<std::string>& records) {
+  std::string text = JournalLine(Title(name_, records.size()));
+  for (const std::string& record : records) text += JournalLine(record);
+  Drop();
+  freshSnapshotSize_ = text.size();
+  if (fresh_.Make(FreshPath()) && fresh_.Append(text)) return true;
+  Drop();
+  return false;
+}
+
+// Both are closed meanwhile, for systems that move no open file.
+bool Journal::TakePlace() {
+  if (!IsPrepared() || !file_.IsAt(path_)) return false;
+  const std::uint64_t sizeBefore = file_.Size();
+  const std::uint64_t size = fresh_.Size();
+  file_.Close();
+  fresh_.Close();
+  const bool isTaken = FileDirWrapper::MoveFileOver(FreshPath(), path_);
+  if (isTaken) snapshotSize_ = freshSnapshotSize_;
+  return file_.Open(path_, isTaken ? size : sizeBefore) && isTaken;
+}
+
+void Journal::Drop() {
+  fresh_.Close();
+  FileDirWrapper::RemoveFile(FreshPath());
 }
 
 bool Journal::Append(std::string_view record) {
   if (!file_.IsOpen()) return false;
-  if (file_.IsAt(path_)) return file_.Append(JournalLine(record));
-  inTheWay_ = true;  // what lies there now is somebody else's
-  return false;
+  if (!file_.IsAt(path_)) {
+    inTheWay_ = true;  // what lies there now is somebody else's
+    return false;
+  }
+  const std::string line = JournalLine(record);
+  if (IsPrepared() && !fresh_.Append(line)) Drop();
+  return file_.Append(line);
 }
 
 bool Journal::Sync() {

@@ -32,6 +32,7 @@ struct JournalText {
   State state = State::kWhole;
   std::vector<std::string_view> records;  // inside the bytes; none of kNewer and kForeign
   std::size_t end = 0;                    // of the last record that is whole, in bytes
+  bool isOurs = false;                    // its title is the one that we would give it
 };
 JournalText ReadJournalText(std::string_view bytes, const JournalName& name);
 
@@ -61,13 +62,27 @@ class Journal {
   // Where the last file that could not be believed lies now.
   const std::string& Aside() const { return aside_; }
 
+  // After a Read that found records, goes on with that file. False when it has to be written anew.
+  bool Continue();
   // Writes a new file of these records and puts it in the old one's place in one step. On failure
-  // the old one stays.
+  // the old one stays. Waits for the disk.
   bool Rewrite(const std::vector<std::string>& records);
 
-  // After a Rewrite. False when not all of it could be written; Rewrite then makes it whole again.
+  // After a Rewrite or Continue. False when not all of it could be written; Rewrite then makes it
+  // whole again.
   bool Append(std::string_view record);
   bool Sync();
+
+  // The same as Rewrite in steps, so that nothing that is appended waits for the disk: Prepare
+  // writes the new file beside the old one, and what is appended goes into both. When its Newest
+  // has been synchronised it takes the place, or is dropped. Where a step fails the old one goes
+  // on.
+  bool Prepare(const std::vector<std::string>& records);
+  bool IsPrepared() const { return fresh_.IsOpen(); }
+  bool TakePlace();
+  void Drop();
+  // The file to be synchronised.
+  AppendFile& Newest() { return IsPrepared() ? fresh_ : file_; }
 
   // Bytes of the file, and those that Rewrite gave it.
   std::uint64_t Size() const { return file_.Size(); }
@@ -77,13 +92,17 @@ class Journal {
 
  private:
   bool PutAside();
+  std::string FreshPath() const { return path_ + ".new"; }
 
   const std::string path_;
   const JournalName name_;
   std::string aside_;
   bool inTheWay_ = false;
   AppendFile file_;
+  AppendFile fresh_;
+  std::size_t end_ = 0;  // of the records that Read found, under the title that we give; 0: none
   std::uint64_t snapshotSize_ = 0;
+  std::uint64_t freshSnapshotSize_ = 0;
 };
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "record/History.h"
@@ -75,8 +76,13 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
     if (!before.now.resume) before = {};
   }
   image_ = before;
-  image_.Apply(change::SessionBegins());
-  image_.now.last = DateTimeWrapper::CurrentTime();
+  queue_.broken = !keepQueue || found != Journal::Found::kRecords || !queue_.journal.Continue();
+  history_.broken = history != Journal::Found::kRecords || !history_.journal.Continue();
+  history_.records = unlearned_.size();
+  {
+    const MutexLock lock(mutex_);
+    changes_.insert(changes_.begin(), change::SessionBegins());
+  }
   worker_ = std::thread([this] { Work(); });
   return before;
 }
@@ -138,7 +144,7 @@ bool RecordWriter::WaitFor(std::uint64_t RecordWriter::*done, std::chrono::milli
   MutexLock lock(mutex_);
   const std::uint64_t wanted = put_;
   const std::uint64_t mine = ++asked_;
-  syncNow_ = syncNow_ || done == &RecordWriter::onDisk_;
+  if (done == &RecordWriter::onDisk_) syncWanted_ = wanted;
   changed_.notify_all();
   while (this->*done < wanted && !(cannotWrite_ && answered_ >= mine) &&
          lock.WaitUntil(changed_, end)) {
@@ -162,12 +168,14 @@ std::uint64_t RecordWriter::QueueBytes() const {
 }
 
 bool RecordWriter::HasNothingToWrite() const {
-  return !end_ && answered_ == asked_ && (holds_ > 0 || (changes_.empty() && runs_.empty()));
+  return !end_ && answered_ == asked_ && (holds_ > 0 || (changes_.empty() && runs_.empty())) &&
+         !queue_.synced && !history_.synced;
 }
 
 // What is written is not on the disk yet, or could not be written.
 bool RecordWriter::IsOwed() const {
-  return queue_.dirty || history_.dirty || IsBroken();
+  return queue_.dirty || history_.dirty || queue_.sync.valid() || history_.sync.valid() ||
+         IsBroken();
 }
 
 // The first round writes the session's beginning, whatever was put, once nothing is held.
@@ -191,7 +199,7 @@ void RecordWriter::Work() {
         }
       }
       end = end_;
-      syncNow = std::exchange(syncNow_, false);
+      syncNow = syncWanted_ > onDisk_;
       asked = asked_;
       tryNow = asked != answered_;
       if (holds_ == 0) {
@@ -204,6 +212,8 @@ void RecordWriter::Work() {
     const bool keepsQueue = keepQueue_;
     if (keepsQueue && !keptQueue) queue_.broken = true;
     keptQueue = keepsQueue;
+    TakeSync(queue_);
+    TakeSync(history_);
     Apply(changes);
     if (keepsQueue) {
       WriteQueue(changes, tryAgain);
@@ -212,18 +222,24 @@ void RecordWriter::Work() {
     }
     WriteHistory(runs, tryAgain);
     LearnPast();
-    if (end || syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
-      Sync(queue_);
-      Sync(history_);
+    if (end) {
+      SyncAtEnd(queue_);
+      SyncAtEnd(history_);
+    } else if (syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
+      BeginSync(queue_, taken);
+      BeginSync(history_, taken);
       synced_ = Clock::now();
+    }
+    for (Target* const target : {&queue_, &history_}) {
+      if (!target->broken && !target->dirty && !target->sync.valid()) target->onDisk = taken;
     }
     {
       const MutexLock lock(mutex_);
       answered_ = asked;
       cannotWrite_ = IsBroken();
       if (!cannotWrite_) written_ = taken;
-      if (!IsOwed()) onDisk_ = taken;
-      if (!queue_.dirty && !queue_.broken) queueOnDisk_ = taken;
+      onDisk_ = std::min(queue_.onDisk, history_.onDisk);
+      queueOnDisk_ = queue_.onDisk;
       queueBytes_ = queue_.journal.Size();
     }
     changed_.notify_all();
@@ -232,6 +248,7 @@ void RecordWriter::Work() {
 }
 
 void RecordWriter::Mend(Target& target, const std::vector<std::string>& records) {
+  if (target.sync.valid()) target.sync.wait();
   if (target.journal.Rewrite(records)) {
     target.broken = target.dirty = false;
     target.records = records.size();
@@ -258,8 +275,11 @@ void RecordWriter::WriteQueue(const std::vector<QueueChange>& changes, bool tryA
     queue_.dirty = true;
   }
   const bool isLong = queue_.journal.Size() > 2 * queue_.journal.SnapshotSize() + kSpareBytes;
-  const bool mend = queue_.broken ? !wasBroken || tryAgain : isLong;
-  if (mend) Mend(queue_, SnapshotOf(image_));
+  if (queue_.broken) {
+    if (!wasBroken || tryAgain) Mend(queue_, SnapshotOf(image_));
+  } else if (IsTooLong(queue_, isLong)) {
+    Prepare(queue_, SnapshotOf(image_));
+  }
 }
 
 // Of a session whose queue is not kept.
@@ -306,19 +326,86 @@ void RecordWriter::WriteHistory(const std::vector<RunRecord>& runs, bool tryAgai
   if (!runs.empty()) ++historyVersion_;
   if (unwrittenHistory_.size() > kMostHistory) DropOldHistory(unwrittenHistory_);
   const bool isLong = history_.records > 2 * kMostHistory + kSpareHistory;
-  const bool mend = history_.broken ? !wasBroken || tryAgain : isLong;
-  if (!mend) return;
+  if (!history_.broken) {
+    if (IsTooLong(history_, isLong)) Prepare(history_, HistorySnapshot());
+    return;
+  }
+  if (wasBroken && !tryAgain) return;
   Mend(history_, HistorySnapshot());
   if (history_.broken) return;
   unwrittenHistory_.clear();
   ++historyVersion_;
 }
 
-void RecordWriter::Sync(Target& target) {
-  if (!target.dirty || target.broken) return;
-  if (target.journal.Sync()) {
-    target.dirty = false;
+bool RecordWriter::IsTooLong(const Target& target, bool isLong) const {
+  return isLong && !target.sync.valid() && Clock::now() - tried_ >= kBetweenTries;
+}
+
+// What cannot be shortened now goes on as it is.
+void RecordWriter::Prepare(Target& target, const std::vector<std::string>& records) {
+  if (!target.journal.Prepare(records)) {
+    tried_ = Clock::now();
+    return;
+  }
+  target.records = records.size();
+  target.dirty = true;
+}
+
+// Where no thread can be had, or no descriptor, it is done here.
+void RecordWriter::BeginSync(Target& target, std::uint64_t taken) {
+  if (!target.dirty || target.broken || target.sync.valid()) return;
+  target.dirty = false;
+  target.syncs = taken;
+  target.syncsNew = target.journal.IsPrepared();
+  const auto sync = [this, &target, moved = std::exchange(target.moved, false)](AppendFile& file) {
+    const bool isGood = file.Sync();
+    if (isGood && moved) FileDirWrapper::SyncFolderOf(target.journal.Path());
+    {
+      const MutexLock lock(mutex_);
+      target.synced = true;
+    }
+    changed_.notify_all();
+    return isGood;
+  };
+  const auto file = std::make_shared<AppendFile>();
+  if (file->Share(target.journal.Newest())) {
+    try {
+      target.sync = std::async(std::launch::async, [sync, file] { return sync(*file); });
+      return;
+    } catch (const std::system_error&) {
+    }
+  }
+  target.sync =
+      std::async(std::launch::deferred, [sync, &target] { return sync(target.journal.Newest()); });
+  target.synced = true;
+}
+
+void RecordWriter::TakeSync(Target& target) {
+  if (!target.synced) return;
+  const bool isGood = target.sync.get();
+  target.synced = false;
+  if (target.syncsNew) {
+    if (isGood && target.journal.TakePlace()) {
+      target.moved = true;
+      if (&target == &history_) ++historyVersion_;
+    } else {
+      target.journal.Drop();
+      tried_ = Clock::now();
+    }
+    target.dirty = true;
+  } else if (isGood) {
+    target.onDisk = std::max(target.onDisk, target.syncs);
   } else {
     target.broken = true;
   }
+}
+
+void RecordWriter::SyncAtEnd(Target& target) {
+  if (target.sync.valid()) target.sync.wait();
+  TakeSync(target);
+  if (!target.dirty || target.broken) return;
+  target.journal.Drop();
+  target.dirty = false;
+  target.broken = !target.journal.Sync();
+  if (target.moved) FileDirWrapper::SyncFolderOf(target.journal.Path());
 }

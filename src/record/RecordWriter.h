@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -20,9 +21,10 @@
 #include "util/signals/Mutex.h"
 
 // Takes changes from any thread, which costs it a lock and a move, and never waits for the disk.
-// What was put is written within some milliseconds and on the disk within half a second. Where it
-// cannot be written it is kept and tried again every few seconds; that is reported once for each
-// file, and noted when it works again.
+// What was put is written within some milliseconds, however long the disk takes to synchronise, and
+// on the disk within half a second when it is quick. Where it cannot be written it is kept and
+// tried again every few seconds; that is reported once for each file, and noted when it works
+// again.
 class RecordWriter {
  public:
   RecordWriter(RecordFiles files, MessageSink report, MessageSink note);
@@ -69,7 +71,8 @@ class RecordWriter {
  private:
   using Clock = std::chrono::steady_clock;
 
-  // One file with what has to be in it; the writer's thread.
+  // One file with what has to be in it; the writer's thread. While its file is synchronised on
+  // another thread, more is appended to it.
   struct Target {
     Target(const std::string& path, JournalName name, MessageIdFor<std::string> whenItFails,
            MessageIdFor<std::string> whenItWorks)
@@ -77,9 +80,15 @@ class RecordWriter {
     Journal journal;
     const MessageIdFor<std::string> fails, works;  // said of it
     bool broken = true;                            // to be written anew
-    bool dirty = false;                            // not on the disk yet
+    bool dirty = false;                            // written, and no sync has begun since
     bool told = false;                             // the user knows that it is broken
     std::uint64_t records = 0;
+    bool moved = false;               // the folder is to be synchronised too
+    std::future<bool> sync;           // the one that runs, or has ended and is not looked at
+    std::atomic<bool> synced{false};  // it has ended
+    bool syncsNew = false;            // of a file that takes the place then
+    std::uint64_t syncs = 0;          // what was put up to then it brings to the disk
+    std::uint64_t onDisk = 0;
   };
 
   void Work();
@@ -94,7 +103,11 @@ class RecordWriter {
   void LearnPast();
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);
-  void Sync(Target& target);
+  bool IsTooLong(const Target& target, bool isLong) const;
+  void Prepare(Target& target, const std::vector<std::string>& records);
+  void BeginSync(Target& target, std::uint64_t taken);
+  void TakeSync(Target& target);
+  void SyncAtEnd(Target& target);
   void TellFound(Target& target, Journal::Found found);
 
   const RecordFiles files_;
@@ -121,7 +134,7 @@ class RecordWriter {
   std::vector<RunRecord> runs_ KR_GUARDED_BY(mutex_);
   int holds_ KR_GUARDED_BY(mutex_) = 0;
   bool end_ KR_GUARDED_BY(mutex_) = false;
-  bool syncNow_ KR_GUARDED_BY(mutex_) = false;  // somebody waits
+  std::uint64_t syncWanted_ KR_GUARDED_BY(mutex_) = 0;  // somebody waits for what was put by then
   std::uint64_t put_ KR_GUARDED_BY(mutex_) = 0;
   std::uint64_t written_ KR_GUARDED_BY(mutex_) = 0;
   std::uint64_t onDisk_ KR_GUARDED_BY(mutex_) = 0;

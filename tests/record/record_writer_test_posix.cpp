@@ -2,18 +2,35 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <mutex>
+#include <thread>
 
 #include "record/RecordWriter.h"
 #include "support/TempFolder.h"
+#include "support/WaitUntil.h"
 
 namespace {
 
 using namespace std::chrono_literals;
+
+std::atomic<std::chrono::milliseconds> g_syncTime{0ms};
+std::atomic<bool> g_syncFails{false};
+
+}  // namespace
+
+// In the place of the C library's: a disk that takes its time.
+extern "C" int fdatasync(int file) {
+  std::this_thread::sleep_for(g_syncTime.load());
+  return g_syncFails ? -1 : static_cast<int>(syscall(SYS_fdatasync, file));
+}
+
+namespace {
 
 struct Said {
   MessageSink Sink() {
@@ -82,6 +99,65 @@ TEST(RecordOnAFullDisk, IsToldOnceForEachFileAndCatchesUpWithoutATornRecord) {
   RecordWriter again(files, said.Sink(), noted.Sink());
   EXPECT_EQ(again.Begin(true).now.jobs.size(), jobs);
   EXPECT_EQ(said.list.size(), 2U) << "whole files";
+}
+
+// What a kill would leave is looked at in the file.
+TEST(RecordOnASlowDisk, IsWrittenWhileTheDiskSynchronises) {
+  const TempFolder folder;
+  const RecordFiles files = RecordFilesIn(folder.Path());
+  Said said;
+  JobImage job;
+  job.fields.jobFile = std::string(3000, 'x');
+  std::uint64_t jobs = 0;
+  const auto sessionsWith = [&](std::size_t wanted) {
+    QueueImage image;
+    for (const auto end = std::chrono::steady_clock::now() + 300ms;
+         image.now.jobs.size() != wanted && std::chrono::steady_clock::now() < end;) {
+      image = {};
+      std::string bytes;
+      ReadJournalBytes(files.queue, bytes);
+      const JournalText text = ReadJournalText(bytes, {kQueueKind, files.machine});
+      for (const std::string_view record : text.records) EXPECT_TRUE(ApplyRecord(record, image));
+    }
+    EXPECT_EQ(image.now.jobs.size(), wanted);
+    return image.left.size();
+  };
+  const auto add = [&](RecordWriter& writer) {
+    job.id = static_cast<JobId>(++jobs);
+    writer.Put(change::JobAdded{1, job});
+    if (jobs % 20 != 0) return;
+    EXPECT_TRUE(writer.AwaitWritten(500ms)) << jobs;
+    sessionsWith(jobs);
+  };
+  for (int session = 0; session < 2; ++session) {
+    RecordWriter writer(files, said.Sink(), said.Sink());
+    writer.Begin(true);
+    jobs = 0;
+    writer.Put(change::GroupSet{1, "A", ""});
+    EXPECT_TRUE(writer.AwaitWritten(20s));
+    g_syncTime = 700ms;
+    const std::uint64_t begin = writer.QueueBytes();
+    add(writer);
+    EXPECT_EQ(sessionsWith(1), session == 0 ? 0U : 1U) << "a later one goes on with the file";
+    while (writer.QueueBytes() - begin < 900'000) add(writer);  // two snapshots are due
+    EXPECT_TRUE(writer.Flush(20s));
+    if (session == 0) {
+      for (int i = 0; i < 400; ++i) {
+        writer.Put(change::JobGone{static_cast<JobId>(jobs)});
+        writer.Put(change::JobAdded{1, job});
+      }
+      EXPECT_TRUE(WaitUntil([&] { return writer.QueueBytes() < 2'000'000; }));
+      g_syncFails = true;  // the old file goes on until a whole one is there
+      add(writer);
+      EXPECT_FALSE(writer.Flush(3s));
+      g_syncFails = false;
+      g_syncTime = 0ms;
+      EXPECT_TRUE(writer.Flush(20s));
+    }
+    sessionsWith(jobs);
+    g_syncTime = 0ms;
+  }
+  EXPECT_FALSE(FileDirWrapper::FileExists(files.queue + ".new"));
 }
 
 // What one user has written is neither read nor changed for another.

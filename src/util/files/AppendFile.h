@@ -18,6 +18,9 @@ class AppendFile {
   bool Make(const std::string& path);
   // The file that is there, cut to this many bytes. Never through a link.
   bool Open(const std::string& path, std::uint64_t bytes);
+  // The file that `other` has open, for a Sync on another thread while `other` goes on. It stays
+  // that file when another one takes its name.
+  bool Share(const AppendFile& other);
   void Close();
   bool IsOpen() const { return handle_ != -1; }
 

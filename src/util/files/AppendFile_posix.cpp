@@ -45,6 +45,13 @@ bool AppendFile::Open(const std::string& path, std::uint64_t bytes) {
   return true;
 }
 
+bool AppendFile::Share(const AppendFile& other) {
+  Close();
+  if (other.IsOpen()) handle_ = fcntl(static_cast<int>(other.handle_), F_DUPFD_CLOEXEC, 0);
+  size_ = other.size_;
+  return IsOpen();
+}
+
 void AppendFile::Close() {
   if (IsOpen()) close(static_cast<int>(handle_));
   handle_ = -1;

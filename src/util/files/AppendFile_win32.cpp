@@ -50,6 +50,17 @@ bool AppendFile::Open(const std::string& path, std::uint64_t bytes) {
   return IsOpen();
 }
 
+bool AppendFile::Share(const AppendFile& other) {
+  Close();
+  const HANDLE self = GetCurrentProcess();
+  HANDLE shared = nullptr;
+  const bool isShared = other.IsOpen() && DuplicateHandle(self, Handle(other.handle_), self,
+                                                          &shared, 0, FALSE, DUPLICATE_SAME_ACCESS);
+  if (isShared) handle_ = reinterpret_cast<std::intptr_t>(shared);
+  size_ = other.size_;
+  return IsOpen();
+}
+
 void AppendFile::Close() {
   if (IsOpen()) CloseHandle(Handle(handle_));
   handle_ = -1;

@@ -101,6 +101,11 @@ class FileDirWrapper {
   // one; `from`'s contents are on the disk before. Both must lie in one folder. On failure both
   // stay as they were.
   static bool ReplaceFileWith(const std::string& from, const std::string& to);
+  // The same, but for the disk, which may have the old file or the new one until SyncFolderOf.
+  // `from` is on the disk already, as far as the caller needs that.
+  static bool MoveFileOver(const std::string& from, const std::string& to);
+  // That the file has this name is on the disk. Waits for it.
+  static void SyncFolderOf(const std::string& path);
 
   // The file gets a second name on its file system, where that has such. False when something is
   // called so.

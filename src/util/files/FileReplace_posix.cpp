@@ -92,15 +92,22 @@ bool CopyRights(int file, const struct stat& old) {
 bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string& to) {
   if (from.empty() || to.empty()) return false;
   const std::string source = file_system::ForSystem(from);
-  const std::string target = file_system::ForSystem(to);
   if (file_system::KindOf(source) != file_system::Kind::kFile) return false;
   const int file = open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return false;
   const bool synced = fsync(file) == 0;
   close(file);
-  if (!synced || std::rename(source.c_str(), target.c_str()) != 0) return false;
-  SyncFolder(FolderOf(target));
+  if (!synced || !MoveFileOver(from, to)) return false;
+  SyncFolderOf(to);
   return true;
+}
+
+bool FileDirWrapper::MoveFileOver(const std::string& from, const std::string& to) {
+  return std::rename(file_system::ForSystem(from).c_str(), file_system::ForSystem(to).c_str()) == 0;
+}
+
+void FileDirWrapper::SyncFolderOf(const std::string& path) {
+  SyncFolder(FolderOf(file_system::ForSystem(path)));
 }
 
 bool FileDirWrapper::GiveSecondName(const std::string& path, const std::string& name) {

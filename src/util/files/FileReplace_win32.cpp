@@ -137,6 +137,13 @@ bool FileDirWrapper::ReplaceFileWith(const std::string& from, const std::string&
   return Flush(from) && MoveOver(from, to);
 }
 
+bool FileDirWrapper::MoveFileOver(const std::string& from, const std::string& to) {
+  return MoveOver(from, to);
+}
+
+// The system keeps the names of files in a journal of its own.
+void FileDirWrapper::SyncFolderOf(const std::string&) {}
+
 bool FileDirWrapper::GiveSecondName(const std::string& path, const std::string& name) {
   return CreateHardLinkA(name.c_str(), path.c_str(), nullptr) != 0;
 }
