@@ -207,7 +207,10 @@ bool Journal::Rewrite(const std::vector<std::string>& records) {
   inTheWay_ = false;
   if (!Prepare(records)) return false;
   fresh_.Close();
-  if (!FileDirWrapper::ReplaceFileWith(FreshPath(), path_)) {
+  isOnDisk_ = FileDirWrapper::FileExists(path_);
+  const bool isPlaced = isOnDisk_ ? FileDirWrapper::ReplaceFileWith(FreshPath(), path_)
+                                  : FileDirWrapper::MoveFileOver(FreshPath(), path_);
+  if (!isPlaced) {
     Drop();
     return false;
   }

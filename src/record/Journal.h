@@ -65,8 +65,10 @@ class Journal {
   // After a Read that found records, goes on with that file. False when it has to be written anew.
   bool Continue();
   // Writes a new file of these records and puts it in the old one's place in one step. On failure
-  // the old one stays. Waits for the disk.
+  // the old one stays. Waits for the disk, unless there is no old one, which a power cut could
+  // lose.
   bool Rewrite(const std::vector<std::string>& records);
+  bool IsOnDisk() const { return isOnDisk_; }  // what Rewrite wrote
 
   // After a Rewrite or Continue. False when not all of it could be written; Rewrite then makes it
   // whole again.
@@ -98,6 +100,7 @@ class Journal {
   const JournalName name_;
   std::string aside_;
   bool inTheWay_ = false;
+  bool isOnDisk_ = false;
   AppendFile file_;
   AppendFile fresh_;
   std::size_t end_ = 0;  // of the records that Read found, under the title that we give; 0: none

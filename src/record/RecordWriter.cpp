@@ -250,7 +250,8 @@ void RecordWriter::Work() {
 void RecordWriter::Mend(Target& target, const std::vector<std::string>& records) {
   if (target.sync.valid()) target.sync.wait();
   if (target.journal.Rewrite(records)) {
-    target.broken = target.dirty = false;
+    target.broken = false;
+    target.dirty = target.moved = !target.journal.IsOnDisk();
     target.records = records.size();
     if (target.told) note_(Message(target.works, target.journal.Path()));
     target.told = false;
