@@ -343,7 +343,8 @@ std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::
   const std::string wanted = FileDirWrapper::IdentityOf(folder);
   for (const ProcessEntry& process : *all) {
     const pid_t pid = process.key.pid;
-    if (HasToken(pid, token) && FileDirWrapper::IdentityOf(FolderOfProcess(pid)) == wanted) {
+    if (LookForToken(pid, token) == TokenSeen::kYes &&
+        FileDirWrapper::IdentityOf(FolderOfProcess(pid)) == wanted) {
       return pid;
     }
   }

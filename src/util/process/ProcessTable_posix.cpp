@@ -39,6 +39,22 @@ std::string BaseName(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }
 
+// Its memory is the new program's, without arguments and variables yet. Threads of the system have
+// none for ever.
+bool IsBeingLoaded(pid_t pid) {
+  const std::string text = ReadProcFile(pid, "stat");
+  std::istringstream fields(text.substr(text.rfind(')') + 1));
+  constexpr int kState = 3, kFlags = 9, kVariablesEnd = 51;
+  constexpr std::uint64_t kIsOfSystem = 0x00200000;
+  std::string field;
+  std::uint64_t flags = kIsOfSystem;
+  std::uint64_t end = 1;
+  for (int i = kState; i < kFlags; ++i) fields >> field;
+  fields >> flags;
+  for (int i = kFlags + 1; i < kVariablesEnd; ++i) fields >> field;
+  return fields >> end && (flags & kIsOfSystem) == 0 && end == 0;
+}
+
 }  // namespace
 
 bool ProcessEntry::IsAlive() const {
@@ -115,15 +131,18 @@ std::string ExecutableName(const ProcessEntry& process) {
   return name.empty() ? process.threadName : name;
 }
 
-bool HasToken(pid_t pid, const std::string& token) {
+TokenSeen LookForToken(pid_t pid, const std::string& token) {
   if (token.empty() || token.find_first_of(std::string_view(":\0", 2)) != std::string::npos)
-    return false;
-  const std::string variables = std::string(1, '\0') + ReadProcFile(pid, "environ");
+    return TokenSeen::kNo;
+  const std::string read = ReadProcFile(pid, "environ");
+  if (read.empty()) return errno == 0 && IsBeingLoaded(pid) ? TokenSeen::kNotYet : TokenSeen::kNo;
+  const std::string variables = std::string(1, '\0') + read;
   const std::string name = std::string(1, '\0') + kTokenVariable + '=';
   const std::size_t begin = variables.find(name);
-  if (begin == std::string::npos) return false;
+  if (begin == std::string::npos) return TokenSeen::kNo;
   const std::string value = variables.c_str() + begin + name.size();
-  return (':' + value + ':').find(':' + token + ':') != std::string::npos;
+  const bool isIn = (':' + value + ':').find(':' + token + ':') != std::string::npos;
+  return isIn ? TokenSeen::kYes : TokenSeen::kNo;
 }
 
 std::string FolderOfProcess(pid_t pid) {

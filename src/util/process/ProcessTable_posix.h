@@ -53,8 +53,10 @@ std::string ExecutableName(const ProcessEntry& process);
 // between colons. What it starts inherits them.
 constexpr char kTokenVariable[] = "KR_RUN";
 
-// Whether the process was started with the token, whole; with none nobody was.
-bool HasToken(pid_t pid, const std::string& token);
+// Whether the process was started with the token, whole; with none nobody was. While a process
+// becomes another program nobody can see what that is given.
+enum class TokenSeen { kNo, kYes, kNotYet };
+TokenSeen LookForToken(pid_t pid, const std::string& token);
 
 // A path that leads to the folder that the process is in.
 std::string FolderOfProcess(pid_t pid);

@@ -68,8 +68,9 @@ bool ProcessTree::End(std::chrono::milliseconds limit) {
   EndPolitely(Which::kConsoles, std::min(deadline, Clock::now() + kConsoleTime));
   // Nobody is spared now: a terminal may start its program anew as often as that ends.
   for (;;) {
-    if (Scan().empty() && !blind_) return true;
-    if (Clock::now() >= deadline) return false;
+    const bool isEmpty = Scan().empty() && !blind_;
+    if (isEmpty && !unsure_) return true;
+    if (Clock::now() >= deadline) return isEmpty;
     Kill(Which::kAll);
     std::this_thread::sleep_for(kScanPause);
   }
@@ -148,7 +149,13 @@ bool ProcessTree::IsConsole(const ProcessEntry& process) const {
 }
 
 bool ProcessTree::IsOfToken(const ProcessEntry& process) const {
-  return HasToken(process.key.pid, token_);
+  return LookForToken(process.key.pid, token_) == TokenSeen::kYes;
+}
+
+bool ProcessTree::IsFoundByToken(const ProcessEntry& process) {
+  const TokenSeen seen = LookForToken(process.key.pid, token_);
+  unsure_ = unsure_ || seen == TokenSeen::kNotYet;
+  return seen == TokenSeen::kYes;
 }
 
 bool ProcessTree::IsCandidate(const ProcessEntry& process) const {
@@ -169,6 +176,7 @@ void ProcessTree::Remember(const ProcessEntry& process) {
 std::vector<ProcessEntry> ProcessTree::Scan() {
   std::optional<std::vector<ProcessEntry>> all = ListProcesses();
   blind_ = !all;
+  unsure_ = false;
   if (blind_) return {};
   std::vector<ProcessEntry>& others = *all;
   // An id that now names another process must not lead us to that one's children.
@@ -185,7 +193,7 @@ std::vector<ProcessEntry> ProcessTree::Scan() {
   for (bool grew = true; grew; first = false) {
     const auto firstMember =
         std::stable_partition(others.begin(), others.end(), [&](const ProcessEntry& process) {
-          return !IsRelated(process) && !(first && IsOfToken(process));
+          return !IsRelated(process) && !(first && IsFoundByToken(process));
         });
     grew = firstMember != others.end();
     std::for_each(firstMember, others.end(), [&](ProcessEntry& process) {
@@ -212,7 +220,7 @@ bool ProcessTree::EndPolitely(Which which, Clock::time_point until) {
   std::vector<ProcessKey> asked;
   for (;;) {
     const std::vector<ProcessKey> living = Select(which);
-    if (living.empty() && !blind_) return true;
+    if (living.empty() && !blind_ && !unsure_) return true;
     for (const ProcessKey& key : living) {
       if (std::find(asked.begin(), asked.end(), key) != asked.end()) continue;
       asked.push_back(key);

@@ -38,6 +38,7 @@ class ProcessTree {
 
   std::vector<ProcessEntry> Scan();
   bool IsOfToken(const ProcessEntry& process) const;
+  bool IsFoundByToken(const ProcessEntry& process);
   bool IsCandidate(const ProcessEntry& process) const;
   bool IsRelated(const ProcessEntry& process) const;
   void Remember(const ProcessEntry& process);
@@ -58,7 +59,8 @@ class ProcessTree {
   std::unordered_map<pid_t, std::uint64_t> roots_;
   std::unordered_map<pid_t, std::uint64_t> spared_;        // a terminal that others use too
   std::unordered_map<pid_t, std::uint64_t> otherWindows_;  // what it started for them
-  bool blind_ = false;  // the last scan could not see the processes
+  bool blind_ = false;   // the last scan could not see the processes
+  bool unsure_ = false;  // it saw one that is becoming another program, perhaps one of ours
 };
 
 #endif
