@@ -292,7 +292,7 @@ class JobRun {
       if (status == JobStatus::kFinished) KeepFromLaterStages(stage);
       RecordEnd(*record_, stage, status, exitCode);
       stage.SetResult(*record_);
-      if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_);
+      if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_, stage);
       Record(stage);
       record_.reset();
     } else {

@@ -8,6 +8,7 @@
 
 #include "d3plot/ptkPostD3plotManager.h"
 #include "jobs/JobArguments.h"
+#include "solvers/LastWords.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/PostResult.h"
 #include "util/files/IOWrapper.h"
@@ -139,8 +140,10 @@ void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
   CountModel(record, stage);
 }
 
-void RecordUnwatchedEnd(RunRecord& record) {
-  const std::optional<std::int64_t> written = WrittenAt(record.messageFile);
+void RecordUnwatchedEnd(RunRecord& record, const JobFile& stage) {
+  const std::string console = ConsoleFileOf(stage);
+  std::optional<std::int64_t> written = WrittenAt(record.messageFile);
+  if (!written && !stage.folderBefore.HoldsUnchanged(console)) written = WrittenAt(console);
   if (!written || record.ended < record.started) return;
   record.ended = std::clamp(*written, record.started, record.ended);
 }

@@ -25,7 +25,8 @@ std::optional<int> KnownExitCode(const PTWrapperProcess& process);
 void RecordEnd(RunRecord& record, const JobFile& stage, JobStatus verdict,
                std::optional<int> exitCode);
 
-// Then, of a run whose end nobody watched: it ended when it wrote its message file last.
-void RecordUnwatchedEnd(RunRecord& record);
+// Then, of a run whose end nobody watched: it ended when it wrote its message file last, or its
+// console where there is no such file.
+void RecordUnwatchedEnd(RunRecord& record, const JobFile& stage);
 
 #endif

@@ -5,6 +5,7 @@
 
 #include "RunFixture.h"
 #include "runs/FolderUse.h"
+#include "solvers/LastWords.h"
 #include "support/OwnProgram.h"
 #include "util/process/ProcessIdentity.h"
 
@@ -161,8 +162,14 @@ TEST_F(ResumeTest, OneThatEndedMeanwhileIsJudgedByItsFiles) {
   EXPECT_EQ(ResumeRun(*job_, setup_, record_), JobStatus::kFinished);
   EXPECT_EQ(TempFolder::Read(folder_ / "messag.krb"), messages);
 
+  // All that is known of its end is when it last said something.
+  using std::chrono::seconds;
   std::filesystem::remove(folder_ / "messag.krb");
+  record_.started -= 1000;
+  std::filesystem::last_write_time(ConsoleFileOf(*job_),
+                                   std::filesystem::file_time_type::clock::now() - seconds(400));
   EXPECT_EQ(ResumeRun(*job_, setup_, record_), JobStatus::kAborted);
+  EXPECT_NEAR(static_cast<double>(records_.back().ended - record_.started), 600, 10);
   EXPECT_EQ(job_->RunErrorCode(), 3);
   EXPECT_EQ(job_->RunMessage().English(), "No message file been generated when run job [" +
                                               job_->jobFile +
