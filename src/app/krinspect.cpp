@@ -392,7 +392,7 @@ constexpr Command kCommands[] = {{"deck", InspectDeck},     {"message", InspectM
 // The whole of what Kestrun remembers; a script wants one of the two forms, a person the second.
 int PrintHistory(const std::string& file, bool json) {
   const RecordFiles files = RecordFilesIn(SettingsAndPaths::WorkFolderOf(SettingsAndPaths::kTitle));
-  const std::string path = file.empty() ? files.history : file;
+  const std::string path = file.empty() ? HistoryToRead(files) : file;
   if (!FileDirWrapper::FileExists(path)) {
     PrintError(path + ": no such file");
     return 1;

@@ -77,6 +77,14 @@ RecordFiles RecordFilesIn(const std::string& folder) {
   return files;
 }
 
+std::string HistoryToRead(const RecordFiles& files) {
+  std::string folder;
+  FileDirWrapper::DirOf(files.history, folder);
+  if (files.machineId.empty() || FileDirWrapper::FileExists(files.history)) return files.history;
+  const auto machines = MachinesWithId(folder, kHistoryName, kHistoryKind, files.machineId);
+  return machines.size() == 1 ? FilesOf(folder, machines.front()).history : files.history;
+}
+
 void TakeFilesOfOldName(const RecordFiles& files, const MessageSink& note) {
   if (files.machineId.empty()) return;
   TakeFile(files, &RecordFiles::queue, kQueueName, kQueueKind, note);

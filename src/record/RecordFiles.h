@@ -26,4 +26,7 @@ RecordFiles RecordFilesIn(const std::string& folder);
 // where the id is not known.
 void TakeFilesOfOldName(const RecordFiles& files, const MessageSink& note);
 
+// For who only reads: the machine's history, or the one that it would go on with.
+std::string HistoryToRead(const RecordFiles& files);
+
 #endif

@@ -215,8 +215,10 @@ TEST_F(RecordWriterTest, AMachineThatWasRenamedGoesOnWithItsRecord) {
   };
   begin();
   rename(files_.queue, "old");
-  rename(files_.history, "old");
+  const std::string history = rename(files_.history, "old");
+  EXPECT_EQ(HistoryToRead(files_), history);
   EXPECT_EQ(begin(), 1U);
+  EXPECT_EQ(HistoryToRead(files_), files_.history);
   EXPECT_EQ(ReadHistory(files_.history, "").size(), 1U);
   EXPECT_EQ(noted_, std::vector(2, MessageId::kRecordOfOldName));
 
