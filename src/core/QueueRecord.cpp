@@ -200,9 +200,16 @@ void QueueRecord::Forget() {
 
 void QueueRecord::TakeOver(const std::vector<std::string>& files,
                            const std::function<void()>& request) {
+  // A copy does not see the places of all others, where the files of a former session may lie on.
+  constexpr std::size_t kMostFormer = 5;
+  std::vector<std::string> known = files;
+  for (const std::string& file : handedOver_) {
+    const bool isMissing = std::find(files.begin(), files.end(), file) == files.end();
+    if (isMissing && known.size() < files.size() + kMostFormer) known.push_back(file);
+  }
   writer_.Hold();
   request();
-  writer_.Put(change::HandedOver{files});
+  writer_.Put(change::HandedOver{std::move(known)});
   writer_.Release();
   takenOver_ = writer_.Mark();
 }

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "CoreFixture.h"
 #include "core/QueueUndo.h"
+#include "CoreFixture.h"
 #include "record/History.h"
 #include "support/Standin.h"
 #include "util/process/ProcessIdentity.h"
@@ -208,6 +208,7 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
     const auto second = Start();
     EXPECT_EQ(second->record.Left().queued, 4);
     EXPECT_TRUE(second->record.HasTaken("file"));
+    second->record.TakeOver({"other"}, [] {});
     second->record.Restore(second->manager, second->intake);
     second->intake.Drain();
     EXPECT_EQ(second->Queue(),
@@ -230,7 +231,10 @@ TEST_F(QueueRecordTest, DecksThatWereStillBeingReadAreReadAgain) {
     stopper.stops = false;
     second->intake.Drain();
   }
-  EXPECT_EQ(Start()->record.Left().queued, 3) << "what the user gave up stays given up";
+  const auto third = Start();
+  EXPECT_EQ(third->record.Left().queued, 3) << "what the user gave up stays given up";
+  EXPECT_TRUE(third->record.HasTaken("other"));
+  EXPECT_TRUE(third->record.HasTaken("file")) << "it may lie where the second session did not look";
 }
 
 TEST_F(QueueRecordTest, WhatIsNotTakenStaysAndJoinsWhatIsQueuedMeanwhile) {
