@@ -369,10 +369,26 @@ TEST_F(JobTableTest, ExtraColumnsAreChosenMovedAndRemembered) {
   done->ncpu = 8;
   done->started = 1000;
   done->ended = 1065;
+  auto forming = MakeJob<JobFileDyna>("/w/forming.k", JobStatus::kAborted);
+  for (const char* stage : {"/w/draw.k", "/w/trim.k", "/w/late.k"})
+    forming->stages.push_back(MakeJob<JobFileDyna>(stage));
+  const auto count = [](JobFile& job, std::int64_t warnings, std::int64_t nodes) {
+    RunResult result;
+    result.errors = 0;
+    result.warnings = warnings;
+    result.nodes = nodes;
+    result.elements = nodes - 1;
+    job.SetResult(result);
+  };
+  count(*done, 10, 5);
+  count(*forming->stages[0], 7, 3);
+  count(*forming->stages[1], 9, 4);
   Add(done);
   Add(MakeJob<JobFileDyna>("/w/next.k"));
+  Add(forming);
   const auto choose = [&](const std::string& entry) {
-    Talk([&] { PressKey('k', FL_CTRL | FL_SHIFT); }, {[&](Fl_Window& menu) { Press(menu, entry); }});
+    Talk([&] { PressKey('k', FL_CTRL | FL_SHIFT); },
+         {[&](Fl_Window& menu) { Press(menu, entry); }});
   };
   for (const char* column : {"CPUs", "Group", "Elapsed", "Restart File", "Group"}) choose(column);
   const std::string first =
@@ -381,7 +397,13 @@ TEST_F(JobTableTest, ExtraColumnsAreChosenMovedAndRemembered) {
   EXPECT_TRUE(Rows()[0].ends_with("|8|1 min 5 s|d3dump02")) << Rows()[0];
   EXPECT_TRUE(Rows()[1].ends_with("|3|–|–")) << Rows()[1];
   Press(Table(), "Elapsed");
-  EXPECT_TRUE(Rows()[1].starts_with("next.k|")) << "what is not known is last";
+  EXPECT_TRUE(Rows()[0].starts_with("done.k ")) << "what is not known is last";
+  for (const char* column : {"Nodes / Elements", "Errors", "Warnings"}) choose(column);
+  Press(Table(), "Warnings");
+  EXPECT_TRUE(Rows()[0].ends_with("|4 / 3|0|9")) << Rows()[0];
+  EXPECT_TRUE(Rows()[1].ends_with("|5 / 4|0|10")) << Rows()[1];
+  EXPECT_TRUE(Rows()[2].ends_with("|–|–|–")) << Rows()[2];
+  for (const char* column : {"Nodes / Elements", "Errors", "Warnings"}) choose(column);
 
   const auto head = [&](const std::string& title) -> Flx_HeaderButton& {
     for (Flx_HeaderButton* one : All<Flx_HeaderButton>(Table()))

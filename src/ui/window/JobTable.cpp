@@ -47,6 +47,9 @@ constexpr Shape kShapes[] = {
     {"elapsed", "ui_column_elapsed", 96, 90, 0},
     {"ends", "ui_column_ends", 110, 100, 0},
     {"where", "ui_column_where", 110, 80, 0},
+    {"result", "ui_column_result", 130, 80, 0},
+    {"errors", "ui_column_errors", 62, 62, 0},
+    {"warnings", "ui_column_warnings", 76, 70, 0},
     {"restart", "ui_column_restart", 110, 80, 0},
     {"group", "lab_group", 90, 70, 0},
 };

@@ -43,6 +43,9 @@ class JobTable : public Flx_Table {
     kElapsed,
     kEnds,
     kWhere,
+    kResult,
+    kErrors,
+    kWarnings,
     kRestart,
     kGroup,
     kColumns

@@ -34,6 +34,19 @@ std::int64_t ElapsedOf(const JobFile& job) {
   return StartOf(job) < 0 ? -1 : std::max<std::int64_t>(until - StartOf(job), -1);
 }
 
+// What was counted at the end of the last run: of a job with stages, of the last one where it was.
+std::optional<std::int64_t> CountOf(const JobFile& job,
+                                    std::optional<std::int64_t> RunResult::*count) {
+  for (auto stage = job.stages.rbegin(); stage != job.stages.rend(); ++stage) {
+    if (const auto counted = CountOf(**stage, count)) return counted;
+  }
+  return job.stages.empty() ? job.Result().*count : std::nullopt;
+}
+
+std::string Shown(std::optional<std::int64_t> count) {
+  return count ? std::to_string(*count) : CellDrawing::kNothing;
+}
+
 }  // namespace
 
 bool JobTable::CanViewMessage(JobStatus status) {
@@ -101,6 +114,15 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
       return number([](const JobFile& job) { return static_cast<double>(ElapsedOf(job)); });
     case kEnds:
       return number([this](const JobFile& job) { return EndOf(job).value_or(-1); });
+    case kResult:
+    case kErrors:
+    case kWarnings:
+      return number([column](const JobFile& job) {
+        const auto count = column == kErrors     ? &RunResult::errors
+                           : column == kWarnings ? &RunResult::warnings
+                                                 : &RunResult::nodes;
+        return static_cast<double>(CountOf(job, count).value_or(-1));
+      });
     case kRestart:
       return [=](const JobFile& job, const Entry&) {
         Key key = text(ToUi(job.restartFile));
@@ -220,6 +242,10 @@ void JobTable::AddExtraCells(const JobFile& job, const std::optional<RunState>& 
   if (const std::optional<double> end = EndOf(job))
     row.cells[kEnds] = ShownMoment(static_cast<std::int64_t>(*end), texts_);
   row.cells[kWhere] = RunsOnHosts(job) ? around_.hosts : around_.computer;
+  if (const auto nodes = CountOf(job, &RunResult::nodes))
+    row.cells[kResult] = Shown(nodes) + " / " + Shown(CountOf(job, &RunResult::elements));
+  row.cells[kErrors] = Shown(CountOf(job, &RunResult::errors));
+  row.cells[kWarnings] = Shown(CountOf(job, &RunResult::warnings));
   if (!job.restartFile.empty()) row.cells[kRestart] = ShownName(job.restartFile);
   row.restart = ToUi(job.restartFile);
   row.cells[kGroup] = around_.group;
