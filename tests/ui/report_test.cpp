@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "core/SharedFolders.h"
 #include "ui/report/ReportPage.h"
 #include "ui/report/ReportPicture.h"
 #include "ui/window/NoticeBar.h"
@@ -91,6 +92,8 @@ TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {
   open({[&](Fl_Window& dialog) {
           EXPECT_LE(dialog.w(), 800);
           EXPECT_LE(dialog.h(), 560);
+          Choose(Beside<Fl_Choice>(dialog, "Decks that share a folder"),
+                 "keep their results apart");
           Choose(Beside<Fl_Choice>(dialog, "Console of the solvers"), "a minimised window");
           TypeInto(Beside<Fl_Input>(dialog, "Failures in a row for a pause (0: never)"), "25");
           TypeInto(Beside<Fl_Input>(dialog, "its time step falls below (% of the first)"), "101");
@@ -103,6 +106,7 @@ TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {
           TypeInto(Beside<Fl_Input>(dialog, "its time step falls below (% of the first)"), "2");
         },
         [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Close")); }});
+  EXPECT_EQ(Stored().separate_results, kAlwaysApart);
   EXPECT_EQ(Stored().console, Settings::kConsoleMinimised);
   EXPECT_EQ(Stored().stop_after_failures, 25);
   EXPECT_EQ(Stored().health_step_percent, 2);

@@ -19,48 +19,51 @@
 namespace {
 
 const char kLayout[] =
-    R"LAYOUT(ID_WINDOW,Window,"Queue Options",300,200,640,425,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"LAYOUT(ID_WINDOW,Window,"Queue Options",300,200,640,454,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
 ID_LABEL1,Box,"Jobs that the last session left",12,10,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_CHOICE1,Choice,"",262,10,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL3,Box,"Console of the solvers",12,39,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE3,Choice,"",262,39,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL4,Box,"Failures in a row for a pause (0: never)",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT1,Input,"",262,68,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL5,Box,"Free space that a job needs to start (MB)",12,97,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT2,Input,"",262,97,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL6,Box,"Report after the last job",12,126,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT3,Input,"",262,126,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON1,Button,"...",600,126,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL7,Box,"Post-processor",12,155,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT4,Input,"",262,155,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON2,Button,"...",600,155,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL8,Box,"Text viewer",12,184,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT5,Input,"",262,184,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON3,Button,"...",600,184,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL9,Box,"Terminal of the consoles (Linux)",12,213,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT6,Input,"",262,213,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON4,Button,"...",600,213,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL10,Box,"A running job is marked (0: never) when",12,248,616,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL11,Box,"it writes nothing for (minutes)",24,274,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT7,Input,"",254,274,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL12,Box,"its time step falls below (% of the first)",318,274,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT8,Input,"",576,274,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL13,Box,"its energy ratio is away from 1 by (%)",24,303,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT9,Input,"",254,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL14,Box,"hourglass energy is above (% of internal)",318,303,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT10,Input,"",576,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL15,Box,"mass was added, above (%)",24,332,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT11,Input,"",254,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL16,Box,"it needs more of the free space than (%)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT12,Input,"",576,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_CHECKBOX1,Check_Button,"values are not a number or infinite",20,361,400,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL20,Box,"",12,391,520,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON5,Button,"Close",548,391,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL2,Box,"Decks that share a folder",12,39,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_CHOICE2,Choice,"",262,39,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
+ID_LABEL3,Box,"Console of the solvers",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_CHOICE3,Choice,"",262,68,290,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
+ID_LABEL4,Box,"Failures in a row for a pause (0: never)",12,97,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT1,Input,"",262,97,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL5,Box,"Free space that a job needs to start (MB)",12,126,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT2,Input,"",262,126,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL6,Box,"Report after the last job",12,155,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT3,Input,"",262,155,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON1,Button,"...",600,155,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL7,Box,"Post-processor",12,184,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT4,Input,"",262,184,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON2,Button,"...",600,184,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL8,Box,"Text viewer",12,213,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT5,Input,"",262,213,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON3,Button,"...",600,213,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL9,Box,"Terminal of the consoles (Linux)",12,242,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT6,Input,"",262,242,332,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_BUTTON4,Button,"...",600,242,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_LABEL10,Box,"A running job is marked (0: never) when",12,277,616,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL11,Box,"it writes nothing for (minutes)",24,303,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT7,Input,"",254,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL12,Box,"its time step falls below (% of the first)",318,303,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT8,Input,"",576,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL13,Box,"its energy ratio is away from 1 by (%)",24,332,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT9,Input,"",254,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL14,Box,"hourglass energy is above (% of internal)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT10,Input,"",576,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL15,Box,"mass was added, above (%)",24,361,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT11,Input,"",254,361,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_LABEL16,Box,"it needs more of the free space than (%)",318,361,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_INPUT12,Input,"",576,361,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
+ID_CHECKBOX1,Check_Button,"values are not a number or infinite",20,390,400,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL20,Box,"",12,420,520,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_BUTTON5,Button,"Close",548,420,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 )LAYOUT";
 
 constexpr LineTexts kChinese[] = {
     {"ID_WINDOW", "队列选项"},
     {"ID_LABEL1", "上次会话留下的任务"},
+    {"ID_LABEL2", "位于同一文件夹的关键字文件"},
     {"ID_LABEL3", "求解器的控制台"},
     {"ID_LABEL4", "连续失败多少次后暂停（0：从不）"},
     {"ID_LABEL5", "启动任务所需的可用空间 (MB)"},
@@ -84,6 +87,9 @@ constexpr DialogText kTexts[] = {
     {"jobs_0", "are dropped", "放弃"},
     {"jobs_1", "are offered", "提供恢复"},
     {"jobs_2", "are restored at once", "立即恢复"},
+    {"apart_0", "overwrite each other's results", "相互覆盖计算结果"},
+    {"apart_1", "the window asks", "由主窗口询问"},
+    {"apart_2", "keep their results apart", "分开保存结果"},
     {"console_0", "a window", "窗口"},
     {"console_1", "a minimised window", "最小化的窗口"},
     {"console_2", "none; what is printed is kept", "无窗口，保留输出"},
@@ -109,6 +115,7 @@ struct ChoiceField {
 using Options = Flx_QueueOptions;
 constexpr ChoiceField kChoices[] = {
     {Options::kJobs, &Settings::keep_jobs, "jobs_"},
+    {Options::kApart, &Settings::separate_results, "apart_"},
     {Options::kConsole, &Settings::console, "console_"},
 };
 

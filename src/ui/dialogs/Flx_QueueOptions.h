@@ -21,7 +21,8 @@
 class Flx_QueueOptions : public Flx_Base_Dialog {
  public:
   // The widgets by their ids in the layout.
-  static constexpr WidgetName<Fl_Choice> kJobs{"ID_CHOICE1"}, kConsole{"ID_CHOICE3"};
+  static constexpr WidgetName<Fl_Choice> kJobs{"ID_CHOICE1"}, kApart{"ID_CHOICE2"},
+      kConsole{"ID_CHOICE3"};
   static constexpr WidgetName<Fl_Input> kFailures{"ID_INPUT1"}, kFree{"ID_INPUT2"},
       kReport{"ID_INPUT3"}, kPost{"ID_INPUT4"}, kViewer{"ID_INPUT5"}, kTerminal{"ID_INPUT6"},
       kSilence{"ID_INPUT7"}, kStep{"ID_INPUT8"}, kEnergy{"ID_INPUT9"}, kHourglass{"ID_INPUT10"},
@@ -47,7 +48,7 @@ class Flx_QueueOptions : public Flx_Base_Dialog {
   void ChoosePath(Fl_Input& input, std::string Settings::*setting, bool isProgram);
 
   SettingsAndPaths& settings_;
-  std::array<ChoiceEntries, 2> choices_;
+  std::array<ChoiceEntries, 3> choices_;
   Fl_Input* wrong_ = nullptr;  // the last one that was not stored
 };
 
