@@ -1,7 +1,6 @@
 #include "ui/dialogs/HistoryWindow.h"
 
 #include <FL/Fl.H>
-#include <FL/Fl_Menu_Item.H>
 
 #include <system_error>
 #include <thread>
@@ -15,6 +14,7 @@
 #include "ui/dialogs/Flx_ShowInfo.h"
 #include "ui/fltk/LineInput.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/PopupMenu.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
@@ -221,22 +221,15 @@ void HistoryWindow::Inform(const std::string& text) {
 
 void HistoryWindow::OpenMenu(int x, int y) {
   if (table_->CurrentRun() == nullptr) return;
-  std::vector<Fl_Menu_Item> items;
+  std::vector<PopupEntry> entries;
   std::vector<const Command*> meanings;
   for (const Command& command : Commands()) {
     if (!command.inMenu) continue;
-    Fl_Menu_Item item = {};
-    item.text = texts_.Get(command.key).c_str();
-    item.flags = Can(command) ? 0 : FL_MENU_INACTIVE;
-    item.labeltype_ = Theme::kMenuLabel;
-    item.labelsize_ = Sizes::kFontSize;
-    items.push_back(item);
+    entries.push_back({texts_.Get(command.key), Can(command)});
     meanings.push_back(&command);
   }
-  items.push_back(Fl_Menu_Item{});
-  const Fl_Menu_Item* const picked = items.front().popup(x, y);
-  if (picked == nullptr || picked->text == nullptr) return;
-  (this->*meanings[static_cast<std::size_t>(picked - items.data())]->act)();
+  const int picked = PickFromMenu(entries, x, y);
+  if (picked >= 0) (this->*meanings[static_cast<std::size_t>(picked)]->act)();
 }
 
 int HistoryWindow::handle(int event) {

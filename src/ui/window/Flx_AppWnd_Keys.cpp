@@ -1,13 +1,12 @@
 // Keys, menus, cells and drops of the main window.
 
 #include <FL/Fl.H>
-#include <FL/Fl_Menu_Item.H>
 
-#include <algorithm>
-#include <list>
+#include <utility>
+#include <vector>
 
 #include "jobs/JobField.h"
-#include "ui/fltk/Theme.h"
+#include "ui/fltk/PopupMenu.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
@@ -16,25 +15,6 @@
 namespace {
 
 constexpr Action kSeparator = Action::kExit;
-
-// Higher up where the menu would go on below the screen, which the toolkit lets it do when it has
-// no room above its place either. Coordinates of the window.
-int PlaceOfMenu(const std::vector<Fl_Menu_Item>& items, int y) {
-  constexpr int kLineGap = 4;  // as the toolkit has it
-  constexpr int kFrame = 12;
-  int line = 0;
-  int lines = 0;
-  for (; items[static_cast<std::size_t>(lines)].text != nullptr; ++lines) {
-    int height = 0;
-    items[static_cast<std::size_t>(lines)].measure(&height, nullptr);
-    line = std::max(line, height + kLineGap);
-  }
-  int left = 0, top = 0, width = 0, height = 0;
-  Fl::screen_work_area(left, top, width, height, Fl::event_x_root(), Fl::event_y_root());
-  const int toRoot = Fl::event_y_root() - Fl::event_y();
-  const int lowest = top + height - (lines * line + kFrame) - toRoot;
-  return std::min(y, std::max(lowest, top - toRoot));
-}
 
 }  // namespace
 
@@ -116,36 +96,29 @@ std::string Flx_AppWnd::MenuText(Action action) const {
 }
 
 void Flx_AppWnd::PopUp(const std::vector<Action>& actions, int x, int y) {
-  std::vector<Fl_Menu_Item> items;
+  std::vector<PopupEntry> entries;
   std::vector<Action> meanings;
-  std::list<std::string> words;
   for (const Action action : actions) {
     if (action == kSeparator) {
-      if (!items.empty()) items.back().flags |= FL_MENU_DIVIDER;
+      if (!entries.empty()) entries.back().endsPart = true;
       continue;
     }
-    const ActionInfo& info = InfoOf(action);
-    Fl_Menu_Item item = {};
-    item.text = words.emplace_back(MenuText(action)).c_str();
-    item.shortcut_ = info.shortcut;
-    item.flags = CanPerform(action) ? 0 : FL_MENU_INACTIVE;
+    PopupEntry entry = {MenuText(action), CanPerform(action)};
+    entry.shortcut = InfoOf(action).shortcut;
     if (action == Action::kForce) {
       const ForceState force = ForceOfSelected();
-      item.flags |= FL_MENU_TOGGLE | (force.on && !force.differs ? FL_MENU_VALUE : 0);
+      entry.isSwitch = true;
+      entry.on = force.on && !force.differs;
     }
-    if (action == Action::kKeepApart)
-      item.flags |= FL_MENU_TOGGLE | (SelectedAreApart().value_or(false) ? FL_MENU_VALUE : 0);
-    item.labeltype_ = Theme::kMenuLabel;
-    item.labelsize_ = Layout::kFontSize;
-    items.push_back(item);
+    if (action == Action::kKeepApart) {
+      entry.isSwitch = true;
+      entry.on = SelectedAreApart().value_or(false);
+    }
+    entries.push_back(std::move(entry));
     meanings.push_back(action);
   }
-  items.push_back(Fl_Menu_Item{});
-  const int place = PlaceOfMenu(items, y);
-  // Beside the pointer, where it would lie over an entry.
-  constexpr int kAside = 8;
-  const Fl_Menu_Item* const picked = items.front().popup(place < y ? x + kAside : x, place);
-  if (picked && picked->text) Perform(meanings[static_cast<std::size_t>(picked - items.data())]);
+  const int picked = PickFromMenu(entries, x, y);
+  if (picked >= 0) Perform(meanings[static_cast<std::size_t>(picked)]);
 }
 
 void Flx_AppWnd::OpenJobMenu(int x, int y) {
