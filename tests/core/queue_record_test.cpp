@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "core/QueueUndo.h"
 #include "CoreFixture.h"
 #include "record/History.h"
+#include "record/Journal.h"
 #include "support/Standin.h"
 #include "util/process/ProcessIdentity.h"
 #include "util/text/DateTimeWrapper.h"
@@ -366,7 +368,11 @@ TEST_F(QueueRecordTest, ARestoreDoesNotWaitForTheDisk) {
     hangs = true;
     while (!goesOn) std::this_thread::yield();
   });
-  std::filesystem::create_directories(record.Files().queue + ".new/full");
+  const RecordFiles& files = record.Files();
+  const std::string text = TempFolder::Read(files.queue);
+  std::ofstream(files.queue, std::ios::binary)  // an older title, so it is written anew
+      << JournalLine("kestrun queue 1 " + files.machine + " 0") << text.substr(text.find('\n') + 1);
+  std::filesystem::create_directories(files.queue + ".new/full");
   record.Begin();
   manager.AddGroup("Group1");
   record.GroupsMade();
