@@ -36,13 +36,17 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
                                         "\t" + time + "\t" + time + "\t[1-9]\n")))
       << text;
 
-  // A second copy has no run of its own.
+  // A second copy has no run of its own. The report that the settings ask for is not lost.
+  const std::string asked = scratch_ / "asked.txt";
+  Command("sed -i 's,^pause_time,report_file=" + asked + "\\n&,' " + scratch_ / "home/config" +
+          "/*/*/kr_init.config");
   copy = Start(submit + quit + bad + " " + good);
   EXPECT_EQ(WaitExit(StartCopy("--submit " + good)), 8);
   EXPECT_EQ(WaitExit(copy, kRun), 4) << TempFolder::Read(copy.output);
   text = TempFolder::Read(report);
   EXPECT_EQ(text.rfind(bad + "\tAborted\tLS-DYNA (S)\t", 0), 0U) << text;
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
+  EXPECT_EQ(TempFolder::Read(asked), text);
 
   // What is not Finished when the program has to end, and a report that cannot be written.
   std::filesystem::remove(report);

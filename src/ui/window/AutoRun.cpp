@@ -73,6 +73,7 @@ void AutoRun::Look(void* self) {
     if (run->writer_->Ended()) return run->TakeReport();
     return Fl::repeat_timeout(kLookSeconds, Look, self);
   }
+  if (run->done_) return run->Leave();
   if (run->groups_.empty()) return run->AfterTick();
   if (run->Ended()) return run->Finish();
   Fl::repeat_timeout(kLookSeconds, Look, self);
@@ -119,7 +120,14 @@ void AutoRun::TakeReport() {
     Print(message);
     Fail();
   }
-  if (options_.quitWhenDone) window_.Leave();
+  Leave();
+}
+
+// The report that the settings ask for is written first.
+void AutoRun::Leave() {
+  if (!options_.quitWhenDone) return;
+  if (window_.WritesReport()) return Fl::add_timeout(kLookSeconds, Look, this);
+  window_.Leave();
 }
 
 // What came into other groups meanwhile has not been run and goes with the window.

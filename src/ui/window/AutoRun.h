@@ -40,6 +40,7 @@ class AutoRun {
   bool Ended(JobGroup& group) const;
   void Finish();
   void TakeReport();
+  void Leave();
   void Fail();
   void TakeAllGroups();
   bool AllFinished() const;

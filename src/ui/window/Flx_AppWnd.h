@@ -52,6 +52,9 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Takes over what is being typed.
   void StoreTyped();
 
+  // Begins the report that the settings ask for when it is due; true while one is written.
+  bool WritesReport();
+
   // Ends the program without a question: running jobs are stopped, at most 30 seconds.
   void Leave();
 

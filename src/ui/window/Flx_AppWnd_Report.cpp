@@ -68,6 +68,11 @@ void Flx_AppWnd::ReportWhenDone() {
   WriteReport(path, std::move(groups));
 }
 
+bool Flx_AppWnd::WritesReport() {
+  ReportWhenDone();
+  return report_ != nullptr;
+}
+
 void Flx_AppWnd::LookAtReport(void* self) {
   auto* window = static_cast<Flx_AppWnd*>(self);
   if (!window->report_) return;
