@@ -31,9 +31,9 @@ a{color:#175cd3;text-decoration:none}a:hover{text-decoration:underline}
 table{border-collapse:collapse;width:100%;margin:10px 0;font-size:13px}
 th{text-align:left;background:#f2f4f7}th,td{padding:4px 8px;border-bottom:1px solid #eaecf0;vertical-align:top;
 overflow-wrap:anywhere}td.n,th.n{text-align:right;white-space:nowrap;overflow-wrap:normal}
-td.w{white-space:nowrap}
+td.w{white-space:nowrap}td.s{overflow-wrap:break-word}
 .job{border:1px solid #eaecf0;border-radius:8px;padding:12px 14px;margin:12px 0}
-.job p{overflow-wrap:anywhere}.why{white-space:pre-wrap;background:#f9fafb;padding:6px 10px;border-radius:6px;
+.job p,h2,h3,h4{overflow-wrap:anywhere}.why{white-space:pre-wrap;background:#f9fafb;padding:6px 10px;border-radius:6px;
 overflow-wrap:anywhere}
 .pics{display:flex;flex-wrap:wrap;gap:8px}svg{width:340px;max-width:100%}
 svg text{font-size:10px;fill:#667085}svg .t{font-size:12px;fill:#1d2939}
@@ -175,7 +175,7 @@ class Page {
       const std::string name = PageText(ShownJob(job.jobFile, job.restartFile));
       html_ += "<tr><td class=\"n\">" + number + "</td><td>" +
                (HasRun(job) ? "<a href=\"#job" + number + "\">" + name + "</a>" : name) +
-               "</td><td class=\"w\">" + RowOfKind(job.solver).name + "</td><td>" + Status(job) +
+               "</td><td class=\"w\">" + RowOfKind(job.solver).name + "</td><td class=\"s\">" + Status(job) +
                "</td><td class=\"w\">" + (job.started != 0 ? ShownMinute(job.started) : "") +
                "</td><td class=\"n\">" + Took(job) + "</td><td class=\"n\">" +
                (job.cpus > 0 ? std::to_string(job.cpus) : "") + "</td><td class=\"n\">" +
