@@ -70,7 +70,8 @@ bool RunWatch::StepFell(JobId job, const RunRecord& run) {
 int RunWatch::StoppedAt(JobId job, const RunRecord& run) {
   const WatchedRun watched = WatchedFrom(job, run);
   const std::optional<RunState> state = watcher_.LookLast(watched);
-  if (state) return ::StoppedAt(state->news);
+  // Where no end was found, that of the run stands in files that were not seen.
+  if (state && state->news.ended != RunEnd::kRunning) return ::StoppedAt(state->news);
   // Others tell of no end time that could have been missed.
   return watched.kind == RunFiles::Kind::kKeyword ? kStopUnknown : kNotStopped;
 }
