@@ -211,16 +211,18 @@ struct RunWatcher::Shared : std::enable_shared_from_this<Shared> {
 };
 
 std::shared_ptr<RunWatcher::Worker> RunWatcher::Shared::WorkerOf(const WatchedRun& run) {
-  std::shared_ptr<Worker>& worker = workers[run.job];
-  if (worker && worker->run.IsSameAs(run)) return worker;
-  if (worker) worker->dropped = true;
-  worker = std::make_shared<Worker>(Worker{run});
+  std::shared_ptr<Worker>& known = workers[run.job];
+  if (known && known->run.IsSameAs(run)) return known;
+  if (known) known->dropped = true;
+  const auto worker = known = std::make_shared<Worker>(Worker{run});
   changed.notify_all();
   try {
     std::thread([self = shared_from_this(), worker] { self->Work(worker); }).detach();
     ++threads;
   } catch (const std::system_error&) {
-    // Nothing is known of the run then.
+    // Nothing is known of the run until a thread is to be had.
+    worker->done = true;
+    workers.erase(run.job);
   }
   return worker;
 }
