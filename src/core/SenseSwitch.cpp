@@ -4,6 +4,7 @@
 #include <charconv>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "jobs/OutputPrefix.h"
 #include "util/files/FileDirWrapper.h"
@@ -72,10 +73,9 @@ bool IsOurs(const std::string& text) {
   return text.size() == 3 && text.starts_with("sw") && text[2] >= '1' && text[2] <= '4';
 }
 
-void TakeBack(Asked& asked) KR_REQUIRES(asked.writing) {
-  if (!asked.text.empty() && ContentOf(asked.file) == asked.text)
-    FileDirWrapper::RemoveFile(asked.file);
-  asked.text.clear();
+bool TakeBack(Asked& asked) KR_REQUIRES(asked.writing) {
+  const std::string text = std::exchange(asked.text, {});
+  return !text.empty() && ContentOf(asked.file) == text && FileDirWrapper::RemoveFile(asked.file);
 }
 
 // The stage that runs, or the job itself.
@@ -136,11 +136,11 @@ bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, doub
   return FileDirWrapper::WriteOutputFile(asked->file, asked->text);
 }
 
-void WithdrawSwitch(const std::string& folder, SwitchRun run) {
+bool WithdrawSwitch(const std::string& folder, SwitchRun run) {
   const std::shared_ptr<Asked> asked = RunIn(folder);
-  if (!asked || asked->run != run) return;
+  if (!asked || asked->run != run) return false;
   const MutexLock lock(asked->writing);
-  TakeBack(*asked);
+  return TakeBack(*asked);
 }
 
 StopRequest SolverToStop(JobGroupManager& manager) {

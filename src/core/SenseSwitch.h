@@ -37,8 +37,9 @@ SwitchRun SwitchRunOf(const std::string& folder, JobId job);
 // has ended.
 bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, double endTime = 0);
 
-// Takes back what AskSolver has put there for the run and no solver has taken yet.
-void WithdrawSwitch(const std::string& folder, SwitchRun run);
+// Takes back what AskSolver has put there for the run and no solver has taken yet. False when
+// nothing of it lies there any more.
+bool WithdrawSwitch(const std::string& folder, SwitchRun run);
 
 // Where the switch lies.
 std::string SwitchFileIn(const std::string& folder, const std::string& prefix = {});

@@ -91,7 +91,8 @@ TEST_F(SwitchTest, ARequestIsForOneRunAlone) {
   EXPECT_EQ(TempFolder::Read(folder_ + "/d3kil"), "sw1");
   BeginSwitches(folder_, kJob, false);  // its process has a number now
   EXPECT_EQ(SwitchRunOf(folder_, kJob), first);
-  WithdrawSwitch(folder_, first);
+  EXPECT_TRUE(WithdrawSwitch(folder_, first));
+  EXPECT_FALSE(WithdrawSwitch(folder_, first)) << "it is gone";
   EXPECT_FALSE(Exists("d3kil"));
 
   BeginSwitches(folder_, kJob, true);

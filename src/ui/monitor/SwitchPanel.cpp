@@ -37,6 +37,7 @@ constexpr std::chrono::seconds kShort{3};  // the reader has looked by then
 }  // namespace
 
 struct SwitchPanel::Result {
+  bool withdraws = false;
   std::atomic<bool> done{false};
   std::atomic<bool> good{false};
 };
@@ -89,16 +90,22 @@ void SwitchPanel::Show(const MonitoredRun::State& run, const RunPicture* picture
   canAsk_ = !run.run.switchFile.empty();
   runsDeck_ = run.runsDeck;
   if (picture) news_ = picture->news;
-  if (another) asked_ = told_ = {};
+  if (another) asked_ = told_ = {}, result_.reset();
   const bool waited = waits_;
   waits_ = canAsk_ && picture && picture->switchWaits;
   if (result_ && result_->done) {
-    if (!result_->good) asked_ = {}, told_ = texts_.Get("mon_sw_failed");
+    if (result_->withdraws) {
+      told_ = texts_.Format(result_->good ? "mon_sw_withdrawn" : "mon_sw_gone", asked_);
+      asked_ = {};
+    } else if (!result_->good) {
+      asked_ = {}, told_ = texts_.Get("mon_sw_failed");
+    }
     result_.reset();
   }
   const bool hadTime = std::chrono::steady_clock::now() - askedAt_ > kShort;
   if (!asked_.empty() && !result_ && !waits_ && (waited || hadTime)) {
-    told_ = canAsk_ || waited ? texts_.Format("mon_sw_taken", asked_) : std::string();
+    // What lay there at the end was taken back, unless the solver was faster.
+    told_ = canAsk_ ? texts_.Format("mon_sw_taken", asked_) : std::string();
     asked_ = {};
   }
   Enable();
@@ -114,7 +121,7 @@ void SwitchPanel::Enable() {
     if (!canAsk_) tip += "\n" + texts_.Get(why);
     SetTip(*buttons_[i], tip);
   }
-  waits_ && !asked_.empty() ? withdraw_->activate() : withdraw_->deactivate();
+  waits_ && !asked_.empty() && !result_ ? withdraw_->activate() : withdraw_->deactivate();
 }
 
 void SwitchPanel::Tell() {
@@ -172,9 +179,13 @@ void SwitchPanel::Press(std::size_t button) {
 }
 
 void SwitchPanel::Withdraw() {
-  reader_.Do([folder = folder_, run = askedRun_] { WithdrawSwitch(folder, run); });
-  told_ = texts_.Format("mon_sw_withdrawn", asked_);
-  asked_ = {};
+  result_ = std::make_shared<Result>();
+  result_->withdraws = true;
+  // It may be taken, or the run may end, in the meantime.
+  reader_.Do([result = result_, folder = folder_, run = askedRun_] {
+    result->good = WithdrawSwitch(folder, run);
+    result->done = true;
+  });
   Enable();
   Tell();
 }

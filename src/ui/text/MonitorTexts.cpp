@@ -122,6 +122,7 @@ constexpr TextRow kMonitor[] = {
      "已请求：%s。%s未响应；求解器每个循环或步检查一次。可以撤回。"},
     {"mon_sw_taken", "The solver has taken it: %s", "求解器已响应：%s"},
     {"mon_sw_withdrawn", "Withdrawn: %s", "已撤回：%s"},
+    {"mon_sw_gone", "Too late to withdraw, no longer there: %s", "已无法撤回，请求已不存在：%s"},
     {"mon_sw_failed", "The request could not be written into the folder of the job.",
      "无法将请求写入任务文件夹。"},
     {"mon_ask_sw1",
