@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr int kFewestToJudgeBy = 3;
+
 // Of the stages from that one on, each after its pause.
 std::optional<double> StagesLeft(const JobFile& job, int first, const PastRunOf& past) {
   double left = 0;
@@ -57,13 +59,26 @@ std::optional<double> GroupTimeLeft(const JobGroup& group, const RunWatch& watch
                                     const PastRunOf& past) {
   if (!group.Running()) return std::nullopt;
   const std::int64_t now = DateTimeWrapper::CurrentTime();
-  bool isAny = false;
-  std::optional<double> left = 0;
+  int known = 0;
+  int unknown = 0;
+  double left = 0;
+  double passed = 0;  // of those that do not tell and run
+  int finished = 0;
+  double took = 0;
   group.ReadJobs([&](const JobFile& job) {
-    if (HasEnded(job.status) || !left) return;
-    isAny = true;
+    if (job.status == JobStatus::kFinished && job.started != 0 && job.ended >= job.started) {
+      ++finished;
+      took += static_cast<double>(job.ended - job.started);
+    }
+    if (HasEnded(job.status)) return;
     const std::optional<double> one = JobTimeLeft(job, watch.StateOf(job.id), past, now);
-    left = one ? std::optional(*left + *one) : std::nullopt;
+    ++(one ? known : unknown);
+    const bool runs = job.status == JobStatus::kRunning;
+    left += one.value_or(runs ? 0 : static_cast<double>(job.pause));
+    if (!one && runs) passed += static_cast<double>(now - job.started);
   });
-  return isAny ? left : std::nullopt;
+  if (known + unknown == 0) return std::nullopt;
+  if (unknown == 0) return left;
+  if (finished < kFewestToJudgeBy) return std::nullopt;
+  return left + std::max(0.0, unknown * took / finished - passed);
 }

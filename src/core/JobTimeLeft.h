@@ -20,8 +20,9 @@ using PastRunOf = std::function<std::optional<PastRun>(const JobFile& job)>;
 std::optional<double> JobTimeLeft(const JobFile& job, const std::optional<RunState>& state,
                                   const PastRunOf& past, std::int64_t now);
 
-// Of all its jobs. Nothing when the group does not run, has no job to run, or one of them does not
-// tell. Any thread, without the lock of the list; asks no disk.
+// Of all its jobs; one that does not tell counts as the mean of those that have finished, as the
+// decks of a study are alike. Nothing when the group does not run, has no job to run, or fewer than
+// three have finished to go by. Any thread, without the lock of the list; asks no disk.
 std::optional<double> GroupTimeLeft(const JobGroup& group, const RunWatch& watch,
                                     const PastRunOf& past);
 

@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "GroupFixture.h"
+#include "core/JobTimeLeft.h"
 
 namespace {
 
@@ -87,6 +88,29 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
   EXPECT_TRUE(LogHolds(files_, "Running work thread is found, submit job failed"));
   ASSERT_TRUE(WaitForEnd(*Group()));
   EXPECT_EQ(seen_.Count(StatusNote(0, 2)), 1);
+}
+
+TEST_F(GroupRun, WhenItEndsIsToldByWhatHasFinishedWhereNoDeckHasRunBefore) {
+  const PastRunOf none = [](const JobFile&) { return std::nullopt; };
+  const auto left = [&] { return GroupTimeLeft(*Group(), manager_->Watch(), none).value_or(-1); };
+  const auto addEnded = [&](const std::string& name, JobStatus status, int seconds) {
+    const auto job = Job(name);
+    job->status = status;
+    job->started = 1000;
+    job->ended = 1000 + seconds;
+    Group()->AddJob(job);
+  };
+  addEnded("failed", JobStatus::kAborted, 9000);
+  for (const int seconds : {50, 100}) addEnded("a", JobStatus::kFinished, seconds);
+  Add("running", "run 60");
+  Add("next");
+  EXPECT_EQ(left(), -1) << "it does not run";
+  ASSERT_TRUE(Group()->Submit());
+  ASSERT_TRUE(WaitUntil([&] { return Status(*Group(), 3) == JobStatus::kRunning; }));
+  EXPECT_EQ(left(), -1) << "two tell too little";
+  addEnded("b", JobStatus::kFinished, 150);
+  EXPECT_NEAR(left(), 200, 20);
+  EXPECT_TRUE(Group()->Stop());
 }
 
 TEST_F(GroupRun, FailuresInARowForOneReasonPauseItUntilItIsSubmittedAgain) {
