@@ -106,7 +106,7 @@ TEST_F(SelectionTest, FailedJobsRunAgainAndStoppedOnesWhenThereAreNoOthers) {
   PressKey('r', FL_CTRL | FL_SHIFT);
   EXPECT_EQ(jobs_[1]->status, JobStatus::kAborted);
   EXPECT_EQ(jobs_[2]->status, JobStatus::kQueued);
-  EXPECT_TRUE(LineSays("2 jobs are queued again."));
+  EXPECT_TRUE(LineSays("2 jobs are queued again. \"Submit Jobs\" starts the queue."));
   PressKey('r', FL_CTRL | FL_SHIFT);
   EXPECT_EQ(jobs_[1]->status, JobStatus::kQueued);
   EXPECT_EQ(jobs_[0]->status, JobStatus::kFinished);

@@ -232,6 +232,7 @@ constexpr TextRow kMore[] = {
     {"ui_submit_failed", "\"%s\" could not be submitted.", "“%s”提交失败。"},
     {"ui_resubmitted", "Queued again.", "已重新排队。"},
     {"ui_resubmitted_many", "%s jobs are queued again.", "%s 个任务已重新排队。"},
+    {"ui_resubmitted_waits", "\"Submit Jobs\" starts the queue.", "按“提交任务”开始运行。"},
     {"ui_sentence_gap", " ", ""},
     {"ui_left_out_running", "%s of %s were left out: they are running.",
      "有 %s 个（共 %s 个）未处理：正在运行。"},

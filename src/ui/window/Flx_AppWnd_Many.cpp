@@ -51,8 +51,9 @@ void Flx_AppWnd::Resubmit() {
 void Flx_AppWnd::SayResubmitted(const ManyDone& done) {
   Refresh();
   const auto count = static_cast<std::size_t>(done.done);
-  Say(Sentences(CountWords("ui_resubmitted", "ui_resubmitted_many", count),
-                LeftOutWords(done, "ui_left_out_not_ended")));
+  const std::string text = Sentences(CountWords("ui_resubmitted", "ui_resubmitted_many", count),
+                                     LeftOutWords(done, "ui_left_out_not_ended"));
+  Say(Sentences(text, Group()->Running() ? std::string() : texts_.Get("ui_resubmitted_waits")));
 }
 
 // Those that the user stopped are no failures, and are meant when there are no others.
