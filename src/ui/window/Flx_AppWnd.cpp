@@ -76,8 +76,9 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
                           texts_.Get("ui_cancel"), ToolTip(Action::kQueueOptions));
   end();
   resizable(nullptr);
-  size_range(Layout::kMinWidth, Layout::kMinHeight);
   FitScreen(*this, nullptr);
+  // Behind it: a new size fixes a window that has no resizable part.
+  size_range(Layout::kMinWidth, Layout::kMinHeight);
   ConnectParts();
   FilterEvents(this);
   ShowLeft();
