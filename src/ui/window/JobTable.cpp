@@ -100,6 +100,7 @@ void JobTable::SelectJobs(const std::vector<JobId>& jobs) {
     if (entry && entry->row >= 0) rows.insert(entry->row);
   }
   SelectRows({rows.begin(), rows.end()}, CurrentRow());
+  if (!rows.empty()) ScrollToRow(CurrentRow());
 }
 
 bool JobTable::SelectFailed() {
