@@ -93,15 +93,15 @@ TEST_F(GroupRun, ASecondSubmitStartsNothing) {
 TEST_F(GroupRun, WhenItEndsIsToldByWhatHasFinishedWhereNoDeckHasRunBefore) {
   const PastRunOf none = [](const JobFile&) { return std::nullopt; };
   const auto left = [&] { return GroupTimeLeft(*Group(), manager_->Watch(), none).value_or(-1); };
-  const auto addEnded = [&](const std::string& name, JobStatus status, int seconds) {
+  const auto addEnded = [&](const std::string& name, JobStatus status, int took) {
     const auto job = Job(name);
     job->status = status;
     job->started = 1000;
-    job->ended = 1000 + seconds;
+    job->ended = 1000 + took;
     Group()->AddJob(job);
   };
   addEnded("failed", JobStatus::kAborted, 9000);
-  for (const int seconds : {50, 100}) addEnded("a", JobStatus::kFinished, seconds);
+  for (const int took : {50, 100}) addEnded("a", JobStatus::kFinished, took);
   Add("running", "run 60");
   Add("next");
   EXPECT_EQ(left(), -1) << "it does not run";

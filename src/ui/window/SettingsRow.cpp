@@ -455,7 +455,9 @@ void SettingsRow::ToggleAuto() {
   group_->ReadJobs(jobs_, [&](const JobFile& job) {
     const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
     if (dyna == nullptr || dyna->deckMemory == 0) return;
-    FieldBefore& its = fromDecks.emplace_back(FieldBefore{job.id, dyna->deckMemory, {}});
+    FieldBefore& its = fromDecks.emplace_back();
+    its.job = job.id;
+    its.value = dyna->deckMemory;
     for (const std::shared_ptr<JobFile>& stage : job.stages)
       its.stages.emplace_back(stage->id, dyna->deckMemory);
   });
