@@ -47,6 +47,12 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
   EXPECT_EQ(text.rfind(bad + "\tAborted\tLS-DYNA (S)\t", 0), 0U) << text;
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
   EXPECT_EQ(TempFolder::Read(asked), text);
+  std::filesystem::remove(asked);
+  std::filesystem::create_directory(asked);
+  copy = StartCopy("--submit" + quit + good);
+  EXPECT_EQ(WaitExit(copy, kRun), 4);
+  EXPECT_EQ(TempFolder::Read(copy.output), "Write report file [" + asked + "] failed\n");
+  std::filesystem::remove(asked);
 
   // What is not Finished when the program has to end, and a report that cannot be written.
   std::filesystem::remove(report);

@@ -20,9 +20,16 @@ void Print(const Message& message) {
 }  // namespace
 
 AutoRun::AutoRun(Application& application, Flx_AppWnd& window, const ProgramOptions& options)
-    : application_(application), window_(window), options_(options) {}
+    : application_(application), window_(window), options_(options) {
+  if (!options.quitWhenDone) return;
+  window.OnReportFailed = [this](const Message& message) {
+    Print(message);
+    Fail();
+  };
+}
 
 AutoRun::~AutoRun() {
+  window_.OnReportFailed = nullptr;
   Fl::remove_timeout(Look, this);
 }
 

@@ -54,6 +54,8 @@ class Flx_AppWnd : public Fl_Double_Window {
 
   // Begins the report that the settings ask for when it is due; true while one is written.
   bool WritesReport();
+  // That report could not be written.
+  std::function<void(const Message& message)> OnReportFailed;
 
   // Ends the program without a question: running jobs are stopped, at most 30 seconds.
   void Leave();

@@ -92,8 +92,9 @@ void Flx_AppWnd::LookAtReport(void* self) {
   window->ReportWhenDone();  // the last job may have ended meanwhile
   if (givenUp) return window->Say(window->texts_.Get("rep_given_up"));
   if (trouble.empty()) return window->Say(window->texts_.Format("rep_written", path));
-  window->application_.SettingsAndFiles().Log().Note(
-      Message(MessageId::kReportNotWritten, FromUi(path)));
+  const Message failed(MessageId::kReportNotWritten, FromUi(path));
+  window->application_.SettingsAndFiles().Log().Note(failed);
+  if (window->OnReportFailed) window->OnReportFailed(failed);
   window->Say(window->texts_.Format("ui_past_not_exported", path, ToUi(trouble)),
               StatusBar::Tone::kError);
 }
