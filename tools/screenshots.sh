@@ -137,7 +137,7 @@ fill_queue() {
   decks+=("$jobs/forming/forming.k")
   # Healthy at first, and sick in its second half.
   deck "$3/$3.k" plate.k "$long_run"
-  sed -i '1a $ standin: falling-step 0.005\n$ standin: hourglass 20' "$jobs/$3/$3.k"
+  sed -i '1a $ standin: falling-step 0.005\n$ standin: hourglass 80' "$jobs/$3/$3.k"
   deck pan/pan.fin pan.fin 3
   deck bracket/bracket.dat bracket.dat 2
   "$bin/kestrun" "${decks[@]}"

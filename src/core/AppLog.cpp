@@ -1,6 +1,7 @@
 #include "core/AppLog.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "core/SmallTextFile.h"
 #include "util/files/FileDirWrapper.h"
@@ -19,6 +20,8 @@ std::string Now() {
 }
 
 void AppendLine(const std::string& path, const std::string& line) {
+  std::error_code error;
+  if (std::filesystem::is_fifo(path, error)) return;  // to open it waits for who reads
   std::FILE* file = std::fopen(path.c_str(), "a");
   std::string folder;
   if (file == nullptr && FileDirWrapper::DirOf(path, folder) &&

@@ -1,6 +1,7 @@
 // What other users, dying processes and a full disk do to the application.
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -37,6 +38,17 @@ TEST_F(HostileSystem, AFullDiskLeavesTheOldFiles) {
   EXPECT_EQ(TempFolder::Read(files.settingsFile), settingsBefore);
   EXPECT_EQ(TempFolder::Read(files.groupFile), groupsBefore);
   EXPECT_LE(NamesLeft(files), 3) << "with the log";
+}
+
+TEST_F(HostileSystem, APipeInThePlaceOfTheLogHoldsNobodyUp) {
+  const TempFolder folder;
+  ASSERT_EQ(mkfifo((folder / "kr.log").c_str(), 0600), 0);
+  const int code = InChild([&] {
+    alarm(20);
+    AppLog(folder / "kr.log").Note(Message(MessageId::kReportNotWritten, "a"));
+    return 0;
+  });
+  EXPECT_EQ(code, 0);
 }
 
 // As at the end of copies of the program that were started together.
