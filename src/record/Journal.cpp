@@ -8,12 +8,12 @@
 #include <sstream>
 #include <utility>
 
+#include "record/RecordFiles.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
 
 namespace {
 
-constexpr int kVersion = 1;
 constexpr std::size_t kDigits = 8;
 constexpr std::size_t kHead = 2 * (kDigits + 1);
 constexpr int kMostAside = 1000;                // files with the same name but for their number
@@ -77,8 +77,14 @@ std::string Word(const std::string& text) {
   return text.empty() ? "-" : text;
 }
 
+// The newest that is read and the one that is written. Version 2 of the queue has changes of several
+// jobs, at which a program that knows version 1 alone would stop.
+int VersionOf(const std::string& kind) {
+  return kind == kQueueKind ? 2 : 1;
+}
+
 std::string Title(const JournalName& name, std::size_t count) {
-  return "kestrun " + name.kind + ' ' + std::to_string(kVersion) + ' ' + Word(name.machine) + ' ' +
+  return "kestrun " + name.kind + ' ' + std::to_string(VersionOf(name.kind)) + ' ' + Word(name.machine) + ' ' +
          std::to_string(count) + ' ' + Word(name.id);
 }
 
@@ -90,9 +96,9 @@ JournalText::State StateOfTitle(std::string_view title, const JournalName& name,
   if (!(words >> program >> kind >> version) || program != "kestrun" || kind != name.kind) {
     return JournalText::State::kForeign;
   }
-  if (version > kVersion) return JournalText::State::kNewer;
+  if (version > VersionOf(kind)) return JournalText::State::kNewer;
   // A machine that has been renamed keeps its file when that is.
-  if (!(words >> machine >> count) || version != kVersion) {
+  if (!(words >> machine >> count) || version < 1) {
     return JournalText::State::kForeign;
   }
   return JournalText::State::kWhole;

@@ -92,7 +92,7 @@ TEST_F(JournalTest, ADamagedFileIsPutAsideAndWhatStandsBeforeTheDamageIsUsed) {
 TEST_F(JournalTest, WhatIsNotOursIsPutAsideUnderANameOfItsOwn) {
   ASSERT_TRUE(Journal(path_, kName).Rewrite({"one"}));
   const std::string ours = TempFolder::Read(path_);
-  const std::string newer = JournalLine("kestrun queue 2 here 1 and more") + JournalLine("one");
+  const std::string newer = JournalLine("kestrun queue 3 here 1 and more") + JournalLine("one");
   Records records;
   std::set<std::string> asides;
   for (const std::string& bytes : {newer, std::string("rubbish\n"), std::string(5000, '\0'),
