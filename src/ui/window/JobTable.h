@@ -119,7 +119,6 @@ class JobTable : public Flx_Table {
   void JobsChanged(bool anew = false);
   // What jobs show changed.
   void JobsChanged(const std::set<JobId>& jobs);
-  void JobChanged(JobId job) { JobsChanged(std::set<JobId>{job}); }
 
  protected:
   int RowCount() const override;
