@@ -94,7 +94,7 @@ int main() {
     ++turn;
     const JobId job = table->JobAt(turn % kJobs);
     group->SetMemory(job, static_cast<std::uint64_t>(turn * 37 % 900 + 1));
-    table->JobChanged(job);
+    table->JobsChanged({job});
     shown();
   });
   say("one job changes, sorted", change, "plain search", search);
