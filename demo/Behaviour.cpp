@@ -111,6 +111,10 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
     behaviour.exitCode = code;
     return true;
   }
+  if (name == "CASE-NAMES") {
+    behaviour.caseNames = words.size() > 1 ? Upper(words[1]) : std::string();
+    return behaviour.caseNames == "ALONE" || behaviour.caseNames == "FIRST";
+  }
   if (name == "VERSION" && words.size() > 1) {
     behaviour.version = ParseVersion({words.begin() + 1, words.end()});
     return true;
@@ -133,11 +137,15 @@ void Behaviour::Read(std::string_view line) {
   }
 }
 
-Behaviour ReadBehaviour(const std::string& path) {
+Behaviour ReadBehaviour(const std::string& path, const LoadCase* loadCase) {
   Behaviour behaviour;
   if (IsFolder(path)) return behaviour;
   std::ifstream file(path, std::ios::binary);
   std::string line;
-  for (int i = 0; i < kLinesLookedAt && std::getline(file, line); ++i) behaviour.Read(line);
+  int block = 0;
+  for (int i = 0; i < kLinesLookedAt && std::getline(file, line); ++i) {
+    if (line.starts_with('*')) block = CaseEdge(Upper(Trim(line.substr(1)))).value_or(block);
+    if (block == 0 || loadCase == nullptr || loadCase->blocks.contains(block)) behaviour.Read(line);
+  }
   return behaviour;
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Deck.h"
 #include "Version.h"
 
 // `count` warning or error blocks with one message number.
@@ -48,6 +49,7 @@ struct Behaviour {
   bool child = false;
   bool echo = false;
   bool crlf = false;
+  std::string caseNames;  // "ALONE" or "FIRST"; see README.md
   int adaptDumps = 0;
   int dumps = 0;         // restart dumps on the way
   int runningDumps = 0;  // of them into one file
@@ -59,7 +61,8 @@ struct Behaviour {
   void Read(std::string_view line);
 };
 
-// Reads the commands in the first thousand lines of the file; none when it cannot be read.
-Behaviour ReadBehaviour(const std::string& path);
+// Reads the commands in the first thousand lines of the file; none when it cannot be read. Those
+// between the lines of a load case count for that case alone; `loadCase` null: none is run.
+Behaviour ReadBehaviour(const std::string& path, const LoadCase* loadCase = nullptr);
 
 #endif

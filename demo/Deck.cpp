@@ -1,8 +1,10 @@
 #include "Deck.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "DeckReader.h"
+#include "Text.h"
 
 namespace {
 
@@ -65,10 +67,18 @@ std::size_t Deck::ElementCount() const {
   return count;
 }
 
-Deck ReadDeck(const std::string& path, std::vector<DeckError>& errors) {
+std::optional<int> CaseEdge(const std::string& keyword) {
+  constexpr std::string_view kBegin = "CASE_BEGIN_";
+  if (keyword.starts_with("CASE_END_")) return 0;
+  if (!keyword.starts_with(kBegin)) return std::nullopt;
+  return static_cast<int>(ToInteger(keyword.substr(kBegin.size())).value_or(0));
+}
+
+Deck ReadDeck(const std::string& path, std::vector<DeckError>& errors, const LoadCase* only) {
   Deck deck;
-  DeckReader reader(deck, errors);
+  DeckReader reader(deck, errors, only);
   reader.ReadFile(path);
+  deck.cases = reader.Cases();
   if (errors.empty() && !reader.SawKeywordCard()) {
     errors.push_back({kErrorNoKeyword, "there is no *KEYWORD card in " + path});
   }

@@ -26,6 +26,12 @@ struct Element {
   std::array<std::int64_t, 8> nodes{};
 };
 
+// A load case and the blocks of lines that belong to it alone, by their numbers.
+struct LoadCase {
+  int number = 0;
+  std::set<int> blocks;
+};
+
 struct Deck {
   std::string title;
   std::optional<double> endTime;
@@ -34,6 +40,7 @@ struct Deck {
   std::vector<std::int64_t> parts;                           // of the elements, by id
   std::size_t duplicateNodes = 0;                            // left out of `nodes`
   std::set<std::string> skipped;  // element keywords that the stand-in does not read
+  std::vector<LoadCase> cases;    // by number
 
   const std::vector<Element>& Of(ElementKind kind) const {
     return elements[static_cast<std::size_t>(kind)];
@@ -51,7 +58,13 @@ struct DeckError {
   std::string text;
 };
 
-// Reads the deck and what it includes. Stops after twenty errors.
-Deck ReadDeck(const std::string& path, std::vector<DeckError>& errors);
+// "*CASE_BEGIN_2" and "*CASE_END_2", by what stands behind the "*": the number of the block;
+// nothing for other keywords, 0 where a block ends.
+std::optional<int> CaseEdge(const std::string& keyword);
+
+// Reads the deck and what it includes, of the blocks of load cases only those of `only`; null: all.
+// Stops after twenty errors.
+Deck ReadDeck(const std::string& path, std::vector<DeckError>& errors,
+              const LoadCase* only = nullptr);
 
 #endif

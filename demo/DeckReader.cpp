@@ -89,6 +89,15 @@ void DeckReader::ReadFile(const std::string& path) {
 void DeckReader::ReadLine(std::string line) {
   while (!line.empty() && (line.back() == '\r' || line.back() == ' ')) line.pop_back();
   if (!line.empty() && line[0] == '$') return;
+  if (!line.empty() && line[0] == '*') {
+    if (const auto edge = CaseEdge(Upper(Trim(std::string_view(line).substr(1))))) {
+      caseBlock_ = *edge;
+      if (caseBlock_ > 0) caseBlocks_.insert(caseBlock_);
+      place_.block = Block::kIgnored;
+      return;
+    }
+  }
+  if (caseBlock_ > 0 && only_ != nullptr && !only_->blocks.contains(caseBlock_)) return;
   if (!line.empty() && line[0] == '*') return BeginKeyword(line);
   ReadData(line);
 }
@@ -118,6 +127,10 @@ void DeckReader::BeginKeyword(std::string_view line) {
     place_.block = Block::kFormedSet;
   } else if (keyword == "SET_PART_LIST") {
     place_.block = Block::kPartSet;
+  } else if (keyword == "CASE" || keyword == "CASE_TITLE") {
+    place_.block = Block::kCase;
+    place_.loadCase = 0;
+    place_.extraCards = keyword == "CASE_TITLE" ? 1 : 0;
   } else if (keyword == "NODE") {
     place_.block = Block::kNode;
   } else if (StartsWith(keyword, "PARAMETER_EXPRESSION")) {
@@ -195,6 +208,8 @@ void DeckReader::ReadData(const std::string& line) {
       return;
     case Block::kPartSet:
       return ReadPartSet(line);
+    case Block::kCase:
+      return ReadCase(line);
     case Block::kIncludePath:
       if (!Trim(line).empty()) includeFolders_.emplace_back(Trim(line));
       return;
@@ -293,6 +308,31 @@ void DeckReader::ReadPartSet(const std::string& line) {
     std::int64_t part = 0;
     if (Integer(card[i], part) && part > 0) deck_.partSets[place_.partSet].insert(part);
   }
+}
+
+// The case's number, behind a title if there is one, then eight blocks on each further card.
+void DeckReader::ReadCase(const std::string& line) {
+  if (place_.card++ < place_.extraCards) return;
+  const Card card = ValueCard(line);
+  std::int64_t number = 0;
+  if (place_.loadCase == 0) {
+    if (!Integer(card[0], number)) return;
+    place_.loadCase = static_cast<int>(number);
+    cases_[place_.loadCase].number = place_.loadCase;
+    return;
+  }
+  for (std::size_t i = 0; i < 8; ++i) {
+    if (Integer(card[i], number) && number > 0)
+      cases_[place_.loadCase].blocks.insert(static_cast<int>(number));
+  }
+}
+
+std::vector<LoadCase> DeckReader::Cases() const {
+  std::vector<LoadCase> cases;
+  for (const auto& [number, one] : cases_) cases.push_back(one);
+  if (!cases.empty()) return cases;
+  for (const int block : caseBlocks_) cases.push_back({block, {block}});
+  return cases;
 }
 
 void DeckReader::ReadParameters(const std::string& line) {

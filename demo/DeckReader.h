@@ -2,6 +2,8 @@
 #ifndef STANDIN_DECKREADER_H
 #define STANDIN_DECKREADER_H
 
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,10 +13,13 @@
 
 class DeckReader {
  public:
-  DeckReader(Deck& deck, std::vector<DeckError>& errors) : deck_(deck), errors_(errors) {}
+  DeckReader(Deck& deck, std::vector<DeckError>& errors, const LoadCase* only)
+      : deck_(deck), errors_(errors), only_(only) {}
 
   void ReadFile(const std::string& path);
   bool SawKeywordCard() const { return sawKeywordCard_; }
+  // Where no card tells of cases, each block is one.
+  std::vector<LoadCase> Cases() const;
 
  private:
   enum class Block {
@@ -30,6 +35,7 @@ class DeckReader {
     kIncludePath,
     kFormedSet,
     kPartSet,
+    kCase,
   };
 
   void ReadLine(std::string line);
@@ -41,6 +47,7 @@ class DeckReader {
   void ReadNode(const std::string& line);
   void ReadElement(const std::string& line);
   void ReadPartSet(const std::string& line);
+  void ReadCase(const std::string& line);
   void ReadParameters(const std::string& line);
   void ReadExpression(const std::string& line);
   void ReadInclude(const std::string& line);
@@ -55,6 +62,10 @@ class DeckReader {
 
   Deck& deck_;
   std::vector<DeckError>& errors_;
+  const LoadCase* const only_;
+  std::map<int, LoadCase> cases_;
+  std::set<int> caseBlocks_;
+  int caseBlock_ = 0;  // that the reading is in
   Parameters parameters_;
   std::vector<std::string> includeFolders_;
   std::vector<std::string> openFiles_;  // from the main deck inwards
@@ -71,6 +82,7 @@ class DeckReader {
     std::size_t card = 0;  // data lines since the keyword, or since the element began
     std::size_t extraCards = 0;
     std::int64_t partSet = 0;
+    int loadCase = 0;
     ElementKind kind = ElementKind::kSolid;
     bool nodesOnSecondLine = false;
     std::string pendingName;  // an include name that goes on in the next line

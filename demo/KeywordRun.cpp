@@ -42,10 +42,12 @@ enum class Ending { kNone, kTime, kSwitch, kError };
 
 class KeywordRun {
  public:
-  KeywordRun(const Options& options, const std::string& programName)
-      : options_(options), programName_(programName) {}
+  // `loadCase` null: the whole deck at once.
+  KeywordRun(const Options& options, const std::string& programName, const LoadCase* loadCase)
+      : options_(options), programName_(programName), loadCase_(loadCase) {}
 
   int Run();
+  bool ReachedItsEnd() const { return ending_ == Ending::kTime; }
 
  private:
   bool OpenMessageFile();
@@ -78,6 +80,7 @@ class KeywordRun {
 
   const Options& options_;
   const std::string programName_;
+  const LoadCase* const loadCase_;
   const Clock::time_point start_ = Clock::now();
   const Rank rank_ = FindRank();
   Behaviour behaviour_;
@@ -99,7 +102,7 @@ class KeywordRun {
 
 int KeywordRun::Run() {
   const bool restart = options_.deck.empty() && !options_.restart.empty();
-  behaviour_ = ReadBehaviour(restart ? options_.restart + ".standin" : options_.deck);
+  behaviour_ = ReadBehaviour(restart ? options_.restart + ".standin" : options_.deck, loadCase_);
   ActAtStart(behaviour_, options_, rank_.First());
   if (!OpenMessageFile()) return 1;
   WriteHead();
@@ -146,7 +149,7 @@ bool KeywordRun::ReadInput() {
 
 bool KeywordRun::ReadModel() {
   std::vector<DeckError> errors;
-  deck_ = ReadDeck(options_.deck, errors);
+  deck_ = ReadDeck(options_.deck, errors, loadCase_);
   for (const DeckError& error : errors) Error(error.number, error.text);
   if (!errors.empty()) return false;
   if (deck_.endTime || options_.restart.empty()) endTime_ = deck_.endTime.value_or(0);
@@ -454,8 +457,27 @@ int KeywordRun::End() {
   return behaviour_.exitCode.value_or(normal && message_.Good() ? 0 : 1);
 }
 
+// What stands in front of the names of a case's files.
+std::string CasePrefix(const Options& options, int number) {
+  const std::string name = Format("CASE%d.", number);
+  const std::string order = ReadBehaviour(options.deck).caseNames;
+  if (order == "ALONE") return name;
+  return order == "FIRST" ? name + options.prefix : options.prefix + name;
+}
+
 }  // namespace
 
 int RunKeywordSolver(const Options& options, const std::string& programName) {
-  return KeywordRun(options, programName).Run();
+  std::vector<LoadCase> cases;
+  std::vector<DeckError> errors;
+  if (options.cases && !options.deck.empty()) cases = ReadDeck(options.deck, errors).cases;
+  if (cases.empty()) return KeywordRun(options, programName, nullptr).Run();
+  for (const LoadCase& one : cases) {
+    Options ofCase = options;
+    ofCase.prefix = CasePrefix(options, one.number);
+    KeywordRun run(ofCase, programName, &one);
+    const int exitCode = run.Run();
+    if (exitCode != 0 || !run.ReachedItsEnd()) return exitCode;
+  }
+  return 0;
 }

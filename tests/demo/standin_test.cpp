@@ -79,6 +79,29 @@ TEST_F(Standin, WritesStatesAndEstimatesAsSickAsAsked) {
   EXPECT_EQ(health.Look(run.States(), run.Message(), true, 0).size(), 5u);
 }
 
+// Each with files of its own; what stands in a case's lines is for it alone.
+TEST_F(Standin, RunsTheCasesOfADeckOneAfterAnother) {
+  folder_.Write("deck.k",
+                "*KEYWORD\n*CASE\n         2\n         7\n*CASE_TITLE\nthe first\n         1\n"
+                "         6\n*CASE_BEGIN_6\n*CONTROL_TERMINATION\n       1.0\n*CASE_END_6\n"
+                "*CASE_BEGIN_7\n$ standin: fail 40500\n*CONTROL_TERMINATION\n       3.0\n"
+                "*CASE_END_7\n*NODE\n       1\n*END\n");
+  EXPECT_EQ(Run("i=deck.k CASE"), 1);
+  for (const char* kind : {"messag", "glstat", "d3plot", "status.out", "d3hsp"}) {
+    for (const std::string one : {"CASE1.", "CASE2."})
+      EXPECT_NE(Read(one + kind), "") << one << kind;
+    EXPECT_FALSE(FileDirWrapper::FileExists(folder_ / kind)) << kind;
+  }
+  EXPECT_NE(Read("CASE1.messag").find(kNormal), std::string::npos);
+  EXPECT_NE(Read("CASE2.messag").find("Error 40500"), std::string::npos);
+  EXPECT_NE(Read("CASE2.status.out").find("3.000E+00"), std::string::npos);
+  Run("i=deck.k CASE jobid=bar");
+  EXPECT_NE(Read("bar.CASE2.messag").find(kError), std::string::npos);
+  // Without the word on the line it is one run.
+  EXPECT_EQ(Run("i=deck.k"), 1);
+  EXPECT_TRUE(Says("Error 40500"));
+}
+
 // Every way to write a card that a deck may use, and an element of each kind.
 TEST_F(Standin, WritesTheDecksModelInBothPrecisions) {
   folder_.Write("deck.k",
