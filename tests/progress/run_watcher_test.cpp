@@ -2,9 +2,11 @@
 
 #include <atomic>
 #include <mutex>
+#include <thread>
 
 #include "progress/RunCases.h"
 #include "progress/RunWatcher.h"
+#include "support/OwnProgram.h"
 #include "support/TempFolder.h"
 #include "support/WaitUntil.h"
 #include "util/files/FolderSnapshot.h"
@@ -16,6 +18,13 @@ constexpr char kBegin[] =
     "       1 t 0.0000E+00 dt 1.00E-06 flush i/o buffers            08/14/24 12:00:00\n";
 constexpr char kHalf[] =
     "    5000 t 5.0000E-01 dt 1.00E-09 flush i/o buffers            08/14/24 12:10:00\n";
+
+constexpr char kSleeper[] = "KR_TEST_SLEEPER";
+
+const OwnProgramChild sleeper(kSleeper, [](const std::string&) {
+  std::this_thread::sleep_for(std::chrono::minutes(1));
+  return 0;
+});
 
 class RunWatcherTest : public testing::Test {
  protected:
@@ -131,12 +140,14 @@ TEST_F(RunWatcherTest, LooksOnceAtARunThatHasEndedAndMeasuresOneThatGoesOn) {
   const int before = changes_;
   EXPECT_FALSE(WaitUntil([&] { return changes_ > before; }, std::chrono::milliseconds(100)));
 
+  PTWrapperProcess solver;
+  ASSERT_TRUE(solver.Create(OwnProgram(kSleeper, "1")));
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    run_.process = IdentityOfProcess(PTWrapperProcess().ProcessId());
+    run_.process = IdentityOfProcess(solver.ChildId());
   }
-  ASSERT_TRUE(WaitUntil([&] { return State().use.memory.has_value(); }));
-  EXPECT_GT(*State().use.memory, 1u << 20);
+  EXPECT_TRUE(WaitUntil([&] { return State().use.memory.value_or(0) > 1u << 20; }));
+  solver.TerminateAll();
   EXPECT_TRUE(State().running);
 }
 
