@@ -1,4 +1,4 @@
-#include "solvers/JobSolverInc.h"
+#include "solvers/Drivers.h"
 
 #include <string_view>
 

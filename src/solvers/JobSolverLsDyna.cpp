@@ -1,4 +1,4 @@
-#include "solvers/JobSolverLsDyna.h"
+#include "solvers/Drivers.h"
 
 #include "jobs/JobArguments.h"
 #include "jobs/OutputPrefix.h"

@@ -1,4 +1,4 @@
-#include "solvers/JobSolverUBatch.h"
+#include "solvers/Drivers.h"
 
 #include "jobs/JobArguments.h"
 #include "solvers/MessageFiles.h"

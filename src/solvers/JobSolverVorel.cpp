@@ -1,4 +1,4 @@
-#include "solvers/JobSolverVorel.h"
+#include "solvers/Drivers.h"
 
 #include "jobs/JobArguments.h"
 #include "solvers/OutputAnalysis.h"

@@ -3,11 +3,8 @@
 #include <algorithm>
 
 #include "jobs/JobArguments.h"
+#include "solvers/Drivers.h"
 #include "solvers/JobOutput.h"
-#include "solvers/JobSolverInc.h"
-#include "solvers/JobSolverLsDyna.h"
-#include "solvers/JobSolverUBatch.h"
-#include "solvers/JobSolverVorel.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/PostResult.h"
 #include "util/files/FileDirWrapper.h"
