@@ -11,14 +11,14 @@
 namespace {
 
 TEST(DialogLayout, KeepsGeometryInAnotherLanguage) {
-  const LineTexts texts[] = {{"ID_BUTTON1", "确定, x", "提示"}, {"ID_BOX", "", "提示"}};
-  EXPECT_EQ(TranslatedLayout("ID_BUTTON1,Button,\"A, b\",1,2,3,4,2,3,49,49,0,0,12,56,0,99,,5\n"
-                             "# a comment, \"x\"\nID_BOX,Box,\"Gone\",7\n"
-                             "ID_OTHER,Box,\"Stays\",1,2,3",
-                             texts),
-            "ID_BUTTON1,Button,\"确定, x\",1,2,3,4,2,3,49,49,0,0,12,56,0,99,\"提示\",5\n"
-            "# a comment, \"x\"\nID_BOX,Box,\"\",7,,,,,,,,,,,,,,\"提示\"\n"
-            "ID_OTHER,Box,\"Stays\",1,2,3\n");
+  const std::string rest = "1,2,3,4,2,3,49,49,0,0,12,56,0,99,";
+  EXPECT_EQ(ChineseLayout("ID_BUTTON1,Button,\"A, b\"," + rest +
+                          "\"Tip\",0,0,0,0,\"确定, x\",\"提示\"\n" +
+                          "# a comment, \"x\"\nID_BOX,Box,\"Gone\"," + rest +
+                          "\"Gone\",0,0,0,5,\"\"\n" + "ID_OTHER,Box,\"Stays\",1,2,3"),
+            "ID_BUTTON1,Button,\"确定, x\"," + rest + "\"提示\",0,0,0,0\n" +
+                "# a comment, \"x\"\nID_BOX,Box,\"\"," + rest + "\"\",0,0,0,5\n" +
+                "ID_OTHER,Box,\"Stays\",1,2,3\n");
 }
 
 TEST(KeywordFiles, UnderstandDroppedAddressesAndPlainPaths) {

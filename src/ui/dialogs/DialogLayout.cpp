@@ -14,6 +14,7 @@ constexpr std::size_t kLongestLabel = 255;
 constexpr std::size_t kTextFields = 3;
 constexpr std::size_t kLabelField = 2;
 constexpr std::size_t kTooltipField = 17;
+constexpr std::size_t kFieldsOfAWidget = 22;  // the Chinese ones stand behind them
 
 // The fields of a line with their quotes.
 std::vector<std::string> RawFields(const std::string& line) {
@@ -35,27 +36,28 @@ std::string FieldValue(const std::string& raw) {
   return raw.substr(open + 1, raw.find('"', open + 1) - open - 1);
 }
 
+// The fields that are numbers, by their places in a line; the first field is 0.
+constexpr struct {
+  std::size_t field;
+  int LayoutLine::*number;
+} kNumbers[] = {
+    {3, &LayoutLine::x},           {4, &LayoutLine::y},
+    {5, &LayoutLine::width},       {6, &LayoutLine::height},
+    {7, &LayoutLine::box},         {8, &LayoutLine::downBox},
+    {9, &LayoutLine::color},       {10, &LayoutLine::selectionColor},
+    {11, &LayoutLine::labelType},  {12, &LayoutLine::labelFont},
+    {14, &LayoutLine::labelColor}, {15, &LayoutLine::align},
+    {16, &LayoutLine::subtype},
+};
+
 LayoutLine MakeLine(const std::vector<std::string>& fields) {
-  const auto number = [&](std::size_t field) {
-    return field <= fields.size() ? StrWrapperTxt::LeadingInt(fields[field - 1]) : 0;
-  };
   LayoutLine line;
   line.id = fields[0].substr(0, kLongestId);
   line.typeName = "Fl_" + fields[1].substr(0, kLongestType);
   line.label = fields[kLabelField].substr(0, kLongestLabel);
-  line.x = number(4);
-  line.y = number(5);
-  line.width = number(6);
-  line.height = number(7);
-  line.box = number(8);
-  line.downBox = number(9);
-  line.color = number(10);
-  line.selectionColor = number(11);
-  line.labelType = number(12);
-  line.labelFont = number(13);
-  line.labelColor = number(15);
-  line.align = number(16);
-  line.subtype = number(17);
+  for (const auto& [field, number] : kNumbers) {
+    if (field < fields.size()) line.*number = StrWrapperTxt::LeadingInt(fields[field]);
+  }
   if (fields.size() > kTooltipField) line.tooltip = fields[kTooltipField];
   return line;
 }
@@ -82,18 +84,16 @@ std::vector<LayoutLine> ParseLayout(const std::string& text) {
   return lines;
 }
 
-std::string TranslatedLayout(const std::string& text, std::span<const LineTexts> lines) {
+std::string ChineseLayout(const std::string& text) {
   std::string out;
   std::istringstream in(text);
   for (std::string line; std::getline(in, line); out += line + '\n') {
-    const std::string id = line.substr(0, line.find(','));
-    const auto texts = std::find_if(lines.begin(), lines.end(),
-                                    [&](const LineTexts& one) { return one.id == id; });
-    if (texts == lines.end()) continue;
     std::vector<std::string> fields = RawFields(line);
-    fields.resize(std::max(fields.size(), kTooltipField + 1));
-    fields[kLabelField] = std::string("\"") + texts->label + '"';
-    fields[kTooltipField] = std::string("\"") + texts->tooltip + '"';
+    if (fields.size() <= kFieldsOfAWidget) continue;
+    fields.resize(kFieldsOfAWidget + 2, "\"\"");
+    fields[kLabelField] = fields[kFieldsOfAWidget];
+    fields[kTooltipField] = fields[kFieldsOfAWidget + 1];
+    fields.resize(kFieldsOfAWidget);
     line.clear();
     for (const std::string& field : fields) line += (line.empty() ? "" : ",") + field;
   }

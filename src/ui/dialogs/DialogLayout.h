@@ -2,7 +2,6 @@
 #ifndef KR_UI_DIALOGS_DIALOGLAYOUT_H
 #define KR_UI_DIALOGS_DIALOGLAYOUT_H
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -38,15 +37,10 @@ std::vector<std::string> SplitLayoutLine(const std::string& line);
 // or label are left out; lines are cut at 1,023 bytes.
 std::vector<LayoutLine> ParseLayout(const std::string& text);
 
-// What a line of a layout says in another language.
-struct LineTexts {
-  const char* id;
-  const char* label;
-  const char* tooltip = "";
-};
-
-// The layout with these labels and tooltips, so that geometry and attributes stand once for all
-// languages. Lines without texts here stay as they are.
-std::string TranslatedLayout(const std::string& text, std::span<const LineTexts> lines);
+// The same layout in Chinese, so that geometry and attributes stand once for both languages. Behind
+// its 22 fields a line may have two more in quotes: its Chinese label, which a layout in English
+// does not look at, and its Chinese tooltip, without which it has none. They take the place of the
+// English ones, both together. A line without them stays as it is.
+std::string ChineseLayout(const std::string& text);
 
 #endif

@@ -139,9 +139,9 @@ const char* Flx_Base_Dialog::GetText(const std::string& key) const {
   return found == texts_.end() ? nullptr : found->second.c_str();
 }
 
-void Flx_Base_Dialog::SetLayouts(const std::string& english, std::span<const LineTexts> chinese) {
-  if (language_ == 0) SetLayout(english);
-  if (Chinese()) SetLayout(ToCodePage936(TranslatedLayout(english, chinese)));
+void Flx_Base_Dialog::SetLayouts(const std::string& text) {
+  if (language_ == 0) SetLayout(text);
+  if (Chinese()) SetLayout(ToCodePage936(ChineseLayout(text)));
 }
 
 void Flx_Base_Dialog::SetTexts(std::span<const DialogText> texts) {
@@ -182,4 +182,10 @@ void Flx_Base_Dialog::Inform(const std::string& caption, const std::string& uiTe
 
 void Flx_Base_Dialog::CentreOnParent() {
   CentreOver(*window_, parent_);
+}
+
+void Flx_Base_Dialog::Present(Fl_Button& byEnter, Fl_Widget& focused) {
+  byEnter.shortcut(FL_Enter);
+  CentreOnParent();
+  focused.take_focus();
 }

@@ -2,6 +2,7 @@
 #ifndef KR_UI_DIALOGS_FLX_BASE_DIALOG_H
 #define KR_UI_DIALOGS_FLX_BASE_DIALOG_H
 
+#include <FL/Fl_Button.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Group.H>
 
@@ -34,7 +35,7 @@ struct DialogText {
 // Chinese texts are UTF-8 literals in the sources and code page 936 in the dialog and in the labels
 // of its widgets, which have a label type that decodes while it draws. So:
 //   static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON1"};  // in the class
-//   SetLayouts(kLayout, kChinese);                                // in the constructor
+//   SetLayouts(kLayout);                                          // in the constructor
 //   SetTexts(kTexts);
 //   Find(kClose)->label(ConvertText(GetText("close")));  // labels of the layout's widgets
 //   list->add(Shown("no_file").c_str());                 // all else that FLTK shows: UTF-8
@@ -66,8 +67,8 @@ class Flx_Base_Dialog {
   // In the language's encoding.
   void SetLayout(const std::string& text) { layout_ = text; }
 
-  // The layout in the dialog's language, from the English one and what its lines are in Chinese.
-  void SetLayouts(const std::string& english, std::span<const LineTexts> chinese);
+  // The layout in the dialog's language, from one whose lines have both (see ChineseLayout); UTF-8.
+  void SetLayouts(const std::string& text);
 
   // Builds the window; returns Initialise's result, false without a layout.
   bool Build();
@@ -106,6 +107,10 @@ class Flx_Base_Dialog {
   void Inform(const std::string& caption, const std::string& uiText);
 
   void CentreOnParent();
+
+  // The last step of Initialise for a dialog of the usual kind: the window stands over its parent,
+  // Enter presses one button, and one widget has the focus.
+  void Present(Fl_Button& byEnter, Fl_Widget& focused);
 
   // Null before Build.
   Fl_Window* Window() const { return window_.get(); }

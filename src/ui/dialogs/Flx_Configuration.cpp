@@ -14,21 +14,16 @@
 namespace {
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"Configuration",978,435,650,130,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"Text Editor",5,36,70,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"Configuration",978,435,650,130,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"配置"
+ID_LABEL1,Box,"Text Editor",5,36,70,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"文本编辑器"
 ID_CHOICE1,Choice,"",89,9,150,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL2,Box,"Language",5,10,76,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL2,Box,"Language",5,10,76,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"语言"
 ID_INPUT1,Input,"",89,35,530,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON1,Button,"...",620,34,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"Close",560,100,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_CHECKBOX1,Check_Button,"Output d3dump",8,66,127,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
-ID_CHECKBOX2,Check_Button,"Delete adaptdmp",8,93,152,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
+ID_BUTTON2,Button,"Close",560,100,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
+ID_CHECKBOX1,Check_Button,"Output d3dump",8,66,127,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0,"输出 d3dump"
+ID_CHECKBOX2,Check_Button,"Delete adaptdmp",8,93,152,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0,"删除 adaptdmp"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "配置"},  {"ID_LABEL1", "文本编辑器"},     {"ID_LABEL2", "语言"},
-    {"ID_BUTTON2", "关闭"}, {"ID_CHECKBOX1", "输出 d3dump"}, {"ID_CHECKBOX2", "删除 adaptdmp"},
-};
 
 constexpr char kEditorFilter[] = "Text Editor (*.exe)|*.exe|";
 
@@ -45,7 +40,7 @@ Flx_Configuration::Flx_Configuration(Fl_Window* parent, Application& application
     : Flx_Base_Dialog(parent, application.language),
       application_(application),
       settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -58,9 +53,7 @@ bool Flx_Configuration::Initialise() {
   ShowSettings();
   SetTabOrder(*Window(), {Find(kLanguage), Find(kEditor), Find(kChooseEditor), Find(kOutputDump),
                           Find(kDeleteAdaptive), Find(kClose)});
-  Find(kClose)->shortcut(FL_Enter);
-  CentreOnParent();
-  Find(kClose)->take_focus();
+  Present(*Find(kClose), *Find(kClose));
   return true;
 }
 

@@ -13,21 +13,14 @@
 namespace {
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"New End Time",901,479,380,148,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"New End Time",901,479,380,148,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"新终止时间"
 ID_LABEL1,Box,"",12,8,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL2,Box,"The run ends at:",12,38,140,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL2,Box,"The run ends at:",12,38,140,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"计算终止于："
 ID_INPUT1,Input,"",160,38,200,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
 ID_LABEL3,Box,"",12,68,356,36,0,0,49,49,0,0,12,56,148,99,"",0,0,0,0
-ID_BUTTON1,Button,"Set",192,112,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"Cancel",280,112,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON1,Button,"Set",192,112,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"设置"
+ID_BUTTON2,Button,"Cancel",280,112,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"取消"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "新终止时间"},
-    {"ID_LABEL2", "计算终止于："},
-    {"ID_BUTTON1", "设置"},
-    {"ID_BUTTON2", "取消"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -50,7 +43,7 @@ std::string Number(double value) {
 Flx_EndTime::Flx_EndTime(Fl_Window* parent, int language, std::optional<double> now,
                          std::optional<double> endTime)
     : Flx_Base_Dialog(parent, language), now_(now), endTime_(endTime) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -64,9 +57,7 @@ bool Flx_EndTime::Initialise() {
   Fl_Input* input = Find(kTime);
   if (endTime_) input->value(Number(*endTime_).c_str());
   input->position(input->size(), 0);
-  Find(kSet)->shortcut(FL_Enter);
-  CentreOnParent();
-  input->take_focus();
+  Present(*Find(kSet), *input);
   return true;
 }
 

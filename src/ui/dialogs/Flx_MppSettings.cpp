@@ -24,51 +24,29 @@ constexpr std::chrono::milliseconds kAtOnce{100};  // a folder that answers does
 constexpr double kLookSeconds = 0.1;
 
 const char kLayout[] =
-    R"layout(ID_WINDOW,Window,"MPP Settings",1226,368,400,420,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_CHECKBOX1,Check_Button,"Use MPP",10,6,80,24,0,3,49,56,0,0,12,56,20,99,"Run LS-DYNA jobs through MPI with the MPP solvers",0,0,0,0
+    R"layout(ID_WINDOW,Window,"MPP Settings",1226,368,400,420,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"MPP 设置"
+ID_CHECKBOX1,Check_Button,"Use MPP",10,6,80,24,0,3,49,56,0,0,12,56,20,99,"Run LS-DYNA jobs through MPI with the MPP solvers",0,0,0,0,"使用 MPP","通过 MPI 用 MPP 求解器运行 LS-DYNA 任务"
 ID_CHOICE2,Choice,"",100,6,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL1,Box,"Group",10,36,50,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL1,Box,"Group",10,36,50,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"任务组"
 ID_CHOICE1,Choice,"",100,36,294,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL2,Box,"Memory2 (MB)",10,66,64,24,0,0,49,49,0,0,12,56,20,99,"Memory2 (MB)",0,0,0,0
-ID_INPUT1,Input,"",100,66,294,24,3,3,7,15,0,0,12,56,4,99,"Memory of each process but the first (memory2=), in MB",0,0,14,0
-ID_LABEL4,Box,"MPI Param",10,96,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT2,Input,"",100,96,294,24,3,3,7,15,0,0,12,56,4,99,"Arguments for the MPI launcher, in front of the host list",0,0,14,0
-ID_LABEL5,Box,"MPP Param",10,126,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_INPUT3,Input,"",100,126,294,24,3,3,7,15,0,0,12,56,4,99,"Arguments for the MPP solver, at the end of its command line",0,0,14,0
-ID_LABEL6,Box,"MPP Solver(s)",10,156,100,24,0,0,49,49,0,0,12,56,20,99,"MPP solver, single precision",0,0,0,0
-ID_INPUT4,Input,"",100,156,270,24,3,3,7,15,0,0,12,56,4,99,"MPP solver, single precision",0,0,14,0
-ID_BUTTON5,Button,"...",370,156,24,24,2,3,49,49,0,0,12,56,0,99,"Choose the program",0,0,0,0
-ID_LABEL7,Box,"MPP Solver(d)",10,186,100,24,0,0,49,49,0,0,12,56,20,99,"MPP solver, double precision",0,0,0,0
-ID_INPUT5,Input,"",100,186,270,24,3,3,7,15,0,0,12,56,4,99,"MPP solver, double precision",0,0,14,0
-ID_BUTTON6,Button,"...",370,186,24,24,2,3,49,49,0,0,12,56,0,99,"Choose the program",0,0,0,0
+ID_LABEL2,Box,"Memory2 (MB)",10,66,64,24,0,0,49,49,0,0,12,56,20,99,"Memory2 (MB)",0,0,0,0,"内存2 (MB)"
+ID_INPUT1,Input,"",100,66,294,24,3,3,7,15,0,0,12,56,4,99,"Memory of each process but the first (memory2=), in MB",0,0,14,0,"","除首个进程外每个进程的内存 (memory2=)，单位 MB"
+ID_LABEL4,Box,"MPI Param",10,96,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"MPI 参数"
+ID_INPUT2,Input,"",100,96,294,24,3,3,7,15,0,0,12,56,4,99,"Arguments for the MPI launcher, in front of the host list",0,0,14,0,"","MPI 启动程序的参数，位于主机列表之前"
+ID_LABEL5,Box,"MPP Param",10,126,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"MPP 参数"
+ID_INPUT3,Input,"",100,126,294,24,3,3,7,15,0,0,12,56,4,99,"Arguments for the MPP solver, at the end of its command line",0,0,14,0,"","MPP 求解器的参数，位于命令行末尾"
+ID_LABEL6,Box,"MPP Solver(s)",10,156,100,24,0,0,49,49,0,0,12,56,20,99,"MPP solver, single precision",0,0,0,0,"MPP 求解器(单)","单精度 MPP 求解器"
+ID_INPUT4,Input,"",100,156,270,24,3,3,7,15,0,0,12,56,4,99,"MPP solver, single precision",0,0,14,0,"","单精度 MPP 求解器"
+ID_BUTTON5,Button,"...",370,156,24,24,2,3,49,49,0,0,12,56,0,99,"Choose the program",0,0,0,0,"...","选择程序"
+ID_LABEL7,Box,"MPP Solver(d)",10,186,100,24,0,0,49,49,0,0,12,56,20,99,"MPP solver, double precision",0,0,0,0,"MPP 求解器(双)","双精度 MPP 求解器"
+ID_INPUT5,Input,"",100,186,270,24,3,3,7,15,0,0,12,56,4,99,"MPP solver, double precision",0,0,14,0,"","双精度 MPP 求解器"
+ID_BUTTON6,Button,"...",370,186,24,24,2,3,49,49,0,0,12,56,0,99,"Choose the program",0,0,0,0,"...","选择程序"
 ID_SCROLL1,Scroll,"",10,216,384,140,3,3,7,15,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"Edit Host File...",10,364,185,24,2,3,49,49,0,0,12,56,0,99,"Open the host file in the text editor",0,0,0,0
-ID_BUTTON4,Button,"Reload Host File",205,364,185,24,2,3,49,49,0,0,12,56,0,99,"Read the host file again",0,0,0,0
-ID_BUTTON1,Button,"Stop Running",10,393,185,24,2,3,49,49,0,0,12,56,0,99,"Ask the group's running job to write a restart file and end",0,0,0,0
-ID_BUTTON3,Button,"Close",205,393,185,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON2,Button,"Edit Host File...",10,364,185,24,2,3,49,49,0,0,12,56,0,99,"Open the host file in the text editor",0,0,0,0,"编辑主机文件...","在文本编辑器中打开主机文件"
+ID_BUTTON4,Button,"Reload Host File",205,364,185,24,2,3,49,49,0,0,12,56,0,99,"Read the host file again",0,0,0,0,"重新读取主机文件","再次读取主机文件"
+ID_BUTTON1,Button,"Stop Running",10,393,185,24,2,3,49,49,0,0,12,56,0,99,"Ask the group's running job to write a restart file and end",0,0,0,0,"停止计算","要求该组正在运行的任务写出重启动文件后结束"
+ID_BUTTON3,Button,"Close",205,393,185,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
 )layout";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "MPP 设置"},
-    {"ID_CHECKBOX1", "使用 MPP", "通过 MPI 用 MPP 求解器运行 LS-DYNA 任务"},
-    {"ID_LABEL1", "任务组"},
-    {"ID_LABEL2", "内存2 (MB)"},
-    {"ID_INPUT1", "", "除首个进程外每个进程的内存 (memory2=)，单位 MB"},
-    {"ID_LABEL4", "MPI 参数"},
-    {"ID_INPUT2", "", "MPI 启动程序的参数，位于主机列表之前"},
-    {"ID_LABEL5", "MPP 参数"},
-    {"ID_INPUT3", "", "MPP 求解器的参数，位于命令行末尾"},
-    {"ID_LABEL6", "MPP 求解器(单)", "单精度 MPP 求解器"},
-    {"ID_INPUT4", "", "单精度 MPP 求解器"},
-    {"ID_BUTTON5", "...", "选择程序"},
-    {"ID_LABEL7", "MPP 求解器(双)", "双精度 MPP 求解器"},
-    {"ID_INPUT5", "", "双精度 MPP 求解器"},
-    {"ID_BUTTON6", "...", "选择程序"},
-    {"ID_BUTTON2", "编辑主机文件...", "在文本编辑器中打开主机文件"},
-    {"ID_BUTTON4", "重新读取主机文件", "再次读取主机文件"},
-    {"ID_BUTTON1", "停止计算", "要求该组正在运行的任务写出重启动文件后结束"},
-    {"ID_BUTTON3", "关闭"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -103,7 +81,7 @@ Flx_MppSettings::Flx_MppSettings(Fl_Window* parent, Application& application)
     : Flx_Base_Dialog(parent, application.language),
       application_(application),
       settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
   SetTexts(HostEditor::kTexts);
 }
@@ -130,9 +108,7 @@ bool Flx_MppSettings::Initialise() {
                                         [this](const std::string& key) { return Shown(key); });
   hosts_->Rebuild();
   ShowCurrentGroup();
-  Find(kClose)->shortcut(FL_Enter);
-  CentreOnParent();
-  Find(kUseMpp)->take_focus();
+  Present(*Find(kClose), *Find(kUseMpp));
   return true;
 }
 

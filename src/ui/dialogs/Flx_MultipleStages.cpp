@@ -23,33 +23,20 @@ constexpr int kLeastWidth = 716;  // the buttons of the last row beside each oth
 constexpr int kLeastHeight = 240;
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"Multiple Stages",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"Multiple Stages",640,300,760,348,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"多工步任务"
 ID_LABEL1,Box,"",8,6,744,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
 ID_GROUP1,Group,"",8,34,744,220,0,0,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"First stage to run",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"Stages before it are skipped",0,0,14,56
+ID_LABEL2,Box,"First stage to run",8,264,120,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"起始工步"
+ID_CHOICE1,Choice,"",130,264,250,24,1,14,55,15,0,0,12,56,4,99,"Stages before it are skipped",0,0,14,56,"","跳过此工步之前的各工步"
 ID_LABEL3,Box,"",396,264,356,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON1,Button,"Add...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"Add decks as further stages",0,0,0,0
-ID_BUTTON2,Button,"Remove",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"Remove the selected stage",0,0,0,0
-ID_BUTTON3,Button,"Move Up",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage earlier",0,0,0,0
-ID_BUTTON4,Button,"Move Down",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage later",0,0,0,0
-ID_BUTTON5,Button,"View Message",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the message file of the selected stage",0,0,0,0
-ID_BUTTON6,Button,"View Summary",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the information about the selected stage",0,0,0,0
-ID_BUTTON7,Button,"Close",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON1,Button,"Add...",8,314,80,26,2,3,49,49,0,0,12,56,0,99,"Add decks as further stages",0,0,0,0,"添加...","添加关键字文件作为后续工步"
+ID_BUTTON2,Button,"Remove",94,314,80,26,2,3,49,49,0,0,12,56,0,99,"Remove the selected stage",0,0,0,0,"删除","删除所选工步"
+ID_BUTTON3,Button,"Move Up",180,314,84,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage earlier",0,0,0,0,"上移","提前运行所选工步"
+ID_BUTTON4,Button,"Move Down",270,314,92,26,2,3,49,49,0,0,12,56,0,99,"Run the selected stage later",0,0,0,0,"下移","推后运行所选工步"
+ID_BUTTON5,Button,"View Message",396,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the message file of the selected stage",0,0,0,0,"查看消息文件","查看所选工步的消息文件"
+ID_BUTTON6,Button,"View Summary",512,314,110,26,2,3,49,49,0,0,12,56,0,99,"View the information about the selected stage",0,0,0,0,"查看摘要","查看所选工步的任务信息"
+ID_BUTTON7,Button,"Close",672,314,80,26,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "多工步任务"},
-    {"ID_LABEL2", "起始工步"},
-    {"ID_CHOICE1", "", "跳过此工步之前的各工步"},
-    {"ID_BUTTON1", "添加...", "添加关键字文件作为后续工步"},
-    {"ID_BUTTON2", "删除", "删除所选工步"},
-    {"ID_BUTTON3", "上移", "提前运行所选工步"},
-    {"ID_BUTTON4", "下移", "推后运行所选工步"},
-    {"ID_BUTTON5", "查看消息文件", "查看所选工步的消息文件"},
-    {"ID_BUTTON6", "查看摘要", "查看所选工步的任务信息"},
-    {"ID_BUTTON7", "关闭"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -67,7 +54,7 @@ void Activate(Fl_Widget* widget, bool on) {
 
 Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject subject)
     : Flx_Base_Dialog(parent, language), subject_(std::move(subject)) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
   SetTexts(StageTable::kTexts);
 }

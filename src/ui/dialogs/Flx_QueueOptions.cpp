@@ -19,68 +19,46 @@
 namespace {
 
 const char kLayout[] =
-    R"LAYOUT(ID_WINDOW,Window,"Queue Options",300,200,640,454,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"Jobs that the last session left",12,10,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+    R"LAYOUT(ID_WINDOW,Window,"Queue Options",300,200,640,454,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"队列选项"
+ID_LABEL1,Box,"Jobs that the last session left",12,10,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"上次会话留下的任务"
 ID_CHOICE1,Choice,"",268,10,284,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL2,Box,"Decks that share a folder",12,39,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL2,Box,"Decks that share a folder",12,39,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"位于同一文件夹的关键字文件"
 ID_CHOICE2,Choice,"",268,39,284,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL3,Box,"Console of the solvers",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL3,Box,"Console of the solvers",12,68,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"求解器的控制台"
 ID_CHOICE3,Choice,"",268,68,284,24,1,14,55,15,0,0,12,56,4,99,"",0,0,14,56
-ID_LABEL4,Box,"Failures in a row for a pause (0: never)",12,97,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL4,Box,"Failures in a row for a pause (0: never)",12,97,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"连续失败多少次后暂停（0：从不）"
 ID_INPUT1,Input,"",268,97,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL5,Box,"Free space that a job needs to start (MB)",12,126,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL5,Box,"Free space that a job needs to start (MB)",12,126,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"启动任务所需的可用空间 (MB)"
 ID_INPUT2,Input,"",268,126,70,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL6,Box,"Report after the last job",12,155,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL6,Box,"Report after the last job",12,155,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"最后一个任务之后的报告"
 ID_INPUT3,Input,"",268,155,326,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON1,Button,"...",600,155,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL7,Box,"Post-processor",12,184,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL7,Box,"Post-processor",12,184,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"后处理器"
 ID_INPUT4,Input,"",268,184,326,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON2,Button,"...",600,184,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL8,Box,"Text viewer",12,213,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL8,Box,"Text viewer",12,213,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"文本查看程序"
 ID_INPUT5,Input,"",268,213,326,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON3,Button,"...",600,213,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL9,Box,"Terminal of the consoles (Linux)",12,242,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL9,Box,"Terminal of the consoles (Linux)",12,242,242,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"控制台的终端程序 (Linux)"
 ID_INPUT6,Input,"",268,242,326,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON4,Button,"...",600,242,28,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL10,Box,"A running job is marked (0: never) when",12,277,616,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_LABEL11,Box,"it writes nothing for (minutes)",24,303,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL10,Box,"A running job is marked (0: never) when",12,277,616,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"正在运行的任务在下列情况下加标记（0：从不）"
+ID_LABEL11,Box,"it writes nothing for (minutes)",24,303,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"没有输出的时间（分钟）"
 ID_INPUT7,Input,"",260,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL12,Box,"its time step falls below (% of the first)",318,303,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL12,Box,"its time step falls below (% of the first)",318,303,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"时间步长低于首步的 (%)"
 ID_INPUT8,Input,"",576,303,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL13,Box,"its energy ratio is away from 1 by (%)",24,332,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL13,Box,"its energy ratio is away from 1 by (%)",24,332,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"能量比偏离 1 超过 (%)"
 ID_INPUT9,Input,"",260,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL14,Box,"hourglass energy is above (% of internal)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL14,Box,"hourglass energy is above (% of internal)",318,332,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"沙漏能超过内能的 (%)"
 ID_INPUT10,Input,"",576,332,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL15,Box,"mass was added, above (%)",24,361,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL15,Box,"mass was added, above (%)",24,361,228,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"附加质量超过 (%)"
 ID_INPUT11,Input,"",260,361,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_LABEL16,Box,"it needs more of the free space than (%)",318,361,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL16,Box,"it needs more of the free space than (%)",318,361,256,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"其余计算所需超过可用空间的 (%)"
 ID_INPUT12,Input,"",576,361,52,24,3,3,55,15,0,0,12,56,4,99,"",0,0,14,0
-ID_CHECKBOX1,Check_Button,"values are not a number or infinite",20,390,400,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
+ID_CHECKBOX1,Check_Button,"values are not a number or infinite",20,390,400,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0,"出现非数值或无穷大"
 ID_LABEL20,Box,"",12,420,520,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
-ID_BUTTON5,Button,"Close",548,420,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON5,Button,"Close",548,420,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
 )LAYOUT";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "队列选项"},
-    {"ID_LABEL1", "上次会话留下的任务"},
-    {"ID_LABEL2", "位于同一文件夹的关键字文件"},
-    {"ID_LABEL3", "求解器的控制台"},
-    {"ID_LABEL4", "连续失败多少次后暂停（0：从不）"},
-    {"ID_LABEL5", "启动任务所需的可用空间 (MB)"},
-    {"ID_LABEL6", "最后一个任务之后的报告"},
-    {"ID_LABEL7", "后处理器"},
-    {"ID_LABEL8", "文本查看程序"},
-    {"ID_LABEL9", "控制台的终端程序 (Linux)"},
-    {"ID_LABEL10", "正在运行的任务在下列情况下加标记（0：从不）"},
-    {"ID_LABEL11", "没有输出的时间（分钟）"},
-    {"ID_LABEL12", "时间步长低于首步的 (%)"},
-    {"ID_LABEL13", "能量比偏离 1 超过 (%)"},
-    {"ID_LABEL14", "沙漏能超过内能的 (%)"},
-    {"ID_LABEL15", "附加质量超过 (%)"},
-    {"ID_LABEL16", "其余计算所需超过可用空间的 (%)"},
-    {"ID_CHECKBOX1", "出现非数值或无穷大"},
-    {"ID_BUTTON5", "关闭"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -158,7 +136,7 @@ bool HasReportEnding(const std::string& path) {
 
 Flx_QueueOptions::Flx_QueueOptions(Fl_Window* parent, Application& application)
     : Flx_Base_Dialog(parent, application.language), settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -175,9 +153,7 @@ bool Flx_QueueOptions::Initialise() {
   if (!isWhole || !HasAll(kFinite, kHint, kClose)) return false;
   ShowSettings();
   Say(Shown("at_once"), false);
-  Find(kClose)->shortcut(FL_Enter);
-  CentreOnParent();
-  Find(kClose)->take_focus();
+  Present(*Find(kClose), *Find(kClose));
   return true;
 }
 

@@ -8,25 +8,18 @@
 namespace {
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"Rename Group",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"Group Name",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"Rename Group",901,479,268,80,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"重命名任务组"
+ID_LABEL1,Box,"Group Name",5,6,80,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"任务组名称"
 ID_INPUT1,Input,"",95,6,160,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
-ID_BUTTON1,Button,"OK",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON1,Button,"OK",98,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"确定"
+ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"取消"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "重命名任务组"},
-    {"ID_LABEL1", "任务组名称"},
-    {"ID_BUTTON1", "确定"},
-    {"ID_BUTTON2", "取消"},
-};
 
 }  // namespace
 
 Flx_RenameGroup::Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name)
     : Flx_Base_Dialog(parent, language), name_(name) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
 }
 
 bool Flx_RenameGroup::Initialise() {
@@ -34,9 +27,7 @@ bool Flx_RenameGroup::Initialise() {
   Fl_Input* input = Find(kName);
   input->value(ToUi(name_).c_str());
   input->position(input->size(), 0);
-  Find(kOk)->shortcut(FL_Enter);
-  CentreOnParent();
-  input->take_focus();
+  Present(*Find(kOk), *input);
   return true;
 }
 

@@ -15,24 +15,16 @@
 namespace {
 
 const char kLayout[] =
-    R"layout(ID_WINDOW,Window,"Select Restart Job",718,282,468,100,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
-ID_LABEL1,Box,"Restart File (R=)",5,6,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+    R"layout(ID_WINDOW,Window,"Select Restart Job",718,282,468,100,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"选择重启动任务"
+ID_LABEL1,Box,"Restart File (R=)",5,6,100,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"重启动文件 (R=)"
 ID_INPUT1,Input,"",116,6,314,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
-ID_CHECKBOX1,Check_Button,"Input File (I=)",6,34,115,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0
+ID_CHECKBOX1,Check_Button,"Input File (I=)",6,34,115,24,0,3,49,56,0,0,12,56,20,99,"",0,0,0,0,"输入文件 (I=)"
 ID_INPUT2,Input,"",116,34,314,24,3,3,7,15,0,0,12,56,4,99,"",0,0,14,0
 ID_BUTTON1,Button,"...",430,7,30,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
 ID_BUTTON2,Button,"...",430,33,30,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON3,Button,"OK",270,68,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON4,Button,"Cancel",363,68,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON3,Button,"OK",270,68,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"确定"
+ID_BUTTON4,Button,"Cancel",363,68,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"取消"
 )layout";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "选择重启动任务"},
-    {"ID_LABEL1", "重启动文件 (R=)"},
-    {"ID_CHECKBOX1", "输入文件 (I=)"},
-    {"ID_BUTTON3", "确定"},
-    {"ID_BUTTON4", "取消"},
-};
 
 constexpr char kRestartFilter[] = "D3dump |*d3dump*|All Files (*.*)|*.*|";
 
@@ -51,7 +43,7 @@ constexpr DialogText kTexts[] = {
 
 Flx_RestartJob::Flx_RestartJob(Fl_Window* parent, Application& application)
     : Flx_Base_Dialog(parent, application.language), application_(application) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -62,10 +54,8 @@ bool Flx_RestartJob::Initialise() {
   Find(kInput)->when(FL_WHEN_CHANGED);
   SetTabOrder(*Window(), {Find(kRestart), Find(kChooseRestart), Find(kUseInput), Find(kInput),
                           Find(kChooseInput), Find(kOk), Find(kCancel)});
-  Find(kOk)->shortcut(FL_Enter);
   ShowInputUse();
-  CentreOnParent();
-  Find(kRestart)->take_focus();
+  Present(*Find(kOk), *Find(kRestart));
   return true;
 }
 

@@ -15,17 +15,11 @@ constexpr int kLeastWidth = 320;
 constexpr int kLeastHeight = 160;
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"Command Line",748,244,680,330,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"Command Line",748,244,680,330,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"命令行"
 ID_TEXT1,Text_Display,"",5,6,670,284,3,3,7,15,0,0,12,56,2,99,"",0,0,14,0
-ID_BUTTON1,Button,"Copy",500,298,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_BUTTON2,Button,"Close",590,298,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON1,Button,"Copy",500,298,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"复制"
+ID_BUTTON2,Button,"Close",590,298,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "命令行"},
-    {"ID_BUTTON1", "复制"},
-    {"ID_BUTTON2", "关闭"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -49,7 +43,7 @@ constexpr DialogText kTexts[] = {
 Flx_ShowCommand::Flx_ShowCommand(Fl_Window* parent, int language,
                                  std::vector<CommandRequest> requests)
     : Flx_Base_Dialog(parent, language), requests_(std::move(requests)) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -65,12 +59,10 @@ bool Flx_ShowCommand::Initialise() {
   text->textfont(FL_COURIER);
   text->textsize(kLayoutLabelSize);
   text->wrap_mode(Fl_Text_Display::WRAP_AT_BOUNDS, 0);
-  Find(kClose)->shortcut(FL_Enter);
   KeepRow(*Window(), {Find(kCopy), Find(kClose)}, 0);
   Window()->resizable(text);
   Window()->size_range(kLeastWidth, kLeastHeight);
-  CentreOnParent();
-  Find(kCopy)->take_focus();
+  Present(*Find(kClose), *Find(kCopy));
   const auto work = [requests = requests_](auto& control) {
     Commands all;
     for (const CommandRequest& request : requests) {

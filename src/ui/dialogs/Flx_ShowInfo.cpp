@@ -35,18 +35,12 @@ constexpr int kBarGap = 14;
 constexpr char kNoFormat = '\x01';
 
 const char kLayout[] =
-    R"(ID_WINDOW,Window,"Show Job Information",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0
+    R"(ID_WINDOW,Window,"Show Job Information",748,244,600,430,1,1,49,49,1,0,14,56,1,99,"",0,0,0,0,"查看任务信息"
 ID_LABEL1,Box,"",10,6,25,24,6,6,49,49,0,0,12,56,0,99,"",0,0,0,0
-ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0
+ID_LABEL2,Box,"Successful",43,6,147,24,0,0,49,49,0,0,12,56,20,99,"",0,0,0,0,"成功"
 ID_LIST1,Browser,"",5,30,592,365,0,0,7,15,0,0,12,56,2,99,"",0,0,14,0
-ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0
+ID_BUTTON1,Button,"Close",510,399,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"关闭"
 )";
-
-constexpr LineTexts kChinese[] = {
-    {"ID_WINDOW", "查看任务信息"},
-    {"ID_LABEL2", "成功"},
-    {"ID_BUTTON1", "关闭"},
-};
 
 // By key, in English and Chinese.
 constexpr DialogText kTexts[] = {
@@ -74,7 +68,7 @@ Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
 
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, std::vector<JobOutput> outputs)
     : Flx_Base_Dialog(parent, language), outputs_(std::move(outputs)) {
-  SetLayouts(kLayout, kChinese);
+  SetLayouts(kLayout);
   SetTexts(kTexts);
 }
 
@@ -87,12 +81,10 @@ bool Flx_ShowInfo::Initialise() {
   MakeColumns();
   for (std::size_t i = 0; i < columns_.size(); ++i) ShowResult(columns_[i], outputs_[i]);
   Fl_Button* close = Find(kClose);
-  close->shortcut(FL_Enter);
   MakeBar(*close);
   KeepRow(*Window(), {bar_, close}, 0);
   Window()->size_range(kLeastWidth, kLeastHeight);
-  CentreOnParent();
-  close->take_focus();
+  Present(*close, *close);
   StartReading();
   return true;
 }
