@@ -10,6 +10,7 @@
 
 #include "core/HandOverFile.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/files/ReadAll_posix.h"
 #include "util/files/UniqueFd_posix.h"
 
 namespace hand_over_file {
@@ -33,17 +34,6 @@ bool IsInTrustedFolder(const std::string& path) {
   return lstat(folder.c_str(), &info) != 0 ||  // which opening will say
          (S_ISDIR(info.st_mode) && info.st_uid == geteuid() &&
           (info.st_mode & (S_IWGRP | S_IWOTH)) == 0);
-}
-
-bool ReadAll(int fd, std::size_t limit, std::string& text) {
-  char piece[16384];
-  for (;;) {
-    const ssize_t got = read(fd, piece, sizeof(piece));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return got == 0;
-    text.append(piece, static_cast<std::size_t>(got));
-    if (text.size() > limit) return false;
-  }
 }
 
 bool WriteAt(int fd, off_t place, const std::string& text) {

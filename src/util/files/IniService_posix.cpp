@@ -9,6 +9,7 @@
 #include "util/files/FileReplace_posix.h"
 #include "util/files/FileSystemCalls.h"
 #include "util/files/IniText_posix.h"
+#include "util/files/ReadAll_posix.h"
 #include "util/signals/Mutex.h"
 
 namespace {
@@ -18,19 +19,10 @@ constexpr off_t kLargestFile = off_t{1} << 20;
 
 enum class Loaded { kText, kMissing, kUnreadable };
 
-bool ReadAll(int file, std::string& bytes) {
+bool ReadFile(int file, std::string& bytes) {
   struct stat info {};
-  if (fstat(file, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLargestFile) {
-    return false;
-  }
-  char piece[8192];
-  for (;;) {
-    const ssize_t got = read(file, piece, sizeof(piece));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return got == 0;
-    bytes.append(piece, static_cast<std::size_t>(got));
-    if (bytes.size() > static_cast<std::size_t>(kLargestFile)) return false;
-  }
+  return fstat(file, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= kLargestFile &&
+         ReadAll(file, static_cast<std::size_t>(kLargestFile), bytes);
 }
 
 // A file of wide characters is left alone: lines of bytes among them would destroy it.
@@ -42,7 +34,7 @@ Loaded Load(const std::string& fileName, std::string& bytes) {
   const std::string path = file_system::ForSystem(fileName);
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return errno == ENOENT ? Loaded::kMissing : Loaded::kUnreadable;
-  const bool ok = ReadAll(file, bytes) && !IsWideText(bytes);
+  const bool ok = ReadFile(file, bytes) && !IsWideText(bytes);
   close(file);
   if (!ok) bytes.clear();
   return ok ? Loaded::kText : Loaded::kUnreadable;

@@ -46,6 +46,13 @@ bool WouldWait() {
   return errno == EAGAIN || errno == EINTR;
 }
 
+// What is taken of the text goes from it. False: nobody takes any more.
+bool Put(int fd, std::string& text) {
+  const ssize_t put = write(fd, text.data(), text.size());
+  if (put > 0) text.erase(0, static_cast<std::size_t>(put));
+  return put > 0 || WouldWait();
+}
+
 }  // namespace
 
 int WaitForChild(pid_t pid) {
@@ -231,22 +238,13 @@ void ConsoleRelay::TakeKeys() {
 }
 
 void ConsoleRelay::Show() {
-  const ssize_t put = write(screen_.get(), toScreen_.data(), toScreen_.size());
-  if (put > 0) {
-    toScreen_.erase(0, static_cast<std::size_t>(put));
-  } else if (!WouldWait()) {
-    screen_.Reset();
-    toScreen_.clear();
-  }
+  if (Put(screen_.get(), toScreen_)) return;
+  screen_.Reset();
+  toScreen_.clear();
 }
 
 void ConsoleRelay::GiveKeys() {
-  const ssize_t put = write(master_.get(), toProgram_.data(), toProgram_.size());
-  if (put > 0) {
-    toProgram_.erase(0, static_cast<std::size_t>(put));
-  } else if (!WouldWait()) {
-    toProgram_.clear();
-  }
+  if (!Put(master_.get(), toProgram_)) toProgram_.clear();
 }
 
 // What the program printed is there by now; what others go on printing is not waited for.
