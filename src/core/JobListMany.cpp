@@ -87,6 +87,18 @@ std::vector<const JobFile*> AsTold(const std::vector<JobFile*>& jobs) {
   return {jobs.begin(), jobs.end()};
 }
 
+// The jobs that the values are of, and the value of each.
+template <typename Value>
+std::pair<JobList::Jobs, std::unordered_map<JobId, const Value*>> ByJob(
+    const std::vector<Value>& values) {
+  std::pair<JobList::Jobs, std::unordered_map<JobId, const Value*>> found;
+  for (const Value& value : values) {
+    found.first.push_back(value.job);
+    found.second[value.job] = &value;
+  }
+  return found;
+}
+
 }  // namespace
 
 template <typename Fits>
@@ -224,17 +236,12 @@ ManyDone JobList::ResubmitJobs(const Jobs& jobs, std::vector<JobEnd>* ends) {
 ManyDone JobList::RestoreEnds(const std::vector<JobEnd>& ends) {
   const Access access(*this);
   ManyDone done;
-  Jobs jobs;
-  std::unordered_map<JobId, const JobEnd*> endOf;
-  for (const JobEnd& end : ends) {
-    jobs.push_back(end.job);
-    endOf[end.job] = &end;
-  }
+  const auto [jobs, endOf] = ByJob(ends);
   const std::vector<JobFile*> picked =
       Pick(jobs, done, [](const JobFile& job) { return job.status == JobStatus::kQueued; });
   for (JobFile* const job : picked) {
-    SetAll(*job, endOf[job->id]->progress);
-    WithStages(*job, endOf[job->id]->stages, SetAll);
+    SetAll(*job, endOf.at(job->id)->progress);
+    WithStages(*job, endOf.at(job->id)->stages, SetAll);
   }
   Tell(ListChange::What::kFields, AsTold(picked));
   return done;
@@ -266,23 +273,18 @@ ManyDone JobList::SetFields(JobField field, const std::vector<FieldBefore>& valu
                             std::vector<FieldBefore>* before) {
   const Access access(*this);
   ManyDone done;
-  Jobs jobs;
-  std::unordered_map<JobId, const FieldBefore*> valueOf;
-  for (const FieldBefore& its : values) {
-    jobs.push_back(its.job);
-    valueOf[its.job] = &its;
-  }
+  const auto [jobs, valueOf] = ByJob(values);
   const std::vector<JobFile*> picked =
       Pick(jobs, done, [](const JobFile& job) { return job.status != JobStatus::kRunning; });
   const auto set = [field](JobFile& job, const FieldValue& value) { SetValue(job, field, value); };
   Told changed;
   for (JobFile* const job : picked) {
     std::optional<FieldBefore> its = BeforeOf(*job, field);
-    if (!its || *its == *valueOf[job->id]) continue;
+    if (!its || *its == *valueOf.at(job->id)) continue;
     if (before != nullptr) before->push_back(std::move(*its));
     changed.push_back(job);
-    set(*job, valueOf[job->id]->value);
-    WithStages(*job, valueOf[job->id]->stages, set);
+    set(*job, valueOf.at(job->id)->value);
+    WithStages(*job, valueOf.at(job->id)->stages, set);
   }
   Tell(ListChange::What::kFields, changed);
   return done;

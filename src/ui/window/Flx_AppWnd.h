@@ -175,6 +175,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Flx_AppWnd_Adding.cpp
   void AddJobs(SolverKind kind);
   void AddFolder();
+  // Begins where files were chosen last; empty when the user chose none.
+  std::optional<std::string> AskForFolder(const char* titleKey);
   static void TakeDropped(void* self);
   // Files become jobs of this kind, by their endings when there is none; folders are searched.
   void AddFiles(const std::vector<std::string>& paths, std::optional<SolverKind> kind = {});

@@ -33,14 +33,18 @@ void Flx_AppWnd::AddJobs(SolverKind kind) {
   AddFiles(paths, row.runsDecks ? std::nullopt : std::optional(kind));
 }
 
-void Flx_AppWnd::AddFolder() {
+std::optional<std::string> Flx_AppWnd::AskForFolder(const char* titleKey) {
   ComnFolder dialog;
   dialog.SetParentWindow(this);
-  dialog.SetTitle(texts_.Get("lab_addk_in_folder"));
+  dialog.SetTitle(texts_.Get(titleKey));
   dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
   const bool chosen = dialog.DoModal();
   FocusTable();
-  if (chosen) AddFiles({dialog.GetPath()});
+  return chosen ? std::optional(dialog.GetPath()) : std::nullopt;
+}
+
+void Flx_AppWnd::AddFolder() {
+  if (const auto folder = AskForFolder("lab_addk_in_folder")) AddFiles({*folder});
 }
 
 void Flx_AppWnd::TakeDropped(void* self) {

@@ -4,7 +4,6 @@
 
 #include "core/RestartJob.h"
 #include "solvers/PostResult.h"
-#include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
@@ -80,13 +79,8 @@ void Flx_AppWnd::OpenMonitor() {
 }
 
 void Flx_AppWnd::OpenRunFolder() {
-  ComnFolder dialog;
-  dialog.SetParentWindow(this);
-  dialog.SetTitle(texts_.Get("mon_choose_folder"));
-  dialog.SetInitDir(application_.SettingsAndFiles().Get().last_path);
-  const bool chosen = dialog.DoModal();
-  FocusTable();
-  if (chosen) MonitorWindow::Show(application_, texts_, MonitoredRun(dialog.GetPath()), this);
+  if (const auto folder = AskForFolder("mon_choose_folder"))
+    MonitorWindow::Show(application_, texts_, MonitoredRun(*folder), this);
 }
 
 void Flx_AppWnd::OpenMppSettings() {

@@ -67,6 +67,13 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
       return Key{value < 0, value, {}};
     };
   };
+  const auto textIfAny = [text](std::string JobFields::*field) {
+    return [=](const JobFile& job, const Entry&) {
+      Key key = text(ToUi(job.*field));
+      key.isUnknown = key.text.empty();
+      return key;
+    };
+  };
   switch (column) {
     case kName:
       return [](const JobFile&, const Entry& entry) { return Key{.text = NaturalKey(entry.name)}; };
@@ -91,11 +98,7 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
         return Key{dyna == nullptr, dyna && dyna->useSFile ? 1.0 : 0.0, {}};
       };
     case kOther:
-      return [=](const JobFile& job, const Entry&) {
-        Key key = text(ToUi(job.extraOptions));
-        key.isUnknown = key.text.empty();
-        return key;
-      };
+      return textIfAny(&JobFields::extraOptions);
     case kMessage:
     case kSummary:
       return [column](const JobFile& job, const Entry&) {
@@ -124,11 +127,7 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
         return static_cast<double>(CountOf(job, count).value_or(-1));
       });
     case kRestart:
-      return [=](const JobFile& job, const Entry&) {
-        Key key = text(ToUi(job.restartFile));
-        key.isUnknown = key.text.empty();
-        return key;
-      };
+      return textIfAny(&JobFields::restartFile);
     case kWhere:
     case kGroup:
       return [](const JobFile&, const Entry&) { return Key{}; };
