@@ -65,18 +65,30 @@ double BestSeconds(int rounds, const Work& work) {
   return best.seconds;
 }
 
+// Writes a file of about so many bytes. False when it cannot.
+using BigFileWriter = void (*)(std::FILE* file, std::uint64_t bytes);
+inline bool WriteBigFile(const std::string& path, std::uint64_t bytes, BigFileWriter write) {
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return false;
+  write(file, bytes);
+  const bool good = std::ferror(file) == 0;
+  return std::fclose(file) == 0 && good;
+}
+inline bool IsShorter(std::FILE* file, std::uint64_t bytes) {
+  const auto place = std::ferror(file) == 0 ? std::ftell(file) : -1;
+  return place >= 0 && static_cast<std::uint64_t>(place) < bytes;
+}
+
 // A program that compares its own reading of a big file with `wc -l` on it, both from the system's
 // cache and in turns, so that both have the same share of what else the machine does. The file has
 // as many megabytes as the first argument says, else 1000. Prints the times and their ratio; the
 // program's exit code.
-inline int CompareWithWc(
-    int argc, char** argv, const char* what, int rounds,
-    const std::function<bool(const std::string& path, std::uint64_t bytes)>& write,
-    const std::function<bool(const std::string& path)>& read) {
+inline int CompareWithWc(int argc, char** argv, const char* what, int rounds, BigFileWriter write,
+                         const std::function<bool(const std::string& path)>& read) {
   const std::uint64_t megabytes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1000;
   const TemporaryFolder folder;
   const std::string path = folder.File("big");
-  if (!write(path, megabytes * 1000000)) {
+  if (!WriteBigFile(path, megabytes * 1000000, write)) {
     std::fprintf(stderr, "cannot write %s\n", path.c_str());
     return 1;
   }

@@ -12,28 +12,23 @@
 namespace {
 
 // Nodes and shell elements as a pre-processor writes them, a head of columns every 100 lines.
-bool WriteDeck(const std::string& path, std::uint64_t bytes) {
-  std::FILE* const file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) return false;
-  std::uint64_t written = 0;
-  auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
-  add(std::fprintf(file, "*KEYWORD 200M\n*TITLE\nbenchmark\n$ CALC-METHOD: EXPLICIT\n"));
+void WriteDeck(std::FILE* file, std::uint64_t bytes) {
+  std::fprintf(file, "*KEYWORD 200M\n*TITLE\nbenchmark\n$ CALC-METHOD: EXPLICIT\n");
   int id = 0;
-  while (written < bytes) {
+  while (IsShorter(file, bytes)) {
     ++id;
     const bool node = id % 200000 < 100000;
-    if (id % 100000 == 1) add(std::fprintf(file, node ? "*NODE\n" : "*ELEMENT_SHELL\n"));
+    if (id % 100000 == 1) std::fprintf(file, node ? "*NODE\n" : "*ELEMENT_SHELL\n");
     if (id % 100 == 1) {
-      add(std::fprintf(file, "$#   nid               x               y               z\n"));
+      std::fprintf(file, "$#   nid               x               y               z\n");
     }
     if (node) {
-      add(std::fprintf(file, "%8d%16.7f%16.7f%16.7f\n", id, id * 0.001, -id * 0.002, 3.5));
+      std::fprintf(file, "%8d%16.7f%16.7f%16.7f\n", id, id * 0.001, -id * 0.002, 3.5);
     } else {
-      add(std::fprintf(file, "%8d%8d%8d%8d%8d%8d\n", id, 1, id, id + 1, id + 2, id + 3));
+      std::fprintf(file, "%8d%8d%8d%8d%8d%8d\n", id, 1, id, id + 1, id + 2, id + 3);
     }
   }
-  add(std::fprintf(file, "*INCLUDE\nparts.k\n*END\n"));
-  return std::fclose(file) == 0;
+  std::fprintf(file, "*INCLUDE\nparts.k\n*END\n");
 }
 
 }  // namespace

@@ -10,28 +10,22 @@
 namespace {
 
 // A long run: progress lines, now and then a warning, memory lines, a few errors at the end.
-bool WriteMessageFile(const std::string& path, std::uint64_t bytes) {
-  std::FILE* const file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) return false;
-  std::uint64_t written = 0;
-  auto add = [&](int count) { written += static_cast<std::uint64_t>(std::max(count, 0)); };
+void WriteMessageFile(std::FILE* file, std::uint64_t bytes) {
   int cycle = 0;
-  while (written < bytes) {
+  while (IsShorter(file, bytes)) {
     ++cycle;
-    add(std::fprintf(file,
-                     "%8d t %.4E dt 1.38E-07 flush i/o buffers            12/21/25 20:15:16\n",
-                     cycle, cycle * 1.38e-7));
+    std::fprintf(file, "%8d t %.4E dt 1.38E-07 flush i/o buffers            12/21/25 20:15:16\n",
+                 cycle, cycle * 1.38e-7);
     if (cycle % 1000 == 0) {
-      add(std::fprintf(file,
-                       " *** Warning 40540 (SOL+540)\n     contact interface %d is soft\n"
-                       " expanding   memory to      127121 d     4181400\n\n",
-                       cycle));
+      std::fprintf(file,
+                   " *** Warning 40540 (SOL+540)\n     contact interface %d is soft\n"
+                   " expanding   memory to      127121 d     4181400\n\n",
+                   cycle);
     }
   }
   std::fprintf(file, "\n *** Error 40509 (SOL+509)\n     negative volume\n\n");
   std::fprintf(file,
                " Total CPU time     =      7200 seconds (   2 hours  0 minutes  0 seconds)\n");
-  return std::fclose(file) == 0;
 }
 
 }  // namespace
