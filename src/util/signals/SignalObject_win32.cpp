@@ -31,35 +31,34 @@ class Handle {
   const HANDLE handle_;
 };
 
-class MutexHandle : public MutexObject {
+// An object that is waited for through its handle.
+template <typename Object>
+class WithHandle : public Object {
  public:
-  explicit MutexHandle(HANDLE handle) : handle_(handle) {}
+  explicit WithHandle(HANDLE handle) : handle_(handle) {}
   WaitResult Wait(long milliseconds) override { return handle_.Wait(milliseconds); }
-  bool Release() override { return ReleaseMutex(handle_.get()) != 0; }
 
- private:
+ protected:
   const Handle handle_;
 };
 
-class EventHandle : public EventObject {
+class MutexHandle : public WithHandle<MutexObject> {
  public:
-  explicit EventHandle(HANDLE handle) : handle_(handle) {}
-  WaitResult Wait(long milliseconds) override { return handle_.Wait(milliseconds); }
+  using WithHandle::WithHandle;
+  bool Release() override { return ReleaseMutex(handle_.get()) != 0; }
+};
+
+class EventHandle : public WithHandle<EventObject> {
+ public:
+  using WithHandle::WithHandle;
   bool Set() override { return SetEvent(handle_.get()) != 0; }
   bool Reset() override { return ResetEvent(handle_.get()) != 0; }
-
- private:
-  const Handle handle_;
 };
 
-class SemaphoreHandle : public SemaphoreObject {
+class SemaphoreHandle : public WithHandle<SemaphoreObject> {
  public:
-  explicit SemaphoreHandle(HANDLE handle) : handle_(handle) {}
-  WaitResult Wait(long milliseconds) override { return handle_.Wait(milliseconds); }
+  using WithHandle::WithHandle;
   bool Release(long count) override { return ReleaseSemaphore(handle_.get(), count, nullptr) != 0; }
-
- private:
-  const Handle handle_;
 };
 
 template <typename Object>
