@@ -311,6 +311,8 @@ void Application::WriteFiles() {
 void Application::LeaveRunning() {
   if (settings_) WriteFiles();
   if (record_) record_->Flush();
+  if (manager_) manager_->AwaitStopped();
+  if (record_) record_->Flush();
   if (reader_) reader_->RemoveApplied();
   LeaveProcess(exitCode);
 }

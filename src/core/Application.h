@@ -67,7 +67,8 @@ class Application {
   int Shutdown();
 
   // The same where nobody said that what runs is to be stopped: a log-out, a display that breaks.
-  // Solvers run on, and the next start finds them. Ends the process.
+  // Solvers run on, and the next start finds them; those that have been told to stop already are
+  // waited for. Ends the process.
   [[noreturn]] void LeaveRunning();
 
   // The jobs that the last session left behind, all zero for none; they are offered until one of

@@ -65,6 +65,8 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   // Sets the stop flag and the abort flags of the active jobs and their stages.
   void RequestStop();
   bool Running() const { return running_ || resumed_ > 0; }
+  // The run of a job that was told to stop, by whatever, has not ended yet.
+  bool Stopping() const;
   bool StopRequested() const { return stop_; }  // since the last Submit
   // It ended with jobs queued since so many before them failed, as the settings want it
   // (stop_after_failures). Submit goes on.
@@ -78,7 +80,9 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
 
   // The group's thread.
   void RunLoop();
-  void GoOnWith(JobFile& job, const RunRecord& run);
+  void GoOnWith(const std::shared_ptr<JobFile>& job, const RunRecord& run);
+  void BeginsRun(const std::shared_ptr<JobFile>& job);
+  void EndsRun(const std::shared_ptr<JobFile>& job);
   // Of the stage that runs, as its record has them; seconds since 1970, 0: not known.
   struct RunTimes {
     std::int64_t started = 0;
@@ -103,6 +107,8 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   std::string name_ KR_GUARDED_BY(textMutex_) = "NewGroup";
   std::string text_ KR_GUARDED_BY(textMutex_);
   std::optional<GroupPause> pause_ KR_GUARDED_BY(textMutex_);
+  mutable Mutex runsMutex_;
+  std::vector<std::shared_ptr<JobFile>> runs_ KR_GUARDED_BY(runsMutex_);  // also removed ones
 };
 
 #endif

@@ -21,6 +21,18 @@ std::string ProgramFolder() {
   return folder;
 }
 
+// True when it holds for none of them before the limit.
+bool AwaitNone(const std::vector<std::shared_ptr<JobGroup>>& groups,
+               bool (JobGroup::*holds)() const) {
+  const Clock::time_point limit = Clock::now() + kStopLimit;
+  while (std::any_of(groups.begin(), groups.end(),
+                     [holds](const auto& group) { return (*group.*holds)(); })) {
+    if (Clock::now() >= limit) return false;
+    DateTimeWrapper::SleepMSec(kLookAgainMs);
+  }
+  return true;
+}
+
 }  // namespace
 
 // Passes calls of any thread on to the observers of the moment. The lock keeps an observer from
@@ -292,16 +304,11 @@ void JobGroupManager::RequestStop(int index) {
 bool JobGroupManager::Stop(int index) {
   const auto groups = GroupsToStop(index);
   for (const std::shared_ptr<JobGroup>& group : groups) group->RequestStop();
-  const auto ended = [&groups] {
-    return std::none_of(groups.begin(), groups.end(),
-                        [](const auto& group) { return group->Running(); });
-  };
-  const Clock::time_point limit = Clock::now() + kStopLimit;
-  while (!ended()) {
-    if (Clock::now() >= limit) return false;
-    DateTimeWrapper::SleepMSec(kLookAgainMs);
-  }
-  return true;
+  return AwaitNone(groups, &JobGroup::Running);
+}
+
+void JobGroupManager::AwaitStopped() const {
+  AwaitNone(GroupsToStop(-1), &JobGroup::Stopping);
 }
 
 JobSolver* JobGroupManager::SolverFor(SolverKind kind) const {

@@ -62,6 +62,8 @@ class JobGroupManager {
   // The same and waits up to 30 seconds; true when all threads have ended. Not for the interface
   // thread.
   bool Stop(int index);
+  // Waits as long for the runs that have been told to stop, and for no others.
+  void AwaitStopped() const;
 
   SettingsAndPaths& Settings() { return settings_; }
   const RunWatch& Watch() const { return watch_; }

@@ -1,5 +1,6 @@
 // The group's thread: takes the queued jobs one after another, runs them and writes their ends
 // down.
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -92,12 +93,13 @@ bool JobGroup::Resume(JobId job, const RunRecord& run) {
   if (!found) return false;
   ++resumed_;
   PTWrapperThread thread;
-  if (StartThread(thread, [this, found, run] { GoOnWith(*found, run); })) return true;
+  if (StartThread(thread, [this, found, run] { GoOnWith(found, run); })) return true;
   --resumed_;
   return Refuse(Message(MessageId::kGroupNotStarted, thread.LastError()));
 }
 
-void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
+void JobGroup::GoOnWith(const std::shared_ptr<JobFile>& resumed, const RunRecord& run) {
+  JobFile& job = *resumed;
   setup_.observer.GroupRunChanged(Id());
   RunTimes times;
   JobRunSetup setup = SetupFor(job, times);
@@ -106,7 +108,9 @@ void JobGroup::GoOnWith(JobFile& job, const RunRecord& run) {
     times.started = run.started;
     return BeginRunOf(job, job.started != 0 ? job.started : run.started);
   };
+  BeginsRun(resumed);
   EndRunOf(job, ResumeRun(job, setup, run), times);
+  EndsRun(resumed);
   --resumed_;
   setup_.observer.GroupRunChanged(Id());
 }
@@ -116,6 +120,21 @@ bool JobGroup::Stop() {
   const Clock::time_point limit = Clock::now() + kStopLimit;
   while (Running() && Clock::now() < limit) DateTimeWrapper::SleepMSec(kLookAgainMs);
   return !Running();
+}
+
+bool JobGroup::Stopping() const {
+  const MutexLock lock(runsMutex_);
+  return std::any_of(runs_.begin(), runs_.end(), [](const auto& job) { return job->abort.load(); });
+}
+
+void JobGroup::BeginsRun(const std::shared_ptr<JobFile>& job) {
+  const MutexLock lock(runsMutex_);
+  runs_.push_back(job);
+}
+
+void JobGroup::EndsRun(const std::shared_ptr<JobFile>& job) {
+  const MutexLock lock(runsMutex_);
+  std::erase(runs_, job);
 }
 
 void JobGroup::RequestStop() {
@@ -140,7 +159,9 @@ void JobGroup::RunLoop() {
     RunTimes times;
     JobRunSetup run = SetupFor(*job, times);
     run.pause = pause;
+    BeginsRun(job);
     EndRunOf(*job, RunJob(*job, run), times);
+    EndsRun(job);
     waitForResumed();
     ReadJob(job->id, [&](const JobFile& ended) { streak.Take(ended); });
     if (PausesAfter(streak)) break;

@@ -134,6 +134,14 @@ TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
     Key("ctrl+q");
     Answer("KestrunMessage", "Tab Return");  // "No" comes first while a job runs
   };
+  const auto quitAndLogOut = [&](const Copy& copy) {
+    quit(copy);
+    kill(copy.pid, SIGHUP);
+  };
+  const auto quitAndLoseDisplay = [&](const Copy& copy) {
+    quit(copy);
+    Command("xdotool windowkill " + main_);
+  };
   const struct {
     const char* name;
     const char* options;
@@ -143,6 +151,8 @@ TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
       {"int", "", [](const Copy& copy) { kill(copy.pid, SIGINT); }},
       {"script", "--quit-when-done ", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
       {"quit", "", quit},
+      {"logout", "", quitAndLogOut},
+      {"display", "", quitAndLoseDisplay},
   };
   for (const auto& way : ways) {
     const std::string name = way.name;
