@@ -22,6 +22,7 @@
 #include "solvers/SolverKinds.h"
 #include "solvers/Verdict.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/text/CsvField.h"
 #include "util/text/PlainText.h"
 
 namespace {
@@ -360,13 +361,14 @@ std::string CsvCell(const Entry& entry, std::size_t row) {
   if (const auto* counts = std::get_if<std::vector<std::int64_t>>(&entry.value)) {
     return std::to_string((*counts)[row]);
   }
-  return '"' + std::get<std::vector<std::string>>(entry.value)[row] + '"';
+  const std::string text = CsvField(std::get<std::vector<std::string>>(entry.value)[row]);
+  return text.starts_with('"') ? text : '"' + text + '"';
 }
 
 // A line a state.
 void PrintCsv(const Findings& findings) {
   std::string line;
-  for (const Entry& entry : findings.entries) line += (line.empty() ? "" : ",") + entry.key;
+  for (const Entry& entry : findings.entries) line += (line.empty() ? "" : ",") + CsvField(entry.key);
   PrintLine(line);
   const std::size_t rows =
       std::get<std::vector<std::int64_t>>(findings.entries.front().value).size();

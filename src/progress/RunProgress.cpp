@@ -151,7 +151,8 @@ RunNews RunProgress::News(std::optional<std::int64_t> now) const {
     const auto value = [&](const char* name) -> std::optional<double> {
       const GlobalStates::Column* column = states_.Find(name);
       if (column == nullptr || !GlobalStates::Has(*column, rows - 1)) return std::nullopt;
-      return column->values[rows - 1];
+      const double number = column->values[rows - 1];
+      return std::isfinite(number) ? std::optional(number) : std::nullopt;
     };
     news.time = value("time");
     news.timeStep = value("time step");
@@ -159,7 +160,7 @@ RunNews RunProgress::News(std::optional<std::int64_t> now) const {
   TellEnd(news);
   if (news.ended != RunEnd::kRunning) {
     news.secondsLeft = 0;
-  } else if (news.endTime && news.lastTold) {
+  } else if (news.endTime && *news.endTime > 0 && news.lastTold) {
     const auto clock = static_cast<double>(std::max(now.value_or(*news.lastTold), *news.lastTold));
     if (const auto left = message_.Left().At(clock, *news.endTime)) {
       news.secondsLeft = left->seconds;
@@ -181,7 +182,9 @@ void RunProgress::TellEnd(RunNews& news) const {
   }
   if (!knowsShare) return;
   const double missing = *news.endTime - *news.time;
-  const double noise = std::max(kEndNoise * *news.endTime, 2 * news.timeStep.value_or(0));
+  // A step that is longer than the whole run says nothing.
+  const double step = news.timeStep.value_or(0);
+  const double noise = std::max(kEndNoise * *news.endTime, step <= *news.endTime ? 2 * step : 0);
   if (missing <= noise) {
     news.percent = 100;
   } else if (*news.time > 0) {

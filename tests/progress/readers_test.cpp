@@ -243,6 +243,22 @@ TEST_F(RunFolder, ANormalEndBeforeTheEndTimeIsAStop) {
   EXPECT_EQ(StoppedAt(Look(folder_.Path())), 0);
 }
 
+TEST_F(RunFolder, WhatIsNoNumberIsNeitherAnEndNorAShare) {
+  folder_.Write("glstat", " dt of cycle 9 is controlled by shell 1\n time......   NaN\n");
+  folder_.Write("messag", " termination time = 1.0\n");
+  EXPECT_FALSE(Look(folder_.Path()).percent);
+  EXPECT_FALSE(Look(folder_.Path()).time);
+  const std::string begin = Line(1, 0, "12:00:00") + Line(50, 0.3, "12:10:00");
+  folder_.Write("messag", " termination time = -5\n" + begin);
+  EXPECT_FALSE(Look(folder_.Path()).secondsLeft);
+  for (const char* step : {"Infinity", "1.00E+99"}) {
+    folder_.Write("messag", " termination time = 1.0\n" + begin + "  60 t 3.1E-01 dt " + step +
+                                " flush i/o buffers   08/14/24 12:20:00\n" +
+                                " N o r m a l    t e r m i n a t i o n\n");
+    EXPECT_EQ(StoppedAt(Look(folder_.Path())), 31) << step;
+  }
+}
+
 TEST_F(RunFolder, LateForeignAndMissingFiles) {
   EXPECT_EQ(FindRunFiles(folder_.Path()).kind, RunFiles::Kind::kNone);
   const std::string old = folder_.Write("messag", Line(1, 0, "12:00:00"));

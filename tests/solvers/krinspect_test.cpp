@@ -104,6 +104,9 @@ TEST_F(Inspect, RunningAndEndedRuns) {
   EXPECT_EQ(out,
             "cycle,controlled_by,time,hourglass_energy\n1,\"shell 7 of part 1\",0,1.5\n"
             "5000,\"load curve\",NaN,\n");
+  folder.Write("glstat", " dt of cycle 1 is controlled by =a(\"b\"), c\n x,y....   1.00000E+00\n");
+  ASSERT_TRUE(Read("glstat --csv", states));
+  EXPECT_EQ(out, "cycle,controlled_by,\"x,y\"\n1,\"'=a(\"\"b\"\"), c\",1\n");
   EXPECT_FALSE(Read("glstat --csv", folder / "messag"));
   EXPECT_FALSE(Read("progress --csv", folder.Path()));
   EXPECT_FALSE(Read("progress", folder / "absent"));
