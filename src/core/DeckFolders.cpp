@@ -110,10 +110,8 @@ bool FindDecks(const std::vector<std::string>& folders, const DeckSearchHooks& h
     std::vector<std::string> files, inside;
     FileDirWrapper::ListDir(folder, files, inside, false);
     std::erase_if(files, [](const std::string& file) { return !IsDeck(file); });
-    const bool isBelow = looked >= asked;
-    std::vector<std::string>& to = isBelow ? found.below : found.decks;
+    std::vector<std::string>& to = looked < asked ? found.decks : found.below;
     to.insert(to.end(), files.begin(), files.end());
-    if (isBelow && !files.empty()) ++found.foldersBelow;
     std::erase_if(inside, [](const std::string& path) {
       return FileDirWrapper::NameOf(path).starts_with('.');
     });

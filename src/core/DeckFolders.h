@@ -12,7 +12,6 @@
 struct DecksFound {
   std::vector<std::string> decks;  // in the folders themselves
   std::vector<std::string> below;  // in the folders below them
-  std::size_t foldersBelow = 0;    // that hold those
 };
 
 struct DeckSearchHooks {

@@ -63,19 +63,22 @@ TEST_F(Adding, DecksOfOneFolderAreKeptApartWhenAsked) {
 }
 
 TEST_F(Adding, AFolderOffersThoseBelow) {
-  for (const char* folder : {"tree/run1", "tree/run2", "empty"})
+  for (const char* folder : {"tree/run1", "tree/run2", "other/below", "empty"})
     std::filesystem::create_directories(home_ / folder);
   home_.Write("tree/main.KEY", "*KEYWORD\n*INCLUDE\nmesh.k\n*END\n");
   home_.Write("tree/mesh.k", "*KEYWORD\n*END\n");
   home_.Write("tree/run1/a.k", "*KEYWORD\n*INCLUDE\n../run2/b.k\n*END\n");
   home_.Write("tree/run2/b.k", "*KEYWORD\n*END\n");
+  home_.Write("other/below/c.k", "*KEYWORD\n*END\n");
+  Drop({home_ / "other"});
+  ASSERT_TRUE(BarsSay("ui_below", "1", "1"));
   Drop({home_ / "tree"});
-  ASSERT_TRUE(BarsSay("ui_below", "2", "2"));
+  ASSERT_TRUE(BarsSay("ui_below", "3", "3")) << "what was offered before is not forgotten";
   EXPECT_TRUE(LineSays(texts_.Format("ui_included_left_out", "1")));
   EXPECT_NE(TempFolder::Read(Files().Log().Path()).find("mesh.k"), std::string::npos);
   EXPECT_TRUE(Until([&] { return Rows().size() == 1; }));
   Press(Find<Fl_Button>(*window_, "Add them"));
-  EXPECT_TRUE(Until([&] { return Rows().size() == 2; }));
+  EXPECT_TRUE(Until([&] { return Rows().size() == 3; }));
   EXPECT_EQ(Bars(), "") << "each in a folder of its own";
   const auto dropEmpty = [&] {
     Drop({home_ / "empty"});

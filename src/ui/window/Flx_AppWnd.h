@@ -185,6 +185,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void SearchNext();
   static void FollowSearch(void* self);
   void TakeSearch();
+  void OfferBelow(const std::vector<std::string>& decks);
   void AddBelow(bool add);
   void AskApart();
   void ForgetAsked();
@@ -236,9 +237,10 @@ class Flx_AppWnd : public Fl_Double_Window {
   NoticeBar* belowBar_ = nullptr;  // decks in the folders below one that was added
   NoticeBar* apart_ = nullptr;     // jobs that share a folder
   DeckSearch search_;
-  std::vector<std::string> folders_;  // to be searched next
-  std::vector<std::string> below_;    // what that bar offers
-  std::set<JobId> askApart_;          // what was added in the window since somebody answered
+  std::vector<std::string> folders_;      // to be searched next
+  std::vector<std::string> below_;        // what that bar offers
+  std::vector<std::string> wantedBelow_;  // what of it was taken; to be read next
+  std::set<JobId> askApart_;              // what was added in the window since somebody answered
   GroupLine* line_ = nullptr;
   FilterBar* filter_ = nullptr;
   std::vector<JobTable*> tables_;  // in the order of the groups

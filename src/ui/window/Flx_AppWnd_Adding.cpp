@@ -106,8 +106,12 @@ void Flx_AppWnd::AddDecks(const std::vector<std::string>& files, std::optional<S
 
 // Those that were added while another search was under way are looked for together.
 void Flx_AppWnd::SearchNext() {
-  if (search_.IsBusy() || folders_.empty()) return;
-  search_.Find(std::exchange(folders_, {}));
+  if (search_.IsBusy() || (folders_.empty() && wantedBelow_.empty())) return;
+  if (!folders_.empty()) {
+    search_.Find(std::exchange(folders_, {}));
+  } else {
+    search_.Read(std::exchange(wantedBelow_, {}));
+  }
   FollowSearch(this);
 }
 
@@ -132,6 +136,7 @@ void Flx_AppWnd::TakeSearch() {
   status_->SetProgress({}, -1);
   if (!result.isWhole) {
     folders_.clear();
+    wantedBelow_.clear();
     return Say(texts_.Get("ui_search_cancelled"));
   }
   AddDecks(result.found.decks, {});
@@ -142,13 +147,27 @@ void Flx_AppWnd::TakeSearch() {
     Say(texts_.Format("ui_included_left_out", std::to_string(result.included.size())));
   }
   if (!result.found.below.empty()) {
-    below_ = result.found.below;
-    ShowBar(*belowBar_, texts_.Format("ui_below", std::to_string(below_.size()),
-                                      std::to_string(result.found.foldersBelow)));
+    OfferBelow(result.found.below);
   } else if (result.found.decks.empty() && result.included.empty()) {
     Inform(texts_.Get("ui_no_keyword_files"));
   }
   SearchNext();
+}
+
+// Beside those of folders that were added before, when nobody has answered yet.
+void Flx_AppWnd::OfferBelow(const std::vector<std::string>& decks) {
+  std::set<std::string> offered(below_.begin(), below_.end());
+  std::set<std::string> folders;
+  for (const std::string& deck : decks) {
+    if (offered.insert(deck).second) below_.push_back(deck);
+  }
+  for (const std::string& deck : below_) {
+    std::string folder;
+    FileDirWrapper::DirOf(deck, folder);
+    folders.insert(std::move(folder));
+  }
+  ShowBar(*belowBar_,
+          texts_.Format("ui_below", std::to_string(below_.size()), std::to_string(folders.size())));
 }
 
 void Flx_AppWnd::AddBelow(bool add) {
@@ -156,8 +175,8 @@ void Flx_AppWnd::AddBelow(bool add) {
   FocusTable();
   const std::vector<std::string> decks = std::exchange(below_, {});
   if (!add) return;
-  search_.Read(decks);
-  FollowSearch(this);
+  wantedBelow_.insert(wantedBelow_.end(), decks.begin(), decks.end());
+  SearchNext();
 }
 
 // For what was added here and still waits; once all of it has been read.
@@ -187,8 +206,9 @@ void Flx_AppWnd::ForgetAsked() {
 void Flx_AppWnd::AnswerApart(bool apart) {
   JobGroupManager& manager = application_.Manager();
   const std::vector<JobId> jobs = FindSharedResults(manager, askApart_).separable;
-  askApart_.clear();
-  AskApart();
+  // Of decks that are still read it is asked again: nobody knew of them.
+  ForgetAsked();
+  ShowBar(*apart_, {});
   FocusTable();
   if (!apart) return;
   Say(texts_.Format("ui_apart_done", std::to_string(KeepResultsApart(manager, jobs))));
