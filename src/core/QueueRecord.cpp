@@ -12,10 +12,6 @@ namespace {
 constexpr std::chrono::seconds kFlushPatience{5};
 constexpr std::chrono::seconds kStartPatience{2};
 
-bool IsRunBy(const JobImage& job) {
-  return job.run && Runs(ProcessOf(*job.run));
-}
-
 // Its solver was started and has not been judged.
 bool GoesOn(const JobImage& job) {
   return job.fields.status == JobStatus::kRunning && job.run &&
@@ -60,6 +56,10 @@ QueueRecord::QueueRecord(SettingsAndPaths& settings)
       writer_(RecordFilesIn(settings.workFolder), settings.Log().Sink(),
               [&settings](const Message& message) { settings.Log().Note(message); }) {}
 
+QueueRecord::~QueueRecord() {
+  if (looker_.joinable()) looker_.join();
+}
+
 void QueueRecord::Begin() {
   writer_.Hold();  // a crash before the groups are made leaves the record as it was
   QueueImage before = writer_.Begin(settings_.Get().keep_jobs != kNever);
@@ -71,8 +71,49 @@ void QueueRecord::Begin() {
   }
   resume_ = before.now.resume;
   handedOver_ = std::move(before.handedOver);
+  const std::int64_t last = before.now.last;
   before.Apply(change::SessionBegins());
   left_ = std::move(before.left);
+  leaving_ = std::move(before.leaving);
+  for (const SessionImage& session : left_) {
+    for (const auto& [id, job] : session.jobs) {
+      if (GoesOn(job) && job.run->process.id == 0) starting_.push_back(*job.run);
+    }
+  }
+  isSearched_ = !starting_.empty();
+  if (isSearched_ || !leaving_.empty()) {
+    looker_ = std::thread([this, last] { LookForProcesses(last); });
+  }
+}
+
+void QueueRecord::LookForProcesses(std::int64_t last) {
+  for (const RunRecord& run : starting_) {
+    const ProcessIdentity process = ProcessOf(run);
+    const MutexLock lock(foundMutex_);
+    found_[run.token] = process;
+  }
+  isSearched_ = false;
+  for (const LeavingRun& one : leaving_) EndLeaving(one.run, last);
+}
+
+void QueueRecord::EndLeaving(const RunRecord& run, std::int64_t last) {
+  const UnwantedRun end = EndUnwantedRun(run, last);
+  const std::string& file = run.jobFile.empty() ? run.restartFile : run.jobFile;
+  const std::int32_t id = end.record.process.id;
+  if (!end.runsOn.empty()) {  // the next start tries again
+    settings_.Log().Report(Message(MessageId::kRemovedRunsOn, file, id, end.runsOn));
+    return;
+  }
+  if (end.ran) settings_.Log().Report(Message(MessageId::kRemovedEnded, file, id));
+  writer_.Put(change::Run{kFormerJob, end.record});
+  if (id != 0) writer_.PutRun(end.record);
+}
+
+ProcessIdentity QueueRecord::KnownProcessOf(const RunRecord& run) const {
+  if (run.process.id != 0) return run.process;
+  const MutexLock lock(foundMutex_);
+  const auto found = found_.find(run.token);
+  return found == found_.end() ? ProcessIdentity() : found->second;
 }
 
 void QueueRecord::GroupsMade() {
@@ -81,15 +122,17 @@ void QueueRecord::GroupsMade() {
 
 LeftBehind QueueRecord::Left() const {
   LeftBehind left;
+  left.isSearched = isSearched_;
   for (const SessionImage& session : left_) {
     left.last = std::max(left.last, session.last);
     left.queued += static_cast<int>(session.requests.size());
     for (const auto& [id, job] : session.jobs) {
       const JobStatus status = job.fields.status;
       const bool isRunning = status == JobStatus::kRunning;
+      const bool runsStill = isRunning && job.run && Runs(KnownProcessOf(*job.run));
       ++(HasEnded(status) ? left.ended
          : !isRunning     ? left.queued
-         : IsRunBy(job)   ? left.stillRun
+         : runsStill      ? left.stillRun
                           : left.wereRunning);
     }
   }

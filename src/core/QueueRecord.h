@@ -2,11 +2,14 @@
 #ifndef KR_CORE_QUEUERECORD_H
 #define KR_CORE_QUEUERECORD_H
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "core/JobGroupManager.h"
@@ -14,6 +17,8 @@
 #include "core/QueueObserver.h"
 #include "core/SettingsAndPaths.h"
 #include "record/RecordWriter.h"
+#include "util/process/ProcessIdentity.h"
+#include "util/signals/Mutex.h"
 
 // The jobs that earlier sessions left behind.
 struct LeftBehind {
@@ -22,6 +27,7 @@ struct LeftBehind {
   int stillRun = 0;       // it is not
   int ended = 0;          // come back too, as they ended
   std::int64_t last = 0;  // when they were heard of last, seconds since 1970
+  bool isSearched = false;  // among those that were running more may turn out to run still
 
   int Jobs() const { return queued + wereRunning + stillRun + ended; }
 };
@@ -34,8 +40,11 @@ class QueueRecord : public QueueObserver {
   enum Keep : int { kNever = 0, kOffer = 1, kAtOnce = 2 };
 
   explicit QueueRecord(SettingsAndPaths& settings);
+  ~QueueRecord() override;  // waits for what Begin has started
 
-  // Reads the record; from here on every change is kept in it. Before the first group is made.
+  // Reads the record; from here on every change is kept in it. Before the first group is made. On a
+  // thread of its own, solvers are ended whose jobs the last session had removed, and solvers are
+  // looked for that it was starting.
   void Begin();
   // The session's first groups are there. Nothing is written before that.
   void GroupsMade();
@@ -53,7 +62,7 @@ class QueueRecord : public QueueObserver {
   const RecordFiles& Files() const { return writer_.Files(); }
   std::uint64_t HistoryVersion() const { return writer_.HistoryVersion(); }
 
-  // All zero when there is nothing. Looks for processes.
+  // All zero when there is nothing. Looks at processes, never long.
   LeftBehind Left() const;
   // Puts them into the groups of their names, behind what is there; groups that are missing are
   // made. As long as no group has a job, the groups become those of the record as a whole. Waiting
@@ -99,6 +108,9 @@ class QueueRecord : public QueueObserver {
   void Restore(JobGroupManager& manager, JobIntake& intake, bool wantedOnly);
   void RestoreSession(const SessionImage& session, JobGroupManager& manager, JobIntake& intake,
                       bool isUntouched, std::vector<Resumed>& resumed);
+  void LookForProcesses(std::int64_t last);
+  void EndLeaving(const RunRecord& run, std::int64_t last);
+  ProcessIdentity KnownProcessOf(const RunRecord& run) const;
   std::shared_ptr<JobFile> Revived(JobImage image, std::int64_t last) const;
 
   SettingsAndPaths& settings_;
@@ -110,6 +122,13 @@ class QueueRecord : public QueueObserver {
   bool endStopsJobs_ = false;
   std::vector<std::string> handedOver_;  // before
   std::uint64_t takenOver_ = 0;          // the mark behind what was taken over last
+  std::vector<RunRecord> starting_;      // left behind, their process is not known
+  std::vector<LeavingRun> leaving_;
+  mutable Mutex foundMutex_;
+  std::map<std::string, ProcessIdentity> found_
+      KR_GUARDED_BY(foundMutex_);  // of starting_, by token
+  std::atomic<bool> isSearched_{false};
+  std::thread looker_;  // uses the two lists
 };
 
 #endif

@@ -222,7 +222,7 @@ class Applier {
   void operator()(const change::GroupGone& c) {
     const GroupImage* const group = Group(c.group);
     if (group == nullptr) return;
-    for (const JobId job : group->jobs) now_.jobs.erase(job);
+    for (const JobId job : group->jobs) Remove(job);
     std::erase_if(now_.groups, [&](const GroupImage& one) { return one.id == c.group; });
   }
   void operator()(const change::GroupPlaced& c) {
@@ -245,13 +245,18 @@ class Applier {
     if (group == nullptr || !now_.jobs.emplace(id, std::move(c.job)).second) return;
     group->jobs.push_back(id);
     now_.requests.erase(id);
+    const auto leaving = std::find_if(image_.leaving.begin(), image_.leaving.end(),
+                                      [id](const LeavingRun& one) { return one.job == id; });
+    if (leaving == image_.leaving.end()) return;
+    Job(id)->run = std::move(leaving->run);  // the job is back before its solver has ended
+    image_.leaving.erase(leaving);
   }
   void operator()(const change::JobGone& c) { (*this)(change::JobsGone{{c.job}}); }
   void operator()(const change::JobsGone& c) {
     bool wereThere = false;
     for (const JobId job : c.jobs) {
       now_.requests.erase(job);
-      wereThere = now_.jobs.erase(job) != 0 || wereThere;
+      wereThere = Remove(job) || wereThere;
     }
     const auto isGone = [this](JobId job) { return Job(job) == nullptr; };
     for (GroupImage& group : now_.groups) {
@@ -302,8 +307,14 @@ class Applier {
     }
   }
   void operator()(const change::Run& c) {
-    JobImage* const job = Job(c.job);
-    if (job != nullptr) job->run = c.run;
+    if (JobImage* const job = Job(c.job)) {
+      job->run = c.run;
+      return;
+    }
+    std::erase_if(image_.leaving, [&](const LeavingRun& one) {
+      return one.run.token == c.run.token || (one.job == c.job && c.job != kFormerJob);
+    });
+    if (!HasEnded(c.run.verdict)) image_.leaving.push_back({c.job, c.run});
   }
   void operator()(const change::LeftTaken& c) {
     std::erase_if(image_.left,
@@ -318,6 +329,7 @@ class Applier {
     if (c.last != 0) now_.last = c.last;
     if (now_.IsLeft()) image_.left.push_back(std::move(now_));
     now_ = {};
+    for (LeavingRun& one : image_.leaving) one.job = kFormerJob;
   }
 
  private:
@@ -329,6 +341,15 @@ class Applier {
   JobImage* Job(JobId id) {
     const auto found = now_.jobs.find(id);
     return found == now_.jobs.end() ? nullptr : &found->second;
+  }
+  // False when it was not there.
+  bool Remove(JobId id) {
+    const auto found = now_.jobs.find(id);
+    if (found == now_.jobs.end()) return false;
+    std::optional<RunRecord> run = std::move(found->second.run);
+    now_.jobs.erase(found);
+    if (run) (*this)(change::Run{id, std::move(*run)});
+    return true;
   }
 
   QueueImage& image_;
@@ -411,6 +432,8 @@ std::vector<std::string> SnapshotOf(const QueueImage& image) {
     records.push_back(RecordOf({change::SessionBegins{session.last}}, 0));
   }
   AddSession(image.now, records);
+  for (const LeavingRun& one : image.leaving)
+    records.push_back(RecordOf({change::Run{one.job, one.run}}, image.now.last));
   if (!image.handedOver.empty())
     records.push_back(RecordOf({change::HandedOver{image.handedOver}}, image.now.last));
   return records;

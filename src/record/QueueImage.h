@@ -64,7 +64,7 @@ struct Progress {  // `stage` kNone: of the job
   JobId stage = JobId::kNone;
   JobProgress progress;
 };
-struct Run {  // one that has begun, or has ended
+struct Run {  // one that has begun, or has ended; of a job that is gone, see QueueImage::leaving
   JobId job = JobId::kNone;
   RunRecord run;
 };
@@ -117,9 +117,21 @@ struct SessionImage {
   bool operator==(const SessionImage&) const = default;
 };
 
+// In the place of the id of a job that only an earlier session had; no session comes that far.
+inline constexpr JobId kFormerJob{(std::uint64_t{1} << 53) - 1};
+
+// Its job was removed while its solver ran, which is to end.
+struct LeavingRun {
+  JobId job = kFormerJob;
+  RunRecord run;
+
+  bool operator==(const LeavingRun&) const = default;
+};
+
 struct QueueImage {
   std::vector<SessionImage> left;  // oldest first
   SessionImage now;
+  std::vector<LeavingRun> leaving;      // until they have ended
   std::vector<std::string> handedOver;  // files that must not be read again, should they still lie
 
   void Apply(const QueueChange& change);

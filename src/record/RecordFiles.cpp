@@ -51,9 +51,13 @@ void TakeFile(const RecordFiles& files, std::string RecordFiles::*file, std::str
   if (machines.size() == 1) {
     const RecordFiles old = FilesOf(folder, machines.front());
     FileLock lock;
-    const bool isMine = lock.Take(old.lock, 0) == FileLock::Result::kTaken &&
-                        std::rename((old.*file).c_str(), own.c_str()) == 0;
-    if (isMine) note(Message(MessageId::kRecordOfOldName, old.*file, own));
+    const FileLock::Result taken = lock.Take(old.lock, 0);
+    if (taken == FileLock::Result::kBusy) {
+      note(Message(MessageId::kRecordOfOther, own, old.*file));
+    } else if (taken == FileLock::Result::kTaken &&
+               std::rename((old.*file).c_str(), own.c_str()) == 0) {
+      note(Message(MessageId::kRecordOfOldName, old.*file, own));
+    }
     return;
   }
   std::string all;

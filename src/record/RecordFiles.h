@@ -22,8 +22,8 @@ RecordFiles RecordFilesIn(const std::string& folder);
 
 // A machine that has got another name goes on with what it wrote under its old one: where it has no
 // file of its own and just one other has its id, that one is renamed, unless a copy of the program
-// holds it. `note` hears of that, and of files among which it cannot choose. Changes nothing
-// where the id is not known.
+// holds it. `note` hears of a new name, of a holder, and of files among which it cannot choose.
+// Changes nothing where the id is not known.
 void TakeFilesOfOldName(const RecordFiles& files, const MessageSink& note);
 
 // For who only reads: the machine's history, or the one that it would go on with.

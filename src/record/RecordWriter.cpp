@@ -73,7 +73,7 @@ QueueImage RecordWriter::Begin(bool keepQueue) {
   unlearned_ = std::move(runs);
   if (!keepQueue) {
     before.left.clear();
-    if (!before.now.resume) before = {};
+    if (!before.now.resume) before = {{}, {}, std::move(before.leaving), {}};
   }
   image_ = before;
   queue_.broken = !keepQueue || found != Journal::Found::kRecords || !queue_.journal.Continue();

@@ -35,7 +35,8 @@ class RecordWriter {
 
   // Reads the record and begins a session of it. Once, before anything is put. What it gives is the
   // record as the last session left it. `keepQueue` false: the queue is not written, and what the
-  // file has of it is dropped; of the last session only one that wanted to be restored is read.
+  // file has of it is dropped; of the last session only one that wanted to be restored is read, and
+  // the runs that were to end.
   QueueImage Begin(bool keepQueue);
 
   // Each counts whole or not at all, and so does what is put between Hold and Release.

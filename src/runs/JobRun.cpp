@@ -420,10 +420,34 @@ JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& rec
   const FolderHolder holder = use.Take(setup.folders ? setup.folders() : RunFolders(job));
   std::optional<JobRunContext> context = setup.begin();
   if (!context) {
-    PTWrapperProcess unwanted;
-    if (unwanted.Open(ProcessOf(record), record.token)) unwanted.TerminateAll();
+    const UnwantedRun unwanted = EndUnwantedRun(record, DateTimeWrapper::CurrentTime());
+    if (!unwanted.runsOn.empty())
+      job.SetRunError(0, Message(MessageId::kNotEnded, unwanted.runsOn));
+    if (unwanted.runsOn.empty() && setup.recorded) setup.recorded(job, unwanted.record);
     return JobStatus::kAborted;
   }
   const bool mine = holder.kind == FolderHolder::Kind::kNobody;
   return Ended(job, JobRun(job, setup, *context, use).GoOn(record, mine));
+}
+
+UnwantedRun EndUnwantedRun(const RunRecord& record, std::int64_t heard) {
+  constexpr int kMostLooks = 5;  // at what it had started
+  UnwantedRun run{record, false, {}};
+  run.record.process = ProcessOf(record);
+  run.record.ended = std::max(record.started, heard);
+  run.record.verdict = JobStatus::kAborted;
+  run.record.failure = {FailureKind::kStopped};
+  ProcessIdentity left = run.record.process;
+  for (int look = 0; look < kMostLooks && Runs(left); ++look) {
+    PTWrapperProcess solver;
+    const bool isHeld = solver.Open(left, record.token);
+    if (isHeld ? !solver.TerminateAll() : Runs(left)) {
+      run.runsOn = solver.LastError();
+      break;
+    }
+    run.ran = true;
+    run.record.ended = DateTimeWrapper::CurrentTime();
+    left = IdentityOfProcess(PTWrapperProcess::FindStarted(record.token, record.folder));
+  }
+  return run;
 }

@@ -84,4 +84,14 @@ JobStatus RunJob(JobFile& job, const JobRunSetup& setup);
 // nothing, the process is ended.
 JobStatus ResumeRun(JobFile& job, const JobRunSetup& setup, const RunRecord& record);
 
+// A run that another copy of the program began and whose job was removed.
+struct UnwantedRun {
+  RunRecord record;    // with its end
+  bool ran = false;    // until now
+  std::string runsOn;  // why it could not be ended; empty: nothing of it is left
+};
+// Ends what is left of it, in some seconds. `heard`, seconds since 1970: when it ended, should it
+// be gone already.
+UnwantedRun EndUnwantedRun(const RunRecord& record, std::int64_t heard);
+
 #endif

@@ -89,12 +89,13 @@ struct LeftSolver {
     start.folder = job->Folder();
     start.showWindow = false;
     EXPECT_TRUE(process.Create(start));
-    run.process = IdentityOfProcess(process.ChildId());
+    run.process = identity = IdentityOfProcess(process.ChildId());
     run.token = process.Token();
     session.record.RunRecorded(job->id, run);
   }
   ~LeftSolver() { process.TerminateAll(); }
   PTWrapperProcess process;
+  ProcessIdentity identity;
 };
 
 using Queue = std::vector<std::string>;
@@ -520,6 +521,62 @@ TEST_F(QueueRecordTest, AGroupThatRunsWaitsForASolverThatIsTakenOver) {
   EXPECT_EQ(taken->status, JobStatus::kFinished);
   EXPECT_EQ(later->status, JobStatus::kFinished);
   EXPECT_GE(later->started, taken->ended);
+}
+
+// The program is killed before they have ended.
+TEST_F(QueueRecordTest, SolversOfRemovedJobsAreEndedByTheNextStart) {
+  auto first = Start();
+  first->manager.AddGroup("Removed");
+  const auto job = first->Add(DeckOf("a", "run 60"), JobStatus::kRunning);
+  const auto other = first->Add(DeckOf("b", "run 60"), JobStatus::kRunning, 1);
+  const auto unknown = first->Add(DeckOf("c", "run 60"), JobStatus::kRunning, 1);
+  const auto back = first->Add(DeckOf("d", "run 60"), JobStatus::kRunning);
+  const LeftSolver solver(*first, job, RunOf(*job, 0, ""));
+  const LeftSolver ofGroup(*first, other, RunOf(*other, 0, ""));
+  const LeftSolver ofUnknown(*first, unknown, RunOf(*unknown, 0, ""));
+  const LeftSolver restored(*first, back, RunOf(*back, 0, ""));
+  RunRecord starting = RunOf(*unknown, 0, "");
+  starting.started = DateTimeWrapper::CurrentTime();
+  starting.token = ofUnknown.process.Token();
+  first->record.RunRecorded(unknown->id, starting);
+  QueueUndo undo(first->manager);
+  const auto group = first->manager.GroupAt(0);
+  undo.Remove(group, {job->id});
+  undo.RemoveGroup(1);
+  undo.Remove(group, {back->id});
+  undo.Undo();
+  starting = RunOf(*back, 0, "");
+  starting.token = restored.process.Token();
+  first->record.RunRecorded(back->id, starting);
+  const auto gone = first->Add("e.k", JobStatus::kRunning);
+  RunRecord ended = RunOf(*gone, PTWrapperProcess().ProcessId(), "another start");
+  ended.token = "ended";
+  first->record.RunRecorded(gone->id, ended);
+  undo.Remove(group, {gone->id});
+  ended.verdict = JobStatus::kAborted;
+  first->record.RunRecorded(gone->id, ended);
+  first.reset();
+
+  {
+    const auto second = Start();
+    EXPECT_EQ(second->record.Left().Jobs(), 1) << "no removed job comes back";
+    EXPECT_TRUE(WaitUntil([&] { return !second->record.Left().isSearched; }));
+    EXPECT_EQ(second->record.Left().stillRun, 1) << "but for one that was taken back";
+    for (const LeftSolver* const removed : {&solver, &ofGroup, &ofUnknown}) {
+      EXPECT_TRUE(WaitUntil([&] { return !Runs(removed->identity); }));
+    }
+    EXPECT_TRUE(Runs(restored.identity));
+    second->record.Forget();
+  }
+  const auto third = Start();
+  third->record.Flush();
+  const RecordFiles& files = third->record.Files();
+  int stopped = 0;
+  for (const RunRecord& run : ReadHistory(files.history, files.machine)) {
+    stopped += run.verdict == JobStatus::kAborted && run.failure.kind == FailureKind::kStopped;
+  }
+  EXPECT_EQ(stopped, 3);
+  EXPECT_TRUE(Runs(restored.identity));
 }
 
 TEST_F(QueueRecordTest, AStageWhoseRunHasEndedIsNotRunAgain) {

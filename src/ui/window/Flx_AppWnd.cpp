@@ -89,6 +89,7 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
 Flx_AppWnd::~Flx_AppWnd() {
   FilterEvents(nullptr);
   AllowModalWindows(true);
+  Fl::remove_timeout(LookAtLeft, this);
   Fl::remove_timeout(TakeDropped, this);
   Fl::remove_timeout(LookAtReport, this);
   Fl::remove_timeout(FollowSearch, this);

@@ -88,6 +88,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowState();
   void ShowTools();
   void ShowLeft();
+  static void LookAtLeft(void* self);
   void ShowPause();
   void ShowFilter();
   std::string ToolTip(Action action) const;

@@ -24,6 +24,8 @@ namespace {
 constexpr Action kForSelected[] = {Action::kResubmit, Action::kDeleteJob, Action::kMoveUp,
                                    Action::kMoveDown, Action::kViewSummary};
 
+constexpr double kLookAtLeft = 0.1;  // seconds
+
 }  // namespace
 
 void Flx_AppWnd::Refresh() {
@@ -224,6 +226,12 @@ void Flx_AppWnd::ShowTools() {
 void Flx_AppWnd::ShowLeft() {
   const LeftBehind left = application_.Left();
   ShowBar(*left_, left.Jobs() > 0 ? LeftText(left, texts_) : std::string());
+  if (!left.isSearched || Fl::has_timeout(LookAtLeft, this)) return;
+  Fl::add_timeout(kLookAtLeft, LookAtLeft, this);
+}
+
+void Flx_AppWnd::LookAtLeft(void* self) {
+  static_cast<Flx_AppWnd*>(self)->ShowLeft();
 }
 
 // Of the current group.
