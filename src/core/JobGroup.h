@@ -67,6 +67,8 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   bool Running() const { return running_ || resumed_ > 0; }
   // The run of a job that was told to stop, by whatever, has not ended yet.
   bool Stopping() const;
+  // Jobs that are queued now follow without another submit.
+  bool TakesQueued() const { return running_ && !stop_; }
   bool StopRequested() const { return stop_; }  // since the last Submit
   // It ended with jobs queued since so many before them failed, as the settings want it
   // (stop_after_failures). Submit goes on.

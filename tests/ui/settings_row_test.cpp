@@ -178,8 +178,11 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   // Nor in a group that runs already.
   Files().SetSolverPath(SolverKind::kLsDynaSingle, KR_TEST_BIN_DIR "/standin_solver");
   AddJob("long", "run 60");
-  window_->Perform(Action::kSubmit);
+  for (int press = 0; press < 2; ++press) Press(Part<PrimaryButton>());
   ASSERT_TRUE(Until([&] { return status(2) == JobStatus::kRunning; }));
+  window_->Perform(Action::kRefresh);
+  EXPECT_TRUE(LineSays(window_->Texts().Format("ui_submit_again", "Group1")));
+  EXPECT_FALSE(LogHolds(Files(), "submit job failed")) << "a double click is no failure";
   Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);
   AddJob("late");
   said = Answer([&] { window_->Perform(Action::kSubmit); }, "OK");

@@ -36,7 +36,8 @@ int Flx_RenameGroup::HandleWidget(Fl_Widget* widget) {
   if (widget != Find(kOk)) return -1;
   Fl_Input* input = Find(kName);
   const std::string name = FromUi(input->value());
-  if (name.empty() || (Accepts && !Accepts(name))) {
+  const bool isAccepted = !Accepts || Accepts(name);  // says why not, of an empty one too
+  if (!isAccepted || name.empty()) {
     input->take_focus();
     return -1;
   }

@@ -182,13 +182,13 @@ void Flx_AppWnd::Submit() {
   if (!group) return;
   const std::string name = ToUi(group->Name());
   if (SolversAreMissing(*group)) return;
-  const bool again = group->Running();
+  // The second press of a double click asks for nothing that would have to be refused.
+  if (group->TakesQueued()) return Say(texts_.Format("ui_submit_again", name));
   const bool queued = Count(*group).of[JobStatus::kQueued] > 0;
   if (group->Submit()) {
     Say(texts_.Format(queued ? "ui_submitted" : "ui_submit_none", name));
   } else {
-    Say(texts_.Format(again ? "ui_submit_again" : "ui_submit_failed", name),
-        again ? StatusBar::Tone::kPlain : StatusBar::Tone::kError);
+    Say(texts_.Format("ui_submit_failed", name), StatusBar::Tone::kError);
   }
   ShowTabs();
 }
