@@ -127,6 +127,7 @@ bool Application::Initialise(int argc, const char* const* argv, const StartReque
   manager_ = std::make_unique<JobGroupManager>(*settings_, solvers_, record_.get());
   settings_->Log().SetListener(
       [this](const Message& message) { manager_->Observer().Logged(message); });
+  SayTakenPlaces();
   SetSolverMode(SolverModeOfArguments(argc, argv));
   record_->Begin();
   MakeGroups();
@@ -148,6 +149,7 @@ bool Application::BecomeFirstCopy(std::string& otherFile) {
   if (!firstCopy_.empty()) return true;
   std::vector<std::unique_ptr<FileLock>> locks;
   for (const HandOverPlace& place : settings_->handOverPlaces) {
+    if (place.lock.empty()) continue;
     auto lock = std::make_unique<FileLock>();
     const FileLock::Result result = lock->Take(place.lock, 0);
     if (result == FileLock::Result::kBusy) {
@@ -175,6 +177,13 @@ bool Application::AnotherCopyRuns(bool isFirst) {
     std::string user;
     return PTWrapperProcess::GetProcessUser(process.processId, user) && !users.insert(user).second;
   });
+}
+
+// By the copy that has the window, once.
+void Application::SayTakenPlaces() {
+  for (const std::string& folder : TakenHandOverFolders()) {
+    settings_->Log().Report(Message(MessageId::kHandOverFolderTaken, folder));
+  }
 }
 
 void Application::HandOver(int argc, const char* const* argv) {

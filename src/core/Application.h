@@ -123,6 +123,7 @@ class Application {
  private:
   bool BecomeFirstCopy(std::string& otherFile);
   static bool AnotherCopyRuns(bool isFirst);
+  void SayTakenPlaces();
   void HandOver(int argc, const char* const* argv);
   bool SurvivesOtherCopy(int argc, const char* const* argv, const StartRequest& request);
   void AddFaultsOfWriter();

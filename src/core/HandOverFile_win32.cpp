@@ -61,7 +61,7 @@ bool BelongsToUs(HANDLE file) {
   return ours;
 }
 
-// Who may write is what the user's own temporary folder hands down, so the owner is enough here.
+// Who may write is what the user's own folder hands down, so the owner is enough here.
 bool IsTrusted(HANDLE file, const BY_HANDLE_FILE_INFORMATION& info) {
   constexpr DWORD kOther =
       FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;

@@ -7,14 +7,13 @@
 
 #include <fcntl.h>
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
 
 #include "util/files/FileDirWrapper.h"
 
-namespace {
+namespace hand_over_place {
 
-constexpr char kMoved[] = "KESTRUN_HANDOVER_FOLDER";
+namespace {
 
 // From the user database alone: HOME is often another one, or missing, where no person logged in.
 std::string HomeOfUser() {
@@ -33,8 +32,17 @@ std::string HostName() {
   return name.empty() ? "localhost" : name;
 }
 
+}  // namespace
+
+std::vector<std::string> FoldersOfUser() {
+  std::vector<std::string> folders = {"/dev/shm/kr-" + std::to_string(geteuid())};
+  const std::string home = HomeOfUser();
+  if (!home.empty()) folders.push_back(home + "/.config/orla/handover-" + HostName());
+  return folders;
+}
+
 // The folder itself, no link to one.
-bool MakeOwnFolder(const std::string& path) {
+bool MakeOwn(const std::string& path) {
   std::string parent;
   if (!FileDirWrapper::DirOf(path, parent)) return false;
   FileDirWrapper::CreateDirTree(parent);
@@ -48,24 +56,8 @@ bool MakeOwnFolder(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-std::vector<std::string> Folders() {
-  const char* moved = std::getenv(kMoved);
-  if (moved != nullptr && *moved == '/') return {moved};
-  std::vector<std::string> folders = {"/dev/shm/kr-" + std::to_string(geteuid())};
-  const std::string home = HomeOfUser();
-  if (!home.empty()) folders.push_back(home + "/.config/orla/handover-" + HostName());
-  return folders;
+std::string OthersFolder() {
+  return {};
 }
 
-}  // namespace
-
-std::vector<HandOverPlace> HandOverPlaces(const std::string&) {
-  std::vector<std::string> folders = Folders();
-  const std::string wanted = folders.front();
-  std::erase_if(folders, [](const std::string& folder) { return !MakeOwnFolder(folder); });
-  if (folders.empty()) folders.push_back(wanted);
-  std::vector<HandOverPlace> places;
-  for (const std::string& folder : folders)
-    places.push_back({folder, FileDirWrapper::Join(folder, "kr_running.lock")});
-  return places;
-}
+}  // namespace hand_over_place

@@ -1,9 +1,44 @@
 #include "core/HandOverPlace.h"
 
+#include <windows.h>
+// The shell's header needs the one above.
+#include <shlobj.h>
+
 #include "util/files/FileDirWrapper.h"
 
-std::vector<HandOverPlace> HandOverPlaces(const std::string& workFolder) {
+namespace hand_over_place {
+
+namespace {
+
+// Asked for by the process's token: asked for the current user, the system may look at variables.
+std::string LocalDataFolder() {
+  HANDLE token = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_IMPERSONATE, &token)) return {};
+  char folder[MAX_PATH] = {};
+  const HRESULT result = SHGetFolderPathA(nullptr, CSIDL_LOCAL_APPDATA | CSIDL_FLAG_CREATE, token,
+                                          SHGFP_TYPE_CURRENT, folder);
+  CloseHandle(token);
+  return result == S_OK ? folder : std::string();
+}
+
+}  // namespace
+
+std::vector<std::string> FoldersOfUser() {
+  std::string folder = LocalDataFolder();
+  if (folder.empty()) FileDirWrapper::AppDataDir(folder);
+  return {FileDirWrapper::Join(FileDirWrapper::Join(folder, "orla"), "handover")};
+}
+
+// The profile is closed to others, and hands that down.
+bool MakeOwn(const std::string& path) {
+  FileDirWrapper::CreateDirTree(path);
+  return FileDirWrapper::IsDirWritable(path);
+}
+
+std::string OthersFolder() {
   std::string folder;
   FileDirWrapper::TempDir(folder);
-  return {{folder, FileDirWrapper::Join(workFolder, "kr_running.lock")}};
+  return folder;
 }
+
+}  // namespace hand_over_place

@@ -21,7 +21,7 @@ void OpenOrMakeEvent(PTWrapperSignal& signal) {
 SettingsAndPaths::SettingsAndPaths(const std::string& title)
     : workFolder(WorkFolderOf(title)),
       settingsFile(FileDirWrapper::Join(workFolder, "kr_init.config")),
-      handOverPlaces(HandOverPlaces(workFolder)),
+      handOverPlaces(HandOverPlaces()),
       handOverFile(HandOverFileIn(handOverPlaces.front())),
       hostFile(FileDirWrapper::Join(workFolder, "kr_host.txt")),
       groupFile(FileDirWrapper::Join(workFolder, "kr_groups.txt")),

@@ -106,7 +106,6 @@ class CoreTest : public testing::Test {
   ScopedVariable runtime_{"XDG_RUNTIME_DIR", std::nullopt};
   ScopedVariable temp_{"TMPDIR", home_.Path()};
   ScopedVariable handOver_{"KESTRUN_HANDOVER_FOLDER", home_ / "handover"};
-  ScopedVariable windowsHandOver_{"TMP", home_.Path()};
 #ifdef _WIN32
   ScratchAppData appData_{home_ / "config"};
 #endif

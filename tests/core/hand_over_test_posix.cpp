@@ -116,13 +116,13 @@ TEST_F(HostileHandOver, ThePlaceFollowsFromTheUserAlone) {
   const int code = InChild([&] {
     if (!Become("nobody")) return 1;
     unsetenv("KESTRUN_HANDOVER_FOLDER");
-    const std::string place = HandOverPlaces({}).front().folder;
+    const std::string place = HandOverPlaces().front().folder;
     setenv("HOME", home_.Path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", home_.Path().c_str(), 1);
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("TMPDIR");
     struct stat info {};
-    if (HandOverPlaces({}).front().folder != place || stat(place.c_str(), &info) != 0) return 2;
+    if (HandOverPlaces().front().folder != place || stat(place.c_str(), &info) != 0) return 2;
     return info.st_uid == geteuid() && (info.st_mode & 0777) == 0700 ? 0 : 3;
   });
   EXPECT_EQ(code, 0);
@@ -130,23 +130,25 @@ TEST_F(HostileHandOver, ThePlaceFollowsFromTheUserAlone) {
   const std::string moved = home_ / "handover";
   ASSERT_EQ(mkdir(moved.c_str(), 0777), 0);
   ASSERT_EQ(chmod(moved.c_str(), 0777), 0);
-  EXPECT_EQ(HandOverPlaces({}).front().folder, moved);
+  EXPECT_EQ(HandOverPlaces().front().folder, moved);
   struct stat info {};
   ASSERT_EQ(stat(moved.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0700u);
 }
 
-// A batch job may have another name of the computer, no home, or a /dev/shm of its own.
+// A batch job may have other variables, another name of the computer, no home, or a /dev/shm of its
+// own; and somebody else may have taken the user's name there before, so that the home is left.
 TEST_F(HostileHandOver, ASecondCopyFindsTheFirstWhateverTheEnvironment) {
-  const std::string own = home_ / "nobody";
-  for (const std::string& folder : {own, home_ / "other", home_ / "config"}) {
+  const std::string own = home_ / "nobody", other = home_ / "other", taken = home_ / "taken";
+  for (const std::string& folder : {own, other, taken, home_ / "config"}) {
     ASSERT_TRUE(FileDirWrapper::CreateDirTree(folder));
     ASSERT_EQ(chmod(folder.c_str(), 01777), 0);
   }
+  ASSERT_TRUE(FileDirWrapper::CreateDirTree(taken + "/kr-65534"));
   chmod(home_.Path().c_str(), 0755);
   const std::string users = home_.Write("passwd", "nobody:x:65534:65534::" + own + ":/bin/sh\n");
   constexpr int kNotAllowed = 77;
-  const auto copy = [&](const std::string& differs, const auto& run) {
+  const auto copy = [&](bool isTaken, const std::string& differs, const auto& run) {
     return StartChild([&] {
       const auto put = [](const std::string& from, const std::string& to) {
         return mount(from.c_str(), to.c_str(), nullptr, MS_BIND, nullptr) == 0;
@@ -157,7 +159,12 @@ TEST_F(HostileHandOver, ASecondCopyFindsTheFirstWhateverTheEnvironment) {
         return kNotAllowed;
       if (differs == "name" && sethostname("other", 5) != 0) return 1;
       if (differs == "home" && !put("/proc", own)) return 1;
-      if (differs == "shm" && !put(home_ / "other", "/dev/shm")) return 1;
+      if (differs == "shm" && !put(other, "/dev/shm")) return 1;
+      if (isTaken && !put(taken, "/dev/shm")) return 1;
+      if (differs == "variables") {
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "TMPDIR"})
+          setenv(name, other.c_str(), 1);
+      }
       if (!Become("nobody")) return 1;
       unsetenv("KESTRUN_HANDOVER_FOLDER");
       const std::string job = "/" + differs + ".k";
@@ -167,33 +174,44 @@ TEST_F(HostileHandOver, ASecondCopyFindsTheFirstWhateverTheEnvironment) {
     });
   };
   const std::string seen = home_ / "config/seen";
-  const pid_t first = copy("", [&](bool isFirst, Application& application) {
-    while (isFirst && application.Tick()) {
-      application.Intake().Drain();
-      std::string jobs;
-      application.Manager().CurrentGroup()->ReadJobs(
-          [&](const JobFile& job) { jobs += job.jobFile + " "; });
-      std::ofstream(seen) << jobs;
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return 1;
-  });
-  const bool runs = WaitUntil([&] {
-    return FileDirWrapper::FileExists(seen) || waitpid(first, nullptr, WNOHANG) == first;
-  });
-  if (!FileDirWrapper::FileExists(seen)) GTEST_SKIP() << "needs root and name spaces";
-  EXPECT_TRUE(runs);
-  for (const std::string differs : {"name", "home", "shm"}) {
-    const pid_t second = copy(differs, [](bool isFirst, Application& application) {
-      return isFirst ? 1 : application.exitCode;
+  const auto expectFound = [&](bool isTaken, const std::vector<std::string>& all) {
+    FileDirWrapper::RemoveFile(seen);
+    const pid_t first = copy(isTaken, "", [&](bool isFirst, Application& application) {
+      while (isFirst && application.Tick()) {
+        application.Intake().Drain();
+        std::string jobs;
+        application.Manager().CurrentGroup()->ReadJobs(
+            [&](const JobFile& job) { jobs += job.jobFile + " "; });
+        std::ofstream(seen) << jobs;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      }
+      return 1;
     });
-    EXPECT_EQ(WaitFor(second), 0) << differs;
     EXPECT_TRUE(WaitUntil([&] {
-      return TempFolder::Read(seen).find("/" + differs + ".k ") != std::string::npos;
-    })) << differs;
-  }
-  kill(first, SIGKILL);
-  WaitFor(first);
+      return FileDirWrapper::FileExists(seen) || waitpid(first, nullptr, WNOHANG) == first;
+    }));
+    if (!FileDirWrapper::FileExists(seen)) return false;
+    for (const std::string& differs : all) {
+      const pid_t second = copy(isTaken, differs, [](bool isFirst, Application& application) {
+        return isFirst ? 1 : application.exitCode;
+      });
+      EXPECT_EQ(WaitFor(second), 0) << differs;
+      EXPECT_TRUE(WaitUntil([&] {
+        return TempFolder::Read(seen).find("/" + differs + ".k ") != std::string::npos;
+      })) << differs;
+    }
+    kill(first, SIGKILL);
+    WaitFor(first);
+    return true;
+  };
+  if (!expectFound(false, {"name", "home", "shm", "variables"}))
+    GTEST_SKIP() << "needs root and name spaces";
+  EXPECT_TRUE(expectFound(true, {"again", "variables"}));
+  const std::string log = TempFolder::Read(SettingsAndPaths(kTitle).Log().Path());
+  const std::string words = "Folder [/dev/shm/kr-65534] is somebody else's";
+  const std::size_t said = log.find(words);
+  EXPECT_NE(said, std::string::npos) << log;
+  EXPECT_EQ(log.find(words, said + 1), std::string::npos) << log;
 }
 
 // The locks under which the event's state is read and its holders come and go; somebody else's

@@ -46,6 +46,8 @@ class SecondCopy : public CoreTest {
  protected:
   bool Start(PTWrapperProcess& process, const std::string& program, const std::string& behaviour) {
     const ScopedVariable set(kBehaviour, behaviour);
+    // As of a log-on script.
+    const ScopedVariable temporary("TMP", home_ / "config");
     std::string quoted;
     FileDirWrapper::QuotePath(program, quoted);
     return process.Create(program, quoted, "", false, 0, "", false);
