@@ -100,6 +100,12 @@ bool ReadValue(Behaviour& behaviour, const std::string& name,
     behaviour.fail = number;
     return true;
   }
+  if (name == "FAILING-RANK") {
+    int rank = 0;
+    if (!ReadNumber(words, 1, 0, kMostNumber, rank)) return false;
+    behaviour.failingRank = rank;
+    return true;
+  }
   if (name == "ADAPTDUMP") return ReadNumber(words, 1, 0, kMostDumps, behaviour.adaptDumps);
   if (name == "DUMPS") return ReadNumber(words, 1, 0, kMostDumps - 1, behaviour.dumps);
   if (name == "RUNNING-DUMPS") {
@@ -135,6 +141,15 @@ void Behaviour::Read(std::string_view line) {
   } else if (!ReadValue(*this, name, words)) {
     refused.emplace_back(*text);
   }
+}
+
+void Behaviour::KeepFor(int rank) {
+  if (!failingRank || *failingRank == rank) return;
+  fail.reset();
+  errors.clear();
+  crash = false;
+  killSignal.reset();
+  exitCode.reset();
 }
 
 Behaviour ReadBehaviour(const std::string& path, const LoadCase* loadCase) {

@@ -36,6 +36,7 @@ struct Behaviour {
   std::vector<Notices> errors;
   bool warningsWithoutBlank = false;  // memory lines follow a block directly
   std::optional<int> fail;            // the number of the error
+  std::optional<int> failingRank;     // the only one that fails, has errors, crashes or is killed
   bool crash = false;
   std::optional<int> killSignal;
   bool noLicence = false;
@@ -59,6 +60,8 @@ struct Behaviour {
 
   // Takes one line of a deck; lines that are not for the stand-in change nothing.
   void Read(std::string_view line);
+  // What is for another rank goes.
+  void KeepFor(int rank);
 };
 
 // Reads the commands in the first thousand lines of the file; none when it cannot be read. Those

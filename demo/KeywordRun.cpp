@@ -103,6 +103,7 @@ class KeywordRun {
 int KeywordRun::Run() {
   const bool restart = options_.deck.empty() && !options_.restart.empty();
   behaviour_ = ReadBehaviour(restart ? options_.restart + ".standin" : options_.deck, loadCase_);
+  behaviour_.KeepFor(rank_.number);
   ActAtStart(behaviour_, options_, rank_.First());
   if (!OpenMessageFile()) return 1;
   WriteHead();

@@ -6,6 +6,7 @@
 
 #include "RunFixture.h"
 #include "runs/FolderUse.h"
+#include "solvers/Verdict.h"
 #include "support/ProcessesWith_posix.h"
 
 namespace {
@@ -53,6 +54,20 @@ TEST_F(DistributedTest, ADistributedRunOnFourRanks) {
   const auto endless = DynaJob(folder_.Write("my job/b.k", Deck("$ standin: run 60\n")));
   EXPECT_EQ(RunUntilItWrites(*endless), JobStatus::kAborted);
   EXPECT_TRUE(endless->process.Terminate());
+}
+
+// The others need not know of it: the first goes on to its end.
+TEST_F(DistributedTest, AnErrorOfARankIsTheRunsWhateverTheFirstSays) {
+  if (!Exists(kLauncher)) GTEST_SKIP() << "MPICH's launcher is not installed";
+  SetLauncher(std::string("exec ") + kLauncher + " \"$@\"\n");
+  context_.settings.mpi_param = "-n 4";
+  const auto job = DynaJobWith("$ standin: failing-rank 2\n$ standin: fail 40500\n");
+  EXPECT_EQ(RunJob(*job, setup_), JobStatus::kAborted);
+  EXPECT_TRUE(ReadVerdict(folder_ / "mes0000.krb").normal);
+  EXPECT_EQ(job->MessageFile(), folder_ / "mes0002.krb");
+  const std::string words = job->RunMessage().English();
+  EXPECT_NE(words.find("mes0002: *** Error 40500"), std::string::npos) << words;
+  EXPECT_EQ(job->HowFailed(), (Failure{FailureKind::kSolverError, 40500}));
 }
 
 TEST_F(DistributedTest, ADistributedRunGoesOnFromTheDumpsOfAllItsRanks) {
