@@ -133,6 +133,10 @@ Message FailureMessage(const Failure& failure) {
       return Message(MessageId::kFailedLicence);
     case FailureKind::kNoNormalEnd:
       return Message(MessageId::kFailedNoEnd);
+    case FailureKind::kOldOutput:
+      return Message(MessageId::kFailedOldOutput);
+    case FailureKind::kNotEnded:
+      return Message(MessageId::kFailedNotEnded);
     case FailureKind::kNone:
       break;
   }

@@ -57,8 +57,10 @@ enum class FailureKind : int {
   kTimeStep,     // it collapsed
   kLicence,
   kNoNormalEnd,  // nothing tells of a normal end, or of an error
+  kOldOutput,    // what there is was there before the start
+  kNotEnded,     // the user stopped it, but its solver cannot be ended; number: a process of it
 };
-inline constexpr FailureKind kLastFailureKind = FailureKind::kNoNormalEnd;
+inline constexpr FailureKind kLastFailureKind = FailureKind::kNotEnded;
 
 // Two runs with equal ones failed for the same reason.
 struct Failure {

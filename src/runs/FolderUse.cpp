@@ -149,15 +149,23 @@ void FolderUse::Release() {
 bool FolderUse::NoteSolver(const std::string& folder, const PTWrapperProcess& solver) {
   const auto found = held_.find(FileDirWrapper::IdentityOf(folder));
   if (found == held_.end() || !found->second->lock.Taken()) return true;
-  const Solver text = {MachineName(), IdentityOfProcess(solver.ChildId()), job_, solver.Token()};
-  found->second->token = text.token;
-  found->second->solverNoted = FileDirWrapper::WriteOutputFile(
-      FileDirWrapper::Join(found->second->folder, kSolverName), TextOf(text));
-  return found->second->solverNoted;
+  found->second->token = solver.Token();
+  return Note(*found->second, IdentityOfProcess(solver.ChildId()));
 }
 
-void FolderUse::LeaveToRest() {
+bool FolderUse::Note(Held& held, const ProcessIdentity& process) {
+  held.solverNoted =
+      FileDirWrapper::WriteOutputFile(FileDirWrapper::Join(held.folder, kSolverName),
+                                      TextOf({MachineName(), process, job_, held.token}));
+  return held.solverNoted;
+}
+
+// The text that stays names who runs on: what it started may not be seen by its token.
+void FolderUse::LeaveToRest(const std::string& folder, const ProcessIdentity& left) {
+  const std::string itsFolder = left.id != 0 ? FileDirWrapper::IdentityOf(folder) : std::string();
   for (const auto& [identity, held] : held_) {
-    if (PTWrapperProcess::FindStarted(held->token, held->folder) != 0) held->solverNoted = false;
+    const bool runsOn = identity == itsFolder && held->lock.Taken() && Note(*held, left);
+    if (runsOn || PTWrapperProcess::FindStarted(held->token, held->folder) != 0)
+      held->solverNoted = false;
   }
 }

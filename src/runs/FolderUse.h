@@ -10,6 +10,7 @@
 
 class FileLock;
 class PTWrapperProcess;
+struct ProcessIdentity;
 
 // Who is in the way.
 struct FolderHolder {
@@ -50,12 +51,13 @@ class FolderUse {
   // others, though the folder is held against them.
   bool NoteSolver(const std::string& folder, const PTWrapperProcess& solver);
   // The run is over, but something of it may run on in the folders: they stay in its use as long as
-  // it does.
-  void LeaveToRest();
+  // it does. `left`: a process that is known to run on in that folder; id 0: none.
+  void LeaveToRest(const std::string& folder, const ProcessIdentity& left);
 
  private:
   struct Held;
   FolderHolder TakeOne(const std::string& folder);
+  bool Note(Held& held, const ProcessIdentity& process);
 
   const std::string job_;
   const std::string token_;

@@ -38,12 +38,17 @@ bool IsForming(const JobFile& job) {
 
 // A driver leaves an aborted solver running, and a launcher that died meanwhile what it has
 // started: neither may outlive its run. A solver that has ended is let go, since each one held
-// costs a descriptor and a queue may be long.
-void EndSolver(JobFile& stage, JobStatus status) {
+// costs a descriptor and a queue may be long. One that runs on in spite of all is said, and never
+// called stopped: it goes on writing. Gives what is known of it.
+ProcessIdentity EndSolver(JobFile& stage, JobStatus status) {
   const bool aborted = stage.abort && status == JobStatus::kAborted;
-  const bool ended = aborted ? stage.process.TerminateAll() : stage.process.Terminate();
-  if (!ended && stage.abort)
-    Report(stage, Message(MessageId::kNotEnded, stage.process.LastError()));
+  if (aborted ? stage.process.TerminateAll() : stage.process.Terminate()) return {};
+  const ProcessIdentity left = stage.process.NotEnded();
+  Fail(stage, RunError::kNotNormal,
+       left.id != 0 ? Message(MessageId::kSolverRunsOn, stage.MainFile(), left.id)
+                    : Message(MessageId::kNotEnded, stage.process.LastError()));
+  stage.SetHowFailed({FailureKind::kNotEnded, left.id});
+  return left;
 }
 
 // What is thrown is a reason like others.
@@ -282,9 +287,9 @@ class JobRun {
     if (status == JobStatus::kAborted)
       stage.SetHowFailed(HowItFailed(stage, exitCode, StepFell(stage)));
     if (!stage.process.IsActive()) NoteEnd(stage, exitCode);
-    EndSolver(stage, status);
+    const ProcessIdentity left = EndSolver(stage, status);
     if (record_) stage.SetRestartDump(DumpToGoOnFrom(stage, status));
-    if (status == JobStatus::kAborted) use_.LeaveToRest();
+    if (status == JobStatus::kAborted) use_.LeaveToRest(stage.Folder(), left);
     if (record_) {
       if (status == JobStatus::kFinished && setup_.stoppedAt) {
         stage.SetStoppedAt(setup_.stoppedAt(stage, *record_));
@@ -383,7 +388,9 @@ class JobRun {
 
 // A job that was stopped before a solver of it ran has not failed either.
 JobStatus Ended(JobFile& job, JobStatus status) {
-  if (status == JobStatus::kAborted && job.abort) job.SetHowFailed({FailureKind::kStopped});
+  const bool runsOn = job.HowFailed().kind == FailureKind::kNotEnded;
+  if (status == JobStatus::kAborted && job.abort && !runsOn)
+    job.SetHowFailed({FailureKind::kStopped});
   return status;
 }
 

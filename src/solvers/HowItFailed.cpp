@@ -110,7 +110,9 @@ Failure FailureInEnd(const std::string& messageFile) {
 Failure HowItFailed(const JobFile& job, std::optional<int> exitCode, bool stepFell) {
   if (job.abort) return {FailureKind::kStopped};
   const Failure said = job.HowFailed();
-  const bool isPlain = said.kind == FailureKind::kNone || said.kind == FailureKind::kSolverError;
+  const bool isOld = said.kind == FailureKind::kOldOutput;
+  const bool isPlain =
+      isOld || said.kind == FailureKind::kNone || said.kind == FailureKind::kSolverError;
   if (!isPlain) return said;
   const Failure printed = said.number == 0 ? FailureInConsole(job) : Failure();
   if (printed.kind != FailureKind::kNone && printed.kind != FailureKind::kSolverError) {
@@ -129,6 +131,6 @@ Failure HowItFailed(const JobFile& job, std::optional<int> exitCode, bool stepFe
   }
   if (code < 0) return {FailureKind::kKilled, code};
   if (DiskIsFull(job)) return {FailureKind::kDiskFull};
-  if (hasNoFile) return {FailureKind::kNoMessageFile, code};
+  if (hasNoFile && !isOld) return {FailureKind::kNoMessageFile, code};
   return said.kind == FailureKind::kNone ? Failure{FailureKind::kNoNormalEnd} : said;
 }

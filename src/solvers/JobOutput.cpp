@@ -9,6 +9,7 @@ JobOutput OutputOf(const JobFile& job) {
           .jobFile = job.jobFile,
           .folder = job.Folder(),
           .messageFile = result.messageFile,
+          .reason = result.reason,
           .lastWords = result.lastWords,
           .stoppedAt = result.stoppedAt,
           .failure = result.failure,

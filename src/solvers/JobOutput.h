@@ -14,6 +14,7 @@ struct JobOutput {
   std::string jobFile;
   std::string folder;
   std::string messageFile;
+  Message reason;
   Message lastWords;
   int stoppedAt = kNotStopped;
   Failure failure = {};

@@ -35,13 +35,11 @@ bool JobSolverInc::Start(JobFile& job) {
 }
 
 JobStatus JobSolverInc::Finish(JobFile& job) {
+  Poll(job);
+  const std::string path = IncInfoFile(job.jobFile);
   LineBlocks blocks(LineBlocks::LongLines::kInPieces);
-  if (!blocks.Open(job.MessageFile())) {
-    return NotNormal(job, Message(MessageId::kOutputUnreadable, job.MessageFile()));
-  }
-  if (job.folderBefore.HoldsUnchanged(job.MessageFile())) {
-    return NotNormal(job, OldOutput(job, job.MessageFile()));
-  }
+  if (!blocks.Open(path)) return NotNormal(job, Message(MessageId::kOutputUnreadable, path));
+  if (job.folderBefore.HoldsUnchanged(path)) return OnlyOldOutput(job, path);
   for (std::string_view block; blocks.Next(block);) {
     if (block.find("THE TOTAL TIME FOR") != std::string_view::npos) return JobStatus::kFinished;
   }
@@ -49,5 +47,6 @@ JobStatus JobSolverInc::Finish(JobFile& job) {
 }
 
 void JobSolverInc::Poll(JobFile& job) {
-  job.SetMessageFile(IncInfoFile(job.jobFile));
+  const std::string file = IncInfoFile(job.jobFile);
+  if (!job.folderBefore.HoldsUnchanged(file)) job.SetMessageFile(file);
 }

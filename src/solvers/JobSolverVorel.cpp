@@ -31,19 +31,22 @@ bool JobSolverVorel::Start(JobFile& job) {
   RemoveOldFile(job, VorelOutFile(job.jobFile), MessageId::kOldOutFileStays);
   RemoveOldFile(job, ResultFile(job), MessageId::kOldLinFileStays);
   PTWrapperProcessStart start;
-  return Describe(job, start) && StartProcess(job, start, {ResultFile(job)});
+  return Describe(job, start) &&
+         StartProcess(job, start, {ResultFile(job), VorelOutFile(job.jobFile)});
 }
 
 JobStatus JobSolverVorel::Finish(JobFile& job) {
+  Poll(job);
   const std::string path = ResultFile(job);
   InputFile result;
   const bool isThere = result.Open(path) && result.Size() > 0;
   const bool isOld = job.folderBefore.HoldsUnchanged(path);
   if (isThere && !isOld) return JobStatus::kFinished;
   const bool isLeft = isThere && !FileDirWrapper::IsSameFile(path, job.jobFile);
-  return NotNormal(job, isLeft ? OldOutput(job, path) : Message(MessageId::kNoResult, path));
+  return isLeft ? OnlyOldOutput(job, path) : NotNormal(job, Message(MessageId::kNoResult, path));
 }
 
 void JobSolverVorel::Poll(JobFile& job) {
-  job.SetMessageFile(VorelOutFile(job.jobFile));
+  const std::string file = VorelOutFile(job.jobFile);
+  if (!job.folderBefore.HoldsUnchanged(file)) job.SetMessageFile(file);
 }

@@ -194,10 +194,17 @@ std::string FindMessageFile(const JobFile& job, const std::string& name) {
   return FileDirWrapper::FileExists(file) && !IsInput(job, file) ? file : std::string();
 }
 
-void RemoveMessageFiles(const JobFile& job) {
+std::vector<std::string> RemovableMessageFiles(const JobFile& job) {
   const std::string prefix = OutputPrefix(job);
-  for (const std::string& file : AllMessageFiles(job)) {
-    if (HasOtherEnding(file) || IsOfOtherName(file, prefix)) continue;
+  std::vector<std::string> files = AllMessageFiles(job);
+  std::erase_if(files, [&](const std::string& file) {
+    return HasOtherEnding(file) || IsOfOtherName(file, prefix);
+  });
+  return files;
+}
+
+void RemoveMessageFiles(const JobFile& job) {
+  for (const std::string& file : RemovableMessageFiles(job)) {
     RemoveOldFile(job, file, MessageId::kOldMessageFileStays);
   }
 }

@@ -39,8 +39,11 @@ bool IsOutputName(const JobFile& job, std::string_view name, std::string_view pr
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 
-// Before a run. What cannot be removed is reported. A file whose ending says that it is of another
+// Those of them that a run begins with removing: a file whose ending says that it is of another
 // kind ("names0.csv") stays.
+std::vector<std::string> RemovableMessageFiles(const JobFile& job);
+
+// Before a run. What cannot be removed is reported.
 void RemoveMessageFiles(const JobFile& job);
 
 // After a run. What cannot be removed is reported.

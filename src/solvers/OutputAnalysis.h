@@ -45,6 +45,9 @@ AnalysisReport AnalyseIncInfo(const std::string& jobFile, JobStatus status,
                               const AnalysisHooks& hooks = {});
 AnalysisReport AnalyseVorelOut(const std::string& jobFile, const AnalysisHooks& hooks = {});
 
+// What stands for the report of a file that the run has not written.
+AnalysisReport NameOfOutput(const std::string& path, const AnalysisHooks& hooks);
+
 // The files that these two read: beside the job file, by its name.
 std::string IncInfoFile(const std::string& jobFile);
 std::string VorelOutFile(const std::string& jobFile);

@@ -39,12 +39,6 @@ void ReadLines(const std::string& path, const AnalysisHooks& hooks, AnalysisRepo
   }
 }
 
-AnalysisReport NameOnly(const std::string& path, const AnalysisHooks& hooks) {
-  AnalysisReport report;
-  report.lines.push_back(Said(hooks, Message(MessageId::kReportFileName, path)));
-  return report;
-}
-
 // The dates, times and errors of a Vorel output.
 class VorelScan {
  public:
@@ -112,6 +106,12 @@ std::array<std::int64_t, 3> ClockNumbers(const std::string& time) {
 
 }  // namespace
 
+AnalysisReport NameOfOutput(const std::string& path, const AnalysisHooks& hooks) {
+  AnalysisReport report;
+  report.lines.push_back(Said(hooks, Message(MessageId::kReportFileName, path)));
+  return report;
+}
+
 std::string IncInfoFile(const std::string& jobFile) {
   return Beside(jobFile, JobFileInc::kNames.outputEnding);
 }
@@ -123,7 +123,7 @@ std::string VorelOutFile(const std::string& jobFile) {
 AnalysisReport AnalyseIncInfo(const std::string& jobFile, JobStatus status,
                               const AnalysisHooks& hooks) {
   const std::string infoFile = IncInfoFile(jobFile);
-  if (status != JobStatus::kFinished) return NameOnly(infoFile, hooks);
+  if (status != JobStatus::kFinished) return NameOfOutput(infoFile, hooks);
   return AnalyseIncInfoFile(infoFile, hooks);
 }
 
@@ -134,7 +134,7 @@ AnalysisReport AnalyseVorelOut(const std::string& jobFile, const AnalysisHooks& 
 AnalysisReport AnalyseIncInfoFile(const std::string& infoFile, const AnalysisHooks& hooks) {
   constexpr std::string_view kTotal = "THE TOTAL TIME";
   constexpr std::string_view kAbout = "ABOUT";
-  AnalysisReport report = NameOnly(infoFile, hooks);
+  AnalysisReport report = NameOfOutput(infoFile, hooks);
   GatheredLines times;
   ReadLines(infoFile, hooks, report, [&](std::string_view line) {
     const std::size_t about = line.find(kAbout);
@@ -152,7 +152,7 @@ AnalysisReport AnalyseIncInfoFile(const std::string& infoFile, const AnalysisHoo
 }
 
 AnalysisReport AnalyseVorelOutFile(const std::string& outFile, const AnalysisHooks& hooks) {
-  AnalysisReport report = NameOnly(outFile, hooks);
+  AnalysisReport report = NameOfOutput(outFile, hooks);
   VorelScan scan;
   ReadLines(outFile, hooks, report, [&](std::string_view line) { scan.TakeLine(line); });
   if (report.outcome == AnalysisReport::Outcome::kEnded) {

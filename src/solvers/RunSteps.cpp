@@ -117,7 +117,10 @@ JobStatus NotNormal(JobFile& job, const Message& reason) {
   return JobStatus::kAborted;
 }
 
-Message OldOutput(const JobFile& job, const std::string& path) {
-  return job.folderBefore.IsUnknown(path) ? Message(MessageId::kMaybeOldOutput, path)
-                                          : Message(MessageId::kOldOutput, path);
+JobStatus OnlyOldOutput(JobFile& job, const std::string& path) {
+  const bool isUnknown = job.folderBefore.IsUnknown(path);
+  const JobStatus status = NotNormal(job, isUnknown ? Message(MessageId::kMaybeOldOutput, path)
+                                                    : Message(MessageId::kOldOutput, path));
+  job.SetHowFailed({FailureKind::kOldOutput});
+  return status;
 }

@@ -69,7 +69,7 @@ bool StartProcess(JobFile& job, PTWrapperProcessStart start, const std::vector<s
 // "Job [..] did not end normally: " with the reason; leaves kNotNormal. The status to return.
 JobStatus NotNormal(JobFile& job, const Message& reason);
 
-// Why a file that was there before the run's start is no output of it.
-Message OldOutput(const JobFile& job, const std::string& path);
+// The same for a file that was there before the run's start, and so is no output of it.
+JobStatus OnlyOldOutput(JobFile& job, const std::string& path);
 
 #endif

@@ -94,8 +94,12 @@ constexpr SolverKindRow kRows[] = {
         .jobEndings = {JobFileVorel::kNames.jobExtension},
         .makeJob = MakeJob<JobFileVorel>,
         .makeDriver = MakeDriver<JobSolverVorel>,
-        .report = [](const JobOutput& output,
-                     const AnalysisHooks& hooks) { return AnalyseVorelOut(output.jobFile, hooks); },
+        .report =
+            [](const JobOutput& output, const AnalysisHooks& hooks) {
+              const bool hasWritten = !output.messageFile.empty();
+              return hasWritten ? AnalyseVorelOut(output.jobFile, hooks)
+                                : NameOfOutput(VorelOutFile(output.jobFile), hooks);
+            },
         .results =
             [](const PostSource& source) {
               return Beside(source, {".mes", ".dynain"});

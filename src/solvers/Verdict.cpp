@@ -72,18 +72,20 @@ void TakeFirstError(std::string_view block, MessageVerdict& verdict) {
   verdict.failure = FailureInError(words);
 }
 
-// Why there is nothing to judge by.
-JobStatus NoMessageFile(JobFile& job) {
+// Why there is nothing to judge by. `files`: those that were looked at.
+JobStatus NoMessageFile(JobFile& job, const std::vector<std::string>& files) {
   job.SetMessageFile({});
   const std::string folder = job.Folder();
   if (!folder.empty() && !FileDirWrapper::IsDirWritable(folder))
     Report(job, Message(MessageId::kFolderNotWritable, folder));
-  const std::vector<std::string> old = AllMessageFiles(job);
+  std::vector<std::string> old = files.empty() ? RemovableMessageFiles(job) : files;
+  std::erase_if(old, [&](const std::string& one) { return !job.folderBefore.HoldsUnchanged(one); });
   Fail(job, RunError::kNoMessageFile,
        old.empty() ? Message(MessageId::kNoMessageFile, job.jobFile)
        : job.folderBefore.IsUnknown(old.front())
            ? Message(MessageId::kMaybeOldMessageFile, job.jobFile, old.front())
            : Message(MessageId::kOnlyOldMessageFile, job.jobFile, old.front()));
+  if (!old.empty()) job.SetHowFailed({FailureKind::kOldOutput});
   return JobStatus::kAborted;
 }
 
@@ -140,7 +142,7 @@ JobStatus JudgeRun(JobFile& job, const std::vector<std::string>& messageFiles) {
     if (!decisive || (!verdict.normal && (decisive->verdict.normal || isBetter)))
       decisive = std::move(found);
   }
-  if (!decisive) return NoMessageFile(job);
+  if (!decisive) return NoMessageFile(job, messageFiles);
   job.SetMessageFile(decisive->kept);
   const Message& reason = decisive->verdict.reason;
   if (decisive->verdict.normal) return JobStatus::kFinished;

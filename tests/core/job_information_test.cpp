@@ -42,6 +42,13 @@ TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
   EXPECT_EQ(LastLine().rfind("  d3plot: ", 0), 0U) << LastLine();
   std::filesystem::remove(folder_ / "d3plot");
   EXPECT_EQ(LastLine(1), "Found 0 warnings");
+
+  output_.status = JobStatus::kAborted;
+  output_.failure = {FailureKind::kOldOutput};
+  output_.reason = Message(MessageId::kOldOutput, "x.lin");
+  const auto lines = JobInformation(output_);
+  EXPECT_EQ(lines[0], "only old output");
+  EXPECT_EQ(lines[1], output_.reason.English());
 }
 
 // The file that a post-processor opens.

@@ -1,6 +1,9 @@
 // What counts as written by a run, and how several message files are judged.
 #include "jobs/JobArguments.h"
+#include "solvers/JobOutput.h"
+#include "solvers/OutputAnalysis.h"
 #include "solvers/RunSteps.h"
+#include "solvers/SolverKinds.h"
 #include "support/SolverFixture.h"
 
 namespace {
@@ -14,7 +17,7 @@ class OldOutput : public SolverTest {
   template <typename Write>
   JobStatus Ended(JobFile& job, Write write) {
     const RunScope scope(job, context_);
-    job.SetMessageFile(messageFile_);
+    job.SetMessageFile({});
     std::vector<std::string> files;
     std::vector<std::string> folders;
     FileDirWrapper::ListDir(job.Folder(), files, folders, false);
@@ -41,7 +44,6 @@ class OldOutput : public SolverTest {
     return *job_;
   }
 
-  std::string messageFile_;
   std::unique_ptr<JobFile> job_;
 };
 
@@ -55,19 +57,24 @@ TEST_F(OldOutput, DoesNotTellHowARunEnded) {
     const char* reason;
   } cases[] = {
       {SolverKind::kLsDynaSingle, "messag", kNormal, RunError::kNoMessageFile,
-       "No message file been generated when run job [*]: [*] is left from an earlier run"},
+       "No message file been generated when run job [*]: [*] is left from an earlier run; it is "
+       "the same as before the start, so it does not count"},
       {SolverKind::kUtilityBatch, "messag", kNormal, RunError::kNoMessageFile,
-       "No message file been generated when run job [*]: [*] is left from an earlier run"},
+       "No message file been generated when run job [*]: [*] is left from an earlier run; it is "
+       "the same as before the start, so it does not count"},
       {SolverKind::kVorel, "a.lin", "x", RunError::kNotNormal,
-       "Job [*] did not end normally: [*] is left from an earlier run"},
+       "Job [*] did not end normally: [*] is left from an earlier run; it is "
+       "the same as before the start, so it does not count"},
       {SolverKind::kInc, "a_INFO.OUT", " THE TOTAL TIME FOR ALL\n", RunError::kNotNormal,
-       "Job [*] did not end normally: [*] is left from an earlier run"},
+       "Job [*] did not end normally: [*] is left from an earlier run; it is "
+       "the same as before the start, so it does not count"},
   };
   for (const auto& c : cases) {
     JobFile& job = Job(c.kind);
     const std::string file = folder_.Write(c.file, c.text);
-    messageFile_ = file;
     EXPECT_EQ(Ended(job, [] {}), JobStatus::kAborted) << c.file;
+    EXPECT_EQ(job.HowFailed().kind, FailureKind::kOldOutput) << c.file;
+    EXPECT_NE(job.MessageFile(), file) << "nor is it shown as this run's";
     EXPECT_EQ(job.RunErrorCode(), c.code) << c.file;
     std::string reason = c.reason;
     for (const std::string& path : {job.jobFile, file}) reason.replace(reason.find('*'), 1, path);
@@ -81,7 +88,10 @@ TEST_F(OldOutput, DoesNotTellHowARunEnded) {
 TEST_F(OldOutput, AVorelJobNamedLikeAResultHasNoneOfItsOwn) {
   JobFile& job = Job(SolverKind::kVorel);
   job.jobFile = folder_.Write("b.lin", "input");
+  folder_.Write("b.OUT", " TIME(HH:MM:SS:.01): 10:00:00 \n");
   EXPECT_EQ(Ended(job, [] {}), JobStatus::kAborted);
+  EXPECT_EQ(OutputOf(job).messageFile, "");
+  EXPECT_EQ(RowOfKind(SolverKind::kVorel).report(OutputOf(job), {}).lines.size(), 1U) << "its name";
   EXPECT_EQ(job.RunMessage().English(), "Job [" + job.jobFile +
                                             "] did not end normally: there is no result in [" +
                                             job.jobFile + "]");

@@ -14,10 +14,15 @@ TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
   const TempFolder folder;
   const std::string odd = "k e%p\xc3\xa4";
   std::vector<std::string> files = {folder / "never"};
-  for (const std::string& name : {odd, std::string("longer"), std::string("again"),
-                                  std::string("replaced"), std::string("gone")}) {
+  for (const std::string& name :
+       {odd, std::string("longer"), std::string("again"), std::string("replaced"),
+        std::string("gone"), std::string("named")}) {
     files.push_back(folder.Write(name, "old"));
   }
+  // The number of the file that goes may be given anew at once.
+  using std::filesystem::file_time_type;
+  std::filesystem::last_write_time(folder / "gone",
+                                   file_time_type::clock::now() - std::chrono::hours(1));
   FolderSnapshot taken;
   taken.Take(files);
   const std::string text = taken.Text();
@@ -28,16 +33,18 @@ TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
   EXPECT_TRUE(before.Read(text));
   std::ofstream(folder / "longer", std::ios::app) << "er";
   std::ofstream(folder / "again") << "new";
-  std::filesystem::last_write_time(
-      folder / "again", std::filesystem::file_time_type::clock::now() + std::chrono::seconds(3));
+  std::filesystem::last_write_time(folder / "again",
+                                   file_time_type::clock::now() + std::chrono::seconds(3));
   const auto written = std::filesystem::last_write_time(folder / "replaced");
   folder.Write("other", "new");
   std::filesystem::last_write_time(folder / "other", written);
   std::filesystem::rename(folder / "other", folder / "replaced");
   std::filesystem::remove(folder / "gone");
+  std::filesystem::rename(folder / "named", folder / "otherwise");
   folder.Write("never", "new");
   for (const FolderSnapshot* snapshot : {&taken, &before}) {
     EXPECT_TRUE(snapshot->HoldsUnchanged(folder / odd));
+    EXPECT_TRUE(snapshot->HoldsUnchanged(folder / "otherwise"));
     for (const char* name : {"longer", "again", "replaced", "gone", "never"}) {
       EXPECT_FALSE(snapshot->HoldsUnchanged(folder / name)) << name;
     }

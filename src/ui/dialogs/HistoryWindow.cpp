@@ -318,7 +318,7 @@ void HistoryWindow::ShowSummary() {
   const RunRecord& run = table_->CurrentRun()->run;
   Flx_ShowInfo dialog(this, application_.language,
                       {run.solver, run.verdict, run.jobFile, run.folder, run.messageFile,
-                       run.lastWords, run.stoppedAt, run.failure});
+                       run.reason, run.lastWords, run.stoppedAt, run.failure});
   dialog.Run();
 }
 

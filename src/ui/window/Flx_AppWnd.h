@@ -136,7 +136,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::string FateOfQueued() const;
   void Exit();
   // Tells the group (null: all) to stop and waits with a small window. False when something still
-  // runs after 30 seconds; says so.
+  // runs after 30 seconds, or a solver that could not be ended; says so.
   bool StopAndWait(const std::shared_ptr<JobGroup>& group);
   void RunDialog(Flx_Base_Dialog& dialog);
   void Inform(const std::string& text);

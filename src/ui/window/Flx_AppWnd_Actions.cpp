@@ -4,6 +4,7 @@
 #include <FL/fl_utf8.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "jobs/JobArguments.h"
 #include "solvers/SolverKinds.h"
@@ -27,6 +28,33 @@ namespace {
 
 constexpr std::size_t kMostListed = 8;  // names in a message
 constexpr int kLongestName = 60;        // of a group, in characters
+
+using ActiveJobs = std::vector<std::pair<std::shared_ptr<JobGroup>, JobId>>;
+
+// Of the group; null: of all.
+ActiveJobs ActiveJobsOf(const JobGroupManager& manager, const std::shared_ptr<JobGroup>& group) {
+  ActiveJobs active;
+  for (int index = 0; index < manager.GroupCount(); ++index) {
+    const std::shared_ptr<JobGroup> one = manager.GroupAt(index);
+    if (!one || (group && one != group)) continue;
+    one->ReadJobs([&](const JobFile& job) {
+      if (job.status == JobStatus::kRunning) active.emplace_back(one, job.id);
+    });
+  }
+  return active;
+}
+
+// Those whose solvers could not be ended, in words.
+std::string WhatRunsOn(const ActiveJobs& stopped, const TextTable& texts) {
+  std::string words;
+  for (const auto& [group, id] : stopped) {
+    group->ReadJob(id, [&](const JobFile& job) {
+      if (job.HowFailed().kind != FailureKind::kNotEnded) return;
+      words += (words.empty() ? "" : "\n") + texts.Say(job.RunMessage());
+    });
+  }
+  return words;
+}
 
 }  // namespace
 
@@ -347,6 +375,7 @@ void Flx_AppWnd::StopRunning() {
 
 bool Flx_AppWnd::StopAndWait(const std::shared_ptr<JobGroup>& group) {
   JobGroupManager& manager = application_.Manager();
+  const ActiveJobs active = ActiveJobsOf(manager, group);
   if (group) {
     group->RequestStop();
   } else {
@@ -356,7 +385,9 @@ bool Flx_AppWnd::StopAndWait(const std::shared_ptr<JobGroup>& group) {
       WaitWhileStopping(this, texts_.Get("ui_stopping_title"), texts_.Get("ui_stopping_text"),
                         [&] { return group ? group->Running() : manager.IsAnyGroupRunning(); });
   if (!stopped) Inform(texts_.Get("ui_not_stopped"));
-  return stopped;
+  const std::string runsOn = WhatRunsOn(active, texts_);
+  if (!runsOn.empty() && !leaving_) Inform(runsOn);
+  return stopped && runsOn.empty();
 }
 
 // A language without texts has no help file; the viewer says so.

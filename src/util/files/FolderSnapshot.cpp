@@ -1,5 +1,6 @@
 #include "util/files/FolderSnapshot.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -58,10 +59,15 @@ void FolderSnapshot::Take(const std::vector<std::string>& files) {
 }
 
 bool FolderSnapshot::HoldsUnchanged(const std::string& path) const {
-  const auto before = files_.find(path);
+  if (IsUnknown(path)) return true;
   State now;
-  if (before == files_.end()) return false;
-  return !before->second.isKnown || (StateOf(path, now) && now == before->second);
+  if (!StateOf(path, now)) return false;
+  const auto before = files_.find(path);
+  if (before != files_.end() && now == before->second) return true;
+  // Where files have no numbers, equal ones may be two.
+  return now.id != 0 && std::any_of(files_.begin(), files_.end(), [&](const auto& file) {
+           return file.second.isKnown && file.second == now;
+         });
 }
 
 bool FolderSnapshot::IsUnknown(const std::string& path) const {

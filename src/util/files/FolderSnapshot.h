@@ -14,8 +14,9 @@ class FolderSnapshot {
   // be looked at is held as unknown.
   void Take(const std::vector<std::string>& files);
 
-  // Whether the file was there and is still the same: nobody has written it since. So is an unknown
-  // one, whatever has become of it. A path as it was given to Take.
+  // Whether the file was there and is still the same, under its name or that of another one that
+  // was taken: nobody has written it since. So is an unknown one, whatever has become of it. A path
+  // as it was given to Take.
   bool HoldsUnchanged(const std::string& path) const;
   bool IsUnknown(const std::string& path) const;
 

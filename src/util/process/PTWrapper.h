@@ -109,6 +109,10 @@ class PTWrapperProcess : public PTWrapper {
   // be over as a whole.
   bool TerminateAll();
 
+  // A process that the last Terminate() or TerminateAll() could not end, such as one that runs as
+  // another user; id 0 when there is none, or none can be told.
+  ProcessIdentity NotEnded() const;
+
   // The child's exit state: its exit code, 128 + the signal's number when a signal ended it
   // (Linux), 259 while it runs, -1 when there is no child. kUnknownExitCode when nobody can tell
   // (Linux): of a process of Open() that is not our child, and when the console host was killed.

@@ -95,7 +95,7 @@ struct PTWrapperProcess::Private {
     // One of ours without a host is not collected before it is let go: so long nothing else has its
     // id.
     bool HasEnded();
-    bool EndTree();
+    bool EndTree(ProcessIdentity& left);
     void AddTo(ProcessTree& tree) const;
     void LetGo();
   };
@@ -106,6 +106,7 @@ struct PTWrapperProcess::Private {
   bool Forget(bool ended) KR_REQUIRES(mutex);
 
   Mutex mutex;
+  ProcessIdentity notEnded KR_GUARDED_BY(mutex);
   std::optional<Child> child KR_GUARDED_BY(mutex);
 };
 
@@ -136,10 +137,11 @@ void PTWrapperProcess::Private::Child::AddTo(ProcessTree& tree) const {
 }
 
 // True when nothing of the tree is left.
-bool PTWrapperProcess::Private::Child::EndTree() {
+bool PTWrapperProcess::Private::Child::EndTree(ProcessIdentity& left) {
   ProcessTree tree(token);
   AddTo(tree);
   if (tree.End(kTerminateTime)) return true;
+  left = IdentityOfProcess(tree.Living());
   // The tree may not even be seen, for want of descriptors. This needs none: the child is ours and
   // not collected, and leads the group that most of what it started is in.
   if (!console && !opened) kill(-key.pid, SIGKILL);
@@ -281,16 +283,24 @@ bool PTWrapperProcess::IsActive() const {
 
 bool PTWrapperProcess::Terminate() {
   const MutexLock lock(p_->mutex);
-  if (!p_->child || p_->Forget(p_->child->HasEnded() || p_->child->EndTree())) return true;
+  p_->notEnded = {};
+  if (!p_->child || p_->Forget(p_->child->HasEnded() || p_->child->EndTree(p_->notEnded)))
+    return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
 }
 
 bool PTWrapperProcess::TerminateAll() {
   const MutexLock lock(p_->mutex);
-  if (!p_->child || p_->Forget(p_->child->EndTree())) return true;
+  p_->notEnded = {};
+  if (!p_->child || p_->Forget(p_->child->EndTree(p_->notEnded))) return true;
   SetLastError("TerminateProcess failed, It might be closed by System");
   return false;
+}
+
+ProcessIdentity PTWrapperProcess::NotEnded() const {
+  const MutexLock lock(p_->mutex);
+  return p_->notEnded;
 }
 
 int PTWrapperProcess::ExitCode() const {

@@ -84,6 +84,16 @@ bool IsEmpty(HANDLE job) {
          info.ActiveProcesses == 0;
 }
 
+// The id of a process in the job; 0 when there is none, or none is told.
+std::int32_t OneOf(HANDLE job) {
+  JOBOBJECT_BASIC_PROCESS_ID_LIST list{};  // room for one, which is enough
+  if (!QueryInformationJobObject(job, JobObjectBasicProcessIdList, &list, sizeof list, nullptr) &&
+      GetLastError() != ERROR_MORE_DATA) {
+    return 0;
+  }
+  return list.NumberOfProcessIdsInList > 0 ? static_cast<std::int32_t>(list.ProcessIdList[0]) : 0;
+}
+
 // A child that has ended stays readable here: a code of 259 is then its own.
 bool HasEnded(HANDLE process) {
   return WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
@@ -170,6 +180,7 @@ struct PTWrapperProcess::Private {
   // Forgotten by Terminate, never closed: its id cannot be taken over.
   HANDLE process KR_GUARDED_BY(mutex) = nullptr;
   DWORD processId KR_GUARDED_BY(mutex) = 0;
+  ProcessIdentity notEnded KR_GUARDED_BY(mutex);
   Handle job KR_GUARDED_BY(mutex);     // may be none
   Handle keeper KR_GUARDED_BY(mutex);  // may be none
   std::string token KR_GUARDED_BY(mutex);
@@ -211,21 +222,27 @@ void PTWrapperProcess::Private::AwaitKeeper() {
 // Forgets the child. True when it has ended, and with it all that it started; of a child that had
 // ended before, the latter only counts with `leftovers`.
 bool PTWrapperProcess::Private::End(bool leftovers) {
+  notEnded = {};
   const HANDLE ending = std::exchange(process, nullptr);
   const Handle tree = std::move(job);
   keeper.Close();  // it ends by itself
+  const ProcessIdentity identity = IdentityOfProcess(static_cast<std::int32_t>(processId));
   processId = 0;
   token.clear();
   if (HasEnded(ending) && !leftovers) return true;
+  const auto fail = [&] {
+    notEnded = HasEnded(ending) ? IdentityOfProcess(tree ? OneOf(tree.get()) : 0) : identity;
+    return false;
+  };
   DWORD code = 0;
   GetExitCodeProcess(ending, &code);
-  if (!TerminateProcess(ending, code) && !HasEnded(ending)) return false;
-  if (tree && !TerminateJobObject(tree.get(), code)) return false;
+  if (!TerminateProcess(ending, code) && !HasEnded(ending)) return fail();
+  if (tree && !TerminateJobObject(tree.get(), code)) return fail();
   constexpr ULONGLONG kEndMilliseconds = 1900;
   constexpr DWORD kPauseMilliseconds = 10;
   const ULONGLONG deadline = GetTickCount64() + kEndMilliseconds;
   while (!HasEnded(ending) || (tree && !IsEmpty(tree.get()))) {
-    if (GetTickCount64() >= deadline) return false;
+    if (GetTickCount64() >= deadline) return fail();
     Sleep(kPauseMilliseconds);
   }
   return true;
@@ -359,6 +376,11 @@ bool PTWrapperProcess::TerminateAll() {
   return false;
 }
 
+ProcessIdentity PTWrapperProcess::NotEnded() const {
+  const MutexLock lock(p_->mutex);
+  return p_->notEnded;
+}
+
 int PTWrapperProcess::ExitCode() const {
   const MutexLock lock(p_->mutex);
   if (!p_->process) return -1;
@@ -397,12 +419,5 @@ std::string PTWrapperProcess::NewToken() {
 std::int32_t PTWrapperProcess::FindStarted(const std::string& token, const std::string&) {
   if (token.empty()) return 0;
   const Handle job(OpenJobObjectA(JOB_OBJECT_QUERY, FALSE, JobName(token).c_str()));
-  JOBOBJECT_BASIC_PROCESS_ID_LIST list{};  // room for one, which is enough
-  if (!job) return 0;
-  if (!QueryInformationJobObject(job.get(), JobObjectBasicProcessIdList, &list, sizeof list,
-                                 nullptr) &&
-      GetLastError() != ERROR_MORE_DATA) {
-    return 0;
-  }
-  return list.NumberOfProcessIdsInList > 0 ? static_cast<std::int32_t>(list.ProcessIdList[0]) : 0;
+  return job ? OneOf(job.get()) : 0;
 }

@@ -76,6 +76,14 @@ bool ProcessTree::End(std::chrono::milliseconds limit) {
   }
 }
 
+pid_t ProcessTree::Living() {
+  for (const Which which : {Which::kOthers, Which::kConsoles}) {
+    const std::vector<ProcessKey> living = Select(which);
+    if (!living.empty()) return living.front().pid;
+  }
+  return 0;
+}
+
 // Between the terminal that we started and the program waiting in it there may be wrappers.
 void ProcessTree::MarkConsoleParents() {
   std::unordered_map<pid_t, ProcessEntry> byId;

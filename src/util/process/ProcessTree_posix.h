@@ -32,6 +32,8 @@ class ProcessTree {
   // SIGTERM first, then force. True when no living process is left, false also when the processes
   // cannot be seen for want of descriptors; returns by `limit`.
   bool End(std::chrono::milliseconds limit);
+  // One that still lives, no console where there is another; 0 when there is none to be seen.
+  pid_t Living();
 
  private:
   using Clock = std::chrono::steady_clock;
