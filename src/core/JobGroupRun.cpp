@@ -208,7 +208,7 @@ JobRunSetup JobGroup::SetupFor(JobFile& job, RunTimes& times) {
     if (HasEnded(record.verdict)) {
       EndSwitches(stage.Folder());
     } else {
-      BeginSwitches(stage.Folder(), job.id, record.process.id == 0, OutputPrefix(stage));
+      BeginSwitches(stage.Folder(), job.id, record.process.id == 0, OutputNamesOf(stage));
     }
     setup_.observer.RunRecorded(job.id, record);
     if (setup_.watch != nullptr) setup_.watch->Recorded(job.id, record);

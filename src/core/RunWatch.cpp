@@ -31,7 +31,8 @@ WatchedRun WatchedFrom(JobId job, const RunRecord& run) {
           .filesBefore = run.filesBefore,
           .process = run.process,
           .cpus = run.cpus,
-          .prefix = OutputPrefix(run.solver, run.outputName, run.extraOptions)};
+          .names = {OutputPrefix(run.solver, run.outputName, run.extraOptions),
+                    AsksForCases(run.commandLine)}};
 }
 
 }  // namespace

@@ -6,24 +6,29 @@
 #include <memory>
 #include <utility>
 
-#include "jobs/OutputPrefix.h"
+#include "jobs/JobFile.h"
+#include "progress/RunFiles.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/InputFile.h"
+#include "util/files/IOWrapper.h"
 #include "util/signals/Mutex.h"
 
 namespace {
 
 constexpr char kSwitchFile[] = "bg_switch";
 constexpr char kFile[] = "d3kil";
+constexpr char kEndTime[] = "endtime=";
 
 // What was asked for in one folder.
 struct Asked {
   SwitchRun run = SwitchRun::kNone;
   JobId job = JobId::kNone;
-  std::string file;                         // where the switch lies
+  std::string folder;
+  OutputNames names;
   bool hasEnded = false;                    // under the lock of all
-  Mutex writing;                            // the folder's file: others do not wait for its disk
+  Mutex writing;                            // the folder's files: others do not wait for its disk
   std::string text KR_GUARDED_BY(writing);  // may lie there still
+  std::vector<std::string> files KR_GUARDED_BY(writing);  // it was written to
 };
 
 // The runs that go on, by folder.
@@ -53,8 +58,7 @@ bool HasEnded(const Asked& asked) {
 std::string TextOf(SolverSwitch what, double endTime) {
   if (what != SolverSwitch::kEndTime) return "sw" + std::to_string(static_cast<int>(what));
   char number[40];
-  return "endtime=" +
-         std::string(number, std::to_chars(number, number + sizeof number, endTime).ptr);
+  return kEndTime + std::string(number, std::to_chars(number, number + sizeof number, endTime).ptr);
 }
 
 std::string ContentOf(const std::string& path) {
@@ -67,15 +71,45 @@ std::string ContentOf(const std::string& path) {
   return text;
 }
 
-// Written by this program, which ends no line.
-bool IsOurs(const std::string& text) {
-  if (text.starts_with("endtime=")) return text.find_first_of("\r\n") == std::string::npos;
-  return text.size() == 3 && text.starts_with("sw") && text[2] >= '1' && text[2] <= '4';
+// Where a request to the solver lies now.
+std::vector<std::string> FilesNow(const std::string& folder, const OutputNames& names) {
+  std::string newest;
+  const auto isKept = [](const std::string& file) { return file.ends_with(kKeptEnding); };
+  if (names.hasCases) newest = FindRunFiles(folder, isKept, names).output;
+  return SwitchFiles(folder, names, newest);
 }
 
+std::int64_t WrittenAt(const std::string& file) {
+  std::int64_t created = 0, accessed = 0, modified = 0, size = 0;
+  IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size);
+  return modified;
+}
+
+// Of any case.
+std::vector<std::string> FilesOfAllCases(const std::string& folder, const OutputNames& names) {
+  if (!names.hasCases) return SwitchFiles(folder, names, {});
+  std::vector<std::string> files, folders;
+  FileDirWrapper::ListDir(folder, files, folders, false);
+  std::erase_if(files, [&](const std::string& file) {
+    const std::string name = FileDirWrapper::NameOf(file);
+    const bool byCase = CaseLength(name) > 0 && name.substr(CaseLength(name)) == kFile;
+    const std::optional<std::string> rest = BehindPrefix(name, names.prefix);
+    return !byCase && (!rest || rest->substr(CaseLength(*rest)) != kFile);
+  });
+  return files;
+}
+
+bool RemoveWith(const std::string& file, const std::string& text) {
+  return ContentOf(file) == text && FileDirWrapper::RemoveFile(file);
+}
+
+// True when all of it lay there still.
 bool TakeBack(Asked& asked) KR_REQUIRES(asked.writing) {
   const std::string text = std::exchange(asked.text, {});
-  return !text.empty() && ContentOf(asked.file) == text && FileDirWrapper::RemoveFile(asked.file);
+  bool isWhole = !text.empty();
+  for (const std::string& file : std::exchange(asked.files, {}))
+    isWhole = RemoveWith(file, text) && isWhole;
+  return isWhole;
 }
 
 // The stage that runs, or the job itself.
@@ -88,19 +122,23 @@ const JobFile& Runner(const JobFile& job) {
 
 }  // namespace
 
-std::string SwitchFileIn(const std::string& folder, const std::string& prefix) {
-  return FileDirWrapper::Join(folder, prefix + kFile);
-}
-
-void BeginSwitches(const std::string& folder, JobId job, bool isNew, const std::string& prefix) {
+void BeginSwitches(const std::string& folder, JobId job, bool isNew, const OutputNames& names) {
   const auto asked = std::make_shared<Asked>();
   if (!isNew && SwitchRunOf(folder, job) != SwitchRun::kNone) return;  // it was new before
-  asked->file = SwitchFileIn(folder, prefix);
-  const std::string left = ContentOf(asked->file);
-  if (IsOurs(left)) {
+  asked->folder = folder;
+  asked->names = names;
+  for (const std::string& file : FilesOfAllCases(folder, names)) {
+    const std::string left = ContentOf(file);
+    if (!SwitchIn(left)) continue;
+    if (isNew) {
+      FileDirWrapper::RemoveFile(file);
+      continue;
+    }
+    // Of this very run.
     const MutexLock lock(asked->writing);
-    asked->text = left;  // of this very run, when it is not new
-    if (isNew) TakeBack(*asked);
+    if (!asked->text.empty() && asked->text != left) continue;
+    asked->text = left;
+    asked->files.push_back(file);
   }
   const MutexLock lock(All().mutex);
   asked->run = static_cast<SwitchRun>(++All().last);
@@ -132,15 +170,50 @@ bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, doub
   if (!asked || asked->run != run) return false;
   const MutexLock lock(asked->writing);
   if (HasEnded(*asked)) return false;
+  TakeBack(*asked);
   asked->text = TextOf(what, endTime);
-  return FileDirWrapper::WriteOutputFile(asked->file, asked->text);
+  asked->files = FilesNow(asked->folder, asked->names);
+  bool written = true;
+  for (const std::string& file : asked->files)
+    written = FileDirWrapper::WriteOutputFile(file, asked->text) && written;
+  if (!written) TakeBack(*asked);
+  return written;
 }
 
-bool WithdrawSwitch(const std::string& folder, SwitchRun run) {
+std::optional<LyingRequest> RequestIn(const std::string& folder, SwitchRun run) {
+  const std::shared_ptr<Asked> asked = RunIn(folder);
+  if (!asked || asked->run != run) return std::nullopt;
+  const MutexLock lock(asked->writing);
+  bool lies = true;
+  for (const std::string& file : asked->files) lies = lies && ContentOf(file) == asked->text;
+  if (!lies) TakeBack(*asked);  // the solver has taken one of them
+  for (const std::string& file : FilesNow(asked->folder, asked->names)) {
+    if (!FileDirWrapper::FileExists(file)) continue;
+    return LyingRequest{ContentOf(file), WrittenAt(file)};
+  }
+  return std::nullopt;
+}
+
+bool WithdrawSwitch(const std::string& folder, SwitchRun run, const std::string& text) {
   const std::shared_ptr<Asked> asked = RunIn(folder);
   if (!asked || asked->run != run) return false;
   const MutexLock lock(asked->writing);
-  return TakeBack(*asked);
+  if (asked->text == text && !text.empty()) return TakeBack(*asked);
+  bool found = false;
+  for (const std::string& file : FilesNow(asked->folder, asked->names))
+    found = RemoveWith(file, text) || found;
+  return found;
+}
+
+std::optional<AskedSwitch> SwitchIn(std::string_view text) {
+  // This program ends no line.
+  if (text.find_first_of("\r\n") != std::string_view::npos) return std::nullopt;
+  if (text.starts_with(kEndTime))
+    return AskedSwitch{SolverSwitch::kEndTime, std::string(text.substr(sizeof kEndTime - 1))};
+  const bool isSwitch =
+      text.size() == 3 && text.starts_with("sw") && text[2] >= '1' && text[2] <= '4';
+  if (!isSwitch) return std::nullopt;
+  return AskedSwitch{static_cast<SolverSwitch>(text[2] - '0')};
 }
 
 StopRequest SolverToStop(JobGroupManager& manager) {
@@ -150,7 +223,7 @@ StopRequest SolverToStop(JobGroupManager& manager) {
     const JobFile& runner = Runner(job);
     if (runner.jobFile.empty()) request.answer = SenseSwitch::kBadJob;
     request.folder = runner.Folder();
-    request.prefix = OutputPrefix(runner);
+    request.names = OutputNamesOf(runner);
     request.run = SwitchRunOf(request.folder, job.id);
   };
   if (!group || !group->ReadActiveJob(read)) request.answer = SenseSwitch::kNoJob;
@@ -159,11 +232,14 @@ StopRequest SolverToStop(JobGroupManager& manager) {
 
 SenseSwitch AskSolverToStop(const StopRequest& request) {
   if (request.answer != SenseSwitch::kAsked) return request.answer;
-  const auto isThere = [&](const std::string& prefix) {
-    return FileDirWrapper::FileExists(FileDirWrapper::Join(request.folder, prefix + kSwitchFile));
+  if (request.folder.empty()) return SenseSwitch::kNoSwitch;
+  const auto isThere = [](const std::string& file) {
+    return FileDirWrapper::FileExists(file.substr(0, file.size() - sizeof kFile + 1) + kSwitchFile);
   };
-  if (request.folder.empty() || (!isThere("") && !isThere(request.prefix)))
-    return SenseSwitch::kNoSwitch;
+  const std::vector<std::string> files = FilesNow(request.folder, request.names);
+  const bool found = isThere(FileDirWrapper::Join(request.folder, kFile)) ||
+                     std::any_of(files.begin(), files.end(), isThere);
+  if (!found) return SenseSwitch::kNoSwitch;
   const bool asked = AskSolver(request.folder, request.run, SolverSwitch::kStop);
   return asked ? SenseSwitch::kAsked : SenseSwitch::kFailed;
 }
@@ -179,8 +255,8 @@ void ReportStop(const StopRequest& request, SenseSwitch answer, AppLog& log) {
           Message(MessageId::kNoSenseSwitch,
                   request.folder.empty() ? "" : FileDirWrapper::Join(request.folder, kSwitchFile)));
     case SenseSwitch::kFailed:
-      return log.Report(
-          Message(MessageId::kFileNotWritten, SwitchFileIn(request.folder, request.prefix)));
+      return log.Report(Message(MessageId::kFileNotWritten,
+                                SwitchFiles(request.folder, request.names, {}).front()));
     case SenseSwitch::kAsked:
       break;
   }

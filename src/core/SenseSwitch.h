@@ -5,9 +5,13 @@
 #define KR_CORE_SENSESWITCH_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "core/JobGroupManager.h"
+#include "jobs/OutputPrefix.h"
+#include "progress/RunReader.h"
 
 enum class SolverSwitch {
   kStop = 1,   // writes a restart dump and ends
@@ -23,10 +27,10 @@ enum class SwitchRun : std::uint64_t { kNone = 0 };
 // Around each run of a solver in a folder. Before it starts (`isNew`) a switch that this program
 // has left there, in an earlier session even, is removed: the solver would obey it. After the end
 // nothing is written for the run any more, and what no solver has taken is taken back; what others
-// have written stays. The prefix is that of the job's files (jobs/OutputPrefix.h): its solver looks
-// for "NAME.d3kil".
-void BeginSwitches(const std::string& folder, JobId job, bool isNew,
-                   const std::string& prefix = {});
+// have written stays. The names are those of the job's files (jobs/OutputPrefix.h): its solver
+// looks for "NAME.d3kil". While it runs cases it may look for that of the case, so there are two
+// files then; once it has taken one the other means nothing any more.
+void BeginSwitches(const std::string& folder, JobId job, bool isNew, const OutputNames& names = {});
 void EndSwitches(const std::string& folder);
 
 // The job's run that goes on in this folder; kNone when there is none. Touches no disk.
@@ -37,12 +41,18 @@ SwitchRun SwitchRunOf(const std::string& folder, JobId job);
 // has ended.
 bool AskSolver(const std::string& folder, SwitchRun run, SolverSwitch what, double endTime = 0);
 
-// Takes back what AskSolver has put there for the run and no solver has taken yet. False when
-// nothing of it lies there any more.
-bool WithdrawSwitch(const std::string& folder, SwitchRun run);
+// What lies there for the run's solver, whoever has written it. Nothing once it was taken.
+std::optional<LyingRequest> RequestIn(const std::string& folder, SwitchRun run);
 
-// Where the switch lies.
-std::string SwitchFileIn(const std::string& folder, const std::string& prefix = {});
+// Takes this request back, whoever has written it. False when the solver was faster.
+bool WithdrawSwitch(const std::string& folder, SwitchRun run, const std::string& text);
+
+// What a text in such a file asks for; nothing for one that this program does not write.
+struct AskedSwitch {
+  SolverSwitch what = SolverSwitch::kStop;
+  std::string endTime = {};  // as it stands there, for kEndTime
+};
+std::optional<AskedSwitch> SwitchIn(std::string_view text);
 
 enum class SenseSwitch {
   kNoJob,     // "Not find running job, stop running job failed"
@@ -57,7 +67,7 @@ enum class SenseSwitch {
 struct StopRequest {
   SenseSwitch answer = SenseSwitch::kAsked;  // already known, when it is another one
   std::string folder;
-  std::string prefix = {};  // of the job's files
+  OutputNames names = {};  // of the job's files
   SwitchRun run = SwitchRun::kNone;
 };
 // Touches no disk.

@@ -31,9 +31,15 @@ std::string Cleaned(const std::string& name) {
 }
 
 // "CASE2", as the solver itself calls the results of a case.
-bool IsCaseName(const std::string& name) {
+bool IsCaseName(std::string_view name) {
   return name.size() > 4 && SameButForCase(name.substr(0, 4), "case") &&
-         name.find_first_not_of("0123456789", 4) == std::string::npos;
+         name.find_first_not_of("0123456789", 4) == std::string_view::npos;
+}
+
+bool BeginsWith(std::string_view name, std::string_view prefix) {
+  const std::string_view head = name.substr(0, prefix.size());
+  constexpr bool kBothCases = FileDirWrapper::kSeparator == '\\';
+  return kBothCases ? SameButForCase(head, prefix) : head == prefix;
 }
 
 }  // namespace
@@ -69,10 +75,30 @@ std::string OutputPrefix(const JobFile& job) {
   return OutputPrefix(dyna->solverType, dyna->outputName, dyna->extraOptions);
 }
 
-bool HasPrefix(std::string_view name, std::string_view prefix) {
-  const std::string_view head = name.substr(0, prefix.size());
-  constexpr bool kBothCases = FileDirWrapper::kSeparator == '\\';
-  return kBothCases ? SameButForCase(head, prefix) : head == prefix;
+std::optional<std::string> BehindPrefix(std::string_view name, std::string_view prefix) {
+  if (BeginsWith(name, prefix)) return std::string(name.substr(prefix.size()));
+  const std::size_t ofCase = CaseLength(name);
+  if (ofCase == 0 || !BeginsWith(name.substr(ofCase), prefix)) return std::nullopt;
+  return std::string(name.substr(0, ofCase)).append(name.substr(ofCase + prefix.size()));
+}
+
+std::size_t CaseLength(std::string_view name) {
+  const std::size_t dot = name.find('.');
+  return dot != std::string_view::npos && IsCaseName(name.substr(0, dot)) ? dot + 1 : 0;
+}
+
+OutputNames OutputNamesOf(const JobFile& job) {
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  const bool hasCases =
+      dyna != nullptr && (dyna->caseRun || AsksForCases("solver " + dyna->extraOptions));
+  return {OutputPrefix(job), hasCases};
+}
+
+bool AsksForCases(const std::string& arguments) {
+  std::vector<std::string> words;
+  StrWrapperTxt::SplitCommandLine(arguments, words);
+  return std::any_of(words.begin(), words.end(),
+                     [](const std::string& word) { return SameButForCase(word, "case"); });
 }
 
 std::string OutputNameFor(const std::string& deck, const std::set<std::string>& taken) {

@@ -4,6 +4,7 @@
 #ifndef KR_JOBS_OUTPUTPREFIX_H
 #define KR_JOBS_OUTPUTPREFIX_H
 
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -19,9 +20,25 @@ std::string OutputPrefix(const JobFile& job);
 std::string OutputPrefix(SolverKind kind, const std::string& outputName,
                          const std::string& extraOptions);
 
-// Whether the file's name begins with the prefix; always with an empty one. Where the system's file
-// names do not tell small letters from big ones, neither does this.
-bool HasPrefix(std::string_view name, std::string_view prefix);
+// What stands behind the prefix in a name that has it: "CASE2.messag" of "NAME.CASE2.messag", and
+// of "CASE2.NAME.messag", as some solvers put it; the whole name where the prefix is empty. Nothing
+// for a name without the prefix. Where the system's file names do not tell small letters from big
+// ones, neither does this.
+std::optional<std::string> BehindPrefix(std::string_view name, std::string_view prefix);
+
+// How many characters of the name are a case and its dot, "CASE12.messag"; 0: it begins with none.
+std::size_t CaseLength(std::string_view name);
+
+// How the files of one run are called.
+struct OutputNames {
+  std::string prefix;
+  bool hasCases = false;  // some solvers then use the case alone, without the prefix
+  bool operator==(const OutputNames&) const = default;
+};
+OutputNames OutputNamesOf(const JobFile& job);
+
+// Whether these arguments tell the solver to run the cases of its deck.
+bool AsksForCases(const std::string& arguments);
 
 // The value of the last jobid= in the options; empty: there is none.
 std::string TypedJobId(const std::string& extraOptions);

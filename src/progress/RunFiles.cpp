@@ -9,7 +9,6 @@
 
 #include "jobs/DeckScan.h"
 #include "jobs/JobArguments.h"
-#include "jobs/OutputPrefix.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
 
@@ -35,19 +34,23 @@ std::optional<std::string> MessagePrefix(std::string name) {
   return std::nullopt;
 }
 
-// Where the number of a case begins, "CASE12."; npos where the name has none.
-std::size_t CaseDigits(std::string_view prefix) {
-  if (!prefix.ends_with('.')) return std::string_view::npos;
-  const std::string_view name = prefix.substr(0, prefix.size() - 1);
+// The digits of a case's number in a prefix: "CASE12.", "NAME.CASE12.", "CASE12.NAME."; none where
+// it is of no case.
+std::string_view CaseDigits(std::string_view prefix) {
+  if (!prefix.ends_with('.')) return {};
+  const std::size_t length = CaseLength(prefix);
+  const std::string_view name = prefix.substr(0, (length == 0 ? prefix.size() : length) - 1);
   const std::size_t begin = name.find_last_not_of("0123456789") + 1;
   const bool isCase = begin < name.size() && EndsInAnyCase(name.substr(0, begin), "case");
-  return isCase ? begin : std::string_view::npos;
+  return isCase ? name.substr(begin) : std::string_view();
 }
 
 // What all cases of one deck have in common; empty for a name that is none of a case.
 std::string FormOfCase(const std::string& prefix) {
-  const std::size_t digits = CaseDigits(prefix);
-  return digits == std::string::npos ? std::string() : prefix.substr(0, digits);
+  const std::string_view digits = CaseDigits(prefix);
+  if (digits.empty()) return {};
+  std::string form = prefix;
+  return form.replace(static_cast<std::size_t>(digits.data() - prefix.data()), digits.size(), "#");
 }
 
 RunFiles::Kind KindOf(const std::string& file) {
@@ -78,8 +81,15 @@ void FindBeside(const std::string& prefix, const std::function<bool(const std::s
   }
 }
 
+// Whether a solver of the run calls its files so. `byCase`: by the case alone.
+bool IsNameOf(const OutputNames& names, const std::string& name, bool byCase) {
+  if (!byCase) return BehindPrefix(name, names.prefix).has_value();
+  const std::optional<std::string> prefix = MessagePrefix(name);
+  return prefix && !prefix->empty() && CaseLength(*prefix) == prefix->size();
+}
+
 RunFiles OfFolder(const std::string& folder, const std::function<bool(const std::string&)>& isOld,
-                  const std::string& jobPrefix) {
+                  const OutputNames& names, bool byCase) {
   std::vector<std::string> entries;
   std::vector<std::string> folders;
   FileDirWrapper::ListDir(folder, entries, folders, false);
@@ -87,7 +97,7 @@ RunFiles OfFolder(const std::string& folder, const std::function<bool(const std:
   std::int64_t newest = 0;
   for (const std::string& file : entries) {
     const RunFiles::Kind kind = KindOf(file);
-    if (kind == RunFiles::Kind::kNone || !HasPrefix(NameOf(file), jobPrefix)) continue;
+    if (kind == RunFiles::Kind::kNone || !IsNameOf(names, NameOf(file), byCase)) continue;
     if (isOld && isOld(file)) continue;
     const bool isKeyword = kind == RunFiles::Kind::kKeyword;
     const bool hasKeyword = found.kind == RunFiles::Kind::kKeyword;
@@ -131,13 +141,15 @@ RunFiles OfFile(const std::string& path) {
 }  // namespace
 
 RunFiles FindRunFiles(const std::string& path, const std::function<bool(const std::string&)>& isOld,
-                      const std::string& prefix) {
+                      const OutputNames& names) {
   const bool isFolder = FileDirWrapper::IsFolder(path);
-  const bool isNamed = !prefix.empty();
-  RunFiles files = isFolder ? OfFolder(path, isOld, prefix) : OfFile(path);
+  const bool isNamed = !names.prefix.empty();
+  RunFiles files = isFolder ? OfFolder(path, isOld, names, false) : OfFile(path);
+  if (files.kind == RunFiles::Kind::kNone && isFolder && isNamed && names.hasCases)
+    files = OfFolder(path, isOld, names, true);
   if (files.kind == RunFiles::Kind::kNone && isFolder) {
     // A run of which only its states are there.
-    FindBeside(prefix, isOld, isNamed, files, FileDirWrapper::Join(path, "glstat"));
+    FindBeside(names.prefix, isOld, isNamed, files, FileDirWrapper::Join(path, "glstat"));
     if (!files.glstat.empty() || !files.status.empty()) files.kind = RunFiles::Kind::kKeyword;
   } else if (files.kind == RunFiles::Kind::kKeyword && !files.output.empty()) {
     const std::optional<std::string> found = MessagePrefix(NameOf(files.output));
@@ -148,11 +160,12 @@ RunFiles FindRunFiles(const std::string& path, const std::function<bool(const st
 
 std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
                                     const std::function<bool(const std::string&)>& isOld,
-                                    const std::string& jobPrefix) {
-  std::vector<RunFiles> found = {FindRunFiles(path, isOld, jobPrefix)};
+                                    const OutputNames& names) {
+  std::vector<RunFiles> found = {FindRunFiles(path, isOld, names)};
   const std::string newest = found.front().output;
   const std::optional<std::string> prefix = MessagePrefix(NameOf(newest));
   if (found.front().kind != RunFiles::Kind::kKeyword || newest.empty() || !prefix) return found;
+  const bool byCase = !IsNameOf(names, NameOf(newest), false);
   const std::string form = FormOfCase(*prefix);
   if (form.empty() && by == CasesBy::kName) return found;
   // Of a case that lies there under several names the one that was written last.
@@ -162,7 +175,7 @@ std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
   FileDirWrapper::ListDir(FolderBeside(newest), entries, folders, false);
   for (const std::string& file : entries) {
     const std::optional<std::string> other = MessagePrefix(NameOf(file));
-    if (!other || *other == *prefix || !HasPrefix(*other, jobPrefix)) continue;
+    if (!other || *other == *prefix || !IsNameOf(names, NameOf(file), byCase)) continue;
     if (isOld && isOld(file)) continue;
     if (by == CasesBy::kName && FormOfCase(*other) != form) continue;
     std::string& known = others[*other];
@@ -173,7 +186,7 @@ std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
     RunFiles files;
     files.kind = RunFiles::Kind::kKeyword;
     files.output = file;
-    FindBeside(name, isOld, !jobPrefix.empty(), files, file);
+    FindBeside(name, isOld, !names.prefix.empty(), files, file);
     found.insert(found.end() - 1, std::move(files));
   }
   return found;
@@ -181,11 +194,17 @@ std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
 
 int CaseNumberOf(const std::string& messageFile) {
   const std::string prefix = MessagePrefix(NameOf(messageFile)).value_or(std::string());
-  const std::size_t digits = CaseDigits(prefix);
-  if (digits == std::string::npos) return 0;
-  const std::string_view number =
-      std::string_view(prefix).substr(digits, prefix.size() - 1 - digits);
-  return static_cast<int>(WholeNumber(number, 1, 1000000000).value_or(0));
+  return static_cast<int>(WholeNumber(CaseDigits(prefix), 1, 1000000000).value_or(0));
+}
+
+std::vector<std::string> SwitchFiles(const std::string& folder, const OutputNames& names,
+                                     const std::string& messageFile) {
+  constexpr char kSwitch[] = "d3kil";
+  std::vector<std::string> files = {FileDirWrapper::Join(folder, names.prefix + kSwitch)};
+  const std::optional<std::string> ofCase = MessagePrefix(NameOf(messageFile));
+  if (names.hasCases && ofCase && CaseNumberOf(messageFile) > 0)
+    files.push_back(FileDirWrapper::Join(folder, *ofCase + kSwitch));
+  return files;
 }
 
 DeckEndTime EndTimeOfDeck(const std::string& folder, const std::string& deck) {

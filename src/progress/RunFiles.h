@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "jobs/DeckEndTime.h"
+#include "jobs/OutputPrefix.h"
 
 // Paths; empty where there is none.
 struct RunFiles {
@@ -22,10 +23,10 @@ struct RunFiles {
 // job's "NAME.messag", a kept "messag.krb"), without one the text output of INC or Vorel that was
 // written last, and what lies beside it under the same name. Of a file: the same for its run; a
 // file under another name is taken for a message file. `isOld` keeps files out that the run did not
-// write; with a prefix (jobs/OutputPrefix.h) only files with it count.
+// write; of a run with names of its own (jobs/OutputPrefix.h) only what is called so counts.
 RunFiles FindRunFiles(const std::string& path,
                       const std::function<bool(const std::string& file)>& isOld = {},
-                      const std::string& prefix = {});
+                      const OutputNames& names = {});
 
 // The same with the earlier cases of its deck, each of which has files of its own: the newest case
 // last, at least one. By their names alone those are cases that differ from the newest in the
@@ -34,10 +35,15 @@ RunFiles FindRunFiles(const std::string& path,
 enum class CasesBy { kName, kAll };
 std::vector<RunFiles> FindCaseFiles(const std::string& path, CasesBy by,
                                     const std::function<bool(const std::string& file)>& isOld = {},
-                                    const std::string& jobPrefix = {});
+                                    const OutputNames& names = {});
 
 // The number of the case whose message file this is; 0 when its name tells none.
 int CaseNumberOf(const std::string& messageFile);
+
+// Where the solver that writes the message file looks for requests ("d3kil"): under the prefix of
+// the run, and under that of the case that runs, "CASE2.d3kil". The run's first.
+std::vector<std::string> SwitchFiles(const std::string& folder, const OutputNames& names,
+                                     const std::string& messageFile);
 
 // The end times that stand in a deck, with what it includes. A name as the solver was given it
 // ("i=..."), seen from `folder`; a deck that is not there is looked for in the folder itself.

@@ -74,8 +74,10 @@ bool IsSameRun(const RunToRead& one, const RunToRead& other) {
 }  // namespace
 
 struct RunReader::Shared {
-  explicit Shared(const Settings& healthLimits) : limits(healthLimits) {}
+  Shared(const Settings& healthLimits, RequestHook hook)
+      : lookForRequest(std::move(hook)), limits(healthLimits) {}
 
+  const RequestHook lookForRequest;
   std::atomic<bool> ended{false};
   std::atomic<bool> cancelled{false};
   std::atomic<bool> anew{false};  // another run is wanted
@@ -182,7 +184,7 @@ class Reading {
   void FindFiles() {
     if (run_.path.empty()) return;
     const auto isOld = [this](const std::string& file) { return IsOld(file); };
-    std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld, run_.prefix);
+    std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld, run_.names);
     std::string& newest = found.back().output;
     if (!newest.empty() && (!FileDirWrapper::FileExists(newest) || IsOld(newest))) newest.clear();
     const RunCases::Began began = cases_.TakeFiles(found);
@@ -283,7 +285,7 @@ void RunReader::Shared::Work() {
     if (whole || cancelled) {
       RunPicture next = reading->Picture();
       next.isWhole = whole;
-      next.switchWaits = !run.switchFile.empty() && FileDirWrapper::FileExists(run.switchFile);
+      if (run.isRunning && lookForRequest) next.request = lookForRequest(run);
       percent = 100;
       Show(std::move(next), run);
       if (whole && reading->AskDeck()) continue;
@@ -304,8 +306,8 @@ void RunReader::Shared::Show(RunPicture next, const RunToRead& run) {
   if (IsSameRun(wanted, run)) picture = std::make_shared<const RunPicture>(std::move(next));
 }
 
-RunReader::RunReader(const Settings& healthLimits)
-    : shared_(std::make_shared<Shared>(healthLimits)) {
+RunReader::RunReader(const Settings& healthLimits, RequestHook request)
+    : shared_(std::make_shared<Shared>(healthLimits, std::move(request))) {
   try {
     std::thread([shared = shared_] { shared->Work(); }).detach();
   } catch (const std::system_error&) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,14 +19,20 @@
 struct RunToRead {
   std::string path = {};  // as FindRunFiles takes it; empty: nothing
   std::string folder = {};
-  std::string deck = {};        // where it is known
-  std::int64_t since = 0;       // what was written before (seconds since 1970) is of another run
-  std::int64_t until = 0;       // what was written after it too; 0: nobody has
-  bool mayGrow = true;          // somebody may still write
-  bool isRunning = false;       // somebody writes
-  std::string prefix = {};      // of the names of its files, jobs/OutputPrefix.h
-  std::string switchFile = {};  // looked for at each look; empty: none
+  std::string deck = {};   // where it is known
+  std::int64_t since = 0;  // what was written before (seconds since 1970) is of another run
+  std::int64_t until = 0;  // what was written after it too; 0: nobody has
+  bool mayGrow = true;     // somebody may still write
+  bool isRunning = false;  // somebody writes
+  OutputNames names = {};  // of its files
   bool operator==(const RunToRead&) const = default;
+};
+
+// A request to the solver that has not been taken yet.
+struct LyingRequest {
+  std::string text;        // as it stands in its file
+  std::int64_t since = 0;  // seconds since 1970
+  bool operator==(const LyingRequest&) const = default;
 };
 
 // What was read.
@@ -39,7 +46,7 @@ struct RunPicture {
   std::shared_ptr<const RunCurves> curves;  // another object when something is new; never null
   std::vector<std::string> tail;            // the last lines, as they stand in the file
   std::uint64_t bytes = 0;                  // of the run's files
-  bool switchWaits = false;                 // the switch file is there
+  std::optional<LyingRequest> request;
 };
 
 // What a run has written, read once on the calling thread; null for one without files. `progress`
@@ -54,7 +61,10 @@ class RunReader {
  public:
   static constexpr std::size_t kMostTailLines = 200;
 
-  explicit RunReader(const Settings& healthLimits);
+  // Asked on the reader's thread at each look at a run that goes on.
+  using RequestHook = std::function<std::optional<LyingRequest>(const RunToRead& run)>;
+
+  explicit RunReader(const Settings& healthLimits, RequestHook request = {});
   ~RunReader();
   RunReader(const RunReader&) = delete;
   RunReader& operator=(const RunReader&) = delete;

@@ -136,7 +136,7 @@ class RunWatcher::Watch {
     if (isWhole && !isLast_ && !(isKeyword && cases_.MayBeFollowed())) return;
     const RunCases::Began began = cases_.TakeFiles(FindCaseFiles(
         isKeyword ? run.folder : run.jobFile, CasesBy::kAll,
-        [this](const std::string& file) { return IsOld(file); }, run.prefix));
+        [this](const std::string& file) { return IsOld(file); }, run.names));
     if (began != RunCases::Began::kNothing) health_.BeginCase();
   }
 

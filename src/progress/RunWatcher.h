@@ -30,7 +30,7 @@ struct WatchedRun {
   std::string filesBefore = {};  // what lay in the folder, as FolderSnapshot::Text tells it
   ProcessIdentity process = {};  // the solver's
   int cpus = 0;                  // asked for; 0: not known
-  std::string prefix = {};       // of the names of its files, jobs/OutputPrefix.h
+  OutputNames names = {};        // of its files
 
   bool IsSameAs(const WatchedRun& other) const {
     return job == other.job && started == other.started && stage == other.stage &&

@@ -53,8 +53,8 @@ std::vector<std::string> FilesInFolder(const JobFile& job, std::string_view pref
   FileDirWrapper::ListDir(job.Folder(), files, folders, false);
   std::erase_if(files, [&](const std::string& file) {
     const std::string name = NameOf(file);
-    return !IsOutputName(job, name, prefix) ||
-           !Holds(std::string_view(name).substr(prefix.size()), part) || IsInput(job, file);
+    return !IsOutputName(job, name, prefix) || !Holds(*BehindPrefix(name, prefix), part) ||
+           IsInput(job, file);
   });
   std::sort(files.begin(), files.end(), ComesBeforeByNumbers);
   return files;
@@ -107,7 +107,7 @@ bool IsOfOtherName(const std::string& file, std::string_view prefix) {
 std::vector<std::string> MessageAndKeptFiles(const JobFile& job, std::string_view prefix) {
   std::vector<std::string> files = FilesInFolder(job, prefix, "mes");
   std::erase_if(files, [&](const std::string& file) {
-    const std::string name = NameOf(file).substr(prefix.size());
+    const std::string name = *BehindPrefix(NameOf(file), prefix);
     return !Holds(name, "mes0") && !Holds(name, "messag");
   });
   return files;
@@ -146,11 +146,11 @@ void NameAfterDeck(JobFile& stage, const std::string& kept) {
 }  // namespace
 
 bool IsOutputName(const JobFile& job, std::string_view name, std::string_view prefix) {
-  if (!HasPrefix(name, prefix)) return false;
+  if (!BehindPrefix(name, prefix)) return false;
   if (job.run == nullptr) return true;
   const std::vector<std::string>& others = job.run->otherPrefixes;
   return std::none_of(others.begin(), others.end(), [&](const std::string& other) {
-    return other.size() > prefix.size() && HasPrefix(name, other);
+    return other.size() > prefix.size() && BehindPrefix(name, other);
   });
 }
 

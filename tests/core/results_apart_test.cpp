@@ -80,7 +80,7 @@ TEST_F(ApartTest, ASwitchADumpAndTheNextRunKeepTheName) {
   folder_.Write("d3dump09", "of another");
   std::thread stopper([&] {
     EXPECT_TRUE(WaitUntil([&] { return Exists(folder_ / "a.glstat"); }, 1min));
-    BeginSwitches(a->Folder(), a->id, false, OutputPrefix(*a));
+    BeginSwitches(a->Folder(), a->id, false, OutputNamesOf(*a));
     const SwitchRun run = SwitchRunOf(a->Folder(), a->id);
     EXPECT_TRUE(AskSolver(a->Folder(), run, SolverSwitch::kStop));
   });

@@ -2,6 +2,7 @@
 #include "core/SenseSwitch.h"
 
 #include "GroupFixture.h"
+#include "progress/RunCases.h"
 #include "progress/RunFiles.h"
 #include "progress/RunProgress.h"
 
@@ -77,6 +78,47 @@ TEST_F(SwitchTest, WhatNobodyTookGoesWithTheEndOfTheRun) {
   EXPECT_FALSE(Exists("d3kil"));
 }
 
+// However the solver calls the files of a case, the run is followed, asked and judged by them.
+TEST_F(SwitchTest, ARunWithCasesIsAskedInTheCaseThatRuns) {
+  struct Row {
+    const char* options;
+    const char* order;
+    const char* prefix;
+  };
+  for (const Row& row : {Row{"", "", "CASE2."}, Row{"jobid=bar", "", "bar.CASE2."},
+                         Row{"jobid=bar", "$ standin: case-names first\n", "CASE2.bar."},
+                         Row{"jobid=bar", "$ standin: case-names alone\n", "CASE2."}}) {
+    const std::string prefix = row.prefix;
+    SCOPED_TRACE(prefix + row.order);
+    auto job = Job("cases");
+    job->extraOptions = row.options;
+    job->caseRun = true;
+    home_.Write("cases/deck.k", std::string("*KEYWORD\n") + row.order +
+                                    "*CONTROL_TERMINATION\n1.0\n*CASE_BEGIN_1\n*CASE_END_1\n"
+                                    "*CASE_BEGIN_2\n$ standin: run 60\n*CASE_END_2\n"
+                                    "*CASE_BEGIN_3\n*CASE_END_3\n");
+    folder_ = job->Folder();
+    job_ = job.get();
+    Group()->AddJob(job);
+    ASSERT_TRUE(Group()->Submit());
+    ASSERT_TRUE(WaitUntil([&] { return Exists(prefix + "glstat"); }));
+    RunCases run;
+    run.TakeFiles(FindCaseFiles(folder_, CasesBy::kName, {}, OutputNamesOf(*job)));
+    run.Look();
+    EXPECT_EQ(run.News().caseNumber, 2);
+    const SwitchRun now = SwitchRunOf(folder_, job->id);
+    ASSERT_TRUE(AskSolver(folder_, now, SolverSwitch::kStop));
+    EXPECT_TRUE(WaitForEnd(*Group()));
+    EXPECT_EQ(Status(*Group(), 0), JobStatus::kFinished);
+    EXPECT_NE(TempFolder::Read(folder_ + "/" + prefix + "messag.krb").find("sense switch 1"),
+              std::string::npos);
+    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+      EXPECT_FALSE(entry.path().string().ends_with("d3kil")) << entry.path();
+    Group()->RemoveJob(job->id);
+    std::filesystem::remove_all(folder_);
+  }
+}
+
 // In a folder in which one run follows another.
 TEST_F(SwitchTest, ARequestIsForOneRunAlone) {
   constexpr auto kJob = static_cast<JobId>(7);
@@ -91,13 +133,20 @@ TEST_F(SwitchTest, ARequestIsForOneRunAlone) {
   EXPECT_EQ(TempFolder::Read(folder_ + "/d3kil"), "sw1");
   BeginSwitches(folder_, kJob, false);  // its process has a number now
   EXPECT_EQ(SwitchRunOf(folder_, kJob), first);
-  EXPECT_TRUE(WithdrawSwitch(folder_, first));
-  EXPECT_FALSE(WithdrawSwitch(folder_, first)) << "it is gone";
+  EXPECT_EQ(RequestIn(folder_, first)->text, "sw1");
+  EXPECT_TRUE(WithdrawSwitch(folder_, first, "sw1"));
+  EXPECT_FALSE(WithdrawSwitch(folder_, first, "sw1")) << "it is gone";
   EXPECT_FALSE(Exists("d3kil"));
 
   BeginSwitches(folder_, kJob, true);
   EXPECT_FALSE(AskSolver(folder_, first, SolverSwitch::kStop));
   home_.Write("job/d3kil", "sw9");
+  const SwitchRun second = SwitchRunOf(folder_, kJob);
+  EXPECT_FALSE(WithdrawSwitch(folder_, second, "sw1")) << "another request than was seen";
+  const std::optional<LyingRequest> lies = RequestIn(folder_, second);
+  ASSERT_TRUE(lies);
+  EXPECT_EQ(lies->text, "sw9");
+  EXPECT_GT(lies->since, 1'700'000'000);
   EndSwitches(folder_);
   BeginSwitches(folder_, kJob, true);
   EXPECT_TRUE(Exists("d3kil")) << "it is somebody else's";

@@ -59,12 +59,15 @@ TEST_F(RunReaderTest, CurvesOverBothAxesAndAsATable) {
 }
 
 TEST_F(RunReaderTest, FollowsARunToItsEndAndKeepsEarlierOnesOut) {
-  RunReader reader{Settings()};
+  const auto request = [](const RunToRead& of) -> std::optional<LyingRequest> {
+    const std::string text = TempFolder::Read(of.folder + "/d3kil");
+    return text.empty() ? std::nullopt : std::optional(LyingRequest{text});
+  };
+  RunReader reader{Settings(), request};
   RunToRead run{.path = folder_.Path(),
                 .folder = folder_.Path(),
                 .since = 1'000'000'000'000,
-                .isRunning = true,
-                .switchFile = folder_ / "d3kil"};
+                .isRunning = true};
   folder_.Write("messag", kMessages);
   EXPECT_EQ(Read(reader, run).files.kind, RunFiles::Kind::kNone) << "an earlier run's";
 
@@ -72,12 +75,13 @@ TEST_F(RunReaderTest, FollowsARunToItsEndAndKeepsEarlierOnesOut) {
   std::string text = kMessages;
   RunPicture picture = Read(reader, run);
   EXPECT_EQ(picture.news.cycle, 20);
-  EXPECT_FALSE(picture.switchWaits);
+  EXPECT_FALSE(picture.request);
   folder_.Write("d3kil", "sw2");
   text += "      30 t 3.0000E-02 dt 1.00E-03 flush i/o buffers            08/14/24 12:05:00\n";
   folder_.Write("messag", text);
   picture = Read(reader, run,
-                 [](const RunPicture& next) { return next.news.cycle == 30 && next.switchWaits; });
+                 [](const RunPicture& next) { return next.news.cycle == 30 && next.request; });
+  EXPECT_EQ(picture.request->text, "sw2");
   EXPECT_EQ(picture.curves->pointTime->size(), 4u);
 
   text +=

@@ -97,7 +97,10 @@ MonitorWindow::MonitorWindow(Application& application, const TextTable& texts, M
       application_(application),
       texts_(texts),
       run_(std::move(run)),
-      reader_(application.SettingsAndFiles().Get()),
+      reader_(application.SettingsAndFiles().Get(),
+              [job = run_.Job()](const RunToRead& run) {
+                return RequestIn(run.folder, SwitchRunOf(run.folder, job));
+              }),
       opened_(std::chrono::steady_clock::now()) {
   OpenWindows().push_back(this);
   xclass("KestrunMonitor");

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "core/SenseSwitch.h"
 #include "jobs/OutputPrefix.h"
 #include "solvers/SolverKinds.h"
 #include "ui/text/Encoding.h"
@@ -35,13 +34,12 @@ RunToRead WhatToRead(const JobFile& job, std::int64_t started, bool runsDeck) {
   if (!run.isRunning && !HasEnded(job.status)) return run;
   run.folder = job.Folder();
   run.deck = job.jobFile;
-  run.prefix = OutputPrefix(job);
+  run.names = OutputNamesOf(job);
   run.since = started;
   run.until = job.ended;
   // A deck with cases writes one message file after another while it runs.
   if (!run.isRunning) run.path = job.MessageFile();
   if (run.path.empty()) run.path = runsDeck ? run.folder : job.jobFile;
-  if (run.isRunning && runsDeck) run.switchFile = SwitchFileIn(run.folder, run.prefix);
   return run;
 }
 

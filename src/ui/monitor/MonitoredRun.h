@@ -21,6 +21,7 @@ class MonitoredRun {
   explicit MonitoredRun(std::string folder);
 
   bool IsJob() const { return job_ != JobId::kNone; }
+  JobId Job() const { return job_; }
   bool IsSameAs(const MonitoredRun& other) const {
     return job_ == other.job_ && folder_ == other.folder_;
   }

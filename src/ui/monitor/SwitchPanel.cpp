@@ -1,5 +1,6 @@
 #include "ui/monitor/SwitchPanel.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <iterator>
@@ -10,6 +11,7 @@
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
+#include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
 
 namespace {
@@ -34,10 +36,15 @@ constexpr int kNoteHeight = 48;
 constexpr std::chrono::seconds kLong{60};  // nobody waits longer without asking why
 constexpr std::chrono::seconds kShort{3};  // the reader has looked by then
 
+std::string WordsOf(std::string label, const std::string& endTime) {
+  if (label.ends_with("...")) label.resize(label.size() - 3);
+  return endTime.empty() ? label : label + " " + endTime;
+}
+
 }  // namespace
 
 struct SwitchPanel::Result {
-  bool withdraws = false;
+  std::string withdraws;  // the words of what is to go; empty: something is asked for
   std::atomic<bool> done{false};
   std::atomic<bool> good{false};
 };
@@ -87,15 +94,15 @@ void SwitchPanel::Show(const MonitoredRun::State& run, const RunPicture* picture
   folder_ = run.run.folder;
   name_ = run.name;
   job_ = run.job;
-  canAsk_ = !run.run.switchFile.empty();
+  canAsk_ = run.run.isRunning && run.runsDeck;
   runsDeck_ = run.runsDeck;
   if (picture) news_ = picture->news;
   if (another) asked_ = told_ = {}, result_.reset();
-  const bool waited = waits_;
-  waits_ = canAsk_ && picture && picture->switchWaits;
+  const bool waited = request_.has_value();
+  request_ = canAsk_ && picture ? picture->request : std::nullopt;
   if (result_ && result_->done) {
-    if (result_->withdraws) {
-      told_ = texts_.Format(result_->good ? "mon_sw_withdrawn" : "mon_sw_gone", asked_);
+    if (!result_->withdraws.empty()) {
+      told_ = texts_.Format(result_->good ? "mon_sw_withdrawn" : "mon_sw_gone", result_->withdraws);
       asked_ = {};
     } else if (!result_->good) {
       asked_ = {}, told_ = texts_.Get("mon_sw_failed");
@@ -103,7 +110,7 @@ void SwitchPanel::Show(const MonitoredRun::State& run, const RunPicture* picture
     result_.reset();
   }
   const bool hadTime = std::chrono::steady_clock::now() - askedAt_ > kShort;
-  if (!asked_.empty() && !result_ && !waits_ && (waited || hadTime)) {
+  if (!asked_.empty() && !result_ && !request_ && (waited || hadTime)) {
     // What lay there at the end was taken back, unless the solver was faster.
     told_ = canAsk_ ? texts_.Format("mon_sw_taken", asked_) : std::string();
     asked_ = {};
@@ -113,7 +120,7 @@ void SwitchPanel::Show(const MonitoredRun::State& run, const RunPicture* picture
 }
 
 void SwitchPanel::Enable() {
-  const bool busy = !canAsk_ || waits_ || !asked_.empty();
+  const bool busy = !canAsk_ || request_ || !asked_.empty() || result_;
   for (std::size_t i = 0; i < buttons_.size(); ++i) {
     busy ? buttons_[i]->deactivate() : buttons_[i]->activate();
     const char* why = runsDeck_ ? "mon_sw_off" : "mon_sw_not_keyword";
@@ -121,7 +128,7 @@ void SwitchPanel::Enable() {
     if (!canAsk_) tip += "\n" + texts_.Get(why);
     SetTip(*buttons_[i], tip);
   }
-  waits_ && !asked_.empty() && !result_ ? withdraw_->activate() : withdraw_->deactivate();
+  request_ && !result_ ? withdraw_->activate() : withdraw_->deactivate();
 }
 
 void SwitchPanel::Tell() {
@@ -134,6 +141,8 @@ void SwitchPanel::Tell() {
       const auto minutes = static_cast<double>(since.count() / 60 * 60);
       text = texts_.Format("mon_sw_waits_long", asked_, ShownDuration(minutes, texts_));
     }
+  } else if (request_ && !result_) {
+    text = texts_.Format("mon_sw_lies", RequestWords(), ShownMoment(request_->since, texts_));
   } else if (text.empty() && !canAsk_) {
     text = texts_.Get(runsDeck_ ? "mon_sw_off" : "mon_sw_not_keyword");
   }
@@ -163,10 +172,8 @@ void SwitchPanel::Press(std::size_t button) {
   double endTime = 0;
   // The run may have ended while the question was open.
   if (!AskFirst(pressed.what, endTime) || !canAsk_ || folder != folder_) return;
-  askedRun_ = run;
-  asked_ = texts_.Get(pressed.label);
-  if (asked_.ends_with("...")) asked_.resize(asked_.size() - 3);
-  if (pressed.what == SolverSwitch::kEndTime) asked_ += " " + ValueText(endTime);
+  asked_ = WordsOf(texts_.Get(pressed.label),
+                   pressed.what == SolverSwitch::kEndTime ? ValueText(endTime) : std::string());
   told_ = {};
   askedAt_ = std::chrono::steady_clock::now();
   result_ = std::make_shared<Result>();
@@ -178,12 +185,24 @@ void SwitchPanel::Press(std::size_t button) {
   Tell();
 }
 
+std::string SwitchPanel::RequestWords() const {
+  constexpr std::size_t kMost = 24;  // of a text that somebody else has written
+  const std::optional<AskedSwitch> asked = SwitchIn(request_->text);
+  std::string rest;
+  if (!asked) return ShownText(request_->text.substr(0, kMost), rest);
+  const auto button =
+      std::find_if(std::begin(kButtons), std::end(kButtons),
+                   [&](const SwitchButton& one) { return one.what == asked->what; });
+  return WordsOf(texts_.Get(button->label), asked->endTime);
+}
+
 void SwitchPanel::Withdraw() {
   result_ = std::make_shared<Result>();
-  result_->withdraws = true;
+  result_->withdraws = asked_.empty() ? RequestWords() : asked_;
   // It may be taken, or the run may end, in the meantime.
-  reader_.Do([result = result_, folder = folder_, run = askedRun_] {
-    result->good = WithdrawSwitch(folder, run);
+  reader_.Do([result = result_, folder = folder_, run = SwitchRunOf(folder_, job_),
+              text = request_->text] {
+    result->good = WithdrawSwitch(folder, run, text);
     result->done = true;
   });
   Enable();

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,9 @@
 #include "ui/monitor/MonitoredRun.h"
 #include "ui/text/TextTable.h"
 
-// A button each. What was asked for waits in the folder until the solver has taken it; until then
-// nothing else can be asked, but it can be withdrawn. Files are written on the reader's thread.
+// A button each. What was asked for, here or by somebody else, waits in the folder until the solver
+// has taken it; until then nothing else can be asked, but it can be withdrawn. Files are written on
+// the reader's thread.
 // Interface thread.
 class SwitchPanel : public Fl_Group {
  public:
@@ -39,6 +41,7 @@ class SwitchPanel : public Fl_Group {
   void Withdraw();
   void Enable();
   void Tell();
+  std::string RequestWords() const;
 
   RunReader& reader_;
   const TextTable& texts_;
@@ -49,10 +52,9 @@ class SwitchPanel : public Fl_Group {
 
   std::string folder_, name_;
   JobId job_ = JobId::kNone;
-  SwitchRun askedRun_ = SwitchRun::kNone;  // that the last request went to
   bool canAsk_ = false;
   bool runsDeck_ = true;
-  bool waits_ = false;  // a request lies in the folder
+  std::optional<LyingRequest> request_;  // that lies in the folder
   RunNews news_;
 
   std::string asked_;  // the words of the last request; empty: none
