@@ -6,6 +6,7 @@
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
+. "$root/tools/window_picture.sh"
 title="Kestrun 2016 R1"
 time_limit=180  # seconds for all jobs
 
@@ -122,14 +123,7 @@ sleep 1
 screenshot=${KR_SCREENSHOT:-$scratch/kestrun.png}
 [ -n "$picture_taken" ] || import -window root "$scratch/root.png"
 id=$(xdotool search --name "^$title\$" | head -n 1)
-# The window with its frame, cut out of the screen: left, right, top, bottom of the frame first.
-read -r left right top bottom < <(xprop -id "$id" _NET_FRAME_EXTENTS | sed 's/.*= //; s/,//g')
-read -r x y width height < <(xwininfo -id "$id" | awk '
-  /Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
-  /^ *Width:/ { w = $NF } /^ *Height:/ { print x, y, w, $NF }')
-convert "$scratch/root.png" \
-  -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
-  +repage "$screenshot"
+cut_window "$scratch/root.png" "$id" "$screenshot"
 rm -f "$scratch/root.png"
 # What a job's own output tells, in one line: the model's size, the messages and what the first error
 # says, or the total time.

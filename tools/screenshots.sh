@@ -6,6 +6,7 @@
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
+. "$root/tools/window_picture.sh"
 out=$(realpath -m "${2:-$root/docs}")
 title="Kestrun 2016 R1"
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrun.XXX")
@@ -72,16 +73,9 @@ row() { click 1 60 "$1"; }
 
 # Saves a window with its frame: picture's name, window.
 shoot() {
-  local left right top bottom x y width height
   sleep 0.6
   import -window root "$scratch/root.png"
-  read -r left right top bottom < <(xprop -id "$2" _NET_FRAME_EXTENTS | sed 's/.*= //; s/,//g')
-  read -r x y width height < <(xwininfo -id "$2" | awk '
-    /Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
-    /^ *Width:/ { w = $NF } /^ *Height:/ { print x, y, w, $NF }')
-  convert "$scratch/root.png" \
-    -crop "$((width + left + right))x$((height + top + bottom))+$((x - left))+$((y - top))" \
-    +repage -strip -colors 256 "$out/$1$suffix.png"
+  cut_window "$scratch/root.png" "$2" "$out/$1$suffix.png" -strip -colors 256
   echo "$out/$1$suffix.png"
 }
 # A dialog's picture, then Escape: picture's name, window class.
@@ -223,6 +217,10 @@ pictures() {
   row "$row_2"
   key ctrl+i
   shoot_dialog job-information-aborted KestrunDialog
+  row "$row_1"
+  key ctrl+k
+  sleep 0.5  # the job's files are looked at
+  shoot_dialog command-line KestrunDialog
   row "$row_3"
   key ctrl+e
   shoot_dialog multiple-stages KestrunDialog
