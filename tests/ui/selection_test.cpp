@@ -55,6 +55,13 @@ TEST_F(SelectionTest, AFieldInWhichJobsDifferSaysSoAndChangesWhenTypedInto) {
   EXPECT_EQ(jobs_[1]->ncpu, 4);
   EXPECT_NE(jobs_[2]->ncpu, 4);
   EXPECT_TRUE(LineSays("1 of 5 were left out: they are running."));
+  Cpus().take_focus();
+  Cpus().value("6");
+  Cpus().do_callback();
+  PressKey(FL_Enter);
+  EXPECT_EQ(jobs_[0]->ncpu, 6);
+  PressKey('z', FL_CTRL);
+  EXPECT_EQ(jobs_[0]->ncpu, 4) << "as the status line says, although the field has the focus";
   Table().TakeFocus();
   PressKey('i', FL_CTRL | FL_SHIFT);
   EXPECT_TRUE(jobs_[0]->useSFile);

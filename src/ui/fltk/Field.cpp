@@ -37,6 +37,10 @@ bool IsForTheWindow() {
   return (key > FL_F && key <= FL_F_Last) || key == FL_Menu;
 }
 
+bool IsUndo() {
+  return Fl::event_key() == 'z' && Fl::event_ctrl() && !Fl::event_shift();
+}
+
 bool IsEnter() {
   return Fl::event_key() == FL_Enter || Fl::event_key() == FL_KP_Enter;
 }
@@ -50,6 +54,7 @@ Field::Field(int x, int y, int w, int h) : LineInput(x, y, w, h) {
       [](Fl_Widget*, void* self) {
         auto* field = static_cast<Field*>(self);
         field->edited_ = true;
+        field->entered_ = false;
         field->Validate();
       },
       this);
@@ -130,7 +135,7 @@ int Field::handle(int event) {
       return 0;  // dropped files become jobs
     case FL_KEYBOARD:
       if (IsEnter() && !Fl::event_state(FL_CTRL)) {
-        Commit();
+        entered_ = edited_ && Commit();
         if (!bad_) position(size(), 0);
         return 1;
       }
@@ -138,9 +143,11 @@ int Field::handle(int event) {
         if (edited_) ShowAlways(stored_);
         return 1;
       }
-      if (IsForTheWindow()) return 0;
+      // What the window has stored it takes back too.
+      if (IsForTheWindow() || (entered_ && IsUndo())) return 0;
       break;
     case FL_UNFOCUS: {
+      entered_ = false;
       const int result = LineInput::handle(event);
       redraw();  // the toolkit itself draws the text again only, not the frame
       Commit();

@@ -52,6 +52,7 @@ class Field : public LineInput {
   std::string stored_;
   std::string placeholder_;
   bool edited_ = false;
+  bool entered_ = false;  // Enter has stored the text, and nothing was typed since
   bool bad_ = false;
   bool marked_ = false;  // has the red frame
 };
