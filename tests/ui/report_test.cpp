@@ -103,6 +103,8 @@ TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {
           auto& report = Beside<Fl_Input>(dialog, "Report after the last job");
           EXPECT_EQ(report.textcolor(), static_cast<Fl_Color>(Theme::kError));
           TypeInto(report, home_ / "report.html");
+          Press(Find<Fl_Button>(dialog, "Close"));
+          EXPECT_TRUE(dialog.shown()) << "one of two wrong fields is left";
           TypeInto(Beside<Fl_Input>(dialog, "its time step falls below (% of the first)"), "2");
         },
         [](Fl_Window& dialog) { Press(Find<Fl_Button>(dialog, "Close")); }});

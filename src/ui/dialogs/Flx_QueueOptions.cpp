@@ -181,8 +181,8 @@ void Flx_QueueOptions::Say(const std::string& text, bool isWrong) {
 
 int Flx_QueueOptions::HandleWidget(Fl_Widget* widget) {
   if (widget == Find(kClose)) {
-    if (wrong_ == nullptr) return 0;
-    wrong_->take_focus();
+    if (wrong_.empty()) return 0;
+    wrong_.back().first->take_focus();
     return -1;
   }
   for (const ChoiceField& field : kChoices) {
@@ -215,16 +215,14 @@ std::string Flx_QueueOptions::FillNumber(const std::string& least, const std::st
 
 // What is wrong with what was typed; empty: it is stored. What is wrong stays in its field.
 void Flx_QueueOptions::Judge(Fl_Input& input, const std::string& why) {
+  std::erase_if(wrong_, [&](const auto& one) { return one.first == &input; });
   if (why.empty()) {
     input.clear_changed();
-    if (wrong_ == &input) wrong_ = nullptr;
-    if (wrong_ == nullptr) Say(Shown("at_once"), false);
-    input.textcolor(Theme::kText);
   } else {
-    wrong_ = &input;
-    input.textcolor(Theme::kError);
-    Say(why, true);
+    wrong_.emplace_back(&input, why);
   }
+  input.textcolor(why.empty() ? Theme::kText : Theme::kError);
+  wrong_.empty() ? Say(Shown("at_once"), false) : Say(wrong_.back().second, true);
   input.redraw();
 }
 

@@ -11,6 +11,8 @@
 
 #include <array>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "core/Application.h"
 #include "ui/dialogs/Flx_Base_Dialog.h"
@@ -49,7 +51,8 @@ class Flx_QueueOptions : public Flx_Base_Dialog {
 
   SettingsAndPaths& settings_;
   std::array<ChoiceEntries, 3> choices_;
-  Fl_Input* wrong_ = nullptr;  // the last one that was not stored
+  // What was not stored, and why; the last one last.
+  std::vector<std::pair<Fl_Input*, std::string>> wrong_;
 };
 
 #endif

@@ -170,8 +170,12 @@ void SwitchPanel::Press(std::size_t button) {
   const std::string folder = folder_;
   const SwitchRun run = SwitchRunOf(folder, job_);
   double endTime = 0;
+  if (!AskFirst(pressed.what, endTime)) return;
   // The run may have ended while the question was open.
-  if (!AskFirst(pressed.what, endTime) || !canAsk_ || folder != folder_) return;
+  if (!canAsk_ || folder != folder_) {
+    told_ = {};
+    return Tell();
+  }
   asked_ = WordsOf(texts_.Get(pressed.label),
                    pressed.what == SolverSwitch::kEndTime ? ValueText(endTime) : std::string());
   told_ = {};

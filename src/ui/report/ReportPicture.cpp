@@ -79,7 +79,7 @@ std::string Axes(const ChartRange& x, const ChartRange& y, bool byClock, const s
   const std::string power = Power(across.exponent);
   svg += TextAt(kLeft + kPlotWidth / 2, kHeight - 5, "text-anchor=\"middle\"",
                 power.empty() ? xName : xName + " " + power);
-  if (up.exponent != 0) svg += TextAt(2, kTop - 5, "text-anchor=\"start\"", Power(up.exponent));
+  if (up.exponent != 0) svg += TextAt(2, kTop - 9, "text-anchor=\"start\"", Power(up.exponent));
   return svg;
 }
 
