@@ -118,9 +118,11 @@ Failure HowItFailed(const JobFile& job, std::optional<int> exitCode, bool stepFe
   if (printed.kind != FailureKind::kNone && printed.kind != FailureKind::kSolverError) {
     return printed;
   }
+  // Whatever number the solver gives to a file that it could not write.
+  const Failure& numbered = said.number != 0 ? said : printed;
+  if (numbered.number != 0 && DiskIsFull(job)) return {FailureKind::kDiskFull};
   if (stepFell) return {FailureKind::kTimeStep};
-  if (said.number != 0) return said;
-  if (printed.number != 0) return printed;
+  if (numbered.number != 0) return numbered;
   const int code = exitCode.value_or(0);
   const bool hasNoFile = job.RunErrorCode() == RunError::kNoMessageFile;
   if (hasNoFile && TellsOfMissingProgram(code)) {
