@@ -100,6 +100,7 @@ void JobList::Enter(JobFile& job, JobStatus status, std::int64_t since) {
 
 void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
   Enter(job, status, since);
+  endings_ += HasEnded(status);
   if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
 
@@ -140,6 +141,11 @@ bool JobList::SetOutputName(JobId job, const std::string& name) {
 int JobList::JobCount() const {
   const Access access(*this);
   return static_cast<int>(jobs_.size());
+}
+
+int JobList::Endings() const {
+  const Access access(*this);
+  return endings_;
 }
 
 std::vector<JobId> JobList::JobIds() const {

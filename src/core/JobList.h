@@ -126,6 +126,8 @@ class JobList : public PTWrapper {
 
   int JobCount() const;
   std::vector<JobId> JobIds() const;  // in order
+  // How often a job of this list has ended since the list was made.
+  int Endings() const;
   // The first job with status Waiting or Running; kNone when there is none.
   JobId ActiveJob() const;
 
@@ -214,6 +216,7 @@ class JobList : public PTWrapper {
   AppLog& log_;
   mutable SharedLock lock_;
   mutable std::string reported_ KR_GUARDED_BY(lock_);  // the trouble that the log has
+  int endings_ KR_GUARDED_BY(lock_) = 0;
   std::vector<std::shared_ptr<JobFile>> jobs_ KR_GUARDED_BY(lock_);
   std::unordered_map<JobId, JobFile*> byId_ KR_GUARDED_BY(lock_);  // the same jobs
 };

@@ -57,7 +57,6 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
       notes_(notes),
       texts_(texts),
       undo_(application.Manager()) {
-  BeginReports();
   copy_label(texts_.Get(application_.Title()).c_str());
   xclass("Kestrun");
   color(Theme::kWindow);

@@ -209,7 +209,6 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowAbout();
 
   // Flx_AppWnd_Report.cpp
-  void BeginReports();
   void SaveReport();
   void WriteReport(const std::string& path, std::vector<ReportedGroup> groups);
   void ReportWhenDone();
@@ -251,7 +250,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   bool follows_ = false;               // the running job is kept in sight
   bool leaving_ = false;
   std::unique_ptr<ReportWriter> report_;  // the one that is being written
-  std::int64_t reported_ = 0;  // jobs that ended before are in a report, or older than we
+  std::map<int, int> reported_;  // how many endings of a group the last report knew
   // Lines of the log that come before this moment were explained in better words already.
   std::chrono::steady_clock::time_point explainedUntil_;
 };

@@ -2,23 +2,17 @@
 
 #include <FL/Fl.H>
 
-#include <algorithm>
 #include <utility>
 
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
 constexpr double kLookSeconds = 0.1;
 
 }  // namespace
-
-void Flx_AppWnd::BeginReports() {
-  reported_ = DateTimeWrapper::CurrentTime() - 1;
-}
 
 // Of the selected jobs where there are several, else of the group.
 void Flx_AppWnd::SaveReport() {
@@ -52,19 +46,16 @@ void Flx_AppWnd::ReportWhenDone() {
   if (path.empty() || report_ || leaving_) return;
   std::vector<ReportedGroup> groups;
   JobGroupManager& manager = application_.Manager();
-  std::int64_t last = reported_;
+  std::map<int, int> endings;
   for (int index = 0; index < manager.GroupCount(); ++index) {
     const auto group = manager.GroupAt(index);
     if (!group) continue;
     if (group->Running()) return;
-    std::int64_t ended = 0;
-    group->ReadJobs([&](const JobFile& job) { ended = std::max(ended, job.ended); });
-    if (ended <= reported_) continue;
-    groups.push_back(ReportOf(*group));
-    last = std::max(last, ended);
+    const int ended = endings[group->Id()] = group->Endings();
+    if (ended != reported_[group->Id()]) groups.push_back(ReportOf(*group));
   }
   if (groups.empty()) return;
-  reported_ = last;
+  reported_ = std::move(endings);
   WriteReport(path, std::move(groups));
 }
 
