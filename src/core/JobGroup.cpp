@@ -29,7 +29,8 @@ void JobGroup::SetName(const std::string& name) {
 
 std::optional<GroupPause> JobGroup::Paused() const {
   const MutexLock lock(textMutex_);
-  return pause_;
+  if (!pause_) return std::nullopt;
+  return GroupPause{pause_->Count(), pause_->Reason()};
 }
 
 std::string JobGroup::Text() const {

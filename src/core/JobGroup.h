@@ -26,6 +26,9 @@ struct JobGroupSetup {
   // The prefixes of the files of all other jobs in the job's folders (core/SharedFolders.h); may be
   // null. Called with no list locked.
   std::function<std::vector<std::string>(const JobFile& job)> otherPrefixes = {};
+  // Called when the job is about to run, with no list locked: its results are to have a name that
+  // no other job of its folder has (core/SharedFolders.h). May be null.
+  std::function<void(JobId job)> takeFreeName = {};
   std::atomic<int>* runErrorCode = nullptr;
   RunWatch* watch = nullptr;  // may be null
   std::shared_ptr<RunningThreads> threads;
@@ -71,7 +74,8 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   bool TakesQueued() const { return running_ && !stop_; }
   bool StopRequested() const { return stop_; }  // since the last Submit
   // It ended with jobs queued since so many before them failed, as the settings want it
-  // (stop_after_failures). Submit goes on.
+  // (stop_after_failures). Submit goes on, and counts on: when the next one fails like them the
+  // group pauses again at once.
   std::optional<GroupPause> Paused() const;
 
  private:
@@ -81,7 +85,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   bool Refuse(const Message& message);
 
   // The group's thread.
-  void RunLoop();
+  void RunLoop(FailureStreak streak);
   void GoOnWith(const std::shared_ptr<JobFile>& job, const RunRecord& run);
   void BeginsRun(const std::shared_ptr<JobFile>& job);
   void EndsRun(const std::shared_ptr<JobFile>& job);
@@ -108,7 +112,7 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   mutable Mutex textMutex_;
   std::string name_ KR_GUARDED_BY(textMutex_) = "NewGroup";
   std::string text_ KR_GUARDED_BY(textMutex_);
-  std::optional<GroupPause> pause_ KR_GUARDED_BY(textMutex_);
+  std::optional<FailureStreak> pause_ KR_GUARDED_BY(textMutex_);
   mutable Mutex runsMutex_;
   std::vector<std::shared_ptr<JobFile>> runs_ KR_GUARDED_BY(runsMutex_);  // also removed ones
 };

@@ -151,11 +151,12 @@ Message JobGroupManager::RefusalOfName(const std::string& name) {
 
 JobGroupSetup JobGroupManager::GroupSetup() {
   JobGroupSetup setup{
-      *relay_, settings_.Log(), [this] { return settings_.Snapshot(); }, {}, {}, {}, {}, {}};
+      *relay_, settings_.Log(), [this] { return settings_.Snapshot(); }, {}, {}, {}, {}, {}, {}};
   setup.run.solverFor = [this](SolverKind kind) { return SolverFor(kind); };
   setup.run.positioning = &positioning_;
   setup.run.autoPosition = &autoPosition;
   setup.otherPrefixes = [this](const JobFile& job) { return PrefixesBeside(*this, job); };
+  setup.takeFreeName = [this](JobId job) { TakeFreeNames(*this, {job}); };
   setup.runErrorCode = &runErrorCode;
   setup.watch = &watch_;
   setup.threads = threads_;

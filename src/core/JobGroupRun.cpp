@@ -41,12 +41,13 @@ bool JobGroup::Submit() {
     return Refuse(Message(MessageId::kGroupRunsAlready));
   }
   stop_ = false;
+  FailureStreak streak;
   {
     const MutexLock pauseLock(textMutex_);
-    pause_.reset();
+    if (pause_) streak = *std::exchange(pause_, std::nullopt);
   }
   NoteQueued();
-  if (StartThread(thread_, [this] { RunLoop(); })) return true;
+  if (StartThread(thread_, [this, streak] { RunLoop(streak); })) return true;
   running_ = false;
   return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
 }
@@ -147,14 +148,13 @@ void JobGroup::RequestStop() {
 
 // The running flag is cleared while the list is locked: a job that is added and submitted
 // afterwards gets a new thread, one added before is taken by this one.
-void JobGroup::RunLoop() {
+void JobGroup::RunLoop(FailureStreak streak) {
   setup_.observer.GroupRunChanged(Id());
   const auto waitForResumed = [this] {
     while (resumed_ > 0 && !stop_) DateTimeWrapper::SleepMSec(kLookAgainMs);
   };
   waitForResumed();
   std::chrono::seconds pause{0};
-  FailureStreak streak;
   while (const auto job = TakeQueuedJob(stop_, pause, [this] { running_ = false; })) {
     RunTimes times;
     JobRunSetup run = SetupFor(*job, times);
@@ -180,7 +180,7 @@ bool JobGroup::PausesAfter(const FailureStreak& streak) {
   {
     const MutexLock lock(submitMutex_);
     const MutexLock pauseLock(textMutex_);
-    pause_ = GroupPause{streak.Count(), streak.Reason()};
+    pause_ = streak;
     running_ = false;
   }
   setup_.log.Report(
@@ -241,6 +241,7 @@ void JobGroup::ShowWait(const JobFile& job, const Message& message) {
 
 // Nothing when the job is not to run: it was removed during the pause.
 std::optional<JobRunContext> JobGroup::BeginRunOf(JobFile& job, std::int64_t since) {
+  if (setup_.takeFreeName) setup_.takeFreeName(job.id);
   if (!BeginRun(job, since)) return std::nullopt;
   JobRunContext context;
   context.settings = setup_.settings();

@@ -162,6 +162,7 @@ void JobIntake::MakeAndAdd(const JobRequest& request, unsigned burst) {
     const int apart = manager_.Settings().Snapshot().separate_results;
     if (apart == kAlwaysApart) KeepNewJobApart(manager_, *job);
     group->AddJob(job);
+    TakeFreeNames(manager_, {job->id});  // one that is run again brings its name along
     if (apart == kAskApart && !request.fromWindow) NoteSharedFolder(job->id);
     return;
   }

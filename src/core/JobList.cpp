@@ -129,15 +129,6 @@ bool JobList::SetRestartFile(JobId job, const std::string& path) {
   });
 }
 
-bool JobList::SetOutputName(JobId job, const std::string& name) {
-  return ChangeJob(job, [&](JobFile& found) {
-    auto* const dyna = dynamic_cast<JobFileDyna*>(&found);
-    if (dyna == nullptr || found.status != JobStatus::kQueued) return false;
-    dyna->outputName = name;
-    return true;
-  });
-}
-
 int JobList::JobCount() const {
   const Access access(*this);
   return static_cast<int>(jobs_.size());

@@ -82,7 +82,8 @@ class JobList : public PTWrapper {
   // precision is one that runs decks. `before` gets what the jobs had that had something else.
   ManyDone SetField(const Jobs& jobs, JobField field, const FieldValue& value,
                     std::vector<FieldBefore>* before = nullptr);
-  // Each job has its own value; `before` as above.
+  // Each job has its own value; `before` as above. For both a value can be changed when CanChange
+  // says so.
   ManyDone SetFields(JobField field, const std::vector<FieldBefore>& values,
                      std::vector<FieldBefore>* before = nullptr);
   // Tells of all jobs as if they had been added: the list is known again.
@@ -110,8 +111,6 @@ class JobList : public PTWrapper {
   }
 
   bool SetRestartFile(JobId job, const std::string& path);  // of the job alone
-  // LS-DYNA jobs that are Queued: DynaFields::outputName.
-  bool SetOutputName(JobId job, const std::string& name);
 
   // Stages, see JobFile::stages. Which of them there are changes only while the job is Queued; the
   // first stage to run stays the same one wherever it moves, and when it goes, the next one is it.

@@ -254,7 +254,7 @@ ManyDone JobList::SetField(const Jobs& jobs, JobField field, const FieldValue& v
   const Access access(*this);
   ManyDone done;
   const std::vector<JobFile*> picked = Pick(jobs, done, [&](const JobFile& job) {
-    return job.status != JobStatus::kRunning && isRunnable && ValueOf(job, field).has_value();
+    return CanChange(job, field) && isRunnable && ValueOf(job, field).has_value();
   });
   Told changed;
   for (JobFile* const job : picked) {
@@ -275,7 +275,7 @@ ManyDone JobList::SetFields(JobField field, const std::vector<FieldBefore>& valu
   ManyDone done;
   const auto [jobs, valueOf] = ByJob(values);
   const std::vector<JobFile*> picked =
-      Pick(jobs, done, [](const JobFile& job) { return job.status != JobStatus::kRunning; });
+      Pick(jobs, done, [field](const JobFile& job) { return CanChange(job, field); });
   const auto set = [field](JobFile& job, const FieldValue& value) { SetValue(job, field, value); };
   Told changed;
   for (JobFile* const job : picked) {

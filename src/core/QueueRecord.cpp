@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/SharedFolders.h"
 #include "runs/RunRecording.h"
 #include "solvers/SolverKinds.h"
 #include "util/process/ProcessIdentity.h"
@@ -200,6 +201,9 @@ void QueueRecord::RestoreSession(const SessionImage& session, JobGroupManager& m
       resumed.push_back({groups[i], job->id, *image->run});
     }
   }
+  std::vector<JobId> revived;
+  for (const auto& [old, now] : newJobs) revived.push_back(now);
+  TakeFreeNames(manager, revived);
   for (auto [id, request] : session.requests) {
     request.groupId = newGroups[request.groupId];
     if (request.stageOf != JobId::kNone) request.stageOf = newJobs[request.stageOf];

@@ -54,7 +54,7 @@ ManyDone QueueUndo::SetField(const Group& group, const Jobs& jobs, JobField fiel
                              const FieldValue& value) {
   std::vector<FieldBefore> before;
   const ManyDone done = group->SetField(jobs, field, value, &before);
-  KeepField(group, field, std::move(before));
+  KeepField(field, {{group, std::move(before)}});
   return done;
 }
 
@@ -62,15 +62,29 @@ ManyDone QueueUndo::SetFields(const Group& group, JobField field,
                               const std::vector<FieldBefore>& values) {
   std::vector<FieldBefore> before;
   const ManyDone done = group->SetFields(field, values, &before);
-  KeepField(group, field, std::move(before));
+  KeepField(field, {{group, std::move(before)}});
   return done;
 }
 
-void QueueUndo::KeepField(const Group& group, JobField field, std::vector<FieldBefore> before) {
+int QueueUndo::KeepApart(const Jobs& jobs) {
+  std::vector<GroupFields> before;
+  const int named = KeepResultsApart(manager_, jobs, &before);
+  if (!before.empty()) KeepField(JobField::kOutputName, std::move(before));
+  return named;
+}
+
+// The step is one of the first group.
+void QueueUndo::KeepField(JobField field, std::vector<GroupFields> before) {
+  const Group group = before.front().group;
   Jobs changed;
-  for (const FieldBefore& its : before) changed.push_back(its.job);
-  Keep(Kind::kField, group, std::move(changed), [group, field, before = std::move(before)] {
-    return group->SetFields(field, before).LeftOut();
+  for (const GroupFields& its : before) {
+    for (const FieldBefore& one : its.fields) changed.push_back(one.job);
+  }
+  Keep(Kind::kField, group, std::move(changed), [field, before = std::move(before)] {
+    int leftOut = 0;
+    for (const GroupFields& its : before)
+      leftOut += its.group->SetFields(field, its.fields).LeftOut();
+    return leftOut;
   });
 }
 
@@ -80,5 +94,6 @@ std::optional<QueueUndo::Taken> QueueUndo::Undo() {
   steps_.pop_back();
   manager_.ReturnGroup(step.group, step.place);
   const int leftOut = step.back();
+  TakeFreeNames(manager_, step.jobs);
   return Taken{step.kind, step.group, step.jobs, leftOut};
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/JobGroupManager.h"
+#include "core/SharedFolders.h"
 
 // Changes the queue and keeps the last steps. A step that changed nothing is none. What runs is
 // never started by it: a deleted job that ran was stopped and comes back as Aborted; jobs that run
@@ -31,6 +32,7 @@ class QueueUndo {
   ManyDone Resubmit(const Group& group, const Jobs& jobs);
   ManyDone SetField(const Group& group, const Jobs& jobs, JobField field, const FieldValue& value);
   ManyDone SetFields(const Group& group, JobField field, const std::vector<FieldBefore>& values);
+  int KeepApart(const Jobs& jobs);  // KeepResultsApart, of jobs of any group
 
   bool Empty() const { return steps_.empty(); }
 
@@ -52,7 +54,7 @@ class QueueUndo {
     Jobs jobs;
     std::function<int()> back;  // how many were left out
   };
-  void KeepField(const Group& group, JobField field, std::vector<FieldBefore> before);
+  void KeepField(JobField field, std::vector<GroupFields> before);
   void Keep(Kind kind, const Group& group, Jobs jobs, std::function<int()> back);
 
   JobGroupManager& manager_;

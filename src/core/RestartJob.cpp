@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "jobs/OutputPrefix.h"
 #include "record/JobImage.h"
+#include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
 
 namespace {
@@ -10,6 +12,8 @@ namespace {
 void GoOnFrom(JobFile& job, const std::string& dump) {
   job.jobFile.clear();
   job.restartFile = dump;
+  auto* const dyna = dynamic_cast<JobFileDyna*>(&job);
+  if (dyna != nullptr && OutputPrefix(job).empty()) dyna->outputName = NameOfDump(dump);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "jobs/OutputPrefix.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/signals/Mutex.h"
 #include "util/text/PlainText.h"
 
 namespace {
@@ -44,22 +45,67 @@ std::string NameInDeck(const JobFile& job) {
   return dyna != nullptr && dyna->deckIdentifierFlag == 1 ? dyna->deckIdentifier : std::string();
 }
 
-bool WritesUsualNames(const JobFile& job) {
-  return RowOfKind(job.GetSolverType()).runsDecks && OutputPrefix(job).empty() &&
-         NameInDeck(job).empty();
-}
-
 using Names = std::set<std::string>;  // in small letters
 
-void TakeNamesOf(const JobFile& job, Names& names) {
+// What the results are called after; empty: they have the usual names.
+std::string ResultName(const JobFile& job) {
   const std::string prefix = OutputPrefix(job);
-  if (!prefix.empty()) names.insert(Lower(prefix.substr(0, prefix.size() - 1)));
+  return prefix.empty() ? NameInDeck(job) : prefix.substr(0, prefix.size() - 1);
+}
+
+bool WritesUsualNames(const JobFile& job) {
+  return RowOfKind(job.GetSolverType()).runsDecks && ResultName(job).empty();
+}
+
+void TakeNamesOf(const JobFile& job, Names& names) {
+  if (const std::string name = ResultName(job); !name.empty()) names.insert(Lower(name));
   if (const std::string name = NameInDeck(job); !name.empty()) names.insert(Lower(name));
 }
 
 bool IsSeparable(const JobFile& job) {
   return job.status == JobStatus::kQueued && TakesJobId(job.GetSolverType()) &&
          job.stages.empty() && job.restartFile.empty() && TypedJobId(job.extraOptions).empty();
+}
+
+// Whose turn it is to look which names are free and to take some.
+Mutex& Naming() {
+  static Mutex mutex;
+  return mutex;
+}
+
+struct Nameable {
+  std::shared_ptr<JobGroup> group;
+  JobId id = JobId::kNone;
+  std::string folder, deck;
+  bool canChange = false;  // it has a name of ours, under which it has written nothing
+};
+
+Nameable NameableOf(JobGroup& group, const JobFile& job) {
+  const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
+  const bool isOurs = dyna != nullptr && !dyna->outputName.empty() && job.stages.empty() &&
+                      TypedJobId(job.extraOptions).empty();
+  return {group.shared_from_this(), job.id, std::string(FolderOf(job)), job.jobFile,
+          isOurs && CanChange(job, JobField::kOutputName)};
+}
+
+using NewNames = std::map<std::shared_ptr<JobGroup>, std::vector<FieldBefore>>;
+
+std::string GiveName(const Nameable& job, Names& taken, NewNames& names) {
+  const std::string name = OutputNameFor(job.deck, taken);
+  taken.insert(Lower(name));
+  names[job.group].push_back({job.id, name, {}});
+  return name;
+}
+
+// How many took theirs.
+int SetNames(const NewNames& names, std::vector<GroupFields>* before) {
+  int named = 0;
+  for (const auto& [group, fields] : names) {
+    GroupFields was{group, {}};
+    named += group->SetFields(JobField::kOutputName, fields, &was.fields).done;
+    if (before != nullptr && !was.fields.empty()) before->push_back(std::move(was));
+  }
+  return named;
 }
 
 void ReadAllJobs(const JobGroupManager& manager,
@@ -101,36 +147,65 @@ SharedResults FindSharedResults(const JobGroupManager& manager, const std::set<J
   return shared;
 }
 
-int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs) {
-  struct Unnamed {
-    std::shared_ptr<JobList> list;
-    std::string folder, deck;
-  };
+int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs,
+                     std::vector<GroupFields>* before) {
+  const MutexLock lock(Naming());
   const std::set<JobId> wanted(jobs.begin(), jobs.end());
-  std::map<JobId, Unnamed> unnamed;
+  std::map<JobId, Nameable> unnamed;
   FolderMap<Names> taken;
   ReadAllJobs(manager, [&](JobGroup& group, const JobFile& job) {
     if (!wanted.contains(job.id)) return;
-    const std::string folder(FolderOf(job));
-    taken.try_emplace(folder);
-    if (OutputPrefix(job).empty() && IsSeparable(job))
-      unnamed[job.id] = {group.shared_from_this(), folder, job.jobFile};
+    taken.try_emplace(std::string(FolderOf(job)));
+    if (OutputPrefix(job).empty() && IsSeparable(job)) unnamed[job.id] = NameableOf(group, job);
   });
   ReadAllJobs(manager, [&](JobGroup&, const JobFile& job) {
     const auto found = taken.find(FolderOf(job));
     if (found != taken.end()) TakeNamesOf(job, found->second);
   });
-  int named = 0;
+  NewNames names;
   for (const JobId id : jobs) {
     const auto found = unnamed.find(id);
-    if (found == unnamed.end()) continue;
-    const Unnamed& job = found->second;
-    const std::string name = OutputNameFor(job.deck, taken[job.folder]);
-    if (!job.list->SetOutputName(id, name)) continue;
-    taken[job.folder].insert(Lower(name));
-    ++named;
+    if (found != unnamed.end()) GiveName(found->second, taken[found->second.folder], names);
   }
-  return named;
+  return SetNames(names, before);
+}
+
+void TakeFreeNames(JobGroupManager& manager, const std::vector<JobId>& jobs) {
+  struct Folder {
+    Names taken;
+    std::map<std::string, std::vector<Nameable>> holders;
+  };
+  const MutexLock lock(Naming());
+  const std::set<JobId> wanted(jobs.begin(), jobs.end());
+  FolderMap<Folder> folders;
+  ReadAllJobs(manager, [&](JobGroup&, const JobFile& job) {
+    if (wanted.contains(job.id) && !ResultName(job).empty())
+      folders.try_emplace(std::string(FolderOf(job)));
+  });
+  if (folders.empty()) return;
+  ReadAllJobs(manager, [&](JobGroup& group, const JobFile& job) {
+    const auto found = folders.find(FolderOf(job));
+    if (found == folders.end()) return;
+    TakeNamesOf(job, found->second.taken);
+    const std::string name = Lower(ResultName(job));
+    if (!name.empty() && job.restartFile.empty())
+      found->second.holders[name].push_back(NameableOf(group, job));
+  });
+  NewNames names;
+  for (auto& [path, folder] : folders) {
+    for (auto& [name, holders] : folder.holders) {
+      const auto keepsIt = [&](const Nameable& job) {
+        return !job.canChange ? 2 : wanted.contains(job.id) ? 0 : 1;
+      };
+      std::ranges::stable_sort(holders, std::greater(), keepsIt);
+      for (const Nameable& job : holders) {
+        if (&job == &holders.front() || !job.canChange) continue;
+        const std::string free = GiveName(job, folder.taken, names);
+        manager.Settings().Log().Note(Message(MessageId::kResultsNameTaken, name, job.deck, free));
+      }
+    }
+  }
+  SetNames(names, nullptr);
 }
 
 void KeepNewJobApart(JobGroupManager& manager, JobFile& job) {

@@ -3,6 +3,7 @@
 #ifndef KR_CORE_SHAREDFOLDERS_H
 #define KR_CORE_SHAREDFOLDERS_H
 
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,9 +28,21 @@ enum SeparateResults : int { kNeverApart = 0, kAskApart, kAlwaysApart };
 // decks is in its folder, and those there that can still be kept apart too.
 void KeepNewJobApart(JobGroupManager& manager, JobFile& job);
 
+struct GroupFields {
+  std::shared_ptr<JobGroup> group;
+  std::vector<FieldBefore> fields;
+};
+
 // Gives each of them a name for its results that no other job in its folder has. How many took it:
-// one that has begun to run meanwhile does not.
-int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs);
+// one that has begun to run meanwhile does not. `before` gets their JobField::kOutputName.
+int KeepResultsApart(JobGroupManager& manager, const std::vector<JobId>& jobs,
+                     std::vector<GroupFields>* before = nullptr);
+
+// For jobs that come into a list with a name of ours for their results, or are about to run: when
+// several jobs of a folder have one name, one keeps it. That is the one that has run, else one that
+// was there before these; the others that have not begun to run get a free name, which the log
+// tells. Restarts go on with the files of another run and keep theirs. With no list locked.
+void TakeFreeNames(JobGroupManager& manager, const std::vector<JobId>& jobs);
 
 // Whether it is queued and of those that can be kept apart, or is kept so already.
 bool CanKeepApart(const JobFile& job);

@@ -24,6 +24,8 @@ bool WithField(Job& job, JobField field, Use use) {
       return dyna != nullptr && use(dyna->dump);
     case JobField::kOptions:
       return job.stages.empty() && use(job.extraOptions);
+    case JobField::kOutputName:
+      return dyna != nullptr && job.stages.empty() && use(dyna->outputName);
   }
   return false;
 }
@@ -37,6 +39,11 @@ std::optional<FieldValue> ValueOf(const JobFile& job, JobField field) {
     return true;
   });
   return value;
+}
+
+bool CanChange(const JobFile& job, JobField field) {
+  if (field != JobField::kOutputName) return job.status != JobStatus::kRunning;
+  return job.status == JobStatus::kQueued || job.status == JobStatus::kWaiting;
 }
 
 bool SetValue(JobFile& job, JobField field, const FieldValue& value) {

@@ -17,13 +17,16 @@ enum class JobField {
   kPrecision,  // SolverKind; LS-DYNA jobs
   kForce,      // bool, JobFileDyna::useSFile
   kDump,       // bool; LS-DYNA jobs
-  kOptions     // std::string; not of a job with stages, which have their own
+  kOptions,    // std::string; not of a job with stages, which have their own
+  kOutputName  // std::string, DynaFields::outputName; not of a job with stages
 };
 using FieldValue = std::variant<std::uint64_t, int, SolverKind, bool, std::string>;
 
 // None: the job has no such field. Like all fields of a job these are read and written while its
 // list is locked.
 std::optional<FieldValue> ValueOf(const JobFile& job, JobField field);
+// Whether it may be changed now: the name of the results before the run that writes them alone.
+bool CanChange(const JobFile& job, JobField field);
 // Of the job alone. False when it has no such field, or the value is of another type.
 bool SetValue(JobFile& job, JobField field, const FieldValue& value);
 

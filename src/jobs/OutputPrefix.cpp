@@ -11,23 +11,33 @@ namespace {
 
 constexpr std::size_t kLongestName = 72;
 
+bool IsGap(char c) {
+  return c == '_' || c == '-';
+}
+
 bool IsNameCharacter(char c) {
-  return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '-';
+  return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || IsGap(c);
 }
 
 // A dot would read as the end of the name; what is no ASCII may come out differently in each
-// program. A row of such characters becomes one "_".
+// program. A row of such characters becomes one "_", or nothing at an end. Empty when nothing of
+// the name can be used.
 std::string Cleaned(const std::string& name) {
   std::string clean;
+  bool isCut = false;  // characters before this one were left out
   for (const char c : name) {
-    if (IsNameCharacter(c)) {
-      clean += c;
-    } else if (clean.empty() || clean.back() != '_' || c == '_') {
-      clean += '_';
+    if (!IsNameCharacter(c)) {
+      isCut = true;
+      continue;
     }
+    if (isCut && clean.empty() && IsGap(c)) continue;
+    if (isCut && !clean.empty() && !IsGap(c) && !IsGap(clean.back())) clean += '_';
+    clean += c;
+    isCut = false;
   }
-  const bool saysNothing = clean.find_first_not_of('_') == std::string::npos;
-  return saysNothing ? "job" + clean : clean;
+  const std::size_t end = clean.find_last_not_of("_-") + 1;
+  if (isCut || end == 0) clean.erase(end);
+  return clean;
 }
 
 // "CASE2", as the solver itself calls the results of a case.
@@ -108,8 +118,8 @@ std::string OutputNameFor(const std::string& deck, const std::set<std::string>& 
   if (IsCaseName(name)) name = "job_" + name;
   name.resize(std::min(name.size(), kLongestName));
   std::string free = name;
-  for (int number = 2; taken.contains(Lower(free)); ++number) {
-    const std::string end = "_" + std::to_string(number);
+  for (int number = name.empty() ? 1 : 2; free.empty() || taken.contains(Lower(free)); ++number) {
+    const std::string end = (name.empty() ? "job" : "_") + std::to_string(number);
     free = name.substr(0, kLongestName - end.size()) + end;
   }
   return free;

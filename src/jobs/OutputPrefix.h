@@ -44,7 +44,8 @@ bool AsksForCases(const std::string& arguments);
 std::string TypedJobId(const std::string& extraOptions);
 
 // A name for the results of the deck that a solver takes and that is none of `taken` (in small
-// letters): the deck's own as far as it can be, at most 72 of "A-Z", "a-z", "0-9", "_" and "-".
+// letters): the deck's own as far as it can be, at most 72 of "A-Z", "a-z", "0-9", "_" and "-";
+// "job1", "job2" and on for names that have none of these.
 std::string OutputNameFor(const std::string& deck, const std::set<std::string>& taken);
 
 #endif

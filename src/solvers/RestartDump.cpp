@@ -141,6 +141,17 @@ std::string WithoutRank(const std::string& path) {
   return path.substr(0, path.size() - RankLength(NameOf(path)));
 }
 
+std::string NameOfDump(const std::string& path) {
+  const std::string file = NameOf(WithoutRank(path));
+  const std::size_t dot = file.rfind('.');
+  if (dot == std::string::npos || !IsDumpName(file)) return {};
+  std::string name = file.substr(0, dot);
+  const std::string lastPart = file.substr(name.rfind('.') + 1);
+  const bool isOfCase = CaseLength(file) > 0 || CaseLength(lastPart) > 0;
+  const bool canBeGiven = name.find_first_of(" \t\"'") == std::string::npos;
+  return canBeGiven && !isOfCase ? name : std::string();
+}
+
 std::int64_t NewestDumpTime(const JobFile& job) {
   std::int64_t newest = 0;
   for (const std::string& file : DumpFilesOf(job)) {

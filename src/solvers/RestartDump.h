@@ -16,6 +16,11 @@ bool RestartFileExists(const std::string& path);
 // The path as the solver is told it. What is not a rank's file of a dump stays as it is.
 std::string WithoutRank(const std::string& path);
 
+// "NAME" of the dump "NAME.d3dump01", for the jobid= of a run that goes on from it: what it writes
+// belongs beside what the first run wrote. Empty when there is none that can be given to a solver,
+// or it is one that the solver itself has made up for a case.
+std::string NameOfDump(const std::string& path);
+
 // FileDirWrapper::WriteTime of the newest dump that lies in the job's folder under its prefix
 // (jobs/OutputPrefix.h); 0: there is none. Lists the folder.
 std::int64_t NewestDumpTime(const JobFile& job);

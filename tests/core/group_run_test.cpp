@@ -1,8 +1,8 @@
 // Groups that run jobs: real solver processes.
 #include <sstream>
 
-#include "GroupFixture.h"
 #include "core/JobTimeLeft.h"
+#include "GroupFixture.h"
 
 namespace {
 
@@ -124,7 +124,11 @@ TEST_F(GroupRun, FailuresInARowForOneReasonPauseItUntilItIsSubmittedAgain) {
   EXPECT_TRUE(LogHolds(files_,
                        "Group [Group1] pauses: 3 jobs in a row failed within a minute each: no "
                        "licence. 3 jobs stay Queued"));
+  RunToTheEnd();
+  EXPECT_EQ(Group()->Paused(), (GroupPause{4, Message(MessageId::kFailedLicence)}));
+  EXPECT_EQ(Status(*Group(), 5), JobStatus::kQueued) << "what is away still costs one job";
   // With nothing left to go on with it has simply ended.
+  RunToTheEnd();
   RunToTheEnd();
   EXPECT_FALSE(Group()->Paused());
 

@@ -3,6 +3,7 @@
 
 #include "core/DeckFolders.h"
 #include "core/JobIntake.h"
+#include "core/QueueUndo.h"
 #include "GroupFixture.h"
 
 namespace {
@@ -49,6 +50,61 @@ TEST_F(SharedFolders, ThoseThatCanBeKeptApartGetNamesOfTheirOwn) {
   EXPECT_EQ(NameOf(a) + " " + NameOf(again) + " " + NameOf(b), "a A_2 b_2");
   EXPECT_EQ(FindSharedResults(*manager_, {a}).jobs, 0);
   EXPECT_EQ(PrefixesBeside(*manager_, *JobIn(*Group(), a)), (Paths{"A_2.", "b_2.", "B."}));
+}
+
+TEST_F(SharedFolders, ANameBelongsToOneJob) {
+  std::filesystem::create_directory(home_ / "run");
+  manager_->AddGroup("Group2");
+  QueueUndo undo(*manager_);
+  const auto names = [&] {
+    std::string text;
+    for (int group = 0; group < manager_->GroupCount(); ++group) {
+      Group(group)->ReadJobs([&](const JobFile& job) {
+        text += dynamic_cast<const JobFileDyna&>(job).outputName + ' ';
+      });
+    }
+    return text;
+  };
+  const auto add = [&](const std::string& deck, int group = 0) {
+    JobRequest request = MakeJobRequest(files_.Get());
+    request.jobFile = Deck(deck);
+    request.groupId = Group(group)->Id();
+    return intake_.Add(request);
+  };
+  const JobId a = add("run/a.k"), c = add("run/c.k");
+  intake_.Drain();
+  undo.KeepApart({a, c});
+  undo.Remove(Group(), {a});
+  const JobId other = add("run/a.dyn", 1);
+  intake_.Drain();
+  undo.KeepApart({other});
+  EXPECT_EQ(names(), "c a ");
+  undo.Undo();
+  EXPECT_EQ(names(), "c  ") << "keeping apart is taken back, in the group that it was in";
+  undo.KeepApart({other});
+  EXPECT_EQ(names(), "c a ");
+  undo.Undo(), Group(1)->Set(other, JobField::kOutputName, std::string("A"));
+  undo.Undo();
+  EXPECT_EQ(names(), "a_2 c A ") << "the one that comes back takes another name";
+  EXPECT_TRUE(LogHolds(files_, "has its results called [a]; those of [" + Deck("run/a.k") +
+                                   "] will be called [a_2]"));
+  // Under which one has run is its own.
+  EXPECT_TRUE(Group()->Set(a, JobField::kOutputName, std::string("A")));
+  JobIn(*Group(), a)->status = JobStatus::kFinished;
+  EXPECT_FALSE(Group()->Set(a, JobField::kOutputName, std::string()));
+  TakeFreeNames(*manager_, {a});
+  EXPECT_EQ(names(), "A c a_2 ");
+  // A job that goes on from a dump has the name of those who wrote it.
+  JobIn(*Group(), c)->restartFile = home_ / "run/a.d3dump01";
+  EXPECT_TRUE(Group()->Set(c, JobField::kOutputName, std::string("a")));
+  TakeFreeNames(*manager_, {c});
+  EXPECT_EQ(names(), "A a a_2 ");
+  // What nobody has seen coming is mended when its run begins.
+  EXPECT_TRUE(Group(1)->Set(other, JobField::kOutputName, std::string("a")));
+  ASSERT_TRUE(Group(1)->Submit());
+  ASSERT_TRUE(WaitForEnd(*Group(1)));
+  EXPECT_EQ(names(), "A a a_2 ");
+  EXPECT_TRUE(std::filesystem::exists(home_ / "run/a_2.d3plot"));
 }
 
 TEST_F(SharedFolders, TheSettingsDecideForThoseOfNoWindow) {

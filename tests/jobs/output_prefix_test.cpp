@@ -33,9 +33,14 @@ TEST(OutputPrefix, ANameIsOneThatSolversTake) {
   EXPECT_EQ(name("/d/run-7.k"), "run-7");
   EXPECT_EQ(name("/d/Part.dyn"), "Part_3");
   EXPECT_EQ(name("/d/a.b.k"), "a_b_2") << "a dot would end the name";
-  EXPECT_EQ(name("/d/my part (new).k"), "my_part_new_");
-  EXPECT_EQ(name("/d/\xE9\x9B\xB6\xE4\xBB\xB6 1.k"), "_1");
-  EXPECT_EQ(name("/d/\xE9\x9B\xB6\xE4\xBB\xB6.k"), "job_");
+  EXPECT_EQ(name("/d/my part (new).k"), "my_part_new");
+  EXPECT_EQ(name("/d/_x-.k"), "_x-");
+  EXPECT_EQ(name("/d/零件_1-左.k"), "1");
+  EXPECT_EQ(name("/d/侧围-A (2)左b.k"), "A_2_b");
+  taken.insert("job2");
+  EXPECT_EQ(name("/d/零件.k"), "job1");
+  taken.insert("job1");
+  EXPECT_EQ(name("/d/-零-件-.k") + name("/d/--.k"), "job3job3");
   EXPECT_EQ(name("/d/Case12.k"), "job_Case12") << "as the results of a case are called";
   const std::string longName(100, 'x');
   EXPECT_EQ(name("/d/" + longName + ".k"), longName.substr(0, 72));

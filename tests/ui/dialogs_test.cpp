@@ -278,7 +278,7 @@ TEST_F(DialogsTest, WhatStaysAsItIsChangesNoSetting) {
 
 TEST_F(DialogsTest, RestartJobsRunWithTheirFiles) {
   const std::string deck = MakeDeck("again", "echo");
-  const std::string dump = home_.Write("again/d3dump01", "dump");
+  const std::string dump = home_.Write("again/part.d3dump01", "dump");
   const auto open = [&](const std::vector<Step>& steps) {
     Talk([&] { PressTool("tip_addrestart"); }, steps);
   };
@@ -295,7 +295,7 @@ TEST_F(DialogsTest, RestartJobsRunWithTheirFiles) {
         type("Input File (I=)", deck), press("OK")});
   application_->Intake().Drain();
   Run();
-  EXPECT_TRUE(Rows().at(0).starts_with("again.k (R=d3dump01)|")) << Rows()[0];
+  EXPECT_TRUE(Rows().at(0).starts_with("again.k (R=part.d3dump01)|")) << Rows()[0];
   MoveToCell(Part<JobTable>(), 0, "In Folder");
   const std::string tip = Tip();
   EXPECT_TRUE(tip.starts_with(deck + " Restarts from ")) << tip;
@@ -303,6 +303,7 @@ TEST_F(DialogsTest, RestartJobsRunWithTheirFiles) {
   const std::string arguments = TempFolder::Read(home_ / "again/standin_echo.txt");
   EXPECT_NE(arguments.find("r=" + dump + "\n"), std::string::npos) << arguments;
   EXPECT_NE(arguments.find("i=" + deck + "\n"), std::string::npos) << arguments;
+  EXPECT_NE(arguments.find("jobid=part\n"), std::string::npos) << "beside what is gone on with";
 }
 
 class StagesTest : public DialogsTest {

@@ -70,7 +70,7 @@ TEST_F(JobTableTest, AJobThatLeftARestartDumpGoesOnFromItWithOneClick) {
   auto job = MakeJob<JobFileDyna>("/w/plate.k", JobStatus::kAborted);
   job->solverType = SolverKind::kLsDynaDouble;
   job->memory = 700;
-  job->SetRestartDump("/w/d3dump03");
+  job->SetRestartDump("/w/plate.d3dump03");
   Add(job);
   auto stages = MakeJob<JobFileDyna>("/f/pan.k", JobStatus::kAborted);
   for (const char* name : {"/f/0/s.k", "/f/1/s.k", "/f/2/s.k"}) {
@@ -83,11 +83,12 @@ TEST_F(JobTableTest, AJobThatLeftARestartDumpGoesOnFromItWithOneClick) {
   PressCell(Table(), 0, "Status");  // beside the arrow: only selects
   PressEndOfCell(Table(), 0, "Status");
   PressEndOfCell(Table(), 0, "Status");  // it is there already
-  EXPECT_TRUE(LineSays(texts_.Format("ui_goes_on_already", "d3dump03")));
+  EXPECT_TRUE(LineSays(texts_.Format("ui_goes_on_already", "plate.d3dump03")));
   PressEndOfCell(Table(), 1, "Status");
   const Lines rows = Rows();
   ASSERT_EQ(rows.size(), 4U);
-  EXPECT_EQ(rows[2], "R=d3dump03|/w|LS-DYNA (D)|No|700|Queued|(View...)|(View...)|No|");
+  EXPECT_EQ(rows[2],
+            "R=plate.d3dump03|/w|LS-DYNA (D)|No|700|Queued|(View...)|(View...)|No|jobid=plate");
   EXPECT_TRUE(rows[3].starts_with("pan.k (R=d3dump01)|/f|")) << rows[3];
   Group()->ReadJob(Table().JobAt(3), [](const JobFile& restart) {
     EXPECT_EQ(restart.firstStage, 1);

@@ -157,7 +157,8 @@ StatusShown ShownStatus(const JobFile& job, const std::optional<RunState>& state
   const std::string how = HowWords(job.status, job.HowFailed(), texts);
   if (!how.empty()) {
     shown.stopped = job.HowFailed().kind == FailureKind::kStopped;
-    shown.words = {word + how, word};
+    // Where both have no room the colour and the icon tell that it was aborted.
+    shown.words = {word + how, how.substr(kDot.size()), word};
   }
   if (job.status != JobStatus::kRunning || !state || !state->running) return shown;
   const RunNews& news = state->news;

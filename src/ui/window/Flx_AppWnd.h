@@ -194,6 +194,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Of those that can be: whether all keep their results apart. None when there are no such.
   std::optional<bool> SelectedAreApart() const;
   void SwitchApart();
+  void SayApart(int jobs);
   void ShowBar(NoticeBar& bar, const std::string& text);  // hidden with an empty text
 
   // Flx_AppWnd_Dialogs.cpp

@@ -211,7 +211,7 @@ void Flx_AppWnd::AnswerApart(bool apart) {
   ShowBar(*apart_, {});
   FocusTable();
   if (!apart) return;
-  Say(texts_.Format("ui_apart_done", std::to_string(KeepResultsApart(manager, jobs))));
+  SayApart(undo_.KeepApart(jobs));
 }
 
 std::optional<bool> Flx_AppWnd::SelectedAreApart() const {
@@ -232,11 +232,14 @@ void Flx_AppWnd::SwitchApart() {
   if (!apart) return;
   const std::vector<JobId> jobs = Table()->SelectedJobs();
   if (!*apart) {
-    Say(texts_.Format("ui_apart_done",
-                      std::to_string(KeepResultsApart(application_.Manager(), jobs))));
-    return;
+    SayApart(undo_.KeepApart(jobs));
+  } else {
+    SayEdited(undo_.SetField(Group(), jobs, JobField::kOutputName, std::string()));
   }
-  for (const JobId job : jobs) Group()->SetOutputName(job, {});
+}
+
+void Flx_AppWnd::SayApart(int jobs) {
+  Say(texts_.Format("ui_apart_done", std::to_string(jobs)));
 }
 
 void Flx_AppWnd::ShowBar(NoticeBar& bar, const std::string& text) {

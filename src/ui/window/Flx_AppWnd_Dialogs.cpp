@@ -4,6 +4,7 @@
 
 #include "core/RestartJob.h"
 #include "solvers/PostResult.h"
+#include "solvers/RestartDump.h"
 #include "ui/dialogs/Flx_About.h"
 #include "ui/dialogs/Flx_Configuration.h"
 #include "ui/dialogs/Flx_MppSettings.h"
@@ -26,6 +27,7 @@ void Flx_AppWnd::AddRestart() {
     request.jobFile = dialog.InputFile();
   }
   if (request.restartFile.empty()) return;
+  request.outputName = NameOfDump(request.restartFile);
   request.groupId = group->Id();
   application_.Intake().Add(request);
 }

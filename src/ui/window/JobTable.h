@@ -141,6 +141,7 @@ class JobTable : public Flx_Table {
     std::string cells[kColumns];
     std::string path, tip;  // of the file, of the status
     std::string restart;    // the path
+    std::string results;    // what their names begin with; empty: nothing
     StatusShown shown;
     std::string past;  // what it took before; of a job that has not run yet
     std::string dump;  // the name of the one that the job can go on from

@@ -4,6 +4,7 @@
 
 #include "core/JobTimeLeft.h"
 #include "jobs/JobArguments.h"
+#include "jobs/OutputPrefix.h"
 #include "solvers/SolverKinds.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/FileText.h"
@@ -43,6 +44,15 @@ std::optional<std::int64_t> CountOf(const JobFile& job,
   return job.stages.empty() ? job.Result().*count : std::nullopt;
 }
 
+// What the solver is given beside what the other columns tell, with a name that keeps its results
+// apart in front.
+std::string OptionsOf(const JobFile& job) {
+  const std::string prefix = OutputPrefix(job);
+  if (prefix.empty() || !TypedJobId(job.extraOptions).empty()) return ToUi(job.extraOptions);
+  const std::string name = "jobid=" + prefix.substr(0, prefix.size() - 1);
+  return ToUi(job.extraOptions.empty() ? name : name + ' ' + job.extraOptions);
+}
+
 std::string Shown(std::optional<std::int64_t> count) {
   return count ? std::to_string(*count) : CellDrawing::kNothing;
 }
@@ -67,9 +77,9 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
       return Key{value < 0, value, {}};
     };
   };
-  const auto textIfAny = [text](std::string JobFields::*field) {
+  const auto textIfAny = [text](auto shownOf) {
     return [=](const JobFile& job, const Entry&) {
-      Key key = text(ToUi(job.*field));
+      Key key = text(shownOf(job));
       key.isUnknown = key.text.empty();
       return key;
     };
@@ -98,7 +108,7 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
         return Key{dyna == nullptr, dyna && dyna->useSFile ? 1.0 : 0.0, {}};
       };
     case kOther:
-      return textIfAny(&JobFields::extraOptions);
+      return textIfAny(&OptionsOf);
     case kMessage:
     case kSummary:
       return [column](const JobFile& job, const Entry&) {
@@ -127,7 +137,7 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
         return static_cast<double>(CountOf(job, count).value_or(-1));
       });
     case kRestart:
-      return textIfAny(&JobFields::restartFile);
+      return textIfAny([](const JobFile& job) { return ToUi(job.restartFile); });
     case kWhere:
     case kGroup:
       return [](const JobFile&, const Entry&) { return Key{}; };
@@ -173,7 +183,9 @@ JobTable::Row JobTable::MakeRow(const JobFile& job) const {
   row.cells[kMessage] = row.cells[kSummary] = texts_.Get("lab_view");
   row.cells[kForce] =
       row.dyna ? texts_.Get(row.force ? "ui_other_yes" : "lab_no") : CellDrawing::kNothing;
-  row.cells[kOther] = ToUi(job.extraOptions);
+  row.cells[kOther] = OptionsOf(job);
+  if (const std::string prefix = OutputPrefix(job); !prefix.empty())
+    row.results = texts_.Format("ui_tip_results_name", ToUi(prefix));
   AddExtraCells(job, state, row);
   return row;
 }
