@@ -135,17 +135,17 @@ void Flx_AppWnd::MakeBars() {
   const auto add = [this](NoticeBar* bar, const std::string& key, std::function<void()> press) {
     bar->AddButton(texts_.Get(key), texts_.Get(key + "_tip"), std::move(press));
   };
-  left_ = make();
-  add(left_, "ui_left_restore", [this] { RestoreLeft(); });
-  add(left_, "ui_left_forget", [this] { ForgetLeft(); });
-  belowBar_ = make();
-  add(belowBar_, "ui_below_add", [this] { AddBelow(true); });
-  add(belowBar_, "ui_below_leave", [this] { AddBelow(false); });
+  pause_ = make();
+  add(pause_, "ui_go_on", [this] { Perform(Action::kSubmit); });
   apart_ = make();
   add(apart_, "ui_apart_keep", [this] { AnswerApart(true); });
   add(apart_, "ui_apart_leave", [this] { AnswerApart(false); });
-  pause_ = make();
-  add(pause_, "ui_go_on", [this] { Perform(Action::kSubmit); });
+  belowBar_ = make();
+  add(belowBar_, "ui_below_add", [this] { AddBelow(true); });
+  add(belowBar_, "ui_below_leave", [this] { AddBelow(false); });
+  left_ = make();
+  add(left_, "ui_left_restore", [this] { RestoreLeft(); });
+  add(left_, "ui_left_forget", [this] { ForgetLeft(); });
 }
 
 void Flx_AppWnd::ConnectParts() {
@@ -236,6 +236,33 @@ JobId Flx_AppWnd::CurrentJob() const {
   return Table() ? Table()->CurrentJob() : JobId::kNone;
 }
 
+// Those that leave room for some rows, and at least the first; the last one of them tells how many
+// come when it is answered. Gives their height.
+int Flx_AppWnd::LayOutBars() {
+  using namespace Layout;
+  constexpr int kFewestRows = 4;
+  constexpr int kRows = kHeaderHeight + kFewestRows * kRowHeight;
+  constexpr int kBar = kBarHeight + kMargin;
+  int room = std::max(1, (h() - kStatusHeight - kMargin - TableY(w()) - kRows) / kBar);
+  auto waiting = std::ranges::count_if(bars_, &NoticeBar::Asks);
+  int offered = 0;
+  NoticeBar* last = nullptr;
+  for (NoticeBar* bar : bars_) {
+    const bool shown = bar->Asks() && room > 0;
+    shown ? bar->show() : bar->hide();
+    if (!shown) continue;
+    bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kBarHeight);
+    bar->SetMore({});
+    last = bar;
+    offered += kBar;
+    --room;
+    --waiting;
+  }
+  if (last != nullptr && waiting > 0)
+    last->SetMore(texts_.Format("ui_more_bars", std::to_string(waiting)));
+  return offered;
+}
+
 void Flx_AppWnd::LayOut() {
   using namespace Layout;
   tools_.front()->parent()->resize(0, 0, w(), kToolRowHeight);
@@ -243,11 +270,7 @@ void Flx_AppWnd::LayOut() {
     tools_[static_cast<std::size_t>(tool)]->position(ToolX(static_cast<Action>(tool), w()), kToolY);
   settings_->resize(0, kToolRowHeight, w(), TabsY(w()) - kToolRowHeight);
   const int lineWidth = GroupLineWidth(w());
-  int offered = 0;
-  for (NoticeBar* bar : bars_) {
-    bar->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin, kBarHeight);
-    if (bar->visible()) offered += kBarHeight + kMargin;
-  }
+  const int offered = LayOutBars();
   tabs_->resize(kMargin, TabsY(w()) + offered, w() - 2 * kMargin - lineWidth, kTabHeight);
   line_->resize(w() - kMargin - lineWidth, tabs_->y(), lineWidth, kTabHeight);
   status_->resize(0, h() - kStatusHeight, w(), kStatusHeight);

@@ -76,6 +76,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void MakeTable(const std::shared_ptr<JobGroup>& group);
   void ConnectParts();
   void LayOut();
+  int LayOutBars();
   JobTable* Table() const;  // of the current group; null when there is none
   std::shared_ptr<JobGroup> Group() const { return application_.Manager().CurrentGroup(); }
   JobId CurrentJob() const;  // kNone: none is current
@@ -232,7 +233,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::vector<ToolButton*> tools_;
   SettingsRow* settings_ = nullptr;
   GroupTabs* tabs_ = nullptr;
-  std::vector<NoticeBar*> bars_;   // from the top
+  std::vector<NoticeBar*> bars_;   // from the top, the most urgent one first
   NoticeBar* left_ = nullptr;      // the jobs of the last session
   NoticeBar* pause_ = nullptr;     // to go on with a group
   NoticeBar* belowBar_ = nullptr;  // decks in the folders below one that was added

@@ -166,8 +166,10 @@ void Flx_AppWnd::OfferBelow(const std::vector<std::string>& decks) {
     FileDirWrapper::DirOf(deck, folder);
     folders.insert(std::move(folder));
   }
-  ShowBar(*belowBar_,
-          texts_.Format("ui_below", std::to_string(below_.size()), std::to_string(folders.size())));
+  const std::string count = std::to_string(below_.size());
+  ShowBar(*belowBar_, folders.size() == 1 ? texts_.Format("ui_below", count)
+                                          : texts_.Format("ui_below_folders", count,
+                                                          std::to_string(folders.size())));
 }
 
 void Flx_AppWnd::AddBelow(bool add) {
@@ -243,9 +245,9 @@ void Flx_AppWnd::SayApart(int jobs) {
 }
 
 void Flx_AppWnd::ShowBar(NoticeBar& bar, const std::string& text) {
-  if (!text.empty()) bar.SetText(text);
-  if (text.empty() == !bar.visible()) return;
-  text.empty() ? bar.hide() : bar.show();
+  const bool asked = bar.Asks();
+  bar.SetText(text);
+  if (asked == bar.Asks()) return;
   LayOut();
   redraw();
 }

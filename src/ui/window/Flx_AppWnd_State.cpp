@@ -10,8 +10,8 @@
 #include "jobs/JobArguments.h"
 #include "ui/dialogs/RunWords.h"
 #include "ui/fltk/Tip.h"
-#include "ui/text/ShownValues.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
 #include "ui/window/LeftText.h"
@@ -60,7 +60,7 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && (jobs || changes.settings || changes.running)) dialog_->QueueChanged();
   if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
   if (changes.intake) ShowIntake(changes);
-  if (jobs && apart_->visible()) AskApart();
+  if (jobs && apart_->Asks()) AskApart();
   if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
     status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
 }

@@ -2,6 +2,8 @@
 
 #include <FL/fl_draw.H>
 
+#include <cmath>
+
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
@@ -55,6 +57,11 @@ void NoticeBar::SetText(const std::string& text) {
   redraw();
 }
 
+void NoticeBar::SetMore(const std::string& more) {
+  more_ = more;
+  redraw();
+}
+
 int NoticeBar::TextEnd() const {
   return buttons_.empty() ? x() + w() : buttons_.front().widget->x();
 }
@@ -65,10 +72,17 @@ void NoticeBar::draw() {
   fl_rectf(x(), y(), w(), h());
   Theme::DrawRounded(x(), y(), w(), h(), Theme::kSelected, Theme::kFocus);
   fl_font(FL_HELVETICA, Layout::kFontSize);
-  fl_color(Theme::kText);
   const int at = x() + Layout::kMargin;
-  const std::string shown = FitHead(text_, TextEnd() - Layout::kMargin - at);
   const int baseline = y() + (h() + fl_height()) / 2 - fl_descent();
+  int end = TextEnd() - Layout::kMargin;
+  if (!more_.empty()) {
+    const int length = static_cast<int>(more_.size());
+    end -= static_cast<int>(std::ceil(fl_width(more_.c_str(), length))) + Layout::kMargin;
+    fl_color(Theme::kMuted);
+    fl_draw(more_.c_str(), length, end + Layout::kMargin, baseline);
+  }
+  const std::string shown = FitHead(text_, end - at);
+  fl_color(Theme::kText);
   fl_draw(shown.c_str(), static_cast<int>(shown.size()), at, baseline);
   for (const Button& button : buttons_) draw_child(*button.widget);
   fl_pop_clip();

@@ -17,8 +17,12 @@ class NoticeBar : public Fl_Group {
   // The next one to the right. Texts in UTF-8.
   void AddButton(const std::string& label, const std::string& tip, std::function<void()> press);
 
-  // "12 jobs of Fri 18:40: 9 queued, 2 were running, 1 still runs."; UTF-8.
+  // "12 jobs of Fri 18:40: 9 queued, 2 were running, 1 still runs."; UTF-8; empty: it has nothing
+  // to say.
   void SetText(const std::string& text);
+  bool Asks() const { return !text_.empty(); }
+  // Before the buttons, "and 2 more" that have no room beside it.
+  void SetMore(const std::string& more);
 
   void draw() override;
   void resize(int x, int y, int w, int h) override;
@@ -32,7 +36,7 @@ class NoticeBar : public Fl_Group {
   int TextEnd() const;
 
   std::list<Button> buttons_;  // callbacks have their address
-  std::string text_;
+  std::string text_, more_;
 };
 
 #endif
