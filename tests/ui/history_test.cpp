@@ -60,12 +60,19 @@ TEST_F(HistoryTest, ListsSortsAndFiltersTheRuns) {
   EXPECT_EQ(table.CurrentRun()->Cell(HistoryColumn::kJob), "a_good.k") << "still the current one";
   Press(table, Say("lab_job_name"));
   EXPECT_EQ(Shown(history).front(), "c_bad.k Aborted");
-  Choose(Find<Fl_Choice>(history), "Finished");
+  FilterBar& bar = Find<FilterBar>(history);
+  Press(bar, "Finished 2");
   EXPECT_EQ(Shown(history), (Lines{"b_good.k Finished", "a_good.k Finished"}));
   TypeInto(Find<Fl_Input>(history), "GOOD b_");
   EXPECT_EQ(Shown(history), Lines{"b_good.k Finished"});
-  Choose(Find<Fl_Choice>(history), "Aborted");
+  EXPECT_NE(Drawing(history).Text(bar).find(texts_.Format("ui_past_some", "1", "3")),
+            std::string::npos);
+  Press(bar, "Finished 2");
+  Press(bar, "Aborted 1");
   EXPECT_EQ(table.CurrentRun(), nullptr);
+  Find<Fl_Input>(history).take_focus();
+  Key(history, FL_Escape);
+  EXPECT_EQ(Shown(history).size(), 3U) << "Escape in the field shows all";
 
   Table().SelectRow(2);
   EXPECT_EQ(&Open(FL_CTRL | FL_SHIFT), &history) << "there is one window";

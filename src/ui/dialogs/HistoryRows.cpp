@@ -109,7 +109,7 @@ std::vector<std::size_t> ShownRows(const std::vector<HistoryRow>& rows, const Hi
   std::vector<Key> keys;
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const HistoryRow& row = rows[i];
-    if (view.verdict != HistoryVerdict::kAny && row.verdict != view.verdict) continue;
+    if (!view.verdicts.empty() && !view.verdicts.contains(row.verdict)) continue;
     if (!filter.Matches(row.searched)) continue;
     const bool isText = IsText(view.sortedBy);
     keys.push_back({isText ? NaturalKey(Folded(row.Cell(view.sortedBy))) : std::string(),

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ enum class HistoryColumn {
 inline constexpr std::size_t kHistoryColumns = 11;
 
 // Running without a process, as a crash leaves it, is unknown.
-enum class HistoryVerdict { kAny, kFinished, kAborted, kRunning, kUnknown };
+enum class HistoryVerdict { kFinished, kAborted, kRunning, kUnknown };
+inline constexpr std::size_t kHistoryVerdicts = 4;
 
 struct HistoryRow {
   RunRecord run;
@@ -49,7 +51,7 @@ struct HistoryView {
   HistoryColumn sortedBy = HistoryColumn::kWhen;
   bool descending = true;
   std::string words;  // all of them, between blanks, are in a row; case does not matter; UTF-8
-  HistoryVerdict verdict = HistoryVerdict::kAny;
+  std::set<HistoryVerdict> verdicts;  // none: all
 };
 
 // The places of the rows to show; rows that are equal stand as they ran, the newest first.

@@ -43,10 +43,10 @@ void HistoryTable::SetRows(Rows rows) {
   Arrange([&] { rows_.swap(rows); });
 }
 
-void HistoryTable::SetFilter(const std::string& words, HistoryVerdict verdict) {
+void HistoryTable::SetFilter(const std::string& words, const std::set<HistoryVerdict>& verdicts) {
   Arrange([&] {
     view_.words = words;
-    view_.verdict = verdict;
+    view_.verdicts = verdicts;
   });
 }
 

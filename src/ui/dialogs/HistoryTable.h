@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,7 @@ class HistoryTable : public Flx_Table {
   HistoryTable(int x, int y, int w, int h, const TextTable& texts);
 
   void SetRows(Rows rows);
-  void SetFilter(const std::string& words, HistoryVerdict verdict);
+  void SetFilter(const std::string& words, const std::set<HistoryVerdict>& verdicts);
   // What stands in the table as long as it has nothing to show.
   void SetNothing(const std::string& words);
 

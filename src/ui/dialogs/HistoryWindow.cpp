@@ -12,7 +12,6 @@
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/dialogs/ComnMsgBox.h"
 #include "ui/dialogs/Flx_ShowInfo.h"
-#include "ui/fltk/LineInput.h"
 #include "ui/fltk/ModalWindow.h"
 #include "ui/fltk/PopupMenu.h"
 #include "ui/fltk/Sizes.h"
@@ -29,20 +28,9 @@ constexpr int kWidth = 1180;
 constexpr int kHeight = 520;
 constexpr int kMinWidth = 720;
 constexpr int kMinHeight = 240;
-constexpr int kRow = Sizes::kButtonHeight + 2 * Sizes::kMargin;
-constexpr int kFilterLabel = 52;
-constexpr int kFilterWidth = 300;
-constexpr int kVerdictWidth = 130;
 constexpr int kButtonWidth = 96;
 
 HistoryWindow* theWindow = nullptr;
-
-Fl_Box* MakeNote(int x, int y, int right, Fl_Align align) {
-  auto* note = new Fl_Box(x, y, right - x, Sizes::kButtonHeight);
-  note->align(align | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-  note->labelcolor(Theme::kMuted);
-  return note;
-}
 
 }  // namespace
 
@@ -98,9 +86,9 @@ HistoryWindow::HistoryWindow(Application& application, const TextTable& texts)
   copy_label(texts_.Get("ui_past_title").c_str());
   xclass("KestrunHistory");
   color(Theme::kWindow);
-  MakeFilterRow();
-  table_ = new HistoryTable(Sizes::kMargin, kRow, kWidth - 2 * Sizes::kMargin, kHeight - 2 * kRow,
-                            texts_);
+  MakeFilter();
+  table_ = new HistoryTable(Sizes::kMargin, Sizes::kButtonRow, kWidth - 2 * Sizes::kMargin,
+                            kHeight - 2 * Sizes::kButtonRow, texts_);
   MakeFooter();
   end();
   resizable(table_);
@@ -110,7 +98,7 @@ HistoryWindow::HistoryWindow(Application& application, const TextTable& texts)
   table_->OnMenu = [this](int x, int y) { OpenMenu(x, y); };
   callback([](Fl_Widget* self, void*) { static_cast<HistoryWindow*>(self)->Close(); });
   StartReading();
-  ShowFiltered();
+  SetFilter({}, {});
   Fl::add_timeout(kLookSeconds, Tick, this);
 }
 
@@ -119,38 +107,37 @@ HistoryWindow::~HistoryWindow() {
   if (theWindow == this) theWindow = nullptr;
 }
 
-void HistoryWindow::MakeFilterRow() {
-  auto* row = new Fl_Group(0, 0, kWidth, kRow);
-  const int y = Sizes::kMargin;
-  const auto changed = [](Fl_Widget*, void* self) {
-    static_cast<HistoryWindow*>(self)->ShowFiltered();
+// The verdicts in the order of HistoryVerdict.
+void HistoryWindow::MakeFilter() {
+  const auto label = [this](const char* icon, const std::string& words) {
+    return FilterBar::Label{icon, words, texts_.Format("ui_past_chip_tip", words)};
   };
-  filter_ = new LineInput(Sizes::kMargin + kFilterLabel, y, kFilterWidth, Sizes::kButtonHeight);
-  filter_->copy_label(texts_.Get("ui_past_filter").c_str());
-  filter_->copy_tooltip(texts_.Get("ui_past_filter_tip").c_str());
-  filter_->when(FL_WHEN_CHANGED);
-  filter_->callback(changed, this);
-  const int x = filter_->x() + filter_->w() + Sizes::kMargin;
-  verdict_ = new Fl_Choice(x, y, kVerdictWidth, Sizes::kButtonHeight);
-  verdicts_.Show(*verdict_,
-                 {texts_.Get("ui_past_any"), texts_.Say(JobStatusWord(JobStatus::kFinished)),
-                  texts_.Say(JobStatusWord(JobStatus::kAborted)),
-                  texts_.Say(JobStatusWord(JobStatus::kRunning)), texts_.Get("ui_past_unknown")},
-                 0);
-  verdict_->callback(changed, this);
-  count_ = MakeNote(x + verdict_->w() + Sizes::kMargin, y, kWidth - Sizes::kMargin, FL_ALIGN_RIGHT);
-  row->end();
-  row->resizable(count_);
+  const auto of = [&](const char* icon, JobStatus status) {
+    return label(icon, texts_.Say(JobStatusWord(status)));
+  };
+  filter_ = new FilterBar(
+      Sizes::kMargin, 0, kWidth - 2 * Sizes::kMargin, Sizes::kButtonRow, texts_,
+      {.fieldTip = texts_.Get("ui_past_filter_tip"),
+       .classes = {
+           of("state_finished", JobStatus::kFinished), of("state_aborted", JobStatus::kAborted),
+           of("state_running", JobStatus::kRunning), label("", texts_.Get("ui_past_unknown"))}});
+  filter_->OnFilter = [this](const std::string& words, const FilterBar::Places& verdicts) {
+    SetFilter(words, verdicts);
+  };
+  filter_->OnLeave = [this] { table_->TakeFocus(); };
 }
 
 void HistoryWindow::MakeFooter() {
-  auto* footer = new Fl_Group(0, kHeight - kRow, kWidth, kRow);
-  const int y = kHeight - kRow + Sizes::kMargin;
+  auto* footer = new Fl_Group(0, kHeight - Sizes::kButtonRow, kWidth, Sizes::kButtonRow);
+  const int y = kHeight - Sizes::kButtonRow + Sizes::kMargin;
   int x = Sizes::kMargin;
   for (const Command& command : Commands()) {
     const bool last = &command == &Commands().back();
     if (last) {
-      said_ = MakeNote(x, y, kWidth - kButtonWidth - 2 * Sizes::kMargin, FL_ALIGN_LEFT);
+      said_ =
+          new Fl_Box(x, y, kWidth - kButtonWidth - 2 * Sizes::kMargin - x, Sizes::kButtonHeight);
+      said_->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
+      said_->labelcolor(Theme::kMuted);
       x = kWidth - kButtonWidth - Sizes::kMargin;
     }
     auto* button = new Fl_Button(x, y, kButtonWidth, Sizes::kButtonHeight);
@@ -172,14 +159,14 @@ void HistoryWindow::MakeFooter() {
 }
 
 void HistoryWindow::FilterFor(const std::string& words) {
-  filter_->value(words.c_str());
-  verdict_->value(0);
-  ShowFiltered();
+  SetFilter(words, {});
   table_->TakeFocus();
 }
 
-void HistoryWindow::ShowFiltered() {
-  table_->SetFilter(filter_->value(), static_cast<HistoryVerdict>(verdict_->value()));
+void HistoryWindow::SetFilter(const std::string& words, const FilterBar::Places& verdicts) {
+  filtered_.words = words;
+  filtered_.classes = verdicts;
+  table_->SetFilter(words, FilterBar::ClassesAt<HistoryVerdict>(verdicts));
   ShowCount();
   ShowButtons();
 }
@@ -190,13 +177,16 @@ void HistoryWindow::ShowCount() {
   table_->SetNothing(texts_.Get(!hasRead_  ? "ui_past_reading"
                                 : all == 0 ? "ui_past_none"
                                            : "ui_past_no_match"));
-  std::string text;
+  filtered_.counts.assign(kHistoryVerdicts, 0);
+  for (const HistoryRow& row : *table_->AllRows())
+    ++filtered_.counts[static_cast<std::size_t>(row.verdict)];
+  filtered_.said.clear();
   if (shown < all) {
-    text = texts_.Format("ui_past_some", std::to_string(shown), std::to_string(all));
+    filtered_.said = texts_.Format("ui_past_some", std::to_string(shown), std::to_string(all));
   } else if (all > 0) {
-    text = texts_.Format("ui_past_all", std::to_string(all));
+    filtered_.said = texts_.Format("ui_past_all", std::to_string(all));
   }
-  count_->copy_label(text.c_str());
+  filter_->Show(filtered_);
 }
 
 bool HistoryWindow::Can(const Command& command) const {
@@ -242,10 +232,7 @@ bool HistoryWindow::TakeKey() {
   if (key == FL_Escape) return Close(), true;
   if (key == FL_F + 5 && !reading_) return StartReading(), true;
   if (key == FL_Enter || key == FL_KP_Enter) return ShowSummary(), true;
-  if (Fl::event_ctrl() != 0 && key == 'f') {
-    filter_->take_focus();
-    return filter_->position(filter_->size(), 0), true;
-  }
+  if (Fl::event_ctrl() != 0 && key == 'f') return filter_->TakeFocus(), true;
   return false;
 }
 

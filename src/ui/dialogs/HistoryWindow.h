@@ -4,9 +4,7 @@
 
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
-#include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Input.H>
 
 #include <chrono>
 #include <cstdint>
@@ -17,7 +15,7 @@
 
 #include "core/Application.h"
 #include "ui/dialogs/HistoryTable.h"
-#include "ui/fltk/ChoiceEntries.h"
+#include "ui/fltk/FilterBar.h"
 #include "ui/text/TextTable.h"
 
 // One of it stays beside the main window and shows what is new by itself. The history is read and
@@ -49,10 +47,10 @@ class HistoryWindow : public Fl_Double_Window {
   HistoryWindow(Application& application, const TextTable& texts);
 
   bool Can(const Command& command) const;
-  void MakeFilterRow();
+  void MakeFilter();
   void MakeFooter();
   void FilterFor(const std::string& words);
-  void ShowFiltered();
+  void SetFilter(const std::string& words, const FilterBar::Places& verdicts);
   void ShowButtons();
   void ShowCount();
   void Say(const std::string& text);
@@ -85,10 +83,8 @@ class HistoryWindow : public Fl_Double_Window {
   bool hasRead_ = false;
   Clock::time_point next_{};  // not read again before
 
-  Fl_Input* filter_ = nullptr;
-  Fl_Choice* verdict_ = nullptr;
-  ChoiceEntries verdicts_;
-  Fl_Box* count_ = nullptr;
+  FilterBar* filter_ = nullptr;
+  FilterBar::View filtered_;
   HistoryTable* table_ = nullptr;
   std::vector<Fl_Button*> buttons_;  // in the order of the commands
   Fl_Box* said_ = nullptr;

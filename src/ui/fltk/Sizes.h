@@ -19,6 +19,7 @@ inline constexpr int kScrollbarSize = 14;
 // Windows that are not built from a layout text.
 inline constexpr int kButtonWidth = 84;
 inline constexpr int kButtonHeight = 26;
+inline constexpr int kButtonRow = kButtonHeight + 2 * kMargin;  // along a window's edge
 inline constexpr int kBoxPadding = 16;
 
 }  // namespace Sizes

@@ -21,7 +21,6 @@ namespace {
 constexpr int kMinWidth = 480;
 constexpr int kMinHeight = 280;
 constexpr int kContentsWidth = 230;
-constexpr int kToolsHeight = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFindWidth = 180;
 constexpr int kTextSize = 13;
 constexpr int kContentsTextSize = 13;
@@ -93,12 +92,12 @@ HelpWindow::HelpWindow(const std::string& path, HelpBook book, const TextTable& 
   xclass("KestrunHelp");
   color(Theme::kWindow);
   MakeTools();
-  auto* tile = new Fl_Tile(0, kToolsHeight, w(), h() - kToolsHeight);
-  contents_ = new Fl_Hold_Browser(0, kToolsHeight, kContentsWidth, tile->h());
+  auto* tile = new Fl_Tile(0, Sizes::kButtonRow, w(), h() - Sizes::kButtonRow);
+  contents_ = new Fl_Hold_Browser(0, Sizes::kButtonRow, kContentsWidth, tile->h());
   contents_->format_char(0);  // titles may hold any character
   contents_->textsize(kContentsTextSize);
   contents_->color(Theme::kSurface);
-  auto* paper = new Fl_Group(kContentsWidth, kToolsHeight, w() - kContentsWidth, tile->h());
+  auto* paper = new Fl_Group(kContentsWidth, Sizes::kButtonRow, w() - kContentsWidth, tile->h());
   paper->box(FL_FLAT_BOX);
   paper->color(Theme::kSurface);
   view_ = new Fl_Help_View(paper->x() + kPaperMargin, paper->y(), paper->w() - kPaperMargin,
@@ -112,7 +111,7 @@ HelpWindow::HelpWindow(const std::string& path, HelpBook book, const TextTable& 
   paper->end();
   paper->resizable(view_);
   auto* limits =
-      new Fl_Box(kContentsWidth / 2, kToolsHeight, w() - kContentsWidth / 2 - 200, tile->h());
+      new Fl_Box(kContentsWidth / 2, Sizes::kButtonRow, w() - kContentsWidth / 2 - 200, tile->h());
   tile->resizable(limits);
   tile->end();
   end();
@@ -131,7 +130,7 @@ HelpWindow::~HelpWindow() {
 }
 
 void HelpWindow::MakeTools() {
-  auto* tools = new Fl_Group(0, 0, w(), kToolsHeight);
+  auto* tools = new Fl_Group(0, 0, w(), Sizes::kButtonRow);
   const auto step = [](int by) {
     return by < 0 ? [](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->Step(-1); }
                   : [](Fl_Widget*, void* self) { static_cast<HelpWindow*>(self)->Step(1); };

@@ -24,7 +24,6 @@ constexpr int kWidth = 820;
 constexpr int kHeight = 560;
 constexpr int kMinWidth = 480;
 constexpr int kMinHeight = 240;
-constexpr int kRow = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFindLabel = 52;
 constexpr int kFindWidth = 220;
 
@@ -100,9 +99,9 @@ TextViewer::TextViewer(const std::string& path, const TextTable& texts, bool edi
   xclass("KestrunText");
   color(Theme::kWindow);
   MakeFindRow();
-  const int height = kHeight - 2 * kRow;
-  display_ = editable ? new Fl_Text_Editor(0, kRow, kWidth, height)
-                      : new Fl_Text_Display(0, kRow, kWidth, height);
+  const int height = kHeight - 2 * Sizes::kButtonRow;
+  display_ = editable ? new Fl_Text_Editor(0, Sizes::kButtonRow, kWidth, height)
+                      : new Fl_Text_Display(0, Sizes::kButtonRow, kWidth, height);
   display_->box(FL_FLAT_BOX);
   display_->buffer(buffer_);
   display_->textfont(FL_COURIER);
@@ -131,7 +130,7 @@ Fl_Button* TextViewer::MakeButton(int x, int y, const char* key, void (*press)(T
 }
 
 void TextViewer::MakeFindRow() {
-  auto* row = new Fl_Group(0, 0, kWidth, kRow);
+  auto* row = new Fl_Group(0, 0, kWidth, Sizes::kButtonRow);
   const int y = Sizes::kMargin;
   find_ = new LineInput(Sizes::kMargin + kFindLabel, y, kFindWidth, Sizes::kButtonHeight);
   find_->copy_label(texts_.Get("ui_find").c_str());
@@ -153,8 +152,8 @@ void TextViewer::MakeFindRow() {
 }
 
 void TextViewer::MakeFooter() {
-  auto* footer = new Fl_Group(0, kHeight - kRow, kWidth, kRow);
-  const int y = kHeight - kRow + Sizes::kMargin;
+  auto* footer = new Fl_Group(0, kHeight - Sizes::kButtonRow, kWidth, Sizes::kButtonRow);
+  const int y = kHeight - Sizes::kButtonRow + Sizes::kMargin;
   int x = kWidth;
   const auto button = [&](const char* key, void (*press)(TextViewer&)) {
     x -= Sizes::kButtonWidth + Sizes::kMargin;

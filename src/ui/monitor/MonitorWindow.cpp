@@ -31,7 +31,6 @@ constexpr int kWidth = 1120;
 constexpr int kHeight = 740;
 constexpr int kMinWidth = 960;
 constexpr int kMinHeight = 520;
-constexpr int kControls = Sizes::kButtonHeight + 2 * Sizes::kMargin;
 constexpr int kFoot = SwitchPanel::kHeight;
 constexpr int kTailTitle = 20;
 constexpr int kBarWidth = 120;
@@ -106,12 +105,12 @@ MonitorWindow::MonitorWindow(Application& application, const TextTable& texts, M
   xclass("KestrunMonitor");
   color(Theme::kWindow);
   MakeControls();
-  pane_ = new Fl_Group(0, kControls, w(), h() - kControls - kFoot);
+  pane_ = new Fl_Group(0, Sizes::kButtonRow, w(), h() - Sizes::kButtonRow - kFoot);
   pane_->box(FL_FLAT_BOX);
   pane_->color(Theme::kWindow);
-  heading_ = new RunHeading(Sizes::kMargin, kControls, w() - 2 * Sizes::kMargin);
-  charts_ = new MonitorCharts(Sizes::kMargin, kControls + heading_->h(), w() - 2 * Sizes::kMargin,
-                              100, texts);
+  heading_ = new RunHeading(Sizes::kMargin, Sizes::kButtonRow, w() - 2 * Sizes::kMargin);
+  charts_ = new MonitorCharts(Sizes::kMargin, Sizes::kButtonRow + heading_->h(),
+                              w() - 2 * Sizes::kMargin, 100, texts);
   charts_->OnAlone = [this] { chart_->value(charts_->Alone() + 1); };
   pane_->end();
   pane_->resizable(nullptr);
@@ -158,7 +157,7 @@ Fl_Button* MonitorWindow::MakeButton(int& x, int width, const char* label, const
 }
 
 void MonitorWindow::MakeControls() {
-  controls_ = new Fl_Group(0, 0, w(), kControls);
+  controls_ = new Fl_Group(0, 0, w(), Sizes::kButtonRow);
   int x = Sizes::kMargin;
   over_ = MakeChoice(x, "mon_over", 130);
   overEntries_.Show(*over_, {texts_.Get("mon_over_time"), texts_.Get("mon_over_clock")}, 0);
@@ -191,7 +190,7 @@ void MonitorWindow::MakeControls() {
       },
       this);
   stage_->hide();
-  bar_ = new Fl_Progress(0, (kControls - kBarHeight) / 2, kBarWidth, kBarHeight);
+  bar_ = new Fl_Progress(0, (Sizes::kButtonRow - kBarHeight) / 2, kBarWidth, kBarHeight);
   bar_->maximum(100);
   bar_->box(FL_FLAT_BOX);
   bar_->color(Theme::kPressed, Theme::kAccent);
@@ -221,7 +220,7 @@ void MonitorWindow::MakeFoot() {
 void MonitorWindow::LayOut() {
   using namespace Sizes;
   const int foot = h() - kFoot;
-  controls_->resize(0, 0, w(), kControls);
+  controls_->resize(0, 0, w(), Sizes::kButtonRow);
   // What tells of the moment stands at the right end.
   const Fl_Widget* last = stage_->visible() ? static_cast<Fl_Widget*>(stage_) : controls_->child(3);
   const int left = last->x() + last->w() + 2 * kMargin;
@@ -230,9 +229,9 @@ void MonitorWindow::LayOut() {
   int right = w() - kMargin;
   if (cancel_->visible()) right = (bar_->visible() ? bar_->x() : cancel_->x()) - kMargin;
   note_->resize(left, kMargin, std::max(right - left, 1), kButtonHeight);
-  pane_->resize(0, kControls, w(), foot - kControls - kGap);
-  heading_->resize(kMargin, kControls, w() - 2 * kMargin, heading_->h());
-  const int top = kControls + heading_->h();
+  pane_->resize(0, Sizes::kButtonRow, w(), foot - Sizes::kButtonRow - kGap);
+  heading_->resize(kMargin, Sizes::kButtonRow, w() - 2 * kMargin, heading_->h());
+  const int top = Sizes::kButtonRow + heading_->h();
   charts_->resize(kMargin, top, w() - 2 * kMargin, std::max(foot - top - kGap, 1));
   switches_->position(w() - kMargin - SwitchPanel::kWidth, foot);
   const int lines = switches_->x() - 3 * kMargin;

@@ -48,6 +48,22 @@ class ToolRow : public Fl_Group {
   }
 };
 
+// The classes in the order of StatusClass.
+FilterBar::Labels FilterLabels(const TextTable& texts) {
+  const auto label = [&](const char* icon, const char* key) {
+    const std::string& words = texts.Get(key);
+    return FilterBar::Label{icon, words, texts.Format("ui_chip_tip", words)};
+  };
+  return {.fieldTip = texts.Get("ui_filter_tip"),
+          .classes = {label("state_queued", "ui_chip_queued"),
+                      label("state_running", "ui_chip_running"),
+                      label("state_finished", "ui_chip_finished"),
+                      label("state_marked", "ui_chip_stopped"),
+                      label("state_aborted", "ui_chip_aborted")},
+          .follow = {"", texts.Get("ui_follow"), texts.Get("ui_follow_tip")},
+          .orderTip = texts.Get("ui_sorted_tip")};
+}
+
 }  // namespace
 
 Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTable& texts)
@@ -69,8 +85,9 @@ Flx_AppWnd::Flx_AppWnd(Application& application, QueueNotes& notes, const TextTa
   MakeBars();
   line_ = new GroupLine(w() - Layout::kMargin - Layout::GroupLineWidth(w()), Layout::TabsY(w()),
                         Layout::GroupLineWidth(w()), Layout::kTabHeight);
-  filter_ = new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
-                          w() - 2 * Layout::kMargin, Layout::kFilterHeight, texts_);
+  filter_ =
+      new FilterBar(Layout::kMargin, Layout::TabsY(w()) + Layout::kTabHeight,
+                    w() - 2 * Layout::kMargin, Layout::kFilterHeight, texts_, FilterLabels(texts_));
   status_ = new StatusBar(0, h() - Layout::kStatusHeight, w(), Layout::kStatusHeight,
                           texts_.Get("ui_cancel"), ToolTip(Action::kQueueOptions));
   end();
@@ -162,10 +179,10 @@ void Flx_AppWnd::ConnectParts() {
   tabs_->OnSelect = [this](int tab) { SwitchToGroup(tab); };
   tabs_->OnRename = [this](int) { Perform(Action::kRenameGroup); };
   tabs_->OnMenu = [this](int, int x, int y) { OpenGroupMenu(x, y); };
-  filter_->OnFilter = [this](const std::string& words, const StatusClasses& classes) {
-    if (Table()) Table()->SetFilter(words, classes);
+  filter_->OnFilter = [this](const std::string& words, const FilterBar::Places& classes) {
+    if (Table()) Table()->SetFilter(words, FilterBar::ClassesAt<StatusClass>(classes));
   };
-  filter_->OnRunningOrder = [this] {
+  filter_->OnOrder = [this] {
     if (Table()) Table()->ShowRunningOrder();
   };
   filter_->OnFollow = [this](bool follow) {

@@ -243,9 +243,15 @@ void Flx_AppWnd::ShowPause() {
 void Flx_AppWnd::ShowFilter() {
   const JobTable* const table = Table();
   if (table == nullptr) return;
-  FilterBar::View view{table->FilterWords(), table->FilterClasses(), table->Counts(),
-                       table->ShownCount(),  table->AllCount(),      {}};
-  if (const auto column = table->SortedBy()) view.sortedBy = table->ColumnTitle(*column);
+  const StatusCounts counts = table->Counts();
+  FilterBar::View view{.words = table->FilterWords(),
+                       .classes = FilterBar::PlacesOf(table->FilterClasses()),
+                       .counts = {counts.begin(), counts.end()}};
+  if (table->IsFiltered())
+    view.said = texts_.Format("ui_shown_of", std::to_string(table->ShownCount()),
+                              std::to_string(table->AllCount()));
+  if (const auto column = table->SortedBy())
+    view.order = texts_.Format("ui_sorted_by", table->ColumnTitle(*column));
   filter_->Show(view);
 }
 

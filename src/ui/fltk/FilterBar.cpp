@@ -1,6 +1,7 @@
-#include "ui/window/FilterBar.h"
+#include "ui/fltk/FilterBar.h"
 
 #include <FL/Fl.H>
+#include <FL/Fl_Button.H>
 #include <FL/fl_draw.H>
 
 #include <algorithm>
@@ -9,9 +10,9 @@
 #include "ui/fltk/Icons.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/LineInput.h"
+#include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
-#include "ui/window/Layout.h"
 
 namespace {
 
@@ -22,26 +23,13 @@ constexpr int kNarrowField = 130;
 constexpr int kWideField = 220;
 constexpr int kLeastWords = 40;  // what is narrower is not shown
 
-struct Class {
-  const char* icon;
-  const char* key;
-};
-
-// In the order of StatusClass.
-constexpr Class kClasses[] = {{"state_queued", "ui_chip_queued"},
-                              {"state_running", "ui_chip_running"},
-                              {"state_finished", "ui_chip_finished"},
-                              {"state_marked", "ui_chip_stopped"},
-                              {"state_aborted", "ui_chip_aborted"}};
-static_assert(std::size(kClasses) == kStatusClasses);
-
 int TextWidth(const std::string& text) {
-  fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+  fl_font(FL_HELVETICA, Sizes::kSmallFontSize);
   return static_cast<int>(std::ceil(fl_width(text.c_str())));
 }
 
 void DrawText(const std::string& text, int x, int y, int h) {
-  fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+  fl_font(FL_HELVETICA, Sizes::kSmallFontSize);
   fl_draw(text.c_str(), static_cast<int>(text.size()), x, y + (h + fl_height()) / 2 - fl_descent());
 }
 
@@ -52,7 +40,7 @@ class FilterBar::WordField : public LineInput {
  public:
   WordField(FilterBar& bar, const std::string& hint)
       : LineInput(0, 0, kNarrowField, kHeight), bar_(bar), hint_(hint) {
-    textsize(Layout::kSmallFontSize);
+    textsize(Sizes::kSmallFontSize);
     when(FL_WHEN_CHANGED);
     callback([](Fl_Widget*, void* owner) { static_cast<FilterBar*>(owner)->Tell(); }, &bar);
   }
@@ -72,7 +60,7 @@ class FilterBar::WordField : public LineInput {
     if (size() > 0 || Fl::focus() == this) return;
     fl_push_clip(x() + 2, y() + 1, w() - 4, h() - 2);
     fl_color(Theme::kMuted);
-    fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+    fl_font(FL_HELVETICA, Sizes::kSmallFontSize);
     DrawText(FitHead(hint_, w() - 2 * kPadding), x() + kPadding, y(), h());
     fl_pop_clip();
   }
@@ -85,10 +73,11 @@ class FilterBar::WordField : public LineInput {
 // Stays down until it is pressed again. Without room it shows its number alone.
 class FilterBar::Switch : public Fl_Button {
  public:
-  Switch(FilterBar& bar, const char* icon, const std::string& words)
-      : Fl_Button(0, 0, kHeight, kHeight), icon_(icon), words_(words) {
+  Switch(FilterBar& bar, const Label& label)
+      : Fl_Button(0, 0, kHeight, kHeight), icon_(label.icon), words_(label.words) {
     type(FL_TOGGLE_BUTTON);
     user_data(&bar);
+    SetTip(*this, label.tip);
   }
 
   void SetNumber(int number) { number_ = std::to_string(number); }
@@ -156,7 +145,7 @@ class FilterBar::Words : public Fl_Widget {
 
   void draw() override {
     fl_color(color_);
-    fl_font(FL_HELVETICA, Layout::kSmallFontSize);
+    fl_font(FL_HELVETICA, Sizes::kSmallFontSize);
     DrawText(FitHead(text_, w()), x(), y(), h());
   }
 
@@ -165,31 +154,30 @@ class FilterBar::Words : public Fl_Widget {
   std::string text_;
 };
 
-FilterBar::FilterBar(int x, int y, int w, int h, const TextTable& texts)
-    : Fl_Group(x, y, w, h), texts_(texts) {
+FilterBar::FilterBar(int x, int y, int w, int h, const TextTable& texts, const Labels& labels)
+    : Fl_Group(x, y, w, h) {
   box(FL_FLAT_BOX);
   color(Theme::kWindow);
   field_ = new WordField(*this, texts.Get("ui_filter_hint"));
-  SetTip(*field_, texts.Get("ui_filter_tip"));
-  for (std::size_t i = 0; i < kStatusClasses; ++i) {
-    const std::string& words = texts.Get(kClasses[i].key);
-    switches_[i] = new Switch(*this, kClasses[i].icon, words);
-    switches_[i]->SetNumber(0);
-    SetTip(*switches_[i], texts.Format("ui_chip_tip", words));
-    switches_[i]->callback([](Fl_Widget*, void* bar) { static_cast<FilterBar*>(bar)->Tell(); });
+  SetTip(*field_, labels.fieldTip);
+  for (const Label& label : labels.classes) {
+    Switch* const one = switches_.emplace_back(new Switch(*this, label));
+    one->SetNumber(0);
+    one->callback([](Fl_Widget*, void* bar) { static_cast<FilterBar*>(bar)->Tell(); });
   }
-  follow_ = new Switch(*this, "", texts.Get("ui_follow"));
-  SetTip(*follow_, texts.Get("ui_follow_tip"));
-  follow_->callback([](Fl_Widget* follow, void* self) {
-    const auto* bar = static_cast<FilterBar*>(self);
-    if (bar->OnFollow) bar->OnFollow(static_cast<Switch*>(follow)->value() != 0);
-  });
-  count_ = new Words(Theme::kMuted);
+  if (!labels.follow.words.empty()) {
+    follow_ = new Switch(*this, labels.follow);
+    follow_->callback([](Fl_Widget* follow, void* self) {
+      const auto* bar = static_cast<FilterBar*>(self);
+      if (bar->OnFollow) bar->OnFollow(static_cast<Switch*>(follow)->value() != 0);
+    });
+  }
+  said_ = new Words(Theme::kMuted);
   order_ = new Words(Theme::kAccent);
   order_->OnPress = [this] {
-    if (OnRunningOrder) OnRunningOrder();
+    if (OnOrder) OnOrder();
   };
-  SetTip(*order_, texts.Get("ui_sorted_tip"));
+  SetTip(*order_, labels.orderTip);
   end();
   resizable(nullptr);
   LayOut();
@@ -204,34 +192,23 @@ void FilterBar::Clear() {
 void FilterBar::Tell() {
   view_.words = field_->value();
   view_.classes.clear();
-  for (std::size_t i = 0; i < kStatusClasses; ++i)
-    if (switches_[i]->value()) view_.classes.insert(static_cast<StatusClass>(i));
+  for (std::size_t i = 0; i < switches_.size(); ++i)
+    if (switches_[i]->value()) view_.classes.insert(i);
   if (OnFilter) OnFilter(view_.words, view_.classes);
-}
-
-std::string FilterBar::CountWords() const {
-  const bool part = view_.shown < view_.all || !view_.words.empty() || !view_.classes.empty();
-  return part ? texts_.Format("ui_shown_of", std::to_string(view_.shown), std::to_string(view_.all))
-              : std::string();
 }
 
 void FilterBar::Show(const View& view) {
   if (view == view_ && view.words == field_->value()) return;
   view_ = view;
   if (view.words != field_->value()) field_->value(view.words.c_str());
-  for (std::size_t i = 0; i < kStatusClasses; ++i) {
-    switches_[i]->SetNumber(view.counts[i]);
-    switches_[i]->value(view.classes.count(static_cast<StatusClass>(i)) ? 1 : 0);
+  for (std::size_t i = 0; i < switches_.size(); ++i) {
+    switches_[i]->SetNumber(view.counts.at(i));
+    switches_[i]->value(view.classes.count(i) ? 1 : 0);
   }
-  count_->SetText(CountWords());
-  order_->SetText(view.sortedBy.empty() ? std::string()
-                                        : texts_.Format("ui_sorted_by", view.sortedBy));
+  said_->SetText(view.said);
+  order_->SetText(view.order);
   LayOut();
   redraw();
-}
-
-void FilterBar::ShowFollow(bool follow) {
-  follow_->value(follow ? 1 : 0);
 }
 
 void FilterBar::TakeFocus() {
@@ -242,28 +219,29 @@ void FilterBar::TakeFocus() {
 // The words of the switches go first when there is no room, then those at the right.
 void FilterBar::LayOut() {
   const auto needed = [this](bool words) {
-    int width = follow_->Wanted(true) + Layout::kGap;
-    for (const Switch* one : switches_) width += one->Wanted(words) + Layout::kGap;
+    int width = follow_ != nullptr ? follow_->Wanted(true) + Sizes::kGap : 0;
+    for (const Switch* one : switches_) width += one->Wanted(words) + Sizes::kGap;
     return width;
   };
-  const int said = count_->Wanted() + order_->Wanted() + 2 * Layout::kMargin;
+  const int said = said_->Wanted() + order_->Wanted() + 2 * Sizes::kMargin;
   const bool words = w() >= kNarrowField + needed(true) + said;
   const int left = w() - needed(words) - said;
   const int top = y() + (h() - kHeight) / 2;
   field_->resize(x(), top, std::clamp(left, kNarrowField, kWideField), kHeight);
-  int at = field_->x() + field_->w() + Layout::kGap;
-  for (Switch* one : switches_) {
-    one->SetPlace(at, top, words);
-    at += one->w() + Layout::kGap;
-  }
-  follow_->SetPlace(at, top, true);
-  at += follow_->w() + Layout::kMargin;
+  int at = field_->x() + field_->w() + Sizes::kGap;
+  const auto place = [&](Switch& one, bool inWords) {
+    one.SetPlace(at, top, inWords);
+    at += one.w() + Sizes::kGap;
+  };
+  for (Switch* one : switches_) place(*one, words);
+  if (follow_ != nullptr) place(*follow_, true);
+  at += Sizes::kMargin - Sizes::kGap;
   int right = x() + w();
-  for (Words* one : {order_, count_}) {
+  for (Words* one : {order_, said_}) {
     const int width = std::min(one->Wanted(), right - at);
     one->resize(right - std::max(width, 0), top, std::max(width, 0), kHeight);
     width >= std::min(kLeastWords, one->Wanted()) && width > 0 ? one->show() : one->hide();
-    right = one->x() - Layout::kMargin;
+    right = one->x() - Sizes::kMargin;
   }
 }
 
