@@ -68,14 +68,17 @@ TEST(ChineseTexts, AreKeptInTheCodePageAndShownInUtf8) {
 class Sample : public Flx_Base_Dialog {
  public:
   static constexpr WidgetName<Fl_Button> kButton{"ID_BUTTON1"};
-  explicit Sample(int language) : Flx_Base_Dialog(nullptr, language) {
-    const DialogText texts[] = {{"key", "Memory", "内存"}};
-    SetLayouts(
-        "ID_WINDOW,Window,\"Memory\",1,2,300,200,1,1,49,49,1,0,14,56,1,99,\"\",0,0,0,0,\"内存\"\n"
-        "ID_BUTTON1,Button,\"Memory\",5,6,80,24,2,3,49,49,0,0,12,56,0,99,\"Tip\",0,0,0,0,"
-        "\"内存\",\"内存\"\n");
-    SetTexts(texts);
-  }
+  explicit Sample(int language)
+      : Flx_Base_Dialog(
+            nullptr, language,
+            "ID_WINDOW,Window,\"Memory\",1,2,300,200,1,1,49,49,1,0,14,56,1,99,\"\",0,0,0,0,"
+            "\"内存\"\n"
+            "ID_BUTTON1,Button,\"Memory\",5,6,80,24,2,3,49,49,0,0,12,56,0,99,\"Tip\",0,0,0,0,"
+            "\"内存\",\"内存\"\n",
+            kTexts) {}
+
+ private:
+  static constexpr DialogText kTexts[] = {{"key", "Memory", "内存"}};
 };
 
 TEST(ChineseDialogs, HandLabelsOnInTheCodePage) {

@@ -38,9 +38,7 @@ ID_BUTTON1,Button,"OK",260,286,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"确定
 }  // namespace
 
 Flx_About::Flx_About(Fl_Window* parent, int language, const std::string& workFolder)
-    : Flx_Base_Dialog(parent, language), workFolder_(workFolder) {
-  SetLayouts(kLayout);
-}
+    : Flx_Base_Dialog(parent, language, kLayout), workFolder_(workFolder) {}
 
 bool Flx_About::Initialise() {
   if (!HasAll(kPicture, kProgram, kBuildDate, kSystem, kWorkFolder, kOk)) return false;

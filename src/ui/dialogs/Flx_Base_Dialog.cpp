@@ -18,9 +18,12 @@ constexpr DialogText kCommonTexts[] = {
 
 }  // namespace
 
-Flx_Base_Dialog::Flx_Base_Dialog(Fl_Window* parent, int language)
+Flx_Base_Dialog::Flx_Base_Dialog(Fl_Window* parent, int language, const std::string& layout,
+                                 std::span<const DialogText> texts)
     : parent_(parent), language_(language) {
   SetTexts(kCommonTexts);
+  SetLayouts(layout);
+  SetTexts(texts);
 }
 
 Flx_Base_Dialog::~Flx_Base_Dialog() {
@@ -187,5 +190,6 @@ void Flx_Base_Dialog::CentreOnParent() {
 void Flx_Base_Dialog::Present(Fl_Button& byEnter, Fl_Widget& focused) {
   byEnter.shortcut(FL_Enter);
   CentreOnParent();
+  if (auto* const field = dynamic_cast<Fl_Input*>(&focused)) field->position(field->size(), 0);
   focused.take_focus();
 }

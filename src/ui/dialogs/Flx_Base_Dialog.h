@@ -35,8 +35,7 @@ struct DialogText {
 // Chinese texts are UTF-8 literals in the sources and code page 936 in the dialog and in the labels
 // of its widgets, which have a label type that decodes while it draws. So:
 //   static constexpr WidgetName<Fl_Button> kClose{"ID_BUTTON1"};  // in the class
-//   SetLayouts(kLayout);                                          // in the constructor
-//   SetTexts(kTexts);
+//   : Flx_Base_Dialog(parent, language, kLayout, kTexts)  // in the constructor
 //   Find(kClose)->label(ConvertText(GetText("close")));  // labels of the layout's widgets
 //   list->add(Shown("no_file").c_str());                 // all else that FLTK shows: UTF-8
 //   ShowLabel(*widget, ToUi(path));                      // labels with other text than our own
@@ -45,7 +44,9 @@ struct DialogText {
 class Flx_Base_Dialog {
  public:
   // `language`: 0 English, 1 Chinese; a dialog of another one has no layout and does not open.
-  Flx_Base_Dialog(Fl_Window* parent, int language);
+  // The layout and the texts may come later, too: see SetLayouts and SetTexts.
+  Flx_Base_Dialog(Fl_Window* parent, int language, const std::string& layout = {},
+                  std::span<const DialogText> texts = {});
   virtual ~Flx_Base_Dialog();
   Flx_Base_Dialog(const Flx_Base_Dialog&) = delete;
   Flx_Base_Dialog& operator=(const Flx_Base_Dialog&) = delete;
@@ -109,7 +110,7 @@ class Flx_Base_Dialog {
   void CentreOnParent();
 
   // The last step of Initialise for a dialog of the usual kind: the window stands over its parent,
-  // Enter presses one button, and one widget has the focus.
+  // Enter presses one button, and one widget has the focus; the text of a field is selected.
   void Present(Fl_Button& byEnter, Fl_Widget& focused);
 
   // Null before Build.

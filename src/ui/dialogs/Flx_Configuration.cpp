@@ -37,12 +37,9 @@ constexpr DialogText kTexts[] = {
 }  // namespace
 
 Flx_Configuration::Flx_Configuration(Fl_Window* parent, Application& application)
-    : Flx_Base_Dialog(parent, application.language),
+    : Flx_Base_Dialog(parent, application.language, kLayout, kTexts),
       application_(application),
-      settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+      settings_(application.SettingsAndFiles()) {}
 
 bool Flx_Configuration::Initialise() {
   if (!HasAll(kLanguage, kEditor, kChooseEditor, kOutputDump, kDeleteAdaptive, kClose))

@@ -42,10 +42,7 @@ std::string Number(double value) {
 
 Flx_EndTime::Flx_EndTime(Fl_Window* parent, int language, std::optional<double> now,
                          std::optional<double> endTime)
-    : Flx_Base_Dialog(parent, language), now_(now), endTime_(endTime) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+    : Flx_Base_Dialog(parent, language, kLayout, kTexts), now_(now), endTime_(endTime) {}
 
 bool Flx_EndTime::Initialise() {
   if (!HasAll(kNow, kWrong) || !HasAll(kSet, kCancel) || !Find(kTime)) return false;
@@ -56,7 +53,6 @@ bool Flx_EndTime::Initialise() {
   ShowLabel(*Find(kWrong), Shown("meaning"));
   Fl_Input* input = Find(kTime);
   if (endTime_) input->value(Number(*endTime_).c_str());
-  input->position(input->size(), 0);
   Present(*Find(kSet), *input);
   return true;
 }

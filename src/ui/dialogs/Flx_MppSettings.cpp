@@ -78,11 +78,9 @@ const Flx_MppSettings::TextField Flx_MppSettings::kTextFields[] = {
 };
 
 Flx_MppSettings::Flx_MppSettings(Fl_Window* parent, Application& application)
-    : Flx_Base_Dialog(parent, application.language),
+    : Flx_Base_Dialog(parent, application.language, kLayout, kTexts),
       application_(application),
       settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
   SetTexts(HostEditor::kTexts);
 }
 

@@ -53,9 +53,7 @@ void Activate(Fl_Widget* widget, bool on) {
 }  // namespace
 
 Flx_MultipleStages::Flx_MultipleStages(Fl_Window* parent, int language, Subject subject)
-    : Flx_Base_Dialog(parent, language), subject_(std::move(subject)) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
+    : Flx_Base_Dialog(parent, language, kLayout, kTexts), subject_(std::move(subject)) {
   SetTexts(StageTable::kTexts);
 }
 

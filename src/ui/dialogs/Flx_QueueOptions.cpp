@@ -135,10 +135,8 @@ bool HasReportEnding(const std::string& path) {
 }  // namespace
 
 Flx_QueueOptions::Flx_QueueOptions(Fl_Window* parent, Application& application)
-    : Flx_Base_Dialog(parent, application.language), settings_(application.SettingsAndFiles()) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+    : Flx_Base_Dialog(parent, application.language, kLayout, kTexts),
+      settings_(application.SettingsAndFiles()) {}
 
 bool Flx_QueueOptions::Initialise() {
   for (const ChoiceField& field : kChoices) {

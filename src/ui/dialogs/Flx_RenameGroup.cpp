@@ -18,16 +18,12 @@ ID_BUTTON2,Button,"Cancel",186,42,80,24,2,3,49,49,0,0,12,56,0,99,"",0,0,0,0,"取
 }  // namespace
 
 Flx_RenameGroup::Flx_RenameGroup(Fl_Window* parent, int language, const std::string& name)
-    : Flx_Base_Dialog(parent, language), name_(name) {
-  SetLayouts(kLayout);
-}
+    : Flx_Base_Dialog(parent, language, kLayout), name_(name) {}
 
 bool Flx_RenameGroup::Initialise() {
   if (!HasAll(kName, kOk, kCancel)) return false;
-  Fl_Input* input = Find(kName);
-  input->value(ToUi(name_).c_str());
-  input->position(input->size(), 0);
-  Present(*Find(kOk), *input);
+  Find(kName)->value(ToUi(name_).c_str());
+  Present(*Find(kOk), *Find(kName));
   return true;
 }
 

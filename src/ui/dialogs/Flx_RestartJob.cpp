@@ -42,10 +42,7 @@ constexpr DialogText kTexts[] = {
 }  // namespace
 
 Flx_RestartJob::Flx_RestartJob(Fl_Window* parent, Application& application)
-    : Flx_Base_Dialog(parent, application.language), application_(application) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+    : Flx_Base_Dialog(parent, application.language, kLayout, kTexts), application_(application) {}
 
 bool Flx_RestartJob::Initialise() {
   if (!HasAll(kRestart, kChooseRestart, kUseInput, kInput, kChooseInput, kOk, kCancel))

@@ -42,10 +42,7 @@ constexpr DialogText kTexts[] = {
 
 Flx_ShowCommand::Flx_ShowCommand(Fl_Window* parent, int language,
                                  std::vector<CommandRequest> requests)
-    : Flx_Base_Dialog(parent, language), requests_(std::move(requests)) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+    : Flx_Base_Dialog(parent, language, kLayout, kTexts), requests_(std::move(requests)) {}
 
 Flx_ShowCommand::~Flx_ShowCommand() {
   Fl::remove_timeout(Look, this);

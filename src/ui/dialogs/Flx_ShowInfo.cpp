@@ -67,10 +67,7 @@ Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, JobOutput output)
     : Flx_ShowInfo(parent, language, std::vector{std::move(output)}) {}
 
 Flx_ShowInfo::Flx_ShowInfo(Fl_Window* parent, int language, std::vector<JobOutput> outputs)
-    : Flx_Base_Dialog(parent, language), outputs_(std::move(outputs)) {
-  SetLayouts(kLayout);
-  SetTexts(kTexts);
-}
+    : Flx_Base_Dialog(parent, language, kLayout, kTexts), outputs_(std::move(outputs)) {}
 
 Flx_ShowInfo::~Flx_ShowInfo() {
   Fl::remove_timeout(Look, this);
