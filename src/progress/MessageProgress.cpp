@@ -284,7 +284,6 @@ void MessageProgress::TakeOption(std::string_view word) {
   const std::string key = Lower(word.substr(0, 2));
   if (word.size() > kLongestPath) return;
   if (key == "i=") deck_ = word.substr(2);
-  if (key == "r=") restart_ = word.substr(2);
 }
 
 void MessageProgress::TakeEnd(RunEnd end, std::string_view line) {

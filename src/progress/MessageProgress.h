@@ -74,7 +74,6 @@ class MessageProgress : public LineTaker {
 
   // Of the command line that the file begins with; empty where it is not told.
   const std::string& DeckName() const { return deck_; }
-  const std::string& RestartName() const { return restart_; }
 
  private:
   void TakeLine(std::string_view line);
@@ -108,10 +107,9 @@ class MessageProgress : public LineTaker {
   bool inOptions_ = false;
   RunEnd end_ = RunEnd::kRunning;
   std::string deck_;
-  std::string restart_;
 };
 
-// "status.out": the newest block.
+// "status.out": the newest block. One thread at a time.
 class StatusProgress : public LineTaker {
  public:
   void BeginAnew() override { estimate_ = {}; }

@@ -45,7 +45,8 @@ struct RunCurves {
 
 RunCurves MakeCurves(const GlobalStates& states, const MessageProgress& message);
 
-// How many bytes a run had on the disk at which clock.
+// How many bytes a run had on the disk at which clock: seconds, as progress/SolverClock.h has them.
+// One thread at a time.
 class DiskUse {
  public:
   struct File {

@@ -1,5 +1,5 @@
 // What the outputs of INC and Vorel tell of a run: when it began and how it ended. They tell of no
-// end time, so the rest is unknown.
+// end time, so the rest is unknown. One thread at a time.
 #ifndef KR_PROGRESS_TEXTOUTPUT_H
 #define KR_PROGRESS_TEXTOUTPUT_H
 

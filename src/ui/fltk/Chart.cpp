@@ -323,17 +323,8 @@ void Chart::DrawZoomFrame() {
   fl_line_style(0);
 }
 
-// A line through the nearest point, and what each curve is there.
-void Chart::DrawCursor() {
-  if (!isPointed_ || isZooming_ || !plot_.Has(pointX_, pointY_)) return;
-  const double at = ValueAtX(pointX_);
-  struct Line {
-    Fl_Color color;
-    std::string name, value;
-    double x, y;
-  };
-  std::vector<Line> lines;
-  double nearest = 0;
+std::vector<Chart::Pointed> Chart::PointedAt(double at, double& nearest) const {
+  std::vector<Pointed> all;
   double least = -1;
   for (const Shown& one : curves_) {
     if (!one.on || one.curve.isGuide) continue;
@@ -341,38 +332,49 @@ void Chart::DrawCursor() {
     if (point >= one.curve.x->size()) continue;
     const double px = (*one.curve.x)[point];
     const double value = (*one.curve.y)[point];
-    lines.push_back({one.curve.color, one.curve.name,
-                     yAxis_.isClock ? ClockText(value, true) : ValueText(value), px, value});
+    all.push_back({one.curve.color, one.curve.name,
+                   yAxis_.isClock ? ClockText(value, true) : ValueText(value), px, value});
     if (least >= 0 && std::abs(px - at) >= least) continue;
     least = std::abs(px - at);
     nearest = px;
   }
+  return all;
+}
+
+// A line through the nearest point, and what each curve is there.
+void Chart::DrawCursor() {
+  if (!isPointed_ || isZooming_ || !plot_.Has(pointX_, pointY_)) return;
+  double nearest = 0;
+  const std::vector<Pointed> all = PointedAt(ValueAtX(pointX_), nearest);
   const ChartZoom::View& view = made_.view;
-  if (lines.empty() || nearest < view.x.low || nearest > view.x.high) return;
-  const int hair =
-      plot_.x + static_cast<int>((nearest - view.x.low) / view.x.Width() * (plot_.w - 1));
+  if (all.empty() || nearest < view.x.low || nearest > view.x.high) return;
+  const auto pixelX = [&](double value) {
+    return plot_.x + static_cast<int>((value - view.x.low) / view.x.Width() * (plot_.w - 1));
+  };
+  const int hair = pixelX(nearest);
   fl_color(Theme::kMuted);
   fl_line_style(FL_DOT);
   fl_yxline(hair, plot_.y, plot_.y + plot_.h - 1);
   fl_line_style(0);
-  for (const Line& line : lines) {
-    if (line.y < view.y.low || line.y > view.y.high) continue;
+  for (const Pointed& one : all) {
+    if (one.y < view.y.low || one.y > view.y.high) continue;
     const int py =
-        plot_.y + static_cast<int>((view.y.high - line.y) / view.y.Width() * (plot_.h - 1));
-    const int px =
-        plot_.x + static_cast<int>((line.x - view.x.low) / view.x.Width() * (plot_.w - 1));
-    fl_color(line.color);
-    fl_pie(px - 3, py - 3, 7, 7, 0, 360);
+        plot_.y + static_cast<int>((view.y.high - one.y) / view.y.Width() * (plot_.h - 1));
+    fl_color(one.color);
+    fl_pie(pixelX(one.x) - 3, py - 3, 7, 7, 0, 360);
   }
+  DrawValues(all, xAxis_.isClock ? ClockText(nearest, true) : ValueText(nearest), hair);
+}
 
+// In a box beside the hair, on the side that has room.
+void Chart::DrawValues(const std::vector<Pointed>& all, const std::string& place, int hair) {
   fl_font(FL_HELVETICA, Sizes::kSmallFontSize);
-  const std::string head =
-      xAxis_.quantity + ": " + (xAxis_.isClock ? ClockText(nearest, true) : ValueText(nearest));
+  const std::string head = xAxis_.quantity + ": " + place;
   int width = TextWidth(head);
-  for (const Line& line : lines)
-    width = std::max(width, kMark + 4 + TextWidth(line.name + "  " + line.value));
+  for (const Pointed& one : all)
+    width = std::max(width, kMark + 4 + TextWidth(one.name + "  " + one.value));
   width += 2 * kPadding;
-  const int height = static_cast<int>(lines.size() + 1) * kLabelHeight + 8;
+  const int height = static_cast<int>(all.size() + 1) * kLabelHeight + 8;
   int left = hair + 10;
   if (left + width > plot_.x + plot_.w) left = hair - 10 - width;
   left = std::max(left, x() + 2);
@@ -382,7 +384,7 @@ void Chart::DrawCursor() {
   int line = top + 4;
   fl_color(Theme::kText);
   DrawText(head, left + kPadding, line, width, kLabelHeight, FL_ALIGN_LEFT);
-  for (const Line& one : lines) {
+  for (const Pointed& one : all) {
     line += kLabelHeight;
     fl_color(one.color);
     fl_rectf(left + kPadding, line + kLabelHeight / 2 - 1, kMark, 3);

@@ -80,7 +80,16 @@ class Chart : public Fl_Widget {
   void DrawLegend();
   void DrawAxes();
   void DrawCurves();
+  // The point of each curve that is nearest to the place; `nearest` is the place of the nearest of
+  // them, as it was when there is none.
+  struct Pointed {
+    Fl_Color color;
+    std::string name, value;
+    double x, y;
+  };
+  std::vector<Pointed> PointedAt(double at, double& nearest) const;
   void DrawCursor();
+  void DrawValues(const std::vector<Pointed>& all, const std::string& place, int hair);
   void DrawZoomFrame();
   void DrawButton(const Area& area, const std::string& label, bool hovered);
   int HandlePush();

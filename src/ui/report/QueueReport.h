@@ -45,7 +45,7 @@ struct ReportedGroup {
   std::vector<ReportedJob> jobs;
 };
 
-// All its jobs, or those of them alone.
+// All its jobs, or those of them alone, as they are now. Any thread; reads no files.
 ReportedGroup ReportOf(const JobGroup& group, const std::vector<JobId>* only = nullptr);
 
 // What is said of a job behind its status, in English: "solver error 40509", "stopped at 38% of the

@@ -8,6 +8,7 @@
 #include "ui/text/TextTable.h"
 
 // In UTF-8 and the language of the texts: how many, of when, and how far they had come.
+// Interface thread, which has the texts.
 std::string LeftText(const LeftBehind& left, const TextTable& texts);
 
 #endif
