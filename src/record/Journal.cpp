@@ -77,15 +77,15 @@ std::string Word(const std::string& text) {
   return text.empty() ? "-" : text;
 }
 
-// The newest that is read and the one that is written. Version 2 of the queue has changes of several
-// jobs, at which a program that knows version 1 alone would stop.
+// The newest that is read and the one that is written. Version 2 of the queue has changes of
+// several jobs, at which a program that knows version 1 alone would stop.
 int VersionOf(const std::string& kind) {
   return kind == kQueueKind ? 2 : 1;
 }
 
 std::string Title(const JournalName& name, std::size_t count) {
-  return "kestrun " + name.kind + ' ' + std::to_string(VersionOf(name.kind)) + ' ' + Word(name.machine) + ' ' +
-         std::to_string(count) + ' ' + Word(name.id);
+  return "kestrun " + name.kind + ' ' + std::to_string(VersionOf(name.kind)) + ' ' +
+         Word(name.machine) + ' ' + std::to_string(count) + ' ' + Word(name.id);
 }
 
 JournalText::State StateOfTitle(std::string_view title, const JournalName& name,

@@ -8,8 +8,8 @@
 #include "support/TempFolder.h"
 #include "TestChild.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/process/PTWrapper.h"
 #include "util/process/ProcessUse.h"
+#include "util/process/PTWrapper.h"
 
 namespace {
 
