@@ -173,7 +173,9 @@ bool HandOverWriter::StopWaiting() {
 bool HandOverWriter::TakeBack() {
   if (!Waits()) return false;
   HandOverGuard guard(files_, path_);
-  return Enter(guard, kTakeBackLockMs) && record_.TakeBack(path_);
+  if (!Enter(guard, kTakeBackLockMs) || !record_.TakeBack(path_)) return false;
+  record_ = {};  // it may lie there for long, and nothing waits
+  return true;
 }
 
 HandOverReader::HandOverReader(SettingsAndPaths& files, Queue queue)

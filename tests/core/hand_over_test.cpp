@@ -74,6 +74,7 @@ TEST_F(HandOverTest, WhatNobodyTakesIsTakenBackAndSaid) {
   ASSERT_TRUE(Write(second, {"/c.k"}));
   EXPECT_TRUE(first.Waits());
   EXPECT_FALSE(first.StopWaiting());
+  EXPECT_TRUE(!first.Waits() && first.StopWaiting()) << "it is said once";
   ASSERT_EQ(first.Faults().size(), 1u);
   EXPECT_TRUE(LogHolds(files_, first.Faults().front().English()));
   EXPECT_EQ(Poll(), Paths{Name("c.k")});
