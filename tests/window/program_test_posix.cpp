@@ -63,6 +63,17 @@ TEST_F(ProgramTest, OptionsSubmitReportAndQuit) {
   EXPECT_EQ(WaitExit(copy), 4);
   EXPECT_EQ(TempFolder::Read(copy.output), "Write report file [" + report + "] failed\n");
   EXPECT_EQ(Groups(), "Group1=\n");
+
+  // Nobody reads what it prints.
+  for (const std::string output : {"<&- >&- 2>&-", "2> >(true)"}) {
+    copy = StartCopy(submit + quit + Deck("unread", "run 3"), "home",
+                     "bash -c 'exec \"$0\" \"$@\" " + output + "'");
+    ASSERT_TRUE(WaitUntil([&] { return SolverRuns("unread.k"); }, kRun));
+    const std::string printed = "/proc/" + std::to_string(copy.pid) + "/fd/2";
+    EXPECT_FALSE(std::filesystem::is_regular_file(printed))
+        << "the text would damage a file of ours";
+    EXPECT_EQ(WaitExit(copy, kRun), 4) << output;
+  }
 }
 
 TEST_F(ProgramTest, SecondCopyHandsItsJobOverAndRaisesTheWindow) {
