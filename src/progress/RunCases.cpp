@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr double kLongest = 1e9;      // seconds: what cases far apart in length come to, not a run
 constexpr double kLeastSpread = 1.3;  // of an estimate that one case makes for others
 
 // Without what is put behind its name after the run.
@@ -138,7 +139,8 @@ RunCases::Weights RunCases::Weigh(const std::vector<RunNews>& all) const {
   const std::size_t count = deck_.cases.size() - std::min(all.size(), deck_.cases.size());
   if (ahead.size() > count)
     ahead.erase(ahead.begin(), ahead.end() - static_cast<std::ptrdiff_t>(count));
-  const auto isUnknown = [](double endTime) { return !(endTime > 0); };
+  constexpr double kMost = 1e100;  // sums and quotients of longer ones would have no value
+  const auto isUnknown = [](double endTime) { return !(endTime > 1 / kMost && endTime < kMost); };
   const bool alike = std::any_of(found.begin(), found.end(), isUnknown) ||
                      std::any_of(ahead.begin(), ahead.end(), isUnknown);
   const auto sum = [&](const std::vector<double>& values) {
@@ -171,7 +173,7 @@ void RunCases::AddTimeOfRest(const std::vector<RunNews>& all, const Weights& wei
     if (weight > 0) perWeight = seconds / weight;
     if (runs) news.secondsLeft = std::max(perWeight * weights.newest - took(news), 0.0);
   }
-  if (perWeight <= 0) {
+  if (perWeight <= 0 || perWeight * weights.ahead > kLongest) {
     news.secondsLeft.reset();
     return;
   }

@@ -299,6 +299,8 @@ void MonitorWindow::ShowStages() {
 }
 
 std::string MonitorWindow::WhyEmpty() const {
+  if (reader_.IsCancelled() && (!picture_ || !picture_->isWhole))
+    return texts_.Get("mon_cancelled");
   if (!picture_) return texts_.Get("mon_reading");
   if (run_.IsJob() && state_.run.path.empty()) return texts_.Get("mon_none_queued");
   if (!run_.IsJob() && picture_->files.kind == RunFiles::Kind::kNone)

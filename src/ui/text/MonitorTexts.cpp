@@ -68,8 +68,8 @@ constexpr TextRow kMonitor[] = {
     {"mon_none_disk", "When the files grew is not known: they were copied, or are gone.",
      "文件增长的时间未知：文件被复制过，或已不存在。"},
     {"mon_reading", "Reading the files of the run...", "正在读取计算文件..."},
-    {"mon_cancelled", "Reading was cancelled; this is what was read until then.",
-     "已取消读取；此处显示的是之前读取的内容。"},
+    {"mon_cancelled", "Cancelled; this is what was read until then.",
+     "已取消；显示的是此前读取的内容。"},
     {"mon_read_on", "Read On", "继续读取"},
     {"mon_removed", "The job is no longer in the queue.", "任务已不在队列中。"},
 
