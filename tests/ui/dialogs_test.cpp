@@ -370,7 +370,7 @@ TEST_F(StagesTest, TellHowTheyEnded) {
                 EXPECT_EQ(
                     RowsOf(Stages(dialog)),
                     (Lines{"(1   one.k)|(–)|(LS-DYNA (S))|(500)|Queued|(View...)|(View...)",
-                           "2   two.k|–|LS-DYNA (S)|500|Aborted|View...|View...",
+                           "2   two.k|–|LS-DYNA (S)|500|solver error 40509|View...|View...",
                            "3   three.k|TRIMMING|LS-DYNA (S)|500|Queued|(View...)|(View...)"}));
                 MoveToCell(Stages(dialog), 1, "Status");
                 EXPECT_EQ(Tip().substr(0, 8), "Reason: ");
