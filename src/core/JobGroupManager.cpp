@@ -41,6 +41,8 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
  public:
   explicit ObserverRelay(QueueObserver* recorder) : recorder_(recorder) {}
 
+  void StopRecording() { recorder_ = nullptr; }
+
   void Set(QueueObserver* observer) {
     const WriteLock lock(mutex_);
     observer_ = observer;
@@ -104,12 +106,12 @@ class JobGroupManager::ObserverRelay : public QueueObserver {
  private:
   template <typename Call>
   void Tell(Call call) {
-    if (recorder_ != nullptr) call(*recorder_);
+    if (QueueObserver* const recorder = recorder_) call(*recorder);
     const ReadLock lock(mutex_);
     if (observer_ != nullptr) call(*observer_);
   }
 
-  QueueObserver* const recorder_;
+  std::atomic<QueueObserver*> recorder_;
 
   SharedMutex mutex_;
   QueueObserver* observer_ KR_GUARDED_BY(mutex_) = nullptr;
@@ -127,7 +129,9 @@ JobGroupManager::JobGroupManager(SettingsAndPaths& settings,
       watch_([&settings] { return settings.Snapshot(); },
              [this](JobId job) { relay_->RunLookedAt(job); }, settings.Log().Sink()) {}
 
+// What was not stopped before is left to the next session.
 JobGroupManager::~JobGroupManager() {
+  relay_->StopRecording();
   RequestStop(-1);
   threads_->WaitForNone(kStopLimit);
 }

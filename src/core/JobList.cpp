@@ -230,6 +230,8 @@ void JobList::EndRun(JobFile& job, JobStatus status, std::int64_t ended) {
 void JobList::AbortActiveJobs() {
   const Access access(*this);
   for (const std::shared_ptr<JobFile>& job : jobs_) {
-    if (IsActive(job->status)) job->Abort();
+    if (!IsActive(job->status) || job->abort) continue;
+    job->Abort();
+    observer_.JobStatusChanged(id_, *job);
   }
 }

@@ -78,10 +78,15 @@ void QueueRecord::Begin() {
   leaving_ = std::move(before.leaving);
   for (const SessionImage& session : left_) {
     for (const auto& [id, job] : session.jobs) {
-      if (GoesOn(job) && job.run->process.id == 0) starting_.push_back(*job.run);
+      if (!GoesOn(job)) continue;
+      if (job.stops) {
+        stopped_.push_back(*job.run);
+      } else if (job.run->process.id == 0) {
+        starting_.push_back(*job.run);
+      }
     }
   }
-  isSearched_ = !starting_.empty();
+  isSearched_ = !starting_.empty() || !stopped_.empty();
   if (isSearched_ || !leaving_.empty()) {
     looker_ = std::thread([this, last] { LookForProcesses(last); });
   }
@@ -93,6 +98,7 @@ void QueueRecord::LookForProcesses(std::int64_t last) {
     const MutexLock lock(foundMutex_);
     found_[run.token] = process;
   }
+  for (const RunRecord& run : stopped_) EndStopped(run);
   isSearched_ = false;
   for (const LeavingRun& one : leaving_) EndLeaving(one.run, last);
 }
@@ -108,6 +114,17 @@ void QueueRecord::EndLeaving(const RunRecord& run, std::int64_t last) {
   if (end.ran) settings_.Log().Report(Message(MessageId::kRemovedEnded, file, id));
   writer_.Put(change::Run{kFormerJob, end.record});
   if (id != 0) writer_.PutRun(end.record);
+}
+
+// Its row comes back with the others and is judged then.
+void QueueRecord::EndStopped(const RunRecord& run) {
+  const UnwantedRun end = EndUnwantedRun(run, 0);
+  if (!end.runsOn.empty()) {
+    settings_.Log().Report(Message(MessageId::kNotEnded, end.runsOn));
+  } else if (end.ran) {
+    settings_.Log().Note(
+        Message(MessageId::kProcessEndedUnknown, end.record.process.id, run.jobFile));
+  }
 }
 
 ProcessIdentity QueueRecord::KnownProcessOf(const RunRecord& run) const {
@@ -227,7 +244,12 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image, std::int64_t last)
   const bool wasRunning = job->status == JobStatus::kRunning;
   job->status = JobStatus::kQueued;
   job->SetRunError(0, {});
-  if (wasRunning && !image.run) {
+  if (image.stops) {
+    job->status = JobStatus::kAborted;
+    job->ended = std::max(last, job->started);
+    job->SetHowFailed({FailureKind::kStopped});
+  }
+  if (wasRunning && !image.run && !image.stops) {
     job->status = JobStatus::kAborted;
     job->ended = std::max(last, job->started);
     job->SetRunError(0, Message(MessageId::kEndedBeforeItsSolver, job->MainFile()));

@@ -27,7 +27,7 @@ struct LeftBehind {
   int stillRun = 0;       // it is not
   int ended = 0;          // come back too, as they ended
   std::int64_t last = 0;  // when they were heard of last, seconds since 1970
-  bool isSearched = false;  // among those that were running more may turn out to run still
+  bool isSearched = false;  // how many of them run still may turn out to be another number
 
   int Jobs() const { return queued + wereRunning + stillRun + ended; }
 };
@@ -43,8 +43,8 @@ class QueueRecord : public QueueObserver {
   ~QueueRecord() override;  // waits for what Begin has started
 
   // Reads the record; from here on every change is kept in it. Before the first group is made. On a
-  // thread of its own, solvers are ended whose jobs the last session had removed, and solvers are
-  // looked for that it was starting.
+  // thread of its own, solvers are ended whose jobs the last session had removed or stopped, and
+  // solvers are looked for that it was starting.
   void Begin();
   // The session's first groups are there. Nothing is written before that.
   void GroupsMade();
@@ -110,6 +110,7 @@ class QueueRecord : public QueueObserver {
                       bool isUntouched, std::vector<Resumed>& resumed);
   void LookForProcesses(std::int64_t last);
   void EndLeaving(const RunRecord& run, std::int64_t last);
+  void EndStopped(const RunRecord& run);
   ProcessIdentity KnownProcessOf(const RunRecord& run) const;
   std::shared_ptr<JobFile> Revived(JobImage image, std::int64_t last) const;
 
@@ -123,12 +124,13 @@ class QueueRecord : public QueueObserver {
   std::vector<std::string> handedOver_;  // before
   std::uint64_t takenOver_ = 0;          // the mark behind what was taken over last
   std::vector<RunRecord> starting_;      // left behind, their process is not known
+  std::vector<RunRecord> stopped_;       // left behind, to be ended
   std::vector<LeavingRun> leaving_;
   mutable Mutex foundMutex_;
   std::map<std::string, ProcessIdentity> found_
       KR_GUARDED_BY(foundMutex_);  // of starting_, by token
   std::atomic<bool> isSearched_{false};
-  std::thread looker_;  // uses the two lists
+  std::thread looker_;  // uses the three lists
 };
 
 #endif

@@ -4,11 +4,20 @@ void JobImage::Set(const JobProgress& progress) {
   fields.status = progress.status;
   fields.started = progress.started;
   fields.ended = progress.ended;
+  stops = progress.stops;
   static_cast<RunResult&>(*this) = progress;
 }
 
+namespace {
+
+bool Stops(const JobFile& job) {
+  return job.abort && IsActive(job.status);
+}
+
+}  // namespace
+
 JobProgress ProgressOf(const JobFile& job) {
-  return {job.Result(), job.status, job.started, job.ended};
+  return {job.Result(), job.status, job.started, job.ended, Stops(job)};
 }
 
 JobImage ImageOf(const JobFile& job) {
@@ -18,6 +27,7 @@ JobImage ImageOf(const JobFile& job) {
   image.fields = job;
   if (const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job)) image.dyna = *dyna;
   static_cast<RunResult&>(image) = job.Result();
+  image.stops = Stops(job);
   for (const std::shared_ptr<JobFile>& stage : job.stages) image.stages.push_back(ImageOf(*stage));
   return image;
 }

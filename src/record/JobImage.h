@@ -15,6 +15,7 @@ struct JobProgress : RunResult {
   JobStatus status = JobStatus::kQueued;
   std::int64_t started = 0;
   std::int64_t ended = 0;
+  bool stops = false;  // the user has stopped it, and it has not ended yet
 
   bool operator==(const JobProgress&) const = default;
 };
@@ -26,6 +27,7 @@ struct JobImage : RunResult {
   std::optional<DynaFields> dyna;
   std::optional<RunRecord> run;  // the one that is under way, or was when the program died
   std::vector<JobImage> stages;
+  bool stops = false;  // see JobProgress
 
   void Set(const JobProgress& progress);
   bool operator==(const JobImage&) const = default;

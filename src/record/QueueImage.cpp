@@ -25,6 +25,7 @@ void WriteProgress(const JobImage& job, Json& json) {
   if (!job.lastWords.Empty()) json["words"] = Of(job.lastWords);
   if (job.stoppedAt != kNotStopped) json["stopped"] = job.stoppedAt;
   if (job.failure != Failure()) json["how"] = Of(job.failure);
+  if (job.stops) json["stops"] = true;
   for (const auto& [key, count] : kCounts) {
     if (job.*count) json[key] = *(job.*count);
   }
@@ -57,6 +58,7 @@ void TakeProgress(const Value& json, JobImage& job) {
   TakeKey(json, "words", job.lastWords);
   TakeKey(json, "stopped", job.stoppedAt);
   TakeKey(json, "how", job.failure);
+  TakeKey(json, "stops", job.stops);
   for (const auto& [key, count] : kCounts) TakeKey(json, key, job.*count);
 }
 
@@ -174,7 +176,7 @@ const std::map<std::string, Reader, std::less<>>& Readers() {
          c.stage = static_cast<JobId>(stage);
          JobImage job;
          TakeProgress(json.items[3], job);
-         c.progress = {job, job.fields.status, job.fields.started, job.fields.ended};
+         c.progress = {job, job.fields.status, job.fields.started, job.fields.ended, job.stops};
          return c;
        }},
       {"run", ReadFields<change::Run, &change::Run::job, &change::Run::run>},

@@ -524,30 +524,38 @@ TEST_F(QueueRecordTest, AGroupThatRunsWaitsForASolverThatIsTakenOver) {
 }
 
 // The program is killed before they have ended.
-TEST_F(QueueRecordTest, SolversOfRemovedJobsAreEndedByTheNextStart) {
+TEST_F(QueueRecordTest, SolversOfRemovedAndStoppedJobsAreEndedByTheNextStart) {
   auto first = Start();
   first->manager.AddGroup("Removed");
   const auto job = first->Add(DeckOf("a", "run 60"), JobStatus::kRunning);
   const auto other = first->Add(DeckOf("b", "run 60"), JobStatus::kRunning, 1);
   const auto unknown = first->Add(DeckOf("c", "run 60"), JobStatus::kRunning, 1);
   const auto back = first->Add(DeckOf("d", "run 60"), JobStatus::kRunning);
+  first->manager.AddGroup("Left");
+  const auto left = first->Add(DeckOf("f", "run 60"), JobStatus::kRunning, 2);
+  first->manager.AddGroup("Stopped");
+  const auto halted = first->Add(DeckOf("g", "run 60"), JobStatus::kRunning, 3);
+  first->Add("h.k", JobStatus::kWaiting, 3);
   const LeftSolver solver(*first, job, RunOf(*job, 0, ""));
   const LeftSolver ofGroup(*first, other, RunOf(*other, 0, ""));
   const LeftSolver ofUnknown(*first, unknown, RunOf(*unknown, 0, ""));
   const LeftSolver restored(*first, back, RunOf(*back, 0, ""));
+  const LeftSolver untouched(*first, left, RunOf(*left, 0, ""));
+  const LeftSolver ofStopped(*first, halted, RunOf(*halted, 0, ""));
   RunRecord starting = RunOf(*unknown, 0, "");
   starting.started = DateTimeWrapper::CurrentTime();
   starting.token = ofUnknown.process.Token();
   first->record.RunRecorded(unknown->id, starting);
+  starting = RunOf(*left, 0, "");
+  starting.token = untouched.process.Token();
+  first->record.RunRecorded(left->id, starting);
   QueueUndo undo(first->manager);
   const auto group = first->manager.GroupAt(0);
   undo.Remove(group, {job->id});
   undo.RemoveGroup(1);
   undo.Remove(group, {back->id});
   undo.Undo();
-  starting = RunOf(*back, 0, "");
-  starting.token = restored.process.Token();
-  first->record.RunRecorded(back->id, starting);
+  first->manager.GroupAt(2)->RequestStop();
   const auto gone = first->Add("e.k", JobStatus::kRunning);
   RunRecord ended = RunOf(*gone, PTWrapperProcess().ProcessId(), "another start");
   ended.token = "ended";
@@ -557,26 +565,29 @@ TEST_F(QueueRecordTest, SolversOfRemovedJobsAreEndedByTheNextStart) {
   first->record.RunRecorded(gone->id, ended);
   first.reset();
 
-  {
-    const auto second = Start();
-    EXPECT_EQ(second->record.Left().Jobs(), 1) << "no removed job comes back";
-    EXPECT_TRUE(WaitUntil([&] { return !second->record.Left().isSearched; }));
-    EXPECT_EQ(second->record.Left().stillRun, 1) << "but for one that was taken back";
-    for (const LeftSolver* const removed : {&solver, &ofGroup, &ofUnknown}) {
-      EXPECT_TRUE(WaitUntil([&] { return !Runs(removed->identity); }));
-    }
-    EXPECT_TRUE(Runs(restored.identity));
-    second->record.Forget();
+  const auto second = Start();
+  EXPECT_EQ(second->record.Left().Jobs(), 4) << "no removed job comes back";
+  EXPECT_TRUE(WaitUntil([&] { return !second->record.Left().isSearched; }));
+  EXPECT_EQ(second->record.Left().stillRun, 1);
+  EXPECT_EQ(second->record.Left().wereRunning, 2);
+  for (const LeftSolver* const stopped : {&solver, &ofGroup, &ofUnknown, &restored, &ofStopped}) {
+    EXPECT_TRUE(WaitUntil([&] { return !Runs(stopped->identity); }));
   }
-  const auto third = Start();
-  third->record.Flush();
-  const RecordFiles& files = third->record.Files();
+  EXPECT_TRUE(Runs(untouched.identity));
+  second->record.Restore(second->manager, second->intake);
+  const auto halt = second->manager.GroupAt(second->manager.IndexOfName("Stopped"));
+  EXPECT_TRUE(WaitUntil([&] { return !halt->Running(); }));
+  halt->ReadJobs([](const JobFile& one) { EXPECT_EQ(one.status, JobStatus::kAborted); });
+  const RecordFiles& files = second->record.Files();
   int stopped = 0;
-  for (const RunRecord& run : ReadHistory(files.history, files.machine)) {
-    stopped += run.verdict == JobStatus::kAborted && run.failure.kind == FailureKind::kStopped;
-  }
-  EXPECT_EQ(stopped, 3);
-  EXPECT_TRUE(Runs(restored.identity));
+  EXPECT_TRUE(WaitUntil([&] {
+    second->record.Flush();
+    stopped = 0;
+    for (const RunRecord& run : ReadHistory(files.history, files.machine)) {
+      stopped += run.verdict == JobStatus::kAborted && run.failure.kind == FailureKind::kStopped;
+    }
+    return stopped == 3;
+  })) << stopped;
 }
 
 TEST_F(QueueRecordTest, AStageWhoseRunHasEndedIsNotRunAgain) {

@@ -183,12 +183,12 @@ class RandomQueue {
   JobProgress Progress() {
     JobProgress progress;
     Set(static_cast<RunResult&>(progress));
-    Fill(progress.status, progress.started, progress.ended);
+    Fill(progress.status, progress.started, progress.ended, progress.stops);
     return progress;
   }
 
   void Set(JobImage& job) {  // but for its name, its run and its stages
-    Fill(job.kind, job.fields, job.dyna);
+    Fill(job.kind, job.fields, job.dyna, job.stops);
     Set(static_cast<RunResult&>(job));
   }
 
