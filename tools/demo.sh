@@ -6,7 +6,7 @@
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
-. "$root/tools/window_picture.sh"
+. "$root/tools/display.sh"
 title="Kestrun 2016 R1"
 time_limit=180  # seconds for all jobs
 
@@ -80,26 +80,13 @@ if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
   exit
 fi
 
-# A display of our own, on the first free number; Xvfb writes the number when it is ready.
-exec 3>"$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset >"$scratch/xvfb.log" 2>&1 &
-server=$!
 cleanup() {
   [ -z "${window:-}" ] || { kill "$window" && wait "$window"; } 2>/dev/null || true
-  kill "${manager:-}" "$server" 2>/dev/null || true
+  kill ${manager:-} ${server:-} 2>/dev/null || true
   wait 2>/dev/null || true
 }
 trap cleanup EXIT
-exec 3>&-
-for _ in $(seq 100); do
-  [ -s "$scratch/display" ] && break
-  sleep 0.1
-done
-[ -s "$scratch/display" ] || { echo "No display could be started; see $scratch/xvfb.log" >&2; exit 1; }
-DISPLAY=:$(head -n 1 "$scratch/display")
-export DISPLAY
-openbox >"$scratch/openbox.log" 2>&1 &
-manager=$!
+start_display "$scratch"
 
 report=$scratch/report.txt
 run_and_kill "--report=$report"

@@ -6,7 +6,7 @@
 set -euo pipefail
 bin=$(realpath "${1:?the folder of the built programs}")
 root=$(cd "$(dirname "$0")/.." && pwd)
-. "$root/tools/window_picture.sh"
+. "$root/tools/display.sh"
 out=$(realpath -m "${2:-$root/docs}")
 title="Kestrun 2016 R1"
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrun.XXX")
@@ -21,18 +21,7 @@ cleanup() {
 }
 trap cleanup EXIT
 
-exec 3>"$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset >"$scratch/xvfb.log" 2>&1 &
-server=$!
-exec 3>&-
-for _ in $(seq 100); do
-  [ -s "$scratch/display" ] && break
-  sleep 0.1
-done
-DISPLAY=:$(head -n 1 "$scratch/display")
-export DISPLAY
-openbox >"$scratch/openbox.log" 2>&1 &
-manager=$!
+start_display "$scratch"
 
 # Where things are in the main window, from the program's own header.
 c++ -std=c++20 -I "$root/src" -x c++ - -o "$scratch/places" <<'CODE'

@@ -53,11 +53,7 @@ Message EventIsKept(const SettingsAndPaths& files) {
 
 constexpr char kTakenMark[] = ".taken";
 
-std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return name;
-}
+const auto NameOf = &FileDirWrapper::NameOf;
 
 // A file too big to be read would stand in the way of all that come after it.
 bool PutBigFileAside(SettingsAndPaths& files, const std::string& path) {

@@ -31,11 +31,7 @@ bool IsDumpName(std::string_view name) {
   return false;
 }
 
-std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return name;
-}
+const auto NameOf = &FileDirWrapper::NameOf;
 
 // The length of ".0003" at the end of a rank's file; 0 for a dump in one file.
 std::size_t RankLength(std::string_view name) {

@@ -7,6 +7,7 @@
 
 #include "ui/dialogs/DialogTools.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/ProgressBar.h"
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/ShownValues.h"
@@ -165,11 +166,8 @@ int Flx_ShowInfo::HandleWidget(Fl_Widget* widget) {
 // Beside the button, while files are read.
 void Flx_ShowInfo::MakeBar(const Fl_Button& close) {
   Fl_Group::current(nullptr);
-  bar_ = new Fl_Progress(close.x() - kBarWidth - kBarGap, close.y() + (close.h() - kBarHeight) / 2,
+  bar_ = new ProgressBar(close.x() - kBarWidth - kBarGap, close.y() + (close.h() - kBarHeight) / 2,
                          kBarWidth, kBarHeight);
-  bar_->maximum(100);
-  bar_->box(FL_FLAT_BOX);
-  bar_->color(Theme::kPressed, Theme::kAccent);
   bar_->hide();
   Window()->add(bar_);
 }

@@ -14,12 +14,14 @@
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
+#include "ui/fltk/ProgressBar.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 #include "ui/fltk/Tip.h"
 #include "ui/monitor/Picture.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/FileText.h"
+#include "ui/text/ShownValues.h"
 #include "util/files/FileDirWrapper.h"
 
 namespace {
@@ -190,10 +192,7 @@ void MonitorWindow::MakeControls() {
       },
       this);
   stage_->hide();
-  bar_ = new Fl_Progress(0, (Sizes::kButtonRow - kBarHeight) / 2, kBarWidth, kBarHeight);
-  bar_->maximum(100);
-  bar_->box(FL_FLAT_BOX);
-  bar_->color(Theme::kPressed, Theme::kAccent);
+  bar_ = new ProgressBar(0, (Sizes::kButtonRow - kBarHeight) / 2, kBarWidth, kBarHeight);
   bar_->hide();
   cancel_ = MakeButton(x, Sizes::kButtonWidth, "ui_cancel", nullptr, [](MonitorWindow& window) {
     window.reader_.IsCancelled() ? window.reader_.Continue() : window.reader_.Cancel();
@@ -313,9 +312,7 @@ void MonitorWindow::ShowTail() {
   std::string text;
   std::string title = texts_.Get("mon_lines_none");
   if (picture_ && !picture_->files.output.empty()) {
-    std::string name;
-    FileDirWrapper::FileNameOf(picture_->files.output, name, true);
-    title = PlainLabel(texts_.Format("mon_lines", ToUi(name)));
+    title = PlainLabel(texts_.Format("mon_lines", ShownName(picture_->files.output)));
     for (const std::string& line : picture_->tail) {
       std::string rest;
       text += (text.empty() ? "" : "\n") + ShownText(line, rest);

@@ -10,8 +10,7 @@
 namespace {
 
 std::string NameOf(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
+  const std::string name = FileDirWrapper::NameOf(path);
   return ToUi(name.empty() ? path : name);
 }
 

@@ -20,9 +20,7 @@ std::string Whole(double number) {
 }  // namespace
 
 std::string ShownName(const std::string& path) {
-  std::string name;
-  FileDirWrapper::FileNameOf(path, name, true);
-  return ToUi(name);
+  return ToUi(FileDirWrapper::NameOf(path));
 }
 
 std::string ShownJob(const std::string& jobFile, const std::string& restartFile) {

@@ -13,6 +13,7 @@
 #include "ui/dialogs/HistoryWindow.h"
 #include "ui/monitor/MonitorWindow.h"
 #include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -36,8 +37,6 @@ void Flx_AppWnd::GoOn() {
   const auto group = Group();
   std::string dump;
   if (!ReadCurrentJob([&](const JobFile& job) { dump = job.RestartDump(); })) return;
-  std::string name;
-  FileDirWrapper::FileNameOf(dump, name, true);
   JobId queued = FindRestartFrom(*group, dump);
   const bool isThere = queued != JobId::kNone;
   if (!isThere) {
@@ -47,7 +46,7 @@ void Flx_AppWnd::GoOn() {
     Refresh();
   }
   Table()->SelectJob(queued);
-  Say(texts_.Format(isThere ? "ui_goes_on_already" : "ui_goes_on", ToUi(name)));
+  Say(texts_.Format(isThere ? "ui_goes_on_already" : "ui_goes_on", ShownName(dump)));
 }
 
 void Flx_AppWnd::RunPost() {

@@ -7,10 +7,9 @@
 
 #include "jobs/JobField.h"
 #include "ui/fltk/PopupMenu.h"
-#include "ui/text/Encoding.h"
+#include "ui/text/ShownValues.h"
 #include "ui/window/Flx_AppWnd.h"
 #include "ui/window/Layout.h"
-#include "util/files/FileDirWrapper.h"
 
 namespace {
 
@@ -81,9 +80,9 @@ std::string Flx_AppWnd::DumpOfCurrentJob() const {
   const auto group = Group();
   if (!group) return name;
   group->ReadJob(CurrentJob(), [&](const JobFile& job) {
-    if (HasEnded(job.status)) FileDirWrapper::FileNameOf(job.RestartDump(), name, true);
+    if (HasEnded(job.status)) name = ShownName(job.RestartDump());
   });
-  return ToUi(name);
+  return name;
 }
 
 // Of a box that some of the selected jobs have checked the menu cannot show a third state.

@@ -8,7 +8,7 @@
 
 #include "ui/fltk/Labels.h"
 #include "ui/fltk/ModalWindow.h"
-#include "ui/fltk/Theme.h"
+#include "ui/fltk/ProgressBar.h"
 #include "ui/window/Layout.h"
 
 namespace {
@@ -31,10 +31,8 @@ class StoppingWindow : public ModalWindow {
                              kWidth - 2 * Layout::kBoxPadding, Layout::kFieldHeight);
     words->copy_label(PlainLabel(text).c_str());
     words->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE);
-    progress_ = new Fl_Progress(Layout::kBoxPadding, words->y() + words->h() + Layout::kGap,
+    progress_ = new ProgressBar(Layout::kBoxPadding, words->y() + words->h() + Layout::kGap,
                                 kWidth - 2 * Layout::kBoxPadding, kProgressHeight);
-    progress_->box(FL_FLAT_BOX);
-    progress_->color(Theme::kPressed, Theme::kAccent);
     progress_->maximum(static_cast<float>(kLongest.count()));
     end();
     callback([](Fl_Widget*, void*) {});
