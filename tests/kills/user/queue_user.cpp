@@ -31,6 +31,7 @@
 #include <vector>
 
 #include "core/Application.h"
+#include "support/LeftSolvers.h"
 #include "support/ProcessesWith_posix.h"
 #include "util/files/FileDirWrapper.h"
 
@@ -292,6 +293,9 @@ class User {
       HaveEnded(model_.groups[i]);
     }
     Say();
+    // What the one before had removed is being ended.
+    for (int looks = 0; looks < 500 && !ProcessesWith(home_ + "/run").empty(); ++looks)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
     return NothingIsLeft() && IsSo();
   }
 
@@ -307,7 +311,7 @@ class User {
     return false;
   }
 
-  // A solver that takes longer than any of us lives.
+  // A solver that takes longer than any of us lives: it is stopped, or its job is removed.
   bool RunAndStop() {
     const std::size_t group = AnyGroup();
     auto& jobs = model_.groups[group].jobs;
@@ -329,6 +333,12 @@ class User {
     while (Real(group)->Running() && ProcessesWith(job->jobFile).empty())
       std::this_thread::sleep_for(pause);
     std::this_thread::sleep_for(Number(30) * pause);
+    if (Number(3) == 0) {
+      std::erase_if(jobs, [&](const Job& one) { return one.file == job->jobFile; });
+      Say();
+      Real(group)->RemoveJob(job->id);
+      while (Real(group)->Running()) std::this_thread::sleep_for(pause);
+    }
     while (!Real(group)->Stop()) {
     }
     HaveEnded(model_.groups[group]);
@@ -368,50 +378,17 @@ class User {
   bool isRight_ = true;
 };
 
-void WaitWhile(const std::function<bool()>& waits) {
-  while (waits()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
-}
-
-void StartSolvers(Application& application, const std::string& folder, char** names) {
-  SettingsAndPaths& settings = application.SettingsAndFiles();
-  settings.Set(&Settings::mpi, 9);
-  settings.Set(&Settings::mpi_param, std::string("-n 4"));
-  settings.Set(&Settings::mpp_solver_d, settings.Get().SolverPath(SolverKind::kLsDynaDouble));
-  for (; *names != nullptr; ++names) {
-    const std::string name = *names;
-    settings.Set(&Settings::use_mpp, name == "mpp");
-    auto job = std::make_shared<JobFileDyna>(settings.Get());
-    job->solverType = SolverKind::kLsDynaDouble;
-    job->jobFile = folder + "/" + name + "/deck.k";
-    const auto group = application.Manager().GroupAt(application.Manager().AddGroup(name));
-    group->AddJob(job);
-    group->Submit();
-    const std::string output =
-        FileDirWrapper::Join(job->Folder(), name == "mpp" ? "mes0003" : "messag");
-    WaitWhile([&] { return group->Running() && !FileDirWrapper::FileExists(output); });
+int RunSolvers(Application& application, const std::string& folder, char** names) {
+  if (application.Left().Jobs() > 0) {
+    for (const std::string& end : WatchSolvers(application)) std::printf("%s\n", end.c_str());
+    return 0;
   }
+  std::vector<std::string> started;
+  for (; *names != nullptr; ++names) started.emplace_back(*names);
+  StartSolvers(application, folder, started);
   std::printf("all run\n");
   std::fflush(stdout);
   for (;;) pause();
-}
-
-int WatchSolvers(Application& application) {
-  application.RestoreLeft();
-  JobGroupManager& manager = application.Manager();
-  for (const char* name : {"plain", "ends", "reused"}) {
-    const int index = manager.IndexOfName(name);
-    WaitWhile([&] { return index >= 0 && manager.GroupAt(index)->Running(); });
-  }
-  for (int i = 0; i < manager.GroupCount(); ++i) {
-    const auto group = manager.GroupAt(i);
-    WaitWhile([&] { return !group->Stop(); });
-    group->ReadJobs([&](const JobFile& job) {
-      std::printf("%s %s %s\n", group->Name().c_str(), JobStatusWord(job.status).English().c_str(),
-                  job.RunMessage().Name());
-    });
-  }
-  application.Shutdown();
-  return 0;
 }
 
 }  // namespace
@@ -425,16 +402,8 @@ int main(int argc, char** argv) {
   }
   Application application;
   if (!application.Initialise(1, argv)) return 3;
-  for (const auto& solver : application.Solvers()) solver->pollTime = std::chrono::milliseconds(20);
-  std::string bin;
-  FileDirWrapper::DirOf(FileDirWrapper::ProgramPath(), bin);
-  SettingsAndPaths& settings = application.SettingsAndFiles();
-  settings.SetSolverPath(SolverKind::kLsDynaDouble, FileDirWrapper::Join(bin, "standin_solver"));
-  settings.Set(&Settings::pause_time, 0);
-  if (runsSolvers) {
-    if (application.Left().Jobs() > 0) return WatchSolvers(application);
-    StartSolvers(application, argv[2], argv + 3);
-  }
+  UseStandin(application);
+  if (runsSolvers) return RunSolvers(application, argv[2], argv + 3);
   application.RestoreLeft();
   User user(application, static_cast<unsigned>(std::stoul(argv[1])));
   while (user.Step()) std::this_thread::sleep_for(std::chrono::microseconds(500));
