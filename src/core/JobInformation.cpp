@@ -58,8 +58,9 @@ std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisH
   for (std::string& line : lines) std::erase(line, '\n');
   const Message stopped = output.status == JobStatus::kAborted ? FailureMessage(output.failure)
                                                                : StoppedMessage(output.stoppedAt);
-  const bool isOld = output.failure.kind == FailureKind::kOldOutput;
-  if (isOld) lines.insert(lines.begin(), Said(hooks, output.reason));
+  const FailureKind kind = output.failure.kind;
+  const bool needsReason = kind == FailureKind::kOldOutput || kind == FailureKind::kNotEnded;
+  if (needsReason) lines.insert(lines.begin(), Said(hooks, output.reason));
   if (!stopped.Empty()) lines.insert(lines.begin(), Said(hooks, stopped));
   if (output.status == JobStatus::kFinished && row.runsDecks) AddModelSize(output, hooks, lines);
   AddLastWords(output.lastWords, hooks, lines);

@@ -62,7 +62,9 @@ JobList::Access::~Access() {
 // Reading takes the lock too, so a reader may leave an error.
 void JobList::TakeTrouble(const std::string& trouble, bool isNew) const {
   const_cast<JobList*>(this)->SetLastError("%s", trouble.c_str());
-  if (isNew) log_.Report(Message(MessageId::kListNotLocked, trouble));
+  const Message message(MessageId::kListNotLocked, trouble);
+  // Without a named mutex the process's own does, and there is nothing that a user could do.
+  if (isNew) lock_.IsMade() ? log_.Report(message) : log_.Note(message);
 }
 
 JobList::JobList(int id, QueueObserver& observer, AppLog& log)

@@ -171,6 +171,7 @@ class JobList : public PTWrapper {
     void Unlock() KR_RELEASE();
     // What was wrong with the named mutex when it was taken last; empty: nothing.
     const std::string& Trouble() const { return trouble_; }
+    bool IsMade() const { return created_; }  // the named mutex
 
    private:
     PTWrapperSignal mutex_;
