@@ -261,6 +261,15 @@ TEST_F(JobTableTest, JobsAreFoundByWordsChipsAndLetters) {
   EXPECT_EQ(typed("b"), "[beam]");
   EXPECT_EQ(typed("b"), "[bolt]");
   EXPECT_EQ(typed("e"), "[beam]");
+
+  EXPECT_EQ(says().find("End not known"), std::string::npos);
+  auto unknown = MakeJob<JobFileDyna>("/other/rod.k", JobStatus::kFinished);
+  unknown->SetStoppedAt(kStopUnknown);
+  Add(unknown);
+  EXPECT_NE(says().find("Finished 1 Stopped early 1 End not known 1 Aborted 1"), std::string::npos)
+      << says();
+  Press(bar, "End not known 1");
+  EXPECT_EQ(Table().ShownCount(), 1);
 }
 
 TEST_F(JobTableTest, SortedRowsSayThatTheyRunInAnotherOrder) {

@@ -51,6 +51,20 @@ std::string Narrow(std::string_view line) {
 
 }  // namespace
 
+StatusClass ClassOf(JobStatus status, int stoppedAt) {
+  switch (status) {
+    case JobStatus::kRunning:
+      return StatusClass::kRunning;
+    case JobStatus::kFinished:
+      if (stoppedAt == kStopUnknown) return StatusClass::kEndUnknown;
+      return stoppedAt == kNotStopped ? StatusClass::kFinished : StatusClass::kStoppedEarly;
+    case JobStatus::kAborted:
+      return StatusClass::kAborted;
+    default:
+      return StatusClass::kQueued;
+  }
+}
+
 Fl_Color StatusColor(JobStatus status) {
   StatusShown shown;
   shown.status = status;

@@ -4,6 +4,7 @@
 
 #include <FL/Enumerations.H>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ struct StatusShown {
   bool marked = false;                    // something is wrong with it
   bool stopped = false;                   // aborted by the user: nothing is wrong with it
 };
+
+// What jobs are counted by. A waiting job has not begun: it counts as queued.
+enum class StatusClass { kQueued, kRunning, kFinished, kStoppedEarly, kEndUnknown, kAborted };
+inline constexpr std::size_t kStatusClasses = 6;
+// `stoppedAt`: a RunStop.
+StatusClass ClassOf(JobStatus status, int stoppedAt);
 
 Fl_Color StatusColor(JobStatus status);
 

@@ -163,6 +163,7 @@ FilterBar::FilterBar(int x, int y, int w, int h, const TextTable& texts, const L
   for (const Label& label : labels.classes) {
     Switch* const one = switches_.emplace_back(new Switch(*this, label));
     one->SetNumber(0);
+    rare_.push_back(label.isRare);
     one->callback([](Fl_Widget*, void* bar) { static_cast<FilterBar*>(bar)->Tell(); });
   }
   if (!labels.follow.words.empty()) {
@@ -218,9 +219,15 @@ void FilterBar::TakeFocus() {
 
 // The words of the switches go first when there is no room, then those at the right.
 void FilterBar::LayOut() {
+  for (std::size_t i = 0; i < switches_.size(); ++i) {
+    if (!rare_[i]) continue;
+    const bool isShown = (i < view_.counts.size() && view_.counts[i] > 0) || switches_[i]->value();
+    isShown ? switches_[i]->show() : switches_[i]->hide();
+  }
   const auto needed = [this](bool words) {
     int width = follow_ != nullptr ? follow_->Wanted(true) + Sizes::kGap : 0;
-    for (const Switch* one : switches_) width += one->Wanted(words) + Sizes::kGap;
+    for (const Switch* one : switches_)
+      if (one->visible()) width += one->Wanted(words) + Sizes::kGap;
     return width;
   };
   const int said = said_->Wanted() + order_->Wanted() + 2 * Sizes::kMargin;
@@ -233,7 +240,8 @@ void FilterBar::LayOut() {
     one.SetPlace(at, top, inWords);
     at += one.w() + Sizes::kGap;
   };
-  for (Switch* one : switches_) place(*one, words);
+  for (Switch* one : switches_)
+    if (one->visible()) place(*one, words);
   if (follow_ != nullptr) place(*follow_, true);
   at += Sizes::kMargin - Sizes::kGap;
   int right = x() + w();

@@ -20,6 +20,7 @@ class FilterBar : public Fl_Group {
     const char* icon = "";  // see Icons.h; empty: none
     std::string words;
     std::string tip;
+    bool isRare = false;  // takes no room while it counts nothing
   };
   struct Labels {
     std::string fieldTip;
@@ -77,6 +78,7 @@ class FilterBar : public Fl_Group {
   View view_;
   WordField* field_;
   std::vector<Switch*> switches_;
+  std::vector<bool> rare_;  // of the switches
   Switch* follow_ = nullptr;
   Words* said_;
   Words* order_;

@@ -30,6 +30,7 @@ inline constexpr Fl_Color kError = Rgb(0xC4281C);
 inline constexpr Fl_Color kQueued = Rgb(0x526077);
 inline constexpr Fl_Color kWaiting = Rgb(0xB25309);
 inline constexpr Fl_Color kRunning = Rgb(0x1D4ED8);
+inline constexpr Fl_Color kUnknown = Rgb(0xE5B567);  // fills only
 inline constexpr Fl_Color kFinished = Rgb(0x07753F);
 inline constexpr Fl_Color kAborted = Rgb(0xC4281C);
 // Curves: told apart by those who see no red or no green as well.

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "solvers/SolverKinds.h"
+#include "ui/dialogs/StatusCell.h"
 #include "ui/report/ReportPicture.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/ShownValues.h"
@@ -24,7 +25,7 @@ h4{font-size:14px;margin:10px 0 2px}p{margin:4px 0}.m{color:#667085}
 a{color:#175cd3;text-decoration:none}a:hover{text-decoration:underline}
 .bar{display:flex;height:14px;border-radius:7px;overflow:hidden;margin:8px 0;background:#eaecf0}
 .bar i{display:block;min-width:2px}
-.fin{background:#17b26a}.early{background:#f79009}.fail{background:#d92d20}.stop{background:#667085}
+.fin{background:#17b26a}.early{background:#f79009}.unkn{background:#fedf89}.fail{background:#d92d20}.stop{background:#667085}
 .run{background:#1570ef}.wait{background:#d0d5dd}
 .key{display:inline-block;width:10px;height:10px;border-radius:5px;margin:0 5px 0 0}
 .keys span{margin-right:16px;white-space:nowrap}
@@ -48,23 +49,29 @@ table{font-size:10px}svg{width:32%}}
 const std::string kDot = " \xC2\xB7 ";
 
 // How a job looks; in the order of the bar.
-enum Look { kFinished, kEarly, kFailed, kStopped, kRunning, kQueued, kLooks };
-constexpr std::array<const char*, kLooks> kClasses = {"fin",  "early", "fail",
+enum Look { kFinished, kEarly, kUnknown, kFailed, kStopped, kRunning, kQueued, kLooks };
+constexpr std::array<const char*, kLooks> kClasses = {"fin",  "early", "unkn", "fail",
                                                       "stop", "run",   "wait"};
-constexpr std::array<const char*, kLooks> kNames = {"rep_finished", "rep_early",   "rep_failed",
-                                                    "rep_stopped",  "rep_running", "rep_queued"};
+constexpr std::array<const char*, kLooks> kNames = {"rep_finished", "rep_early",   "rep_unknown",
+                                                    "rep_failed",   "rep_stopped", "rep_running",
+                                                    "rep_queued"};
 
 Look LookOf(const ReportedJob& job) {
-  switch (job.status) {
-    case JobStatus::kFinished:
-      return job.stoppedAt == ::kNotStopped ? kFinished : kEarly;
-    case JobStatus::kAborted:
+  switch (ClassOf(job.status, job.stoppedAt)) {
+    case StatusClass::kFinished:
+      return kFinished;
+    case StatusClass::kStoppedEarly:
+      return kEarly;
+    case StatusClass::kEndUnknown:
+      return kUnknown;
+    case StatusClass::kAborted:
       return job.failure.kind == FailureKind::kStopped ? kStopped : kFailed;
-    case JobStatus::kRunning:
+    case StatusClass::kRunning:
       return kRunning;
-    default:
-      return kQueued;
+    case StatusClass::kQueued:
+      break;
   }
+  return kQueued;
 }
 
 bool HasRun(const ReportedJob& job) {
@@ -175,9 +182,10 @@ class Page {
       const std::string name = PageText(ShownJob(job.jobFile, job.restartFile));
       html_ += "<tr><td class=\"n\">" + number + "</td><td>" +
                (HasRun(job) ? "<a href=\"#job" + number + "\">" + name + "</a>" : name) +
-               "</td><td class=\"w\">" + RowOfKind(job.solver).name + "</td><td class=\"s\">" + Status(job) +
-               "</td><td class=\"w\">" + (job.started != 0 ? ShownMinute(job.started) : "") +
-               "</td><td class=\"n\">" + Took(job) + "</td><td class=\"n\">" +
+               "</td><td class=\"w\">" + RowOfKind(job.solver).name + "</td><td class=\"s\">" +
+               Status(job) + "</td><td class=\"w\">" +
+               (job.started != 0 ? ShownMinute(job.started) : "") + "</td><td class=\"n\">" +
+               Took(job) + "</td><td class=\"n\">" +
                (job.cpus > 0 ? std::to_string(job.cpus) : "") + "</td><td class=\"n\">" +
                (job.memory > 0 ? std::to_string(job.memory) : "") + "</td></tr>\n";
     }

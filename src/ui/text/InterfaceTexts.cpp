@@ -144,6 +144,7 @@ constexpr TextRow kMore[] = {
     {"ui_chip_running", "Running", "运行中"},
     {"ui_chip_finished", "Finished", "已完成"},
     {"ui_chip_stopped", "Stopped early", "提前停止"},
+    {"ui_chip_unknown", "End not known", "结束情况不明"},
     {"ui_chip_aborted", "Aborted", "已中止"},
     {"ui_chip_tip", "Shows these jobs: %s", "显示这些任务：%s"},
     {"ui_follow", "Follow", "跟随"},
@@ -168,9 +169,10 @@ constexpr TextRow kMore[] = {
     {"ui_line_ends", "ends about %s", "预计 %s 结束"},
     {"ui_line_took", "The runs have taken %s.", "各次运行共用时 %s。"},
     {"ui_line_tip",
-     "The group: finished (green), stopped early (amber), aborted (red), running (blue), queued "
-     "(grey)",
-     "任务组：已完成（绿）、提前停止（琥珀）、已中止（红）、运行中（蓝）、排队中（灰）"},
+     "The group: finished (green), stopped early (amber), end not known (light amber), aborted "
+     "(red), running (blue), queued (grey)",
+     "任务组：已完成（绿）、提前停止（琥珀）、结束情况不明（浅琥珀）、已中止（红）、运行中（蓝）、"
+     "排队中（灰）"},
     {"ui_none_failed", "No job of this group has failed.", "此任务组中没有失败的任务。"},
     {"ui_count_jobs", "%s jobs", "%s 个任务"},
     {"ui_count_job", "1 job", "1 个任务"},
@@ -460,6 +462,7 @@ constexpr TextRow kMore[] = {
     {"rep_reasons", "How jobs failed: %s", "任务如何失败：%s"},
     {"rep_finished", "%s finished", "完成 %s"},
     {"rep_early", "%s stopped early", "提前停止 %s"},
+    {"rep_unknown", "%s with an end that is not known", "结束情况不明 %s"},
     {"rep_failed", "%s failed", "失败 %s"},
     {"rep_stopped", "%s stopped by you", "由您停止 %s"},
     {"rep_running", "%s running", "运行 %s"},

@@ -54,11 +54,13 @@ FilterBar::Labels FilterLabels(const TextTable& texts) {
     const std::string& words = texts.Get(key);
     return FilterBar::Label{icon, words, texts.Format("ui_chip_tip", words)};
   };
+  FilterBar::Label unknown = label("state_marked", "ui_chip_unknown");
+  unknown.isRare = true;
   return {.fieldTip = texts.Get("ui_filter_tip"),
           .classes = {label("state_queued", "ui_chip_queued"),
                       label("state_running", "ui_chip_running"),
                       label("state_finished", "ui_chip_finished"),
-                      label("state_marked", "ui_chip_stopped"),
+                      label("state_marked", "ui_chip_stopped"), unknown,
                       label("state_aborted", "ui_chip_aborted")},
           .follow = {"", texts.Get("ui_follow"), texts.Get("ui_follow_tip")},
           .orderTip = texts.Get("ui_sorted_tip")};

@@ -309,7 +309,7 @@ Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
   group.ReadJobs([&](const JobFile& job) {
     ++counts.total;
     ++counts.of[job.status];
-    ++counts.classes[static_cast<std::size_t>(ClassOf(job))];
+    ++counts.classes[static_cast<std::size_t>(ClassOf(job.status, job.StoppedAt()))];
     const bool runs = job.status == JobStatus::kRunning;
     if (job.started == 0 || (!runs && !HasEnded(job.status))) return;
     counts.seconds += std::max<std::int64_t>((runs ? now : job.ended) - job.started, 0);

@@ -23,11 +23,10 @@ struct Part {
 };
 
 // What has ended first.
-constexpr Part kParts[] = {{StatusClass::kFinished, Theme::kFinished},
-                           {StatusClass::kStoppedEarly, Theme::kWaiting},
-                           {StatusClass::kAborted, Theme::kAborted},
-                           {StatusClass::kRunning, Theme::kRunning},
-                           {StatusClass::kQueued, Theme::kLine}};
+constexpr Part kParts[] = {
+    {StatusClass::kFinished, Theme::kFinished},  {StatusClass::kStoppedEarly, Theme::kWaiting},
+    {StatusClass::kEndUnknown, Theme::kUnknown}, {StatusClass::kAborted, Theme::kAborted},
+    {StatusClass::kRunning, Theme::kRunning},    {StatusClass::kQueued, Theme::kLine}};
 static_assert(std::size(kParts) == kStatusClasses);
 
 }  // namespace

@@ -5,30 +5,16 @@
 #include <tuple>
 #include <utility>
 
-#include "ui/dialogs/StatusCell.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
-
-StatusClass ClassOf(const JobFile& job) {
-  switch (job.status) {
-    case JobStatus::kRunning:
-      return StatusClass::kRunning;
-    case JobStatus::kFinished:
-      return job.StoppedAt() == kNotStopped ? StatusClass::kFinished : StatusClass::kStoppedEarly;
-    case JobStatus::kAborted:
-      return StatusClass::kAborted;
-    default:
-      return StatusClass::kQueued;
-  }
-}
 
 JobRows::JobRows(std::shared_ptr<JobList> list, const TextTable& texts)
     : list_(std::move(list)), texts_(texts) {}
 
 void JobRows::Fill(Entry& entry, const JobFile& job) const {
   entry.id = job.id;
-  entry.status = ClassOf(job);
+  entry.status = ClassOf(job.status, job.StoppedAt());
   entry.failed = job.status == JobStatus::kAborted && job.HowFailed().kind != FailureKind::kStopped;
   entry.name = Folded(ShownJob(job.jobFile, job.restartFile));
   entry.folder = Folded(ToUi(job.Folder()));

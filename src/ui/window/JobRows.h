@@ -12,13 +12,10 @@
 #include <vector>
 
 #include "core/JobList.h"
+#include "ui/dialogs/StatusCell.h"
 #include "ui/text/TextTable.h"
 #include "ui/text/WordFilter.h"
 
-// What the jobs are counted by. A waiting job has not begun: it counts as queued.
-enum class StatusClass { kQueued, kRunning, kFinished, kStoppedEarly, kAborted };
-inline constexpr std::size_t kStatusClasses = 5;
-StatusClass ClassOf(const JobFile& job);
 using StatusClasses = std::set<StatusClass>;
 using StatusCounts = std::array<int, kStatusClasses>;
 
