@@ -7,6 +7,7 @@
 #include "core/JobGroup.h"
 #include "core/SenseSwitch.h"
 #include "jobs/OutputPrefix.h"
+#include "util/process/OwnThread.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -47,7 +48,13 @@ bool JobGroup::Submit() {
     if (pause_) streak = *std::exchange(pause_, std::nullopt);
   }
   NoteQueued();
-  if (StartThread(thread_, [this, streak] { RunLoop(streak); })) return true;
+  const auto failed = [this](const std::exception& error) {
+    setup_.log.Report(Message(MessageId::kGroupNotStarted, error.what()));
+    running_ = false;
+    setup_.observer.GroupRunChanged(Id());
+  };
+  const auto work = [this, failed, streak] { Guard([&] { RunLoop(streak); }, failed); };
+  if (StartThread(thread_, work)) return true;
   running_ = false;
   return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
 }
@@ -94,7 +101,13 @@ bool JobGroup::Resume(JobId job, const RunRecord& run) {
   if (!found) return false;
   ++resumed_;
   PTWrapperThread thread;
-  if (StartThread(thread, [this, found, run] { GoOnWith(found, run); })) return true;
+  const auto failed = [this](const std::exception& error) {
+    setup_.log.Report(Message(MessageId::kGroupNotStarted, error.what()));
+    --resumed_;
+    setup_.observer.GroupRunChanged(Id());
+  };
+  const auto work = [this, found, run, failed] { Guard([&] { GoOnWith(found, run); }, failed); };
+  if (StartThread(thread, work)) return true;
   --resumed_;
   return Refuse(Message(MessageId::kGroupNotStarted, thread.LastError()));
 }

@@ -8,6 +8,7 @@
 #include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/process/OwnThread.h"
 #include "util/text/PlainText.h"
 
 namespace {
@@ -136,7 +137,12 @@ void JobIntake::Work() {
   JobRequest request;
   unsigned burst = 0;
   while (TakeRequest(request, burst)) {
-    MakeAndAdd(request, burst);
+    Guard([&] { MakeAndAdd(request, burst); },
+          [&](const std::exception& error) {
+            manager_.Settings().Log().Report(
+                Message(MessageId::kJobNotMade, request.jobFile, error.what()));
+            GiveUp(request);
+          });
     request = {};
     EndRequest();
   }

@@ -14,6 +14,7 @@
 #include "util/files/FolderSnapshot.h"
 #include "util/files/FreeSpace.h"
 #include "util/files/WrittenFiles.h"
+#include "util/process/OwnThread.h"
 #include "util/process/ProcessUse.h"
 #include "util/signals/Mutex.h"
 
@@ -174,6 +175,7 @@ struct RunWatcher::Worker {
   const WatchedRun run;
   bool isLast = false;   // the run has ended: one look more
   bool done = false;     // it was the last one
+  bool failed = false;   // nothing more is read
   bool dropped = false;  // nobody wants to know any more
   int samples = 0;
   std::optional<ProcessUse> use = {};
@@ -187,6 +189,8 @@ struct RunWatcher::Shared : std::enable_shared_from_this<Shared> {
   // Begins to watch the run, unless that is done already.
   std::shared_ptr<Worker> WorkerOf(const WatchedRun& run) KR_REQUIRES(mutex);
   void Work(const std::shared_ptr<Worker>& worker);
+  void LookAgainAndAgain(Worker& worker);
+  void Fail(Worker& worker, const std::exception& error);
   bool WaitForTurn(Worker& worker, Clock::time_point next);
   void Publish(const Worker& worker, RunState state);
 
@@ -216,10 +220,10 @@ std::shared_ptr<RunWatcher::Worker> RunWatcher::Shared::WorkerOf(const WatchedRu
   if (known) known->dropped = true;
   const auto worker = known = std::make_shared<Worker>(Worker{run});
   changed.notify_all();
-  try {
-    std::thread([self = shared_from_this(), worker] { self->Work(worker); }).detach();
+  const auto work = [self = shared_from_this(), worker] { self->Work(worker); };
+  if (StartGuarded(work, [](const std::exception&) {})) {
     ++threads;
-  } catch (const std::system_error&) {
+  } else {
     // Nothing is known of the run until a thread is to be had.
     worker->done = true;
     workers.erase(run.job);
@@ -228,11 +232,41 @@ std::shared_ptr<RunWatcher::Worker> RunWatcher::Shared::WorkerOf(const WatchedRu
 }
 
 void RunWatcher::Shared::Work(const std::shared_ptr<Worker>& worker) {
+  Guard([&] { LookAgainAndAgain(*worker); },
+        [&](const std::exception& error) { Fail(*worker, error); });
+  const MutexLock lock(mutex);
+  worker->done = true;
+  // One that failed stays, so that it does not begin anew each second.
+  const auto known = workers.find(worker->run.job);
+  if (known != workers.end() && known->second == worker && (!worker->failed || worker->isLast))
+    workers.erase(known);
+  --threads;
+  changed.notify_all();
+}
+
+// The row goes on with what the queue knows.
+void RunWatcher::Shared::Fail(Worker& worker, const std::exception& error) {
+  RunState state;
+  state.run = worker.run;
+  state.run.filesBefore.clear();
+  {
+    const MutexLock lock(mutex);
+    worker.failed = true;
+    state.running = !worker.isLast;
+  }
+  Publish(worker, std::move(state));
+  Tell([&](const Hooks& all) {
+    all.report(Message(MessageId::kHealthOfJob, worker.run.jobFile,
+                       Message(MessageId::kReadingFailed, error.what())));
+  });
+}
+
+void RunWatcher::Shared::LookAgainAndAgain(Worker& worker) {
   std::optional<Settings> settings;
   const auto ask = [&] { Tell([&](const Hooks& all) { settings = all.settings(); }); };
   ask();
   std::optional<Watch> watch;
-  if (settings) watch.emplace(worker->run, *settings);
+  if (settings) watch.emplace(worker.run, *settings);
   int samples = 0;
   for (bool isLast = false; watch && !isLast;) {
     const Clock::time_point next = Clock::now() + every;
@@ -240,10 +274,10 @@ void RunWatcher::Shared::Work(const std::shared_ptr<Worker>& worker) {
     bool isSampled = false;
     {
       const MutexLock lock(mutex);
-      if (end || worker->dropped) break;
-      isLast = worker->isLast;
-      isSampled = std::exchange(samples, worker->samples) != worker->samples;
-      use = worker->use;
+      if (end || worker.dropped) break;
+      isLast = worker.isLast;
+      isSampled = std::exchange(samples, worker.samples) != worker.samples;
+      use = worker.use;
     }
     ask();
     watch->SetLimits(*settings);
@@ -254,18 +288,12 @@ void RunWatcher::Shared::Work(const std::shared_ptr<Worker>& worker) {
     const std::vector<HealthFinding> found = isLast ? watch->LookLast() : watch->Look();
     Tell([&](const Hooks& all) {
       for (const HealthFinding& finding : found) {
-        all.report(Message(MessageId::kHealthOfJob, worker->run.jobFile, finding.message));
+        all.report(Message(MessageId::kHealthOfJob, worker.run.jobFile, finding.message));
       }
     });
-    Publish(*worker, watch->State(!isLast));
-    if (!isLast && !WaitForTurn(*worker, next)) break;
+    Publish(worker, watch->State(!isLast));
+    if (!isLast && !WaitForTurn(worker, next)) break;
   }
-  const MutexLock lock(mutex);
-  worker->done = true;
-  const auto known = workers.find(worker->run.job);
-  if (known != workers.end() && known->second == worker) workers.erase(known);
-  --threads;
-  changed.notify_all();
 }
 
 // Until the next look is due, or the last one is wanted. False when none is.
@@ -344,8 +372,8 @@ std::optional<RunState> RunWatcher::LookLast(const WatchedRun& run) {
 
 void RunWatcher::Work() {
   for (;;) {
-    LookAtRuns();
-    SampleUse();
+    // What is not known now may be known in a second.
+    Guard([this] { LookAtRuns(), SampleUse(); }, [](const std::exception&) {});
     const Clock::time_point next = Clock::now() + shared_->every;
     MutexLock lock(shared_->mutex);
     while (!shared_->end && Clock::now() < next) lock.WaitUntil(shared_->changed, next);
@@ -368,10 +396,15 @@ void RunWatcher::LookAtRuns() {
     shared_->WorkerOf(run);
     nextSample_ = std::min(nextSample_, Clock::now() + shared_->every);
   }
-  for (const auto& [job, worker] : shared_->workers) {
-    if (running.contains(job) || worker->isLast) continue;
+  for (auto at = shared_->workers.begin(); at != shared_->workers.end();) {
+    const auto& [job, worker] = *at;
+    if (running.contains(job) || (worker->isLast && !worker->done)) {
+      ++at;
+      continue;
+    }
     worker->isLast = true;
     shared_->changed.notify_all();
+    at = worker->done ? shared_->workers.erase(at) : std::next(at);
   }
 }
 

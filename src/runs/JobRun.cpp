@@ -18,6 +18,7 @@
 #include "solvers/RunSteps.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/files/FreeSpace.h"
+#include "util/process/OwnThread.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -53,12 +54,13 @@ ProcessIdentity EndSolver(JobFile& stage, JobStatus status) {
 
 // What is thrown is a reason like others.
 JobStatus Guarded(JobFile& job, const std::function<JobStatus()>& steps) {
-  try {
-    return steps();
-  } catch (const std::exception& error) {
-    Fail(job, RunError::kNotStarted, Message(MessageId::kRunFailed, job.MainFile(), error.what()));
-    return JobStatus::kAborted;
-  }
+  JobStatus status = JobStatus::kAborted;
+  Guard([&] { status = steps(); },
+        [&](const std::exception& error) {
+          Fail(job, RunError::kNotStarted,
+               Message(MessageId::kRunFailed, job.MainFile(), error.what()));
+        });
+  return status;
 }
 
 // True while a session is wanted.

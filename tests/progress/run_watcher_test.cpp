@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <thread>
 
 #include "progress/RunCases.h"
@@ -58,7 +59,10 @@ class RunWatcherTest : public testing::Test {
       if (going_) runs.push_back(run_);
       return runs;
     };
-    hooks.settings = [] { return Settings(); };
+    hooks.settings = [this] {
+      if (throws_) throw std::bad_alloc();
+      return Settings();
+    };
     hooks.changed = [this](JobId job) { changes_ += job == kJob ? 1 : 0; };
     hooks.report = [this](const Message& message) {
       const std::lock_guard<std::mutex> lock(mutex_);
@@ -79,6 +83,7 @@ class RunWatcherTest : public testing::Test {
   std::chrono::milliseconds patience_{30000};
   std::atomic<bool> going_{true};
   std::atomic<int> changes_{0};
+  std::atomic<bool> throws_{false};
   std::mutex mutex_;
   std::string said_;
   std::unique_ptr<RunWatcher> watcher_;
@@ -188,6 +193,23 @@ TEST_F(RunWatcherTest, CasesAreOneRunAndOneThatStoppedStopsItAll) {
 }
 
 #ifndef _WIN32  // where a file of a terabyte takes no room
+TEST_F(RunWatcherTest, WhatIsThrownEndsTheReadingAndNothingElse) {
+  folder_.Write("messag", kBegin);
+  Start();
+  ASSERT_TRUE(WaitUntil([&] { return State().news.cycle == 1; }));
+  const int before = changes_;
+  throws_ = true;
+  ASSERT_TRUE(WaitUntil([&] { return changes_ > before && !State().news.cycle; }));
+  EXPECT_TRUE(State().running) << "its row goes on";
+  throws_ = false;
+  EXPECT_FALSE(
+      WaitUntil([&] { return State().news.cycle.has_value(); }, std::chrono::milliseconds(100)));
+  EXPECT_FALSE(watcher_->LookLast(run_));
+  watcher_.reset();
+  EXPECT_EQ(said_, "Job [" + run_.jobFile + "]: What the solver writes is not read any more: " +
+                       std::bad_alloc().what() + ";");
+}
+
 TEST_F(RunWatcherTest, AFolderThatDoesNotAnswerHoldsUpItsOwnRunAlone) {
   const TempFolder dead;
   WatchedRun hung = run_;

@@ -9,10 +9,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 
+#include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
 
 // The thread may outlive this object, which ends it as soon as the work looks: the work must hold
@@ -46,22 +45,14 @@ class BackgroundWork {
   bool Start(std::function<Result(Control& control)> work,
              std::function<Result(const std::exception& error)> failed) {
     control_ = std::make_shared<Control>();
-    try {
-      std::thread([control = control_, work = std::move(work), failed = std::move(failed)] {
-        Result result;
-        try {
-          result = work(*control);
-        } catch (const std::exception& error) {
-          result = failed(error);
-        }
-        const MutexLock lock(control->mutex_);
-        control->result_ = std::move(result);
-        control->changed_.notify_all();
-      }).detach();
-    } catch (const std::system_error&) {
-      return false;
-    }
-    return true;
+    const auto give = [control = control_](Result result) {
+      const MutexLock lock(control->mutex_);
+      control->result_ = std::move(result);
+      control->changed_.notify_all();
+    };
+    return StartGuarded(
+        [control = control_, give, work = std::move(work)] { give(work(*control)); },
+        [give, failed = std::move(failed)](const std::exception& error) { give(failed(error)); });
   }
 
   int Percent() const { return control_->percent_; }

@@ -16,6 +16,7 @@
 #include "ui/dialogs/FileQuestions.h"
 #include "ui/dialogs/MpiKinds.h"
 #include "ui/text/Encoding.h"
+#include "util/process/OwnThread.h"
 #include "util/text/PlainText.h"
 
 namespace {
@@ -213,11 +214,11 @@ void Flx_MppSettings::HostsChanged() {
 void Flx_MppSettings::StopRunning() {
   if (answer_.valid()) return;  // the folder of the last one does not answer
   request_ = SolverToStop(application_.Manager());
-  std::packaged_task<SenseSwitch()> ask([request = request_] { return AskSolverToStop(request); });
-  answer_ = ask.get_future();
-  try {
-    std::thread(std::move(ask)).detach();
-  } catch (const std::system_error&) {
+  const auto answer = std::make_shared<std::promise<SenseSwitch>>();
+  answer_ = answer->get_future();
+  const auto ask = [answer, request = request_] { answer->set_value(AskSolverToStop(request)); };
+  const auto failed = [answer](const std::exception&) { answer->set_value(SenseSwitch::kFailed); };
+  if (!StartGuarded(ask, failed)) {
     answer_ = {};
     return ReportStop(request_, SenseSwitch::kFailed, application_.Manager().Settings().Log());
   }

@@ -18,6 +18,7 @@
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
 
 namespace {
@@ -39,6 +40,7 @@ struct HistoryWindow::Reading {
   TextTable texts;  // the thread's own
   Mutex mutex;
   HistoryTable::Rows rows KR_GUARDED_BY(mutex);  // null until it is done
+  bool failed KR_GUARDED_BY(mutex) = false;
 };
 
 struct HistoryWindow::Export {
@@ -251,25 +253,32 @@ void HistoryWindow::StartReading() {
   reading_->files = application_.Record().Files();
   FillTexts(application_.language, {}, reading_->texts);
   version_ = application_.Record().HistoryVersion();
-  try {
-    std::thread([reading = reading_] {
-      auto rows = std::make_shared<const std::vector<HistoryRow>>(HistoryRowsOf(
-          ReadHistory(reading->files.history, reading->files.machine), reading->texts));
-      const MutexLock lock(reading->mutex);
-      reading->rows = std::move(rows);
-    }).detach();
-  } catch (const std::system_error&) {
-    reading_.reset();
-    Say(texts_.Get("ui_past_not_read"));
-  }
+  const auto read = [reading = reading_] {
+    auto rows = std::make_shared<const std::vector<HistoryRow>>(
+        HistoryRowsOf(ReadHistory(reading->files.history, reading->files.machine), reading->texts));
+    const MutexLock lock(reading->mutex);
+    reading->rows = std::move(rows);
+  };
+  const auto failed = [reading = reading_](const std::exception&) {
+    const MutexLock lock(reading->mutex);
+    reading->failed = true;
+  };
+  if (!StartGuarded(read, failed)) failed(std::exception());
 }
 
 void HistoryWindow::TakeRead() {
   if (!reading_) return;
   HistoryTable::Rows rows;
+  bool failed = false;
   {
     const MutexLock lock(reading_->mutex);
     rows = std::move(reading_->rows);
+    failed = reading_->failed;
+  }
+  if (failed) {
+    reading_.reset();
+    next_ = Clock::now() + kBetweenReadings;
+    return Say(texts_.Get("ui_past_not_read"));
   }
   if (!rows) return;
   reading_.reset();
@@ -356,22 +365,24 @@ void HistoryWindow::ExportRows() {
   job->rows = table_->AllRows();
   job->places = table_->Places();
   Say(texts_.Format("ui_past_exports", ToUi(job->path)));
-  try {
-    std::thread([job] {
-      std::vector<RunRecord> runs;
-      for (const std::size_t place : job->places) runs.push_back((*job->rows)[place].run);
-      std::string why;
-      const std::string csv = HistoryCsv(runs, NameOfKind);
-      const bool written = FileDirWrapper::WriteFileWhole(job->path, csv, &why);
-      const MutexLock lock(job->mutex);
-      job->done = true;
-      job->written = written;
-      job->why = why;
-    }).detach();
-    export_ = job;
-  } catch (const std::system_error& error) {
-    Inform(texts_.Format("ui_past_not_exported", ToUi(job->path), ToUi(error.what())));
-  }
+  const auto end = [job](bool written, const std::string& why) {
+    const MutexLock lock(job->mutex);
+    job->done = true;
+    job->written = written;
+    job->why = why;
+  };
+  const auto work = [job, end] {
+    std::vector<RunRecord> runs;
+    for (const std::size_t place : job->places) runs.push_back((*job->rows)[place].run);
+    std::string why;
+    const std::string csv = HistoryCsv(runs, NameOfKind);
+    const bool written = FileDirWrapper::WriteFileWhole(job->path, csv, &why);
+    end(written, why);
+  };
+  const auto failed = [end](const std::exception& error) { end(false, error.what()); };
+  export_ = job;
+  if (!StartGuarded(work, failed))
+    failed(std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again)));
 }
 
 void HistoryWindow::TakeExported() {

@@ -9,6 +9,7 @@
 
 #include "ui/report/ReportPage.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
 
 struct ReportWriter::Shared {
@@ -60,13 +61,9 @@ std::string ReportWriter::Shared::Text() {
 }
 
 void ReportWriter::Shared::Write() {
-  try {
-    const std::string text = Text();
-    std::string why;
-    if (!cancelled && !FileDirWrapper::WriteFileWhole(path, text, &why)) Fail(why);
-  } catch (const std::exception& error) {
-    Fail(error.what());
-  }
+  const std::string text = Text();
+  std::string why;
+  if (!cancelled && !FileDirWrapper::WriteFileWhole(path, text, &why)) Fail(why);
   ended = true;
 }
 
@@ -83,12 +80,12 @@ ReportWriter::ReportWriter(std::string path, std::vector<ReportedGroup> groups, 
   shared_->total = total_;
   shared_->groups = std::move(groups);
   FillTexts(language, {}, shared_->texts);
-  try {
-    std::thread([shared = shared_] { shared->Write(); }).detach();
-  } catch (const std::system_error& error) {
-    shared_->Fail(error.what());
-    shared_->ended = true;
-  }
+  const auto failed = [shared = shared_](const std::exception& error) {
+    shared->Fail(error.what());
+    shared->ended = true;
+  };
+  if (!StartGuarded([shared = shared_] { shared->Write(); }, failed))
+    failed(std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again)));
 }
 
 ReportWriter::~ReportWriter() {

@@ -1,4 +1,5 @@
 #include "ui/window/DeckSearch.h"
+#include "util/process/OwnThread.h"
 
 #include <atomic>
 #include <thread>
@@ -41,7 +42,12 @@ void DeckSearch::Begin(std::vector<std::string> folders, std::vector<std::string
   shared_ = std::make_shared<Shared>();
   shared_->toRead = decks.size();
   shared_->result.found.decks = std::move(decks);
-  std::thread([shared = shared_, folders = std::move(folders)] { shared->Work(folders); }).detach();
+  const auto failed = [shared = shared_](const std::exception&) {
+    shared->result.isWhole = false;
+    shared->ended = true;
+  };
+  const auto work = [shared = shared_, folders = std::move(folders)] { shared->Work(folders); };
+  if (!StartGuarded(work, failed)) shared_->ended = true;
 }
 
 DeckSearch::Progress DeckSearch::Look() const {

@@ -16,6 +16,7 @@
 
 #include "util/files/FileSystemCalls.h"
 #include "util/process/ConsoleLines.h"
+#include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
 
 namespace {
@@ -148,11 +149,8 @@ void ConsoleFile::Shared::KeepNewest() {
 
 bool ConsoleFile::Open(const std::string& path) {
   shared_ = std::make_shared<Shared>();
-  try {
-    std::thread([shared = shared_, path] { shared->WriteOut(path); }).detach();
-  } catch (const std::system_error&) {
-    shared_.reset();
-  }
+  const auto failed = [](const std::exception&) {};  // what comes is kept no more
+  if (!StartGuarded([shared = shared_, path] { shared->WriteOut(path); }, failed)) shared_.reset();
   return shared_ != nullptr;
 }
 
