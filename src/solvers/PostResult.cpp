@@ -4,6 +4,7 @@
 
 #include "jobs/JobArguments.h"
 #include "jobs/OutputPrefix.h"
+#include "solvers/MessageFiles.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/text/PlainText.h"
@@ -16,6 +17,7 @@ void Take(const JobFile& job, PostSource& source) {
   source.folder = job.Folder();
   const auto* dyna = dynamic_cast<const JobFileDyna*>(&job);
   source.prefix = OutputPrefix(job);
+  source.caseName = OutputNamesOf(job).hasCases ? CaseOf(job.MessageFile()) : std::string();
   source.simulationType = dyna ? Upper(dyna->simulationType) : std::string();
   source.deckIdentifier = dyna && dyna->deckIdentifierFlag == 1 ? dyna->deckIdentifier : "";
 }
@@ -53,6 +55,8 @@ std::vector<std::string> DeckResults(const PostSource& source) {
   const std::string base = PathWithoutExtension(source.jobFile);
   std::vector<std::string> paths;
   for (const std::string& kind : DynaKinds(source.simulationType)) {
+    if (!source.caseName.empty())
+      paths.push_back(FileDirWrapper::Join(source.folder, source.caseName + kind));
     if (!source.prefix.empty()) {
       paths.push_back(FileDirWrapper::Join(source.folder, source.prefix + kind));
       continue;

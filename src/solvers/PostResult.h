@@ -14,7 +14,9 @@ struct PostSource {
   std::string jobFile;
   std::string folder;
   std::string simulationType;
-  std::string prefix;          // jobs/OutputPrefix.h
+  std::string prefix;  // jobs/OutputPrefix.h
+  std::string caseName =
+      {};  // of a deck with cases, in front of the names of its message file's case
   std::string deckIdentifier;  // in front of the names of the deck's output files; may be empty
 };
 

@@ -5,6 +5,7 @@
 #include "progress/RunCases.h"
 #include "progress/RunFiles.h"
 #include "progress/RunProgress.h"
+#include "solvers/PostResult.h"
 
 namespace {
 
@@ -114,6 +115,10 @@ TEST_F(SwitchTest, ARunWithCasesIsAskedInTheCaseThatRuns) {
               std::string::npos);
     for (const auto& entry : std::filesystem::directory_iterator(folder_))
       EXPECT_FALSE(entry.path().string().ends_with("d3kil")) << entry.path();
+    std::string first = prefix;
+    first.replace(first.find("CASE2"), 5, "CASE1");
+    EXPECT_EQ(PostResults(PostSourceOf(*job)).front(),
+              FileDirWrapper::Join(folder_, first + "d3plot"));
     Group()->RemoveJob(job->id);
     std::filesystem::remove_all(folder_);
   }
