@@ -38,6 +38,9 @@ class RunCases {
   RunNews News(std::optional<std::int64_t> now = std::nullopt) const;
 
   const RunProgress& Newest() const { return cases_.back(); }
+  const std::vector<RunProgress>& All() const { return cases_; }  // the newest last
+  // By the deck, of the case in this place.
+  std::optional<double> EndTimeOf(std::size_t index) const;
 
  private:
   struct Weights {
@@ -47,7 +50,6 @@ class RunCases {
   void TellDeckEnd(std::size_t index);
   static RunEnd EndOfAll(const std::vector<RunNews>& all);
   static void AddTimeOfRest(const std::vector<RunNews>& all, const Weights& weights, RunNews& news);
-  std::optional<double> EndTimeOf(std::size_t index) const;
 
   std::vector<RunProgress> cases_ = {RunProgress(RunFiles())};  // never empty
   std::size_t read_ = 0;                                        // so many were read to their end

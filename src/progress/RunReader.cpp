@@ -17,6 +17,7 @@
 #include "util/files/InputFile.h"
 #include "util/files/IOWrapper.h"
 #include "util/files/WrittenFiles.h"
+#include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
 #include "util/text/DateTimeWrapper.h"
 
@@ -95,6 +96,8 @@ struct RunReader::Shared {
     changed.notify_all();
   }
   void Work();
+  void WorkOn();
+  void Fail(const std::exception& error);
   void Show(RunPicture next, const RunToRead& run);
 };
 
@@ -108,6 +111,7 @@ class Reading {
 
   void Take(const RunToRead& run, const Settings& limits) {
     if (run_ != run) looks_ = 0;  // at its end there may be files that no search has found yet
+    if (run_.caseShown != run.caseShown) ShowAnew();
     run_ = run;
     limits_ = limits;
     health_.SetLimits(limits);
@@ -119,7 +123,7 @@ class Reading {
     if (looks_++ % kLooksBetweenSearches == 0 || Files().output.empty()) FindFiles();
     cases_.FollowKeptFile();
     news_ = cases_.Look(hook) || news_;
-    return !cases_.Stopped();
+    return !cases_.Stopped() && LookAtChosen(hook);
   }
 
   RunPicture Picture() {
@@ -128,7 +132,7 @@ class Reading {
       isClosed_ = news_ = true;
     }
     RunPicture picture;
-    picture.files = Files();
+    picture.files = Shown().Files();
     picture.now = LocalClockNow();
     picture.isRunning = run_.isRunning || IsBeingWritten();
     health_.Look(cases_.Newest().States(), Message(), news_, SteadySeconds());
@@ -141,7 +145,17 @@ class Reading {
         picture.health.push_back(finding.message);
     }
     if (!curves_ || news_ || sampled) MakeCurvesAnew();
-    if (news_ || tail_.empty()) tail_ = LastLines(Files().output);
+    if (news_ || tail_.empty()) tail_ = LastLines(picture.files.output);
+    picture.shown = picture.news;
+    if (chosen_) {
+      picture.shown = chosen_->News();
+      picture.shown.caseNumber = static_cast<int>(chosenPlace_) + 1;
+      picture.shown.cases = picture.news.cases;
+    }
+    if (cases_.All().size() > 1) {
+      for (const RunProgress& one : cases_.All())
+        picture.cases.push_back(CaseNumberOf(one.Files().output));
+    }
     news_ = false;
     picture.curves = curves_;
     picture.tail = tail_;
@@ -187,15 +201,45 @@ class Reading {
     std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld, run_.names);
     std::string& newest = found.back().output;
     if (!newest.empty() && (!FileDirWrapper::FileExists(newest) || IsOld(newest))) newest.clear();
+    // The message file of a job whose run has ended may be that of any case.
+    const bool hasAll = !FileDirWrapper::IsFolder(run_.path) && !newest.empty();
+    if (hasAll && CaseNumberOf(newest) > 0) {
+      std::stable_sort(found.begin(), found.end(), [](const RunFiles& one, const RunFiles& other) {
+        return CaseNumberOf(one.output) < CaseNumberOf(other.output);
+      });
+    }
     const RunCases::Began began = cases_.TakeFiles(found);
     if (began == RunCases::Began::kNothing) return;
     if (began == RunCases::Began::kCase) health_.BeginCase();
     if (began == RunCases::Began::kRun) health_ = Health(limits_);
     disk_ = {};
+    isClosed_ = false;
+    ShowAnew();
+  }
+
+  void ShowAnew() {
+    chosen_.reset();
     curves_.reset();
     tail_.clear();
-    isClosed_ = false;
     news_ = true;
+  }
+
+  const RunProgress& Shown() const { return chosen_ ? *chosen_ : cases_.Newest(); }
+
+  // Of cases before the newest only the end is kept: one that is asked for is read again. False
+  // when the hook ended it.
+  bool LookAtChosen(const RunProgress::Progress& hook) {
+    const std::vector<RunProgress>& all = cases_.All();
+    for (std::size_t i = 0; !chosen_ && run_.caseShown > 0 && i + 1 < all.size(); ++i) {
+      if (CaseNumberOf(all[i].Files().output) != run_.caseShown) continue;
+      chosen_.emplace(all[i].Files());
+      chosenPlace_ = i;
+    }
+    if (!chosen_) return true;
+    chosen_->SetDeckEndTime(cases_.EndTimeOf(chosenPlace_));
+    chosen_->FollowKeptFile();
+    news_ = chosen_->Look(hook) || news_;
+    return !chosen_->Stopped();
   }
 
   // True when something came to the curve.
@@ -225,15 +269,18 @@ class Reading {
   }
 
   void MakeCurvesAnew() {
-    RunCurves curves = MakeCurves(cases_.Newest().States(), Message());
+    RunCurves curves = MakeCurves(Shown().States(), Shown().Message());
     const std::vector<ProgressPoint>& points = Message().Points();
-    if (!points.empty()) disk_.PutInto(curves, points.front().clock);
+    // What is on the disk is of the run, seen from its newest case.
+    if (!points.empty() && !chosen_) disk_.PutInto(curves, points.front().clock);
     curves_ = std::make_shared<const RunCurves>(std::move(curves));
   }
 
   RunToRead run_;
   Settings limits_;
   RunCases cases_;
+  std::optional<RunProgress> chosen_;  // a case before the newest that is shown
+  std::size_t chosenPlace_ = 0;
   Health health_;
   DiskUse disk_;
   std::shared_ptr<const RunCurves> curves_;
@@ -300,6 +347,30 @@ void RunReader::Shared::Work() {
   }
 }
 
+// What is thrown ends the reading until something else is wanted.
+void RunReader::Shared::WorkOn() {
+  while (!ended) {
+    Guard([this] { Work(); },
+          [this](const std::exception& error) {
+            Fail(error);
+            MutexLock lock(mutex);
+            while (!woken) lock.Wait(changed);
+            woken = false;
+          });
+  }
+}
+
+void RunReader::Shared::Fail(const std::exception& error) {
+  RunPicture last;
+  last.isWhole = true;
+  last.curves = std::make_shared<const RunCurves>();
+  last.health = {Message(MessageId::kReadingFailed, error.what())};
+  percent = 100;
+  const MutexLock lock(mutex);
+  if (picture) last = *picture, last.health = {Message(MessageId::kReadingFailed, error.what())};
+  picture = std::make_shared<const RunPicture>(std::move(last));
+}
+
 // Not when another run is wanted meanwhile.
 void RunReader::Shared::Show(RunPicture next, const RunToRead& run) {
   const MutexLock lock(mutex);
@@ -308,11 +379,10 @@ void RunReader::Shared::Show(RunPicture next, const RunToRead& run) {
 
 RunReader::RunReader(const Settings& healthLimits, RequestHook request)
     : shared_(std::make_shared<Shared>(healthLimits, std::move(request))) {
-  try {
-    std::thread([shared = shared_] { shared->Work(); }).detach();
-  } catch (const std::system_error&) {
-    // Nothing is shown then; the window says that it reads.
-  }
+  const auto failed = [shared = shared_](const std::exception& error) { shared->Fail(error); };
+  if (!StartGuarded([shared = shared_] { shared->WorkOn(); }, failed))
+    shared_->Fail(
+        std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again)));
 }
 
 RunReader::~RunReader() {

@@ -25,6 +25,7 @@ struct RunToRead {
   bool mayGrow = true;     // somebody may still write
   bool isRunning = false;  // somebody writes
   OutputNames names = {};  // of its files
+  int caseShown = 0;       // by its number; 0, or one that is not there: the newest
   bool operator==(const RunToRead&) const = default;
 };
 
@@ -40,8 +41,10 @@ struct RunPicture {
   bool isWhole = false;    // read to the end at least once
   bool isRunning = false;  // or nobody knows, and its file has been written lately
   RunFiles files;          // kNone: no output of a run was found
-  RunNews news;
-  std::int64_t now = 0;  // when it was taken, in the seconds of progress/SolverClock.h
+  RunNews news;            // of the whole run
+  RunNews shown;           // of the case that is shown; its files, curves and lines are these too
+  std::vector<int> cases;  // of the deck that were found, by their numbers; none: just one
+  std::int64_t now = 0;    // when it was taken, in the seconds of progress/SolverClock.h
   std::vector<Message> health;
   std::shared_ptr<const RunCurves> curves;  // another object when something is new; never null
   std::vector<std::string> tail;            // the last lines, as they stand in the file

@@ -99,6 +99,21 @@ TEST_F(RunReaderTest, FollowsARunToItsEndAndKeepsEarlierOnesOut) {
   run.until = 1000;
   EXPECT_EQ(Read(another, run).files.output, "") << "a later run's";
 
+  // Of a deck with cases each can be looked at; without a choice the newest is shown.
+  for (const char* kept : {"CASE1.messag.krb", "CASE2.messag.krb"}) folder_.Write(kept, text);
+  folder_.Write("CASE1.messag.krb", kMessages);
+  run.path = folder_ / "CASE1.messag.krb";
+  run.until = 0;
+  RunReader cases{Settings()};
+  picture = Read(cases, run, [](const RunPicture& next) { return !next.cases.empty(); });
+  EXPECT_EQ(picture.cases, (std::vector<int>{1, 2}));
+  EXPECT_EQ(picture.shown.cycle, 30);
+  run.caseShown = 1;
+  picture = Read(cases, run, [](const RunPicture& next) { return next.shown.cycle == 20; });
+  EXPECT_EQ(picture.files.output, folder_ / "CASE1.messag.krb");
+  EXPECT_EQ(picture.curves->pointTime->size(), 3u);
+  EXPECT_EQ(picture.news.cycle, 30) << "of the whole run";
+
   std::atomic<bool> done{false};
   reader.Do([&] { done = true; });
   EXPECT_TRUE(WaitUntil([&] { return done.load(); }));

@@ -93,6 +93,22 @@ TEST_F(MonitorTest, ShowsAnyFolderAndWhyThereIsNothingToSee) {
   EXPECT_TRUE(HeadSays("There is no output of a run in this folder."));
   MonitorWindow::CloseAll();
 
+  // Of a deck with cases the newest is shown until another one is chosen.
+  std::filesystem::create_directory(home_ / "cases");
+  const std::string line = " t 1.0E-1 dt 1.0E-3 flush i/o buffers  08/14/24 12:00:00\n";
+  home_.Write("cases/CASE1.messag.krb", " 11" + line);
+  home_.Write("cases/CASE2.messag", " 22" + line);
+  std::filesystem::last_write_time(
+      home_ / "cases/CASE1.messag.krb",
+      std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1));
+  show(home_ / "cases");
+  EXPECT_TRUE(HeadSays("Case 2")) << "of the run, and its number";
+  EXPECT_TRUE(HeadSays("cycle 22"));
+  Choose(Find<Fl_Choice>(Monitor(), "Case:"), "Case 1");
+  EXPECT_TRUE(HeadSays("Case 1"));
+  EXPECT_TRUE(HeadSays("cycle 11"));
+  MonitorWindow::CloseAll();
+
   // What a hostile file may hold.
   std::filesystem::create_directory(home_ / "bad");
   home_.Write("bad/messag",

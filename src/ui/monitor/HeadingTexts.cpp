@@ -92,7 +92,7 @@ void TellByQueue(const MonitoredRun::State& run, const TextTable& texts, Heading
 }
 
 std::string Details(const RunPicture& picture, const TextTable& texts) {
-  const RunNews& news = picture.news;
+  const RunNews& news = picture.shown;
   std::string line;
   Add(line, CaseWords(news, texts));
   if (news.implicitStep > 0) {

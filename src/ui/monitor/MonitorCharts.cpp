@@ -146,7 +146,10 @@ void MonitorCharts::Fill() {
   const std::string& none = HasRun() && !runsDeck_ ? texts_.Get("mon_none_solver") : none_;
   charts_[kProgress]->SetHint(none);
   charts_[kDisk]->SetAxes(over, {texts_.Get("mon_unit_mb"), {}});
-  charts_[kDisk]->SetHint(HasRun() && runsDeck_ ? texts_.Get("mon_none_disk") : none);
+  const bool isEarlierCase =
+      picture_ && picture_->shown.caseNumber < static_cast<int>(picture_->cases.size());
+  const char* const noDisk = isEarlierCase ? "mon_none_disk_case" : "mon_none_disk";
+  charts_[kDisk]->SetHint(HasRun() && runsDeck_ ? texts_.Get(noDisk) : none);
   FillProgress();
   FillDisk();
 }
@@ -156,7 +159,7 @@ void MonitorCharts::FillProgress() {
   std::vector<ChartCurve> curves;
   if (picture_ && !picture_->curves->pointTime->empty()) {
     const RunCurves& run = *picture_->curves;
-    const RunNews& news = picture_->news;
+    const RunNews& news = picture_->shown;
     const double reached = run.pointTime->back();
     const double clock = run.pointClock->back();
     double last = clock;

@@ -192,6 +192,18 @@ void MonitorWindow::MakeControls() {
       },
       this);
   stage_->hide();
+  case_ = MakeChoice(x, "mon_case", 120);
+  case_->callback(
+      [](Fl_Widget*, void* self) {
+        auto* window = static_cast<MonitorWindow*>(self);
+        const int chosen = window->case_->value();
+        window->run_.ChooseCase(chosen > 0 ? window->cases_[static_cast<std::size_t>(chosen - 1)]
+                                           : 0);
+        window->Look();
+      },
+      this);
+  SetTip(*case_, texts_.Get("mon_case_tip"));
+  case_->hide();
   bar_ = new ProgressBar(0, (Sizes::kButtonRow - kBarHeight) / 2, kBarWidth, kBarHeight);
   bar_->hide();
   cancel_ = MakeButton(x, Sizes::kButtonWidth, "ui_cancel", nullptr, [](MonitorWindow& window) {
@@ -221,7 +233,14 @@ void MonitorWindow::LayOut() {
   const int foot = h() - kFoot;
   controls_->resize(0, 0, w(), Sizes::kButtonRow);
   // What tells of the moment stands at the right end.
-  const Fl_Widget* last = stage_->visible() ? static_cast<Fl_Widget*>(stage_) : controls_->child(3);
+  const Fl_Widget* last = controls_->child(3);
+  for (Fl_Choice* choice : {stage_, case_}) {
+    if (!choice->visible()) continue;
+    fl_font(FL_HELVETICA, kFontSize);
+    const int words = static_cast<int>(fl_width(choice->label())) + kGap;
+    choice->position(last->x() + last->w() + 2 * kMargin + words, kMargin);
+    last = choice;
+  }
   const int left = last->x() + last->w() + 2 * kMargin;
   cancel_->position(w() - kMargin - cancel_->w(), kMargin);
   bar_->position(cancel_->x() - kMargin - kBarWidth, bar_->y());
@@ -263,6 +282,7 @@ void MonitorWindow::Look() {
   picture_ = picture;
   ShowTitle();
   ShowStages();
+  ShowCases();
   const bool taller = heading_->Show(HeadingOf(state_, run_.IsJob(), picture_.get(), texts_));
   if (taller) {
     LayOut();
@@ -293,6 +313,22 @@ void MonitorWindow::ShowStages() {
   stageEntries_.Show(*stage_, entries, 0);
   run_.ChooseStage(-1);
   stages_.empty() ? stage_->hide() : stage_->show();
+  LayOut();
+  redraw();
+}
+
+void MonitorWindow::ShowCases() {
+  const std::vector<int> found = picture_ ? picture_->cases : std::vector<int>();
+  if (found == cases_ || (!picture_ && state_.run.caseShown > 0)) return;
+  cases_ = found;
+  std::vector<std::string> entries = {texts_.Get("mon_case_newest")};
+  for (const int number : cases_)
+    entries.push_back(texts_.Format("run_case", std::to_string(number)));
+  const auto chosen = std::find(cases_.begin(), cases_.end(), state_.run.caseShown);
+  const bool keeps = chosen != cases_.end();
+  caseEntries_.Show(*case_, entries, keeps ? static_cast<int>(chosen - cases_.begin()) + 1 : 0);
+  if (!keeps) run_.ChooseCase(0);
+  cases_.empty() ? case_->hide() : case_->show();
   LayOut();
   redraw();
 }

@@ -55,6 +55,7 @@ class MonitorWindow : public Fl_Double_Window {
   void Look();
   void ShowTitle();
   void ShowStages();
+  void ShowCases();
   void ShowTail();
   void ShowReading();
   void ShowSaved();
@@ -74,11 +75,13 @@ class MonitorWindow : public Fl_Double_Window {
   std::shared_ptr<const RunPicture> picture_;
   const std::chrono::steady_clock::time_point opened_;
   std::vector<std::string> stages_;  // that the choice has
+  std::vector<int> cases_;           // that the choice has
   std::shared_ptr<Saving> saving_;
 
-  ChoiceEntries stageEntries_, overEntries_, chartEntries_;
+  ChoiceEntries stageEntries_, caseEntries_, overEntries_, chartEntries_;
   Fl_Group* controls_ = nullptr;
   Fl_Choice* stage_ = nullptr;
+  Fl_Choice* case_ = nullptr;
   Fl_Choice* over_ = nullptr;
   Fl_Choice* chart_ = nullptr;
   Fl_Progress* bar_ = nullptr;

@@ -51,6 +51,7 @@ MonitoredRun::MonitoredRun(std::string folder) : folder_(std::move(folder)) {
 }
 
 const MonitoredRun::State& MonitoredRun::Look() {
+  state_.run.caseShown = chosenCase_;
   if (!IsJob()) return state_;
   const std::shared_ptr<JobList> list = list_.lock();
   const bool found = list && list->ReadJob(job_, [this](const JobFile& job) { Take(job); });
@@ -80,4 +81,5 @@ void MonitoredRun::Take(const JobFile& job) {
   state_.failure = shown->HowFailed();
   state_.runsDeck = RowOfKind(shown->GetSolverType()).runsDecks;
   state_.run = WhatToRead(*shown, state_.started, state_.runsDeck);
+  state_.run.caseShown = chosenCase_;
 }

@@ -28,6 +28,8 @@ class MonitoredRun {
 
   // By its place among the job's stages; -1: the one that runs, or ran last.
   void ChooseStage(int stage) { chosen_ = stage; }
+  // By its number; 0: the newest.
+  void ChooseCase(int number) { chosenCase_ = number; }
 
   struct State {
     JobId job = JobId::kNone;  // of the whole job, also where a stage is shown
@@ -54,6 +56,7 @@ class MonitoredRun {
   const JobId job_ = JobId::kNone;
   const std::string folder_;
   int chosen_ = -1;
+  int chosenCase_ = 0;
   State state_;
 };
 
