@@ -99,8 +99,8 @@ MonitorWindow::MonitorWindow(Application& application, const TextTable& texts, M
       texts_(texts),
       run_(std::move(run)),
       reader_(application.SettingsAndFiles().Get(),
-              [job = run_.Job()](const RunToRead& run) {
-                return RequestIn(run.folder, SwitchRunOf(run.folder, job));
+              [job = run_.Job()](const RunToRead& shown) {
+                return RequestIn(shown.folder, SwitchRunOf(shown.folder, job));
               }),
       opened_(std::chrono::steady_clock::now()) {
   OpenWindows().push_back(this);
