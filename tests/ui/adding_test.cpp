@@ -3,6 +3,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Button.H>
 
+#include "ui/window/Layout.h"
 #include "ui/window/NoticeBar.h"
 #include "ui/WindowFixture.h"
 
@@ -52,8 +53,18 @@ TEST_F(Adding, DecksOfOneFolderAreKeptApartWhenAsked) {
 
   Drop({home_.Write("c.k", "*KEYWORD\n*END\n")});
   ASSERT_TRUE(BarsSay("ui_apart", "3"));
+  // In a low window the rows keep their room, and the next bar waits for this one.
+  std::filesystem::create_directories(home_ / "tree/below");
+  home_.Write("tree/below/x.k", "*KEYWORD\n*END\n");
+  Drop({home_ / "tree"});
+  ASSERT_TRUE(BarsSay("ui_below", "1"));
+  window_->size(window_->w(), Layout::kMinHeight);
+  ASSERT_TRUE(BarsSay("ui_apart", "3") && BarsSay("ui_more_bars", "1"));
+  EXPECT_EQ(Bars().find(texts_.Format("ui_below", "1")), std::string::npos);
   Press(Find<Fl_Button>(*window_, "Keep apart"));
   EXPECT_TRUE(LineSays(texts_.Format("ui_apart_done", "3")));
+  ASSERT_TRUE(BarsSay("ui_below", "1"));
+  Press(Find<Fl_Button>(*window_, "Leave them"));
   EXPECT_EQ(Bars(), "");
   EXPECT_EQ(NameOf(0) + NameOf(1) + NameOf(2), "abc");
   Files().Set(&Settings::separate_results, 0);

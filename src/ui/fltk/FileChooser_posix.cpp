@@ -81,16 +81,17 @@ class Before {
   void* const data_;
 };
 
-// The toolkit's chooser without two faults: it drops the slash that an absolute path begins with
-// while it is typed, and it reloads its list from within the list's own handling of a double click
-// or key, which then goes on with lines that are gone.
+// The toolkit's chooser without three faults: it drops the slash that an absolute path begins with
+// while it is typed, it takes a name that is typed alone for one in the program's own folder, once
+// more with each letter, and it reloads its list from within the list's own handling of a double
+// click or key, which then goes on with lines that are gone.
 class Chooser : public Fl_File_Chooser {
  public:
   Chooser(const FileChooserTexts& texts, const std::string& filter, int kind)
       : Fl_File_Chooser(texts.folder.c_str(), filter.c_str(), kind, texts.title.c_str()),
         input_(*FindIn<Fl_File_Input>(WindowOf(*this))),
         list_(*FindIn<Fl_File_Browser>(WindowOf(*this))),
-        beforeInput_(input_, [this] { return TakeRoot(); }),
+        beforeInput_(input_, [this] { return TakeTyped(); }),
         beforeList_(list_, [this] { return TakeFolder(); }) {
     texts.file.empty() ? rescan() : value((texts.folder + "/" + texts.file).c_str());
   }
@@ -108,11 +109,22 @@ class Chooser : public Fl_File_Chooser {
   }
 
  private:
-  bool TakeRoot() {
-    if (std::string(input_.value()) != "/") return false;
-    directory("/");
-    input_.position(1);
-    return true;
+  bool TakeTyped() {
+    const std::string typed = input_.value();
+    if (typed == "/") {
+      directory("/");
+      input_.position(1);
+      return true;
+    }
+    const bool isName = !typed.empty() && typed.find_first_of("/~$") != 0;
+    if (isName && directory() != nullptr) {
+      std::string path = directory();
+      if (!path.ends_with('/')) path += '/';
+      const int at = input_.position() + static_cast<int>(path.size());
+      input_.value((path + typed).c_str());
+      input_.position(at);
+    }
+    return false;
   }
 
   bool TakeFolder() {
