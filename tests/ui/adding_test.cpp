@@ -61,6 +61,7 @@ TEST_F(Adding, DecksOfOneFolderAreKeptApartWhenAsked) {
   window_->size(window_->w(), Layout::kMinHeight);
   ASSERT_TRUE(BarsSay("ui_apart", "3") && BarsSay("ui_more_bars", "1"));
   EXPECT_EQ(Bars().find(texts_.Format("ui_below", "1")), std::string::npos);
+  window_->size(window_->w(), kHeight);
   Press(Find<Fl_Button>(*window_, "Keep apart"));
   EXPECT_TRUE(LineSays(texts_.Format("ui_apart_done", "3")));
   ASSERT_TRUE(BarsSay("ui_below", "1"));
