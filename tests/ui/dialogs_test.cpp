@@ -9,6 +9,7 @@
 #include <FL/Fl_Scroll.H>
 
 #include "ui/dialogs/StageTable.h"
+#include "ui/help/TextViewer.h"
 
 namespace {
 
@@ -186,6 +187,13 @@ TEST_F(HostFileTest, NothingTypedOrWrittenByOthersIsLostUnasked) {
                       },
                       Answering("Drop Changes"), Leave});
   EXPECT_EQ(Hosts(), "other 2\n");
+
+  ASSERT_TRUE(TextViewer::Edit(Files().hostFile, texts_));
+  TypeLine(*Fl::first_window());
+  Talk([&] { PressKey('q', FL_CTRL); }, {Answering("Keep Editing")});
+  EXPECT_TRUE(window_->shown());
+  Talk([&] { PressKey('q', FL_CTRL); }, {Answering("Drop Changes")});
+  EXPECT_FALSE(window_->shown());
 }
 
 TEST_F(DialogsTest, AnOpenDialogShowsWhatIsHandedOver) {
@@ -207,7 +215,13 @@ TEST_F(DialogsTest, AnOpenDialogShowsWhatIsHandedOver) {
              EXPECT_NE(HostTexts(dialog).find("own numbers of CPUs: 300,2,0"), std::string::npos);
              TypeInto(param, "-genv all");
            },
-           [](Fl_Window& dialog) { Key(dialog, FL_Escape); }});
+           [&](Fl_Window& dialog) {
+             Beside<Fl_Input>(dialog, "MPP Param").take_focus();
+             Key(dialog, 'x', 0, "x");
+             window_->StoreTyped();
+             EXPECT_NE(Stored().mpp_param.find('x'), std::string::npos) << "of a log-out";
+             Key(dialog, FL_Escape);
+           }});
   EXPECT_EQ(Stored().mpi_param, "-genv all");
   EXPECT_EQ(Group()->Text(), "300,2,0");
 }

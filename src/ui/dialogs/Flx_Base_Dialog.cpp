@@ -104,8 +104,12 @@ void Flx_Base_Dialog::Run() {
     Fl::wait();
     HandleFired();
   }
-  LeaveFields(*window_);
+  StoreTyped();
   window_->hide();
+}
+
+void Flx_Base_Dialog::StoreTyped() {
+  if (window_) LeaveFields(*window_);
 }
 
 // Also what fired just before the window was closed.

@@ -78,6 +78,9 @@ class Flx_Base_Dialog {
   // a field that is still being typed in fires before the window goes.
   void Run();
 
+  // A field that is being typed in fires now, while the dialog is run.
+  void StoreTyped();
+
   // Null when the layout has no such id; by name also when it is another kind of widget.
   Fl_Widget* FindWidget(const std::string& id) const;
   template <typename Kind>

@@ -88,6 +88,15 @@ void TextViewer::PlaceBeside(Fl_Window* other) {
   FitScreen(*this, other);
 }
 
+// A window may go while another one asks.
+bool TextViewer::MayDropAll() {
+  const std::vector<TextViewer*> windows = OpenWindows();
+  return std::all_of(windows.begin(), windows.end(), [](TextViewer* window) {
+    const auto& open = OpenWindows();
+    return std::find(open.begin(), open.end(), window) == open.end() || window->MayDrop();
+  });
+}
+
 void TextViewer::CloseAll() {
   while (!OpenWindows().empty()) delete OpenWindows().back();
 }

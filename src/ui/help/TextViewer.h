@@ -35,6 +35,8 @@ class TextViewer : public Fl_Double_Window {
   // One of the windows has saved its file.
   static std::function<void(const std::string& path)> OnSaved;
 
+  // Asks the user about each window with changes that are not saved. False: one of them is to stay.
+  static bool MayDropAll();
   // Before the program ends; drops changes.
   static void CloseAll();
 

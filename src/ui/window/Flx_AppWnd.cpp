@@ -122,6 +122,10 @@ Flx_AppWnd::~Flx_AppWnd() {
   ComnChmDialog::CloseViewer();
 }
 
+bool Flx_AppWnd::MayDropTexts() {
+  return TextViewer::MayDropAll();
+}
+
 void Flx_AppWnd::MakeTools() {
   auto* row = new ToolRow(0, 0, w(), Layout::kToolRowHeight);
   for (int tool = 0; tool < Layout::kToolCount; ++tool) {

@@ -135,6 +135,8 @@ class Flx_AppWnd : public Fl_Double_Window {
   void RestoreLeft();
   void ForgetLeft();
   std::string FateOfQueued() const;
+  // The user agrees to lose changes of text windows that are not saved, or there are none.
+  static bool MayDropTexts();
   void Exit();
   // Tells the group (null: all) to stop and waits with a small window. False when something still
   // runs after 30 seconds, or a solver that could not be ended; says so.

@@ -442,6 +442,7 @@ std::string Flx_AppWnd::FateOfQueued() const {
 
 void Flx_AppWnd::Exit() {
   JobGroupManager& manager = application_.Manager();
+  if (!MayDropTexts()) return;
   const auto groups = [&] {
     Groups all;
     for (int index = 0; index < manager.GroupCount(); ++index)

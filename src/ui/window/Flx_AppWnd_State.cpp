@@ -257,6 +257,7 @@ void Flx_AppWnd::ShowFilter() {
 
 void Flx_AppWnd::StoreTyped() {
   settings_->Commit();
+  if (dialog_) dialog_->StoreTyped();
 }
 
 void Flx_AppWnd::ShowCurrentJob() {
