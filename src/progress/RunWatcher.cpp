@@ -45,12 +45,9 @@ class RunWatcher::Watch {
   Watch(WatchedRun watched, const Settings& settings) : run(std::move(watched)), health_(settings) {
     std::vector<std::string> files, folders;
     FileDirWrapper::ListDir(run.folder, files, folders, false);
-    std::set<std::string> written;
-    for (WrittenFile& file : FilesWrittenSince(run.folder, run.started)) {
-      written.insert(std::move(file.path));
-    }
-    std::erase_if(files, [&](const std::string& file) { return written.contains(file); });
+    // Each is asked once: the run may put its own in the place of an old one meanwhile.
     before_.Take(files);
+    before_.ForgetWrittenSince(run.started);
     // What was written in the very second of the start, but before it, only this one tells.
     atStart_.Read(run.filesBefore);
   }
@@ -383,8 +380,9 @@ void RunWatcher::Work() {
 
 void RunWatcher::LookAtRuns() {
   std::set<JobId> running;
-  const std::vector<WatchedRun> runs = shared_->hooks.runs();
   const MutexLock lock(shared_->mutex);
+  // Under the lock: an older answer would take the run of a last look for another one.
+  const std::vector<WatchedRun> runs = shared_->hooks.runs();
   for (const WatchedRun& run : runs) {
     const auto known = shared_->states.find(run.job);
     const bool hasEnded =

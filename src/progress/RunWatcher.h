@@ -65,7 +65,8 @@ class RunWatcher {
     MessageSink report;                      // for the log: what is wrong with a run, once
   };
   // The hooks are called on threads of the watcher, one at a time but for `runs`, and not after its
-  // end. `patience`: how long a last look is waited for.
+  // end. `runs` is called under the watcher's lock and must not ask it. `patience`: how long a last
+  // look is waited for.
   explicit RunWatcher(Hooks hooks, std::chrono::milliseconds every = std::chrono::seconds(1),
                       std::chrono::milliseconds patience = std::chrono::seconds(30));
   // Does not wait for files that cannot be read.

@@ -49,6 +49,13 @@ TEST(FolderSnapshotTest, TellsWhatHasBeenWrittenSince) {
       EXPECT_FALSE(snapshot->HoldsUnchanged(folder / name)) << name;
     }
   }
+  // By the state that was taken, not by what lies there now.
+  std::filesystem::last_write_time(folder / odd, written - std::chrono::hours(1));
+  const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  taken.Take({folder / odd, folder / "longer"});
+  taken.ForgetWrittenSince(now - 600);
+  EXPECT_TRUE(taken.HoldsUnchanged(folder / odd));
+  EXPECT_FALSE(taken.HoldsUnchanged(folder / "longer"));
   for (const char* torn : {"a", "a 1 2", "%4 1 2 3", "%zz 1 2 3", "a b c d"}) {
     EXPECT_FALSE(before.Read(torn)) << torn;
     EXPECT_FALSE(before.HoldsUnchanged(folder / odd));

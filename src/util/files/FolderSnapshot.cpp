@@ -58,6 +58,12 @@ void FolderSnapshot::Take(const std::vector<std::string>& files) {
   }
 }
 
+void FolderSnapshot::ForgetWrittenSince(std::int64_t seconds) {
+  std::erase_if(files_, [seconds](const auto& file) {
+    return file.second.isKnown && file_system::SecondsOf(file.second.written) >= seconds;
+  });
+}
+
 bool FolderSnapshot::HoldsUnchanged(const std::string& path) const {
   if (IsUnknown(path)) return true;
   State now;

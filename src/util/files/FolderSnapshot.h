@@ -13,6 +13,8 @@ class FolderSnapshot {
   // Those of the files that are there. Replaces what was taken before. One that is there but cannot
   // be looked at is held as unknown.
   void Take(const std::vector<std::string>& files);
+  // Forgets those that had been written at that second or later (of 1970) when they were taken.
+  void ForgetWrittenSince(std::int64_t seconds);
 
   // Whether the file was there and is still the same, under its name or that of another one that
   // was taken: nobody has written it since. So is an unknown one, whatever has become of it. A path
