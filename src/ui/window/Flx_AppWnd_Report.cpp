@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "core/SmallTextFile.h"
 #include "ui/dialogs/ComnFileDialog.h"
 #include "ui/text/Encoding.h"
 #include "ui/window/Flx_AppWnd.h"
@@ -86,6 +87,6 @@ void Flx_AppWnd::LookAtReport(void* self) {
   const Message failed(MessageId::kReportNotWritten, FromUi(path));
   window->application_.SettingsAndFiles().Log().Note(failed);
   if (window->OnReportFailed) window->OnReportFailed(failed);
-  window->Say(window->texts_.Format("ui_past_not_exported", path, ToUi(trouble)),
+  window->Say(OneLine(window->texts_.Format("ui_past_not_exported", path, ToUi(trouble))),
               StatusBar::Tone::kError);
 }
