@@ -174,6 +174,7 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   Run();
   EXPECT_EQ(status(0), JobStatus::kFinished);
   EXPECT_EQ(status(1), JobStatus::kAborted);
+  EXPECT_TRUE(LineSays(missing));
 
   // Nor in a group that runs already.
   Files().SetSolverPath(SolverKind::kLsDynaSingle, KR_TEST_BIN_DIR "/standin_solver");
@@ -181,7 +182,7 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   for (int press = 0; press < 2; ++press) Press(Part<PrimaryButton>());
   ASSERT_TRUE(Until([&] { return status(2) == JobStatus::kRunning; }));
   window_->Perform(Action::kRefresh);
-  EXPECT_TRUE(LineSays(window_->Texts().Format("ui_submit_again", "Group1")));
+  EXPECT_TRUE(LineSays(window_->Texts().Format("ui_submit_again", "Group1"))) << Line();
   EXPECT_FALSE(LogHolds(Files(), "submit job failed")) << "a double click is no failure";
   Files().SetSolverPath(SolverKind::kLsDynaSingle, missing);
   AddJob("late");
