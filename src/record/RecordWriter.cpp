@@ -7,6 +7,7 @@
 
 #include "record/History.h"
 #include "util/files/FileDirWrapper.h"
+#include "util/process/OwnThread.h"
 #include "util/text/DateTimeWrapper.h"
 
 namespace {
@@ -16,6 +17,13 @@ constexpr std::chrono::seconds kBetweenTries{3};
 constexpr long kLockPatienceMs = 500;              // for a copy that was killed a moment ago
 constexpr std::uint64_t kSpareBytes = 512 * 1024;  // that a journal may have beyond its snapshot
 constexpr std::size_t kSpareHistory = 5000;        // records
+
+template <typename List, typename Value>
+void MoveBehind(List& list, std::vector<Value>& more) {
+  list.insert(list.end(), std::make_move_iterator(more.begin()),
+              std::make_move_iterator(more.end()));
+  more.clear();
+}
 
 }  // namespace
 
@@ -97,7 +105,7 @@ void RecordWriter::Put(std::vector<QueueChange> changes) {
   {
     const MutexLock lock(mutex_);
     if (end_) return;
-    std::move(changes.begin(), changes.end(), std::back_inserter(changes_));
+    MoveBehind(changes_, changes);
     ++put_;
   }
   changed_.notify_all();
@@ -178,73 +186,97 @@ bool RecordWriter::IsOwed() const {
          IsBroken();
 }
 
-// The first round writes the session's beginning, whatever was put, once nothing is held.
+// What a round could not do, the next one does. The last one is tried twice.
 void RecordWriter::Work() {
-  std::uint64_t taken = 0;
-  bool keptQueue = keepQueue_;
-  for (bool begun = false;; begun = true) {
-    std::vector<QueueChange> changes;
-    std::vector<RunRecord> runs;
-    bool end = false;
-    bool syncNow = false;
-    bool tryNow = false;
-    std::uint64_t asked = 0;
-    {
-      MutexLock lock(mutex_);
-      while (begun ? unlearned_.empty() && HasNothingToWrite() : holds_ > 0) {
-        if (!begun || !IsOwed()) {
-          lock.Wait(changed_);
-        } else if (!lock.WaitUntil(changed_, Clock::now() + kBetweenSyncs)) {
-          break;
-        }
-      }
-      end = end_;
-      syncNow = syncWanted_ > onDisk_;
-      asked = asked_;
-      tryNow = asked != answered_;
-      if (holds_ == 0) {
-        changes.swap(changes_);
-        runs.swap(runs_);
-        taken = put_;
-      }
-    }
-    const bool tryAgain = end || tryNow || Clock::now() - tried_ >= kBetweenTries;
-    const bool keepsQueue = keepQueue_;
-    if (keepsQueue && !keptQueue) queue_.broken = true;
-    keptQueue = keepsQueue;
-    TakeSync(queue_);
-    TakeSync(history_);
-    Apply(changes);
-    if (keepsQueue) {
-      WriteQueue(changes, tryAgain);
-    } else if (queue_.broken && tryAgain) {
-      DropQueue();
-    }
-    WriteHistory(runs, tryAgain);
-    LearnPast();
-    if (end) {
-      SyncAtEnd(queue_);
-      SyncAtEnd(history_);
-    } else if (syncNow || Clock::now() - synced_ >= kBetweenSyncs) {
-      BeginSync(queue_, taken);
-      BeginSync(history_, taken);
-      synced_ = Clock::now();
-    }
-    for (Target* const target : {&queue_, &history_}) {
-      if (!target->broken && !target->dirty && !target->sync.valid()) target->onDisk = taken;
-    }
-    {
-      const MutexLock lock(mutex_);
-      answered_ = asked;
-      cannotWrite_ = IsBroken();
-      if (!cannotWrite_) written_ = taken;
-      onDisk_ = std::min(queue_.onDisk, history_.onDisk);
-      queueOnDisk_ = queue_.onDisk;
-      queueBytes_ = queue_.journal.Size();
-    }
-    changed_.notify_all();
-    if (end) return;
+  Round round{.keptQueue = keepQueue_, .at = &queue_};
+  for (int lastRounds = 0; !round.isLast && lastRounds < 2; lastRounds += Ends()) {
+    Guard([&] { DoRound(round); }, [&](const std::exception&) { FailRound(round); });
   }
+}
+
+bool RecordWriter::Ends() const {
+  const MutexLock lock(mutex_);
+  return end_;
+}
+
+// The first round writes the session's beginning, whatever was put, once nothing is held.
+void RecordWriter::DoRound(Round& round) {
+  bool end = false;
+  bool syncNow = false;
+  bool tryNow = false;
+  {
+    MutexLock lock(mutex_);
+    while (round.hasBegun ? unlearned_.empty() && HasNothingToWrite() : holds_ > 0) {
+      if (!round.hasBegun || !IsOwed()) {
+        lock.Wait(changed_);
+      } else if (!lock.WaitUntil(changed_, Clock::now() + kBetweenSyncs)) {
+        break;
+      }
+    }
+    round.hasBegun = true;
+    end = end_;
+    syncNow = syncWanted_ > onDisk_;
+    tryNow = asked_ != answered_;
+    round.asked = asked_;
+    if (holds_ == 0) {
+      MoveBehind(round.changes, changes_);
+      MoveBehind(round.runs, runs_);
+      round.taken = put_;
+    }
+  }
+  const bool tryAgain = end || tryNow || Clock::now() - tried_ >= kBetweenTries;
+  const bool keepsQueue = keepQueue_;
+  round.at = &queue_;
+  if (keepsQueue && !round.keptQueue) queue_.broken = true;
+  round.keptQueue = keepsQueue;
+  TakeSync(queue_);
+  Apply(round);
+  if (keepsQueue) {
+    WriteQueue(round.changes, tryAgain);
+  } else if (queue_.broken && tryAgain) {
+    DropQueue();
+  }
+  round.changes.clear();
+  round.applied = 0;
+  round.at = &history_;
+  TakeSync(history_);
+  WriteHistory(round.runs, tryAgain);
+  LearnPast();
+  const bool syncs = syncNow || Clock::now() - synced_ >= kBetweenSyncs;
+  if (syncs) synced_ = Clock::now();
+  for (Target* const target : {&queue_, &history_}) {
+    round.at = target;
+    if (end) {
+      SyncAtEnd(*target);
+    } else if (syncs) {
+      BeginSync(*target, round.taken);
+    }
+    if (!target->broken && !target->dirty && !target->sync.valid()) target->onDisk = round.taken;
+  }
+  {
+    const MutexLock lock(mutex_);
+    answered_ = round.asked;
+    cannotWrite_ = IsBroken();
+    if (!cannotWrite_) written_ = round.taken;
+    onDisk_ = std::min(queue_.onDisk, history_.onDisk);
+    queueOnDisk_ = queue_.onDisk;
+    queueBytes_ = queue_.journal.Size();
+  }
+  changed_.notify_all();
+  round.isLast = end;
+}
+
+// Like a file that cannot be written: it is to be written anew, and whoever waits is told.
+void RecordWriter::FailRound(Round& round) {
+  {
+    const MutexLock lock(mutex_);
+    answered_ = round.asked;
+    cannotWrite_ = true;
+  }
+  changed_.notify_all();
+  round.at->broken = true;
+  tried_ = Clock::now();
+  Tell(*round.at);
 }
 
 void RecordWriter::Mend(Target& target, const std::vector<std::string>& records) {
@@ -253,20 +285,25 @@ void RecordWriter::Mend(Target& target, const std::vector<std::string>& records)
     target.broken = false;
     target.dirty = target.moved = !target.journal.IsOnDisk();
     target.records = records.size();
-    if (target.told) note_(Message(target.works, target.journal.Path()));
-    target.told = false;
+    const bool wasTold = std::exchange(target.told, false);
+    if (wasTold) note_(Message(target.works, target.journal.Path()));
     return;
   }
   target.broken = true;
   tried_ = Clock::now();
-  if (target.told) return;
-  report_(Message(target.fails, target.journal.Path()));
-  target.told = true;
+  Tell(target);
 }
 
-void RecordWriter::Apply(const std::vector<QueueChange>& changes) {
-  for (const QueueChange& change : changes) image_.Apply(change);
-  if (!changes.empty()) image_.now.last = DateTimeWrapper::CurrentTime();
+void RecordWriter::Tell(Target& target) {
+  if (std::exchange(target.told, true)) return;
+  report_(Message(target.fails, target.journal.Path()));
+}
+
+// A change that fails half way is applied once more.
+void RecordWriter::Apply(Round& round) {
+  for (; round.applied < round.changes.size(); ++round.applied)
+    image_.Apply(round.changes[round.applied]);
+  if (!round.changes.empty()) image_.now.last = DateTimeWrapper::CurrentTime();
 }
 
 void RecordWriter::WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain) {
@@ -296,8 +333,9 @@ void RecordWriter::DropQueue() {
 void RecordWriter::LearnPast() {
   constexpr std::size_t kAtOnce = 200;
   for (std::size_t i = 0; i < kAtOnce && !unlearned_.empty(); ++i) {
-    if (const auto run = RunOfHistoryRecord(unlearned_.back())) past_.Add(*run);
+    const std::string record = std::move(unlearned_.back());
     unlearned_.pop_back();
+    if (const auto run = RunOfHistoryRecord(record)) past_.Add(*run);
   }
 }
 
@@ -312,10 +350,12 @@ std::vector<std::string> RecordWriter::HistorySnapshot() {
   return records;
 }
 
-void RecordWriter::WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain) {
+// Takes each run away once it is written or is among those to be written.
+void RecordWriter::WriteHistory(std::deque<RunRecord>& runs, bool tryAgain) {
   const bool wasBroken = history_.broken;
-  for (const RunRecord& run : runs) {
-    std::string record = HistoryRecordOf(run);
+  const bool isNew = !runs.empty();
+  for (; !runs.empty(); runs.pop_front()) {
+    std::string record = HistoryRecordOf(runs.front());
     if (!history_.broken && history_.journal.Append(record)) {
       history_.dirty = true;
       ++history_.records;
@@ -324,7 +364,7 @@ void RecordWriter::WriteHistory(const std::vector<RunRecord>& runs, bool tryAgai
     history_.broken = true;
     unwrittenHistory_.push_back(std::move(record));
   }
-  if (!runs.empty()) ++historyVersion_;
+  if (isNew) ++historyVersion_;
   if (unwrittenHistory_.size() > kMostHistory) DropOldHistory(unwrittenHistory_);
   const bool isLong = history_.records > 2 * kMostHistory + kSpareHistory;
   if (!history_.broken) {
@@ -359,8 +399,12 @@ void RecordWriter::BeginSync(Target& target, std::uint64_t taken) {
   target.syncs = taken;
   target.syncsNew = target.journal.IsPrepared();
   const auto sync = [this, &target, moved = std::exchange(target.moved, false)](AppendFile& file) {
-    const bool isGood = file.Sync();
-    if (isGood && moved) FileDirWrapper::SyncFolderOf(target.journal.Path());
+    bool isGood = file.Sync();
+    Guard(
+        [&] {
+          if (isGood && moved) FileDirWrapper::SyncFolderOf(target.journal.Path());
+        },
+        [&](const std::exception&) { isGood = false; });
     {
       const MutexLock lock(mutex_);
       target.synced = true;

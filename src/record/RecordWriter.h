@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <future>
 #include <memory>
 #include <string>
@@ -92,15 +93,32 @@ class RecordWriter {
     std::uint64_t onDisk = 0;
   };
 
+  // What the writer's thread has at hand.
+  struct Round {
+    std::vector<QueueChange> changes = {};
+    std::size_t applied = 0;          // of these, to the image
+    std::deque<RunRecord> runs = {};  // that the history does not have yet
+    std::uint64_t taken = 0;          // all that was put up to then is, or was, among them
+    std::uint64_t asked = 0;
+    bool keptQueue = true;
+    bool hasBegun = false;
+    bool isLast = false;
+    Target* at = nullptr;  // what it works at
+  };
+
   void Work();
+  bool Ends() const;
+  void DoRound(Round& round);
+  void FailRound(Round& round);
+  void Tell(Target& target);
   bool HasNothingToWrite() const KR_REQUIRES(mutex_);
   bool IsBroken() const { return queue_.broken || history_.broken; }
   bool IsOwed() const;
   bool WaitFor(std::uint64_t RecordWriter::*done, std::chrono::milliseconds limit);
-  void Apply(const std::vector<QueueChange>& changes);
+  void Apply(Round& round);
   void WriteQueue(const std::vector<QueueChange>& changes, bool tryAgain);
   void DropQueue();
-  void WriteHistory(const std::vector<RunRecord>& runs, bool tryAgain);
+  void WriteHistory(std::deque<RunRecord>& runs, bool tryAgain);
   void LearnPast();
   std::vector<std::string> HistorySnapshot();
   void Mend(Target& target, const std::vector<std::string>& records);

@@ -19,7 +19,11 @@ class RecordWriterTest : public testing::Test {
  protected:
   std::unique_ptr<RecordWriter> Writer() {
     return std::make_unique<RecordWriter>(
-        RecordFilesIn(folder_.Path()), [this](const Message& message) { Say(said_, message); },
+        RecordFilesIn(folder_.Path()),
+        [this](const Message& message) {
+          Say(said_, message);
+          if (throws_) throw std::bad_alloc();
+        },
         [this](const Message& message) { Say(noted_, message); });
   }
   void Say(std::vector<MessageId>& list, const Message& message) {
@@ -35,6 +39,7 @@ class RecordWriterTest : public testing::Test {
   const RecordFiles files_ = RecordFilesIn(folder_.Path());
   std::mutex mutex_;
   std::vector<MessageId> said_, noted_;
+  std::atomic<bool> throws_{false};  // on the writer's thread
 };
 
 TEST_F(RecordWriterTest, TheNextSessionFindsWhatThisOneDid) {
@@ -134,6 +139,7 @@ TEST_F(RecordWriterTest, AQueueThatIsNotKeptIsDroppedAndNotWaitedFor) {
 
 // A folder in the place of the file: as full as a disk can be, for root too.
 TEST_F(RecordWriterTest, GoesOnWhereNothingCanBeWrittenAndCatchesUp) {
+  throws_ = true;
   const std::string fresh = files_.queue + ".new";
   const auto writer = Writer();
   writer->Begin(true);
@@ -143,6 +149,7 @@ TEST_F(RecordWriterTest, GoesOnWhereNothingCanBeWrittenAndCatchesUp) {
   if (std::filesystem::exists(files_.queue)) GTEST_SKIP() << "an open file stays here";
   std::filesystem::create_directories(fresh + "/full");
   writer->Put(change::GroupSet{2, "B", ""});
+  writer->PutRun({.jobFile = "b.k", .verdict = JobStatus::kFinished});
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_FALSE(writer->Flush(20s));
   writer->Put(change::GroupSet{3, "C", ""});
@@ -152,6 +159,7 @@ TEST_F(RecordWriterTest, GoesOnWhereNothingCanBeWrittenAndCatchesUp) {
   std::filesystem::remove_all(fresh);
   EXPECT_TRUE(writer->Flush(20s));
   EXPECT_EQ(noted_, std::vector{MessageId::kRecordWritable});
+  EXPECT_NE(TempFolder::Read(files_.history).find("b.k"), std::string::npos);
   Journal journal(files_.queue, {kQueueKind, files_.machine});
   QueueImage image;
   journal.Read([&](std::string_view record) { return ApplyRecord(record, image); });
