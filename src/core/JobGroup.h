@@ -87,14 +87,15 @@ class JobGroup : public JobList, public std::enable_shared_from_this<JobGroup> {
   // The group's thread.
   void RunLoop(FailureStreak streak);
   void GoOnWith(const std::shared_ptr<JobFile>& job, const RunRecord& run);
-  void BeginsRun(const std::shared_ptr<JobFile>& job);
-  void EndsRun(const std::shared_ptr<JobFile>& job);
+  void TellRunChanged();
   // Of the stage that runs, as its record has them; seconds since 1970, 0: not known.
   struct RunTimes {
     std::int64_t started = 0;
     std::int64_t ended = 0;
   };
   JobRunSetup SetupFor(JobFile& job, RunTimes& times);
+  void RunToEnd(const std::shared_ptr<JobFile>& job, const std::function<JobStatus()>& run,
+                const RunTimes& times);
   void EndRunOf(JobFile& job, JobStatus status, const RunTimes& times);
   bool PausesAfter(const FailureStreak& streak);
   std::optional<JobRunContext> BeginRunOf(JobFile& job, std::int64_t since);

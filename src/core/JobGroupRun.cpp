@@ -7,6 +7,7 @@
 #include "core/JobGroup.h"
 #include "core/SenseSwitch.h"
 #include "jobs/OutputPrefix.h"
+#include "solvers/RunSteps.h"
 #include "util/process/OwnThread.h"
 #include "util/text/DateTimeWrapper.h"
 
@@ -49,11 +50,13 @@ bool JobGroup::Submit() {
   }
   NoteQueued();
   const auto failed = [this](const std::exception& error) {
-    setup_.log.Report(Message(MessageId::kGroupNotStarted, error.what()));
     running_ = false;
-    setup_.observer.GroupRunChanged(Id());
+    setup_.log.Report(Message(MessageId::kGroupNotStarted, error.what()));
   };
-  const auto work = [this, failed, streak] { Guard([&] { RunLoop(streak); }, failed); };
+  const auto work = [this, failed, streak] {
+    Guard([&] { RunLoop(streak); }, failed);
+    TellRunChanged();
+  };
   if (StartThread(thread_, work)) return true;
   running_ = false;
   return Refuse(Message(MessageId::kGroupNotStarted, thread_.LastError()));
@@ -103,10 +106,12 @@ bool JobGroup::Resume(JobId job, const RunRecord& run) {
   PTWrapperThread thread;
   const auto failed = [this](const std::exception& error) {
     setup_.log.Report(Message(MessageId::kGroupNotStarted, error.what()));
-    --resumed_;
-    setup_.observer.GroupRunChanged(Id());
   };
-  const auto work = [this, found, run, failed] { Guard([&] { GoOnWith(found, run); }, failed); };
+  const auto work = [this, found, run, failed] {
+    Guard([&] { GoOnWith(found, run); }, failed);
+    --resumed_;
+    TellRunChanged();
+  };
   if (StartThread(thread, work)) return true;
   --resumed_;
   return Refuse(Message(MessageId::kGroupNotStarted, thread.LastError()));
@@ -122,11 +127,8 @@ void JobGroup::GoOnWith(const std::shared_ptr<JobFile>& resumed, const RunRecord
     times.started = run.started;
     return BeginRunOf(job, job.started != 0 ? job.started : run.started);
   };
-  BeginsRun(resumed);
-  EndRunOf(job, ResumeRun(job, setup, run), times);
-  EndsRun(resumed);
-  --resumed_;
-  setup_.observer.GroupRunChanged(Id());
+  RunToEnd(
+      resumed, [&] { return ResumeRun(job, setup, run); }, times);
 }
 
 bool JobGroup::Stop() {
@@ -141,12 +143,27 @@ bool JobGroup::Stopping() const {
   return std::any_of(runs_.begin(), runs_.end(), [](const auto& job) { return job->abort.load(); });
 }
 
-void JobGroup::BeginsRun(const std::shared_ptr<JobFile>& job) {
-  const MutexLock lock(runsMutex_);
-  runs_.push_back(job);
+void JobGroup::TellRunChanged() {
+  Guard([this] { setup_.observer.GroupRunChanged(Id()); }, [](const std::exception&) {});
 }
 
-void JobGroup::EndsRun(const std::shared_ptr<JobFile>& job) {
+// Whatever is thrown, the job ends, and its solver does not run on where nobody watches it.
+void JobGroup::RunToEnd(const std::shared_ptr<JobFile>& job, const std::function<JobStatus()>& run,
+                        const RunTimes& times) {
+  JobStatus status = JobStatus::kAborted;
+  {
+    const MutexLock lock(runsMutex_);
+    runs_.push_back(job);
+  }
+  Guard([&] { status = run(); },
+        [&](const std::exception& error) {
+          job->process.TerminateAll();
+          for (const std::shared_ptr<JobFile>& stage : job->stages) stage->process.TerminateAll();
+          const Message reason(MessageId::kRunFailed, job->MainFile(), error.what());
+          setup_.log.Report(reason);
+          job->SetRunError(RunError::kNotStarted, reason);
+        });
+  EndRunOf(*job, status, times);
   const MutexLock lock(runsMutex_);
   std::erase(runs_, job);
 }
@@ -172,14 +189,12 @@ void JobGroup::RunLoop(FailureStreak streak) {
     RunTimes times;
     JobRunSetup run = SetupFor(*job, times);
     run.pause = pause;
-    BeginsRun(job);
-    EndRunOf(*job, RunJob(*job, run), times);
-    EndsRun(job);
+    RunToEnd(
+        job, [&] { return RunJob(*job, run); }, times);
     waitForResumed();
     ReadJob(job->id, [&](const JobFile& ended) { streak.Take(ended); });
     if (PausesAfter(streak)) break;
   }
-  setup_.observer.GroupRunChanged(Id());
 }
 
 // Ends the thread as a queue without jobs does. What is not there for one job is not for the next

@@ -6,6 +6,7 @@
 #include "core/SharedFolders.h"
 #include "runs/RunRecording.h"
 #include "solvers/SolverKinds.h"
+#include "util/process/OwnThread.h"
 #include "util/process/ProcessIdentity.h"
 
 namespace {
@@ -88,19 +89,31 @@ void QueueRecord::Begin() {
   }
   isSearched_ = !starting_.empty() || !stopped_.empty();
   if (isSearched_ || !leaving_.empty()) {
-    looker_ = std::thread([this, last] { LookForProcesses(last); });
+    try {
+      looker_ = std::thread([this, last] { LookForProcesses(last); });
+    } catch (const std::system_error&) {
+      LookForProcesses(last);
+    }
   }
 }
 
+// One that cannot be looked at does not keep the others.
+
 void QueueRecord::LookForProcesses(std::int64_t last) {
+  const auto notEnded = [this](const std::exception& error) {
+    settings_.Log().Report(Message(MessageId::kNotEnded, error.what()));
+  };
   for (const RunRecord& run : starting_) {
-    const ProcessIdentity process = ProcessOf(run);
-    const MutexLock lock(foundMutex_);
-    found_[run.token] = process;
+    const auto find = [&] {
+      const ProcessIdentity process = ProcessOf(run);
+      const MutexLock lock(foundMutex_);
+      found_[run.token] = process;
+    };
+    Guard(find, [](const std::exception&) {});  // the row tells what became of it
   }
-  for (const RunRecord& run : stopped_) EndStopped(run);
+  for (const RunRecord& run : stopped_) Guard([&] { EndStopped(run); }, notEnded);
   isSearched_ = false;
-  for (const LeavingRun& one : leaving_) EndLeaving(one.run, last);
+  for (const LeavingRun& one : leaving_) Guard([&] { EndLeaving(one.run, last); }, notEnded);
 }
 
 void QueueRecord::EndLeaving(const RunRecord& run, std::int64_t last) {
