@@ -160,6 +160,11 @@ TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
   } ways[] = {
       {"term", "", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
       {"int", "", [](const Copy& copy) { kill(copy.pid, SIGINT); }},
+      {"both", "",
+       [](const Copy& copy) {
+         kill(copy.pid, SIGHUP);
+         kill(copy.pid, SIGTERM);
+       }},
       {"script", "--quit-when-done ", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
       {"quit", "", quit},
       {"logout", "", quitAndLogOut},

@@ -7,7 +7,8 @@
 // Calls `leave` on the interface thread when somebody asks the program to end (SIGTERM, SIGINT),
 // and `hangUp` when its session ends (SIGHUP; not when it was started to ignore that, as nohup
 // does). A request that comes while there is no function to call, as before the first window, waits
-// for one. On Windows the first comes as a window message and nothing has to be done.
+// for one. Where both come in one moment, it is the first. On Windows that one comes as a window
+// message and nothing has to be done.
 void OnEndRequest(const std::function<void()>& leave, const std::function<void()>& hangUp);
 
 // A request waits for a function to call.

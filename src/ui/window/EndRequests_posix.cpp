@@ -42,13 +42,23 @@ void TakeSignal(int number) {
   if (write(g_wakeUp[1], &byte, 1) < 0) errno = before;
 }
 
-void ReadSignals(int fd, void*) {
-  if (!Leave()) return;
-  bool hangUp = false;
+// Takes what waits.
+void Take(bool& end, bool& hangUp) {
   char byte = 0;
-  while (read(fd, &byte, 1) > 0) hangUp = hangUp || byte == 1;
-  if (hangUp && HangUp()) return HangUp()();
-  Leave()();
+  while (read(g_wakeUp[0], &byte, 1) > 0) (byte == 1 ? hangUp : end) = true;
+}
+
+// Who asks for the end at the same moment wants what runs to be stopped.
+void ReadSignals(int, void*) {
+  constexpr int kSameMomentMs = 100;
+  if (!Leave()) return;
+  bool end = false;
+  bool hangUp = false;
+  Take(end, hangUp);
+  pollfd more = {g_wakeUp[0], POLLIN, 0};
+  if (hangUp && !end && poll(&more, 1, kSameMomentMs) == 1) Take(end, hangUp);
+  if (end || (hangUp && !HangUp())) return Leave()();
+  if (hangUp) HangUp()();
 }
 
 }  // namespace
