@@ -415,7 +415,12 @@ void RecordWriter::BeginSync(Target& target, std::uint64_t taken) {
   const auto file = std::make_shared<AppendFile>();
   if (file->Share(target.journal.Newest())) {
     try {
-      target.sync = std::async(std::launch::async, [sync, file] { return sync(*file); });
+      // Not left open until somebody asks: some systems replace no open file.
+      target.sync = std::async(std::launch::async, [sync, file] {
+        const bool isGood = sync(*file);
+        file->Close();
+        return isGood;
+      });
       return;
     } catch (const std::system_error&) {
     }
