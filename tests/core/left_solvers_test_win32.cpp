@@ -77,7 +77,7 @@ class LeftSolversTest : public CoreTest {
 TEST_F(LeftSolversTest, SolversOfEveryKindAreFoundAndWatchedAndStopped) {
   SolverDeck("child", "$ standin: run 60\n$ standin: child\n");
   SolverDeck("mpp", "$ standin: run 60\n");
-  SolverDeck("plain", "$ standin: run 8\n");
+  SolverDeck("plain", "$ standin: run 60\n");
   SolverDeck("ends", "$ standin: run 1\n");
   std::filesystem::copy_file(FileDirWrapper::ProgramPath(), home_ / kLauncher);
   const char* const before = std::getenv("PATH");
@@ -99,6 +99,15 @@ TEST_F(LeftSolversTest, SolversOfEveryKindAreFoundAndWatchedAndStopped) {
   ASSERT_TRUE(application.Initialise(1, arguments));
   UseStandin(application);
   EXPECT_EQ(application.Left().stillRun, 3);
+  // Asked to end when it is watched, however long it took until now.
+  application.RestoreLeft();
+  const auto plain = application.Manager().GroupAt(application.Manager().IndexOfName("plain"));
+  bool isWatched = false;
+  EXPECT_TRUE(WaitUntil([&] {
+    plain->ReadJobs([&](const JobFile& job) { isWatched = job.process.IsActive(); });
+    return isWatched;
+  }));
+  home_.Write("plain/d3kil", "sw1");
   EXPECT_EQ(WatchSolvers(application),
             (std::vector<std::string>{"child Aborted kNone", "mpp Aborted kNone",
                                       "plain Finished kNone", "ends Finished kEndedUnwatched"}));
