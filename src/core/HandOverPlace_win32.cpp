@@ -5,6 +5,7 @@
 #include <shlobj.h>
 
 #include "util/files/FileDirWrapper.h"
+#include "util/files/SpecialFolder_win32.h"
 
 namespace hand_over_place {
 
@@ -14,11 +15,9 @@ namespace {
 std::string LocalDataFolder() {
   HANDLE token = nullptr;
   if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_IMPERSONATE, &token)) return {};
-  char folder[MAX_PATH] = {};
-  const HRESULT result = SHGetFolderPathA(nullptr, CSIDL_LOCAL_APPDATA | CSIDL_FLAG_CREATE, token,
-                                          SHGFP_TYPE_CURRENT, folder);
+  std::string folder = SpecialFolder(CSIDL_LOCAL_APPDATA | CSIDL_FLAG_CREATE, token);
   CloseHandle(token);
-  return result == S_OK ? folder : std::string();
+  return folder;
 }
 
 }  // namespace

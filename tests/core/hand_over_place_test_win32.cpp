@@ -1,4 +1,9 @@
 // Where the hand-over file lies on Windows.
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+
 #include "core/Application.h"
 #include "CoreFixture.h"
 
@@ -34,6 +39,21 @@ TEST_F(Place, FollowsFromTheUserAlone) {
     return running.Manager().CurrentGroup()->JobCount() == 1;
   })) << file;
   running.Shutdown();
+}
+
+// Of a user whose name is of another language than the system.
+TEST_F(Place, AFolderThatTheCodePageCannotWriteIsToldByItsShortName) {
+  const std::filesystem::path folder = std::filesystem::path(home_.Path()) / L"\u5f20\u0416\u0641";
+  std::filesystem::create_directory(folder);
+  const std::wstring path = folder.wstring();
+  RegSetKeyValueW(HKEY_CURRENT_USER,
+                  L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",
+                  L"AppData", REG_SZ, path.c_str(),
+                  static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+  std::string told;
+  FileDirWrapper::AppDataDir(told);
+  std::ofstream(FileDirWrapper::Join(told, "file")) << "text";
+  EXPECT_TRUE(std::filesystem::exists(folder / "file")) << told;
 }
 
 }  // namespace

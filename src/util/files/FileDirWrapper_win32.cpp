@@ -5,22 +5,25 @@
 #include <shlobj.h>
 
 #include <cstdlib>
+#include <cwchar>
 
 #include "util/files/FileSystemCalls.h"
+#include "util/files/SpecialFolder_win32.h"
 
 namespace {
 
-constexpr int kDocuments = 5;
-constexpr int kAppData = 26;
 constexpr DWORD kLongestShortPath = 1024;  // bytes, with the zero at the end
 constexpr DWORD kLongestPath = 32768;
 
-std::string SpecialFolder(int id) {
-  char buffer[MAX_PATH] = {};
-  if (!SHGetSpecialFolderPathA(nullptr, buffer, id, FALSE)) return {};
-  std::string dir;
-  FileDirWrapper::TrimTrailingSeparator(buffer, dir);
-  return dir;
+// False when the code page cannot write it.
+bool ToCodePage(const wchar_t* path, std::string& text) {
+  char bytes[3 * MAX_PATH];
+  wchar_t back[MAX_PATH];
+  if (WideCharToMultiByte(CP_ACP, 0, path, -1, bytes, sizeof bytes, nullptr, nullptr) == 0)
+    return false;
+  text = bytes;
+  return MultiByteToWideChar(CP_ACP, 0, bytes, -1, back, MAX_PATH) > 0 &&
+         std::wcscmp(path, back) == 0;
 }
 
 // What a call that fills a buffer and returns the length gives; empty when it fails.
@@ -34,6 +37,19 @@ std::string TextOf(Call call) {
 
 }  // namespace
 
+std::string SpecialFolder(int id, HANDLE token) {
+  wchar_t path[MAX_PATH] = L"";
+  wchar_t shortPath[MAX_PATH];
+  if (SHGetFolderPathW(nullptr, id, token, SHGFP_TYPE_CURRENT, path) != S_OK) return {};
+  std::string dir;
+  if (!ToCodePage(path, dir)) {
+    const DWORD length = GetShortPathNameW(path, shortPath, MAX_PATH);
+    if (length > 0 && length < MAX_PATH) ToCodePage(shortPath, dir);
+  }
+  FileDirWrapper::TrimTrailingSeparator(dir, dir);
+  return dir;
+}
+
 bool FileDirWrapper::CurrentDir(std::string& dir) {
   return TrimTrailingSeparator(
       TextOf([](DWORD size, char* text) { return GetCurrentDirectoryA(size, text); }), dir);
@@ -44,12 +60,12 @@ bool FileDirWrapper::SetCurrentDir(const std::string& dir) {
 }
 
 bool FileDirWrapper::DocumentsDir(std::string& dir) {
-  dir = SpecialFolder(kDocuments);
+  dir = SpecialFolder(CSIDL_PERSONAL);
   return true;
 }
 
 bool FileDirWrapper::AppDataDir(std::string& dir) {
-  dir = SpecialFolder(kAppData);
+  dir = SpecialFolder(CSIDL_APPDATA);
   return true;
 }
 
