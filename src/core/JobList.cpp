@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "util/text/DateTimeWrapper.h"
-
 namespace {
 
 constexpr char kMutexName[] = "KESTRUN_MUTEX_SIGNAL_NAME";
@@ -93,15 +91,8 @@ void JobList::Tell(ListChange::What what, const Told& jobs, std::size_t place) c
   if (!jobs.empty()) observer_.JobsChanged(id_, {what, jobs, place});
 }
 
-void JobList::Enter(JobFile& job, JobStatus status, std::int64_t since) {
-  if (since == 0) since = DateTimeWrapper::CurrentTime();
-  job.status = status;
-  if (status == JobStatus::kRunning) job.started = since;
-  job.ended = HasEnded(status) ? since : 0;
-}
-
 void JobList::SetStatus(JobFile& job, JobStatus status, std::int64_t since) {
-  Enter(job, status, since);
+  job.Enter(status, since);
   endings_ += HasEnded(status);
   if (Find(job.id) != nullptr) observer_.JobStatusChanged(id_, job);
 }
@@ -219,7 +210,7 @@ void JobList::ShowWaiting(const JobFile& job) {
 // Nobody is told of a job that was removed meanwhile.
 void JobList::ShowStage(const JobFile& job, JobFile& stage, JobStatus status, std::int64_t since) {
   const Access access(*this);
-  Enter(stage, status, since);
+  stage.Enter(status, since);
   if (Find(job.id) != nullptr) observer_.StageStatusChanged(id_, job, stage);
 }
 

@@ -205,7 +205,6 @@ class JobList : public PTWrapper {
   std::size_t PlaceOf(const JobFile& job) const KR_REQUIRES(lock_);
   JobFile* FirstActive() const KR_REQUIRES(lock_);
   void SetStatus(JobFile& job, JobStatus status, std::int64_t since = 0) KR_REQUIRES(lock_);
-  static void Enter(JobFile& job, JobStatus status, std::int64_t since);
 
   bool ChangeJob(JobId job, const std::function<bool(JobFile&)>& change);
   bool ChangeStages(JobId job, const std::function<bool(JobFile&)>& change);

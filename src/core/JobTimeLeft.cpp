@@ -75,7 +75,7 @@ std::optional<double> GroupTimeLeft(const JobGroup& group, const RunWatch& watch
     ++(one ? known : unknown);
     const bool runs = job.status == JobStatus::kRunning;
     left += one.value_or(runs ? 0 : static_cast<double>(job.pause));
-    if (!one && runs) passed += static_cast<double>(now - job.started);
+    if (!one && runs) passed += static_cast<double>(job.RunSeconds());
   });
   if (known + unknown == 0) return std::nullopt;
   if (unknown == 0) return left;

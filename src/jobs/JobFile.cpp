@@ -1,5 +1,7 @@
 #include "jobs/JobFile.h"
 
+#include <algorithm>
+
 #include "jobs/HostAddress.h"
 #include "jobs/JobArguments.h"
 #include "util/text/DateTimeWrapper.h"
@@ -34,6 +36,28 @@ JobFile::~JobFile() = default;
 
 std::string JobFile::Folder() const {
   return FolderOf(MainFile());
+}
+
+void JobFile::Enter(JobStatus newStatus, std::int64_t since) {
+  const std::int64_t now = DateTimeWrapper::CurrentTime();
+  if (since == 0) since = now;
+  status = newStatus;
+  begun_.reset();
+  if (status == JobStatus::kRunning) {
+    started = since;
+    begun_ = std::chrono::steady_clock::now() - std::chrono::seconds(now - since);
+  }
+  ended = HasEnded(status) ? since : 0;
+}
+
+std::int64_t JobFile::RunSeconds() const {
+  if (started == 0) return -1;
+  if (HasEnded(status)) return std::max<std::int64_t>(ended - started, -1);
+  if (status != JobStatus::kRunning) return -1;
+  using std::chrono::duration_cast, std::chrono::seconds, std::chrono::steady_clock;
+  const std::int64_t passed = begun_ ? duration_cast<seconds>(steady_clock::now() - *begun_).count()
+                                     : DateTimeWrapper::CurrentTime() - started;
+  return std::max<std::int64_t>(passed, 0);
 }
 
 RunResult JobFile::Result() const {

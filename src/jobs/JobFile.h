@@ -3,6 +3,7 @@
 #define KR_JOBS_JOBFILE_H
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -215,6 +216,12 @@ class JobFile : public JobFields {
   Failure HowFailed() const;
   void SetHowFailed(const Failure& failure);
 
+  // Its status and since when, in seconds since 1970; 0: now.
+  void Enter(JobStatus newStatus, std::int64_t since);
+  // How long its run takes, or took. One that goes on is timed by a clock that nobody sets. In
+  // seconds; -1: it has not begun, or ended at no known time.
+  std::int64_t RunSeconds() const;
+
   // Back to how a new job is, for another run: status Queued, no abort, no message file, no error.
   // Stages before the first one to run keep how they ended.
   void ResetForRun();
@@ -223,6 +230,7 @@ class JobFile : public JobFields {
   void Abort();
 
  private:
+  std::optional<std::chrono::steady_clock::time_point> begun_;  // of the run that goes on
   mutable Mutex mutex_;
   RunResult result_ KR_GUARDED_BY(mutex_);
 };

@@ -3,6 +3,8 @@
 
 #include <map>
 
+#include "util/text/DateTimeWrapper.h"
+
 namespace {
 
 TEST(JobTimeLeft, AddsWhatPastRunsTellToTheEstimate) {
@@ -43,6 +45,13 @@ TEST(JobTimeLeft, AddsWhatPastRunsTellToTheEstimate) {
   EXPECT_EQ(left(), -1);
   job->status = JobStatus::kAborted;
   EXPECT_EQ(left(), 0);
+
+  // Somebody sets the clock an hour back while it runs.
+  job->Enter(JobStatus::kRunning, DateTimeWrapper::CurrentTime() - 100);
+  job->started += 3600;
+  EXPECT_NEAR(static_cast<double>(job->RunSeconds()), 100, 5);
+  job->Enter(JobStatus::kFinished, job->started + 7);
+  EXPECT_EQ(job->RunSeconds(), 7);
 }
 
 }  // namespace

@@ -98,9 +98,7 @@ void AddUse(const RunState& state, const TextTable& texts, std::vector<std::stri
 void AddTimes(const JobFile& job, const RunState* running, const TextTable& texts,
               std::vector<std::string>& lines) {
   if (job.started == 0) return;
-  const std::int64_t now = DateTimeWrapper::CurrentTime();
-  const std::int64_t end = HasEnded(job.status) ? job.ended : now;
-  const auto elapsed = static_cast<double>(std::max<std::int64_t>(end - job.started, 0));
+  const auto elapsed = static_cast<double>(std::max<std::int64_t>(job.RunSeconds(), 0));
   lines.push_back(texts.Format(HasEnded(job.status) ? "run_started_took" : "run_started",
                                ShownMoment(job.started, texts), ShownDuration(elapsed, texts)));
   if (running == nullptr || !running->news.secondsLeft) return;

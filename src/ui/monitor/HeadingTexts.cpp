@@ -12,7 +12,6 @@
 #include "ui/fltk/Theme.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/ShownValues.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -147,11 +146,9 @@ HeadingTexts HeadingOf(const MonitoredRun::State& run, bool isJob, const RunPict
     heading.color = Theme::kWaiting;
   }
   if (isJob && run.started > 0) {
-    const bool hasEnded = HasEnded(run.status) && run.ended >= run.started;
-    const std::int64_t until = hasEnded ? run.ended : DateTimeWrapper::CurrentTime();
-    if (runs || hasEnded) {
+    if (run.seconds >= 0) {
       Add(heading.title, texts.Format(runs ? "mon_elapsed" : "mon_took",
-                                      ShownDuration(Seconds(run.started, until), texts)));
+                                      ShownDuration(static_cast<double>(run.seconds), texts)));
     }
   } else if (!isJob && picture && picture->news.started && picture->news.lastTold) {
     Add(heading.title,

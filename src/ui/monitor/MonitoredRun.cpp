@@ -76,6 +76,7 @@ void MonitoredRun::Take(const JobFile& job) {
   state_.status = shown->status;
   state_.started = shown->started != 0 ? shown->started : job.started;
   state_.ended = shown->ended;
+  state_.seconds = shown->RunSeconds();
   state_.stoppedAt = shown->StoppedAt();
   state_.reason = shown->RunMessage();
   state_.failure = shown->HowFailed();

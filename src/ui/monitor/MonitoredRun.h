@@ -39,6 +39,7 @@ class MonitoredRun {
     int stage = -1;                   // that is shown
     JobStatus status = JobStatus::kQueued;  // of the job or the stage
     std::int64_t started = 0, ended = 0;    // seconds since 1970; 0: not yet
+    std::int64_t seconds = -1;              // JobFile::RunSeconds
     int stoppedAt = kNotStopped;            // a RunStop, by the verdict of the queue
     Message reason;                         // why it waits or was aborted
     Failure failure;                        // how it failed

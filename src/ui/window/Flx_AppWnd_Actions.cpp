@@ -22,7 +22,6 @@
 #include "ui/window/Layout.h"
 #include "ui/window/StoppingWindow.h"
 #include "util/files/FileDirWrapper.h"
-#include "util/text/DateTimeWrapper.h"
 
 namespace {
 
@@ -305,21 +304,13 @@ void Flx_AppWnd::OpenStages() {
 
 Flx_AppWnd::Counts Flx_AppWnd::Count(const JobGroup& group) const {
   Counts counts;
-  const std::int64_t now = DateTimeWrapper::CurrentTime();
   group.ReadJobs([&](const JobFile& job) {
     ++counts.total;
     ++counts.of[job.status];
     ++counts.classes[static_cast<std::size_t>(ClassOf(job.status, job.StoppedAt()))];
-    const bool runs = job.status == JobStatus::kRunning;
-    if (job.started == 0 || (!runs && !HasEnded(job.status))) return;
-    counts.seconds += std::max<std::int64_t>((runs ? now : job.ended) - job.started, 0);
+    counts.seconds += std::max<std::int64_t>(job.RunSeconds(), 0);
   });
   return counts;
-}
-
-std::string Flx_AppWnd::TimeSince(std::int64_t moment) const {
-  const std::int64_t seconds = std::max<std::int64_t>(DateTimeWrapper::CurrentTime() - moment, 0);
-  return ShownDuration(static_cast<double>(seconds), texts_);
 }
 
 // A line for each job, and what is lost with them.
@@ -335,9 +326,11 @@ Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups,
       const std::string name = FileDirWrapper::NameOf(job.MainFile());
       const bool runs = job.status == JobStatus::kRunning;
       running += runs;
-      losses.text += (runs ? texts_.Format("ui_has_run", ToUi(name), TimeSince(job.started))
-                           : texts_.Format("ui_has_not_run", ToUi(name))) +
-                     "\n";
+      losses.text +=
+          (runs ? texts_.Format("ui_has_run", ToUi(name),
+                                ShownDuration(static_cast<double>(job.RunSeconds()), texts_))
+                : texts_.Format("ui_has_not_run", ToUi(name))) +
+          "\n";
     });
   }
   if (losses.jobs.size() > kMostListed) {

@@ -28,13 +28,6 @@ std::int64_t StartOf(const JobFile& job) {
   return tells && job.started != 0 ? job.started : -1;
 }
 
-// In seconds; -1: not known.
-std::int64_t ElapsedOf(const JobFile& job) {
-  const bool runs = job.status == JobStatus::kRunning;
-  const std::int64_t until = runs ? DateTimeWrapper::CurrentTime() : job.ended;
-  return StartOf(job) < 0 ? -1 : std::max<std::int64_t>(until - StartOf(job), -1);
-}
-
 // What was counted at the end of the last run: of a job with stages, of the last one where it was.
 std::optional<std::int64_t> CountOf(const JobFile& job,
                                     std::optional<std::int64_t> RunResult::*count) {
@@ -124,7 +117,7 @@ JobRows::KeyOf JobTable::KeyOf(Column column) const {
     case kStarted:
       return number([](const JobFile& job) { return static_cast<double>(StartOf(job)); });
     case kElapsed:
-      return number([](const JobFile& job) { return static_cast<double>(ElapsedOf(job)); });
+      return number([](const JobFile& job) { return static_cast<double>(job.RunSeconds()); });
     case kEnds:
       return number([this](const JobFile& job) { return EndOf(job).value_or(-1); });
     case kResult:
@@ -248,7 +241,7 @@ void JobTable::AddExtraCells(const JobFile& job, const std::optional<RunState>& 
   if (const double percent = PercentOf(job, state); percent >= 0)
     row.cells[kProgress] = std::to_string(static_cast<int>(percent)) + "%";
   if (StartOf(job) >= 0) row.cells[kStarted] = ShownMoment(StartOf(job), texts_);
-  if (const std::int64_t elapsed = ElapsedOf(job); elapsed >= 0)
+  if (const std::int64_t elapsed = job.RunSeconds(); elapsed >= 0)
     row.cells[kElapsed] = ShownDuration(static_cast<double>(elapsed), texts_);
   if (const std::optional<double> end = EndOf(job))
     row.cells[kEnds] = ShownMoment(static_cast<std::int64_t>(*end), texts_);
