@@ -130,7 +130,12 @@ TEST_F(JobTableTest, TellsWhyAJobWaits) {
   EXPECT_EQ(Packed(TipOf(0, "Status")),
             Packed("Reason: Job [" + restart->restartFile + "] waits for the job [" + runs +
                    "], which runs in the same folder"));
+  EXPECT_TRUE(LineSays("waits for the job"));
+  const auto before = std::chrono::steady_clock::now();
   application_->Manager().RequestStop(-1);
+  EXPECT_TRUE(Until([&] { return Line().find("waits for the job") == std::string::npos; }));
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(15))
+      << "it went before its time";
 }
 
 TEST_F(JobTableTest, CellsAreButtons) {

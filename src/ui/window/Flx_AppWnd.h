@@ -91,6 +91,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void ShowLeft();
   static void LookAtLeft(void* self);
   void ShowPause();
+  void TakeBackWaiting();
   void ShowFilter();
   std::string ToolTip(Action action) const;
   void ShowCurrentJob();
@@ -130,7 +131,6 @@ class Flx_AppWnd : public Fl_Double_Window {
                  const std::vector<JobId>& only = {});
   // Why a group cannot have the name; empty when it can.
   std::string RefusalOfName(const std::string& name) const;
-  std::string TimeSince(std::int64_t moment) const;  // seconds since 1970
   void ShowHelp();
   void RestoreLeft();
   void ForgetLeft();
@@ -257,6 +257,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::map<int, int> reported_;  // how many endings of a group the last report knew
   // Lines of the log that come before this moment were explained in better words already.
   std::chrono::steady_clock::time_point explainedUntil_;
+  Message logged_;  // the last of them that the status line has shown
 };
 
 #endif

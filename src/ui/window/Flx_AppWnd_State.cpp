@@ -26,6 +26,18 @@ constexpr Action kForSelected[] = {Action::kResubmit, Action::kDeleteJob, Action
 
 constexpr double kLookAtLeft = 0.1;  // seconds
 
+bool TellsOfWaiting(const Message& message) {
+  switch (message.Id()) {
+    case MessageId::kWaitsForJob:
+    case MessageId::kWaitsForProgram:
+    case MessageId::kWaitsForSolver:
+    case MessageId::kWaitsForSpace:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 void Flx_AppWnd::Refresh() {
@@ -61,8 +73,27 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
   if (changes.intake) ShowIntake(changes);
   if (jobs && apart_->Asks()) AskApart();
-  if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_)
+  if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_) {
     status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
+    logged_ = changes.message;
+  }
+  if (jobs) TakeBackWaiting();
+}
+
+// What a job waited for is no trouble once it has begun.
+void Flx_AppWnd::TakeBackWaiting() {
+  if (!TellsOfWaiting(logged_)) return;
+  for (int i = 0; i < application_.Manager().GroupCount(); ++i) {
+    const auto group = application_.Manager().GroupAt(i);
+    bool waits = false;
+    if (group)
+      group->ReadActiveJob([&](const JobFile& job) {
+        waits |= job.status == JobStatus::kWaiting && job.RunMessage() == logged_;
+      });
+    if (waits) return;
+  }
+  status_->TakeBack(OneLine(texts_.Say(logged_)));
+  logged_ = {};
 }
 
 void Flx_AppWnd::ShowIntake(const QueueChanges& changes) {

@@ -91,6 +91,10 @@ void StatusBar::ShowMessage(const std::string& text, Tone tone) {
   redraw();
 }
 
+void StatusBar::TakeBack(const std::string& text) {
+  if (message_ == text) ShowMessage({}, Tone::kPlain);
+}
+
 void StatusBar::SetProgress(const std::string& text, int percent) {
   if (text == progressText_ && percent == percent_) return;
   progressText_ = text;

@@ -24,6 +24,8 @@ class StatusBar : public Fl_Group {
   void SetState(const std::string& text);
   // Shown for some seconds; an error longer. An empty text takes the message away.
   void ShowMessage(const std::string& text, Tone tone);
+  // Takes this message away where it is still shown.
+  void TakeBack(const std::string& text);
   // A negative percentage ends the display.
   void SetProgress(const std::string& text, int percent);
 
