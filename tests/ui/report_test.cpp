@@ -61,9 +61,13 @@ TEST_F(ReportTest, ALongCurveKeepsItsPeaksAndBecomesSmall) {
   curves.time = std::make_shared<const std::vector<double>>(time);
   curves.values[static_cast<std::size_t>(Quantity::kTotalEnergy)] =
       std::make_shared<const std::vector<double>>(value);
-  const std::string svg = ReportPictures(curves, texts_);
+  std::string svg = ReportPictures(curves, texts_);
   EXPECT_LT(svg.size(), 30000U);
   EXPECT_TRUE(Holds(svg, ">1000</text>")) << svg.substr(0, 2000);
+  curves.time = std::make_shared<const std::vector<double>>(time.size(), 0.0);
+  EXPECT_EQ(ReportPictures(curves, texts_), "") << "all at one time";
+  EXPECT_EQ(PageText("caf\xE9.k & \xE8\xBD\xA6\xE8"),
+            "caf\xEF\xBF\xBD.k &amp; \xE8\xBD\xA6\xEF\xBF\xBD");
 }
 
 TEST_F(ReportTest, AReportFollowsTheLastJobAndAPauseGoesOn) {

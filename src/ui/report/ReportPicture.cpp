@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ui/fltk/ChartScale.h"
+#include "ui/text/FileText.h"
 
 namespace {
 
@@ -86,9 +87,10 @@ std::string Axes(const ChartRange& x, const ChartRange& y, bool byClock, const s
 // Empty without a line that could be seen.
 std::string Picture(const std::string& title, std::vector<Line> lines, bool byClock,
                     const std::string& xName) {
+  // A single state is no line, nor are several of one and the same time.
   std::erase_if(lines, [](const Line& line) {
-    return !line.x || !line.y || line.x->size() != line.y->size() || line.y->size() < 2 ||
-           IsEmpty(RangeOf(*line.y)) || IsEmpty(RangeOf(*line.x));
+    return !line.x || !line.y || line.x->size() != line.y->size() || IsEmpty(RangeOf(*line.y)) ||
+           !(RangeOf(*line.x).Width() > 0);
   });
   if (lines.empty()) return {};
   ChartRange x = RangeOf(*lines.front().x);
@@ -117,8 +119,11 @@ std::string Picture(const std::string& title, std::vector<Line> lines, bool byCl
 }  // namespace
 
 std::string PageText(const std::string& text) {
-  std::string page;
-  for (const char c : text) {
+  constexpr char kReplacement[] = "\xEF\xBF\xBD";
+  std::string page, rest;
+  std::string shown = ShownText(text, rest);
+  if (!rest.empty()) shown += kReplacement;
+  for (const char c : shown) {
     const auto byte = static_cast<unsigned char>(c);
     if (c == '&') {
       page += "&amp;";
