@@ -119,6 +119,7 @@ TEST_F(MonitorTest, ShowsAnyFolderAndWhyThereIsNothingToSee) {
               " kinetic energy....  NaN\n total energy....  -1.0E+308\n");
   show(home_ / "bad");
   EXPECT_TRUE(Until([&] { return ChartSays("Problem").find("h:min") != std::string::npos; }));
+  EXPECT_NE(ChartSays("Energies").find("finite number"), std::string::npos);
 
   const char* data = std::getenv("KESTRUN_TEST_DATA");
   if (data == nullptr) GTEST_SKIP() << "KESTRUN_TEST_DATA is not set";

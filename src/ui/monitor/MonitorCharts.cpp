@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/fltk/ChartScale.h"
 #include "ui/fltk/Sizes.h"
 #include "ui/fltk/Theme.h"
 
@@ -123,8 +124,12 @@ void MonitorCharts::Fill() {
     Chart& chart = *charts_[place];
     chart.SetAxes(over, {texts_.Get(unit), {}});
     std::erase_if(curves, [](const ChartCurve& curve) { return !curve.y || !curve.x; });
+    const bool isWritten = std::any_of(curves.begin(), curves.end(), [](const ChartCurve& curve) {
+      return !curve.y->empty() && IsEmpty(RangeOf(*curve.y));
+    });
     chart.SetCurves(std::move(curves));
-    const char* const better = runsDeck_ ? hint : "mon_none_solver";
+    // There are some, but none that a chart has a place for.
+    const char* const better = runsDeck_ ? isWritten ? "mon_none_finite" : hint : "mon_none_solver";
     chart.SetHint(HasRun() ? texts_.Get(better) : none_);
   };
   std::vector<ChartCurve> step, energies, ratio, mass;

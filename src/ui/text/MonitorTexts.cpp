@@ -67,6 +67,7 @@ constexpr TextRow kMonitor[] = {
     {"mon_none_states",
      "The run has written no such values. It does with *DATABASE_GLSTAT in the deck.",
      "计算没有输出这些数值。在关键字文件中加入 *DATABASE_GLSTAT 后即可输出。"},
+    {"mon_none_finite", "None of these values is a finite number.", "这些数值都不是有限数。"},
     {"mon_none_mass", "The run has written no added mass: there is no mass scaling.",
      "计算没有输出质量增加：未使用质量缩放。"},
     {"mon_none_disk_case", "It is of all cases and shown with the newest one.",
