@@ -13,6 +13,7 @@
 #include "ui/fltk/Tip.h"
 #include "ui/text/FileText.h"
 #include "ui/text/ShownValues.h"
+#include "util/text/PlainText.h"
 
 namespace {
 
@@ -191,9 +192,11 @@ void SwitchPanel::Press(std::size_t button) {
 
 std::string SwitchPanel::RequestWords() const {
   constexpr std::size_t kMost = 24;  // of a text that somebody else has written
-  const std::optional<AskedSwitch> asked = SwitchIn(request_->text);
+  // Who else has written it ends its line.
+  const std::string text(Trimmed(request_->text.substr(0, request_->text.find_first_of("\r\n"))));
+  const std::optional<AskedSwitch> asked = SwitchIn(text);
   std::string rest;
-  if (!asked) return ShownText(request_->text.substr(0, kMost), rest);
+  if (!asked) return ShownText(text.substr(0, kMost), rest);
   const auto button =
       std::find_if(std::begin(kButtons), std::end(kButtons),
                    [&](const SwitchButton& one) { return one.what == asked->what; });
