@@ -153,8 +153,7 @@ class Reading {
       picture.shown.cases = picture.news.cases;
     }
     if (cases_.All().size() > 1) {
-      for (const RunProgress& one : cases_.All())
-        picture.cases.push_back(CaseNumberOf(one.Files().output));
+      for (std::size_t i = 0; i < cases_.All().size(); ++i) picture.cases.push_back(NumberAt(i));
     }
     news_ = false;
     picture.curves = curves_;
@@ -165,7 +164,7 @@ class Reading {
 
   // Big decks are read whole: after there is something to see.
   bool AskDeck() {
-    const bool isCase = CaseNumberOf(Files().output) > 0;
+    const bool isCase = CaseNumberOf(Files().output) > 0 || cases_.All().size() > 1;
     if (!cases_.WantsDeck() || (!isCase && cases_.News().endTime)) return false;
     const std::string& told = Message().DeckName();
     cases_.SetDeck(EndTimeOfDeck(run_.folder, run_.deck.empty() ? told : run_.deck));
@@ -199,6 +198,14 @@ class Reading {
     if (run_.path.empty()) return;
     const auto isOld = [this](const std::string& file) { return IsOld(file); };
     std::vector<RunFiles> found = FindCaseFiles(run_.path, CasesBy::kName, isOld, run_.names);
+    // What the deck itself calls its cases has no number in it.
+    const bool hasNames = run_.names.hasCases && CaseNumberOf(found.back().output) == 0;
+    if (hasNames) {
+      found = FindCaseFiles(run_.path, CasesBy::kAll, isOld, run_.names);
+      std::stable_sort(found.begin(), found.end(), [](const RunFiles& one, const RunFiles& other) {
+        return FileDirWrapper::WriteTime(one.output) < FileDirWrapper::WriteTime(other.output);
+      });
+    }
     std::string& newest = found.back().output;
     if (!newest.empty() && (!FileDirWrapper::FileExists(newest) || IsOld(newest))) newest.clear();
     // The message file of a job whose run has ended may be that of any case.
@@ -226,12 +233,21 @@ class Reading {
 
   const RunProgress& Shown() const { return chosen_ ? *chosen_ : cases_.Newest(); }
 
+  // Where a name tells no number all are counted.
+  int NumberAt(std::size_t place) const {
+    const std::vector<RunProgress>& all = cases_.All();
+    const bool isCounted = std::any_of(all.begin(), all.end(), [](const RunProgress& one) {
+      return CaseNumberOf(one.Files().output) == 0;
+    });
+    return isCounted ? static_cast<int>(place) + 1 : CaseNumberOf(all[place].Files().output);
+  }
+
   // Of cases before the newest only the end is kept: one that is asked for is read again. False
   // when the hook ended it.
   bool LookAtChosen(const RunProgress::Progress& hook) {
     const std::vector<RunProgress>& all = cases_.All();
     for (std::size_t i = 0; !chosen_ && run_.caseShown > 0 && i + 1 < all.size(); ++i) {
-      if (CaseNumberOf(all[i].Files().output) != run_.caseShown) continue;
+      if (NumberAt(i) != run_.caseShown) continue;
       chosen_.emplace(all[i].Files());
       chosenPlace_ = i;
     }

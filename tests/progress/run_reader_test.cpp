@@ -117,6 +117,20 @@ TEST_F(RunReaderTest, FollowsARunToItsEndAndKeepsEarlierOnesOut) {
   std::atomic<bool> done{false};
   reader.Do([&] { done = true; });
   EXPECT_TRUE(WaitUntil([&] { return done.load(); }));
+
+  // Cases with names of their own are counted in the order in which they were written.
+  std::filesystem::create_directory(folder_ / "named");
+  folder_.Write("named/late.messag.krb", kMessages);
+  folder_.Write("named/early.messag.krb", text);
+  std::filesystem::last_write_time(
+      folder_ / "named/late.messag.krb",
+      std::filesystem::file_time_type::clock::now() - std::chrono::seconds(2));
+  run.path = run.folder = folder_ / "named";
+  run.names.hasCases = true;
+  RunReader named{Settings()};
+  picture = Read(named, run, [](const RunPicture& next) { return next.shown.cycle == 20; });
+  EXPECT_EQ(picture.cases, (std::vector<int>{1, 2}));
+  EXPECT_EQ(picture.news.cycle, 30);
 }
 
 TEST_F(RunReaderTest, ShowsWhatARealRunWrote) {
