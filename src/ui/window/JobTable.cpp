@@ -29,19 +29,32 @@ struct Shape {
 };
 
 // In the order of Column.
+// clang-format off
 constexpr Shape kShapes[] = {
-    {"name", "lab_job_name", 128, 90, 3},          {"folder", "lab_in_folder", 112, 80, 5},
-    {"solver", "lab_solv", 110, 110, 0},           {"stages", "lab_mstage", 68, 68, 0},
-    {"memory", "lab_memory", 70, 66, 0},           {"status", "lab_status", 190, 110, 2},
-    {"message", "lab_messag", 70, 70, 0},          {"summary", "lab_result", 76, 76, 0},
-    {"iforce", "lab_iforce", 64, 64, 0},           {"other", "lab_other_para", 80, 70, 3},
-    {"order", "ui_column_order", 50, 50, 0},       {"cpus", "ui_past_cpus", 58, 58, 0},
-    {"progress", "ui_column_progress", 74, 74, 0}, {"started", "ui_column_started", 126, 126, 0},
-    {"elapsed", "ui_column_elapsed", 96, 90, 0},   {"ends", "ui_column_ends", 110, 100, 0},
-    {"where", "ui_column_where", 110, 80, 0},      {"result", "ui_column_result", 130, 80, 0},
-    {"errors", "ui_column_errors", 62, 62, 0},     {"warnings", "ui_column_warnings", 76, 70, 0},
-    {"restart", "ui_column_restart", 110, 80, 0},  {"group", "lab_group", 90, 70, 0},
+    {"name", "lab_job_name", 128, 90, 3},
+    {"folder", "lab_in_folder", 112, 80, 5},
+    {"solver", "lab_solv", 110, 110, 0},
+    {"stages", "lab_mstage", 68, 68, 0},
+    {"memory", "lab_memory", 70, 66, 0},
+    {"status", "lab_status", 190, 110, 2},
+    {"message", "lab_messag", 70, 70, 0},
+    {"summary", "lab_result", 76, 76, 0},
+    {"iforce", "lab_iforce", 64, 64, 0},
+    {"other", "lab_other_para", 80, 70, 3},
+    {"order", "ui_column_order", 50, 50, 0},
+    {"cpus", "ui_past_cpus", 58, 58, 0},
+    {"progress", "ui_column_progress", 74, 74, 0},
+    {"started", "ui_column_started", 126, 126, 0},
+    {"elapsed", "ui_column_elapsed", 96, 90, 0},
+    {"ends", "ui_column_ends", 110, 100, 0},
+    {"where", "ui_column_where", 110, 80, 0},
+    {"result", "ui_column_result", 130, 80, 0},
+    {"errors", "ui_column_errors", 62, 62, 0},
+    {"warnings", "ui_column_warnings", 76, 70, 0},
+    {"restart", "ui_column_restart", 110, 80, 0},
+    {"group", "lab_group", 90, 70, 0},
 };
+// clang-format on
 static_assert(std::size(kShapes) == JobTable::kColumns);
 
 }  // namespace
