@@ -122,15 +122,18 @@ bool FindDecks(const std::vector<std::string>& folders, const DeckSearchHooks& h
   return true;
 }
 
-bool LeaveOutIncluded(std::vector<std::string>& decks, std::vector<std::string>& included,
+bool LeaveOutIncluded(DecksFound& found, std::vector<std::string>& included,
                       const DeckSearchHooks& hooks) {
+  std::vector<std::string> all = found.decks;
+  all.insert(all.end(), found.below.begin(), found.below.end());
   Includes includes;
-  if (!includes.Read(decks, hooks)) return false;
+  if (!includes.Read(all, hooks)) return false;
   const std::vector<bool> leave = includes.Included();
-  std::vector<std::string> stay;
-  for (std::size_t i = 0; i < decks.size(); ++i) {
-    (leave[i] ? included : stay).push_back(std::move(decks[i]));
+  DecksFound stay;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    std::vector<std::string>& with = i < found.decks.size() ? stay.decks : stay.below;
+    (leave[i] ? included : with).push_back(std::move(all[i]));
   }
-  decks = std::move(stay);
+  found = std::move(stay);
   return true;
 }

@@ -28,10 +28,11 @@ struct DeckSearchHooks {
 bool FindDecks(const std::vector<std::string>& folders, const DeckSearchHooks& hooks,
                DecksFound& found);
 
-// Takes those out of `decks` that another one of them includes, in one step or more, and gives them
-// in `included`. Where decks include each other in a circle the first stays. Reads all of them.
-// False, with nothing changed, when a hook ended it.
-bool LeaveOutIncluded(std::vector<std::string>& decks, std::vector<std::string>& included,
+// Takes those out of `found` that another one of them includes, in one step or more, and gives them
+// in `included`; a mesh may lie above the decks that include it, or below. Where decks include each
+// other in a circle the first stays. Reads all of them. False, with nothing changed, when a hook
+// ended it.
+bool LeaveOutIncluded(DecksFound& found, std::vector<std::string>& included,
                       const DeckSearchHooks& hooks);
 
 #endif

@@ -156,23 +156,25 @@ TEST_F(SharedFolders, ATreeIsSearchedOnceAndIncludedDecksAreLeftOut) {
   EXPECT_EQ(Short(found.decks), (Paths{"tree/a.dyn", "tree/b.K", "tree/c.Key", "tree/main.k"}));
   EXPECT_EQ(Short(found.below), (Paths{"tree/run1/x.k", "tree/run1/deep/x.k", "tree/run2/x.k"}));
   Paths included;
-  ASSERT_TRUE(LeaveOutIncluded(found.decks, included, {}));
-  EXPECT_EQ(Short(found.decks), (Paths{"tree/a.dyn", "tree/main.k"}));
-  EXPECT_EQ(Short(included), (Paths{"tree/b.K", "tree/c.Key"}));
+  home_.Write("tree/run1/x.k", "*KEYWORD\n*INCLUDE\n../a.dyn\n*END\n");
+  ASSERT_TRUE(LeaveOutIncluded(found, included, {}));
+  EXPECT_EQ(Short(found.decks), Paths{"tree/main.k"});
+  EXPECT_EQ(Short(found.below), (Paths{"tree/run1/x.k", "tree/run1/deep/x.k"}));
+  EXPECT_EQ(Short(included), (Paths{"tree/a.dyn", "tree/b.K", "tree/c.Key", "tree/run2/x.k"}));
 
   // A circle, and one of it includes a third.
   home_.Write("tree/c.Key", "*KEYWORD\n*INCLUDE\nb.K\n*INCLUDE\na.dyn\n*END\n");
-  Paths circle = {home_ / "tree/a.dyn", home_ / "tree/b.K", home_ / "tree/c.Key"};
+  DecksFound circle{{home_ / "tree/a.dyn", home_ / "tree/b.K", home_ / "tree/c.Key"}, {}};
   included.clear();
   ASSERT_TRUE(LeaveOutIncluded(circle, included, {}));
-  EXPECT_EQ(Short(circle), Paths{"tree/b.K"});
+  EXPECT_EQ(Short(circle.decks), Paths{"tree/b.K"});
   EXPECT_EQ(included.size(), 2u);
 
   hooks.looked = [](std::size_t, std::size_t) { return false; };
   EXPECT_FALSE(FindDecks({home_ / "tree"}, hooks, found));
   hooks.read = [](std::size_t, std::size_t) { return false; };
   EXPECT_FALSE(LeaveOutIncluded(circle, included, hooks));
-  EXPECT_EQ(circle.size(), 1u);
+  EXPECT_EQ(circle.decks.size(), 1u);
 }
 
 }  // namespace

@@ -24,24 +24,14 @@ struct DeckSearch::Shared {
       return !cancelled;
     };
     result.isWhole = FindDecks(inFolders, hooks, result.found) &&
-                     LeaveOutIncluded(result.found.decks, result.included, hooks);
+                     LeaveOutIncluded(result.found, result.included, hooks);
     ended = true;
   }
 };
 
 void DeckSearch::Find(std::vector<std::string> folders) {
-  Begin(std::move(folders), {});
-}
-
-void DeckSearch::Read(std::vector<std::string> decks) {
-  Begin({}, std::move(decks));
-}
-
-void DeckSearch::Begin(std::vector<std::string> folders, std::vector<std::string> decks) {
   Cancel();
   shared_ = std::make_shared<Shared>();
-  shared_->toRead = decks.size();
-  shared_->result.found.decks = std::move(decks);
   const auto failed = [shared = shared_](const std::exception&) {
     shared->result.isWhole = false;
     shared->ended = true;

@@ -14,7 +14,7 @@ class DeckSearch {
  public:
   struct Result {
     bool isWhole = false;  // nobody has cancelled it
-    DecksFound found;      // of `decks` without those that others include
+    DecksFound found;      // without those that others include
     std::vector<std::string> included;
   };
   struct Progress {
@@ -25,10 +25,8 @@ class DeckSearch {
 
   ~DeckSearch() { Cancel(); }
 
-  // The decks of these folders, and those below them.
+  // The decks of these folders, and those below them, without those that others of them include.
   void Find(std::vector<std::string> folders);
-  // These decks, without those that others of them include.
-  void Read(std::vector<std::string> decks);
 
   bool IsBusy() const { return shared_ != nullptr; }
   Progress Look() const;
@@ -38,7 +36,6 @@ class DeckSearch {
 
  private:
   struct Shared;
-  void Begin(std::vector<std::string> folders, std::vector<std::string> decks);
 
   std::shared_ptr<Shared> shared_;
 };

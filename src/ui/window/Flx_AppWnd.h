@@ -189,7 +189,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   void SearchNext();
   static void FollowSearch(void* self);
   void TakeSearch();
-  void OfferBelow(const std::vector<std::string>& decks);
+  void OfferBelow(const DecksFound& found);
   void AddBelow(bool add);
   void AskApart();
   void ForgetAsked();
@@ -243,7 +243,6 @@ class Flx_AppWnd : public Fl_Double_Window {
   DeckSearch search_;
   std::vector<std::string> folders_;      // to be searched next
   std::vector<std::string> below_;        // what that bar offers
-  std::vector<std::string> wantedBelow_;  // what of it was taken; to be read next
   std::set<JobId> askApart_;              // what was added in the window since somebody answered
   GroupLine* line_ = nullptr;
   FilterBar* filter_ = nullptr;

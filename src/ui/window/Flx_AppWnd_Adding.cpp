@@ -106,12 +106,8 @@ void Flx_AppWnd::AddDecks(const std::vector<std::string>& files, std::optional<S
 
 // Those that were added while another search was under way are looked for together.
 void Flx_AppWnd::SearchNext() {
-  if (search_.IsBusy() || (folders_.empty() && wantedBelow_.empty())) return;
-  if (!folders_.empty()) {
-    search_.Find(std::exchange(folders_, {}));
-  } else {
-    search_.Read(std::exchange(wantedBelow_, {}));
-  }
+  if (search_.IsBusy() || folders_.empty()) return;
+  search_.Find(std::exchange(folders_, {}));
   FollowSearch(this);
 }
 
@@ -136,7 +132,6 @@ void Flx_AppWnd::TakeSearch() {
   status_->SetProgress({}, -1);
   if (!result.isWhole) {
     folders_.clear();
-    wantedBelow_.clear();
     return Say(texts_.Get("ui_search_cancelled"));
   }
   AddDecks(result.found.decks, {});
@@ -146,39 +141,37 @@ void Flx_AppWnd::TakeSearch() {
     application_.SettingsAndFiles().Log().Note(Message(MessageId::kIncludedLeftOut, names));
     Say(texts_.Format("ui_included_left_out", std::to_string(result.included.size())));
   }
-  if (!result.found.below.empty()) {
-    OfferBelow(result.found.below);
-  } else if (result.found.decks.empty() && result.included.empty()) {
+  OfferBelow(result.found);
+  if (result.found.decks.empty() && result.found.below.empty() && result.included.empty())
     Inform(texts_.Get("ui_no_keyword_files"));
-  }
   SearchNext();
 }
 
-// Beside those of folders that were added before, when nobody has answered yet.
-void Flx_AppWnd::OfferBelow(const std::vector<std::string>& decks) {
+// Beside those of folders that were added before, when nobody has answered yet; without those that
+// were added now with their own folder.
+void Flx_AppWnd::OfferBelow(const DecksFound& found) {
+  const std::set<std::string> added(found.decks.begin(), found.decks.end());
+  std::erase_if(below_, [&](const std::string& deck) { return added.contains(deck); });
   std::set<std::string> offered(below_.begin(), below_.end());
   std::set<std::string> folders;
-  for (const std::string& deck : decks) {
+  for (const std::string& deck : found.below) {
     if (offered.insert(deck).second) below_.push_back(deck);
   }
+  if (below_.empty()) return ShowBar(*belowBar_, {});
   for (const std::string& deck : below_) {
     std::string folder;
     FileDirWrapper::DirOf(deck, folder);
     folders.insert(std::move(folder));
   }
-  const std::string count = std::to_string(below_.size());
-  ShowBar(*belowBar_, folders.size() == 1 ? texts_.Format("ui_below", count)
-                                          : texts_.Format("ui_below_folders", count,
-                                                          std::to_string(folders.size())));
+  ShowBar(*belowBar_,
+          texts_.Format("ui_below", std::to_string(below_.size()), std::to_string(folders.size())));
 }
 
 void Flx_AppWnd::AddBelow(bool add) {
   ShowBar(*belowBar_, {});
   FocusTable();
   const std::vector<std::string> decks = std::exchange(below_, {});
-  if (!add) return;
-  wantedBelow_.insert(wantedBelow_.end(), decks.begin(), decks.end());
-  SearchNext();
+  if (add) AddDecks(decks, {});
 }
 
 // For what was added here and still waits; once all of it has been read.
