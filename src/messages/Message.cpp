@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "messages/FilledText.h"
+
 namespace {
 
 constexpr char kMasked[] = "***";
@@ -19,19 +21,6 @@ constexpr bool IsWhole(const MessageText& row) {
   }
 }
 static_assert(std::ranges::all_of(kMessageTexts, IsWhole));
-
-// Puts what `give` makes of each letter into the text.
-template <typename Give>
-std::string Filled(std::string_view text, const Give& give) {
-  std::string out;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '%')
-      out += give(text[++at]);
-    else
-      out += text[at];
-  }
-  return out;
-}
 
 }  // namespace
 
@@ -69,7 +58,7 @@ std::string Message::Chinese(const Decode& decode) const {
 
 std::string Message::Text(const char* MessageText::*language, const Decode& decode) const {
   auto argument = arguments_.begin();
-  return Filled(kMessageTexts[static_cast<std::size_t>(id_)].*language, [&](char letter) {
+  return FilledText(kMessageTexts[static_cast<std::size_t>(id_)].*language, [&](char letter) {
     const Argument& value = *argument++;
     if (letter == 'd') return std::to_string(std::get<std::int64_t>(value));
     if (letter == 'm') return std::get<Inner>(value).front().Text(language, decode);

@@ -54,7 +54,7 @@ TEST_F(SelectionTest, AFieldInWhichJobsDifferSaysSoAndChangesWhenTypedInto) {
   EXPECT_EQ(jobs_[0]->ncpu, 4);
   EXPECT_EQ(jobs_[1]->ncpu, 4);
   EXPECT_NE(jobs_[2]->ncpu, 4);
-  EXPECT_TRUE(LineSays("1 of 5 were left out: they are running."));
+  EXPECT_TRUE(LineSays("Left out, since running: 1 of 5."));
   Cpus().take_focus();
   Cpus().value("6");
   Cpus().do_callback();

@@ -1,5 +1,6 @@
 #include "ui/text/TextTable.h"
 
+#include "messages/FilledText.h"
 #include "ui/text/Encoding.h"
 #include "ui/text/InterfaceTexts.h"
 
@@ -36,17 +37,9 @@ std::string TextTable::Say(const BothLanguages& text) const {
 }
 
 std::string TextTable::Fill(const std::string& pattern, const std::vector<std::string>& values) {
-  std::string out;
   auto value = values.begin();
-  for (std::size_t at = 0; at < pattern.size(); ++at) {
-    if (pattern.compare(at, 2, "%s") != 0) {
-      out += pattern[at];
-      continue;
-    }
-    if (value != values.end()) out += *value++;
-    ++at;
-  }
-  return out;
+  return FilledText(pattern,
+                    [&](char) { return value != values.end() ? *value++ : std::string(); });
 }
 
 void FillTexts(int language, const std::string& title, TextTable& texts) {

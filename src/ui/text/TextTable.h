@@ -25,7 +25,8 @@ class TextTable {
   // In UTF-8; empty for a key that is missing.
   const std::string& Get(const std::string& key) const;
 
-  // The text with its "%s" replaced, one after the other; those that are too many stay empty.
+  // The text with its "%s" replaced, one after the other; those that are too many stay empty. Words
+  // for one and for many are chosen as `FilledText` does.
   template <typename... Values>
   std::string Format(const std::string& key, const Values&... values) const {
     return Fill(Get(key), {std::string(values)...});

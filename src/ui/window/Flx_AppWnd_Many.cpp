@@ -31,7 +31,7 @@ std::string Flx_AppWnd::Sentences(const std::string& first, const std::string& s
   return first + texts_.Get("ui_sentence_gap") + second;
 }
 
-// "3 of 40 were left out: they are running."; empty when none was.
+// "Left out, since running: 3 of 40."; empty when none was.
 std::string Flx_AppWnd::LeftOutWords(const ManyDone& done, const char* unfitKey) const {
   if (done.LeftOut() == 0) return {};
   const std::string all = std::to_string(done.done + done.LeftOut());

@@ -217,9 +217,7 @@ void Flx_AppWnd::ShowState() {
     line_->Show({}, {}, {});
     return status_->SetState(texts_.Get("ui_count_none"));
   }
-  std::string text = counts.total == 1
-                         ? texts_.Get("ui_count_job")
-                         : texts_.Format("ui_count_jobs", std::to_string(counts.total));
+  std::string text = texts_.Format("ui_count_jobs", std::to_string(counts.total));
   std::string details;
   for (const auto& [status, count] : counts.of) {
     details +=

@@ -262,6 +262,5 @@ std::string JobTable::PastText(const JobFile& job) const {
   const std::string took = ShownDuration(static_cast<double>(past->seconds), texts_);
   const std::string when = ShownMoment(past->started, texts_);
   if (past->cpus < 1) return texts_.Format("ui_past_run_time", took, when);
-  if (past->cpus == 1) return texts_.Format("ui_past_run_one", took, when);
   return texts_.Format("ui_past_run", took, std::to_string(past->cpus), when);
 }
