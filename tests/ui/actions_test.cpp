@@ -88,7 +88,8 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   PressKey(FL_Enter, FL_CTRL);
   ASSERT_TRUE(Began(running));
   EXPECT_EQ(Statuses()[0], "Running");
-  JobIn(*Group(), Group()->ActiveJob())->started -= 7 * 3600 + 12 * 60;
+  const auto job = JobIn(*Group(), Group()->ActiveJob());
+  job->Enter(JobStatus::kRunning, job->started - 7 * 3600 - 12 * 60);
   const std::string loss = window_->Texts().Format("ui_has_run", "running.k", "7 h 12 min") + " " +
                            Say("ui_stop_loses") + " ";
   for (const int key : {FL_Enter, FL_Escape}) {
@@ -168,7 +169,8 @@ TEST_F(ActionsTest, LeavingAsksWhileAJobRuns) {
   AddJob("queued");
   for (int group : {0, 1}) {
     const auto jobs = application_->Manager().GroupAt(group);
-    JobIn(*jobs, jobs->ActiveJob())->started -= 3600;
+    const auto job = JobIn(*jobs, jobs->ActiveJob());
+    job->Enter(JobStatus::kRunning, job->started - 3600);
   }
   const auto ran = [&](const char* name) {
     return window_->Texts().Format("ui_has_run", name, "1 h") + " ";
