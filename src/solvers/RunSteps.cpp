@@ -15,6 +15,15 @@ bool CheckLength(JobFile& job, const std::string& path) {
               Message(MessageId::kPathTooLong, path, FileDirWrapper::kMostPathBytes));
 }
 
+// A pipe or a device would keep a solver waiting, and whoever reads it takes what is in it away.
+bool CheckIsFile(JobFile& job, const std::string& path) {
+  if (FileDirWrapper::IsFile(path) || !FileDirWrapper::FileExists(path)) return true;
+  const PlainMessageId kind = FileDirWrapper::IsFolder(path) ? PlainMessageId(MessageId::kIsFolder)
+                              : FileDirWrapper::IsPipe(path) ? PlainMessageId(MessageId::kIsPipe)
+                                                             : PlainMessageId(MessageId::kIsDevice);
+  return Fail(job, RunError::kNotStarted, Message(MessageId::kNoFileToRead, path, Message(kind)));
+}
+
 }  // namespace
 
 Message WithoutToken(const JobFile& job, const Message& message) {
@@ -47,7 +56,8 @@ bool CheckSolver(JobFile& job, const std::string& path) {
 
 bool CheckJobFile(JobFile& job) {
   if (!CheckLength(job, job.jobFile)) return false;
-  if (FileDirWrapper::FileExists(job.jobFile)) return CheckCommandLinePath(job, job.jobFile);
+  if (FileDirWrapper::FileExists(job.jobFile))
+    return CheckIsFile(job, job.jobFile) && CheckCommandLinePath(job, job.jobFile);
   return Fail(job, RunError::kJobFileMissing, Message(MessageId::kJobFileMissing, job.jobFile));
 }
 
@@ -58,7 +68,8 @@ bool CheckRestartAndJobFile(JobFile& job) {
     return Fail(job, RunError::kJobFileMissing,
                 Message(MessageId::kRestartFileMissing, job.restartFile));
   }
-  return CheckCommandLinePath(job, job.restartFile) && (job.jobFile.empty() || CheckJobFile(job));
+  return CheckIsFile(job, job.restartFile) && CheckCommandLinePath(job, job.restartFile) &&
+         (job.jobFile.empty() || CheckJobFile(job));
 }
 
 bool CheckCommandLinePath(JobFile& job, const std::string& path, bool quoted) {

@@ -69,6 +69,9 @@ TEST_F(SolverTest, WhatIsMissingIsNamed) {
   job = DynaJobWith("");
   job->restartFile = none;
   ExpectFailure(*job, 4, "Job restart file [" + none + "] does not exist");
+  job = DynaJob(folder_.Path());
+  ExpectFailure(*job, 6,
+                "[" + folder_.Path() + "] is no file that a solver can read: it is a folder");
 
   job = DynaJobWith("");
   context_.settings.SolverPath(SolverKind::kLsDynaSingle) = none;

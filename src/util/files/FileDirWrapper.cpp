@@ -85,6 +85,14 @@ bool FileDirWrapper::IsFolder(const std::string& path) {
   return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) == Kind::kFolder;
 }
 
+bool FileDirWrapper::IsFile(const std::string& path) {
+  return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) == Kind::kFile;
+}
+
+bool FileDirWrapper::IsPipe(const std::string& path) {
+  return !path.empty() && file_system::KindOf(file_system::ForSystem(path)) == Kind::kPipe;
+}
+
 bool FileDirWrapper::IsSameFile(const std::string& path, const std::string& other) {
   file_system::FileId id;
   file_system::FileId otherId;

@@ -63,6 +63,8 @@ class FileDirWrapper {
   // Any kind of entry.
   static bool FileExists(const std::string& path);
   static bool IsFolder(const std::string& path);
+  static bool IsFile(const std::string& path);  // no pipe and no device either
+  static bool IsPipe(const std::string& path);
   // True when both paths lead to one file or folder that exists.
   static bool IsSameFile(const std::string& path, const std::string& other);
   // Text that is the same for all paths that lead to one file or folder, links and short names
