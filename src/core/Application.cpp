@@ -162,6 +162,17 @@ bool Application::BecomeFirstCopy(std::string& otherFile) {
   return !firstCopy_.empty();
 }
 
+// Where somebody has removed a place, the next copy would find nobody.
+void Application::HoldPlaces() {
+  for (const HandOverPlace& place : settings_->handOverPlaces) {
+    if (place.lock.empty() || FileDirWrapper::FileExists(place.lock)) continue;
+    HandOverPlaces();  // makes the folders
+    auto lock = std::make_unique<FileLock>();
+    if (lock->Take(place.lock, 0) == FileLock::Result::kTaken)
+      firstCopy_.push_back(std::move(lock));
+  }
+}
+
 // Two processes of the program that belong to one user; this one is normally one of them. Copies
 // that start at the same moment all see each other: the first copy does not count the others, which
 // do count it, so that one of them stays.
@@ -284,7 +295,10 @@ bool Application::SolverEnabled(SolverKind kind) const {
 }
 
 bool Application::Tick() {
-  if (running && reader_) reader_->Poll();
+  if (running && reader_) {
+    HoldPlaces();
+    reader_->Poll();
+  }
   return running;
 }
 

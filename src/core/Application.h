@@ -122,6 +122,7 @@ class Application {
 
  private:
   bool BecomeFirstCopy(std::string& otherFile);
+  void HoldPlaces();
   static bool AnotherCopyRuns(bool isFirst);
   void SayTakenPlaces();
   void HandOver(int argc, const char* const* argv);

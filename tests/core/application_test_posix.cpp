@@ -51,6 +51,20 @@ TEST_F(HostileSystem, APipeInThePlaceOfTheLogHoldsNobodyUp) {
   EXPECT_EQ(code, 0);
 }
 
+// As who clears the temporary folders does.
+TEST_F(HostileSystem, APlaceThatIsRemovedIsHeldAgain) {
+  Application application;
+  const char* arguments[] = {"kestrun"};
+  ASSERT_TRUE(application.Initialise(1, arguments));
+  const HandOverPlace place = application.SettingsAndFiles().handOverPlaces.front();
+  std::filesystem::remove_all(place.folder);
+  EXPECT_TRUE(application.Tick());
+  FileLock other;
+  EXPECT_EQ(other.Take(place.lock, 0), FileLock::Result::kBusy);
+  EXPECT_EQ(application.Shutdown(), 0);
+  EXPECT_EQ(other.Take(place.lock, 0), FileLock::Result::kTaken);
+}
+
 // As at the end of copies of the program that were started together.
 TEST_F(HostileSystem, ProcessesThatStoreTheSettingsTogetherDoNotMeet) {
   for (int round = 0; round < 10; ++round) {
