@@ -83,8 +83,8 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
 // What a job waited for is no trouble once it has begun.
 void Flx_AppWnd::TakeBackWaiting() {
   if (!TellsOfWaiting(logged_)) return;
-  for (int i = 0; i < application_.Manager().GroupCount(); ++i) {
-    const auto group = application_.Manager().GroupAt(i);
+  for (int index = 0; index < application_.Manager().GroupCount(); ++index) {
+    const auto group = application_.Manager().GroupAt(index);
     bool waits = false;
     if (group)
       group->ReadActiveJob([&](const JobFile& job) {
