@@ -149,7 +149,10 @@ TEST_F(RecordWriterTest, GoesOnWhereNothingCanBeWrittenAndCatchesUp) {
   if (std::filesystem::exists(files_.queue)) GTEST_SKIP() << "an open file stays here";
   std::filesystem::create_directories(fresh + "/full");
   writer->Put(change::GroupSet{2, "B", ""});
-  writer->PutRun({.jobFile = "b.k", .verdict = JobStatus::kFinished});
+  RunRecord run;
+  run.jobFile = "b.k";
+  run.verdict = JobStatus::kFinished;
+  writer->PutRun(run);
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_FALSE(writer->Flush(20s));
   writer->Put(change::GroupSet{3, "C", ""});
