@@ -6,6 +6,7 @@
 #include <FL/Fl_Choice.H>
 
 #include <algorithm>
+#include <thread>
 
 #include "ui/fltk/Field.h"
 
@@ -167,6 +168,9 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   EXPECT_EQ(status(0), JobStatus::kQueued);
   EXPECT_EQ(Fl::focus(), &Solver());
   EXPECT_TRUE(LineSays(Say("ui_bad_solver")));
+  const Message news(MessageId::kFileMissing, "/w/a.k");
+  std::thread([&] { notes_.Logged(news); }).join();
+  EXPECT_TRUE(LineSays("/w/a.k")) << "an explanation hides nothing that a run tells";
 
   // Where some jobs can run, the others tell why they do not.
   Choose(Kind(), "LS-DYNA (D)");
@@ -174,7 +178,7 @@ TEST_F(SettingsRowTest, AMissingSolverIsSaidOnceAndMarked) {
   Run();
   EXPECT_EQ(status(0), JobStatus::kFinished);
   EXPECT_EQ(status(1), JobStatus::kAborted);
-  EXPECT_TRUE(LineSays(missing));
+  EXPECT_TRUE(LineSays(missing)) << Line();
 
   // Nor in a group that runs already.
   Files().SetSolverPath(SolverKind::kLsDynaSingle, KR_TEST_BIN_DIR "/standin_solver");

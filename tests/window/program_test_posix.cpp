@@ -162,8 +162,7 @@ TEST_F(ProgramTest, HoweverItEndsNothingOfAStageIsLeft) {
       {"int", "", [](const Copy& copy) { kill(copy.pid, SIGINT); }},
       {"both", "",
        [](const Copy& copy) {
-         kill(copy.pid, SIGHUP);
-         kill(copy.pid, SIGTERM);
+         for (const int signal : {SIGSTOP, SIGHUP, SIGTERM, SIGCONT}) kill(copy.pid, signal);
        }},
       {"script", "--quit-when-done ", [](const Copy& copy) { kill(copy.pid, SIGTERM); }},
       {"quit", "", quit},

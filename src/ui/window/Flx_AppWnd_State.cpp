@@ -73,9 +73,13 @@ void Flx_AppWnd::TakeChanges(const QueueChanges& changes) {
   if (dialog_ && !changes.runs.empty()) dialog_->RunsLookedAt();
   if (changes.intake) ShowIntake(changes);
   if (jobs && apart_->Asks()) AskApart();
-  if (!changes.message.Empty() && std::chrono::steady_clock::now() > explainedUntil_) {
-    status_->ShowMessage(OneLine(texts_.Say(changes.message)), StatusBar::Tone::kError);
-    logged_ = changes.message;
+  // An explanation says it better than the log's answer; what a run tells is news.
+  const bool isExplained = std::chrono::steady_clock::now() <= explainedUntil_;
+  const bool takesNews = isExplained || !changes.message.Empty();
+  const Message& told = takesNews ? changes.message : changes.answer;
+  if (!told.Empty()) {
+    status_->ShowMessage(OneLine(texts_.Say(told)), StatusBar::Tone::kError);
+    logged_ = told;
   }
   if (jobs) TakeBackWaiting();
 }

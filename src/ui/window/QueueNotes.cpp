@@ -100,5 +100,6 @@ void QueueNotes::RunLookedAt(JobId job) {
 }
 
 void QueueNotes::Logged(const Message& message) {
-  Take([&](QueueChanges& changes) { changes.message = message; });
+  const bool isAnswer = std::this_thread::get_id() == interface_;
+  Take([&](QueueChanges& changes) { (isAnswer ? changes.answer : changes.message) = message; });
 }

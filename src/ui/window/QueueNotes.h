@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "core/QueueObserver.h"
 #include "util/signals/Mutex.h"
@@ -21,12 +22,13 @@ struct QueueChanges {
   bool intake = false;
   int done = 0, total = 0, percent = 0;  // of the intake
   std::string file;
-  Message message;  // the last one of the log
+  Message message;  // the last one that the log got from other threads
+  Message answer;   // and from the interface thread: about what the user has just asked for
 };
 
 // The observer's calls only take a note and wake the interface, once until it has looked. What
 // takes the interface long to show is shown less often, so that thousands of changes do not keep it
-// busy. Outlives the manager that it observes.
+// busy. Outlives the manager that it observes. Made on the interface thread.
 class QueueNotes : public QueueObserver {
  public:
   QueueNotes() = default;
@@ -51,6 +53,7 @@ class QueueNotes : public QueueObserver {
   static void DeliverLater(void* self);
   void Deliver();
 
+  const std::thread::id interface_ = std::this_thread::get_id();
   Mutex mutex_;
   QueueChanges changes_ KR_GUARDED_BY(mutex_);
   // The interface has been woken and has not looked yet.
