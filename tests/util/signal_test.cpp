@@ -59,7 +59,8 @@ TEST_P(Signal, DeadOwnerLeavesAnAbandonedMutex) {
   PTWrapperSignal mutex, other;
   ASSERT_EQ(mutex.CreateMutexSignal(name, false), 1);
   PTWrapperProcess owner;
-  ASSERT_TRUE(StartTestChild(owner, "own " + name + " " + (folder / "owned")));
+  ASSERT_TRUE(StartTestChild(owner, "own " + name + " " + (folder / "owned")))
+      << owner.LastError();
   ASSERT_TRUE(WaitUntil([&] { return FileDirWrapper::FileExists(folder / "owned"); }));
   EXPECT_EQ(mutex.WaitForMutexSignal(0), 1);
   EXPECT_EQ(mutex.LastError(), "Time out return");

@@ -13,9 +13,20 @@ using Seconds = std::chrono::duration<double>;
 constexpr int kRestFactor = 9;  // at most a tenth of the time goes into showing changes
 constexpr Seconds kLongestRest{0.5};
 
+// A wake-up cannot be taken back and may come for one that is gone. Interface thread.
+std::set<void*>& Living() {
+  static std::set<void*> living;
+  return living;
+}
+
 }  // namespace
 
+QueueNotes::QueueNotes() {
+  Living().insert(this);
+}
+
 QueueNotes::~QueueNotes() {
+  Living().erase(this);
   Fl::remove_timeout(DeliverLater, this);
 }
 
@@ -35,6 +46,7 @@ void QueueNotes::Take(Note note) {
 }
 
 void QueueNotes::Wake(void* self) {
+  if (!Living().contains(self)) return;
   auto* notes = static_cast<QueueNotes*>(self);
   const Seconds rest = notes->next_ - Clock::now();
   if (rest <= Seconds(0)) return notes->Deliver();

@@ -31,7 +31,7 @@ struct QueueChanges {
 // busy. Outlives the manager that it observes. Made on the interface thread.
 class QueueNotes : public QueueObserver {
  public:
-  QueueNotes() = default;
+  QueueNotes();
   ~QueueNotes() override;
 
   // Called on the interface thread after something changed. Set before the manager observes.
