@@ -61,13 +61,17 @@ TEST(FoldersOnLinux, UserFolders) {
   EXPECT_EQ(dir, temp / "My \"Papers\"");
 }
 
-TEST(FoldersOnLinux, WritableTestFollowsNoLink) {
+TEST(FoldersOnLinux, WritableTestFollowsNoLinkAndGoesAroundOne) {
   const TempFolder temp;
   const std::string victim = temp.Write("victim", "precious");
   FileDirWrapper::CreateDirTree(temp / "shared");
   ASSERT_EQ(symlink(victim.c_str(), (temp / "shared/filedirwrapper_tmpfile").c_str()), 0);
-  EXPECT_FALSE(FileDirWrapper::IsDirWritable(temp / "shared"));
+  EXPECT_TRUE(FileDirWrapper::IsDirWritable(temp / "shared"));
   EXPECT_EQ(TempFolder::Read(victim), "precious");
+  Texts files;
+  Texts dirs;
+  FileDirWrapper::ListDir(temp / "shared", files, dirs, false);
+  EXPECT_EQ(files.size(), 1U) << "only the link";
 }
 
 TEST(FilesOnLinux, ReplacingKeepsRightsAndLinks) {

@@ -1,8 +1,10 @@
 #include "util/files/FileDirWrapper.h"
 
+#include <atomic>
 #include <set>
 
 #include "util/files/FileSystemCalls.h"
+#include "util/process/ProcessByName.h"
 
 namespace {
 
@@ -73,8 +75,13 @@ bool FileDirWrapper::QuotePath(const std::string& path, std::string& out) {
 }
 
 bool FileDirWrapper::IsDirWritable(const std::string& folder) {
+  static std::atomic<unsigned> counter{0};
   if (!FileExists(folder)) return false;
-  return file_system::MakeAndRemoveFile(file_system::ForSystem(folder) + "/filedirwrapper_tmpfile");
+  const std::string path = file_system::ForSystem(folder) + "/filedirwrapper_tmpfile";
+  if (file_system::MakeAndRemoveFile(path)) return true;
+  // Another user's file, or one that another process is just removing, says nothing of the folder.
+  return file_system::MakeAndRemoveFile(path + "." + std::to_string(OwnProcessId()) + "." +
+                                        std::to_string(counter++));
 }
 
 bool FileDirWrapper::FileExists(const std::string& path) {

@@ -57,7 +57,8 @@ class FileDirWrapper {
   // Wraps a path that holds a blank or a tab in double quotes.
   static bool QuotePath(const std::string& path, std::string& out);
 
-  // Creates a file in the folder and removes it again.
+  // Creates a file in the folder and removes it again; one of a name of its own where the usual
+  // name is in use.
   static bool IsDirWritable(const std::string& folder);
 
   // Any kind of entry.
