@@ -98,7 +98,6 @@ void QueueRecord::Begin() {
 }
 
 // One that cannot be looked at does not keep the others.
-
 void QueueRecord::LookForProcesses(std::int64_t last) {
   const auto notEnded = [this](const std::exception& error) {
     settings_.Log().Report(Message(MessageId::kNotEnded, error.what()));

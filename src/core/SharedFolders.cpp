@@ -76,7 +76,7 @@ Mutex& Naming() {
 struct Nameable {
   std::shared_ptr<JobGroup> group;
   JobId id = JobId::kNone;
-  std::string folder, deck;
+  std::string folder, deck, name;
   bool canChange = false;  // it has a name of ours, under which it has written nothing
 };
 
@@ -84,7 +84,11 @@ Nameable NameableOf(JobGroup& group, const JobFile& job) {
   const auto* const dyna = dynamic_cast<const JobFileDyna*>(&job);
   const bool isOurs = dyna != nullptr && !dyna->outputName.empty() && job.stages.empty() &&
                       TypedJobId(job.extraOptions).empty();
-  return {group.shared_from_this(), job.id, std::string(FolderOf(job)), job.jobFile,
+  return {group.shared_from_this(),
+          job.id,
+          std::string(FolderOf(job)),
+          job.jobFile,
+          ResultName(job),
           isOurs && CanChange(job, JobField::kOutputName)};
 }
 
@@ -201,7 +205,8 @@ void TakeFreeNames(JobGroupManager& manager, const std::vector<JobId>& jobs) {
       for (const Nameable& job : holders) {
         if (&job == &holders.front() || !job.canChange) continue;
         const std::string free = GiveName(job, folder.taken, names);
-        manager.Settings().Log().Note(Message(MessageId::kResultsNameTaken, name, job.deck, free));
+        manager.Settings().Log().Note(
+            Message(MessageId::kResultsNameTaken, holders.front().name, job.deck, free));
       }
     }
   }

@@ -86,7 +86,7 @@ TEST_F(SharedFolders, ANameBelongsToOneJob) {
   undo.Undo(), Group(1)->Set(other, JobField::kOutputName, std::string("A"));
   undo.Undo();
   EXPECT_EQ(names(), "a_2 c A ") << "the one that comes back takes another name";
-  EXPECT_TRUE(LogHolds(files_, "has its results called [a]; those of ["));
+  EXPECT_TRUE(LogHolds(files_, "has its results called [A]; those of ["));
   EXPECT_TRUE(LogHolds(files_, "a.k] will be called [a_2]"));
   // Under which one has run is its own.
   EXPECT_TRUE(Group()->Set(a, JobField::kOutputName, std::string("A")));
