@@ -196,6 +196,30 @@ TEST_F(HostFileTest, NothingTypedOrWrittenByOthersIsLostUnasked) {
   EXPECT_FALSE(window_->shown());
 }
 
+TEST_F(HostFileTest, TypedTextIsKeptWhenNobodyCanBeAsked) {
+  const std::string beside = Files().hostFile + ".unsaved";
+  std::ofstream(Files().hostFile) << "a 1\n";
+  ASSERT_TRUE(TextViewer::Edit(Files().hostFile, texts_));
+  TypeLine(*Fl::first_window());
+  window_->StoreTyped();
+  EXPECT_EQ(Hosts(), "n\na 1\n");
+  TextViewer::CloseAll();
+  for (const std::string& kept : {beside, beside + "2"}) {
+    ASSERT_TRUE(TextViewer::Edit(Files().hostFile, texts_));
+    TypeLine(*Fl::first_window());
+    std::ofstream(Files().hostFile) << "other" << kept.back() << "\n";
+    window_->StoreTyped();
+    EXPECT_EQ(Hosts(), std::string("other") + kept.back() + "\n");
+    EXPECT_NE(Log().find("it is kept in [" + kept + "]"), std::string::npos) << Log();
+    TextViewer::CloseAll();
+  }
+  EXPECT_EQ(TempFolder::Read(beside), "n\nn\na 1\n");
+  ASSERT_TRUE(TextViewer::Edit(Files().hostFile, texts_));
+  TypeLine(*Fl::first_window());
+  window_->Leave();
+  EXPECT_EQ(Hosts(), "n\nother2\n");
+}
+
 TEST_F(DialogsTest, AnOpenDialogShowsWhatIsHandedOver) {
   std::ofstream(Files().hostFile) << "node1 4\nnode2 8\n";
   Files().ReadHostFile();

@@ -97,6 +97,10 @@ bool TextViewer::MayDropAll() {
   });
 }
 
+void TextViewer::KeepAll(const MessageSink& say) {
+  for (TextViewer* window : OpenWindows()) window->KeepChanges(say);
+}
+
 void TextViewer::CloseAll() {
   while (!OpenWindows().empty()) delete OpenWindows().back();
 }

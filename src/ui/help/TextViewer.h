@@ -14,6 +14,7 @@
 #include <memory>
 #include <string>
 
+#include "messages/Message.h"
 #include "ui/help/FileSearch.h"
 #include "ui/text/FileText.h"
 #include "ui/text/TextTable.h"
@@ -37,6 +38,10 @@ class TextViewer : public Fl_Double_Window {
 
   // Asks the user about each window with changes that are not saved. False: one of them is to stay.
   static bool MayDropAll();
+  // The program ends and nobody can be asked: saves all changes. Where that would write over what
+  // another program has written, or the file cannot be written, they go into a new file beside it.
+  // `say` hears what was done. Needs no display.
+  static void KeepAll(const MessageSink& say);
   // Before the program ends; drops changes.
   static void CloseAll();
 
@@ -81,7 +86,9 @@ class TextViewer : public Fl_Double_Window {
   void SetEdited(bool edited);
   bool Ask(const char* question, const char* yes, const char* no);
   bool MayDrop();  // asks when there are changes
+  bool IsAsKnown() const;  // the file, on the disk
   void Save();
+  void KeepChanges(const MessageSink& say);
 
   // TextViewer_Find.cpp
   void GoToFind();

@@ -76,16 +76,19 @@ bool TextViewer::MayDrop() {
   return !edited_ || Ask("ui_text_ask_drop", "ui_text_drop", "ui_text_keep");
 }
 
+// One that is missing is written anew.
+bool TextViewer::IsAsKnown() const {
+  std::string onDisk;
+  return !FileDirWrapper::FileExists(path_) || (ReadWhole(onDisk) && onDisk == stored_);
+}
+
 void TextViewer::Save() {
   const auto tell = [this](const std::string& text) {
     ComnMsgBox::Inform(this, label(), text, texts_.Get("ui_ok"));
   };
   std::string bytes;
   if (!editing_->ToFile(Text(), bytes)) return tell(texts_.Get("ui_text_no_place"));
-  std::string onDisk;
-  const bool differs =
-      FileDirWrapper::FileExists(path_) && (!ReadWhole(onDisk) || onDisk != stored_);
-  if (differs && !Ask("ui_text_ask_over", "ui_text_over", "ui_cancel")) return;
+  if (!IsAsKnown() && !Ask("ui_text_ask_over", "ui_text_over", "ui_cancel")) return;
   std::string why;
   if (!FileDirWrapper::WriteFileWhole(path_, bytes, &why))
     return tell(texts_.Format("ui_text_not_saved", ToUi(path_)) + "\n" + ToUi(why));
@@ -93,4 +96,23 @@ void TextViewer::Save() {
   saved_ = true;
   SetEdited(false);
   if (OnSaved) OnSaved(path_);
+}
+
+void TextViewer::KeepChanges(const MessageSink& say) {
+  if (!edited_) return;
+  edited_ = false;
+  const std::string text = Text();
+  std::string bytes;
+  const bool hasPlaces = editing_->ToFile(text, bytes);
+  if (hasPlaces && IsAsKnown() && FileDirWrapper::WriteFileWhole(path_, bytes))
+    return say(Message(MessageId::kTypedIsSaved, path_));
+  std::string beside = path_ + ".unsaved";
+  for (int number = 2; FileDirWrapper::FileExists(beside); ++number)
+    beside = path_ + ".unsaved" + std::to_string(number);
+  std::string why;
+  if (FileDirWrapper::WriteFileWhole(beside, hasPlaces ? bytes : text, &why)) {
+    say(Message(MessageId::kTypedIsBeside, path_, beside));
+  } else {
+    say(Message(MessageId::kTypedIsLost, path_, why));
+  }
 }

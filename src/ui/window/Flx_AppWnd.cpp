@@ -126,6 +126,12 @@ bool Flx_AppWnd::MayDropTexts() {
   return TextViewer::MayDropAll();
 }
 
+void Flx_AppWnd::KeepTexts() {
+  if (leaving_) return;
+  AppLog& log = application_.SettingsAndFiles().Log();
+  TextViewer::KeepAll([&log](const Message& message) { log.Note(message); });
+}
+
 void Flx_AppWnd::MakeTools() {
   auto* row = new ToolRow(0, 0, w(), Layout::kToolRowHeight);
   for (int tool = 0; tool < Layout::kToolCount; ++tool) {

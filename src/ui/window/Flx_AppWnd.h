@@ -52,6 +52,10 @@ class Flx_AppWnd : public Fl_Double_Window {
   // Takes over what is being typed.
   void StoreTyped();
 
+  // Saves what is edited in text windows, unless the program is ending already; the log says where.
+  // Needs no display.
+  void KeepTexts();
+
   // Begins the report that the settings ask for when it is due; true while one is written.
   bool WritesReport();
   // That report could not be written.
@@ -137,6 +141,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   std::string FateOfQueued() const;
   // The user agrees to lose changes of text windows that are not saved, or there are none.
   static bool MayDropTexts();
+  void Close();
   void Exit();
   // Tells the group (null: all) to stop and waits with a small window. False when something still
   // runs after 30 seconds, or a solver that could not be ended; says so.

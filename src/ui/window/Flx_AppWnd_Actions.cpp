@@ -446,10 +446,15 @@ void Flx_AppWnd::Exit() {
     return;
   application_.EndStopsJobs(manager.IsAnyJobActive());
   if (manager.IsAnyGroupRunning() && !StopAndWait({})) return application_.EndStopsJobs(false);
-  Leave();
+  Close();
 }
 
 void Flx_AppWnd::Leave() {
+  KeepTexts();
+  Close();
+}
+
+void Flx_AppWnd::Close() {
   if (leaving_) return;
   leaving_ = true;
   AllowModalWindows(false);

@@ -291,6 +291,7 @@ void Flx_AppWnd::ShowFilter() {
 void Flx_AppWnd::StoreTyped() {
   settings_->Commit();
   if (dialog_) dialog_->StoreTyped();
+  KeepTexts();
 }
 
 void Flx_AppWnd::ShowCurrentJob() {

@@ -53,7 +53,8 @@ void RunWindow(Application& application, QueueNotes& notes, const ProgramOptions
   Fl::add_timeout(Application::kPollSeconds, Poll, &poll);
   window.show();
   if (!failure.Empty()) application.Manager().Observer().Logged(failure);
-  OnDisplayLost([&application] {
+  OnDisplayLost([&application, &window] {
+    window.KeepTexts();
     application.SettingsAndFiles().Log().Note(Message(MessageId::kDisplayGone));
     application.exitCode = ExitCode::kNoDisplay;
     application.LeaveRunning();
