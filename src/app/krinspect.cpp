@@ -399,10 +399,19 @@ int PrintHistory(const std::string& file, bool json) {
     PrintError(path + ": no such file");
     return 1;
   }
-  const std::vector<RunRecord> runs = ReadHistory(path, files.machine);
+  JournalText::State state{};
+  const std::vector<RunRecord> runs = ReadHistory(path, files.machine, &state);
+  if (state == JournalText::State::kForeign || state == JournalText::State::kNewer) {
+    PrintError(path + (state == JournalText::State::kNewer ? ": of a later version of Kestrun"
+                                                           : ": no history of Kestrun"));
+    return 1;
+  }
   const std::string text = json ? HistoryJson(runs, NameOfKind) : HistoryCsv(runs, NameOfKind);
   std::fwrite(text.data(), 1, text.size(), stdout);
-  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
+  const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  const bool isWhole = state == JournalText::State::kWhole;
+  if (!isWhole) PrintError(path + ": damaged, not all of its runs can be read");
+  return isWritten && isWhole ? 0 : 1;
 }
 
 int RefuseUsage() {

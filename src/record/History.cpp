@@ -4,7 +4,6 @@
 #include <unordered_map>
 
 #include "record/Form.h"
-#include "record/Journal.h"
 #include "record/RecordFiles.h"
 #include "util/text/CsvField.h"
 #include "util/text/DateTimeWrapper.h"
@@ -76,14 +75,15 @@ void DropOldHistory(std::vector<std::string>& records, std::size_t most) {
   records = std::move(kept);
 }
 
-std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine) {
+std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine,
+                                   JournalText::State* state) {
   std::vector<RunRecord> runs;
   std::string bytes;
-  if (!ReadJournalBytes(path, bytes)) return runs;
-  std::vector<std::string> records;
-  for (const std::string_view record : ReadJournalText(bytes, {kHistoryKind, machine}).records) {
-    records.emplace_back(record);
-  }
+  JournalText journal;
+  journal.state = JournalText::State::kForeign;
+  if (ReadJournalBytes(path, bytes)) journal = ReadJournalText(bytes, {kHistoryKind, machine});
+  if (state != nullptr) *state = journal.state;
+  std::vector<std::string> records(journal.records.begin(), journal.records.end());
   DropOldHistory(records);
   for (const std::string& record : records) {
     if (std::optional<RunRecord> run = RunOfHistoryRecord(record)) runs.push_back(std::move(*run));

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "record/Journal.h"
 #include "runs/RunRecord.h"
 
 // More are dropped, the oldest first.
@@ -29,8 +30,10 @@ std::optional<RunRecord> RunOfHistoryRecord(std::string_view record);
 void DropOldHistory(std::vector<std::string>& records, std::size_t most = kMostHistory);
 
 // The runs of the file, which may be in use; empty when there is none or it cannot be believed.
-// Changes nothing. Any thread.
-std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine);
+// Changes nothing. `state`, unless it is null, is what the file is; kForeign too when it cannot be
+// read. Any thread.
+std::vector<RunRecord> ReadHistory(const std::string& path, const std::string& machine,
+                                   JournalText::State* state = nullptr);
 
 // What a solver of the kind is called.
 using SolverNames = std::function<std::string(SolverKind)>;

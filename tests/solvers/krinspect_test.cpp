@@ -57,6 +57,20 @@ TEST_F(Inspect, Decks) {
   EXPECT_FALSE(Read("deck", folder / "absent.k"));
 }
 
+// Of a history that is no whole one the exit code and the words say so.
+TEST_F(Inspect, Histories) {
+  EXPECT_TRUE(Read("history --csv",
+                   folder.Write("whole.kr", "00000017 a322c2aa kestrun history 1 - 0 -\n")));
+  EXPECT_FALSE(Read("history --json",
+                    folder.Write("cut.kr", "00000017 a0a616c4 kestrun history 1 - 2 -\n")));
+  EXPECT_EQ(out, "[]\n");
+  EXPECT_FALSE(
+      Read("history --csv", folder.Write("new.kr", "00000017 90cd8ccd kestrun history 9 - 0 -\n")));
+  EXPECT_NE(err.find("later version"), std::string::npos) << err;
+  EXPECT_FALSE(Read("history --csv", folder.Write("rubbish.kr", "rubbish\n")));
+  EXPECT_EQ(out, "");
+}
+
 TEST_F(Inspect, Reports) {
   const std::string message = folder.Write("messag", " *** Error 1\n a \x1b[31m\tb\n");
   ASSERT_TRUE(Read("message", message));
