@@ -380,7 +380,7 @@ TEST_F(QueueRecordTest, ARestoreDoesNotWaitForTheDisk) {
   EXPECT_TRUE(WaitUntil([&] { return hangs.load(); }));
   const auto begin = std::chrono::steady_clock::now();
   record.Restore(manager, intake);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "nor for 5 s";
   EXPECT_EQ(manager.GroupAt(0)->JobCount(), 4);
   goesOn = true;
   EXPECT_TRUE(WaitUntil([&] { return !manager.GroupAt(0)->Running(); }));

@@ -109,9 +109,10 @@ TEST(RecordOnASlowDisk, IsWrittenWhileTheDiskSynchronises) {
   JobImage job;
   job.fields.jobFile = std::string(3000, 'x');
   std::uint64_t jobs = 0;
+  constexpr std::chrono::milliseconds kSync = 3s, kSooner = 2500ms;
   const auto sessionsWith = [&](std::size_t wanted) {
     QueueImage image;
-    for (const auto end = std::chrono::steady_clock::now() + 1200ms;
+    for (const auto end = std::chrono::steady_clock::now() + kSooner;
          image.now.jobs.size() != wanted && std::chrono::steady_clock::now() < end;) {
       image = {};
       std::string bytes;
@@ -126,16 +127,16 @@ TEST(RecordOnASlowDisk, IsWrittenWhileTheDiskSynchronises) {
     job.id = static_cast<JobId>(++jobs);
     writer.Put(change::JobAdded{1, job});
     if (jobs % 20 != 0) return;
-    EXPECT_TRUE(writer.AwaitWritten(1200ms)) << jobs;
+    EXPECT_TRUE(writer.AwaitWritten(kSooner)) << jobs;
     sessionsWith(jobs);
   };
-  g_syncTime = 1500ms;
+  g_syncTime = kSync;
   for (int session = 0; session < 2; ++session) {
     RecordWriter writer(files, said.Sink(), said.Sink());
     writer.Begin(true);
     jobs = 0;
     writer.Put(change::GroupSet{1, "A", ""});
-    EXPECT_TRUE(writer.AwaitWritten(1200ms));
+    EXPECT_TRUE(writer.AwaitWritten(kSooner));
     const std::uint64_t begin = writer.QueueBytes();
     add(writer);
     EXPECT_EQ(sessionsWith(1), session == 0 ? 0U : 1U) << "a later one goes on with the file";
@@ -145,13 +146,13 @@ TEST(RecordOnASlowDisk, IsWrittenWhileTheDiskSynchronises) {
       writer.Put(change::JobGone{static_cast<JobId>(jobs)});
       writer.Put(change::JobAdded{1, job});
     }
-    EXPECT_TRUE(writer.AwaitWritten(1200ms));
+    EXPECT_TRUE(writer.AwaitWritten(kSooner));
     sessionsWith(jobs);
-    writer.Flush(2s);
+    writer.Flush(kSync + 1s);
     g_syncFails = false;
     EXPECT_TRUE(writer.Flush(20s));
     sessionsWith(jobs);
-    g_syncTime = session == 0 ? 1500ms : 0ms;
+    g_syncTime = session == 0 ? kSync : 0ms;
   }
   EXPECT_FALSE(FileDirWrapper::FileExists(files.queue + ".new"));
 }
