@@ -3,10 +3,12 @@
 #include <FL/Fl_Button.H>
 
 #include <cmath>
+#include <filesystem>
 
 #include "core/SharedFolders.h"
 #include "ui/report/ReportPage.h"
 #include "ui/report/ReportPicture.h"
+#include "ui/report/ReportWriter.h"
 #include "ui/window/NoticeBar.h"
 #include "ui/WindowFixture.h"
 
@@ -87,6 +89,16 @@ TEST_F(ReportTest, AReportFollowsTheLastJobAndAPauseGoesOn) {
   Press(Find<Fl_Button>(*window_, "Go On"));
   EXPECT_TRUE(Until([&] { return !Group()->Running() && !Holds(report(), ",Queued,"); }));
   EXPECT_EQ(Look<NoticeBar>(*window_), nullptr);
+}
+
+TEST_F(ReportTest, ADeckIsNotWrittenOver) {
+  const std::string deck = AddJob("deck", "run 1");
+  const std::string before = TempFolder::Read(deck);
+  std::filesystem::create_symlink(deck, home_ / "link.csv");
+  ReportWriter writer(home_ / "link.csv", {ReportOf(*Group())}, 0);
+  EXPECT_TRUE(Until([&] { return writer.Ended(); }));
+  EXPECT_TRUE(Holds(writer.Trouble(), "deck or a message file"));
+  EXPECT_EQ(TempFolder::Read(deck), before);
 }
 
 TEST_F(ReportTest, QueueOptionsAreCheckedAndStored) {

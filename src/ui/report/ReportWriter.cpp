@@ -3,14 +3,31 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <iterator>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "ui/report/ReportPage.h"
+#include "ui/text/Encoding.h"
 #include "util/files/FileDirWrapper.h"
 #include "util/process/OwnThread.h"
 #include "util/signals/Mutex.h"
+
+namespace {
+
+// The user's own files: decks, and what is kept of runs.
+bool IsFileOf(const std::string& identity, const ReportedJob& job) {
+  const std::string* const files[] = {&job.jobFile, &job.restartFile, &job.messageFile};
+  const auto isIt = [&](const std::string* file) {
+    return FileDirWrapper::IdentityOf(*file) == identity;
+  };
+  return std::any_of(std::begin(files), std::end(files), isIt) ||
+         std::any_of(job.stages.begin(), job.stages.end(),
+                     [&](const ReportedJob& stage) { return IsFileOf(identity, stage); });
+}
+
+}  // namespace
 
 struct ReportWriter::Shared {
   std::string path;
@@ -25,6 +42,7 @@ struct ReportWriter::Shared {
   std::string trouble KR_GUARDED_BY(mutex);
 
   void Write();
+  bool IsOverAJob() const;
   std::string Text();
   std::shared_ptr<const RunCurves> Curves(const ReportedJob& job);
   void Fail(const std::string& why) {
@@ -60,10 +78,23 @@ std::string ReportWriter::Shared::Text() {
   return lines;
 }
 
+bool ReportWriter::Shared::IsOverAJob() const {
+  const std::string identity = FileDirWrapper::IdentityOf(path);
+  return !identity.empty() &&
+         std::any_of(groups.begin(), groups.end(), [&](const ReportedGroup& group) {
+           return std::any_of(group.jobs.begin(), group.jobs.end(),
+                              [&](const ReportedJob& job) { return IsFileOf(identity, job); });
+         });
+}
+
 void ReportWriter::Shared::Write() {
-  const std::string text = Text();
   std::string why;
-  if (!cancelled && !FileDirWrapper::WriteFileWhole(path, text, &why)) Fail(why);
+  if (IsOverAJob()) {
+    Fail(FromUi(texts.Get("rep_over_job")));
+  } else if (const std::string text = Text();
+             !cancelled && !FileDirWrapper::WriteFileWhole(path, text, &why)) {
+    Fail(why);
+  }
   ended = true;
 }
 

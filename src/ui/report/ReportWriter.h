@@ -8,7 +8,7 @@
 
 #include "ui/report/QueueReport.h"
 
-// In the form that its ending asks for. Interface thread.
+// In the form that its ending asks for; never over a file of one of its jobs. Interface thread.
 class ReportWriter {
  public:
   // `language` of a page: 0 English, 1 Chinese.

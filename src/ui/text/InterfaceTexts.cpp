@@ -476,6 +476,8 @@ constexpr TextRow kMore[] = {
     {"rep_writing", "Writing %s", "正在写入 %s"},
     {"rep_written", "Report written: %s", "报告已写入：%s"},
     {"rep_given_up", "The report was given up.", "已放弃报告。"},
+    {"rep_over_job", "That is the deck or a message file of a job of the report.",
+     "该文件是报告中某个任务的输入文件或消息文件。"},
     {"rep_busy", "A report is being written already.", "正在写入报告。"},
     {"ui_past_run", "The last run took %s on %s {CPU|CPUs} (%s)",
      "上次运行用时 %s，使用 %s 个 CPU（%s）"},
