@@ -155,14 +155,15 @@ RunCases::Weights RunCases::Weigh(const std::vector<RunNews>& all) const {
   return weights;
 }
 
-// The cases ahead take as long as the newest does, or as those before it did.
+// The cases ahead take as long as the newest does, or as those before it did; so does the newest
+// while it tells nothing itself.
 void RunCases::AddTimeOfRest(const std::vector<RunNews>& all, const Weights& weights,
                              RunNews& news) {
-  if (weights.ahead <= 0) return;
+  const bool runs = news.ended == RunEnd::kRunning;
+  if (weights.ahead <= 0 && (!runs || news.secondsLeft)) return;
   const auto took = [](const RunNews& one) {
     return one.started && one.lastTold ? static_cast<double>(*one.lastTold - *one.started) : 0.0;
   };
-  const bool runs = news.ended == RunEnd::kRunning;
   double perWeight = 0;
   if (runs && news.secondsLeft) {
     perWeight = (took(news) + *news.secondsLeft) / weights.newest;
@@ -177,6 +178,7 @@ void RunCases::AddTimeOfRest(const std::vector<RunNews>& all, const Weights& wei
     news.secondsLeft.reset();
     return;
   }
+  if (runs) news.caseSecondsLeft = news.secondsLeft;
   news.secondsLeft = news.secondsLeft.value_or(0) + perWeight * weights.ahead;
   news.spread = std::max(news.spread, kLeastSpread);
 }

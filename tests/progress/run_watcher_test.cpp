@@ -172,8 +172,12 @@ TEST_F(RunWatcherTest, CasesAreOneRunAndOneThatStoppedStopsItAll) {
   folder_.Write("CASE1.messag", std::string(kBegin) + kHalf + stop + end);
   ASSERT_TRUE(WaitUntil([&] { return State().news.percent == 25; }));
   EXPECT_EQ(State().news.ended, RunEnd::kRunning) << "the second case is to come";
-  folder_.Write("CASE10.messag", std::string(kBegin) + kHalf);
+  folder_.Write("CASE10.messag", kBegin);
   ASSERT_TRUE(WaitUntil([&] { return State().news.caseNumber == 2; }));
+  EXPECT_EQ(State().news.secondsLeft, 3 * 600) << "by the case before";
+  EXPECT_EQ(State().news.caseSecondsLeft, 3 * 600);
+  folder_.Write("CASE10.messag", std::string(kBegin) + kHalf);
+  ASSERT_TRUE(WaitUntil([&] { return State().news.cycle == 5000; }));
   EXPECT_NEAR(*State().news.percent, 100 * (1 + 0.5) / 4, 1e-9);
   folder_.Write("CASE10.messag",
                 std::string(kBegin) + kHalf + " *** termination time reached ***\n" + end);
