@@ -10,7 +10,7 @@ void FailureStreak::Take(const JobFile& job) {
   const Failure failure = job.HowFailed();
   const bool failed = job.status == JobStatus::kAborted && failure.kind != FailureKind::kNone &&
                       failure.kind != FailureKind::kStopped;
-  if (!failed || job.started == 0 || job.ended - job.started >= kSoon) {
+  if (!failed || job.started == 0 || job.RunSeconds() >= kSoon) {
     *this = {};
     return;
   }

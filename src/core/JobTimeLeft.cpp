@@ -66,9 +66,9 @@ std::optional<double> GroupTimeLeft(const JobGroup& group, const RunWatch& watch
   int finished = 0;
   double took = 0;
   group.ReadJobs([&](const JobFile& job) {
-    if (job.status == JobStatus::kFinished && job.started != 0 && job.ended >= job.started) {
+    if (const std::int64_t its = job.RunSeconds(); job.status == JobStatus::kFinished && its >= 0) {
       ++finished;
-      took += static_cast<double>(job.ended - job.started);
+      took += static_cast<double>(its);
     }
     if (HasEnded(job.status)) return;
     const std::optional<double> one = JobTimeLeft(job, watch.StateOf(job.id), past, now);

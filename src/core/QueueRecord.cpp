@@ -269,7 +269,9 @@ std::shared_ptr<JobFile> QueueRecord::Revived(JobImage image, std::int64_t last)
     // It had ended, which nobody wrote down.
     job->status = image.run->verdict;
     job->ended = image.run->ended;
-    job->SetResult(*image.run);
+    RunResult result = *image.run;
+    if (!job->stages.empty()) result.seconds.reset();  // of one stage alone
+    job->SetResult(result);
   }
   return job;
 }

@@ -20,7 +20,18 @@ std::string MakeIdentifier() {
   return identifier;
 }
 
+std::int64_t SecondsSince(std::chrono::steady_clock::time_point then) {
+  const auto passed = std::chrono::steady_clock::now() - then;
+  return std::chrono::duration_cast<std::chrono::seconds>(passed).count();
+}
+
 }  // namespace
+
+std::optional<std::int64_t> RunResult::Took(std::int64_t started, std::int64_t ended) const {
+  if (seconds) return seconds;
+  const bool isKnown = started != 0 && ended != 0 && ended >= started;
+  return isKnown ? std::optional(ended - started) : std::nullopt;
+}
 
 JobId NewJobId() {
   static std::atomic<std::uint64_t> last{0};
@@ -41,22 +52,27 @@ std::string JobFile::Folder() const {
 void JobFile::Enter(JobStatus newStatus, std::int64_t since) {
   const std::int64_t now = DateTimeWrapper::CurrentTime();
   if (since == 0) since = now;
+  const MutexLock lock(mutex_);
+  if (HasEnded(newStatus) && begun_) {
+    const std::int64_t sinceThen = std::max<std::int64_t>(now - since, 0);
+    result_.seconds = std::max<std::int64_t>(SecondsSince(*begun_) - sinceThen, 0);
+  }
   status = newStatus;
   begun_.reset();
   if (status == JobStatus::kRunning) {
     started = since;
     begun_ = std::chrono::steady_clock::now() - std::chrono::seconds(now - since);
+    result_.seconds.reset();
   }
   ended = HasEnded(status) ? since : 0;
 }
 
 std::int64_t JobFile::RunSeconds() const {
   if (started == 0) return -1;
-  if (HasEnded(status)) return std::max<std::int64_t>(ended - started, -1);
+  if (HasEnded(status)) return Result().Took(started, ended).value_or(-1);
   if (status != JobStatus::kRunning) return -1;
-  using std::chrono::duration_cast, std::chrono::seconds, std::chrono::steady_clock;
-  const std::int64_t passed = begun_ ? duration_cast<seconds>(steady_clock::now() - *begun_).count()
-                                     : DateTimeWrapper::CurrentTime() - started;
+  const std::int64_t passed =
+      begun_ ? SecondsSince(*begun_) : DateTimeWrapper::CurrentTime() - started;
   return std::max<std::int64_t>(passed, 0);
 }
 

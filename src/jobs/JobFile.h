@@ -92,6 +92,12 @@ struct RunResult {
   std::optional<std::int64_t> warnings = {};
   std::optional<std::int64_t> nodes = {};
   std::optional<std::int64_t> elements = {};
+  // How long it took by a clock that nobody sets; nothing where nobody watched all of it.
+  std::optional<std::int64_t> seconds = {};
+
+  // The same, else by the times of its begin and its end, in seconds since 1970; nothing where
+  // these do not tell either.
+  std::optional<std::int64_t> Took(std::int64_t started, std::int64_t ended) const;
 
   bool operator==(const RunResult&) const = default;
 };
@@ -218,7 +224,7 @@ class JobFile : public JobFields {
 
   // Its status and since when, in seconds since 1970; 0: now.
   void Enter(JobStatus newStatus, std::int64_t since);
-  // How long its run takes, or took. One that goes on is timed by a clock that nobody sets. In
+  // How long its run takes, or took, by a clock that nobody sets where it is known by that. In
   // seconds; -1: it has not begun, or ended at no known time.
   std::int64_t RunSeconds() const;
 

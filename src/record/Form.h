@@ -225,6 +225,7 @@ void ForEachField(Fields& run, Visit visit) {
   visit("warnings", run.warnings);
   visit("nodes", run.nodes);
   visit("elements", run.elements);
+  visit("seconds", run.seconds);
 }
 
 template <typename Fields>

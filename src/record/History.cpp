@@ -109,10 +109,9 @@ std::string HistoryCsv(const std::vector<RunRecord>& runs, const SolverNames& so
       "started,ended,seconds,verdict,exit,file,restart,folder,program,cpus,memory_mb,errors,"
       "warnings,nodes,elements,message_file,reason,stopped_at,how,solver\n";
   for (const RunRecord& run : runs) {
-    const bool hasEnded = run.ended >= run.started && run.ended != 0;
     text += CsvLine({LocalTime(run.started),
                      LocalTime(run.ended),
-                     hasEnded ? std::to_string(run.ended - run.started) : "",
+                     Known(run.Took(run.started, run.ended)),
                      JobStatusWord(run.verdict).English(),
                      Known(run.exitCode),
                      run.jobFile,

@@ -22,10 +22,11 @@ bool WasWatched(const RunRecord& run) {
 }  // namespace
 
 void PastRuns::Add(const RunRecord& run) {
-  const bool tells = run.verdict == JobStatus::kFinished && run.stoppedAt == kNotStopped &&
-                     run.ended >= run.started && WasWatched(run);
+  const std::optional<std::int64_t> took = run.Took(run.started, run.ended);
+  const bool tells = run.verdict == JobStatus::kFinished && run.stoppedAt == kNotStopped && took &&
+                     WasWatched(run);
   if (!tells) return;
-  const PastRun past{run.started, run.ended - run.started, run.cpus};
+  const PastRun past{run.started, *took, run.cpus};
   const MutexLock lock(mutex_);
   const auto [known, isNew] = runs_.emplace(KeyOf(run.jobFile, run.restartFile), past);
   if (!isNew && past.started >= known->second.started) known->second = past;

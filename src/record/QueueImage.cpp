@@ -11,10 +11,9 @@ namespace form {
 namespace {
 
 constexpr std::pair<const char*, std::optional<std::int64_t> RunResult::*> kCounts[] = {
-    {"errors", &RunResult::errors},
-    {"warnings", &RunResult::warnings},
-    {"nodes", &RunResult::nodes},
-    {"elements", &RunResult::elements},
+    {"errors", &RunResult::errors},   {"warnings", &RunResult::warnings},
+    {"nodes", &RunResult::nodes},     {"elements", &RunResult::elements},
+    {"seconds", &RunResult::seconds},
 };
 
 void WriteProgress(const JobImage& job, Json& json) {

@@ -1,6 +1,7 @@
 #include "runs/JobRun.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <set>
 #include <string>
@@ -147,6 +148,7 @@ class JobRun {
     }
     context_.starting = [this](const JobFile& stage, const PTWrapperProcessStart& start) {
       record_ = RecordOfStart(stage, IndexOf(stage), start);
+      began_ = std::chrono::steady_clock::now();
       Record(stage);
     };
     context_.started = [this](const JobFile& stage, const PTWrapperProcessStart&) {
@@ -297,7 +299,10 @@ class JobRun {
         stage.SetStoppedAt(setup_.stoppedAt(stage, *record_));
       }
       if (status == JobStatus::kFinished) KeepFromLaterStages(stage);
+      const auto took = std::chrono::steady_clock::now() - began_;
       RecordEnd(*record_, stage, status, exitCode);
+      if (!goesOn)
+        record_->seconds = std::chrono::duration_cast<std::chrono::seconds>(took).count();
       stage.SetResult(*record_);
       if (goesOn && !earlier_->runs) RecordUnwatchedEnd(*record_, stage);
       Record(stage);
@@ -338,6 +343,7 @@ class JobRun {
   void TakeResultOf(const JobFile& stage) {
     RunResult result = stage.Result();
     if (job_.StoppedAt() != kNotStopped) result.stoppedAt = job_.StoppedAt();
+    result.seconds.reset();  // of one stage alone
     job_.SetResult(result);
   }
 
@@ -385,6 +391,7 @@ class JobRun {
   std::optional<Earlier> earlier_;
   bool mine_ = true;
   std::optional<RunRecord> record_;  // of the process that runs
+  std::chrono::steady_clock::time_point began_;
   bool isRecorded_ = false;          // the history will know of the job
 };
 

@@ -46,11 +46,18 @@ TEST(JobTimeLeft, AddsWhatPastRunsTellToTheEstimate) {
   job->status = JobStatus::kAborted;
   EXPECT_EQ(left(), 0);
 
-  // Somebody sets the clock an hour back while it runs.
+  // Somebody sets the clock an hour back while it runs. Of one that was found ended the times tell.
   job->Enter(JobStatus::kRunning, DateTimeWrapper::CurrentTime() - 100);
   job->started += 3600;
   EXPECT_NEAR(static_cast<double>(job->RunSeconds()), 100, 5);
-  job->Enter(JobStatus::kFinished, job->started + 7);
+  job->Enter(JobStatus::kFinished, 0);
+  EXPECT_LT(job->ended, job->started);
+  EXPECT_NEAR(static_cast<double>(job->RunSeconds()), 100, 5);
+  job->ResetForRun();
+  EXPECT_EQ(job->RunSeconds(), -1);
+  job->status = JobStatus::kFinished;
+  job->started = 1000;
+  job->ended = 1007;
   EXPECT_EQ(job->RunSeconds(), 7);
 }
 

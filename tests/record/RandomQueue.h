@@ -138,8 +138,8 @@ class RandomQueue {
     Set(detail);
   }
   void Set(RunResult& result) {
-    auto& [a, b, c, d, e, f, g, h, i, j, k] = result;
-    Fill(a, b, c, d, e, f, g, h, i, j, k);
+    auto& [a, b, c, d, e, f, g, h, i, j, k, l] = result;
+    Fill(a, b, c, d, e, f, g, h, i, j, k, l);
   }
   void Set(JobFields& job) {
     auto& [a, b, c, d, e, f, g, h, i, j, k] = job;

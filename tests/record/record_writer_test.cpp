@@ -267,7 +267,9 @@ TEST_F(RecordWriterTest, KnowsWhatTheNewestGoodRunOfADeckTook) {
     run.cpus = 8;
     run.jobFile = "/a.k";
     put(*writer, 1000, 70);
-    put(*writer, 2000, 50);
+    run.seconds = 50;  // somebody set the clock an hour on meanwhile
+    put(*writer, 2000, 3650);
+    run.seconds.reset();
     put(*writer, 3000, 5, JobStatus::kAborted);
     run.reason = Message(MessageId::kEndedUnwatched, run.jobFile);
     put(*writer, 4000, 9999);

@@ -24,7 +24,7 @@ HistoryVerdict VerdictOf(const RunRecord& run) {
 
 // -1: not known.
 std::int64_t SecondsOf(const RunRecord& run) {
-  return run.ended != 0 && run.ended >= run.started ? run.ended - run.started : -1;
+  return run.Took(run.started, run.ended).value_or(-1);
 }
 
 std::string Known(std::int64_t number) {

@@ -26,7 +26,7 @@ std::string LocalTime(std::int64_t seconds) {
 }
 
 std::string Elapsed(const ReportedJob& job) {
-  const std::optional<std::int64_t> seconds = job.Seconds();
+  const std::optional<std::int64_t> seconds = job.Took(job.started, job.ended);
   return seconds ? std::to_string(*seconds) : std::string();
 }
 
@@ -61,11 +61,6 @@ std::string ReasonOf(const ReportedJob& job, const std::optional<GroupPause>& pa
 ReportForm FormOfReport(const std::string& path) {
   if (EndsInAnyCase(path, ".html") || EndsInAnyCase(path, ".htm")) return ReportForm::kPage;
   return EndsInAnyCase(path, ".csv") ? ReportForm::kTable : ReportForm::kLines;
-}
-
-std::optional<std::int64_t> ReportedJob::Seconds() const {
-  if (started == 0 || ended < started) return std::nullopt;
-  return ended - started;
 }
 
 ReportedGroup ReportOf(const JobGroup& group, const std::vector<JobId>* only) {

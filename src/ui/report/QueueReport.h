@@ -35,8 +35,6 @@ struct ReportedJob : RunResult {
   std::vector<ReportedJob> stages = {};
 
   const std::string& MainFile() const { return jobFile.empty() ? restartFile : jobFile; }
-  // None for one that did not run, or while the clock was set back.
-  std::optional<std::int64_t> Seconds() const;
 };
 
 struct ReportedGroup {

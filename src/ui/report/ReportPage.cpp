@@ -199,7 +199,7 @@ class Page {
   }
 
   std::string Took(const ReportedJob& job) const {
-    const std::optional<std::int64_t> seconds = job.Seconds();
+    const std::optional<std::int64_t> seconds = job.Took(job.started, job.ended);
     return seconds ? PageText(ShownDuration(static_cast<double>(*seconds), texts_)) : std::string();
   }
 
