@@ -26,6 +26,7 @@ constexpr int kPixelsATickX = 56;
 constexpr int kPixelsAClockTick = 76;
 constexpr int kPixelsATickY = 28;
 constexpr int kLeastDrag = 5;
+constexpr int kPoint = 5;          // size of one that has no line
 constexpr double kMarginY = 0.06;  // of the curves' range, above and below
 constexpr char kThickLine = 2;
 
@@ -97,7 +98,9 @@ ChartZoom::View Chart::View() const {
     x = Joined(x, one.x);
     y = Joined(y, one.y);
   }
-  return {WidenedRange(x, 0), WidenedRange(y, kMarginY)};
+  ChartRange across = WidenedRange(x, 0);
+  if (x.low >= 0) across.low = std::max(across.low, 0.0);  // no time is before the start
+  return {across, WidenedRange(y, kMarginY)};
 }
 
 double Chart::ValueAtX(int px) const {
@@ -287,7 +290,8 @@ void Chart::DrawAxes() {
 }
 
 void Chart::DrawCurves() {
-  fl_push_clip(plot_.x, plot_.y, plot_.w, plot_.h);
+  // A point alone at an end is seen whole.
+  fl_push_clip(plot_.x - kPoint / 2, plot_.y, plot_.w + kPoint, plot_.h);
   for (const Shown& one : curves_) {
     fl_color(one.curve.color);
     fl_line_style(one.curve.isGuide ? FL_DASH : FL_SOLID | FL_CAP_ROUND | FL_JOIN_ROUND,
@@ -297,8 +301,8 @@ void Chart::DrawCurves() {
       std::size_t end = begin + 1;
       while (end < pixels.size() && !pixels[end].begins) ++end;
       if (end - begin == 1) {
-        fl_rectf(plot_.x + static_cast<int>(pixels[begin].x) - 1,
-                 plot_.y + static_cast<int>(pixels[begin].y) - 1, 3, 3);
+        fl_rectf(plot_.x + static_cast<int>(pixels[begin].x) - kPoint / 2,
+                 plot_.y + static_cast<int>(pixels[begin].y) - kPoint / 2, kPoint, kPoint);
       } else {
         fl_begin_line();
         for (std::size_t i = begin; i < end; ++i)
