@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "d3plot/ptkPostD3plotManager.h"
+#include "progress/RunFiles.h"
 #include "solvers/ReportText.h"
 #include "solvers/SolverKinds.h"
 #include "util/files/FileDirWrapper.h"
@@ -11,17 +12,41 @@
 
 namespace {
 
+constexpr std::int64_t kClockSlack = 5;  // seconds between this clock and a file server's
+
+std::int64_t WrittenAt(const std::string& file) {
+  std::int64_t created = 0, accessed = 0, modified = 0, size = 0;
+  IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size);
+  return modified;
+}
+
 // Of a later run in the folder, which tells nothing of this one.
 bool IsOfLaterRun(const std::string& file, const JobOutput& output) {
-  constexpr std::int64_t kClockSlack = 5;  // seconds by which a file server's clock may be ahead
-  std::int64_t created = 0, accessed = 0, modified = 0, size = 0;
-  return output.ended != 0 && IOWrapperTxt::FileStatInfo(file, created, accessed, modified, size) &&
-         modified > output.ended + kClockSlack;
+  return output.ended != 0 && WrittenAt(file) > output.ended + kClockSlack;
+}
+
+// Behind the report of the case by which the run was judged stand those of the others.
+AnalysisReport ReportOf(const JobOutput& output, const AnalysisHooks& hooks) {
+  AnalysisReport report = RowOfKind(output.solverType).report(output, hooks);
+  if (!output.names.hasCases || output.messageFile.empty()) return report;
+  const auto isOld = [&](const std::string& file) {
+    return WrittenAt(file) < output.started - kClockSlack || IsOfLaterRun(file, output);
+  };
+  for (const RunFiles& one :
+       FindCaseFiles(output.messageFile, CasesBy::kName, isOld, output.names)) {
+    if (report.outcome == AnalysisReport::Outcome::kEnded) break;
+    if (CaseNumberOf(one.output) == CaseNumberOf(output.messageFile)) continue;
+    const AnalysisReport next = AnalyseMessageFile(one.output, hooks);
+    report.outcome = std::max(report.outcome, next.outcome);
+    report.lines.emplace_back();
+    report.lines.insert(report.lines.end(), next.lines.begin(), next.lines.end());
+  }
+  return report;
 }
 
 void AddModelSize(const JobOutput& output, const AnalysisHooks& hooks,
                   std::vector<std::string>& lines) {
-  const std::string file = FileDirWrapper::Join(output.folder, output.prefix + "d3plot");
+  const std::string file = FileDirWrapper::Join(output.folder, output.names.prefix + "d3plot");
   if (output.nodes && output.elements) {
     lines.push_back(Said(hooks, Message(MessageId::kReportElements, *output.elements)));
     lines.push_back(Said(hooks, Message(MessageId::kReportNodes, *output.nodes)));
@@ -52,7 +77,7 @@ void AddLastWords(const Message& words, const AnalysisHooks& hooks,
 
 std::vector<std::string> JobInformation(const JobOutput& output, const AnalysisHooks& hooks) {
   const SolverKindRow& row = RowOfKind(output.solverType);
-  AnalysisReport report = row.report(output, hooks);
+  AnalysisReport report = ReportOf(output, hooks);
   if (report.outcome == AnalysisReport::Outcome::kEnded) return {};
   std::vector<std::string> lines = std::move(report.lines);
   for (std::string& line : lines) std::erase(line, '\n');

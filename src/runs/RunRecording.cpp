@@ -8,7 +8,9 @@
 
 #include "d3plot/ptkPostD3plotManager.h"
 #include "jobs/JobArguments.h"
+#include "jobs/OutputPrefix.h"
 #include "solvers/LastWords.h"
+#include "solvers/MessageFiles.h"
 #include "solvers/OutputAnalysis.h"
 #include "solvers/PostResult.h"
 #include "util/files/IOWrapper.h"
@@ -26,16 +28,28 @@ std::string Masked(const std::string& text, const std::string& secret) {
   return Message(MessageId::kForeignWords, text).Without(secret).English();
 }
 
+// In all cases of a deck that has some.
 void CountMessages(RunRecord& record, const JobFile& stage) {
   if (record.messageFile.empty()) return;
+  std::vector<std::string> files = {record.messageFile};
+  if (OutputNamesOf(stage).hasCases) {
+    for (std::string& kept : KeptCaseFiles(stage)) {
+      if (CaseOf(kept) != CaseOf(record.messageFile)) files.push_back(std::move(kept));
+    }
+  }
   AnalysisHooks hooks;
   hooks.progress = [&stage, end = Clock::now() + kCountPatience](std::uint64_t, std::uint64_t) {
     return !stage.abort && Clock::now() < end;
   };
-  const AnalysisReport report = AnalyseMessageFile(record.messageFile, hooks);
-  if (report.outcome != AnalysisReport::Outcome::kRead) return;
-  record.errors = report.errors;
-  record.warnings = report.warnings;
+  std::int64_t errors = 0, warnings = 0;
+  for (const std::string& file : files) {
+    const AnalysisReport report = AnalyseMessageFile(file, hooks);
+    if (report.outcome != AnalysisReport::Outcome::kRead) return;
+    errors += report.errors;
+    warnings += report.warnings;
+  }
+  record.errors = errors;
+  record.warnings = warnings;
 }
 
 // In seconds since 1970; nothing when there is no such file.

@@ -1,7 +1,5 @@
 #include "solvers/JobOutput.h"
 
-#include "jobs/OutputPrefix.h"
-
 JobOutput OutputOf(const JobFile& job) {
   const RunResult result = job.Result();
   return {.solverType = job.GetSolverType(),
@@ -13,8 +11,9 @@ JobOutput OutputOf(const JobFile& job) {
           .lastWords = result.lastWords,
           .stoppedAt = result.stoppedAt,
           .failure = result.failure,
-          .prefix = OutputPrefix(job),
+          .names = OutputNamesOf(job),
           .nodes = result.nodes,
           .elements = result.elements,
+          .started = job.started,
           .ended = job.ended};
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "jobs/JobFile.h"
+#include "jobs/OutputPrefix.h"
 
 struct JobOutput {
   SolverKind solverType = SolverKind::kLsDynaSingle;
@@ -18,11 +19,12 @@ struct JobOutput {
   Message lastWords;
   int stoppedAt = kNotStopped;
   Failure failure = {};
-  std::string prefix = {};  // of the names of its files, jobs/OutputPrefix.h
+  OutputNames names = {};
   // Of its model at the end of the run; nothing: not counted.
   std::optional<std::int64_t> nodes = {};
   std::optional<std::int64_t> elements = {};
-  std::int64_t ended = 0;  // seconds since 1970; 0: not known
+  std::int64_t started = 0;  // seconds since 1970; 0: not known
+  std::int64_t ended = 0;
 };
 
 // With the job's list locked.

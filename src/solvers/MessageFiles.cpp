@@ -189,6 +189,15 @@ std::vector<std::string> CaseMessageFiles(const JobFile& job) {
   return files;
 }
 
+std::vector<std::string> KeptCaseFiles(const JobFile& job) {
+  std::vector<std::string> files = MessageAndKeptFiles(job);
+  std::erase_if(files, [&](const std::string& file) {
+    return !IsKept(file) || job.folderBefore.HoldsUnchanged(file);
+  });
+  KeepFirstOfEachCase(files);
+  return files;
+}
+
 std::string FindMessageFile(const JobFile& job, const std::string& name) {
   const std::string file = FileDirWrapper::Join(job.Folder(), name);
   return FileDirWrapper::FileExists(file) && !IsInput(job, file) ? file : std::string();

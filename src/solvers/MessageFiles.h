@@ -36,6 +36,9 @@ std::vector<std::string> MessageAndKeptFiles(const JobFile& job);
 // and not with that of another job.
 bool IsOutputName(const JobFile& job, std::string_view name, std::string_view prefix);
 
+// After its run: the kept message files of its cases, one for each.
+std::vector<std::string> KeptCaseFiles(const JobFile& job);
+
 // The one with this name, written or not; empty when there is none.
 std::string FindMessageFile(const JobFile& job, const std::string& name);
 

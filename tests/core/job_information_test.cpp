@@ -44,6 +44,18 @@ TEST_F(Information, EndsWithTheModelOfAFinishedRun) {
   EXPECT_EQ(LastLine(1), "Found 0 warnings");
 
   output_.status = JobStatus::kAborted;
+  // Of a deck with cases all are told of, the one first by which the run was judged.
+  output_.messageFile = folder_.Write("CASE2.messag.krb", " *** Error 10305 (KEY+305)\n\n");
+  folder_.Write("CASE1.messag.krb", " *** Warning 20006 (KEY+6)\n\n");
+  output_.names.hasCases = true;
+  const auto all = JobInformation(output_);
+  const auto place = [&](const std::string& line) {
+    return std::find(all.begin(), all.end(), line) - all.begin();
+  };
+  EXPECT_LT(place("Found 1 errors"), place("Found 1 warnings"));
+  EXPECT_LT(place("Found 1 warnings"), static_cast<std::ptrdiff_t>(all.size()));
+  output_.names.hasCases = false;
+
   output_.failure = {FailureKind::kOldOutput};
   output_.reason = Message(MessageId::kOldOutput, "x.lin");
   const auto lines = JobInformation(output_);
