@@ -55,6 +55,7 @@ std::shared_ptr<const RunCurves> ReportWriter::Shared::Curves(const ReportedJob&
   if (cancelled) return nullptr;
   const double each = 100.0 / std::max(total, 1);
   const double before = each * std::min<int>(done, total);
+  percent = std::min(99, static_cast<int>(before));  // files that are not big tell nothing
   auto curves = ReadCurves(job.run, [&](std::uint64_t read, std::uint64_t size) {
     const double share = size > 0 ? static_cast<double>(read) / static_cast<double>(size) : 1;
     percent = std::min(99, static_cast<int>(before + each * std::min(share, 1.0)));
