@@ -42,7 +42,7 @@ int main() {
     return static_cast<double>(places);
   });
   const double nearest =
-      Seconds([&] { return static_cast<double>(NearestPoint(x, y, xRange.high / 3)); });
+      Seconds([&] { return static_cast<double>(NearestPoint(x, y, xRange.high / 3, xRange)); });
   const double looked = Seconds([&] {
     double low = x[0] + y[0];
     for (std::size_t i = 0; i < x.size(); ++i) low = std::min(low, x[i] + y[i]);

@@ -62,7 +62,8 @@ TEST(ChartScaleTest, AHundredThousandPointsKeepTheirPeaks) {
   EXPECT_TRUE(std::is_sorted(
       pixels.begin(), pixels.end(),
       [](const ChartPixel& one, const ChartPixel& other) { return one.x < other.x; }));
-  EXPECT_EQ(NearestPoint(x, y, 777.4), 777u);
+  EXPECT_EQ(NearestPoint(x, y, 777.4, {0, 1000}), 777u);
+  EXPECT_EQ(NearestPoint(x, y, 777.4, {777.2, 779}), 778u) << "of those that are shown";
 }
 
 TEST(ChartScaleTest, LinesAreCutAtTheEdgesAndInterruptedWhereNothingIsKnown) {

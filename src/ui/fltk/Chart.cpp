@@ -332,7 +332,7 @@ std::vector<Chart::Pointed> Chart::PointedAt(double at, double& nearest) const {
   double least = -1;
   for (const Shown& one : curves_) {
     if (!one.on || one.curve.isGuide) continue;
-    const std::size_t point = NearestPoint(*one.curve.x, *one.curve.y, at);
+    const std::size_t point = NearestPoint(*one.curve.x, *one.curve.y, at, made_.view.x);
     if (point >= one.curve.x->size()) continue;
     const double px = (*one.curve.x)[point];
     const double value = (*one.curve.y)[point];
@@ -342,6 +342,8 @@ std::vector<Chart::Pointed> Chart::PointedAt(double at, double& nearest) const {
     least = std::abs(px - at);
     nearest = px;
   }
+  // A curve without a value there says nothing.
+  std::erase_if(all, [&](const Pointed& one) { return one.x != nearest; });
   return all;
 }
 
@@ -351,7 +353,7 @@ void Chart::DrawCursor() {
   double nearest = 0;
   const std::vector<Pointed> all = PointedAt(ValueAtX(pointX_), nearest);
   const ChartZoom::View& view = made_.view;
-  if (all.empty() || nearest < view.x.low || nearest > view.x.high) return;
+  if (all.empty()) return;
   const auto pixelX = [&](double value) {
     return plot_.x + static_cast<int>((value - view.x.low) / view.x.Width() * (plot_.w - 1));
   };

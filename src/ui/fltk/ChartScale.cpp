@@ -258,12 +258,13 @@ std::vector<ChartPixel> CurvePixels(std::span<const double> x, std::span<const d
   return cutter.Take();
 }
 
-std::size_t NearestPoint(std::span<const double> x, std::span<const double> y, double at) {
+std::size_t NearestPoint(std::span<const double> x, std::span<const double> y, double at,
+                         const ChartRange& range) {
   const std::size_t points = std::min(x.size(), y.size());
   std::size_t nearest = points;
   double least = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < points; ++i) {
-    if (!HasPlace(x[i]) || !HasPlace(y[i])) continue;
+    if (!HasPlace(x[i]) || !HasPlace(y[i]) || x[i] < range.low || x[i] > range.high) continue;
     const double distance = std::abs(x[i] - at);
     if (distance >= least) continue;
     least = distance;

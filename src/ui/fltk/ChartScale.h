@@ -59,8 +59,10 @@ std::vector<ChartPixel> CurvePixels(std::span<const double> x, std::span<const d
                                     const ChartRange& xRange, const ChartRange& yRange, int width,
                                     int height);
 
-// The point whose x is nearest to `at` of those that have a place; size() when there is none.
-std::size_t NearestPoint(std::span<const double> x, std::span<const double> y, double at);
+// The point whose x is nearest to `at` of those in the range that have a place; size() when there
+// is none.
+std::size_t NearestPoint(std::span<const double> x, std::span<const double> y, double at,
+                         const ChartRange& range);
 
 // What is shown of a chart: all of it, or what the user has zoomed to, and the way back.
 class ChartZoom {
