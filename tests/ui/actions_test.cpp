@@ -82,7 +82,7 @@ TEST_F(ActionsTest, JobsAreMovedUpAndDown) {
 
 TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   const std::string running = AddJob("running", "run 60");
-  AddJob("queued");
+  const std::string queued = AddJob("queued", "run 60");
   PressKey('.', FL_CTRL);
   EXPECT_TRUE(LineSays(Say("ui_nothing_runs")));
   PressKey(FL_Enter, FL_CTRL);
@@ -124,7 +124,13 @@ TEST_F(ActionsTest, StopEndsTheRunningJobOnly) {
   ASSERT_TRUE(Began(running));
   AnswerToTool("tip_delete_all", "No");
   EXPECT_TRUE(Group()->Running());
-  AnswerToTool("tip_delete_all", "Yes");
+  // The next one begins while the question is open, which is not asked again.
+  Talk([&] { PressTool("tip_delete_all"); }, {[&](Fl_Window& box) {
+         std::ofstream(FolderOf(running) + "/request") << "sw1\n";
+         std::filesystem::rename(FolderOf(running) + "/request", FolderOf(running) + "/d3kil");
+         EXPECT_TRUE(Began(queued));
+         Press(Find<Fl_Button>(box, "Yes"));
+       }});
   EXPECT_FALSE(Group()->Running());
   EXPECT_EQ(Group()->JobCount(), 0);
   EXPECT_FALSE(Tool("tip_delete_all").active());

@@ -126,6 +126,7 @@ class Flx_AppWnd : public Fl_Double_Window {
   // The jobs of these groups that run or wait, and what to say about them in lines of text.
   struct Losses {
     std::set<JobId> jobs;
+    std::set<JobId> dear;  // of them those that have run for a while
     std::string text;
   };
   Losses LossesIn(const Groups& groups, const std::vector<JobId>& only) const;

@@ -26,6 +26,7 @@
 namespace {
 
 constexpr std::size_t kMostListed = 8;  // names in a message
+constexpr std::int64_t kDearFrom = 60;  // seconds
 constexpr int kLongestName = 60;        // of a group, in characters
 
 using ActiveJobs = std::vector<std::pair<std::shared_ptr<JobGroup>, JobId>>;
@@ -322,6 +323,7 @@ Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups,
     group->ReadActiveJob([&](const JobFile& job) {
       if (!only.empty() && std::find(only.begin(), only.end(), job.id) == only.end()) return;
       losses.jobs.insert(job.id);
+      if (job.RunSeconds() >= kDearFrom) losses.dear.insert(job.id);
       if (losses.jobs.size() > kMostListed) return;
       const std::string name = FileDirWrapper::NameOf(job.MainFile());
       const bool runs = job.status == JobStatus::kRunning;
@@ -343,7 +345,7 @@ Flx_AppWnd::Losses Flx_AppWnd::LossesIn(const Groups& groups,
 }
 
 // A job that ends while the question is open may make way for the next one, which nobody has agreed
-// to lose yet.
+// to lose yet. One that has just begun is no reason to ask again: there may be one each second.
 bool Flx_AppWnd::AskToLose(const std::string& question, const Groups& groups,
                            const std::vector<JobId>& only) {
   std::set<JobId> agreed;
@@ -353,7 +355,7 @@ bool Flx_AppWnd::AskToLose(const std::string& question, const Groups& groups,
     if (!Ask(losses.text + question, type)) return false;
     agreed.merge(losses.jobs);
     losses = LossesIn(groups, only);
-  } while (!std::includes(agreed.begin(), agreed.end(), losses.jobs.begin(), losses.jobs.end()));
+  } while (!std::includes(agreed.begin(), agreed.end(), losses.dear.begin(), losses.dear.end()));
   return true;
 }
 
