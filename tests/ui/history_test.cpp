@@ -54,6 +54,13 @@ TEST_F(HistoryTest, ListsSortsAndFiltersTheRuns) {
   EXPECT_TRUE(table.CurrentRun()->run.nodes);
   EXPECT_TRUE(table.CurrentRun()->run.elements);
   EXPECT_EQ(table.CurrentRun()->run.errors, 0);
+  std::filesystem::remove(home_ / "a_good/d3plot");
+  Talk([&] { Key(history, FL_Enter); }, {[&](Fl_Window& summary) {
+         const auto shown = [&] { return Drawing(summary).Text(summary); };
+         EXPECT_TRUE(Until([&] { return shown().find("Element Number") != std::string::npos; }))
+             << "as it was counted, whatever lies there now: " << shown();
+         Key(summary, FL_Escape);
+       }});
 
   Press(table, Say("lab_job_name"));
   EXPECT_EQ(Shown(history), (Lines{"a_good.k Finished", "b_good.k Finished", "c_bad.k Aborted"}));

@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "jobs/OutputPrefix.h"
 #include "record/History.h"
 #include "solvers/RestartDump.h"
 #include "solvers/SolverKinds.h"
@@ -312,9 +313,22 @@ bool HistoryWindow::HasFile() const {
 void HistoryWindow::ShowSummary() {
   if (!HasEnded()) return;
   const RunRecord& run = table_->CurrentRun()->run;
-  Flx_ShowInfo dialog(this, application_.language,
-                      {run.solver, run.verdict, run.jobFile, run.folder, run.messageFile,
-                       run.reason, run.lastWords, run.stoppedAt, run.failure});
+  const JobOutput output = {.solverType = run.solver,
+                            .status = run.verdict,
+                            .jobFile = run.jobFile,
+                            .folder = run.folder,
+                            .messageFile = run.messageFile,
+                            .reason = run.reason,
+                            .lastWords = run.lastWords,
+                            .stoppedAt = run.stoppedAt,
+                            .failure = run.failure,
+                            .names = {OutputPrefix(run.solver, run.outputName, run.extraOptions),
+                                      AsksForCases(run.commandLine)},
+                            .nodes = run.nodes,
+                            .elements = run.elements,
+                            .started = run.started,
+                            .ended = run.ended};
+  Flx_ShowInfo dialog(this, application_.language, output);
   dialog.Run();
 }
 
