@@ -169,7 +169,9 @@ void MonitorCharts::FillProgress() {
     const double clock = run.pointClock->back();
     double last = clock;
     curves.push_back({texts_.Get("mon_axis_time"), Theme::kCurve1, run.pointClock, run.pointTime});
-    if (picture_->isRunning && news.caseSecondsLeft && news.endTime && news.started) {
+    // A case that has ended has none, though the run goes on.
+    const bool isAhead = picture_->isRunning && news.caseSecondsLeft.value_or(0) > 0;
+    if (isAhead && news.endTime && news.started) {
       last = std::max(clock, static_cast<double>(picture_->now - *news.started)) +
              *news.caseSecondsLeft;
       curves.push_back({texts_.Get("mon_estimate"), Theme::kCurve2, Two(clock, last),
