@@ -2,6 +2,7 @@
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
+#include <FL/Fl_Choice.H>
 #include <FL/Fl_File_Browser.H>
 #include <FL/Fl_File_Chooser.H>
 #include <FL/Fl_File_Input.H>
@@ -91,8 +92,10 @@ class Chooser : public Fl_File_Chooser {
       : Fl_File_Chooser(texts.folder.c_str(), filter.c_str(), kind, texts.title.c_str()),
         input_(*FindIn<Fl_File_Input>(WindowOf(*this))),
         list_(*FindIn<Fl_File_Browser>(WindowOf(*this))),
+        kinds_(*FindIn<Fl_Choice>(WindowOf(*this))),
         beforeInput_(input_, [this] { return TakeTyped(); }),
-        beforeList_(list_, [this] { return TakeFolder(); }) {
+        beforeList_(list_, [this] { return TakeFolder(); }),
+        beforeKind_(kinds_, [this] { return TakeKind(); }) {
     texts.file.empty() ? rescan() : value((texts.folder + "/" + texts.file).c_str());
   }
   ~Chooser() { Fl::remove_timeout(EnterFolder, this); }
@@ -142,6 +145,18 @@ class Chooser : public Fl_File_Chooser {
     return true;
   }
 
+  // A file that is to be saved gets the first ending of the kind that is chosen.
+  bool TakeKind() {
+    const std::string kind = kinds_.text() ? kinds_.text() : "";
+    const std::size_t pattern = kind.rfind("(*.");
+    if (!(type() & CREATE) || pattern == std::string::npos) return false;
+    const std::size_t begin = pattern + (kind[pattern + 3] == '{' ? 4 : 3);
+    const std::string ending = kind.substr(begin, kind.find_first_of(",})", begin) - begin);
+    std::filesystem::path path(input_.value());
+    if (path.has_extension()) input_.value(path.replace_extension(ending).c_str());
+    return false;
+  }
+
   static void EnterFolder(void* self) {
     if (Fl::pushed()) return Fl::repeat_timeout(kLook, EnterFolder, self);
     auto* chooser = static_cast<Chooser*>(self);
@@ -152,8 +167,10 @@ class Chooser : public Fl_File_Chooser {
 
   Fl_File_Input& input_;
   Fl_File_Browser& list_;
+  Fl_Choice& kinds_;
   Before beforeInput_;
   Before beforeList_;
+  Before beforeKind_;
   std::string folder_;  // to be entered
 };
 
