@@ -6,6 +6,11 @@
 # What is forgotten ends by itself: the display and what keeps the desktop after an hour, the server
 # ten minutes later.
 set -euo pipefail
+# With addresses at random, one start of a program in some thousands fails, since something lies
+# where Wine must have its memory.
+if [ -z "${KR_ADDRESSES_FIXED:-}" ] && setarch -R true 2>/dev/null; then
+  KR_ADDRESSES_FIXED=1 exec setarch -R "$0" "$@"
+fi
 action=${1:?start, run or stop}
 folder=${2:?the folder of the prefix}
 mkdir -p "$folder"
