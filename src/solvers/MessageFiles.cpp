@@ -137,7 +137,7 @@ void NameAfterDeck(JobFile& stage, const std::string& kept) {
   if (NameOf(kept).starts_with(mark)) return;
   const std::string named = FileDirWrapper::Join(FolderOf(kept), mark + NameOf(kept));
   RemoveOldFile(stage, named, MessageId::kOldMessageFileStays);
-  if (std::rename(kept.c_str(), named.c_str()) != 0) {
+  if (!FileDirWrapper::MoveFileOver(kept, named)) {
     return Report(stage, Message(MessageId::kMessageFileNotKept, kept));
   }
   if (stage.MessageFile() == kept) stage.SetMessageFile(named);
@@ -244,7 +244,7 @@ std::string KeepMessageFile(JobFile& job, const std::string& messageFile) {
   const std::string kept = KeptName(messageFile);
   const bool isFree = !IsInput(job, kept);
   if (isFree) RemoveOldFile(job, kept, MessageId::kOldMessageFileStays);
-  if (!isFree || std::rename(messageFile.c_str(), kept.c_str()) != 0) {
+  if (!isFree || !FileDirWrapper::MoveFileOver(messageFile, kept)) {
     Report(job, Message(MessageId::kMessageFileNotKept, messageFile));
     return messageFile;
   }

@@ -104,7 +104,7 @@ TEST_F(RunWatcherTest, FollowsARunToItsStop) {
   // The end is written and the file renamed between two looks.
   folder_.Write("next", std::string(kBegin) + kHalf + " N o r m a l    t e r m i n a t i o n\n");
   std::filesystem::remove(folder_ / "messag");
-  std::filesystem::rename(folder_ / "next", folder_ / "messag.krb");
+  ASSERT_TRUE(FileDirWrapper::MoveFileOver(folder_ / "next", folder_ / "messag.krb"));
   going_ = false;
   ASSERT_TRUE(WaitUntil([&] { return !State().running; }));
   EXPECT_EQ(State().news.ended, RunEnd::kStopped);
